@@ -1,0 +1,14 @@
+# One interface target that every target of the tree is compiled with.
+add_library(compiler_flags INTERFACE)
+target_compile_features(compiler_flags INTERFACE cxx_std_20)
+set(CMAKE_CXX_EXTENSIONS OFF)
+target_compile_definitions(compiler_flags INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0601)
+
+if(MSVC)
+  target_compile_options(compiler_flags INTERFACE /W4 /WX /permissive- /utf-8 /EHsc /Zc:__cplusplus)
+else()
+  target_compile_options(compiler_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+    -Woverloaded-virtual -Wold-style-cast -Wimplicit-fallthrough -Werror
+    # Debug information and messages name files from the source root, so a build does not carry its folder.
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+endif()

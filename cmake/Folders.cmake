@@ -1,0 +1,48 @@
+# One target a folder. A folder's headers are reached through forwarding headers in an include folder of the target's
+# own, so a source can include only what its target links: an include against the direction of the layers fails.
+
+# folder_headers(TARGET SCOPE ROOT FOLDER): gives TARGET the forwarding headers of ROOT/FOLDER (not of its sub-folders).
+function(folder_headers target scope root folder)
+  file(GLOB headers CONFIGURE_DEPENDS ${root}/${folder}/*.h)
+  set(include ${CMAKE_BINARY_DIR}/include/${target})
+  foreach(header IN LISTS headers)
+    get_filename_component(name ${header} NAME)
+    file(CONFIGURE OUTPUT ${include}/${folder}/${name} CONTENT "#include \"${header}\"\n")
+  endforeach()
+  file(MAKE_DIRECTORY ${include})
+  target_include_directories(${target} ${scope} ${include})
+endfunction()
+
+# folder_library(TARGET ROOT FOLDER [LINKS TARGET...]): a static library of all sources of ROOT/FOLDER, an interface
+# library when there are none.
+function(folder_library target root folder)
+  cmake_parse_arguments(PARSE_ARGV 3 arg "" "" "LINKS")
+  file(GLOB sources CONFIGURE_DEPENDS ${root}/${folder}/*.cpp)
+  list(FILTER sources EXCLUDE REGEX "/(main|dllmain)\\.cpp$")
+  if(sources)
+    add_library(${target} STATIC ${sources})
+    set(scope PUBLIC)
+  else()
+    add_library(${target} INTERFACE)
+    set(scope INTERFACE)
+  endif()
+  folder_headers(${target} ${scope} ${root} ${folder})
+  target_link_libraries(${target} ${scope} compiler_flags ${arg_LINKS})
+endfunction()
+
+# folder_tests(TARGET FOLDER [LINKS TARGET...]): one test program of all sources of tests/FOLDER, none without sources.
+# Few large programs, because each start under Wine has its price.
+function(folder_tests target folder)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "LINKS")
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${target} ${sources})
+  folder_headers(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests ${folder})
+  target_link_libraries(${target} PRIVATE compiler_flags test_support ${arg_LINKS})
+  target_compile_definitions(${target} PRIVATE
+    SAMPLES_FOLDER="${CMAKE_BINARY_DIR}/samples" SOURCE_FOLDER="${CMAKE_SOURCE_DIR}")
+  add_test(NAME ${target} COMMAND ${target})
+  set_tests_properties(${target} PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,70 @@
+#include "base/logging/log.h"
+
+#include <cstdio>
+#include <cwchar>
+#include <stdexcept>
+
+#include "base/logging/check.h"
+
+namespace base::logging {
+namespace {
+
+// The standard lets a va_list be walked once, and measuring walks it.
+class ArgumentsCopy {
+  public:
+    explicit ArgumentsCopy(va_list source) noexcept { va_copy(m_arguments, source); }
+    ArgumentsCopy(const ArgumentsCopy&) = delete;
+    ArgumentsCopy& operator=(const ArgumentsCopy&) = delete;
+    ~ArgumentsCopy() { va_end(m_arguments); }
+
+    va_list m_arguments;
+};
+
+int Measure(const char* format, va_list arguments) { return _vscprintf(format, arguments); }
+int Measure(const wchar_t* format, va_list arguments) { return _vscwprintf(format, arguments); }
+
+int Print(char* buffer, std::size_t count, const char* format, va_list arguments) {
+    return vsprintf_s(buffer, count, format, arguments);
+}
+int Print(wchar_t* buffer, std::size_t count, const wchar_t* format, va_list arguments) {
+    return vswprintf_s(buffer, count, format, arguments);
+}
+
+template <typename Character>
+std::basic_string<Character> FormatInto(const Character* format, va_list arguments) {
+    if (format == nullptr) Throw<std::invalid_argument>("pMessage is null.");
+    ArgumentsCopy measured(arguments);
+    const int length = Measure(format, measured.m_arguments);
+    if (length < 0) Throw<std::runtime_error>("the format cannot be printed.");
+    std::basic_string<Character> text(static_cast<std::size_t>(length), Character());
+    // A string's storage has room for the terminator behind its last character.
+    if (Print(text.data(), text.size() + 1, format, arguments) != length) {
+        Throw<std::runtime_error>("the format cannot be printed.");
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string FormatV(const char* format, va_list arguments) { return FormatInto(format, arguments); }
+std::wstring FormatV(const wchar_t* format, va_list arguments) { return FormatInto(format, arguments); }
+
+std::string Format(const char* format, ...) {
+    if (format == nullptr) Throw<std::invalid_argument>("pMessage is null");
+    va_list started;
+    va_start(started, format);
+    ArgumentsCopy arguments(started);
+    va_end(started);
+    return FormatV(format, arguments.m_arguments);
+}
+
+std::wstring Format(const wchar_t* format, ...) {
+    if (format == nullptr) Throw<std::invalid_argument>("pMessage is null");
+    va_list started;
+    va_start(started, format);
+    ArgumentsCopy arguments(started);
+    va_end(started);
+    return FormatV(format, arguments.m_arguments);
+}
+
+}  // namespace base::logging

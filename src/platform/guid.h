@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/windows.h"
+
+// Binds an interface to its identifier for __uuidof. MSVC takes it from __declspec(uuid(...)) on the
+// declaration, which MinGW does not know; MinGW wants a specialisation at global scope.
+#ifdef __MINGW32__
+#define PLATFORM_INTERFACE_UUID(Interface, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8) \
+    __CRT_UUID_DECL(Interface, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)
+#define PLATFORM_UUID(text)
+#else
+#define PLATFORM_INTERFACE_UUID(Interface, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)
+#define PLATFORM_UUID(text) __declspec(uuid(text))
+#endif

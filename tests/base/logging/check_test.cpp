@@ -1,0 +1,40 @@
+#include "base/logging/check.h"
+
+#include <gtest/gtest.h>
+
+namespace base::logging {
+namespace {
+
+TEST(CheckTest, ThrowIfFailedLetsSuccessCodesPass) {
+    EXPECT_NO_THROW(ThrowIfFailed(S_OK));
+    EXPECT_NO_THROW(ThrowIfFailed(S_FALSE));
+    EXPECT_NO_THROW(ThrowIfFailed(static_cast<HRESULT>(0x00040002)));
+}
+
+TEST(CheckTest, ThrowIfFailedThrowsHresultErrorWithTheCodeAndTheThrowingLine) {
+    int line = 0;
+    try {
+        line = __LINE__ + 1;
+        ThrowIfFailed(E_PENDING);
+        FAIL();
+    } catch (const exception::HresultError& error) {
+        EXPECT_EQ(E_PENDING, error.GetHresult());
+        EXPECT_NE(std::string::npos,
+                  std::string(error.what()).find("check_test.cpp(" + std::to_string(line) + ") : "));
+    }
+}
+
+TEST(CheckTest, ThrowIfNullThrowsInvalidArgumentWithTheMessage) {
+    const int* pointer = nullptr;
+    try {
+        ThrowIfNull(pointer, "pointer is null.");
+        FAIL();
+    } catch (const std::invalid_argument& error) {
+        EXPECT_TRUE(std::string(error.what()).ends_with(" : pointer is null.\n"));
+    }
+    const int value = 0;
+    EXPECT_NO_THROW(ThrowIfNull(&value, "value is null."));
+}
+
+}  // namespace
+}  // namespace base::logging
