@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <vector>
+
+#include "base/xml/xmlnodecomparator.h"
+#include "platform/comptr.h"
+#include "platform/msxml6.h"
+
+namespace base::xml {
+
+// Copies into one document (the base) every node of another (the target) that the base lacks, level by level.
+// What both have, as the comparator sees it, is kept as the base has it; the children of such a pair are
+// merged in their turn.
+class XmlMarger {
+  public:
+    // The comparator is borrowed and must outlive the merger.
+    explicit XmlMarger(const XmlNodeComparator& comparator) noexcept : m_comparator(comparator) {}
+
+    // Changes pBase in place and pTarget never. Both are borrowed for the call. A null document throws
+    // std::invalid_argument, a failing DOM call HresultError, and the base then keeps what was merged so far.
+    void Merge(IXMLDOMDocument2* pBase, IXMLDOMDocument2* pTarget);
+
+  private:
+    void MergeNodes(IXMLDOMNode* pBase, IXMLDOMNode* pTarget);
+    [[nodiscard]] bool MergeIntoMatches(const std::vector<platform::ComPtr<IXMLDOMNode>>& baseChildren,
+                                        IXMLDOMNode* pTargetChild);
+    void DeclareNamespaces(IXMLDOMNode* pBase, IXMLDOMNode* pTarget);
+
+    const XmlNodeComparator& m_comparator;
+    IXMLDOMDocument2* m_pBaseDocument = nullptr;
+};
+
+}  // namespace base::xml
