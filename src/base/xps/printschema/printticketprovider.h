@@ -3,7 +3,6 @@
 #include "platform/windows.h"
 
 #include <memory>
-#include <type_traits>
 
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
@@ -63,29 +62,33 @@ class PrintTicketProvider {
 
   private:
     using Ticket = platform::ComPtr<IXMLDOMDocument2>;
+    struct MergeTrace;
 
-    struct CloseProvider {
+    struct ProviderCloser {
         using pointer = HPTPROVIDER;
         void operator()(HPTPROVIDER provider) const noexcept;
     };
 
+    // The scope is one of the three in everything below.
     [[nodiscard]] Ticket& Slot(EPrintTicketScope scope) noexcept;
     [[nodiscard]] const Ticket& Parent(EPrintTicketScope scope) const noexcept;
     [[nodiscard]] HRESULT Derive(EPrintTicketScope scope);
     void Clear(EPrintTicketScope scope) noexcept;
 
-    [[nodiscard]] HRESULT MergeDelta(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
-                                     IXMLDOMDocument2* pExtra);
-    [[nodiscard]] HRESULT MergeOnPlatform(EPrintTicketScope scope, IXMLDOMDocument2* pDelta, Ticket& result);
-    [[nodiscard]] HRESULT InheritTicket(EPrintTicketScope scope, IXMLDOMDocument2* pExtra);
     template <typename Part>
     [[nodiscard]] HRESULT SetPartTicket(Part* pPart, EPrintTicketScope scope, IXMLDOMDocument2* pExtra);
+    [[nodiscard]] HRESULT InheritTicket(EPrintTicketScope scope, IXMLDOMDocument2* pExtra);
+    [[nodiscard]] HRESULT MergeDelta(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
+                                     IXMLDOMDocument2* pExtra);
+    [[nodiscard]] HRESULT MergeOnPlatform(EPrintTicketScope scope, IXMLDOMDocument2* pDelta, Ticket& result,
+                                          MergeTrace& trace);
+    [[nodiscard]] HRESULT WriteCapabilities(IXMLDOMDocument2* pTicket, IXMLDOMDocument2* pCapabilities);
 
     Ticket m_pBaseTicket;
     Ticket m_pJobTicket;
     Ticket m_pDocumentTicket;
     Ticket m_pPageTicket;
-    std::unique_ptr<std::remove_pointer_t<HPTPROVIDER>, CloseProvider> m_provider;
+    std::unique_ptr<HPTPROVIDER, ProviderCloser> m_provider;
     HANDLE m_userToken = INVALID_HANDLE_VALUE;
 };
 
