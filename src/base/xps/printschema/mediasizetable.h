@@ -66,8 +66,8 @@ class MediaSizeTable {
     // The lowest id of exactly this size, the unknown media size when there is none.
     [[nodiscard]] const Record& BySize(const MediaDimensions& size) const;
 
-    // Whether the id stands for a sheet of a known size. True for 172, which the table does not hold: kept
-    // for the tickets that depend on it.
+    // Whether the id stands for a sheet of a known size. 172 does by this rule though the table does not hold
+    // it.
     [[nodiscard]] static constexpr bool IsStandardSize(std::int32_t id) noexcept {
         return 2 <= id && id < 173;
     }

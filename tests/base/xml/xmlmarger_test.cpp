@@ -1,0 +1,227 @@
+#include "base/xml/xmlmarger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/logging/exceptions.h"
+#include "base/xml/xmlutility.h"
+#include "domtest.h"
+#include "platform/bstr.h"
+#include "platform/variant.h"
+
+namespace {
+
+using base::exception::HresultError;
+using base::xml::DomToString;
+using base::xml::LoadDomFromString;
+using base::xml::XmlMarger;
+using base::xml::XmlNodeComparator;
+using platform::Bstr;
+using platform::ComPtr;
+using platform::Variant;
+
+using Dom = ComPtr<IXMLDOMDocument2>;
+
+std::wstring NameOf(IXMLDOMNode* pNode) {
+    Bstr name;
+    EXPECT_EQ(pNode->get_nodeName(name.Put()), S_OK);
+    return std::wstring(name.View());
+}
+
+// The node's name with the value of its "id" attribute, as in "a#1"; "a" without one.
+std::wstring KeyOf(IXMLDOMNode* pNode) {
+    std::wstring key = NameOf(pNode);
+    ComPtr<IXMLDOMNamedNodeMap> pAttributes;
+    if (pNode->get_attributes(pAttributes.Put()) != S_OK) return key;
+    ComPtr<IXMLDOMNode> pId;
+    if (pAttributes->getNamedItem(Bstr(L"id").Get(), pId.Put()) != S_OK) return key;
+    Bstr id;
+    EXPECT_EQ(pId->get_text(id.Put()), S_OK);
+    return key + L"#" + std::wstring(id.View());
+}
+
+// Nodes with equal keys are the same. Notes every pair, first node first.
+class KeyComparator : public XmlNodeComparator {
+  public:
+    bool IsSameNode(IXMLDOMNode* pFirst, IXMLDOMNode* pSecond) const override {
+        const std::wstring first = KeyOf(pFirst);
+        const std::wstring second = KeyOf(pSecond);
+        m_pairs.push_back(first + L"|" + second);
+        if (m_pairs.size() == m_throwAt) throw HresultError(E_ABORT, "comparator", 1);
+        return first == second;
+    }
+
+    std::size_t m_throwAt = 0;
+    mutable std::vector<std::wstring> m_pairs;
+};
+
+std::wstring TextOf(const Dom& dom) {
+    std::wstring text = DomToString(dom.Get());
+    text.erase(text.find_last_not_of(L"\r\n") + 1);
+    return text;
+}
+
+class XmlMargerTest : public tests::DomTest {
+  protected:
+    std::wstring Merged(std::wstring_view base, std::wstring_view target) {
+        const Dom pBase = LoadDomFromString(base);
+        const Dom pTarget = LoadDomFromString(target);
+        XmlMarger(m_comparator).Merge(pBase.Get(), pTarget.Get());
+        EXPECT_EQ(TextOf(pTarget), target);
+        return TextOf(pBase);
+    }
+
+    KeyComparator m_comparator;
+};
+
+TEST_F(XmlMargerTest, ATargetElementThatMatchesNoBaseSiblingIsAppendedAtTheEndWithItsWholeSubtree) {
+    EXPECT_EQ(Merged(L"<r><a id=\"1\"/><b/></r>", L"<r><a id=\"2\"><c d=\"e\">t<f/></c></a></r>"),
+              L"<r><a id=\"1\"/><b/><a id=\"2\"><c d=\"e\">t<f/></c></a></r>");
+}
+
+TEST_F(XmlMargerTest, AMatchingTargetElementIsNotCopiedAndItsChildrenAreMergedIntoTheBaseElement) {
+    EXPECT_EQ(Merged(L"<r><a id=\"1\"><x/></a><b/></r>", L"<r><a id=\"1\"><y/></a></r>"),
+              L"<r><a id=\"1\"><x/><y/></a><b/></r>");
+}
+
+TEST_F(XmlMargerTest, TheBaseWinsForEveryValueThatBothCarry) {
+    EXPECT_EQ(Merged(L"<r><a>base</a></r>", L"<r><a>target</a></r>"), L"<r><a>base</a></r>");
+}
+
+TEST_F(XmlMargerTest, AttributesOfAMatchedElementStayAsTheBaseHasThem) {
+    EXPECT_EQ(Merged(L"<r><a v=\"1\"/></r>", L"<r><a v=\"2\" w=\"3\"/></r>"), L"<r><a v=\"1\"/></r>");
+}
+
+TEST_F(XmlMargerTest, TwoBaseChildrenThatBothMatchOneTargetChildAreBothMergedWithIt) {
+    EXPECT_EQ(Merged(L"<r><a><x/></a><a><y/></a></r>", L"<r><a><z/></a></r>"),
+              L"<r><a><x/><z/></a><a><y/><z/></a></r>");
+}
+
+TEST_F(XmlMargerTest, ABaseNodeWithoutChildrenReceivesNothing) {
+    EXPECT_EQ(Merged(L"<r><a/></r>", L"<r><a><b/></a></r>"), L"<r><a/></r>");
+    EXPECT_EQ(Merged(L"<r/>", L"<r><a/></r>"), L"<r/>");
+}
+
+TEST_F(XmlMargerTest, ATargetNodeWithoutChildrenChangesNothing) {
+    EXPECT_EQ(Merged(L"<r><a><b/></a></r>", L"<r><a/></r>"), L"<r><a><b/></a></r>");
+}
+
+TEST_F(XmlMargerTest, AnEmptyDocumentOnEitherSideChangesNothing) {
+    const Dom empty = base::xml::CreateDom();
+    const Dom full = LoadDomFromString(L"<r><a/></r>");
+    XmlMarger merger(m_comparator);
+    merger.Merge(empty.Get(), full.Get());
+    ComPtr<IXMLDOMElement> root;
+    EXPECT_EQ(empty->get_documentElement(root.Put()), S_FALSE);
+    merger.Merge(full.Get(), empty.Get());
+    EXPECT_EQ(TextOf(full), L"<r><a/></r>");
+    EXPECT_THAT(m_comparator.m_pairs, testing::IsEmpty());
+}
+
+TEST_F(XmlMargerTest, MissingNodesAreAppendedInTheOrderOfTheTarget) {
+    EXPECT_EQ(Merged(L"<r><m/></r>", L"<r><c/><m/><a/><!--n--><b/></r>"), L"<r><m/><c/><a/><!--n--><b/></r>");
+}
+
+TEST_F(XmlMargerTest, NodesAppendedByAMergeAreNotComparedWithinIt) {
+    EXPECT_EQ(Merged(L"<r><m/></r>", L"<r><a/><a/></r>"), L"<r><m/><a/><a/></r>");
+    EXPECT_THAT(m_comparator.m_pairs, testing::ElementsAre(L"r|r", L"m|a", L"m|a"));
+}
+
+TEST_F(XmlMargerTest, EveryTargetChildIsComparedWithEveryBaseChildTheBaseNodeFirst) {
+    Merged(L"<r><a/><b/></r>", L"<r><b/><c/></r>");
+    EXPECT_THAT(m_comparator.m_pairs, testing::ElementsAre(L"r|r", L"a|b", L"b|b", L"a|c", L"b|c"));
+}
+
+TEST_F(XmlMargerTest, MergingTheSameTargetAgainChangesNothing) {
+    const Dom base = LoadDomFromString(L"<r><a><x/></a></r>");
+    const Dom target = LoadDomFromString(L"<r><a><y>t</y></a><b/></r>");
+    XmlMarger merger(m_comparator);
+    merger.Merge(base.Get(), target.Get());
+    const std::wstring once = TextOf(base);
+    merger.Merge(base.Get(), target.Get());
+    EXPECT_EQ(once, L"<r><a><x/><y>t</y></a><b/></r>");
+    EXPECT_EQ(TextOf(base), once);
+}
+
+TEST_F(XmlMargerTest, NamespaceDeclarationsOfAMatchedTargetElementAreCopiedOntoTheBaseElement) {
+    EXPECT_EQ(Merged(L"<r xmlns:p=\"urn:p\"><a/></r>", L"<r xmlns:k=\"urn:k\"><k:b k:c=\"1\"/></r>"),
+              L"<r xmlns:p=\"urn:p\" xmlns:k=\"urn:k\"><a/><k:b k:c=\"1\"/></r>");
+}
+
+TEST_F(XmlMargerTest, DeclarationsAreCopiedOntoEveryBaseElementThatMatches) {
+    EXPECT_EQ(Merged(L"<r><a><x/></a><a><x/></a></r>", L"<r><a xmlns:k=\"urn:k\"><y/></a></r>"),
+              L"<r><a xmlns:k=\"urn:k\"><x/><y/></a><a xmlns:k=\"urn:k\"><x/><y/></a></r>");
+}
+
+TEST_F(XmlMargerTest, DeclarationsAreCopiedAlsoOntoABaseElementWithoutChildren) {
+    EXPECT_EQ(Merged(L"<r/>", L"<r xmlns:k=\"urn:k\"><k:b/></r>"), L"<r xmlns:k=\"urn:k\"/>");
+}
+
+TEST_F(XmlMargerTest, APrefixDeclaredOnBothTakesTheTargetsValue) {
+    const Dom base = LoadDomFromString(L"<r xmlns:p=\"urn:base\"><a/></r>");
+    const Dom target = LoadDomFromString(L"<r xmlns:p=\"urn:target\"><a/></r>");
+    XmlMarger(m_comparator).Merge(base.Get(), target.Get());
+    ComPtr<IXMLDOMElement> root;
+    ASSERT_EQ(base->get_documentElement(root.Put()), S_OK);
+    Variant value;
+    ASSERT_EQ(root->getAttribute(Bstr(L"xmlns:p").Get(), value.Put()), S_OK);
+    EXPECT_EQ(Bstr(value.Text()).View(), L"urn:target");
+}
+
+TEST_F(XmlMargerTest, ADefaultDeclarationIsNotCopied) {
+    const Dom base = LoadDomFromString(L"<r><a/></r>");
+    const Dom target = LoadDomFromString(L"<r xmlns=\"urn:d\"><a/></r>");
+    XmlMarger(m_comparator).Merge(base.Get(), target.Get());
+    EXPECT_EQ(TextOf(base), L"<r><a/></r>");
+}
+
+TEST_F(XmlMargerTest, AttributesWhoseNameOnlyContainsTheDeclarationPrefixAreNoDeclarations) {
+    EXPECT_EQ(Merged(L"<r><a/></r>", L"<r xmlnsk=\"1\" q=\"xmlns:\"><a/></r>"), L"<r><a/></r>");
+}
+
+TEST_F(XmlMargerTest, ASecondRootElementIsRefused) {
+    const Dom base = LoadDomFromString(L"<r><a/></r>");
+    const Dom target = LoadDomFromString(L"<s><b/></s>");
+    EXPECT_THROW(XmlMarger(m_comparator).Merge(base.Get(), target.Get()), HresultError);
+    EXPECT_EQ(TextOf(base), L"<r><a/></r>");
+}
+
+TEST_F(XmlMargerTest, AMergeThatFailsPartWayKeepsWhatIsDoneAndAppendsNothingOfTheCurrentLevel) {
+    const Dom base = LoadDomFromString(L"<r><a><x/></a></r>");
+    const Dom target = LoadDomFromString(L"<r xmlns:k=\"urn:k\"><n/><a><y/></a><o/></r>");
+    m_comparator.m_throwAt = 5;  // r|r, a|n, a|a, x|y, a|o
+    EXPECT_THROW(XmlMarger(m_comparator).Merge(base.Get(), target.Get()), HresultError);
+    EXPECT_EQ(TextOf(base), L"<r xmlns:k=\"urn:k\"><a><x/><y/></a></r>");
+}
+
+TEST_F(XmlMargerTest, ANullBaseFailsBeforeTheTargetIsLookedAt) {
+    const auto matches = testing::MatchesRegex("base/xml/xmlmarger\\.cpp\\(\\d+\\) : pBase is null\\.\n");
+    const Dom target = LoadDomFromString(L"<r/>");
+    for (IXMLDOMDocument2* pTarget : {target.Get(), static_cast<IXMLDOMDocument2*>(nullptr)}) {
+        try {
+            XmlMarger(m_comparator).Merge(nullptr, pTarget);
+            FAIL();
+        } catch (const std::invalid_argument& error) {
+            EXPECT_THAT(error.what(), matches);
+        }
+    }
+}
+
+TEST_F(XmlMargerTest, ANullTargetFails) {
+    const Dom base = LoadDomFromString(L"<r/>");
+    try {
+        XmlMarger(m_comparator).Merge(base.Get(), nullptr);
+        FAIL();
+    } catch (const std::invalid_argument& error) {
+        EXPECT_THAT(error.what(),
+                    testing::MatchesRegex("base/xml/xmlmarger\\.cpp\\(\\d+\\) : pTarget is null\\.\n"));
+    }
+}
+
+}  // namespace
