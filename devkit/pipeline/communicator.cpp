@@ -1,0 +1,36 @@
+#include "devkit/pipeline/communicator.h"
+
+#include <utility>
+
+#include "devkit/pipeline/boundary.h"
+
+namespace devkit::pipeline {
+
+Communicator::Communicator(ContextPtr context, platform::ComPtr<DocumentProvider> provider,
+                           platform::ComPtr<DocumentConsumer> consumer)
+    : ComObject(std::move(context), "Communicator"),
+      m_provider(std::move(provider)),
+      m_consumer(std::move(consumer)) {}
+
+HRESULT Communicator::RequestReader(void** ppReader) {
+    return Request("IInterFilterCommunicator::RequestReader", Context().GetSwitches().reader,
+                   static_cast<IXpsDocumentProvider*>(m_provider.Get()), ppReader);
+}
+
+HRESULT Communicator::RequestWriter(void** ppWriter) {
+    return Request("IInterFilterCommunicator::RequestWriter", Context().GetSwitches().writer,
+                   static_cast<IXpsDocumentConsumer*>(m_consumer.Get()), ppWriter);
+}
+
+template <typename Interface>
+HRESULT Communicator::Request(const char* method, StreamKind kind, Interface* pStream, void** ppStream) {
+    if (ppStream == nullptr) return E_POINTER;
+    *ppStream = nullptr;
+    return Guarded([&]() -> HRESULT {
+        if (const HRESULT hr = Context().Calls().Enter(method); FAILED(hr)) return hr;
+        if (kind != StreamKind::None) *ppStream = platform::ComPtr<Interface>(pStream).Detach();
+        return S_OK;
+    });
+}
+
+}  // namespace devkit::pipeline

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include "devkit/pipeline/comobject.h"
+#include "devkit/pipeline/documentconsumer.h"
+#include "devkit/pipeline/documentprovider.h"
+#include "platform/filterpipeline.h"
+
+namespace devkit::pipeline {
+
+// Gives the filter its reader and its writer, of the kinds that the switches say; the same objects each time.
+// Any thread may call.
+class Communicator final : public ComObject<IInterFilterCommunicator> {
+  public:
+    Communicator(ContextPtr context, platform::ComPtr<DocumentProvider> provider,
+                 platform::ComPtr<DocumentConsumer> consumer);
+
+    HRESULT STDMETHODCALLTYPE RequestReader(void** ppReader) override;
+    HRESULT STDMETHODCALLTYPE RequestWriter(void** ppWriter) override;
+
+  private:
+    template <typename Interface>
+    HRESULT Request(const char* method, StreamKind kind, Interface* pStream, void** ppStream);
+
+    const platform::ComPtr<DocumentProvider> m_provider;
+    const platform::ComPtr<DocumentConsumer> m_consumer;
+};
+
+}  // namespace devkit::pipeline

@@ -1,0 +1,205 @@
+#include "devkit/pipeline/documentconsumer.h"
+
+#include <array>
+#include <utility>
+
+#include "devkit/pipeline/boundary.h"
+#include "devkit/pipeline/partobject.h"
+#include "devkit/pipeline/text.h"
+#include "platform/bstr.h"
+
+namespace devkit::pipeline {
+namespace {
+
+using platform::ComPtr;
+
+struct CreatableKind {
+    const IID& iid;
+    PartKind kind;
+};
+
+// The interfaces that the platform's documentation permits for a new part; Unknown for any other.
+PartKind CreatableKindOf(REFIID iid) {
+    const std::array<CreatableKind, 7> kinds{{{__uuidof(IFixedDocument), PartKind::FixedDocument},
+                                              {__uuidof(IFixedPage), PartKind::FixedPage},
+                                              {__uuidof(IPartImage), PartKind::Image},
+                                              {__uuidof(IPartThumbnail), PartKind::Thumbnail},
+                                              {__uuidof(IPartFont), PartKind::Font},
+                                              {__uuidof(IPartPrintTicket), PartKind::PrintTicket},
+                                              {__uuidof(IPartColorProfile), PartKind::ColorProfile}}};
+    for (const CreatableKind& creatable : kinds) {
+        if (IsEqualIID(creatable.iid, iid)) return creatable.kind;
+    }
+    return PartKind::Unknown;
+}
+
+bool HasSendMethod(PartKind kind) {
+    return kind == PartKind::XpsDocument || kind == PartKind::FixedDocumentSequence ||
+           kind == PartKind::FixedDocument || kind == PartKind::FixedPage;
+}
+
+// The name of an object of the filter's own, where it has one.
+std::string NameOfForeign(IUnknown* pObject) {
+    ComPtr<IPartBase> base;
+    if (FAILED(pObject->QueryInterface(__uuidof(IPartBase), base.PutVoid()))) return {};
+    BSTR uri = nullptr;
+    if (FAILED(base->GetUri(&uri))) return {};
+    return Narrow(platform::Bstr::Adopt(uri).View());
+}
+
+}  // namespace
+
+DocumentConsumer::DocumentConsumer(ContextPtr context) : ComObject(std::move(context), "DocumentConsumer") {}
+
+std::vector<SentPart> DocumentConsumer::Sent() const {
+    const std::lock_guard guard(m_lock);
+    return m_sent;
+}
+
+bool DocumentConsumer::IsClosed() const {
+    const std::lock_guard guard(m_lock);
+    return m_closed;
+}
+
+void DocumentConsumer::ReleaseForeignParts() {
+    std::vector<ComPtr<IUnknown>> foreign;
+    const std::lock_guard guard(m_lock);
+    foreign.swap(m_foreign);
+}
+
+HRESULT DocumentConsumer::QueryInterface(REFIID iid, void** ppObject) {
+    if (Context().GetSwitches().writer == StreamKind::Unrecognised && !IsEqualIID(iid, __uuidof(IUnknown))) {
+        if (ppObject == nullptr) return E_POINTER;
+        *ppObject = nullptr;
+        return E_NOINTERFACE;
+    }
+    return ComObject::QueryInterface(iid, ppObject);
+}
+
+HRESULT DocumentConsumer::SendXpsUnknown(IUnknown* pUnknown) {
+    return Send("SendXpsUnknown", PartKind::Unknown, pUnknown);
+}
+
+HRESULT DocumentConsumer::SendXpsDocument(IXpsDocument* pXpsDocument) {
+    return Send("SendXpsDocument", PartKind::XpsDocument, pXpsDocument);
+}
+
+HRESULT DocumentConsumer::SendFixedDocumentSequence(IFixedDocumentSequence* pFixedDocumentSequence) {
+    return Send("SendFixedDocumentSequence", PartKind::FixedDocumentSequence, pFixedDocumentSequence);
+}
+
+HRESULT DocumentConsumer::SendFixedDocument(IFixedDocument* pFixedDocument) {
+    return Send("SendFixedDocument", PartKind::FixedDocument, pFixedDocument);
+}
+
+HRESULT DocumentConsumer::SendFixedPage(IFixedPage* pFixedPage) {
+    return Send("SendFixedPage", PartKind::FixedPage, pFixedPage);
+}
+
+HRESULT DocumentConsumer::CloseSender() {
+    return Guarded([&]() -> HRESULT {
+        const std::lock_guard guard(m_lock);
+        const bool closedBefore = std::exchange(m_closed, true);
+        if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentConsumer::CloseSender"); FAILED(hr))
+            return hr;
+        if (closedBefore && !Context().IsCancelled()) return Context().Breach("CloseSender was called twice");
+        return S_OK;
+    });
+}
+
+HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void** ppNewPart,
+                                          IPrintWriteStream** ppWriteStream) {
+    if (ppNewPart != nullptr) *ppNewPart = nullptr;
+    if (ppWriteStream != nullptr) *ppWriteStream = nullptr;
+    return Guarded([&]() -> HRESULT {
+        const std::lock_guard guard(m_lock);
+        const std::string name = NarrowOrNull(uri);
+        const HRESULT planned = Context().Calls().Enter("IXpsDocumentConsumer::GetNewEmptyPart", name);
+        if (FAILED(planned)) return planned;
+        if (const HRESULT hr = CheckOpen("GetNewEmptyPart of " + name); FAILED(hr)) return hr;
+        if (uri == nullptr || ppNewPart == nullptr || ppWriteStream == nullptr) {
+            return Context().Breach("GetNewEmptyPart was called with a null pointer", E_POINTER);
+        }
+        const PartKind kind = CreatableKindOf(iid);
+        if (kind == PartKind::Unknown) {
+            return Context().Breach(
+                "GetNewEmptyPart of " + name + " asks for an interface that it cannot make", E_NOINTERFACE);
+        }
+        const PartPtr part = std::make_shared<Part>(kind, name);
+        ComPtr<WriteStream> stream = MakeObject<WriteStream>(SharedContext(), name, part->BeginWriting());
+        const HRESULT hr = MakePartObject(SharedContext(), part)->QueryInterface(iid, ppNewPart);
+        if (SUCCEEDED(hr)) *ppWriteStream = stream.Detach();
+        return hr;
+    });
+}
+
+HRESULT DocumentConsumer::Send(const char* method, PartKind kind, IUnknown* pObject) {
+    return Guarded([&]() -> HRESULT {
+        const std::lock_guard guard(m_lock);
+        const PartPtr part = PartOf(pObject);
+        const std::string title = part == nullptr ? "an object of the filter's own" : part->Title();
+        const HRESULT planned = Context().Calls().Enter(std::string("IXpsDocumentConsumer::") + method,
+                                                        part == nullptr ? std::string() : part->Name());
+        if (FAILED(planned)) return planned;
+        if (pObject == nullptr) {
+            return Context().Breach(std::string(method) + " was called with a null pointer", E_POINTER);
+        }
+        if (const HRESULT hr = CheckOpen(std::string(method) + " of " + title); FAILED(hr)) return hr;
+        if (kind == PartKind::Unknown ? part != nullptr && HasSendMethod(part->Kind())
+                                      : part == nullptr || part->Kind() != kind) {
+            return Context().Breach(std::string(method) + " was given " + title, E_INVALIDARG);
+        }
+        if (part == nullptr) {
+            m_foreign.emplace_back(pObject);
+            m_sent.push_back({PartKind::Unknown, NameOfForeign(pObject), nullptr});
+            return S_OK;
+        }
+        if (part->sent) return Context().Breach(part->Title() + " was sent twice");
+        if (const HRESULT hr = CheckOrder(kind, title); FAILED(hr)) return hr;
+        if (const HRESULT hr = CheckWhole(*part); FAILED(hr)) return hr;
+        Record(part);
+        return S_OK;
+    });
+}
+
+HRESULT DocumentConsumer::CheckOpen(const std::string& what) {
+    if (Context().IsCancelled()) return JobCancelled;
+    return m_closed ? Context().Breach(what + " came after CloseSender") : S_OK;
+}
+
+HRESULT DocumentConsumer::CheckOrder(PartKind kind, const std::string& title) {
+    switch (kind) {
+        case PartKind::XpsDocument:
+            return m_counts.documents == 0 ? S_OK : Context().Breach("a second XpsDocument was sent");
+        case PartKind::FixedDocumentSequence:
+            if (m_counts.documents == 0) return Context().Breach(title + " was sent before the XpsDocument");
+            return m_counts.sequences == 0 ? S_OK
+                                           : Context().Breach("a second FixedDocumentSequence was sent");
+        case PartKind::FixedDocument:
+            return m_counts.sequences == 0
+                       ? Context().Breach(title + " was sent before the FixedDocumentSequence")
+                       : S_OK;
+        case PartKind::FixedPage:
+            return m_counts.fixedDocuments == 0
+                       ? Context().Breach(title + " was sent before any FixedDocument")
+                       : S_OK;
+        default:
+            return S_OK;
+    }
+}
+
+HRESULT DocumentConsumer::CheckWhole(Part& part) {
+    if (part.IsBeingWritten())
+        return Context().Breach(part.Title() + " was sent while its write stream is open");
+    return S_OK;
+}
+
+void DocumentConsumer::Record(const PartPtr& part) {
+    part->sent = true;
+    m_counts.documents += part->Kind() == PartKind::XpsDocument;
+    m_counts.sequences += part->Kind() == PartKind::FixedDocumentSequence;
+    m_counts.fixedDocuments += part->Kind() == PartKind::FixedDocument;
+    m_sent.push_back({part->Kind(), part->Name(), part});
+}
+
+}  // namespace devkit::pipeline

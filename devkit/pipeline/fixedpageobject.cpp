@@ -1,0 +1,124 @@
+#include "devkit/pipeline/fixedpageobject.h"
+
+#include <algorithm>
+
+#include "devkit/pipeline/partiterator.h"
+#include "devkit/pipeline/text.h"
+#include "devkit/pipeline/ticketedobjects.h"
+
+namespace devkit::pipeline {
+namespace {
+
+using Resources = std::vector<PartPtr>;
+
+Resources::iterator FindByName(Resources& parts, std::string_view name) {
+    return std::find_if(parts.begin(), parts.end(),
+                        [name](const PartPtr& part) { return EqualIgnoringCase(part->Name(), name); });
+}
+
+bool IsPageResource(PartKind kind) {
+    return kind == PartKind::Image || kind == PartKind::Font || kind == PartKind::ColorProfile ||
+           kind == PartKind::ResourceDictionary || kind == PartKind::Thumbnail || kind == PartKind::Unknown;
+}
+
+}  // namespace
+
+HRESULT FixedPageObject::GetPrintTicket(IPartPrintTicket** ppPrintTicket) {
+    if (ppPrintTicket != nullptr) *ppPrintTicket = nullptr;
+    return Call("IFixedPage::GetPrintTicket",
+                [&] { return GetTicketOf(SharedContext(), *m_part, ppPrintTicket); });
+}
+
+HRESULT FixedPageObject::GetPagePart(const wchar_t* uri, IUnknown** ppPart) {
+    if (ppPart != nullptr) *ppPart = nullptr;
+    return Call("IFixedPage::GetPagePart", [&]() -> HRESULT {
+        if (uri == nullptr || ppPart == nullptr) return E_POINTER;
+        const std::string name = Narrow(uri);
+        PartPtr found;
+        if (m_part->ticket != nullptr && EqualIgnoringCase(m_part->ticket->Name(), name)) {
+            found = m_part->ticket;
+        } else if (const auto place = FindByName(m_part->resources, name); place != m_part->resources.end()) {
+            found = *place;
+        }
+        if (found == nullptr) return E_ELEMENT_NOT_FOUND;
+        *ppPart = MakePartObject(SharedContext(), found).Detach();
+        return S_OK;
+    });
+}
+
+HRESULT FixedPageObject::GetWriteStream(IPrintWriteStream** ppWriteStream) {
+    if (ppWriteStream != nullptr) *ppWriteStream = nullptr;
+    return Call("IFixedPage::GetWriteStream", [&]() -> HRESULT {
+        if (ppWriteStream == nullptr) return E_POINTER;
+        if (const HRESULT hr = CheckNotSent("GetWriteStream"); FAILED(hr)) return hr;
+        std::shared_ptr<Writing> writing = m_part->BeginWriting();
+        if (writing == nullptr) {
+            return Context().Breach("GetWriteStream of " + m_part->Title() +
+                                    " came while another write stream is open");
+        }
+        *ppWriteStream =
+            MakeObject<WriteStream>(SharedContext(), m_part->Name(), std::move(writing)).Detach();
+        return S_OK;
+    });
+}
+
+HRESULT FixedPageObject::SetPrintTicket(IPartPrintTicket* pPrintTicket) {
+    return Call("IFixedPage::SetPrintTicket", [&]() -> HRESULT {
+        if (const HRESULT hr = CheckNotSent("SetPrintTicket"); FAILED(hr)) return hr;
+        return AttachTicket(Context(), *m_part, pPrintTicket);
+    });
+}
+
+HRESULT FixedPageObject::SetPagePart(IUnknown* pPart) {
+    return Call("IFixedPage::SetPagePart", [&]() -> HRESULT {
+        if (const HRESULT hr = CheckNotSent("SetPagePart"); FAILED(hr)) return hr;
+        if (pPart == nullptr) return E_POINTER;
+        const PartPtr part = PartOf(pPart);
+        if (part == nullptr || !IsPageResource(part->Kind())) {
+            return Context().Breach(
+                "SetPagePart was given an object that is not one of the pipeline's resources", E_INVALIDARG);
+        }
+        if (part->IsBeingWritten()) {
+            return Context().Breach("SetPagePart was given " + part->Title() +
+                                    " while its write stream is open");
+        }
+        const auto place = FindByName(m_part->resources, part->Name());
+        if (place == m_part->resources.end()) {
+            m_part->resources.push_back(part);
+        } else {
+            *place = part;
+        }
+        return S_OK;
+    });
+}
+
+HRESULT FixedPageObject::DeleteResource(const wchar_t* uri) {
+    return Call("IFixedPage::DeleteResource", [&]() -> HRESULT {
+        if (const HRESULT hr = CheckNotSent("DeleteResource"); FAILED(hr)) return hr;
+        if (uri == nullptr) return E_POINTER;
+        const std::string name = Narrow(uri);
+        if (m_part->ticket != nullptr && EqualIgnoringCase(m_part->ticket->Name(), name)) {
+            m_part->ticket = nullptr;
+            return S_OK;
+        }
+        const auto place = FindByName(m_part->resources, name);
+        if (place == m_part->resources.end()) {
+            return Context().Breach(
+                "DeleteResource of " + m_part->Title() + " names " + name + ", which the page does not have",
+                E_ELEMENT_NOT_FOUND);
+        }
+        m_part->resources.erase(place);
+        return S_OK;
+    });
+}
+
+HRESULT FixedPageObject::GetXpsPartIterator(IXpsPartIterator** ppIterator) {
+    if (ppIterator != nullptr) *ppIterator = nullptr;
+    return Call("IFixedPage::GetXpsPartIterator", [&]() -> HRESULT {
+        if (ppIterator == nullptr) return E_POINTER;
+        *ppIterator = MakeObject<PartIterator>(SharedContext(), m_part).Detach();
+        return S_OK;
+    });
+}
+
+}  // namespace devkit::pipeline

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "devkit/pipeline/part.h"
+
+namespace devkit::pipeline {
+
+// The document that a run sends through the filter. It is read only, so one input can serve many runs, one
+// after the other.
+
+struct ResourceInput {
+    PartKind kind = PartKind::Unknown;
+    InputPart part;
+};
+
+struct PageInput {
+    InputPart markup;
+    std::optional<InputPart> ticket;
+    std::vector<ResourceInput> resources;
+};
+
+struct DocumentInput {
+    InputPart markup;
+    std::optional<InputPart> ticket;
+    std::vector<PageInput> pages;
+};
+
+struct JobInput {
+    std::optional<InputPart> thumbnail;
+    InputPart sequence;
+    std::optional<InputPart> ticket;
+    std::vector<DocumentInput> documents;
+};
+
+}  // namespace devkit::pipeline

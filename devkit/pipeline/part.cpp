@@ -1,0 +1,117 @@
+#include "devkit/pipeline/part.h"
+
+#include <array>
+#include <utility>
+
+#include "devkit/pipeline/text.h"
+
+namespace devkit::pipeline {
+namespace {
+
+struct TypeOfKind {
+    std::string_view contentType;
+    PartKind kind;
+};
+
+constexpr auto types = std::to_array<TypeOfKind>({
+    {"application/vnd.ms-printing.printticket+xml", PartKind::PrintTicket},
+    {"image/jpeg", PartKind::Image},
+    {"image/png", PartKind::Image},
+    {"image/tiff", PartKind::Image},
+    {"image/vnd.ms-photo", PartKind::Image},
+    {"application/vnd.ms-opentype", PartKind::Font},
+    {"application/vnd.ms-package.obfuscated-opentype", PartKind::Font},
+    {"application/vnd.ms-color.iccprofile", PartKind::ColorProfile},
+    {"application/vnd.ms-package.xps-resourcedictionary+xml", PartKind::ResourceDictionary},
+});
+
+const Bytes& NoBytes() {
+    static const Bytes none = std::make_shared<const std::string>();
+    return none;
+}
+
+}  // namespace
+
+const char* NameOf(PartKind kind) {
+    switch (kind) {
+        case PartKind::XpsDocument:
+            return "XpsDocument";
+        case PartKind::FixedDocumentSequence:
+            return "FixedDocumentSequence";
+        case PartKind::FixedDocument:
+            return "FixedDocument";
+        case PartKind::FixedPage:
+            return "FixedPage";
+        case PartKind::PrintTicket:
+            return "PrintTicket";
+        case PartKind::Image:
+            return "Image";
+        case PartKind::Font:
+            return "Font";
+        case PartKind::ColorProfile:
+            return "ColorProfile";
+        case PartKind::ResourceDictionary:
+            return "ResourceDictionary";
+        case PartKind::Thumbnail:
+            return "Thumbnail";
+        case PartKind::Unknown:
+            break;
+    }
+    return "Unknown";
+}
+
+PartKind KindOfContentType(std::string_view contentType) {
+    contentType = contentType.substr(0, contentType.find(';'));
+    while (contentType.ends_with(' ')) contentType.remove_suffix(1);
+    for (const TypeOfKind& type : types) {
+        if (EqualIgnoringCase(type.contentType, contentType)) return type.kind;
+    }
+    return PartKind::Unknown;
+}
+
+Part::Part(PartKind kind, InputPart input) : m_kind(kind), m_input(std::move(input)) {}
+
+Part::Part(PartKind kind, std::string name) : m_kind(kind), m_input{std::move(name), {}, nullptr} {}
+
+std::string Part::Title() const {
+    return m_input.name.empty() ? NameOf(m_kind) : std::string(NameOf(m_kind)) + " " + m_input.name;
+}
+
+Bytes Part::Read() {
+    TakeWritten();
+    return m_written != nullptr ? m_written : ReadInput();
+}
+
+Bytes Part::ReadInput() {
+    if (m_input.read == nullptr) return NoBytes();
+    Bytes bytes = m_read.lock();
+    if (bytes == nullptr) {
+        bytes = m_input.read();
+        m_read = bytes;
+    }
+    return bytes;
+}
+
+bool Part::IsWritten() {
+    TakeWritten();
+    return m_written != nullptr;
+}
+
+bool Part::IsBeingWritten() {
+    TakeWritten();
+    return m_writing != nullptr;
+}
+
+std::shared_ptr<Writing> Part::BeginWriting() {
+    if (IsBeingWritten()) return nullptr;
+    m_writing = std::make_shared<Writing>();
+    return m_writing;
+}
+
+void Part::TakeWritten() {
+    if (m_writing == nullptr || !m_writing->IsClosed()) return;
+    m_written = m_writing->Written();
+    m_writing = nullptr;
+}
+
+}  // namespace devkit::pipeline

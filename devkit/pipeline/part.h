@@ -1,0 +1,91 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devkit/pipeline/readstream.h"
+#include "devkit/pipeline/writestream.h"
+#include "platform/filterpipeline.h"
+
+namespace devkit::pipeline {
+
+enum class PartKind {
+    XpsDocument,
+    FixedDocumentSequence,
+    FixedDocument,
+    FixedPage,
+    PrintTicket,
+    Image,
+    Font,
+    ColorProfile,
+    ResourceDictionary,
+    Thumbnail,
+    Unknown,
+};
+
+// "FixedPage".
+[[nodiscard]] const char* NameOf(PartKind kind);
+// The kind of a page's resource by its content type, with no regard to letter case or parameters.
+[[nodiscard]] PartKind KindOfContentType(std::string_view contentType);
+// A part of the input as the provider finds it.
+struct InputPart {
+    std::string name;  // UTF-8, "/Documents/1/Pages/1.fpage"
+    std::string contentType;
+    std::function<Bytes()> read;  // throws std::exception when the input cannot be read
+};
+
+// One part of the document on its way through the filter: its name, its bytes, and the parts that hang on it.
+// The COM objects that the filter sees are views of it; several may show the same part. For the pipeline
+// thread only.
+class Part {
+  public:
+    Part(PartKind kind, InputPart input);
+    // A part that the filter makes; its bytes come with BeginWriting.
+    Part(PartKind kind, std::string name);
+
+    [[nodiscard]] PartKind Kind() const noexcept { return m_kind; }
+    [[nodiscard]] const std::string& Name() const noexcept { return m_input.name; }
+    [[nodiscard]] const std::string& ContentType() const noexcept { return m_input.contentType; }
+    void SetContentType(std::string type) { m_input.contentType = std::move(type); }
+    [[nodiscard]] bool IsNew() const noexcept { return m_input.read == nullptr; }
+    // "FixedPage /Documents/1/Pages/1.fpage".
+    [[nodiscard]] std::string Title() const;
+
+    // The bytes as they stand: what was last written and closed, else the input's, else none. Throws what
+    // the input's reader throws.
+    [[nodiscard]] Bytes Read();
+    // The input's bytes, none for a new part.
+    [[nodiscard]] Bytes ReadInput();
+    // Whether the part has bytes that the filter wrote.
+    [[nodiscard]] bool IsWritten();
+    // Whether a write stream is open.
+    [[nodiscard]] bool IsBeingWritten();
+    // Null when a write stream is open already.
+    [[nodiscard]] std::shared_ptr<Writing> BeginWriting();
+
+    EXpsCompressionOptions compression = Compression_Normal;
+    bool sent = false;
+
+    std::shared_ptr<Part> ticket;                  // of a sequence, document or page
+    std::shared_ptr<Part> inputTicket;             // what the input has for it
+    std::shared_ptr<Part> thumbnail;               // of the XPS document
+    std::vector<std::shared_ptr<Part>> resources;  // of a page, without its ticket
+
+  private:
+    void TakeWritten();
+
+    PartKind m_kind;
+    InputPart m_input;
+    std::weak_ptr<const std::string> m_read;
+    std::shared_ptr<Writing> m_writing;
+    Bytes m_written;
+};
+
+using PartPtr = std::shared_ptr<Part>;
+
+}  // namespace devkit::pipeline

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include "devkit/pipeline/partobject.h"
+#include "platform/filterpipeline.h"
+
+namespace devkit::pipeline {
+
+// The objects of parts that have bytes and no parts of their own.
+
+class PrintTicketObject final : public StreamPartObject<IPartPrintTicket> {
+  public:
+    using StreamPartObject::StreamPartObject;
+};
+
+class ColorProfileObject final : public StreamPartObject<IPartColorProfile> {
+  public:
+    using StreamPartObject::StreamPartObject;
+};
+
+class ResourceDictionaryObject final : public StreamPartObject<IPartResourceDictionary> {
+  public:
+    using StreamPartObject::StreamPartObject;
+};
+
+// A part of a kind that the pipeline has no interface for.
+class UnknownPartObject final : public StreamPartObject<IPartBase> {
+  public:
+    using StreamPartObject::StreamPartObject;
+};
+
+class ImageObject final : public StreamPartObject<IPartImage> {
+  public:
+    using StreamPartObject::StreamPartObject;
+
+    HRESULT STDMETHODCALLTYPE GetImageProperties(BSTR* pContentType) override;
+    HRESULT STDMETHODCALLTYPE SetImageContent(const wchar_t* contentType) override;
+};
+
+class ThumbnailObject final : public StreamPartObject<IPartThumbnail> {
+  public:
+    using StreamPartObject::StreamPartObject;
+
+    HRESULT STDMETHODCALLTYPE GetThumbnailProperties(BSTR* pContentType) override;
+    HRESULT STDMETHODCALLTYPE SetThumbnailContent(const wchar_t* contentType) override;
+};
+
+// The font options tell an obfuscated font from a plain one; setting them also sets the content type.
+class FontObject final : public StreamPartObject<IPartFont2> {
+  public:
+    using StreamPartObject::StreamPartObject;
+
+    HRESULT STDMETHODCALLTYPE GetFontProperties(BSTR* pContentType, EXpsFontOptions* pOptions) override;
+    HRESULT STDMETHODCALLTYPE SetFontContent(const wchar_t* contentType) override;
+    HRESULT STDMETHODCALLTYPE SetFontOptions(EXpsFontOptions options) override;
+    // Always Xps_Restricted_Font_Installable: the kit does not read the font's licence bits.
+    HRESULT STDMETHODCALLTYPE GetFontRestriction(EXpsFontRestriction* pRestriction) override;
+};
+
+}  // namespace devkit::pipeline

@@ -1,0 +1,63 @@
+#include "devkit/pipeline/runcontext.h"
+
+#include <utility>
+
+namespace devkit::pipeline {
+namespace {
+
+std::atomic<std::size_t> liveObjects = 0;
+
+}  // namespace
+
+RunContext::RunContext(Switches switches)
+    : m_switches(std::move(switches)), m_calls(m_switches.faults, m_switches.keepCalls) {}
+
+HRESULT RunContext::Breach(std::string text, HRESULT code) {
+    m_breaches.Add(std::move(text));
+    return code;
+}
+
+void RunContext::InputFailed(std::string text) { m_inputFailures.Add(std::move(text)); }
+
+std::vector<std::string> RunContext::InputFailures() const { return m_inputFailures.Lines(); }
+
+void RunContext::Cancel() {
+    {
+        const std::lock_guard guard(m_cancelLock);
+        m_cancelled = true;
+    }
+    m_cancelSignal.notify_all();
+}
+
+void RunContext::WaitUnlessCancelled(std::chrono::milliseconds time) {
+    std::unique_lock lock(m_cancelLock);
+    m_cancelSignal.wait_for(lock, time, [this] { return m_cancelled.load(); });
+}
+
+std::vector<std::string> RunContext::LiveObjects() const {
+    const std::lock_guard guard(m_liveLock);
+    std::vector<std::string> lines;
+    for (const LiveObject* object : m_live) {
+        const ULONG references = object->m_references;
+        lines.push_back(object->m_description + ", " + std::to_string(references) +
+                        (references == 1 ? " reference" : " references"));
+    }
+    return lines;
+}
+
+LiveObject::LiveObject(ContextPtr context, std::string description)
+    : m_context(std::move(context)), m_description(std::move(description)) {
+    const std::lock_guard guard(m_context->m_liveLock);
+    m_context->m_live.insert(this);
+    ++liveObjects;
+}
+
+LiveObject::~LiveObject() {
+    const std::lock_guard guard(m_context->m_liveLock);
+    m_context->m_live.erase(this);
+    --liveObjects;
+}
+
+std::size_t LiveObjectCount() noexcept { return liveObjects; }
+
+}  // namespace devkit::pipeline
