@@ -1,0 +1,166 @@
+#include "base/xps/fixedpagesaxhandlerbase.h"
+
+#include <array>
+#include <stdexcept>
+
+#include "base/logging/check.h"
+#include "base/xps/decimal.h"
+
+namespace base::xps {
+namespace {
+
+constexpr std::wstring_view kWidth = L"Width";
+constexpr std::wstring_view kHeight = L"Height";
+
+// False when the parser refuses one of the texts, or gives no storage for one that is not empty.
+bool ReadAttribute(ISAXAttributes& attributes, int index, TagAttribute& attribute) {
+    struct Text {
+        const wchar_t* m_pText = nullptr;
+        int m_length = 0;
+    };
+    Text uri;
+    Text localName;
+    Text name;
+    Text value;
+    if (FAILED(attributes.getName(index, &uri.m_pText, &uri.m_length, &localName.m_pText, &localName.m_length,
+                                  &name.m_pText, &name.m_length)) ||
+        FAILED(attributes.getValue(index, &value.m_pText, &value.m_length))) {
+        return false;
+    }
+    const auto isReadable = [](const Text& text) {
+        return text.m_length == 0 || (text.m_length > 0 && text.m_pText != nullptr);
+    };
+    const auto view = [](const Text& text) {
+        return text.m_length == 0 ? std::wstring_view(L"")
+                                  : std::wstring_view(text.m_pText, static_cast<std::size_t>(text.m_length));
+    };
+    if (!isReadable(localName) || !isReadable(name) || !isReadable(value)) return false;
+    attribute = {view(name), view(value), view(localName) == L"UnicodeString"};
+    return true;
+}
+
+}  // namespace
+
+HRESULT STDMETHODCALLTYPE FixedPageSaxHandlerBase::QueryInterface(REFIID iid, void** ppObject) {
+    if (ppObject == nullptr) return E_POINTER;
+    *ppObject = nullptr;
+    if (iid != __uuidof(IUnknown) && iid != __uuidof(ISAXContentHandler)) return E_NOINTERFACE;
+    *ppObject = static_cast<ISAXContentHandler*>(this);
+    AddRef();
+    return S_OK;
+}
+
+ULONG STDMETHODCALLTYPE FixedPageSaxHandlerBase::AddRef() { return ++m_references; }
+
+ULONG STDMETHODCALLTYPE FixedPageSaxHandlerBase::Release() {
+    const ULONG left = --m_references;
+    if (left == 0) delete this;
+    return left;
+}
+
+std::wstring_view FixedPageSaxHandlerBase::TextOf(const wchar_t* text, int length) noexcept {
+    if (text == nullptr || length < 0) return {};
+    return {text, static_cast<std::size_t>(length)};
+}
+
+std::span<const TagAttribute> FixedPageSaxHandlerBase::ReadAttributes(ISAXAttributes* pAttributes) {
+    m_attributes.clear();
+    int count = 0;
+    if (pAttributes == nullptr || FAILED(pAttributes->getLength(&count))) return {};
+    for (int index = 0; index < count; ++index) {
+        if (!ReadAttribute(*pAttributes, index, m_attributes.emplace_back())) return {};
+    }
+    return m_attributes;
+}
+
+FixedPageSaxHandlerBase::AttributeTable FixedPageSaxHandlerBase::ToTable(
+    std::span<const TagAttribute> attributes) {
+    AttributeTable table;
+    for (const TagAttribute& attribute : attributes) {
+        table.insert_or_assign(std::wstring(attribute.m_name),
+                               AttributeValue{std::wstring(attribute.m_value), attribute.m_isEscaped});
+    }
+    return table;
+}
+
+std::vector<TagAttribute> FixedPageSaxHandlerBase::ToAttributes(const AttributeTable& table) {
+    std::vector<TagAttribute> attributes;
+    attributes.reserve(table.size());
+    for (const auto& [name, value] : table) attributes.push_back({name, value.m_text, value.m_isEscaped});
+    return attributes;
+}
+
+Box FixedPageSaxHandlerBase::ReadPage(AttributeTable& table) {
+    const float height = ParseDecimal(table[std::wstring(kHeight)].m_text);
+    const float width = ParseDecimal(table[std::wstring(kWidth)].m_text);
+    return {0, 0, width, height};
+}
+
+void FixedPageSaxHandlerBase::RewriteSize(AttributeTable& table, const Box& page, const Matrix& matrix) {
+    const auto width = table.find(kWidth);
+    const auto height = table.find(kHeight);
+    if (width == table.end() || height == table.end()) {
+        logging::Throw<exception::Error>("FixedPage Hegiht/Width attribute is required by XPS.");
+    }
+    const Box turned = TransformCornerBox(page, matrix);
+    width->second.m_text = FormatDecimal(turned.Width());
+    height->second.m_text = FormatDecimal(turned.Height());
+}
+
+void FixedPageSaxHandlerBase::RewriteBleedBox(AttributeTable& table, const Box& page, const Matrix& matrix) {
+    constexpr auto kIsRemoved = [](const Box& unturned, const Box& box) {
+        return box.m_left > 0 || box.m_top > 0 || unturned.Width() > box.Width() ||
+               unturned.Height() > box.Height();
+    };
+    RewriteBox(table, L"BleedBox", kIsRemoved, page, matrix);
+}
+
+void FixedPageSaxHandlerBase::RewriteContentBox(AttributeTable& table, const Box& page,
+                                                const Matrix& matrix) {
+    constexpr auto kIsRemoved = [](const Box& unturned, const Box& box) {
+        return box.m_left < 0 || box.m_top < 0 || box.Width() > unturned.Width() ||
+               box.Height() > unturned.Height();
+    };
+    RewriteBox(table, L"ContentBox", kIsRemoved, page, matrix);
+}
+
+void FixedPageSaxHandlerBase::RewriteBox(AttributeTable& table, std::wstring_view name, BoxTest isRemoved,
+                                         const Box& page, const Matrix& matrix) {
+    const auto attribute = table.find(name);
+    if (attribute == table.end()) return;
+    try {
+        const Box parsed = ParseBox(attribute->second.m_text);
+        const Box box = OffsetBox(TransformCornerBox(parsed, matrix), {parsed.m_left, parsed.m_top});
+        if (!isRemoved(page, box)) {
+            attribute->second.m_text =
+                FormatDecimals(std::array{box.m_left, box.m_top, box.m_right, box.m_bottom});
+            return;
+        }
+    } catch (const std::invalid_argument&) {
+        // Falls through to the removal: a page is complete without the attribute.
+    }
+    table.erase(attribute);
+}
+
+Box FixedPageSaxHandlerBase::ParseBox(std::wstring_view text) {
+    if (text.empty()) logging::Throw<std::invalid_argument>("text is empty.");
+    std::array<float, 4> values{};
+    std::size_t count = 0;
+    for (std::size_t start = 0; start <= text.size(); ++count) {
+        const std::size_t end = std::min(text.find(L',', start), text.size());
+        const std::wstring_view value = text.substr(start, end - start);
+        // An empty place between commas, or behind the last one, is no value.
+        if (count == values.size() || value.find_first_not_of(L" \t\r\n") == std::wstring_view::npos) {
+            logging::Throw<std::invalid_argument>("the value comma deliminated should consist 4 value.");
+        }
+        values[count] = ParseDecimal(value);
+        start = end + 1;
+    }
+    if (count != values.size()) {
+        logging::Throw<std::invalid_argument>("the value comma deliminated should consist 4 value.");
+    }
+    const auto [x, y, width, height] = values;
+    return {x, y, x + width, y + height};
+}
+
+}  // namespace base::xps

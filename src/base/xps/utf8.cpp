@@ -1,0 +1,73 @@
+#include "base/xps/utf8.h"
+
+#include "platform/windows.h"
+
+#include <algorithm>
+#include <array>
+#include <ostream>
+
+#include "base/logging/check.h"
+
+namespace base::xps {
+namespace {
+
+void RequireText(std::wstring_view text) { logging::ThrowIfNull(text.data(), "pWideCharStr is null."); }
+
+// The bytes written; with no room at all, the bytes needed.
+std::size_t Convert(std::wstring_view text, char* buffer, std::size_t size) {
+    return static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(),
+                                                        static_cast<int>(text.size()), buffer,
+                                                        static_cast<int>(size), nullptr, nullptr));
+}
+
+std::string_view EntityOf(wchar_t character) {
+    switch (character) {
+        case L'&':
+            return "&amp;";
+        case L'<':
+            return "&lt;";
+        case L'>':
+            return "&gt;";
+        case L'"':
+            return "&quot;";
+        default:
+            return "&apos;";
+    }
+}
+
+}  // namespace
+
+std::string ToUtf8(std::wstring_view text) {
+    RequireText(text);
+    std::string converted(Convert(text, nullptr, 0), '\0');
+    Convert(text, converted.data(), converted.size());
+    return converted;
+}
+
+void WriteUtf8(std::ostream& sink, std::wstring_view text) {
+    RequireText(text);
+    constexpr std::size_t kUnits = 1024;
+    // No UTF-16 unit needs more than three bytes; a pair of surrogates needs four.
+    std::array<char, 3 * kUnits> bytes;
+    while (!text.empty()) {
+        std::size_t count = std::min(text.size(), kUnits);
+        if (count < text.size() && IS_HIGH_SURROGATE(text[count - 1])) --count;
+        const std::size_t length = Convert(text.substr(0, count), bytes.data(), bytes.size());
+        sink.write(bytes.data(), static_cast<std::streamsize>(length));
+        text.remove_prefix(count);
+    }
+}
+
+void WriteEscapedUtf8(std::ostream& sink, std::wstring_view text) {
+    RequireText(text);
+    for (;;) {
+        const std::size_t special = text.find_first_of(L"&<>\"'");
+        WriteUtf8(sink, text.substr(0, special));
+        if (special == std::wstring_view::npos) return;
+        const std::string_view entity = EntityOf(text[special]);
+        sink.write(entity.data(), static_cast<std::streamsize>(entity.size()));
+        text.remove_prefix(special + 1);
+    }
+}
+
+}  // namespace base::xps

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/filterpipeline.h"
+
+namespace base::xps {
+
+// The part of a COM object that every fake of these tests shares. Fakes live on the stack or in the fixture;
+// the count tells whether every reference was given back.
+template <typename Interface>
+class FakeObject : public Interface {
+  public:
+    FakeObject() = default;
+    FakeObject(const FakeObject&) = delete;
+    FakeObject& operator=(const FakeObject&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
+        *ppObject = nullptr;
+        if (iid != __uuidof(IUnknown) && iid != __uuidof(Interface)) return E_NOINTERFACE;
+        *ppObject = static_cast<Interface*>(this);
+        ++m_references;
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
+
+    ULONG m_references = 1;
+
+  protected:
+    ~FakeObject() = default;
+};
+
+inline constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+
+class MemoryReadStream final : public FakeObject<IPrintReadStream> {
+  public:
+    explicit MemoryReadStream(std::string content) : m_content(std::move(content)) {}
+
+    HRESULT STDMETHODCALLTYPE Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) override {
+        m_calls.push_back("Seek " + std::to_string(offset) + " " + std::to_string(origin));
+        if (FAILED(m_seekResult)) return m_seekResult;
+        m_position = static_cast<std::size_t>(offset);
+        if (pNewPosition != nullptr) *pNewPosition = m_position;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead,
+                                        BOOL* pEndOfFile) override {
+        ++m_reads;
+        *pcbRead = 0;
+        *pEndOfFile = FALSE;
+        if (m_reads == m_failingRead) return m_readResult;
+        const std::size_t left = m_content.size() - m_position;
+        const std::size_t count = std::min({left, std::size_t{cbWanted}, m_mostPerRead});
+        std::memcpy(pBuffer, m_content.data() + m_position, count);
+        m_position += count;
+        *pcbRead = static_cast<ULONG>(count);
+        const bool isAtEnd = m_position == m_content.size();
+        *pEndOfFile = m_endComesWithData ? isAtEnd : count == 0;
+        return S_OK;
+    }
+
+    std::string m_content;
+    std::size_t m_position = 0;
+    std::size_t m_reads = 0;
+    std::size_t m_mostPerRead = kNever;
+    bool m_endComesWithData = true;
+    // Counted from 1.
+    std::size_t m_failingRead = kNever;
+    HRESULT m_readResult = STG_E_READFAULT;
+    HRESULT m_seekResult = S_OK;
+    std::vector<std::string> m_calls;
+};
+
+class MemoryWriteStream final : public FakeObject<IPrintWriteStream> {
+  public:
+    HRESULT STDMETHODCALLTYPE WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) override {
+        ++m_writes;
+        *pcbWritten = 0;
+        if (m_isClosed) return E_UNEXPECTED;
+        if (m_writes == m_failingWrite) return m_writeResult;
+        const std::size_t count = std::min(std::size_t{cb}, m_mostPerWrite);
+        m_content.append(static_cast<const char*>(pBuffer), count);
+        *pcbWritten = static_cast<ULONG>(count);
+        return S_OK;
+    }
+    void STDMETHODCALLTYPE Close() override {
+        ++m_closes;
+        m_isClosed = true;
+    }
+
+    std::string m_content;
+    std::size_t m_writes = 0;
+    std::size_t m_mostPerWrite = kNever;
+    // Counted from 1.
+    std::size_t m_failingWrite = kNever;
+    HRESULT m_writeResult = STG_E_MEDIUMFULL;
+    int m_closes = 0;
+    bool m_isClosed = false;
+};
+
+}  // namespace base::xps

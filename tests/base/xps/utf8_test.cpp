@@ -1,0 +1,96 @@
+#include "base/xps/utf8.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <stdexcept>
+
+namespace base::xps {
+namespace {
+
+std::string Written(std::wstring_view text) {
+    std::ostringstream sink;
+    WriteUtf8(sink, text);
+    EXPECT_EQ(ToUtf8(text), sink.str());
+    return sink.str();
+}
+
+std::string Escaped(std::wstring_view text) {
+    std::ostringstream sink;
+    WriteEscapedUtf8(sink, text);
+    return sink.str();
+}
+
+TEST(Utf8Test, WritesEveryLengthOfSequence) {
+    EXPECT_EQ("a\x7F", Written(L"a\x7F"));
+    EXPECT_EQ("\xC2\x80\xDF\xBF", Written(L"\x80\x7FF"));
+    EXPECT_EQ("\xE0\xA0\x80\xEF\xBF\xBD", Written(L"\x800\xFFFD"));
+    EXPECT_EQ("\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", Written(L"\xD800\xDC00\xDBFF\xDFFF"));
+}
+
+TEST(Utf8Test, EmptyTextYieldsNothing) {
+    EXPECT_EQ("", Written(L""));
+    EXPECT_EQ("", Escaped(L""));
+}
+
+TEST(Utf8Test, TextWithoutStorageIsRejected) {
+    std::ostringstream sink;
+    for (void (*write)(std::ostream&, std::wstring_view) : {WriteUtf8, WriteEscapedUtf8}) {
+        try {
+            write(sink, std::wstring_view());
+            ADD_FAILURE() << "wrote text that is not there";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_TRUE(std::string_view(error.what()).ends_with(") : pWideCharStr is null.\n"));
+        }
+    }
+    EXPECT_THROW((void)ToUtf8(std::wstring_view()), std::invalid_argument);
+}
+
+TEST(Utf8Test, ASurrogateWithoutItsPartnerIsReplaced) {
+    EXPECT_EQ("a\xEF\xBF\xBD", Written(L"a\xD800"));
+    EXPECT_EQ(
+        "\xEF\xBF\xBD"
+        "a",
+        Written(L"\xD800"
+                L"a"));
+    EXPECT_EQ(
+        "\xEF\xBF\xBD"
+        "a",
+        Written(L"\xDC00"
+                L"a"));
+}
+
+TEST(Utf8Test, KeepsZeroCharactersInsideTheText) {
+    EXPECT_EQ(std::string("a\0b", 3), Written(std::wstring_view(L"a\0b", 3)));
+}
+
+TEST(Utf8Test, PairsOfSurrogatesStayTogetherWhereverTheyStandInALongText) {
+    for (std::size_t before = 0; before < 4; ++before) {
+        std::wstring text(before, L'x');
+        std::string expected(before, 'x');
+        for (int i = 0; i < 3000; ++i) {
+            text += L"\xD83D\xDE00";
+            expected += "\xF0\x9F\x98\x80";
+        }
+        EXPECT_EQ(expected, Written(text));
+        EXPECT_EQ(expected, Escaped(text));
+    }
+}
+
+TEST(Utf8Test, EscapesTheFiveCharactersEachOnce) {
+    EXPECT_EQ("&amp;&lt;&gt;&quot;&apos;", Escaped(L"&<>\"'"));
+    EXPECT_EQ("&amp;amp;", Escaped(L"&amp;"));
+    EXPECT_EQ("a&lt;b\xE2\x82\xAC&gt;c", Escaped(L"a<b\x20AC>c"));
+    EXPECT_EQ(std::string(5000, 'x') + "&amp;", Escaped(std::wstring(5000, L'x') + L"&"));
+}
+
+TEST(Utf8Test, AFailedSinkTakesNothingAndThrowsNothing) {
+    std::ostringstream sink;
+    sink.setstate(std::ios::badbit);
+    WriteUtf8(sink, L"a");
+    WriteEscapedUtf8(sink, L"&");
+    EXPECT_EQ("", sink.str());
+}
+
+}  // namespace
+}  // namespace base::xps
