@@ -18,8 +18,10 @@ HRESULT Communicator::RequestReader(void** ppReader) {
 }
 
 HRESULT Communicator::RequestWriter(void** ppWriter) {
-    return Request("IInterFilterCommunicator::RequestWriter", Context().GetSwitches().writer,
-                   static_cast<IXpsDocumentConsumer*>(m_consumer.Get()), ppWriter);
+    const HRESULT hr = Request("IInterFilterCommunicator::RequestWriter", Context().GetSwitches().writer,
+                               static_cast<IXpsDocumentConsumer*>(m_consumer.Get()), ppWriter);
+    if (SUCCEEDED(hr) && *ppWriter != nullptr) m_writerGiven = true;
+    return hr;
 }
 
 template <typename Interface>

@@ -2,6 +2,8 @@
 
 #include "platform/windows.h"
 
+#include <atomic>
+
 #include "devkit/pipeline/comobject.h"
 #include "devkit/pipeline/documentconsumer.h"
 #include "devkit/pipeline/documentprovider.h"
@@ -16,6 +18,9 @@ class Communicator final : public ComObject<IInterFilterCommunicator> {
     Communicator(ContextPtr context, platform::ComPtr<DocumentProvider> provider,
                  platform::ComPtr<DocumentConsumer> consumer);
 
+    // Whether the filter was given a writer.
+    [[nodiscard]] bool WriterGiven() const noexcept { return m_writerGiven; }
+
     HRESULT STDMETHODCALLTYPE RequestReader(void** ppReader) override;
     HRESULT STDMETHODCALLTYPE RequestWriter(void** ppWriter) override;
 
@@ -25,6 +30,7 @@ class Communicator final : public ComObject<IInterFilterCommunicator> {
 
     const platform::ComPtr<DocumentProvider> m_provider;
     const platform::ComPtr<DocumentConsumer> m_consumer;
+    std::atomic<bool> m_writerGiven = false;
 };
 
 }  // namespace devkit::pipeline

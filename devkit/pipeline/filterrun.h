@@ -1,0 +1,100 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "devkit/pipeline/documentprovider.h"
+#include "devkit/pipeline/driverpropertybag.h"
+#include "devkit/pipeline/filtermodule.h"
+#include "devkit/pipeline/jobinput.h"
+#include "devkit/pipeline/runcontext.h"
+#include "devkit/pipeline/sentpart.h"
+#include "devkit/pipeline/switches.h"
+
+namespace devkit::pipeline {
+
+// The properties of a job's bag. What is absent is not in the bag.
+struct JobProperties {
+    std::optional<std::wstring> printerName = L"SimPrinter";
+    Bytes userTicket = nullptr;  // "PerUserPrintTicket", null for none
+    bool userToken = true;       // "UserSecurityToken", an impersonation token of this user
+    std::optional<HANDLE> printerHandle = nullptr;  // borrowed; a null handle is put into the bag as such
+    std::optional<DriverValues> driverValues = DriverValues();
+};
+
+enum class Apartment {
+    None,            // the pipeline thread has not entered COM
+    SingleThreaded,  // it stands in a single-threaded apartment of its own
+};
+
+struct RunOptions {
+    JobProperties properties;
+    Switches switches;
+    std::vector<ExtraPart> extraParts;
+    Apartment apartment = Apartment::None;
+    // ShutdownOperation comes from another thread when part N (from 1) is asked for; 0: never. The
+    // provider waits with its answer until ShutdownOperation has returned, at most one second, or does not
+    // wait at all when `cancelConcurrently` is set.
+    unsigned cancelAt = 0;
+    bool cancelConcurrently = false;
+    // How long StartOperation may take to return after ShutdownOperation.
+    std::chrono::milliseconds stopTimeout{30000};
+    // Cancels the job after that time, when it is not zero.
+    std::chrono::milliseconds timeout{0};
+    // Called on the pipeline thread before StartOperation, once the thread stands in its apartment; what it
+    // returns is destroyed there after StartOperation.
+    std::function<std::shared_ptr<void>()> onPipelineThread;
+    // Called on the pipeline thread with the number of each part that is asked for.
+    std::function<void(unsigned)> onPart;
+};
+
+// What became of a run.
+struct RunOutcome {
+    HRESULT initialized = E_PENDING;     // InitializeFilter; StartOperation is not called when it failed
+    HRESULT result = E_PENDING;          // StartOperation, or what stopped the run before it
+    std::vector<HRESULT> shutdownCodes;  // RequestShutdown, in order
+    unsigned finishedCount = 0;          // FilterFinished
+    std::optional<HRESULT> shutdownOperation;  // what ShutdownOperation answered, when it was called
+    bool hung = false;                         // StartOperation did not return in time
+    bool cancelled = false;
+    bool senderClosed = false;               // CloseSender was called
+    std::vector<std::string> breaches;       // one line each
+    std::vector<std::string> inputFailures;  // parts of the input that could not be read, one line each
+    std::vector<SentPart> parts;             // in sending order
+    std::string lastPart;                    // what the filter was given last: "FixedPage /1.fpage"
+    std::vector<std::string> calls;          // when the switches keep them
+    bool allFaultsStruck = true;
+
+    // The whole document came through: the output may be written.
+    [[nodiscard]] bool IsWhole() const;
+};
+
+// Sends a document through a filter as the print filter pipeline would: makes the filter, initialises it on
+// the calling thread, runs StartOperation on a pipeline thread of its own, releases everything and looks at
+// what is left over. A filter that hangs leaves its thread, and all that the thread uses, behind;
+// outcome.hung says so, and the filter's module must then stay loaded.
+class FilterRun {
+  public:
+    FilterRun(std::shared_ptr<FilterSource> source, std::shared_ptr<const JobInput> input,
+              RunOptions options);
+    ~FilterRun();
+
+    // Throws FilterError when the filter cannot be made. Call it once. The calling thread must have entered
+    // COM.
+    [[nodiscard]] RunOutcome Run();
+
+    // Cancels the job as a user would; any thread may call, at any time.
+    void Cancel();
+
+  private:
+    struct State;
+    std::shared_ptr<State> m_state;
+};
+
+}  // namespace devkit::pipeline
