@@ -1,0 +1,67 @@
+# Sourced by run.sh and test.sh: what both need of a bare Debian 12. Functions only; every one is quick and needs no
+# network when there is nothing left to do.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+export WINEPREFIX=${WINEPREFIX:-$root/build/wine}
+# Debian's own Python: the packages below give it the imaging library.
+python=/usr/bin/python3
+
+build_packages=(ca-certificates cmake dpkg-dev g++-mingw-w64-x86-64-posix googletest libcli11-dev libz-mingw-w64-dev
+  libxml2-utils libgxps-utils mupdf-tools ninja-build nlohmann-json3-dev python3 python3-pil wine64)
+
+step() { printf '== %s\n' "$*"; }
+fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }
+
+# install PACKAGE...: installs with apt-get those that are missing, as root or through sudo.
+install() {
+  local missing=() package
+  for package in "$@"; do
+    [ "$(dpkg-query -Wf '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || fail "needs root or sudo to install: ${missing[*]}"
+    as_root=(sudo)
+  fi
+  step "installing ${missing[*]}"
+  "${as_root[@]}" apt-get update -qq || fail "apt-get update failed"
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
+    >/dev/null || fail "apt-get could not install ${missing[*]}"
+}
+
+# configure_and_build PRESET [TARGET...]: all targets when none is named.
+configure_and_build() {
+  local preset=$1 folder=$root/build/$1 targets=()
+  shift
+  [ $# -gt 0 ] && targets=(--target "$@")
+  if [ ! -e "$folder/build.ninja" ]; then
+    step "configuring $preset"
+    (cd "$root" && cmake --preset "$preset" >"$root/build/configure-$preset.log" 2>&1) ||
+      { tail -n 30 "$root/build/configure-$preset.log" >&2; fail "configuring $preset failed"; }
+  fi
+  step "building $preset"
+  cmake --build "$folder" "${targets[@]}" || fail "building $preset failed"
+}
+
+make_samples() {
+  local stamp=$root/build/samples/.made
+  [ -e "$stamp" ] && [ "$stamp" -nt "$root/samples/make_samples.py" ] && return
+  step "making the sample documents"
+  "$python" "$root/samples/make_samples.py" "$root/build/samples" || fail "making the sample documents failed"
+  touch "$stamp"
+}
+
+# One Wine server for the whole script: a program then starts in a tenth of the time, and no caller that waits for the
+# script's output hangs on a server left behind.
+start_wine() {
+  mkdir -p "$WINEPREFIX"
+  trap stop_wine EXIT
+  [ -e "$WINEPREFIX/.made" ] || step "making the Wine prefix"
+  "$root/cmake/wine-run.sh" cmd /c exit >/dev/null 2>&1 || fail "Wine does not start"
+  "$(wineserver_program)" -p >/dev/null 2>&1 </dev/null || true
+}
+stop_wine() { "$(wineserver_program)" -k >/dev/null 2>&1 || true; }
+wineserver_program() {
+  if [ -x /usr/lib/wine/wineserver64 ]; then echo /usr/lib/wine/wineserver64; else command -v wineserver; fi
+}

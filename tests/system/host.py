@@ -1,0 +1,49 @@
+"""Runs filterhost from a test script."""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+sys.path.insert(0, os.path.join(ROOT, "tools"))
+
+
+def windows_path(path):
+    """The path as the program sees it: Wine maps the root folder to Z:."""
+    path = os.path.abspath(path)
+    return path if os.name == "nt" else "Z:" + path.replace("/", "\\")
+
+
+class Host:
+    def __init__(self, program):
+        self.command = [program]
+        if os.name != "nt":
+            self.command.insert(0, os.path.join(ROOT, "cmake", "wine-run.sh"))
+
+    def run(self, document, output, *options, timeout=120):
+        """(exit status, report object or None, standard error). The status is None when the run hangs."""
+        with tempfile.TemporaryDirectory() as folder:
+            report = os.path.join(folder, "report.json")
+            arguments = ["run", windows_path(document), "-o", windows_path(output), "--json", windows_path(report),
+                         "--quiet", *options]
+            try:
+                done = subprocess.run(self.command + arguments, capture_output=True, timeout=timeout)
+            except subprocess.TimeoutExpired:
+                return None, None, "no end after %d s" % timeout
+            objects = []
+            if os.path.exists(report):
+                with open(report, encoding="utf-8") as file:
+                    objects = json.load(file)
+            first = objects[0] if isinstance(objects, list) and objects else objects or None
+            return done.returncode, first, done.stderr.decode("utf-8", "replace")
+
+
+def corpus_files():
+    """The documents of the corpus, or None where it is absent (CORPUS_FOLDER names another place)."""
+    folder = os.environ.get("CORPUS_FOLDER", os.path.join(os.path.dirname(ROOT), "shared", "corpus"))
+    if not os.path.isdir(folder):
+        return None
+    found = [os.path.join(where, name) for where, _, names in os.walk(folder) for name in names
+             if name.lower().endswith((".xps", ".oxps", ".dwfx"))]
+    return sorted(found)
