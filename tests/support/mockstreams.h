@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -51,7 +52,7 @@ class MockReadStream : public MockObject<IPrintReadStream> {
     CallRecorder& m_calls;
     std::string m_bytes;
     LONGLONG m_position = 0;
-    ULONG m_most = MAXULONG;
+    ULONG m_most = std::numeric_limits<ULONG>::max();
     bool m_endAfterData = false;
 };
 
@@ -81,7 +82,7 @@ class MockWriteStream : public MockObject<IPrintWriteStream> {
   private:
     CallRecorder& m_calls;
     std::string m_bytes;
-    ULONG m_most = MAXULONG;
+    ULONG m_most = std::numeric_limits<ULONG>::max();
     int m_closes = 0;
 };
 
