@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace devkit::package {
+
+// How much a package may ask of the program that reads it. A package beyond a limit is refused with a
+// PackageError before the memory or the time is spent; sizes are bytes after decompression where not said
+// otherwise.
+struct Limits {
+    // Entries of the zip archive; the default is what an archive without the ZIP64 extension can hold.
+    std::uint64_t maxEntries = 65'535;
+    // What is read of the file to list its entries.
+    std::uint64_t maxDirectoryBytes = std::uint64_t{64} << 20;
+    // One part, by its declared and by its real size.
+    std::uint64_t maxPartBytes = std::uint64_t{512} << 20;
+    // All parts together, by their declared sizes.
+    std::uint64_t maxPackageBytes = std::uint64_t{8} << 30;
+    // The content types, relationships, the sequence or a fixed document: markup that is held as a whole.
+    std::uint64_t maxStructureBytes = std::uint64_t{64} << 20;
+    // Nested elements in markup that the reader looks into.
+    int maxDepth = 256;
+    // Documents and pages that the sequence and the documents refer to, repetitions counted.
+    std::size_t maxReferences = 100'000;
+};
+
+}  // namespace devkit::package

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devkit/package/limits.h"
+#include "devkit/package/packageerror.h"
+
+namespace devkit::package {
+
+// A part of a package. Names are absolute ("/Documents/1/Pages/1.fpage") in the spelling of the package, and
+// are found by equivalence: letter case of ASCII does not count.
+struct PartInfo {
+    std::string name;
+    std::string contentType;  // as the package declares it, without parameters; empty when it declares none
+    std::uint64_t size = 0;   // bytes after decompression, all pieces together
+};
+
+// A relationship, from a part or from the package as a whole.
+struct Relationship {
+    std::string id;
+    std::string type;
+    std::string target;  // as written: relative to the source part, or absolute
+    bool external = false;
+};
+
+// A package of the Open Packaging Conventions on a zip archive. Parts are read when they are asked for;
+// changes are kept in memory until Save. The file stays open, for reading, as long as the package lives. Not
+// for use by two threads at once. Every failure is a PackageError.
+class Package {
+  public:
+    [[nodiscard]] static Package Open(const std::filesystem::path& file, const Limits& limits = {});
+    // A package without parts.
+    explicit Package(const Limits& limits = {});
+    Package(Package&&) noexcept;
+    Package& operator=(Package&&) noexcept;
+    ~Package();
+
+    // In the order of the archive, added parts last. Relationship parts and the content types are not among
+    // them.
+    [[nodiscard]] std::vector<PartInfo> Parts() const;
+    [[nodiscard]] std::optional<PartInfo> Find(std::string_view name) const;
+    [[nodiscard]] bool Contains(std::string_view name) const { return Find(name).has_value(); }
+    // The part's bytes as they now stand.
+    [[nodiscard]] std::string Read(std::string_view name) const;
+
+    // Adds a part under a legal name made from the wanted one (see MakeLegalName), made unique by a number
+    // where that is taken. Returns the name.
+    std::string Add(std::string_view wantedName, std::string_view contentType, std::string bytes);
+    // Replaces the bytes of a part that is there; its place, name and content type stay.
+    void Replace(std::string_view name, std::string bytes);
+    // Removes a part with its relationships. A part that is not there is no failure.
+    void Remove(std::string_view name);
+
+    // The relationships of a part, of the package for "/"; none when it has no relationships part.
+    [[nodiscard]] std::vector<Relationship> Relationships(std::string_view source) const;
+    // Replaces them; the relationships part is added, rewritten or, when there is none left, removed.
+    void SetRelationships(std::string_view source, const std::vector<Relationship>& relationships);
+
+    [[nodiscard]] const Limits& GetLimits() const noexcept;
+
+    // Writes the package to a file other than the one that it was read from. Entries that were not changed
+    // keep their compressed bytes, their names and their order; a package without changes is copied byte for
+    // byte. The file appears, or is replaced, when all is written; on failure nothing is left behind.
+    void Save(const std::filesystem::path& file) const;
+
+  private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+}  // namespace devkit::package

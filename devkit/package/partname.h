@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace devkit::package {
+
+// Part names of the Open Packaging Conventions: "/" and segments without "." and "..", percent-encoded ASCII.
+
+// What equivalent names have in common: lower case, percent-encoding undone where it is not needed, slashes
+// for backslashes, one leading slash.
+[[nodiscard]] std::string NameKey(std::string_view name);
+
+// The absolute name that a reference leads to from a part ("/" for the package); a fragment is dropped.
+// Empty when it leads nowhere inside the package.
+[[nodiscard]] std::string ResolveReference(std::string_view sourcePart, std::string_view reference);
+
+// A legal part name as near to the wanted one as may be: a backslash becomes a slash, illegal characters are
+// percent-encoded as UTF-8, empty segments and those of dots alone are left out. "/part" when nothing is
+// left.
+[[nodiscard]] std::string MakeLegalName(std::string_view wantedName);
+
+// "/a/_rels/b.xml.rels" for "/a/b.xml", "/_rels/.rels" for "/".
+[[nodiscard]] std::string RelationshipsPartOf(std::string_view sourcePart);
+
+}  // namespace devkit::package
