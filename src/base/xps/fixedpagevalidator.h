@@ -3,37 +3,65 @@
 #include "platform/windows.h"
 
 #include "base/xps/fixedpagesource.h"
+#include "base/xps/printschema/imageablearea.h"
 #include "base/xps/printschema/inputbindata.h"
-#include "base/xps/printschema/mediascalefactor.h"
 #include "base/xps/printschema/mediasizedata.h"
 #include "base/xps/printschema/pageorientationdata.h"
 #include "base/xps/printschema/printablemediasizedata.h"
 #include "base/xps/printschema/printticketprovider.h"
 #include "base/xps/printschema/scalingdata.h"
+#include "platform/comptr.h"
 #include "platform/filterpipeline.h"
+#include "platform/msxml6.h"
 
 namespace base::xps {
 
-// Validates one fixed page against the paper path: decides whether the page must be turned and whether its
-// sheet is one that the device can print; where either holds, gives the page a new ticket, and where it must
-// be turned, rewrites its markup. A page that needs neither is left as it is. Made for one page, used once.
+// Validates one fixed page against the paper path. A page whose sheet would be fed by the wrong edge is
+// turned; a page whose sheet the device cannot print gets one that it can. Either gives the page a new
+// ticket, the turn alone new markup; a page that needs neither is left as it is. Made for one page, used
+// once.
 //
-// Sizes are in micrometres. The three interfaces are borrowed and must outlive the validator; the settings
-// are copied.
+// Sizes are in micrometres. The settings are copied; the provider, the writer and the page are borrowed and
+// must outlive the validator.
 class FixedPageValidator : public FixedPageSource {
   public:
-    // Chooses the sheet to fall back to, from the document's ticket, then the job's, never the page's own,
-    // and brings a landscape orientation to the portrait it is fed as. std::invalid_argument when the writer
-    // or the page is null; failures of the tickets pass through.
-    FixedPageValidator(printschema::PrintTicketProvider* pProvider, IXpsDocumentConsumer* pXpsDocuConsumer,
+    // Chooses the sheet to fall back to, by the document's ticket and then the job's, never the page's own,
+    // and takes a landscape page as the next orientation with its sheet turned. std::invalid_argument when
+    // the writer or the page is null; a failure to get a ticket passes through.
+    FixedPageValidator(printschema::PrintTicketProvider& provider, IXpsDocumentConsumer* pXpsDocuConsumer,
                        IFixedPage* pPage, const printschema::InputBinData& feedDirection,
                        const printschema::MediaSizeData& mediaSize,
                        const printschema::PageOrientationData& pageOrientation,
                        const printschema::ScalingData& pageScaling,
                        const printschema::PrintableMediaSizeData& printableMediaSize);
 
-    // Throws what fails; nothing is rolled back, so a page may then be without a ticket.
+    // Throws what fails, and takes nothing back: a page whose new ticket failed may be left without one.
     virtual void Validate();
+
+    // The page's content streams. HresultError when the page refuses.
+    [[nodiscard]] platform::ComPtr<IPrintReadStream> GetPageReadStream() override;
+    [[nodiscard]] platform::ComPtr<IPrintWriteStream> GetPageWriteStream() override;
+    // Turns the page by 270 degrees and does not scale it.
+    [[nodiscard]] platform::ComPtr<ISAXContentHandler> CreateContentHandler(std::ostream& sink) override;
+
+    // Borrowed; null, which it is at first, for a fallback sheet that is printable to its edges.
+    void SetImageableArea(printschema::ImageableAreaSource* pSource) noexcept { m_pImageableArea = pSource; }
+
+  private:
+    void NormalizeOrientation();
+    [[nodiscard]] bool MustTurn() const noexcept;
+    void UseFallbackMedia();
+    void RewriteTicket();
+
+    printschema::InputBinData m_feedDirection;
+    printschema::MediaSizeData m_mediaSize;
+    printschema::PageOrientationData m_pageOrientation;
+    printschema::ScalingData m_pageScaling;
+    printschema::PrintableMediaRange m_printableRange;
+    IXpsDocumentConsumer* m_pXpsDocuConsumer;
+    IFixedPage* m_pPage;
+    printschema::MediaSizeOption m_fallback;
+    printschema::ImageableAreaSource* m_pImageableArea = nullptr;
 };
 
 }  // namespace base::xps
