@@ -28,13 +28,6 @@ class MediaSizeData : public PrintTicketFunctionOption {
     [[nodiscard]] const SchemaBase& GetFeatureNames() const override;
     [[nodiscard]] const SchemaBase& GetOptionNames() const override;
 
-    // Reads the size that the option states. std::runtime_error when it states none and the option is not a
-    // standard size.
-    void OnRead(PrintSchemaHandler& handler, const Qname& featureName) override;
-    // Writes the size into the option, the height first. std::runtime_error when a standard option has
-    // another size than its own, HresultError for a failing DOM call; what was written stays.
-    void OnWrite(PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope scope) override;
-
     // OptionUnknown and all-ones instead of the exceptions for ids that are not set.
     [[nodiscard]] virtual std::int32_t OptionIdOrUnknown() const;
     [[nodiscard]] virtual std::int32_t FeatureIdOrUnknown() const;
@@ -64,6 +57,14 @@ class MediaSizeData : public PrintTicketFunctionOption {
     [[nodiscard]] static MediaSizeOption SelectPrintableMediaSize(PrintTicketProvider& provider,
                                                                   const PrintableMediaRange& range,
                                                                   Scope start);
+
+  protected:
+    // Reads the size that the option states. std::runtime_error when it states none and is not a standard
+    // size.
+    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName) override;
+    // Writes the size into the option, the height first. std::runtime_error when a standard option has
+    // another size than its own, HresultError for a failing DOM call; what was written stays.
+    void OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope scope) const override;
 
   private:
     MediaDimensions m_size;
