@@ -1,8 +1,10 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
+#include "devkit/package/xpsdocument.h"
 #include "devkit/pipeline/part.h"
 
 namespace devkit::pipeline {
@@ -33,5 +35,10 @@ struct JobInput {
     std::optional<InputPart> ticket;
     std::vector<DocumentInput> documents;
 };
+
+// The tree of a document as it stands. Parts are read from the document when the filter asks for them; the
+// input keeps it alive. Throws package::PackageError.
+[[nodiscard]] std::shared_ptr<const JobInput> MakeJobInput(
+    const std::shared_ptr<const package::XpsDocument>& document);
 
 }  // namespace devkit::pipeline

@@ -1,0 +1,96 @@
+#include "devkit/pipeline/outputpackage.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace devkit::pipeline {
+namespace {
+
+constexpr std::string_view fixedDocumentContentType = "application/vnd.ms-package.xps-fixeddocument+xml";
+constexpr std::string_view unknownContentType = "application/octet-stream";
+
+std::string_view ContentTypeOfNew(const Part& part) {
+    switch (part.Kind()) {
+        case PartKind::FixedDocument:
+            return fixedDocumentContentType;
+        case PartKind::FixedPage:
+            return package::kFixedPageContentType;
+        case PartKind::PrintTicket:
+            return package::kPrintTicketContentType;
+        case PartKind::ColorProfile:
+            return "application/vnd.ms-color.iccprofile";
+        case PartKind::Font:
+            return part.ContentType().empty() ? "application/vnd.ms-opentype" : part.ContentType();
+        case PartKind::Image:
+        case PartKind::Thumbnail:
+            return part.ContentType().empty() ? "image/png" : part.ContentType();
+        default:
+            return unknownContentType;
+    }
+}
+
+// Builds the tree of the output from the parts in their order.
+class TreeBuilder {
+  public:
+    explicit TreeBuilder(package::XpsDocument& document) : m_document(document) {}
+
+    void Add(const SentPart& sent) {
+        switch (sent.kind) {
+            case PartKind::XpsDocument:
+                m_document.thumbnail = NameInPackage(sent.part->thumbnail);
+                break;
+            case PartKind::FixedDocumentSequence:
+                m_document.sequence.ticket = NameInPackage(sent.part->ticket);
+                break;
+            case PartKind::FixedDocument:
+                m_documents.push_back({*NameInPackage(sent.part), NameInPackage(sent.part->ticket), {}});
+                break;
+            case PartKind::FixedPage:
+                m_documents.back().pages.push_back(MakePage(sent));
+                break;
+            default:
+                break;
+        }
+    }
+
+    void Finish() { m_document.sequence.documents = std::move(m_documents); }
+
+  private:
+    package::FixedPage MakePage(const SentPart& sent) {
+        package::FixedPage page;
+        page.name = *NameInPackage(sent.part);
+        if (sent.MarkupRewritten()) page.markup = *sent.part->Read();
+        page.ticket = NameInPackage(sent.part->ticket);
+        for (const PartPtr& resource : sent.part->resources)
+            page.resources.push_back(*NameInPackage(resource));
+        return page;
+    }
+
+    // The part's name in the package. A part that the filter made is added the first time that it is met.
+    std::optional<std::string> NameInPackage(const PartPtr& part) {
+        if (part == nullptr) return std::nullopt;
+        if (!part->IsNew()) return part->Name();
+        auto place = m_added.find(part);
+        if (place == m_added.end()) {
+            std::string name = m_document.AddPart(part->Name(), ContentTypeOfNew(*part), *part->Read());
+            place = m_added.emplace(part, std::move(name)).first;
+        }
+        return place->second;
+    }
+
+    package::XpsDocument& m_document;
+    std::vector<package::FixedDocument> m_documents;
+    std::map<PartPtr, std::string> m_added;
+};
+
+}  // namespace
+
+void ApplySentParts(package::XpsDocument& document, const std::vector<SentPart>& parts) {
+    TreeBuilder builder(document);
+    for (const SentPart& sent : parts) builder.Add(sent);
+    builder.Finish();
+}
+
+}  // namespace devkit::pipeline
