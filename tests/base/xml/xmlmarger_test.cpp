@@ -12,13 +12,13 @@
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
 #include "domtest.h"
+#include "domtext.h"
 #include "platform/bstr.h"
 #include "platform/variant.h"
 
 namespace {
 
 using base::exception::HresultError;
-using base::xml::DomToString;
 using base::xml::LoadDomFromString;
 using base::xml::XmlMarger;
 using base::xml::XmlNodeComparator;
@@ -61,11 +61,7 @@ class KeyComparator : public XmlNodeComparator {
     mutable std::vector<std::wstring> m_pairs;
 };
 
-std::wstring TextOf(const Dom& dom) {
-    std::wstring text = DomToString(dom.Get());
-    text.erase(text.find_last_not_of(L"\r\n") + 1);
-    return text;
-}
+std::wstring TextOf(const Dom& dom) { return tests::DomText(dom.Get()); }
 
 class XmlMargerTest : public tests::DomTest {
   protected:

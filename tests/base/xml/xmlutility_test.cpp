@@ -9,6 +9,7 @@
 
 #include "base/logging/exceptions.h"
 #include "domtest.h"
+#include "domtext.h"
 #include "platform/bstr.h"
 #include "platform/variant.h"
 
@@ -38,13 +39,6 @@ ComPtr<IStream> StreamOf(std::string_view bytes) {
 Dom LoadBytes(std::string_view bytes) {
     const ComPtr<IStream> stream = StreamOf(bytes);
     return LoadDom(Variant(static_cast<IUnknown*>(stream.Get())).Get());
-}
-
-// A document may end in a line break of the DOM's own.
-std::wstring TextOf(const Dom& dom) {
-    std::wstring text = DomToString(dom.Get());
-    text.erase(text.find_last_not_of(L"\r\n") + 1);
-    return text;
 }
 
 std::wstring RootText(const Dom& dom) {
@@ -87,7 +81,7 @@ TEST_F(XmlUtility, EachCreatedDocumentIsANewOne) {
 
 TEST_F(XmlUtility, TextIsLoadedAndSavedAsItWas) {
     const std::wstring_view text = L"<p:a xmlns:p=\"urn:p\" p:b=\"1\" c=\"&lt;\"><!--x--><d>t</d><e/></p:a>";
-    EXPECT_EQ(TextOf(LoadDomFromString(text)), text);
+    EXPECT_EQ(tests::DomText(LoadDomFromString(text).Get()), text);
 }
 
 TEST_F(XmlUtility, TextWithAnEncodingDeclarationIsLoadedAsTheTextItIs) {
@@ -97,7 +91,7 @@ TEST_F(XmlUtility, TextWithAnEncodingDeclarationIsLoadedAsTheTextItIs) {
 
 TEST_F(XmlUtility, TextOutsideAsciiAndTheBasicPlaneIsSavedWhole) {
     const std::wstring_view text = L"<a b=\"\u00E9\">\u6F22\U0001F600</a>";
-    EXPECT_EQ(TextOf(LoadDomFromString(text)), text);
+    EXPECT_EQ(tests::DomText(LoadDomFromString(text).Get()), text);
 }
 
 TEST_F(XmlUtility, TextThatIsNotWellFormedThrowsEFail) {
