@@ -21,10 +21,11 @@ namespace base::xps::printschema {
 // Names in attributes are compared as text, prefix included: a ticket that binds a second prefix to a
 // namespace has other names under it.
 //
-// Operations that return an HRESULT answer E_POINTER for a null pointer, E_OUTOFMEMORY for a failed
-// allocation, else the DOM's own code; S_FALSE says that there is no such thing. Out-parameters are null
-// after anything but S_OK and otherwise the caller's to release. What needs the prefix of a namespace throws
-// what GetPrefix throws. A failure leaves the document as it was up to the failing DOM call.
+// Operations that return an HRESULT answer E_POINTER for a null pointer, else the DOM's own code; S_FALSE
+// says that there is no such thing. Out-parameters are null after anything but S_OK and otherwise the
+// caller's to release. What needs the prefix of a namespace throws what GetPrefix throws, and a failed
+// allocation of the operation's own throws std::bad_alloc. A failure leaves the document as it was up to the
+// failing DOM call.
 class PrintSchemaHandler {
   public:
     // The document is shared with the caller. Throws HresultError: E_PENDING for a null document, E_FAIL when
@@ -61,7 +62,8 @@ class PrintSchemaHandler {
     [[nodiscard]] HRESULT GetAttribute(IXMLDOMNode* pNode, std::wstring_view name, BSTR* pValue) const;
 
     // The text of the Value of the property or parameter that the query finds, or of the parameter that its
-    // ParameterRef refers to. E_INVALIDARG for an empty query.
+    // ParameterRef refers to. E_INVALIDARG for an empty query, E_OUTOFMEMORY when the text cannot be
+    // allocated.
     [[nodiscard]] HRESULT GetValue(std::wstring_view query, BSTR* pText) const;
     // The same with HRESULT_FROM_WIN32(ERROR_NOT_FOUND) in the place of S_FALSE.
     [[nodiscard]] HRESULT ReadValue(std::wstring_view query, BSTR* pText) const;
@@ -124,19 +126,33 @@ class PrintSchemaHandler {
     [[nodiscard]] HRESULT FindPrefix(std::wstring_view uri, BSTR* pPrefix) const;
 
   private:
+    // Throw CXDException.
     void Attach();
     void FindPrefixes();
+
     [[nodiscard]] HRESULT SelectWithPrefix(std::wstring_view prefix) const;
+    [[nodiscard]] std::wstring Stripped(std::wstring_view text, SchemaNamespace first) const;
     [[nodiscard]] std::wstring QualifiedName(const Qname& name) const;
     [[nodiscard]] std::wstring ElementName(std::wstring_view localName) const;
+    [[nodiscard]] std::wstring NamedElementQuery(std::wstring_view elementName, const Qname& name) const;
+
     [[nodiscard]] HRESULT SelectChild(IXMLDOMNode* pParent, std::wstring_view elementName,
                                       IXMLDOMNode** ppChild) const;
     [[nodiscard]] HRESULT GetParameterValue(IXMLDOMNode* pReference, BSTR* pText) const;
     [[nodiscard]] HRESULT FindParameter(std::wstring_view name, IXMLDOMNode** ppParameter) const;
+
     [[nodiscard]] HRESULT CreateNamed(std::wstring_view elementName, std::wstring_view name,
                                       IXMLDOMElement** ppElement) const;
+    [[nodiscard]] HRESULT CreateQualified(std::wstring_view elementName, const Qname& name,
+                                          IXMLDOMElement** ppElement) const;
+    [[nodiscard]] HRESULT CreateQualifiedWithValue(std::wstring_view elementName, const Qname& name,
+                                                   std::wstring_view type, std::wstring_view text,
+                                                   IXMLDOMElement** ppElement) const;
     [[nodiscard]] HRESULT AppendValue(IXMLDOMElement* pParent, std::wstring_view type,
                                       std::wstring_view text) const;
+
+    [[nodiscard]] HRESULT RemoveParametersOf(IXMLDOMNode* pFeature) const;
+    [[nodiscard]] HRESULT RemoveParameters(std::wstring_view name) const;
 
     platform::ComPtr<IXMLDOMDocument2> m_pDocument;
     platform::Bstr m_rootName;
