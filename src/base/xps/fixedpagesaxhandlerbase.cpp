@@ -1,5 +1,6 @@
 #include "base/xps/fixedpagesaxhandlerbase.h"
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <ostream>
 
 #include "base/logging/check.h"
@@ -18,6 +19,13 @@ std::size_t Convert(std::wstring_view text, char* buffer, std::size_t size) {
     return static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(),
                                                         static_cast<int>(text.size()), buffer,
                                                         static_cast<int>(size), nullptr, nullptr));
+}
+
+// Most of a page is ASCII, which needs no call of the system: both loops run on vectors.
+bool IsAscii(std::wstring_view text) {
+    std::uint32_t units = 0;
+    for (const wchar_t unit : text) units |= unit;
+    return units < 0x80;
 }
 
 std::string_view EntityOf(wchar_t character) {
@@ -52,7 +60,13 @@ void WriteUtf8(std::ostream& sink, std::wstring_view text) {
     while (!text.empty()) {
         std::size_t count = std::min(text.size(), kUnits);
         if (count < text.size() && IS_HIGH_SURROGATE(text[count - 1])) --count;
-        const std::size_t length = Convert(text.substr(0, count), bytes.data(), bytes.size());
+        std::size_t length = count;
+        if (const std::wstring_view piece = text.substr(0, count); IsAscii(piece)) {
+            std::ranges::transform(piece, bytes.begin(),
+                                   [](wchar_t unit) { return static_cast<char>(unit); });
+        } else {
+            length = Convert(piece, bytes.data(), bytes.size());
+        }
         sink.write(bytes.data(), static_cast<std::streamsize>(length));
         text.remove_prefix(count);
     }

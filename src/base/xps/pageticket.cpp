@@ -1,0 +1,51 @@
+#include "base/xps/pageticket.h"
+
+#include <atomic>
+
+#include "base/io/printreadstreamtoistream.h"
+#include "base/io/printwritestreamtoistream.h"
+#include "base/logging/check.h"
+#include "base/logging/log.h"
+#include "base/xml/xmlutility.h"
+#include "base/xps/printschema/namespaces.h"
+#include "platform/variant.h"
+
+namespace base::xps {
+
+using platform::ComPtr;
+
+ComPtr<IXMLDOMDocument2> LoadTicket(IPrintReadStream* pReader) {
+    logging::ThrowIfNull(pReader, "pReader is null.");
+    const ComPtr<IStream> stream = io::CreatePrintReadStreamToIStream(pReader);
+    return xml::LoadDom(platform::Variant(stream.Get()).Get());
+}
+
+ComPtr<IXMLDOMDocument2> CreateEmptyTicket() {
+    return xml::LoadDomFromString(logging::Format(
+        LR"(<?xml version="1.0" encoding="UTF-8" ?><psf:PrintTicket version="1" xmlns:xsd="%s" xmlns:xsi="%s")"
+        LR"( xmlns:psf="%s" xmlns:psk="%s"></psf:PrintTicket>)",
+        printschema::kXmlSchemaNamespace, printschema::kXmlSchemaInstanceNamespace,
+        printschema::kFrameworkNamespace, printschema::kKeywordsNamespace));
+}
+
+void SaveTicket(IXMLDOMDocument2* pDOMDocument, IPrintWriteStream* pWriter) {
+    logging::ThrowIfNull(pDOMDocument, "pDOMDocument is null.");
+    logging::ThrowIfNull(pWriter, "pWriter is null.");
+    const ComPtr<IStream> stream = io::CreatePrintWriteStreamToIStream(pWriter);
+    static_cast<void>(pDOMDocument->save(platform::Variant(stream.Get()).Get()));
+}
+
+std::wstring NewTicketName(std::wstring_view oldName, std::int32_t number) {
+    const std::size_t separator = oldName.find_last_of(L"/\\");
+    const bool isSplit = separator != std::wstring_view::npos;
+    const std::wstring folder(isSplit ? oldName.substr(0, separator) : oldName);
+    const std::wstring fileName(isSplit ? oldName.substr(separator + 1) : oldName);
+    return folder + L"\\" + logging::Format(L"pagevalidator_%d_%s", number, fileName.c_str());
+}
+
+std::int32_t NextTicketNumber() noexcept {
+    static std::atomic<std::int32_t> last = 0;
+    return ++last;
+}
+
+}  // namespace base::xps
