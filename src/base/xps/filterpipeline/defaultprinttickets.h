@@ -10,9 +10,13 @@
 
 namespace base::xps::filterpipeline {
 
-// The printer's default ticket for the language family that the driver names by the integer "KoraTeskType" in
-// its property bag (1, 7 or 76); a printer that names none, or another one, gets the ticket of family 7. A
-// new document; the thread must be in an apartment. HresultError when the document cannot be made.
+// The printer's default ticket for a printer language family: 1, 76 or 7, which stands for every other number
+// as well.
+[[nodiscard]] std::wstring DefaultPrintTicketText(LONG teskType);
+
+// The same as a new document, for the family that the driver names by the integer "KoraTeskType" in its
+// property bag; for family 7 when it names none. The thread must be in an apartment. HresultError when the
+// document cannot be made.
 [[nodiscard]] platform::ComPtr<IXMLDOMDocument2> CreateDefaultPrintTicket(
     IPrintPipelinePropertyBag* pPropertyBag);
 

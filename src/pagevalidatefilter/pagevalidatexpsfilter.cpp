@@ -1,0 +1,94 @@
+#include "pagevalidatefilter/pagevalidatexpsfilter.h"
+
+#include <mutex>
+#include <stdexcept>
+#include <utility>
+
+#include "base/logging/check.h"
+#include "base/xps/fixedpagevalidator.h"
+
+namespace pagevalidatefilter {
+
+using base::logging::ThrowIfFailed;
+using base::logging::ThrowIfNull;
+using base::xps::filterpipeline::XpsDocumentProviderFilterBase;
+using platform::ComPtr;
+
+PageValidateXpsFilter::PageValidateXpsFilter(
+    std::unique_ptr<base::xps::printschema::PrintTicketProvider> printTicketProvider)
+    : XpsDocumentProviderFilterBase(std::move(printTicketProvider)) {}
+
+void PageValidateXpsFilter::DoOperation() {
+    ComPtr<IXpsDocumentConsumer> pWriter;
+    RequestWriter<IXpsDocumentConsumer>(pWriter.Put());
+    if (!pWriter) throw std::logic_error("m_pWriter could not get.");
+    {
+        const std::scoped_lock lock(m_writerLock);
+        m_pWriter = std::move(pWriter);
+    }
+    XpsDocumentProviderFilterBase::DoOperation();
+}
+
+void PageValidateXpsFilter::OnOperationEnd() {
+    XpsDocumentProviderFilterBase::OnOperationEnd();
+    CloseWriter();
+}
+
+void PageValidateXpsFilter::OnShutdownOperation() {
+    XpsDocumentProviderFilterBase::OnShutdownOperation();
+    CloseWriter();
+}
+
+void PageValidateXpsFilter::OnUnknownPart(IUnknown* pUnknown) {
+    ThrowIfNull(pUnknown, "pUnknown is null.");
+    ThrowIfFailed(Writer()->SendXpsUnknown(pUnknown));
+}
+
+void PageValidateXpsFilter::OnFixedPage(IFixedPage* pFixedPage) {
+    ThrowIfNull(pFixedPage, "pFixedPage is null.");
+    RefreshSettings(kPTPageScope);
+    const ComPtr<IXpsDocumentConsumer> pWriter = Writer();
+    base::xps::FixedPageValidator validator(GetPrintTicketProvider(), pWriter.Get(), pFixedPage,
+                                            m_feedDirection, m_mediaSize, m_pageOrientation, m_pageScaling,
+                                            m_printableMediaSize);
+    validator.Validate();
+    ThrowIfFailed(pWriter->SendFixedPage(pFixedPage));
+}
+
+void PageValidateXpsFilter::OnFixedDocument(IFixedDocument* pFixedDoc) {
+    ThrowIfNull(pFixedDoc, "pFixedDoc is null.");
+    RefreshSettings(kPTDocumentScope);
+    ThrowIfFailed(Writer()->SendFixedDocument(pFixedDoc));
+}
+
+void PageValidateXpsFilter::OnFixedDocumentSequence(IFixedDocumentSequence* pFixedDocSequence) {
+    ThrowIfNull(pFixedDocSequence, "pFixedDocSequence is null.");
+    RefreshSettings(kPTJobScope);
+    ThrowIfFailed(Writer()->SendFixedDocumentSequence(pFixedDocSequence));
+}
+
+void PageValidateXpsFilter::OnXpsDocument(IXpsDocument* pXpsDocument) {
+    ThrowIfNull(pXpsDocument, "pXpsDocument is null.");
+    ThrowIfFailed(Writer()->SendXpsDocument(pXpsDocument));
+}
+
+void PageValidateXpsFilter::RefreshSettings(EPrintTicketScope scope) {
+    ComPtr<IXMLDOMDocument2> pTicket;
+    ThrowIfFailed(GetPrintTicketProvider().GetTicket(scope, pTicket.Put()));
+    m_pageScaling.Read(pTicket.Get());
+    m_feedDirection.Read(pTicket.Get());
+    m_mediaSize.Read(pTicket.Get());
+    m_pageOrientation.Read(pTicket.Get());
+    m_printableMediaSize.Read(pTicket.Get());
+}
+
+void PageValidateXpsFilter::CloseWriter() {
+    if (const ComPtr<IXpsDocumentConsumer> pWriter = Writer()) ThrowIfFailed(pWriter->CloseSender());
+}
+
+ComPtr<IXpsDocumentConsumer> PageValidateXpsFilter::Writer() const {
+    const std::scoped_lock lock(m_writerLock);
+    return m_pWriter;
+}
+
+}  // namespace pagevalidatefilter
