@@ -1,0 +1,132 @@
+#include "devkit/msxml/documentstream.h"
+
+#include "devkit/msxml/comerror.h"
+#include "devkit/msxml/document.h"
+#include "devkit/msxml/loading.h"
+#include "devkit/msxml/saving.h"
+
+namespace devkit::msxml {
+
+DocumentStream::DocumentStream(Document& document) noexcept : m_pDocument(&document) {}
+
+DocumentStream::~DocumentStream() = default;
+
+HRESULT DocumentStream::Create(Document& document, IStream** ppStream) {
+    *ppStream = new DocumentStream(document);
+    (*ppStream)->AddRef();
+    return S_OK;
+}
+
+HRESULT DocumentStream::QueryInterface(REFIID iid, void** ppObject) {
+    if (ppObject == nullptr) return E_POINTER;
+    if (iid != __uuidof(IStream)) return m_pDocument->QueryInterface(iid, ppObject);
+    *ppObject = static_cast<IStream*>(this);
+    AddRef();
+    return S_OK;
+}
+
+ULONG DocumentStream::AddRef() { return ++m_references; }
+
+ULONG DocumentStream::Release() {
+    const ULONG left = --m_references;
+    if (left != 0) return left;
+    // There is nobody to tell of a failure but parseError.
+    static_cast<void>(LoadWritten());
+    delete this;
+    return 0;
+}
+
+HRESULT DocumentStream::Read(void* pBuffer, ULONG count, ULONG* pRead) {
+    if (pRead != nullptr) *pRead = 0;
+    const HRESULT result = PrepareReading();
+    return FAILED(result) ? result : m_pBytes->Read(pBuffer, count, pRead);
+}
+
+HRESULT DocumentStream::Write(const void* pBytes, ULONG count, ULONG* pWritten) {
+    if (pWritten != nullptr) *pWritten = 0;
+    const HRESULT result = PrepareWriting();
+    if (FAILED(result)) return result;
+    m_isPending = true;
+    return m_pBytes->Write(pBytes, count, pWritten);
+}
+
+HRESULT DocumentStream::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* pPosition) {
+    if (pPosition != nullptr) pPosition->QuadPart = 0;
+    const HRESULT result = PrepareReading();
+    return FAILED(result) ? result : m_pBytes->Seek(move, origin, pPosition);
+}
+
+HRESULT DocumentStream::SetSize(ULARGE_INTEGER size) {
+    const HRESULT result = PrepareWriting();
+    if (FAILED(result)) return result;
+    return m_pBytes->SetSize(size);
+}
+
+HRESULT DocumentStream::CopyTo(IStream* pTarget, ULARGE_INTEGER count, ULARGE_INTEGER* pRead,
+                               ULARGE_INTEGER* pWritten) {
+    if (pRead != nullptr) pRead->QuadPart = 0;
+    if (pWritten != nullptr) pWritten->QuadPart = 0;
+    if (pTarget == nullptr) return STG_E_INVALIDPOINTER;
+    const HRESULT result = PrepareReading();
+    return FAILED(result) ? result : m_pBytes->CopyTo(pTarget, count, pRead, pWritten);
+}
+
+HRESULT DocumentStream::Commit(DWORD) { return LoadWritten(); }
+
+HRESULT DocumentStream::Revert() { return E_NOTIMPL; }
+
+HRESULT DocumentStream::LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) { return STG_E_INVALIDFUNCTION; }
+
+HRESULT DocumentStream::UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) { return STG_E_INVALIDFUNCTION; }
+
+HRESULT DocumentStream::Stat(STATSTG* pStat, DWORD flags) {
+    if (pStat == nullptr) return STG_E_INVALIDPOINTER;
+    *pStat = {};
+    const HRESULT result = PrepareReading();
+    return FAILED(result) ? result : m_pBytes->Stat(pStat, flags);
+}
+
+HRESULT DocumentStream::Clone(IStream** ppStream) {
+    if (ppStream == nullptr) return STG_E_INVALIDPOINTER;
+    *ppStream = nullptr;
+    const HRESULT result = PrepareReading();
+    return FAILED(result) ? result : m_pBytes->Clone(ppStream);
+}
+
+// The bytes of the document, unless there are bytes already.
+HRESULT DocumentStream::PrepareReading() noexcept {
+    if (m_pBytes) return S_OK;
+    return Guarded([&] {
+        const std::string bytes = SavedBytes(*m_pDocument.Get());
+        platform::ComPtr<IStream> pBytes;
+        ThrowIfFailed(CreateStreamOnHGlobal(nullptr, TRUE, pBytes.Put()));
+        WriteWhole(*pBytes.Get(), bytes);
+        ThrowIfFailed(pBytes->Seek(LARGE_INTEGER{}, STREAM_SEEK_SET, nullptr));
+        m_pBytes = std::move(pBytes);
+        return S_OK;
+    });
+}
+
+HRESULT DocumentStream::PrepareWriting() noexcept {
+    if (m_isWriting) return S_OK;
+    platform::ComPtr<IStream> pBytes;
+    const HRESULT result = CreateStreamOnHGlobal(nullptr, TRUE, pBytes.Put());
+    if (FAILED(result)) return result;
+    m_pBytes = std::move(pBytes);
+    m_isWriting = true;
+    return S_OK;
+}
+
+HRESULT DocumentStream::LoadWritten() noexcept {
+    if (!m_isPending) return S_OK;
+    m_isPending = false;
+    return Guarded([&] {
+        // A second stream on the bytes leaves the position of the first one alone.
+        platform::ComPtr<IStream> pReader;
+        ThrowIfFailed(m_pBytes->Clone(pReader.Put()));
+        ThrowIfFailed(pReader->Seek(LARGE_INTEGER{}, STREAM_SEEK_SET, nullptr));
+        return LoadBytes(*m_pDocument.Get(), ReadToEnd(*pReader.Get()), {});
+    });
+}
+
+}  // namespace devkit::msxml

@@ -1,0 +1,49 @@
+#include "devkit/msxml/domregistration.h"
+
+#include <system_error>
+
+#include "devkit/msxml/classfactory.h"
+#include "devkit/msxml/conformance.h"
+#include "platform/comptr.h"
+#include "platform/msxml6.h"
+
+namespace devkit::msxml {
+
+namespace {
+
+// The system's class object, from its server itself: COM's class table may already name this library's. Null
+// when there is none.
+platform::ComPtr<IClassFactory> SystemClassObject() noexcept {
+    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    // The module stays loaded, as it does once COM has used it.
+    const HMODULE module = LoadLibraryExW(L"msxml6.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    if (module == nullptr) return nullptr;
+    const FARPROC entry = GetProcAddress(module, "DllGetClassObject");
+    if (entry == nullptr) return nullptr;
+    const auto getClassObject = reinterpret_cast<GetClassObject>(reinterpret_cast<void*>(entry));
+    platform::ComPtr<IClassFactory> pFactory;
+    const HRESULT result =
+        getClassObject(platform::CLSID_DomDocument60, __uuidof(IClassFactory), pFactory.PutVoid());
+    return SUCCEEDED(result) ? pFactory : nullptr;
+}
+
+}  // namespace
+
+bool SystemDomConforms() noexcept {
+    const platform::ComPtr<IClassFactory> pFactory = SystemClassObject();
+    return pFactory && DomConforms(*pFactory.Get());
+}
+
+DomRegistration::DomRegistration() {
+    const platform::ComPtr<IClassFactory> pFactory(new ClassFactory);
+    const HRESULT result = CoRegisterClassObject(platform::CLSID_DomDocument60, pFactory.Get(),
+                                                 CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
+    if (FAILED(result)) {
+        throw std::system_error(result, std::system_category(),
+                                "COM refused the class object of the DOM document");
+    }
+}
+
+DomRegistration::~DomRegistration() { CoRevokeClassObject(m_cookie); }
+
+}  // namespace devkit::msxml
