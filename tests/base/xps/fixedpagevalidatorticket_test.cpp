@@ -1,0 +1,232 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "base/xps/fixedpagevalidator.h"
+#include "base/xps/validatorfixture.h"
+
+namespace base::xps {
+namespace {
+
+TEST_F(FixedPageValidatorTest, ThePagesOwnTicketIsKeptButForTheThreeFeatures) {
+    GiveTicket();
+    m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
+    Validate();
+    EXPECT_EQ(TICKET_HEAD R"(<psf:Feature name="psk:JobCollate"/>)" +
+                  MediaFeature("ISOA4Rotated", 297000, 210000) + PlainFeature("PageOrientation", "Portrait") +
+                  PlainFeature("PageScaling", "FitApplicationMediaSizeToPageMediaSize") + TICKET_TAIL,
+              NewTicket());
+    ASSERT_NE(nullptr, m_page->Ticket());
+    EXPECT_NE(m_ticket.Get(), m_page->Ticket());
+}
+
+TEST_F(FixedPageValidatorTest, APageWithoutTicketThatNeedsAChangeGetsANewTicketFromTheEmptyOne) {
+    for (const bool succeeds : {false, true}) {
+        m_calls.Clear();
+        m_consumer->Clear();
+        GiveNoTicket();
+        m_page->m_succeedsWithoutTicket = succeeds;
+        SetSize({76200, 126999});
+        m_scaling.SetOptionId(6);
+        Validate();
+        EXPECT_EQ((Calls{"GetTicket 1", "GetPrintTicket /p", "GetNewEmptyPart .xml\\pagevalidator_N_.xml",
+                         "Close", "SetPrintTicket /p"}),
+                  Steps());
+        EXPECT_EQ(TICKET_HEAD + MediaFeature("ISOA4", 210000, 297000) +
+                      PlainFeature("PageOrientation", "Portrait") + PlainFeature("PageScaling", "None") +
+                      TICKET_TAIL,
+                  NewTicket());
+        EXPECT_TRUE(
+            m_consumer->NewParts().back()->Bytes().starts_with(R"(<?xml version="1.0" encoding="UTF-8")"));
+        EXPECT_FALSE(IsTurned());
+    }
+}
+
+// The parameters stand before the feature, because they are put into the ticket while it is being built.
+std::string CustomScaling(int percent) {
+    const std::vector<std::pair<std::string, int>> values = {
+        {"OffsetWidth", 0}, {"OffsetHeight", 0}, {"ScaleWidth", percent}, {"ScaleHeight", percent}};
+    std::string parameters;
+    std::string properties;
+    for (const auto& [name, value] : values) {
+        parameters += "<psf:ParameterInit name=\"krk:PageScaling" + name +
+                      "\"><psf:Value xsi:type=\"xsd:integer\">" + std::to_string(value) +
+                      "</psf:Value></psf:ParameterInit>";
+        properties += "<psf:ScoredProperty name=\"psk:" + name +
+                      "\"><psf:ParameterRef name=\"krk:PageScaling" + name + "\"/></psf:ScoredProperty>";
+    }
+    return parameters + "<psf:Feature name=\"psk:PageScaling\"><psf:Option name=\"psk:Custom\">" +
+           properties + "</psf:Option></psf:Feature>";
+}
+
+std::string TicketOf(const std::string& media, const std::string& scaling,
+                     const std::string& orientation = "Portrait") {
+    return TICKET_HEAD + media + PlainFeature("PageOrientation", orientation) + scaling + TICKET_TAIL;
+}
+
+TEST_F(FixedPageValidatorTest, AFittedPageOutOfRangeIsScaledOntoTheFallback) {
+    SetSize({420000, 600000});
+    m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
+    Validate();
+    // 297 / 600 is less than 210 / 420.
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(49)), NewTicket());
+    EXPECT_FALSE(IsTurned());
+}
+
+TEST_F(FixedPageValidatorTest, ThePercentageIsTruncated) {
+    SetSize({60000, 60000});
+    Validate();
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(350)), NewTicket());
+    m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
+    ValidateNext({70100, 60000});
+    // 299.57
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(299)), NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, ATurnedPageOutOfRangeIsScaledByItsTurnedSize) {
+    GiveTicket(L"/t.xml", TICKET_HEAD TICKET_TAIL);
+    m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
+    SetSize({400000, 500000});
+    Validate();
+    EXPECT_TRUE(IsTurned());
+    // The sheet is 500 mm wide by now: 210 / 500, not 210 / 400.
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(42)), NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, AScaleBeyondWhatATicketCanStateIsTheLargestItCan) {
+    m_printable.SetRange({{0, 127000}, {297000, 420000}});
+    SetSize({1, 1});
+    m_provider.m_sizes[kPTDocumentScope] = kA4;
+    Validate();
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(21000000)), NewTicket());
+    m_printable.SetRange({{100, 127000}, {2000000000, 2000000000}});
+    m_provider.m_sizes[kPTDocumentScope] = {2000000000, 2000000000};
+    ValidateNext({1, 1});
+    EXPECT_NE(std::string::npos, NewTicket().find(">2147483647<")) << NewTicket();
+}
+
+TEST_F(FixedPageValidatorTest, ASizeOfZeroIsNotScaled) {
+    SetSize({0, 0});
+    m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
+    Validate();
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(100)), NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, WithAnImageableAreaThePageIsScaledIntoIt) {
+    FakeImageableArea area;
+    area.m_extent = {200000, 280000};
+    m_pImageableArea = &area;
+    SetSize({400000, 500000});
+    Validate();
+    ASSERT_EQ(1u, area.m_asked.size());
+    EXPECT_EQ(L"ISOA4", area.m_asked[0].keyword);
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(50)), NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, AnImageableAreaThatIsNotKnownIsTheWholeSheet) {
+    FakeImageableArea area;
+    area.m_extent = {200000, 280000};
+    area.m_result = E_ELEMENT_NOT_FOUND;
+    m_pImageableArea = &area;
+    SetSize({400000, 500000});
+    Validate();
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(52)), NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, TheImageableAreaIsAskedForOnlyWhenThePageIsFittedAndOutOfRange) {
+    FakeImageableArea area;
+    m_pImageableArea = &area;
+    Validate();
+    SetSize({400000, 500000});
+    m_scaling.SetOptionId(6);
+    Validate();
+    EXPECT_TRUE(area.m_asked.empty());
+}
+
+TEST_F(FixedPageValidatorTest, OtherScalingOptionsStayAsTheyAre) {
+    const std::vector<std::pair<int, std::string>> options = {
+        {2, "FitApplicationBleedSizeToPageImageableSize"},
+        {3, "FitApplicationContentSizeToPageImageableSize"},
+        {4, "FitApplicationMediaSizeToPageImageableSize"},
+        {6, "None"},
+    };
+    SetSize({400000, 500000});
+    for (const auto& [id, name] : options) {
+        m_scaling.SetOptionId(id);
+        ValidateNext({400000, 500000});
+        EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), PlainFeature("PageScaling", name)),
+                  NewTicket());
+    }
+    m_scaling.SetOptionId(7);
+    ValidateNext({400000, 500000});
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000),
+                       R"(<psf:Feature name="psk:PageScaling"><psf:Option)"
+                       R"( name="krk:FitApplicationImageableSizeToImageableSize"/></psf:Feature>)"),
+              NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, CustomScalingKeepsItsOwnValues) {
+    SetSize({400000, 500000});
+    m_scaling.SetOptionId(ScalingData::Custom);
+    m_scaling.SetScale({77, 77});
+    Validate();
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(77)), NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, TheFallbackIsTheCataloguesSheetOfItsId) {
+    SetSize({400000, 500000});
+    m_scaling.SetOptionId(6);
+    const std::string none = PlainFeature("PageScaling", "None");
+
+    m_provider.m_sizes[kPTDocumentScope] = kA5;
+    ValidateNext({400000, 500000});
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA5", 148000, 210000), none), NewTicket());
+
+    // A custom sheet has no size in the catalogue, whatever the ticket says of it.
+    m_provider.m_sizes[kPTDocumentScope] = {200001, 200002};
+    ValidateNext({400000, 500000});
+    EXPECT_EQ(TicketOf(MediaFeature("CustomMediaSize", 0, 0), none), NewTicket());
+}
+
+TEST_F(FixedPageValidatorTest, ALandscapePageIsTakenAsTheNextOrientationWithItsSheetTurned) {
+    struct Orientation {
+        std::int32_t m_id;
+        std::string m_written;
+        bool m_isSwapped;
+    };
+    m_scaling.SetOptionId(6);
+    const std::string none = PlainFeature("PageScaling", "None");
+    for (const Orientation& orientation :
+         {Orientation{PageOrientationData::Landscape, "Portrait", true},
+          Orientation{PageOrientationData::Portrait, "Portrait", false},
+          Orientation{PageOrientationData::ReverseLandscape, "ReversePortrait", true},
+          Orientation{PageOrientationData::ReversePortrait, "ReversePortrait", false}}) {
+        GiveNoTicket();
+        m_orientation.SetOptionId(orientation.m_id);
+        // Fed so that the page is turned, and so gets a ticket that shows its size, turned once more.
+        m_feedDirection.SetFeedDirection(orientation.m_isSwapped ? InputBinData::ShortEdgeFirst
+                                                                 : InputBinData::LongEdgeFirst);
+        Validate();
+        EXPECT_TRUE(IsTurned());
+        EXPECT_EQ(TicketOf(orientation.m_isSwapped ? MediaFeature("ISOA4", 210000, 297000)
+                                                   : MediaFeature("ISOA4Rotated", 297000, 210000),
+                           none, orientation.m_written),
+                  NewTicket());
+    }
+}
+
+TEST_F(FixedPageValidatorTest, AnOrientationThatIsNotSetTurnsNoSheet) {
+    m_orientation.SetOptionId(-1);
+    m_printable.SetRange({{0, 0}, {210000, 297000}});
+    Validate();
+    EXPECT_FALSE(IsTurned());
+    EXPECT_FALSE(HasNewTicket());
+    // Such a page cannot get a ticket.
+    m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
+    EXPECT_THROW(Validate(), exception::InvalidOptionIdError);
+    EXPECT_FALSE(HasNewTicket());
+}
+
+}  // namespace
+}  // namespace base::xps
