@@ -11,6 +11,8 @@
 
 #include "devkit/package/limits.h"
 #include "devkit/package/packageerror.h"
+#include "devkit/package/relationships.h"
+#include "devkit/package/storage.h"
 
 namespace devkit::package {
 
@@ -20,14 +22,7 @@ struct PartInfo {
     std::string name;
     std::string contentType;  // as the package declares it, without parameters; empty when it declares none
     std::uint64_t size = 0;   // bytes after decompression, all pieces together
-};
-
-// A relationship, from a part or from the package as a whole.
-struct Relationship {
-    std::string id;
-    std::string type;
-    std::string target;  // as written: relative to the source part, or absolute
-    bool external = false;
+    bool whole = true;        // false when a piece of it is missing, so that it cannot be read
 };
 
 // A package of the Open Packaging Conventions on a zip archive. Parts are read when they are asked for;
@@ -36,8 +31,9 @@ struct Relationship {
 class Package {
   public:
     [[nodiscard]] static Package Open(const std::filesystem::path& file, const Limits& limits = {});
-    // A package without parts.
-    explicit Package(const Limits& limits = {});
+    // `where` names the source in messages.
+    [[nodiscard]] static Package Open(std::unique_ptr<ByteSource> source, std::string where,
+                                      const Limits& limits = {});
     Package(Package&&) noexcept;
     Package& operator=(Package&&) noexcept;
     ~Package();
@@ -64,14 +60,21 @@ class Package {
     void SetRelationships(std::string_view source, const std::vector<Relationship>& relationships);
 
     [[nodiscard]] const Limits& GetLimits() const noexcept;
+    // The file's name, for messages.
+    [[nodiscard]] const std::string& Where() const noexcept;
+    // What is wrong with the package without keeping it from being read, one line each.
+    [[nodiscard]] const std::vector<std::string>& Findings() const noexcept;
 
     // Writes the package to a file other than the one that it was read from. Entries that were not changed
     // keep their compressed bytes, their names and their order; a package without changes is copied byte for
     // byte. The file appears, or is replaced, when all is written; on failure nothing is left behind.
     void Save(const std::filesystem::path& file) const;
+    void Save(ByteSink& sink) const;
 
   private:
-    struct State;
+    class State;
+    explicit Package(std::unique_ptr<State> state) noexcept;
+
     std::unique_ptr<State> m_state;
 };
 

@@ -1,0 +1,119 @@
+#include "devkit/package/package.h"
+
+#include <system_error>
+#include <utility>
+
+#include "devkit/package/file.h"
+#include "devkit/package/packagestate.h"
+#include "devkit/package/partname.h"
+
+namespace devkit::package {
+
+namespace {
+
+constexpr std::string_view kRelationshipsContentType =
+    "application/vnd.openxmlformats-package.relationships+xml";
+
+// The content types and the relationships: what the package is made of, not what it holds.
+bool IsInternal(std::string_view partName) {
+    const std::string key = NameKey(partName);
+    if (key == "/[content_types].xml") return true;
+    const std::size_t slash = key.rfind('/');
+    return key.ends_with(".rels") && slash >= 6 && key.substr(slash - 6, 6) == "/_rels";
+}
+
+}  // namespace
+
+Package::Package(std::unique_ptr<State> state) noexcept : m_state(std::move(state)) {}
+Package::Package(Package&&) noexcept = default;
+Package& Package::operator=(Package&&) noexcept = default;
+Package::~Package() = default;
+
+Package Package::Open(const std::filesystem::path& file, const Limits& limits) {
+    Package package = Open(std::make_unique<FileSource>(file), PathText(file), limits);
+    package.m_state->file = file;
+    return package;
+}
+
+Package Package::Open(std::unique_ptr<ByteSource> source, std::string where, const Limits& limits) {
+    return Package(std::make_unique<State>(std::move(source), std::move(where), limits));
+}
+
+std::vector<PartInfo> Package::Parts() const {
+    std::vector<PartInfo> parts;
+    for (const State::Part& part : m_state->parts) {
+        if (!part.removed && !IsInternal(part.name))
+            parts.push_back({part.name, m_state->types.Of(part.name), part.size, part.whole});
+    }
+    return parts;
+}
+
+std::optional<PartInfo> Package::Find(std::string_view name) const {
+    const State::Part* const pPart = m_state->Find(name);
+    if (pPart == nullptr || IsInternal(name)) return std::nullopt;
+    return PartInfo{pPart->name, m_state->types.Of(pPart->name), pPart->size, pPart->whole};
+}
+
+std::string Package::Read(std::string_view name) const {
+    const State::Part* const pPart = m_state->Find(name);
+    if (pPart == nullptr) throw PackageError("is missing", name);
+    return m_state->Read(*pPart, m_state->limits.maxPartBytes);
+}
+
+std::string Package::Add(std::string_view wantedName, std::string_view contentType, std::string bytes) {
+    std::string name = m_state->FreeName(wantedName);
+    m_state->Put(name, std::move(bytes));
+    m_state->typesChanged = m_state->types.Declare(name, contentType) || m_state->typesChanged;
+    return name;
+}
+
+void Package::Replace(std::string_view name, std::string bytes) {
+    State::Part& part = m_state->Get(name);
+    part.size = bytes.size();
+    part.bytes = std::move(bytes);
+}
+
+void Package::Remove(std::string_view name) {
+    const State::Part* const pPart = m_state->Find(name);
+    if (pPart == nullptr) return;
+    const std::string relationships = RelationshipsPartOf(pPart->name);
+    m_state->Remove(name);
+    m_state->Remove(relationships);
+}
+
+std::vector<Relationship> Package::Relationships(std::string_view source) const {
+    const State::Part* const pPart = m_state->Find(RelationshipsPartOf(source));
+    if (pPart == nullptr) return {};
+    return ParseRelationships(m_state->Read(*pPart, m_state->limits.maxStructureBytes), pPart->name,
+                              m_state->limits);
+}
+
+void Package::SetRelationships(std::string_view source, const std::vector<Relationship>& relationships) {
+    const std::string name = RelationshipsPartOf(source);
+    if (relationships.empty()) {
+        m_state->Remove(name);
+        return;
+    }
+    m_state->Put(name, RelationshipsMarkup(relationships));
+    m_state->typesChanged = m_state->types.Declare(name, kRelationshipsContentType) || m_state->typesChanged;
+}
+
+const Limits& Package::GetLimits() const noexcept { return m_state->limits; }
+const std::string& Package::Where() const noexcept { return m_state->archive.Where(); }
+const std::vector<std::string>& Package::Findings() const noexcept { return m_state->findings; }
+
+void Package::Save(const std::filesystem::path& file) const {
+    std::error_code ignored;
+    if (!m_state->file.empty() && std::filesystem::equivalent(m_state->file, file, ignored))
+        throw PackageError("cannot be written over its own input", PathText(file));
+    OutputFile output(file);
+    Save(output);
+    output.Commit();
+}
+
+void Package::Save(ByteSink& sink) const {
+    std::string contentTypes;
+    WriteZip(m_state->archive, m_state->Edit(contentTypes), sink);
+}
+
+}  // namespace devkit::package

@@ -1,0 +1,217 @@
+#include "devkit/package/packagestate.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "devkit/package/entryname.h"
+#include "devkit/package/partname.h"
+
+namespace devkit::package {
+
+namespace {
+
+constexpr std::string_view kContentTypes = "/[Content_Types].xml";
+constexpr std::size_t kLongestName = 4'096;
+
+bool IsContentTypes(std::string_view partName) { return NameKey(partName) == NameKey(kContentTypes); }
+
+// Calls with each folder above the part: "/a/b" and "/a" for "/a/b/c". A name or a key.
+template <typename Visit>
+void EachFolder(const std::string& name, Visit visit) {
+    for (std::size_t slash = name.rfind('/'); slash != 0 && slash != std::string::npos;
+         slash = name.rfind('/', slash - 1))
+        visit(name.substr(0, slash));
+}
+
+}  // namespace
+
+Package::State::State(std::shared_ptr<ByteSource> source, std::string where, const Limits& readLimits)
+    : limits(readLimits), archive(std::move(source), std::move(where), readLimits) {
+    TakeEntries();
+    ReadContentTypes();
+}
+
+void Package::State::TakeEntries() {
+    CheckSizes();
+    for (std::size_t i = 0; i < archive.Entries().size(); ++i) TakeEntry(i);
+    JoinPieces();
+}
+
+void Package::State::CheckSizes() const {
+    std::uint64_t total = 0;
+    for (const ZipEntry& entry : archive.Entries()) {
+        if (entry.size > limits.maxPartBytes)
+            throw PackageError("is larger than " + std::to_string(limits.maxPartBytes) + " bytes",
+                               entry.name);
+        total += entry.size;
+        if (total > limits.maxPackageBytes)
+            throw PackageError(
+                "its parts are larger than " + std::to_string(limits.maxPackageBytes) + " bytes",
+                archive.Where());
+    }
+}
+
+void Package::State::TakeEntry(std::size_t index) {
+    const ZipEntry& entry = archive.Entries()[index];
+    if (LeavesPackage(entry.name)) throw PackageError("an entry's name leaves the package", entry.name);
+    if (IsFolder(entry.name)) return;
+    const std::optional<PieceName> piece = ParsePieceName(entry.name);
+    const std::string name = piece ? piece->part : PartNameOf(entry.name);
+    if (!entry.readable && !IsContentTypes(name))
+        throw PackageError(
+            entry.encrypted ? "is encrypted" : "is compressed in a way that packages do not use", entry.name);
+    if (!piece) {
+        Part part;
+        part.name = name;
+        part.pieces = {index};
+        part.size = entry.size;
+        Register(std::move(part));
+        return;
+    }
+    const auto [place, isNew] = m_interleavedByKey.try_emplace(NameKey(name), m_interleaved.size());
+    if (isNew) m_interleaved.push_back({name, {}});
+    m_interleaved[place->second].pieces.push_back({piece->number, piece->last, index});
+}
+
+void Package::State::JoinPieces() {
+    for (Interleaved& each : m_interleaved) {
+        std::ranges::sort(each.pieces, {}, &Piece::number);
+        Part part;
+        part.name = std::move(each.name);
+        part.interleaved = true;
+        for (std::size_t i = 0; i < each.pieces.size(); ++i) {
+            const bool isEnd = i + 1 == each.pieces.size();
+            part.whole = part.whole && each.pieces[i].number == i && each.pieces[i].last == isEnd;
+            part.pieces.push_back(each.pieces[i].entry);
+            part.size += archive.Entries()[each.pieces[i].entry].size;
+        }
+        if (part.size > limits.maxPartBytes)
+            throw PackageError("is larger than " + std::to_string(limits.maxPartBytes) + " bytes", part.name);
+        Register(std::move(part));
+    }
+    // The parts of the archive come in the order of their first entry.
+    std::ranges::stable_sort(parts, {}, [](const Part& part) { return std::ranges::min(part.pieces); });
+    for (std::size_t i = 0; i < parts.size(); ++i) m_byKey[NameKey(parts[i].name)] = i;
+    m_interleaved.clear();
+    m_interleavedByKey.clear();
+}
+
+void Package::State::Register(Part part) {
+    const std::string key = NameKey(part.name);
+    if (!m_byKey.try_emplace(key, parts.size()).second)
+        throw PackageError("two parts have the same name", part.name);
+    EachFolder(key, [this](std::string folder) { m_folders.insert(std::move(folder)); });
+    parts.push_back(std::move(part));
+}
+
+void Package::State::ReadContentTypes() {
+    const Part* const pPart = Find(kContentTypes);
+    try {
+        if (pPart == nullptr) throw PackageError("is missing", kContentTypes);
+        types = ContentTypes::Parse(Read(*pPart, limits.maxStructureBytes), limits);
+    } catch (const PackageError& failure) {
+        findings.emplace_back(failure.what());
+        types = ContentTypes::Customary();
+    }
+}
+
+const Package::State::Part* Package::State::Find(std::string_view name) const {
+    const auto found = m_byKey.find(NameKey(name));
+    if (found == m_byKey.end() || parts[found->second].removed) return nullptr;
+    return &parts[found->second];
+}
+
+Package::State::Part& Package::State::Get(std::string_view name) {
+    if (Find(name) == nullptr) throw PackageError("is missing", name);
+    return parts[m_byKey.at(NameKey(name))];
+}
+
+std::string Package::State::Read(const Part& part, std::uint64_t most) const {
+    if (part.bytes) return *part.bytes;
+    if (!part.whole) throw PackageError("lacks a piece", part.name);
+    std::string bytes;
+    for (const std::size_t entry : part.pieces) archive.Read(entry, most - bytes.size(), bytes);
+    return bytes;
+}
+
+bool Package::State::IsTaken(const std::string& key) const {
+    if (Find(key) != nullptr || m_folders.contains(key)) return true;
+    bool insidePart = false;
+    EachFolder(key, [&](const std::string& folder) { insidePart = insidePart || Find(folder) != nullptr; });
+    return insidePart;
+}
+
+std::string Package::State::FreeName(std::string_view wantedName) {
+    std::string name = MakeLegalName(wantedName);
+    if (name.size() > kLongestName)
+        throw PackageError("the name of a new part is too long", name.substr(0, 64));
+    std::string key = NameKey(name);
+    if (!IsTaken(key)) return name;
+    const std::size_t dot = name.rfind('.');
+    const std::size_t stem = dot == std::string::npos || dot < name.rfind('/') + 2 ? name.size() : dot;
+    std::size_t& number = m_lastNumbers.try_emplace(key, 1).first->second;
+    // The number goes to the first segment that a part has already: a part cannot hold another one.
+    std::size_t place = stem;
+    EachFolder(name, [&](const std::string& folder) {
+        if (Find(folder) != nullptr) place = folder.size();
+    });
+    for (;;) {
+        std::string numbered = name;
+        numbered.insert(place, "-" + std::to_string(++number));
+        if (!IsTaken(NameKey(numbered))) return numbered;
+    }
+}
+
+void Package::State::Put(const std::string& name, std::string bytes) {
+    const auto found = m_byKey.find(NameKey(name));
+    if (found == m_byKey.end()) {
+        Part part;
+        part.name = name;
+        Register(std::move(part));
+    }
+    Part& part = parts[m_byKey.at(NameKey(name))];
+    part.removed = false;
+    part.size = bytes.size();
+    part.bytes = std::move(bytes);
+}
+
+void Package::State::Remove(std::string_view name) {
+    if (Find(name) == nullptr) return;
+    Part& part = Get(name);
+    part.removed = true;
+    part.bytes.reset();
+    typesChanged = types.Forget(name) || typesChanged;
+}
+
+void Package::State::EditPart(const Part& part, const std::string& bytes, ZipEdit& edit) {
+    const std::string entryName = part.name.substr(1);
+    if (part.pieces.empty()) {
+        edit.added.push_back({entryName, &bytes});
+        return;
+    }
+    // New bytes make an interleaved part a part in one entry, at the place of its first piece.
+    ZipEdit::Replacement replacement{part.pieces[0], std::nullopt, &bytes};
+    if (part.interleaved) replacement.newName = entryName;
+    edit.replaced.push_back(std::move(replacement));
+    edit.removed.insert(edit.removed.end(), part.pieces.begin() + 1, part.pieces.end());
+}
+
+ZipEdit Package::State::Edit(std::string& contentTypesMarkup) const {
+    ZipEdit edit;
+    if (typesChanged) contentTypesMarkup = types.Markup();
+    bool typesWritten = !typesChanged;
+    for (const Part& part : parts) {
+        if (part.removed) {
+            edit.removed.insert(edit.removed.end(), part.pieces.begin(), part.pieces.end());
+        } else if (typesChanged && IsContentTypes(part.name)) {
+            EditPart(part, contentTypesMarkup, edit);
+            typesWritten = true;
+        } else if (part.bytes) {
+            EditPart(part, *part.bytes, edit);
+        }
+    }
+    if (!typesWritten) edit.added.push_back({std::string(kContentTypes.substr(1)), &contentTypesMarkup});
+    return edit;
+}
+
+}  // namespace devkit::package

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "devkit/package/contenttypes.h"
+#include "devkit/package/package.h"
+#include "devkit/package/ziparchive.h"
+
+namespace devkit::package {
+
+// The parts of a package over the entries of its archive, and what is to become of them.
+class Package::State {
+  public:
+    // A part as it stands: the archive's, changed, added or removed. Places are kept, so that the order of
+    // the archive stays.
+    struct Part {
+        std::string name;
+        std::vector<std::size_t> pieces;  // entries, in the order of the data; none for an added part
+        std::uint64_t size = 0;
+        bool interleaved = false;
+        bool whole = true;                 // false when a piece is missing
+        std::optional<std::string> bytes;  // unset while they are the archive's
+        bool removed = false;
+    };
+
+    State(std::shared_ptr<ByteSource> source, std::string where, const Limits& limits);
+
+    // Null when there is none; a removed part is not there.
+    [[nodiscard]] const Part* Find(std::string_view name) const;
+    // Throws when there is none.
+    [[nodiscard]] Part& Get(std::string_view name);
+    [[nodiscard]] std::string Read(const Part& part, std::uint64_t most) const;
+    // A legal name that neither a part has nor a part's name starts or goes on with.
+    [[nodiscard]] std::string FreeName(std::string_view wantedName);
+    void Put(const std::string& name, std::string bytes);
+    void Remove(std::string_view name);
+    // What tells the archive from the package as it stands. The markup is where the content types' bytes
+    // live.
+    [[nodiscard]] ZipEdit Edit(std::string& contentTypesMarkup) const;
+
+    Limits limits;
+    ZipArchive archive;
+    std::filesystem::path file;  // empty when the package was not read from a file
+    std::vector<Part> parts;
+    ContentTypes types;
+    bool typesChanged = false;
+    std::vector<std::string> findings;
+
+  private:
+    void TakeEntries();
+    void TakeEntry(std::size_t index);
+    void CheckSizes() const;
+    void JoinPieces();
+    void ReadContentTypes();
+    void Register(Part part);
+    [[nodiscard]] bool IsTaken(const std::string& key) const;
+    static void EditPart(const Part& part, const std::string& bytes, ZipEdit& edit);
+
+    struct Piece {
+        std::size_t number = 0;
+        bool last = false;
+        std::size_t entry = 0;
+    };
+    struct Interleaved {
+        std::string name;
+        std::vector<Piece> pieces;
+    };
+
+    std::vector<Interleaved> m_interleaved;
+    std::unordered_map<std::string, std::size_t> m_interleavedByKey;
+    std::unordered_map<std::string, std::size_t> m_byKey;
+    std::unordered_set<std::string> m_folders;
+    std::unordered_map<std::string, std::size_t> m_lastNumbers;  // of names that were wanted before
+};
+
+}  // namespace devkit::package

@@ -1,0 +1,48 @@
+#include "devkit/package/xpsdocument.h"
+
+#include <utility>
+
+#include "devkit/package/documentreader.h"
+#include "devkit/package/treewriter.h"
+
+namespace devkit::package {
+
+XpsDocument XpsDocument::Open(const std::filesystem::path& file, const Limits& limits) {
+    return Open(Package::Open(file, limits));
+}
+
+XpsDocument XpsDocument::Open(Package package) {
+    XpsDocument document(std::move(package));
+    DocumentReader reader(document.m_package);
+    document.m_before = reader.Read();
+    document.m_flavour = reader.GetFlavour();
+    document.m_findings = reader.Findings();
+    static_cast<XpsTree&>(document) = document.m_before;
+    return document;
+}
+
+std::string XpsDocument::ReadMarkup(const FixedPage& page) const {
+    return page.markup ? *page.markup : m_package.Read(page.name);
+}
+
+std::string XpsDocument::AddPart(std::string_view wantedName, std::string_view contentType,
+                                 std::string bytes) {
+    return m_package.Add(wantedName, contentType, std::move(bytes));
+}
+
+void XpsDocument::Save(const std::filesystem::path& file) {
+    ApplyTree();
+    m_package.Save(file);
+}
+
+void XpsDocument::Save(ByteSink& sink) {
+    ApplyTree();
+    m_package.Save(sink);
+}
+
+void XpsDocument::ApplyTree() {
+    TreeWriter(m_package, m_flavour).Apply(m_before, *this);
+    m_before = *this;
+}
+
+}  // namespace devkit::package

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace devkit::package {
+
+// The tree of an XPS document, in sending order. Part names are those of the package; a ticket may hang in
+// several places, every document and page stands in the tree once.
+
+struct FixedPage {
+    std::string name;
+    std::optional<std::string> markup;   // new markup; unset while the page keeps its own
+    std::optional<std::string> ticket;   // the part's name
+    std::vector<std::string> resources;  // names of the fonts, images, dictionaries ... that the page needs
+};
+
+struct FixedDocument {
+    std::string name;
+    std::optional<std::string> ticket;
+    std::vector<FixedPage> pages;
+};
+
+struct FixedDocumentSequence {
+    std::string name;
+    // Set when the package starts with a fixed document: the sequence of this one document has no part of its
+    // own until a change needs one.
+    bool implied = false;
+    std::optional<std::string> ticket;
+    std::vector<FixedDocument> documents;
+};
+
+struct XpsTree {
+    FixedDocumentSequence sequence;
+    std::optional<std::string> thumbnail;  // of the package; the part's name
+};
+
+}  // namespace devkit::package

@@ -1,0 +1,118 @@
+#include "devkit/package/ziparchive.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "devkit/package/packageerror.h"
+#include "devkit/package/zipowners.h"
+#include "devkit/package/zipsource.h"
+
+namespace devkit::package {
+
+namespace {
+
+// libzip's words as part of a sentence.
+std::string Lowered(const char* text) {
+    std::string words = text;
+    if (!words.empty()) words[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(words[0])));
+    return words;
+}
+
+std::string OpeningFailure(const ZipSource& source, zip_error_t* pError) {
+    if (source.LimitWasReached()) return "the list of its entries is too large";
+    if (!source.Failure().empty()) return source.Failure();
+    if (zip_error_code_zip(pError) == ZIP_ER_NOZIP) return "is not a zip archive";
+    return "is a broken zip archive (" + Lowered(zip_error_strerror(pError)) + ")";
+}
+
+std::string ReadingFailure(zip_error_t* pError) {
+    switch (zip_error_code_zip(pError)) {
+        case ZIP_ER_CRC:
+            return "its checksum is wrong";
+        case ZIP_ER_INCONS:
+        case ZIP_ER_EOF:
+            return "its data is not as long as the archive says";
+        case ZIP_ER_ZLIB:
+        case ZIP_ER_COMPRESSED_DATA:
+            return "its compressed data is broken";
+        default:
+            return "cannot be read (" + Lowered(zip_error_strerror(pError)) + ")";
+    }
+}
+
+ZipEntry Describe(zip_t* pZip, std::size_t index, const std::string& where) {
+    zip_stat_t stat;
+    if (zip_stat_index(pZip, index, ZIP_FL_ENC_GUESS, &stat) != 0)
+        throw PackageError("entry " + std::to_string(index) + " cannot be read", where);
+    ZipEntry entry;
+    entry.name = stat.name;
+    entry.size = stat.size;
+    entry.compressedSize = stat.comp_size;
+    entry.encrypted = stat.encryption_method != ZIP_EM_NONE;
+    entry.deflated = stat.comp_method == ZIP_CM_DEFLATE;
+    entry.readable = !entry.encrypted && (entry.deflated || stat.comp_method == ZIP_CM_STORE);
+    return entry;
+}
+
+}  // namespace
+
+struct ZipArchive::Reader {
+    explicit Reader(ByteSource& bytes) : source(bytes, nullptr) {}
+
+    ZipSource source;  // outlives `zip`
+    ZipPtr zip;
+};
+
+ZipArchive::ZipArchive(std::shared_ptr<ByteSource> source, std::string where, const Limits& limits)
+    : m_source(std::move(source)), m_where(std::move(where)), m_reader(std::make_unique<Reader>(*m_source)) {
+    ZipError error;
+    m_reader->source.LimitReading(limits.maxDirectoryBytes);
+    m_reader->zip.reset(m_reader->source.Open(error.Get()));
+    if (!m_reader->zip) throw PackageError(OpeningFailure(m_reader->source, error.Get()), m_where);
+    m_reader->source.LimitReading({});
+
+    const zip_int64_t count = zip_get_num_entries(m_reader->zip.get(), 0);
+    if (static_cast<std::uint64_t>(count) > limits.maxEntries)
+        throw PackageError("has more than " + std::to_string(limits.maxEntries) + " entries", m_where);
+    m_entries.reserve(static_cast<std::size_t>(count));
+    std::uint64_t compressed = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+        m_entries.push_back(Describe(m_reader->zip.get(), i, m_where));
+        const std::uint64_t size = m_entries.back().compressedSize;
+        // The entries cannot fill more than the file unless they share bytes: a bomb without nesting.
+        if (size > m_source->Size() - compressed)
+            throw PackageError("its entries overlap or are cut off", m_where);
+        compressed += size;
+    }
+}
+
+ZipArchive::~ZipArchive() = default;
+
+void ZipArchive::Read(std::size_t index, std::uint64_t most, std::string& bytes) const {
+    const ZipEntry& entry = m_entries.at(index);
+    if (entry.encrypted) throw PackageError("is encrypted", entry.name);
+    if (!entry.readable) throw PackageError("is compressed in a way that packages do not use", entry.name);
+    if (entry.size > most)
+        throw PackageError("is larger than " + std::to_string(most) + " bytes", entry.name);
+
+    const ZipFilePtr file(zip_fopen_index(m_reader->zip.get(), index, 0));
+    if (!file) throw PackageError(ReadingFailure(zip_get_error(m_reader->zip.get())), entry.name);
+    const std::size_t before = bytes.size();
+    std::array<char, 65'536> block;
+    for (;;) {
+        const zip_int64_t count = zip_fread(file.get(), block.data(), block.size());
+        if (count < 0) throw PackageError(ReadingFailure(zip_file_get_error(file.get())), entry.name);
+        if (count == 0) break;
+        if (bytes.size() - before + static_cast<std::uint64_t>(count) > entry.size)
+            throw PackageError("its data is longer than the archive says", entry.name);
+        bytes.append(block.data(), static_cast<std::size_t>(count));
+    }
+    if (bytes.size() - before != entry.size)
+        throw PackageError("its data is shorter than the archive says", entry.name);
+}
+
+}  // namespace devkit::package

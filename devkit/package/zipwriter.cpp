@@ -1,0 +1,111 @@
+#include <array>
+
+#include "devkit/package/packageerror.h"
+#include "devkit/package/ziparchive.h"
+#include "devkit/package/zipowners.h"
+#include "devkit/package/zipsource.h"
+
+namespace devkit::package {
+
+namespace {
+
+// The middle of zlib's scale: the smallest level costs several times as much for a few per cent.
+constexpr zip_uint32_t kCompressionLevel = 6;
+// 1 January 1980, so that the same input gives the same output.
+constexpr zip_uint16_t kEarliestDate = (1 << 5) | 1;
+
+class Writer {
+  public:
+    Writer(const ZipArchive& archive, ByteSink& sink)
+        : m_archive(archive), m_source(archive.Source(), &sink) {
+        ZipError error;
+        m_zip.reset(m_source.Open(error.Get()));
+        if (!m_zip) Fail(error.Get());
+    }
+
+    void Apply(const ZipEdit& edit) {
+        for (const std::size_t index : edit.removed) Check(zip_delete(m_zip.get(), index));
+        for (const ZipEdit::Replacement& replacement : edit.replaced) Replace(replacement);
+        for (const ZipEdit::Addition& addition : edit.added) Add(addition);
+    }
+
+    void Close() {
+        Check(zip_close(m_zip.get()));
+        // A successful zip_close has released the archive.
+        static_cast<void>(m_zip.release());
+    }
+
+  private:
+    [[noreturn]] void Fail(zip_error_t* pError) const {
+        const std::string reason =
+            m_source.Failure().empty() ? zip_error_strerror(pError) : m_source.Failure();
+        throw PackageError("cannot be copied (" + reason + ")", m_archive.Where());
+    }
+    void Check(zip_int64_t result) const {
+        if (result < 0) Fail(zip_get_error(m_zip.get()));
+    }
+
+    ZipSourcePtr SourceOf(const std::string& bytes) const {
+        ZipSourcePtr source(zip_source_buffer(m_zip.get(), bytes.data(), bytes.size(), 0));
+        if (!source) Fail(zip_get_error(m_zip.get()));
+        return source;
+    }
+
+    void Replace(const ZipEdit::Replacement& replacement) {
+        // libzip takes the date of a replacement from the clock unless it is set.
+        zip_stat_t stat;
+        Check(zip_stat_index(m_zip.get(), replacement.index, 0, &stat));
+        ZipSourcePtr source = SourceOf(*replacement.pBytes);
+        Check(zip_file_replace(m_zip.get(), replacement.index, source.get(), 0));
+        static_cast<void>(source.release());
+        Check(zip_file_set_mtime(m_zip.get(), replacement.index, stat.mtime, 0));
+        Check(zip_set_file_compression(m_zip.get(), replacement.index, ZIP_CM_DEFLATE, kCompressionLevel));
+        if (m_archive.Entries()[replacement.index].encrypted)
+            Check(zip_file_set_encryption(m_zip.get(), replacement.index, ZIP_EM_NONE, nullptr));
+        if (replacement.newName)
+            Check(zip_file_rename(m_zip.get(), replacement.index, replacement.newName->c_str(),
+                                  ZIP_FL_ENC_UTF_8));
+    }
+
+    void Add(const ZipEdit::Addition& addition) {
+        ZipSourcePtr source = SourceOf(*addition.pBytes);
+        const zip_int64_t index =
+            zip_file_add(m_zip.get(), addition.name.c_str(), source.get(), ZIP_FL_ENC_UTF_8);
+        Check(index);
+        static_cast<void>(source.release());
+        const auto added = static_cast<zip_uint64_t>(index);
+        Check(zip_file_set_dostime(m_zip.get(), added, 0, kEarliestDate, 0));
+        Check(zip_set_file_compression(m_zip.get(), added, ZIP_CM_DEFLATE, kCompressionLevel));
+    }
+
+    const ZipArchive& m_archive;
+    ZipSource m_source;  // outlives m_zip
+    ZipPtr m_zip;
+};
+
+void Copy(const ZipArchive& archive, ByteSink& sink) {
+    std::array<char, 65'536> block;
+    std::uint64_t offset = 0;
+    while (const std::size_t count = archive.Source().ReadAt(offset, block.data(), block.size())) {
+        sink.WriteAt(offset, block.data(), count);
+        offset += count;
+    }
+}
+
+}  // namespace
+
+void WriteZip(const ZipArchive& archive, const ZipEdit& edit, ByteSink& sink) {
+    if (edit.IsEmpty()) {
+        try {
+            Copy(archive, sink);
+        } catch (const std::exception& failure) {
+            throw PackageError("cannot be copied (" + std::string(failure.what()) + ")", archive.Where());
+        }
+        return;
+    }
+    Writer writer(archive, sink);
+    writer.Apply(edit);
+    writer.Close();
+}
+
+}  // namespace devkit::package
