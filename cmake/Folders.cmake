@@ -41,6 +41,7 @@ function(folder_tests target folder)
   add_executable(${target} ${sources})
   folder_headers(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests ${folder})
   target_link_libraries(${target} PRIVATE compiler_flags test_support ${arg_LINKS})
+  add_dependencies(${target} samples)
   target_compile_definitions(${target} PRIVATE
     SAMPLES_FOLDER="${CMAKE_BINARY_DIR}/samples" SOURCE_FOLDER="${CMAKE_SOURCE_DIR}")
   add_test(NAME ${target} COMMAND ${target})

@@ -32,16 +32,16 @@ XpsTree DocumentReader::Read() {
 }
 
 std::string DocumentReader::FindStartPart(const std::vector<Relationship>& relationships) {
-    const auto isStart = [](const Relationship& each) {
-        return !each.external && IsEither(each.type, &Vocabulary::startPart);
-    };
-    const auto start = std::ranges::find_if(relationships, isStart);
-    if (start == relationships.end()) throw PackageError("has no start part", m_package.Where());
-    if (std::find_if(start + 1, relationships.end(), isStart) != relationships.end())
-        Note("has several start parts, the first is taken", m_package.Where());
-    if (start->type == VocabularyOf(Flavour::OpenXps).startPart) m_flavour = Flavour::OpenXps;
-    const std::optional<PartInfo> part = Target("/", start->target);
-    if (!part) throw PackageError("the start part is missing", start->target);
+    const Relationship* pStart = nullptr;
+    for (const Relationship& each : relationships) {
+        if (each.external || !IsEither(each.type, &Vocabulary::startPart)) continue;
+        if (pStart != nullptr) Note("has several start parts, the last is taken", m_package.Where());
+        pStart = &each;
+    }
+    if (pStart == nullptr) throw PackageError("has no start part", m_package.Where());
+    if (pStart->type == VocabularyOf(Flavour::OpenXps).startPart) m_flavour = Flavour::OpenXps;
+    const std::optional<PartInfo> part = Target("/", pStart->target);
+    if (!part) throw PackageError("the start part is missing", pStart->target);
     return part->name;
 }
 

@@ -100,16 +100,9 @@ std::string ResolveReference(std::string_view sourcePart, std::string_view refer
         path = Segments(sourcePart.substr(sourcePart.starts_with('/') ? 1 : 0));
         path.pop_back();
     }
-    const std::vector<std::string> segments = Segments(reference.substr(absolute ? 1 : 0));
-    for (std::size_t i = 0; i < segments.size(); ++i) {
-        const bool last = i + 1 == segments.size();
-        const bool dots = segments[i] == "." || segments[i] == "..";
-        if (segments[i] == ".." && !path.empty()) path.pop_back();
-        if (!dots) {
-            path.push_back(segments[i]);
-        } else if (last) {
-            path.emplace_back();
-        }
+    for (const std::string& segment : Segments(reference.substr(absolute ? 1 : 0))) {
+        if (segment == ".." && !path.empty()) path.pop_back();
+        if (!segment.empty() && segment != "." && segment != "..") path.push_back(segment);
     }
     std::string name;
     for (const std::string& segment : path) name += "/" + segment;

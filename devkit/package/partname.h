@@ -12,8 +12,9 @@ namespace devkit::package {
 // for backslashes, one leading slash.
 [[nodiscard]] std::string NameKey(std::string_view name);
 
-// The absolute name that a reference leads to from a part ("/" for the package); a fragment is dropped.
-// Empty when it leads nowhere inside the package.
+// The absolute name that a reference leads to from a part ("/" for the package); a fragment and empty
+// segments are dropped, and ".." at the top stays there (RFC 3986, 5.2). Empty when it leads out of the
+// package.
 [[nodiscard]] std::string ResolveReference(std::string_view sourcePart, std::string_view reference);
 
 // A legal part name as near to the wanted one as may be: a backslash becomes a slash, illegal characters are

@@ -113,10 +113,9 @@ void TreeWriter::MakeSequence(FixedDocumentSequence& sequence) {
         NewDocumentMarkup(m_flavour, DocumentRoot::FixedDocumentSequence, NamesOf(sequence.documents)));
     sequence.implied = false;
     std::vector<Relationship> relationships = m_package.Relationships("/");
-    const auto start = std::ranges::find_if(relationships, [](const Relationship& each) {
-        return !each.external && IsEither(each.type, &Vocabulary::startPart);
-    });
-    if (start != relationships.end()) start->target = sequence.name;
+    for (Relationship& each : relationships) {
+        if (!each.external && IsEither(each.type, &Vocabulary::startPart)) each.target = sequence.name;
+    }
     m_package.SetRelationships("/", relationships);
 }
 
