@@ -1,0 +1,91 @@
+#include "filtertest.h"
+
+#include <array>
+#include <utility>
+
+#include "devkit/msxml/domdocument.h"
+
+namespace systemtest {
+
+using devkit::package::XpsDocument;
+using devkit::pipeline::FilterModule;
+using devkit::pipeline::FilterRun;
+using devkit::pipeline::JobInput;
+using devkit::pipeline::RunOptions;
+using devkit::pipeline::RunOutcome;
+using devkit::prntvpt::SimulatedProvider;
+
+std::optional<devkit::msxml::DomRegistration> FilterTest::s_dom;
+std::unique_ptr<SimulatedProvider> FilterTest::s_pProvider;
+std::shared_ptr<FilterModule> FilterTest::s_pFilter;
+
+void FilterTest::SetUpTestSuite() {
+    if (!devkit::msxml::SystemDomConforms()) s_dom.emplace();
+    // Before the filter: its import of prntvpt.dll is then bound to this one.
+    s_pProvider = std::make_unique<SimulatedProvider>(ProgramFolder() / "simulated" / "prntvpt.dll");
+    s_pFilter = std::make_shared<FilterModule>(ProgramFolder() / "pagevalidatefilter.dll", kFilterClass);
+}
+
+void FilterTest::TearDownTestSuite() {
+    s_pFilter.reset();
+    s_pProvider.reset();
+    s_dom.reset();
+}
+
+std::filesystem::path FilterTest::ProgramFolder() {
+    std::array<wchar_t, 32768> path{};
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    return std::filesystem::path(std::wstring(path.data(), length)).parent_path();
+}
+
+std::filesystem::path FilterTest::Device(const std::string& name) {
+    return std::filesystem::path(SOURCE_FOLDER) / "devkit" / "devices" / name;
+}
+
+std::shared_ptr<const XpsDocument> FilterTest::OpenSample() {
+    return std::make_shared<const XpsDocument>(
+        XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / "sample.xps"));
+}
+
+std::shared_ptr<const JobInput> FilterTest::SampleInput() {
+    static const std::shared_ptr<const JobInput> input = devkit::pipeline::MakeJobInput(OpenSample());
+    return input;
+}
+
+void FilterTest::Configure(std::vector<std::string> switches, const std::string& device) {
+    devkit::prntvpt::ProviderSettings settings;
+    settings.device = Device(device);
+    settings.printers = {"SimPrinter"};
+    settings.switches = std::move(switches);
+    Provider().Configure(settings);
+}
+
+RunOptions FilterTest::Options() {
+    RunOptions options;
+    const std::string ticket = Provider().DefaultTicket();
+    options.properties.userTicket = std::make_shared<const std::string>(ticket);
+    options.properties.driverValues = {{L"KoraNsPrefix", std::wstring(L"krk")}};
+    return options;
+}
+
+RunOutcome FilterTest::Run(RunOptions options, std::shared_ptr<const JobInput> input) {
+    return FilterRun(Filter(), std::move(input), std::move(options)).Run();
+}
+
+void FilterTest::ExpectNothingLeft(const RunOutcome& outcome) {
+    EXPECT_FALSE(outcome.hung);
+    for (const std::string& breach : outcome.breaches) ADD_FAILURE() << breach;
+    EXPECT_EQ(0, devkit::msxml::LiveObjectCount());
+    Provider().Finish();
+    const auto report = Provider().Report();
+    EXPECT_TRUE(report.openHandles.empty());
+    for (const auto& breach : report.breaches) ADD_FAILURE() << breach.stop << ": " << breach.text;
+}
+
+void FilterTest::ExpectFailure(const RunOutcome& outcome, HRESULT hr) {
+    EXPECT_EQ(hr, outcome.result);
+    EXPECT_EQ(std::vector<HRESULT>{hr}, outcome.shutdownCodes);
+    ExpectNothingLeft(outcome);
+}
+
+}  // namespace systemtest

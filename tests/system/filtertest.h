@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "devkit/msxml/domregistration.h"
+#include "devkit/package/xpsdocument.h"
+#include "devkit/pipeline/filterrun.h"
+#include "devkit/prntvpt/simulatedprovider.h"
+
+namespace systemtest {
+
+// Sends documents through the built pagevalidatefilter.dll with the simulated provider.
+class FilterTest : public testing::Test {
+  protected:
+    static constexpr CLSID kFilterClass = {
+        0x8a9f4692, 0xe8ba, 0x4533, {0xb8, 0x59, 0xe5, 0x6b, 0x1e, 0xa1, 0x65, 0x86}};
+
+    static void SetUpTestSuite();
+    static void TearDownTestSuite();
+
+    [[nodiscard]] static std::filesystem::path ProgramFolder();
+    [[nodiscard]] static std::filesystem::path Device(const std::string& name);
+    [[nodiscard]] static std::shared_ptr<const devkit::package::XpsDocument> OpenSample();
+    [[nodiscard]] static std::shared_ptr<const devkit::pipeline::JobInput> SampleInput();
+    [[nodiscard]] static devkit::prntvpt::SimulatedProvider& Provider() { return *s_pProvider; }
+    [[nodiscard]] static const std::shared_ptr<devkit::pipeline::FilterModule>& Filter() { return s_pFilter; }
+
+    // The provider with the switches, every option of a run, and the bag that the device asks for.
+    static void Configure(std::vector<std::string> switches = {}, const std::string& device = "simprinter");
+    [[nodiscard]] static devkit::pipeline::RunOptions Options();
+    [[nodiscard]] static devkit::pipeline::RunOutcome Run(
+        devkit::pipeline::RunOptions options,
+        std::shared_ptr<const devkit::pipeline::JobInput> input = SampleInput());
+
+    // Nothing is left over: no breach (live objects, references and DllCanUnloadNow are among them), no open
+    // provider handle, no live DOM object of the kit, nothing that the provider complains about.
+    static void ExpectNothingLeft(const devkit::pipeline::RunOutcome& outcome);
+    // The failure was returned, reported once, and left nothing behind.
+    static void ExpectFailure(const devkit::pipeline::RunOutcome& outcome, HRESULT hr);
+
+  private:
+    static std::optional<devkit::msxml::DomRegistration> s_dom;
+    static std::unique_ptr<devkit::prntvpt::SimulatedProvider> s_pProvider;
+    static std::shared_ptr<devkit::pipeline::FilterModule> s_pFilter;
+};
+
+}  // namespace systemtest
