@@ -19,7 +19,7 @@ struct Limits {
     std::uint64_t maxPackageBytes = std::uint64_t{8} << 30;
     // The content types, relationships, the sequence or a fixed document: markup that is held as a whole.
     std::uint64_t maxStructureBytes = std::uint64_t{64} << 20;
-    // Nested elements in markup that the reader looks into.
+    // Nested elements in markup that the reader looks into; the XML library allows no more than the default.
     int maxDepth = 256;
     // Documents and pages that the sequence and the documents refer to, repetitions counted.
     std::size_t maxReferences = 100'000;

@@ -14,6 +14,8 @@ namespace devkit::package {
 
 namespace {
 
+constexpr int kLibraryMaxDepth = 256;
+
 // Keeps the first error as one line. Only errors that libxml2 itself cannot read past end the reading.
 void KeepFirst(void* pText, xmlErrorPtr pError) {
     auto& text = *static_cast<std::string*>(pText);
@@ -43,15 +45,24 @@ bool XmlReader::NextElement() {
     for (;;) {
         const int result = xmlTextReaderRead(m_reader.get());
         if (result == 0) return false;
-        if (result < 0) throw PackageError("is not well-formed XML (" + m_failure + ")", m_where);
+        if (result < 0) Fail();
         const int type = xmlTextReaderNodeType(m_reader.get());
         if (type == XML_READER_TYPE_DOCUMENT_TYPE)
             throw PackageError("has a document type declaration", m_where);
         if (type != XML_READER_TYPE_ELEMENT) continue;
-        if (Depth() >= m_maxDepth)
-            throw PackageError("nests more than " + std::to_string(m_maxDepth) + " elements", m_where);
+        if (Depth() >= m_maxDepth) FailAtDepth(m_maxDepth);
         return true;
     }
+}
+
+void XmlReader::Fail() const {
+    // libxml2 parses ahead of the reader, so that its own limit can strike before that of the caller.
+    if (m_failure.find("Excessive depth") != std::string::npos) FailAtDepth(kLibraryMaxDepth);
+    throw PackageError("is not well-formed XML (" + m_failure + ")", m_where);
+}
+
+void XmlReader::FailAtDepth(int depth) const {
+    throw PackageError("nests more than " + std::to_string(depth) + " elements", m_where);
 }
 
 int XmlReader::Depth() const { return xmlTextReaderDepth(m_reader.get()); }

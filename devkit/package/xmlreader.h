@@ -37,6 +37,9 @@ class XmlReader {
         void operator()(_xmlTextReader* pReader) const noexcept;
     };
 
+    [[noreturn]] void Fail() const;
+    [[noreturn]] void FailAtDepth(int depth) const;
+
     std::string m_where;
     int m_maxDepth;
     std::string m_failure;
