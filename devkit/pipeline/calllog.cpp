@@ -16,23 +16,27 @@ CallLog::CallLog(std::vector<Fault> faults, bool keepText) : m_keepText(keepText
 }
 
 HRESULT CallLog::Enter(std::string_view method, std::string_view argument) {
-    return Record(method, argument);
+    const std::lock_guard guard(m_lock);
+    Record(method, argument);
+    return Strike(method, argument);
 }
 
 void CallLog::Note(std::string_view method, std::string_view argument) {
-    static_cast<void>(Record(method, argument));
+    const std::lock_guard guard(m_lock);
+    Record(method, argument);
 }
 
-HRESULT CallLog::Record(std::string_view method, std::string_view argument) {
-    const std::lock_guard guard(m_lock);
+void CallLog::Record(std::string_view method, std::string_view argument) {
     ++m_total;
     auto count = m_counts.find(method);
     if (count == m_counts.end()) count = m_counts.emplace(method, 0).first;
     ++count->second;
-    if (m_keepText) {
-        std::string& line = m_text.emplace_back(method);
-        if (!argument.empty()) line.append(" ").append(argument);
-    }
+    if (!m_keepText) return;
+    std::string& line = m_text.emplace_back(method);
+    if (!argument.empty()) line.append(" ").append(argument);
+}
+
+HRESULT CallLog::Strike(std::string_view method, std::string_view argument) {
     HRESULT result = S_OK;
     for (Planned& planned : m_faults) {
         const Fault& fault = planned.fault;

@@ -46,7 +46,8 @@ class CallLog {
         unsigned seen = 0;
     };
 
-    HRESULT Record(std::string_view method, std::string_view argument);
+    void Record(std::string_view method, std::string_view argument);
+    HRESULT Strike(std::string_view method, std::string_view argument);
 
     mutable std::mutex m_lock;
     std::vector<Planned> m_faults;

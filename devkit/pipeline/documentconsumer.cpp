@@ -157,7 +157,7 @@ HRESULT DocumentConsumer::Send(const char* method, PartKind kind, IUnknown* pObj
         if (part->sent) return Context().Breach(part->Title() + " was sent twice");
         if (const HRESULT hr = CheckOrder(kind, title); FAILED(hr)) return hr;
         if (const HRESULT hr = CheckWhole(*part); FAILED(hr)) return hr;
-        Record(part);
+        Record(kind, part);
         return S_OK;
     });
 }
@@ -194,12 +194,12 @@ HRESULT DocumentConsumer::CheckWhole(Part& part) {
     return S_OK;
 }
 
-void DocumentConsumer::Record(const PartPtr& part) {
+void DocumentConsumer::Record(PartKind kind, const PartPtr& part) {
     part->sent = true;
-    m_counts.documents += part->Kind() == PartKind::XpsDocument;
-    m_counts.sequences += part->Kind() == PartKind::FixedDocumentSequence;
-    m_counts.fixedDocuments += part->Kind() == PartKind::FixedDocument;
-    m_sent.push_back({part->Kind(), part->Name(), part});
+    m_counts.documents += kind == PartKind::XpsDocument;
+    m_counts.sequences += kind == PartKind::FixedDocumentSequence;
+    m_counts.fixedDocuments += kind == PartKind::FixedDocument;
+    m_sent.push_back({kind, part->Name(), part});
 }
 
 }  // namespace devkit::pipeline

@@ -50,7 +50,7 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
     HRESULT CheckOpen(const std::string& what);
     HRESULT CheckOrder(PartKind kind, const std::string& title);
     HRESULT CheckWhole(Part& part);
-    void Record(const PartPtr& part);
+    void Record(PartKind kind, const PartPtr& part);
 
     mutable std::mutex m_lock;
     bool m_closed = false;

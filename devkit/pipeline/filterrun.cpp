@@ -178,7 +178,7 @@ void FilterRun::State::StartThread() {
 
 void FilterRun::State::StartShutdown() {
     context->Cancel();
-    pipelineThread = std::thread([state = shared_from_this()] {
+    shutdownThread = std::thread([state = shared_from_this()] {
         const HRESULT returned = state->filter->ShutdownOperation();
         {
             const std::lock_guard guard(state->lock);

@@ -37,7 +37,7 @@ void RunContext::WaitUnlessCancelled(std::chrono::milliseconds time) {
 std::vector<std::string> RunContext::LiveObjects() const {
     const std::lock_guard guard(m_liveLock);
     std::vector<std::string> lines;
-    for (const LiveObject* object : m_live) {
+    for (const auto& [serial, object] : m_live) {
         const ULONG references = object->m_references;
         lines.push_back(object->m_description + ", " + std::to_string(references) +
                         (references == 1 ? " reference" : " references"));
@@ -48,13 +48,14 @@ std::vector<std::string> RunContext::LiveObjects() const {
 LiveObject::LiveObject(ContextPtr context, std::string description)
     : m_context(std::move(context)), m_description(std::move(description)) {
     const std::lock_guard guard(m_context->m_liveLock);
-    m_context->m_live.insert(this);
+    m_serial = m_context->m_made++;
+    m_context->m_live.emplace(m_serial, this);
     ++liveObjects;
 }
 
 LiveObject::~LiveObject() {
     const std::lock_guard guard(m_context->m_liveLock);
-    m_context->m_live.erase(this);
+    m_context->m_live.erase(m_serial);
     --liveObjects;
 }
 

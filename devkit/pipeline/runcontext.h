@@ -5,9 +5,9 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,7 +49,8 @@ class RunContext {
     // Waits for the time given, or until the job is cancelled.
     void WaitUnlessCancelled(std::chrono::milliseconds time);
 
-    // The kit's objects of this run that are not yet released, each as "KIND NAME, N references".
+    // The kit's objects of this run that are not yet released, oldest first, each as "KIND NAME, N
+    // references".
     [[nodiscard]] std::vector<std::string> LiveObjects() const;
 
   private:
@@ -63,7 +64,8 @@ class RunContext {
     std::mutex m_cancelLock;
     std::condition_variable m_cancelSignal;
     mutable std::mutex m_liveLock;
-    std::set<const LiveObject*> m_live;
+    unsigned m_made = 0;
+    std::map<unsigned, const LiveObject*> m_live;  // by the order of their making
 };
 
 using ContextPtr = std::shared_ptr<RunContext>;
@@ -89,6 +91,7 @@ class LiveObject {
 
     ContextPtr m_context;
     std::string m_description;
+    unsigned m_serial = 0;
     std::atomic<ULONG> m_references = 1;
 };
 

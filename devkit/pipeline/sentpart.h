@@ -9,9 +9,9 @@ namespace devkit::pipeline {
 
 // A part as it stood when the filter sent it. Names are the filter's own, UTF-8.
 struct SentPart {
-    PartKind kind = PartKind::Unknown;
-    std::string name;  // empty for the XPS document and for an object that is not the kit's
-    PartPtr part;      // null for an object that is not the kit's
+    PartKind kind = PartKind::Unknown;  // Unknown for all that came by SendXpsUnknown
+    std::string name;                   // empty for the XPS document and for an object that is not the kit's
+    PartPtr part;                       // null for an object that is not the kit's
 
     // Whether the filter replaced the bytes of a part of the input.
     [[nodiscard]] bool MarkupRewritten() const {

@@ -1,0 +1,407 @@
+#include "devkit/pipeline/filterrun.h"
+
+#include <atomic>
+#include <thread>
+
+#include "devkit/pipeline/fixture.h"
+#include "devkit/pipeline/testfilter/testfilter.h"
+#include "devkit/pipeline/testmodule.h"
+#include "devkit/pipeline/text.h"
+
+namespace devkit::pipeline {
+namespace {
+
+using platform::ComPtr;
+
+constexpr HRESULT cancelled = static_cast<HRESULT>(0x800704C7L);
+
+// "KIND NAME" of each part that was sent.
+Lines Titles(const RunOutcome& outcome) {
+    Lines titles;
+    for (const SentPart& part : outcome.parts) {
+        titles.push_back(part.name.empty() ? NameOf(part.kind)
+                                           : std::string(NameOf(part.kind)) + " " + part.name);
+    }
+    return titles;
+}
+
+const Lines allParts{"XpsDocument",
+                     "FixedDocumentSequence /seq.fdseq",
+                     "FixedDocument /1/1.fdoc",
+                     "FixedPage /1/1.fpage",
+                     "FixedPage /1/2.fpage",
+                     "FixedDocument /2/2.fdoc",
+                     "FixedPage /2/1.fpage"};
+
+class FilterRunTest : public PipelineTest {
+  protected:
+    // Runs the test filter in the given mode over the sample.
+    RunOutcome Run(const wchar_t* mode, RunOptions options = {}) {
+        if (options.properties.driverValues) (*options.properties.driverValues)[L"TestFilterMode"] = mode;
+        return FilterRun(Module(), SampleJob(), std::move(options)).Run();
+    }
+    static RunOptions CancelAt(unsigned part) {
+        RunOptions options;
+        options.cancelAt = part;
+        options.stopTimeout = std::chrono::seconds(60);
+        return options;
+    }
+    static std::shared_ptr<FilterSource> Module() {
+        return std::make_shared<FilterModule>(TestFilterPath(), testfilter::ClassId);
+    }
+};
+
+TEST_F(FilterRunTest, SendsEveryPartThroughInOrder) {
+    const RunOutcome outcome = Run(L"");
+    EXPECT_EQ(outcome.initialized, S_OK);
+    EXPECT_EQ(outcome.result, S_OK);
+    EXPECT_EQ(outcome.shutdownCodes, std::vector<HRESULT>{});
+    EXPECT_EQ(outcome.shutdownOperation, std::nullopt);
+    EXPECT_EQ(outcome.breaches, Lines{});
+    EXPECT_EQ(Titles(outcome), allParts);
+    EXPECT_EQ(outcome.lastPart, "the end of the parts");
+    EXPECT_TRUE(outcome.senderClosed);
+    EXPECT_TRUE(outcome.IsWhole());
+    for (const SentPart& part : outcome.parts) {
+        EXPECT_FALSE(part.MarkupRewritten()) << part.name;
+        EXPECT_FALSE(part.TicketReplaced()) << part.name;
+    }
+}
+
+TEST_F(FilterRunTest, RecordsRewrittenMarkup) {
+    const RunOutcome outcome = Run(L"rewrite");
+    EXPECT_EQ(outcome.breaches, Lines{});
+    ASSERT_EQ(Titles(outcome), allParts);
+    EXPECT_FALSE(outcome.parts[2].MarkupRewritten());
+    EXPECT_TRUE(outcome.parts[3].MarkupRewritten());
+    EXPECT_EQ(*outcome.parts[3].part->Read(),
+              "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"1056\" Height=\"816\" "
+              "xml:lang=\"en\"><!-- /1/1.fpage --></FixedPage>");
+    EXPECT_EQ(*outcome.parts[3].part->ReadInput(),
+              "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"816\" Height=\"1056\" "
+              "xml:lang=\"en\"><!-- /1/1.fpage --></FixedPage>");
+}
+
+TEST_F(FilterRunTest, RecordsNewTicketsUnderTheNamesThatTheFilterGives) {
+    const RunOutcome outcome = Run(L"ticket");
+    EXPECT_EQ(outcome.breaches, Lines{});
+    ASSERT_EQ(Titles(outcome), allParts);
+    EXPECT_TRUE(outcome.parts[3].TicketReplaced());
+    EXPECT_EQ(outcome.parts[3].part->inputTicket->Name(), "/1/1_PT.xml");
+    EXPECT_EQ(outcome.parts[3].part->ticket->Name(), "/Tickets\\made_1.xml");
+    EXPECT_TRUE(outcome.parts[3].part->ticket->IsNew());
+    EXPECT_TRUE(outcome.parts[4].TicketReplaced());
+    EXPECT_EQ(outcome.parts[4].part->inputTicket, nullptr);
+    EXPECT_FALSE(outcome.parts[2].TicketReplaced());
+}
+
+TEST_F(FilterRunTest, ADroppedPageIsNoBreach) {
+    const RunOutcome outcome = Run(L"drop-first-page");
+    EXPECT_EQ(outcome.breaches, Lines{});
+    Lines expected = allParts;
+    expected.erase(expected.begin() + 3);
+    EXPECT_EQ(Titles(outcome), expected);
+    EXPECT_TRUE(outcome.IsWhole());
+}
+
+TEST_F(FilterRunTest, AnObjectOfTheFiltersOwnIsTakenAndReleased) {
+    const RunOutcome outcome = Run(L"own-part");
+    EXPECT_EQ(outcome.breaches, Lines{});
+    Lines expected = allParts;
+    expected.insert(expected.begin() + 1, "Unknown");
+    EXPECT_EQ(Titles(outcome), expected);
+}
+
+struct Misbehaviour {
+    const wchar_t* mode;
+    HRESULT result;
+    Lines breaches;
+};
+
+void PrintTo(const Misbehaviour& misbehaviour, std::ostream* out) { *out << Narrow(misbehaviour.mode); }
+
+class FilterRunBreachTest : public FilterRunTest, public testing::WithParamInterface<Misbehaviour> {};
+
+TEST_P(FilterRunBreachTest, IsFound) {
+    const Misbehaviour& expected = GetParam();
+    const RunOutcome outcome = Run(expected.mode);
+    EXPECT_EQ(outcome.result, expected.result);
+    EXPECT_EQ(outcome.breaches, expected.breaches);
+    EXPECT_FALSE(outcome.hung);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OneRuleEach, FilterRunBreachTest,
+    testing::Values(
+        Misbehaviour{L"no-close", S_OK, {"CloseSender was never called"}},
+        Misbehaviour{L"close-twice", S_OK, {"CloseSender was called twice"}},
+        Misbehaviour{L"close-without-parts",
+                     S_OK,
+                     {"the filter succeeded without having sent the FixedDocumentSequence"}},
+        Misbehaviour{L"new-part-after-close", S_OK, {"GetNewEmptyPart of /late.xml came after CloseSender"}},
+        Misbehaviour{
+            L"send-after-close",
+            CallOutOfOrder,
+            {"SendFixedPage of FixedPage /1/1.fpage came after CloseSender", "CloseSender was called twice"}},
+        Misbehaviour{L"send-page-twice", CallOutOfOrder, {"FixedPage /1/1.fpage was sent twice"}},
+        Misbehaviour{
+            L"send-sequence-twice", CallOutOfOrder, {"FixedDocumentSequence /seq.fdseq was sent twice"}},
+        Misbehaviour{L"no-document",
+                     CallOutOfOrder,
+                     {"FixedDocumentSequence /seq.fdseq was sent before the XpsDocument"}},
+        Misbehaviour{L"no-sequence",
+                     CallOutOfOrder,
+                     {"FixedDocument /1/1.fdoc was sent before the FixedDocumentSequence"}},
+        Misbehaviour{
+            L"no-fixed-document", CallOutOfOrder, {"FixedPage /1/1.fpage was sent before any FixedDocument"}},
+        Misbehaviour{L"page-as-unknown", E_INVALIDARG, {"SendXpsUnknown was given FixedPage /1/1.fpage"}},
+        Misbehaviour{L"null-page", E_POINTER, {"SendFixedPage was called with a null pointer"}},
+        Misbehaviour{L"new-sequence",
+                     E_NOINTERFACE,
+                     {"GetNewEmptyPart of /new.fdseq asks for an interface that it cannot make"}},
+        Misbehaviour{
+            L"delete-unknown",
+            E_ELEMENT_NOT_FOUND,
+            {"DeleteResource of FixedPage /1/1.fpage names /nowhere.png, which the page does not have"}},
+        Misbehaviour{
+            L"ticket-unclosed",
+            CallOutOfOrder,
+            {"SetPrintTicket of FixedPage /1/1.fpage was given PrintTicket /Tickets\\made_1.xml while its "
+             "write stream is open",
+             "the write stream of /Tickets\\made_1.xml was released without Close"}},
+        Misbehaviour{L"rewrite-unclosed",
+                     CallOutOfOrder,
+                     {"the write stream of /1/1.fpage was released without Close",
+                      "FixedPage /1/1.fpage was sent while its write stream is open"}},
+        Misbehaviour{L"write-after-send",
+                     S_OK,
+                     {"GetWriteStream changes FixedPage /1/1.fpage, which was already sent",
+                      "GetWriteStream changes FixedPage /1/2.fpage, which was already sent",
+                      "GetWriteStream changes FixedPage /2/1.fpage, which was already sent"}},
+        Misbehaviour{
+            L"error-info",
+            E_INVALIDARG,
+            {"RequestShutdown was called with an error info object", "CloseSender was never called"}},
+        Misbehaviour{L"impersonate", S_OK, {"StartOperation left its thread impersonating"}},
+        Misbehaviour{L"enter-apartment", S_OK, {"StartOperation left its thread in another COM apartment"}},
+        Misbehaviour{L"close-token", S_OK, {"the filter closed the handle of UserSecurityToken"}}),
+    [](const auto& test) {
+        std::string name;
+        for (const wchar_t* letter = test.param.mode; *letter != 0; ++letter) {
+            if (*letter != L'-') name += static_cast<char>(*letter);
+        }
+        return name;
+    });
+
+TEST_F(FilterRunTest, ALeakedPageIsFound) {
+    ExpectLeaked(1);
+    EXPECT_EQ(Run(L"leak-page").breaches, Lines{"never released: FixedPage /1/1.fpage, 1 reference"});
+}
+
+TEST_F(FilterRunTest, AFilterThatKeepsItselfAliveIsFoundWithAllThatItHolds) {
+    ExpectLeaked(6);
+    EXPECT_EQ(
+        Run(L"leak-self").breaches,
+        (Lines{"the filter is still referenced 1 times beside the host's own reference",
+               "never released: DocumentProvider, 1 reference",
+               "never released: DocumentConsumer, 1 reference",
+               "never released: PipelineControl, 1 reference", "never released: PropertyBag, 1 reference",
+               "never released: DriverPropertyBag, 1 reference", "never released: Communicator, 1 reference",
+               "DllCanUnloadNow answers 0x00000001 S_FALSE after the last release"}));
+}
+
+TEST_F(FilterRunTest, AFailureIsReportedWithItsCode) {
+    const RunOutcome outcome = Run(L"fail");
+    EXPECT_EQ(outcome.result, E_ABORT);
+    EXPECT_EQ(outcome.shutdownCodes, std::vector<HRESULT>{E_ABORT});
+    EXPECT_EQ(outcome.lastPart, "FixedPage /1/1.fpage");
+    EXPECT_EQ(outcome.breaches, Lines{});
+    EXPECT_FALSE(outcome.IsWhole());
+}
+
+TEST_F(FilterRunTest, AFailureOfInitializeFilterEndsTheRun) {
+    const RunOutcome outcome = Run(L"fail-initialize");
+    EXPECT_EQ(outcome.initialized, E_ABORT);
+    EXPECT_EQ(outcome.result, E_ABORT);
+    EXPECT_EQ(Titles(outcome), Lines{});
+    EXPECT_EQ(outcome.breaches, Lines{});
+}
+
+TEST_F(FilterRunTest, AMissingClassIsAFilterError) {
+    const auto module = std::make_shared<FilterModule>(TestFilterPath(), __uuidof(IPrintPipelineFilter));
+    FilterRun run(module, SampleJob(), {});
+    EXPECT_THROW(static_cast<void>(run.Run()), FilterError);
+}
+
+TEST_F(FilterRunTest, ShortReadsAndShortWritesAndALateEndFlagCarryTheSameBytes) {
+    RunOptions options;
+    options.switches.maxBytesPerRead = 1;
+    options.switches.maxBytesPerWrite = 3;
+    options.switches.endFlag = EndFlag::AfterLastData;
+    const RunOutcome outcome = Run(L"rewrite", std::move(options));
+    EXPECT_EQ(outcome.breaches, Lines{});
+    ASSERT_EQ(Titles(outcome), allParts);
+    EXPECT_EQ(*outcome.parts[3].part->Read(), *Run(L"rewrite").parts[3].part->Read());
+}
+
+TEST_F(FilterRunTest, EveryPlannedFaultComesOutAsItsCode) {
+    const std::size_t before = LiveObjectCount();
+    unsigned failed = 0;
+    for (unsigned nth = 1;; ++nth) {
+        RunOptions options;
+        options.switches.faults.push_back({"", "", nth, E_OUTOFMEMORY, false});
+        const RunOutcome outcome = Run(L"rewrite", std::move(options));
+        if (!outcome.allFaultsStruck) break;
+        ++failed;
+        // The filter reads its mode with two calls whose failure it takes for "no mode".
+        EXPECT_TRUE(outcome.result == E_OUTOFMEMORY || (outcome.result == S_OK && nth <= 2)) << nth;
+        for (const std::string& breach : outcome.breaches) {
+            EXPECT_TRUE(breach.ends_with("was released without Close") ||
+                        breach == "CloseSender was never called")
+                << nth << ": " << breach;
+        }
+        EXPECT_EQ(LiveObjectCount(), before) << nth;
+    }
+    EXPECT_GT(failed, 30U);
+}
+
+TEST_F(FilterRunTest, UnreadableInputIsToldApartFromAFailureOfTheFilter) {
+    const auto job = SampleJob();
+    job->documents[0].pages[1].markup.read = []() -> Bytes { throw std::runtime_error("damaged"); };
+    RunOptions options;
+    options.properties.driverValues = DriverValues{{L"TestFilterMode", L"rewrite"}};
+    const RunOutcome outcome = FilterRun(Module(), job, std::move(options)).Run();
+    EXPECT_EQ(outcome.result, HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
+    EXPECT_EQ(outcome.inputFailures, Lines{"/1/2.fpage: damaged"});
+    EXPECT_FALSE(outcome.IsWhole());
+}
+
+TEST_F(FilterRunTest, KeepsTheCallsWhenAsked) {
+    RunOptions options;
+    options.switches.keepCalls = true;
+    const RunOutcome outcome = Run(L"fail", std::move(options));
+    EXPECT_EQ(
+        outcome.calls,
+        (Lines{"IPrintPipelinePropertyBag::GetProperty DriverPropertyBag",
+               "IPrinterPropertyBag::GetString TestFilterMode", "IInterFilterCommunicator::RequestReader",
+               "IInterFilterCommunicator::RequestWriter", "IXpsDocumentProvider::GetXpsPart",
+               "IXpsDocumentConsumer::SendXpsDocument", "IXpsDocumentProvider::GetXpsPart",
+               "IXpsDocumentConsumer::SendFixedDocumentSequence /seq.fdseq",
+               "IXpsDocumentProvider::GetXpsPart", "IXpsDocumentConsumer::SendFixedDocument /1/1.fdoc",
+               "IXpsDocumentProvider::GetXpsPart", "IPrintPipelineManagerControl::RequestShutdown 0x80004004",
+               "IXpsDocumentConsumer::CloseSender"}));
+}
+
+TEST_F(FilterRunTest, CancellingAtEachPartEndsTheRun) {
+    const std::size_t before = LiveObjectCount();
+    for (unsigned part = 1; part <= allParts.size() + 1; ++part) {
+        const RunOutcome outcome = Run(L"close-on-shutdown", CancelAt(part));
+        EXPECT_EQ(outcome.result, cancelled) << part;
+        EXPECT_TRUE(outcome.cancelled) << part;
+        EXPECT_EQ(outcome.shutdownOperation, S_OK) << part;
+        EXPECT_EQ(outcome.finishedCount, 1U) << part;
+        EXPECT_EQ(outcome.breaches, Lines{}) << part;
+        EXPECT_EQ(Titles(outcome), Lines(allParts.begin(), allParts.begin() + part - 1)) << part;
+        EXPECT_FALSE(outcome.IsWhole()) << part;
+        EXPECT_EQ(LiveObjectCount(), before) << part;
+    }
+}
+
+TEST_F(FilterRunTest, CancellingAlongsideTheFilterEndsTheRun) {
+    for (unsigned part = 1; part <= allParts.size() + 1; ++part) {
+        RunOptions options = CancelAt(part);
+        options.cancelConcurrently = true;
+        const RunOutcome outcome = Run(L"", std::move(options));
+        EXPECT_FALSE(outcome.hung) << part;
+        EXPECT_TRUE(outcome.result == cancelled || outcome.result == S_OK) << part;
+        EXPECT_EQ(outcome.breaches, Lines{}) << part;
+    }
+}
+
+TEST_F(FilterRunTest, CancellingCanEndThePartsWithoutAFailure) {
+    RunOptions options = CancelAt(3);
+    options.switches.afterCancel = AfterCancel::EndOfParts;
+    const RunOutcome outcome = Run(L"", std::move(options));
+    EXPECT_EQ(outcome.result, S_OK);
+    EXPECT_EQ(Titles(outcome).size(), 2U);
+    EXPECT_FALSE(outcome.IsWhole());
+    EXPECT_EQ(outcome.breaches, Lines{});
+}
+
+TEST_F(FilterRunTest, CancellingCanKeepThePartsComingAndFailTheSending) {
+    RunOptions options = CancelAt(3);
+    options.switches.afterCancel = AfterCancel::KeepGiving;
+    const RunOutcome outcome = Run(L"fail-silently", std::move(options));
+    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_EQ(Titles(outcome).size(), 2U);
+}
+
+TEST_F(FilterRunTest, AFilterThatWaitsForShutdownIsEndedByIt) {
+    const RunOutcome outcome = Run(L"hang-until-shutdown", CancelAt(1));
+    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_FALSE(outcome.hung);
+}
+
+TEST_F(FilterRunTest, ATimeoutCancels) {
+    RunOptions options;
+    options.timeout = std::chrono::milliseconds(50);
+    const RunOutcome outcome = Run(L"hang-until-shutdown", std::move(options));
+    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_TRUE(outcome.cancelled);
+}
+
+TEST_F(FilterRunTest, AnotherThreadMayCancel) {
+    RunOptions options;
+    options.properties.driverValues = DriverValues{{L"TestFilterMode", L"hang-until-shutdown"}};
+    FilterRun run(Module(), SampleJob(), std::move(options));
+    std::thread user([&] { run.Cancel(); });
+    const RunOutcome outcome = run.Run();
+    user.join();
+    EXPECT_EQ(outcome.result, cancelled);
+}
+
+TEST_F(FilterRunTest, ASlowPartIsCutShortByACancellation) {
+    RunOptions options = CancelAt(1);
+    options.switches.slowPart = std::chrono::seconds(120);
+    const auto start = std::chrono::steady_clock::now();
+    const RunOutcome outcome = Run(L"", std::move(options));
+    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+}
+
+TEST_F(FilterRunTest, ThePropertiesAreThoseThatWereAskedFor) {
+    RunOptions options;
+    options.switches.faults.push_back({"GetString", "TestFilterMode", 1, E_FAIL, false});
+    options.properties.driverValues = std::nullopt;
+    const RunOutcome outcome = Run(L"", std::move(options));
+    EXPECT_EQ(outcome.result, S_OK);
+    EXPECT_FALSE(outcome.allFaultsStruck);
+}
+
+TEST_F(FilterRunTest, APipelineThreadInASingleThreadedApartmentIsSetUpAndTakenDownThere) {
+    std::atomic<int> alive = 0;
+    APTTYPE type = APTTYPE_NA;
+    RunOptions options;
+    options.apartment = Apartment::SingleThreaded;
+    options.onPipelineThread = [&]() -> std::shared_ptr<void> {
+        APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
+        EXPECT_EQ(CoGetApartmentType(&type, &qualifier), S_OK);
+        ++alive;
+        return {nullptr, [&](void*) { --alive; }};
+    };
+    const RunOutcome outcome = Run(L"", std::move(options));
+    EXPECT_EQ(outcome.breaches, Lines{});
+    EXPECT_TRUE(type == APTTYPE_STA || type == APTTYPE_MAINSTA) << type;
+    EXPECT_EQ(alive, 0);
+}
+
+TEST_F(FilterRunTest, TellsWhichPartsAreAskedFor) {
+    std::vector<unsigned> numbers;
+    RunOptions options;
+    options.onPart = [&](unsigned number) { numbers.push_back(number); };
+    static_cast<void>(Run(L"", std::move(options)));
+    EXPECT_EQ(numbers, (std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}));
+}
+
+}  // namespace
+}  // namespace devkit::pipeline

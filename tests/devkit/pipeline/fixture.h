@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "devkit/pipeline/jobinput.h"
+#include "devkit/pipeline/runcontext.h"
+#include "platform/comptr.h"
+#include "platform/filterpipeline.h"
+
+namespace devkit::pipeline {
+
+// A part of a document that exists in memory only.
+[[nodiscard]] InputPart InMemory(std::string name, std::string contentType, std::string bytes);
+
+// Two documents of two pages and one: tickets of the job, of the first document and of the first page; the
+// first page has a font, an image, a colour profile, a dictionary and a part of an unknown kind.
+[[nodiscard]] std::shared_ptr<JobInput> SampleJob();
+
+[[nodiscard]] std::string ReadAll(IPrintReadStream* pStream);
+[[nodiscard]] std::wstring UriOf(IPartBase* pPart);
+
+// Makes a context with its switches, and sees that the test releases all of the kit's objects.
+class PipelineTest : public testing::Test {
+  protected:
+    void TearDown() override { EXPECT_EQ(LiveObjectCount(), m_liveBefore + m_leaked); }
+    // The test leaks so many objects on purpose.
+    void ExpectLeaked(std::size_t count) { m_leaked = count; }
+
+    // The context of the test's objects; later switches make a new one.
+    [[nodiscard]] const ContextPtr& Context();
+    void Use(Switches switches) { m_context = std::make_shared<RunContext>(std::move(switches)); }
+    [[nodiscard]] std::vector<std::string> Breaches() { return Context()->Breaches().Lines(); }
+    // A switch that fails the nth call of the method.
+    static Switches Failing(std::string method, HRESULT code, std::string argument = {}, unsigned nth = 1);
+
+  private:
+    const std::size_t m_liveBefore = LiveObjectCount();
+    std::size_t m_leaked = 0;
+    ContextPtr m_context;
+};
+
+using Lines = std::vector<std::string>;
+
+}  // namespace devkit::pipeline

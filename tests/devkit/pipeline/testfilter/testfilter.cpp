@@ -1,0 +1,264 @@
+#include "testfilter.h"
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/bstr.h"
+#include "platform/printerpropertybag.h"
+#include "platform/variant.h"
+
+namespace testfilter {
+namespace {
+
+using platform::Bstr;
+using platform::ComPtr;
+
+// An object of the filter's own that goes down the pipeline as a part of an unknown kind.
+class OwnPart final : public IUnknown {
+  public:
+    OwnPart() noexcept { ++liveObjects; }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
+        *ppObject = IsEqualIID(iid, __uuidof(IUnknown)) ? this : nullptr;
+        if (*ppObject == nullptr) return E_NOINTERFACE;
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --m_references;
+        if (left == 0) delete this;
+        return left;
+    }
+
+  private:
+    ~OwnPart() { --liveObjects; }
+    std::atomic<ULONG> m_references = 1;
+};
+
+HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
+    text.clear();
+    for (BOOL end = FALSE; !end;) {
+        char block[4096];
+        ULONG count = 0;
+        if (const HRESULT hr = pStream->ReadBytes(block, sizeof(block), &count, &end); FAILED(hr)) return hr;
+        text.append(block, count);
+    }
+    return S_OK;
+}
+
+HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text) {
+    for (std::size_t done = 0; done < text.size();) {
+        ULONG count = 0;
+        const ULONG left = static_cast<ULONG>(text.size() - done);
+        if (const HRESULT hr = pStream->WriteBytes(text.data() + done, left, &count); FAILED(hr)) return hr;
+        if (count == 0) return E_FAIL;
+        done += count;
+    }
+    return S_OK;
+}
+
+void ReplaceFirst(std::string& text, const std::string& what, const std::string& with) {
+    if (const std::size_t place = text.find(what); place != std::string::npos)
+        text.replace(place, what.size(), with);
+}
+
+}  // namespace
+
+std::atomic<long> liveObjects = 0;
+
+HRESULT TestFilter::QueryInterface(REFIID iid, void** ppObject) {
+    if (ppObject == nullptr) return E_POINTER;
+    const bool known = IsEqualIID(iid, __uuidof(IUnknown)) || IsEqualIID(iid, __uuidof(IPrintPipelineFilter));
+    *ppObject = known ? this : nullptr;
+    if (!known) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+}
+
+ULONG TestFilter::AddRef() { return ++m_references; }
+
+ULONG TestFilter::Release() {
+    const ULONG left = --m_references;
+    if (left == 0) delete this;
+    return left;
+}
+
+HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
+                                     IPrintPipelinePropertyBag* pIPropertyBag,
+                                     IPrintPipelineManagerControl* pIPipelineControl) {
+    m_communicator = ComPtr<IInterFilterCommunicator>(pICommunicator);
+    m_bag = ComPtr<IPrintPipelinePropertyBag>(pIPropertyBag);
+    m_control = ComPtr<IPrintPipelineManagerControl>(pIPipelineControl);
+    m_mode = ReadMode();
+    return Is("fail-initialize") ? E_ABORT : S_OK;
+}
+
+std::string TestFilter::ReadMode() {
+    platform::Variant value;
+    ComPtr<IPrinterPropertyBag> driver;
+    Bstr text;
+    if (SUCCEEDED(m_bag->GetProperty(L"DriverPropertyBag", value.Put())) && value.Unknown() != nullptr &&
+        SUCCEEDED(value.Unknown()->QueryInterface(__uuidof(IPrinterPropertyBag), driver.PutVoid())) &&
+        SUCCEEDED(driver->GetString(Bstr(L"TestFilterMode").Get(), text.Put()))) {
+        const std::wstring_view wide = text.View();
+        return {wide.begin(), wide.end()};
+    }
+    const char* mode = std::getenv("TESTFILTER_MODE");
+    return mode == nullptr ? "" : mode;
+}
+
+HRESULT TestFilter::ShutdownOperation() {
+    if (!Is("hang")) m_stop = true;
+    if (Is("close-on-shutdown") && m_writer) static_cast<void>(m_writer->CloseSender());
+    while (Is("hang-in-shutdown")) Sleep(50);
+    return m_control->FilterFinished();
+}
+
+HRESULT TestFilter::StartOperation() {
+    if (Is("enter-apartment")) static_cast<void>(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
+    if (HRESULT hr = m_communicator->RequestReader(reinterpret_cast<void**>(m_reader.Put())); FAILED(hr))
+        return hr;
+    if (HRESULT hr = m_communicator->RequestWriter(reinterpret_cast<void**>(m_writer.Put())); FAILED(hr))
+        return hr;
+    if (Is("leak-self")) AddRef();
+    if (Is("impersonate") || Is("close-token")) {
+        if (HRESULT hr = UseToken(Is("close-token")); FAILED(hr)) return hr;
+    }
+    if (Is("close-without-parts")) return m_writer->CloseSender();
+    return Finish(PassParts());
+}
+
+HRESULT TestFilter::UseToken(bool close) {
+    platform::Variant token;
+    if (const HRESULT hr = m_bag->GetProperty(L"UserSecurityToken", token.Put()); FAILED(hr)) return hr;
+    const BOOL done = close ? CloseHandle(token.Handle()) : SetThreadToken(nullptr, token.Handle());
+    return done ? S_OK : HRESULT_FROM_WIN32(GetLastError());
+}
+
+HRESULT TestFilter::Finish(HRESULT hr) {
+    if (FAILED(hr) && !Is("fail-silently")) {
+        const HRESULT told = m_control->RequestShutdown(
+            hr, Is("error-info") ? reinterpret_cast<IImgErrorInfo*>(m_control.Get()) : nullptr);
+        if (FAILED(told)) return told;
+    }
+    if (Is("no-close")) return hr;
+    const HRESULT closed = m_writer->CloseSender();
+    if (Is("close-twice")) static_cast<void>(m_writer->CloseSender());
+    if (Is("new-part-after-close")) {
+        ComPtr<IPartPrintTicket> ticket;
+        ComPtr<IPrintWriteStream> stream;
+        static_cast<void>(m_writer->GetNewEmptyPart(L"/late.xml", __uuidof(IPartPrintTicket),
+                                                    ticket.PutVoid(), stream.Put()));
+    }
+    return FAILED(hr) ? hr : closed;
+}
+
+HRESULT TestFilter::PassParts() {
+    for (;;) {
+        ComPtr<IUnknown> part;
+        if (const HRESULT hr = m_reader->GetXpsPart(part.Put()); FAILED(hr)) return hr;
+        if (!part) return S_OK;
+        while (Is("hang") || (Is("hang-until-shutdown") && !m_stop)) Sleep(1);
+        if (m_stop) return HRESULT_FROM_WIN32(ERROR_CANCELLED);
+        if (const HRESULT hr = PassPart(part.Get()); FAILED(hr)) return hr;
+    }
+}
+
+HRESULT TestFilter::PassPart(IUnknown* pPart) {
+    const ComPtr<IUnknown> part(pPart);
+    ComPtr<IXpsDocument> document;
+    ComPtr<IFixedDocumentSequence> sequence;
+    ComPtr<IFixedDocument> fixedDocument;
+    ComPtr<IFixedPage> page;
+    if (SUCCEEDED(part.QueryTo(document))) {
+        if (Is("no-document")) return S_OK;
+        const HRESULT hr = m_writer->SendXpsDocument(document.Get());
+        if (FAILED(hr) || !Is("own-part")) return hr;
+        return m_writer->SendXpsUnknown(ComPtr<IUnknown>::Adopt(new OwnPart).Get());
+    }
+    if (SUCCEEDED(part.QueryTo(sequence))) return PassSequence(sequence.Get());
+    if (SUCCEEDED(part.QueryTo(fixedDocument))) {
+        return Is("no-fixed-document") ? S_OK : m_writer->SendFixedDocument(fixedDocument.Get());
+    }
+    if (SUCCEEDED(part.QueryTo(page))) return PassPage(page.Get());
+    return m_writer->SendXpsUnknown(pPart);
+}
+
+HRESULT TestFilter::PassSequence(IFixedDocumentSequence* pSequence) {
+    if (Is("no-sequence")) return S_OK;
+    const HRESULT hr = m_writer->SendFixedDocumentSequence(pSequence);
+    return FAILED(hr) || !Is("send-sequence-twice") ? hr : m_writer->SendFixedDocumentSequence(pSequence);
+}
+
+HRESULT TestFilter::PassPage(IFixedPage* pPage) {
+    ++m_pages;
+    if (Is("fail") || Is("fail-silently") || Is("error-info")) return E_ABORT;
+    if (Is("crash")) *static_cast<volatile int*>(nullptr) = 1;
+    if (Is("leak-page") && m_pages == 1) pPage->AddRef();
+    if (Is("drop-first-page") && m_pages == 1) return S_OK;
+    if (Is("rewrite") || Is("break-markup") || Is("rewrite-unclosed")) {
+        if (const HRESULT hr = RewriteMarkup(pPage); FAILED(hr)) return hr;
+    }
+    if (Is("ticket") || Is("ticket-unclosed")) {
+        if (const HRESULT hr = WriteTicket(pPage); FAILED(hr)) return hr;
+    }
+    if (const HRESULT hr = MisuseResources(pPage); FAILED(hr)) return hr;
+    if (Is("page-as-unknown")) return m_writer->SendXpsUnknown(pPage);
+    if (Is("send-after-close")) static_cast<void>(m_writer->CloseSender());
+    const HRESULT hr = m_writer->SendFixedPage(pPage);
+    if (Is("write-after-send")) {
+        ComPtr<IPrintWriteStream> stream;
+        static_cast<void>(pPage->GetWriteStream(stream.Put()));
+    }
+    return FAILED(hr) || !Is("send-page-twice") ? hr : m_writer->SendFixedPage(pPage);
+}
+
+HRESULT TestFilter::MisuseResources(IFixedPage* pPage) {
+    if (Is("delete-unknown")) return pPage->DeleteResource(L"/nowhere.png");
+    if (Is("null-page")) return m_writer->SendFixedPage(nullptr);
+    if (Is("new-sequence")) {
+        ComPtr<IFixedDocumentSequence> sequence;
+        ComPtr<IPrintWriteStream> stream;
+        return m_writer->GetNewEmptyPart(L"/new.fdseq", __uuidof(IFixedDocumentSequence), sequence.PutVoid(),
+                                         stream.Put());
+    }
+    return S_OK;
+}
+
+HRESULT TestFilter::WriteTicket(IFixedPage* pPage) {
+    const std::wstring name = L"/Tickets\\made_" + std::to_wstring(m_pages) + L".xml";
+    ComPtr<IPartPrintTicket> ticket;
+    ComPtr<IPrintWriteStream> stream;
+    HRESULT hr =
+        m_writer->GetNewEmptyPart(name.c_str(), __uuidof(IPartPrintTicket), ticket.PutVoid(), stream.Put());
+    if (SUCCEEDED(hr)) {
+        hr = WriteAll(stream.Get(),
+                      "<psf:PrintTicket xmlns:psf=\"http://schemas.microsoft.com/windows/2003/08/printing/"
+                      "printschemaframework\" version=\"1\"/>");
+    }
+    if (FAILED(hr)) return hr;
+    if (!Is("ticket-unclosed")) stream->Close();
+    return pPage->SetPrintTicket(ticket.Get());
+}
+
+HRESULT TestFilter::RewriteMarkup(IFixedPage* pPage) {
+    ComPtr<IPrintReadStream> reader;
+    ComPtr<IPrintWriteStream> writer;
+    std::string markup;
+    HRESULT hr = pPage->GetStream(reader.Put());
+    if (SUCCEEDED(hr)) hr = pPage->GetWriteStream(writer.Put());
+    if (SUCCEEDED(hr)) hr = ReadAll(reader.Get(), markup);
+    if (FAILED(hr)) return hr;
+    if (Is("break-markup")) {
+        markup.resize(markup.size() / 2);
+    } else {
+        ReplaceFirst(markup, "Width=\"816\"", "Width=\"1056\"");
+        ReplaceFirst(markup, "Height=\"1056\"", "Height=\"816\"");
+    }
+    hr = WriteAll(writer.Get(), markup);
+    if (!Is("rewrite-unclosed")) writer->Close();
+    return hr;
+}
+
+}  // namespace testfilter

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <atomic>
+#include <string>
+
+#include "platform/comptr.h"
+#include "platform/filterpipeline.h"
+
+namespace testfilter {
+
+// {C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}
+inline constexpr CLSID ClassId = {
+    0xc1d7f0a2, 0x35d4, 0x4e0b, {0x9c, 0x53, 0x6b, 0x1c, 0x5a, 0x7e, 0x9d, 0x10}};
+// The same filter, given out by DllGetClassObject without a factory.
+// {C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D11}
+inline constexpr CLSID DirectClassId = {
+    0xc1d7f0a2, 0x35d4, 0x4e0b, {0x9c, 0x53, 0x6b, 0x1c, 0x5a, 0x7e, 0x9d, 0x11}};
+
+// The objects of the module that are alive.
+extern std::atomic<long> liveObjects;
+
+// A filter that passes every part on as it came, and misbehaves in the one way that the string
+// "TestFilterMode" of the driver property bag names, or else the environment variable TESTFILTER_MODE.
+class TestFilter final : public IPrintPipelineFilter {
+  public:
+    TestFilter() noexcept { ++liveObjects; }
+    TestFilter(const TestFilter&) = delete;
+    TestFilter& operator=(const TestFilter&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
+    HRESULT STDMETHODCALLTYPE InitializeFilter(IInterFilterCommunicator* pICommunicator,
+                                               IPrintPipelinePropertyBag* pIPropertyBag,
+                                               IPrintPipelineManagerControl* pIPipelineControl) override;
+    HRESULT STDMETHODCALLTYPE ShutdownOperation() override;
+    HRESULT STDMETHODCALLTYPE StartOperation() override;
+
+  private:
+    ~TestFilter() { --liveObjects; }
+
+    [[nodiscard]] bool Is(const char* mode) const { return m_mode == mode; }
+    [[nodiscard]] std::string ReadMode();
+    HRESULT PassParts();
+    HRESULT PassPart(IUnknown* pPart);
+    HRESULT PassSequence(IFixedDocumentSequence* pSequence);
+    HRESULT PassPage(IFixedPage* pPage);
+    HRESULT MisuseResources(IFixedPage* pPage);
+    HRESULT WriteTicket(IFixedPage* pPage);
+    HRESULT RewriteMarkup(IFixedPage* pPage);
+    HRESULT UseToken(bool close);
+    HRESULT Finish(HRESULT hr);
+
+    std::atomic<ULONG> m_references = 1;
+    std::atomic<bool> m_stop = false;
+    std::string m_mode;
+    unsigned m_pages = 0;
+    platform::ComPtr<IInterFilterCommunicator> m_communicator;
+    platform::ComPtr<IPrintPipelinePropertyBag> m_bag;
+    platform::ComPtr<IPrintPipelineManagerControl> m_control;
+    platform::ComPtr<IXpsDocumentProvider> m_reader;
+    platform::ComPtr<IXpsDocumentConsumer> m_writer;
+};
+
+}  // namespace testfilter
