@@ -1,0 +1,137 @@
+#include "base/xps/printschema/inputbindata.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "base/logging/exceptions.h"
+#include "domtext.h"
+#include "handlertest.h"
+#include "ticketmarkup.h"
+#include "tickettext.h"
+
+namespace {
+
+using namespace base::xps::printschema;
+using base::exception::NotSupportedException;
+using base::xml::LoadDomFromString;
+using tests::Dom;
+using tests::DomText;
+using tests::Feature;
+using tests::HandlerTest;
+using tests::Named;
+using tests::ScoredProperty;
+using tests::Ticket;
+using tests::Value;
+
+class InputBinDataTest : public HandlerTest {};
+
+// A ticket whose job bin is Tray1 with the given content in its option.
+std::wstring Tray1(std::wstring_view content) {
+    return Ticket(Feature(L"psk:JobInputBin", L"psk:Tray1", content));
+}
+
+std::wstring FeedDirection(std::wstring_view content) {
+    return ScoredProperty(L"psk:FeedDirection", content);
+}
+
+// The feed direction after reading the ticket into an object that holds the unlikely id 7.
+std::int32_t DirectionAfterRead(std::wstring_view ticket) {
+    InputBinData data;
+    data.SetFeedDirection(7);
+    data.Read(LoadDomFromString(ticket).Get());
+    return data.GetFeedDirection();
+}
+
+TEST_P(InputBinDataTest, IsTheJobsBinChosenByThePrinterFedShortEdgeFirstByDefault) {
+    const InputBinData data;
+    EXPECT_EQ(data.GetFeatureId(), 0);
+    EXPECT_EQ(data.GetOptionId(), 0);
+    EXPECT_EQ(data.GetFeedDirection(), InputBinData::ShortEdgeFirst);
+    EXPECT_TRUE(data.HasFeedDirection());
+    EXPECT_EQ(&data.GetFeatureNames(), &InputBinFeatureNames::Instance());
+    EXPECT_EQ(&data.GetOptionNames(), &InputBinOptionNames::Instance());
+}
+
+TEST_P(InputBinDataTest, AFreshObjectWrittenAtJobScopeYieldsAutoSelectFedShortEdgeFirst) {
+    const Dom pTicket = LoadDomFromString(Ticket(L""));
+    InputBinData().Write(pTicket.Get(), Scope::Job);
+    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:JobInputBin", L"psk:AutoSelect",
+                                                     FeedDirection(Value(L"QName", L"psk:ShortEdgeFirst")))));
+}
+
+TEST_P(InputBinDataTest, AnUnknownFeedDirectionIsNotWritten) {
+    const Dom pTicket = LoadDomFromString(Ticket(L""));
+    InputBinData data;
+    data.SetFeedDirection(InputBinData::FeedDirectionUnknown);
+    EXPECT_FALSE(data.HasFeedDirection());
+    data.Write(pTicket.Get(), Scope::Page);
+    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:PageInputBin", L"psk:AutoSelect")));
+}
+
+TEST_P(InputBinDataTest, ATicketWithoutFeedDirectionReadsWithoutErrorAndKeepsThePrevious) {
+    InputBinData data;
+    data.SetFeedDirection(InputBinData::LongEdgeFirst);
+    data.Read(LoadDomFromString(Tray1(L"")).Get());
+    EXPECT_EQ(data.GetOptionId(), 5);
+    EXPECT_EQ(data.GetFeedDirection(), InputBinData::LongEdgeFirst);
+}
+
+TEST_P(InputBinDataTest, WritingAtAnUnsupportedScopeFailsBeforeAnythingIsWritten) {
+    const std::wstring before = Tray1(L"");
+    const Dom pTicket = LoadDomFromString(before);
+    EXPECT_THROW(InputBinData().Write(pTicket.Get(), Scope::None), NotSupportedException);
+    EXPECT_EQ(DomText(pTicket.Get()), before);
+}
+
+TEST_P(InputBinDataTest, AFeedDirectionIsReadWithAnyPrefixAsABareWordAndWithWhiteSpace) {
+    for (const std::wstring_view text :
+         {L"psk:LongEdgeFirst", L"k:LongEdgeFirst", L"LongEdgeFirst", L"\n  psk:LongEdgeFirst\t"})
+        EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(Value(L"QName", text)))), 0) << std::wstring(text);
+    EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(Value(L"string", L"ShortEdgeFirst")))), 1);
+    EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(L"<psf:Value>psk:ShortEdgeFirst</psf:Value>"))), 1);
+}
+
+TEST_P(InputBinDataTest, AFeedDirectionMayBeAParameter) {
+    EXPECT_EQ(
+        DirectionAfterRead(Ticket(
+            Feature(L"psk:JobInputBin", L"psk:Tray1",
+                    FeedDirection(tests::ParameterRef(L"psk:JobInputBinFeedDirection"))) +
+            Named(L"ParameterInit", L"psk:JobInputBinFeedDirection", Value(L"string", L"LongEdgeFirst")))),
+        0);
+}
+
+TEST_P(InputBinDataTest, AFeedDirectionThatTheListDoesNotKnowLeavesTheSetting) {
+    for (const std::wstring_view text : {L"psk:FaceUp", L"longedgefirst", L"psk:", L"", L"0"})
+        EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(Value(L"QName", text)))), 7) << std::wstring(text);
+    EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(L""))), 7);
+}
+
+TEST_P(InputBinDataTest, AFeedDirectionOfAnotherFeatureOrKindIsNotTaken) {
+    const std::wstring longEdge = Value(L"QName", L"psk:LongEdgeFirst");
+    EXPECT_EQ(DirectionAfterRead(Ticket(Feature(L"psk:PageMediaSize", L"psk:ISOA4", FeedDirection(longEdge)) +
+                                        Feature(L"psk:JobInputBin", L"psk:Tray1"))),
+              7);
+    EXPECT_EQ(DirectionAfterRead(Tray1(Named(L"Property", L"psk:FeedDirection", longEdge))), 7);
+    EXPECT_EQ(DirectionAfterRead(Tray1(ScoredProperty(L"krk:FeedDirection", longEdge))), 7);
+}
+
+TEST_P(InputBinDataTest, TheFeedDirectionIsThatOfTheFeatureThatIsRead) {
+    const auto bin = [](std::wstring_view feature, std::wstring_view direction) {
+        return Feature(feature, L"psk:Tray1", FeedDirection(Value(L"QName", direction)));
+    };
+    EXPECT_EQ(DirectionAfterRead(Ticket(bin(L"psk:PageInputBin", L"psk:ShortEdgeFirst") +
+                                        bin(L"psk:JobInputBin", L"psk:LongEdgeFirst"))),
+              0);
+}
+
+TEST_P(InputBinDataTest, AnUnknownBinKeepsTheFeedDirectionToo) {
+    EXPECT_EQ(DirectionAfterRead(Ticket(Feature(L"psk:JobInputBin", L"psk:Tray9",
+                                                FeedDirection(Value(L"QName", L"psk:LongEdgeFirst"))))),
+              7);
+}
+
+TEST_ON_EACH_DOM(InputBinDataTest);
+
+}  // namespace

@@ -1,0 +1,331 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/xps/printschema/printschemahandler.h"
+#include "handlertest.h"
+#include "tickettext.h"
+
+namespace {
+
+using namespace base::xps::printschema;
+using base::xml::LoadDomFromString;
+using platform::Bstr;
+using platform::ComPtr;
+using tests::Dom;
+using tests::HandlerTest;
+using tests::Node;
+using tests::Ticket;
+
+constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr HRESULT NoInteger = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+constexpr SchemaNamespace Keywords = SchemaNamespace::Keywords;
+constexpr SchemaNamespace Private = SchemaNamespace::Private;
+
+const Qname JobInputBin = {Keywords, L"JobInputBin"};
+const Qname FeedDirection = {Keywords, L"FeedDirection"};
+
+class SchemaReadingTest : public HandlerTest {
+  protected:
+    const PrintTicketHandler& Open(std::wstring_view body, std::wstring_view declarations = {}) {
+        m_pTicket = LoadDomFromString(Ticket(body, declarations));
+        m_handler.emplace(m_pTicket.Get());
+        return *m_handler;
+    }
+    IXMLDOMDocument2* Document() { return m_pTicket.Get(); }
+
+  private:
+    Dom m_pTicket;
+    std::optional<PrintTicketHandler> m_handler;
+};
+
+// What an operation with one text as its result answers: the text, or its code.
+template <typename Operation>
+std::wstring TextOf(Operation&& operation) {
+    Bstr text;
+    const HRESULT hr = operation(text.Put());
+    if (hr == S_OK) return std::wstring(text.View());
+    EXPECT_EQ(text.Get(), nullptr);
+    wchar_t code[11] = {};
+    swprintf(code, 11, L"0x%08lX", static_cast<unsigned long>(hr));
+    return code;
+}
+
+std::wstring ValueOf(const PrintSchemaHandler& handler, std::wstring_view query) {
+    return TextOf([&](BSTR* pText) { return handler.GetValue(query, pText); });
+}
+
+std::wstring OptionOf(const PrintSchemaHandler& handler, const Qname& feature = JobInputBin,
+                      SchemaNamespace optionSpace = Keywords) {
+    return TextOf([&](BSTR* pText) { return handler.GetOptionName(feature, optionSpace, pText); });
+}
+
+TEST_P(SchemaReadingTest, QueriesNameElementsWithTheDocumentsPrefixes) {
+    const PrintTicketHandler& handler = Open(L"");
+    const Qname bound = {Private, L"MinWidth"};
+    EXPECT_EQ(handler.FeatureQuery(JobInputBin), L"//psf:Feature[@name = \"psk:JobInputBin\"]");
+    EXPECT_EQ(handler.OptionQuery(JobInputBin), L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option");
+    EXPECT_EQ(handler.PropertyQuery(bound), L"//psf:Property[@name = \"krk:MinWidth\"]");
+    EXPECT_EQ(handler.ScoredPropertyQuery(FeedDirection),
+              L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]");
+    EXPECT_EQ(handler.OptionPropertyQuery(JobInputBin, bound),
+              L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option"
+              L"//psf:Property[@name = \"krk:MinWidth\"]");
+    EXPECT_EQ(handler.OptionScoredPropertyQuery(JobInputBin, FeedDirection),
+              L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option"
+              L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]");
+}
+
+TEST_P(SchemaReadingTest, SelectSingleNodeTakesTheFirstMatchInDocumentOrder) {
+    const PrintTicketHandler& handler = Open(L"<psf:Feature name=\"a\"/><psf:Feature name=\"b\"/>");
+    Node pNode;
+    ASSERT_EQ(handler.SelectSingleNode(L"//psf:Feature", pNode.Put()), S_OK);
+    EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.GetAttribute(pNode.Get(), L"name", pText); }), L"a");
+}
+
+TEST_P(SchemaReadingTest, SelectSingleNodeTellsWhyThereIsNoNode) {
+    const PrintTicketHandler& handler = Open(L"");
+    Node pNode;
+    EXPECT_EQ(handler.SelectSingleNode(L"//psf:Feature", nullptr), E_POINTER);
+    EXPECT_EQ(handler.SelectSingleNode(L"", pNode.Put()), E_INVALIDARG);
+    EXPECT_EQ(handler.SelectSingleNode(L"//psf:Feature", pNode.Put()), S_FALSE);
+    EXPECT_FALSE(pNode);
+    EXPECT_TRUE(FAILED(handler.SelectSingleNode(L"//undeclared:Feature", pNode.Put())));
+    EXPECT_FALSE(pNode);
+    EXPECT_TRUE(FAILED(handler.SelectSingleNode(L"//[", pNode.Put())));
+    EXPECT_FALSE(pNode);
+}
+
+TEST_P(SchemaReadingTest, SelectNodesFindsEveryElementOfTheName) {
+    const PrintTicketHandler& handler =
+        Open(L"<psf:Feature name=\"a\"><psf:Feature name=\"b\"/></psf:Feature><other:Feature/>",
+             L" xmlns:other=\"urn:other\"");
+    ComPtr<IXMLDOMNodeList> pList;
+    long length = -1;
+    ASSERT_EQ(handler.SelectNodes(L"Feature", pList.Put()), S_OK);
+    EXPECT_EQ(pList->get_length(&length), S_OK);
+    EXPECT_EQ(length, 2);
+    ASSERT_EQ(handler.SelectNodes(L"Absent", pList.Put()), S_OK);
+    EXPECT_EQ(pList->get_length(&length), S_OK);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(handler.SelectNodes(L"", pList.Put()), E_FAIL);
+    EXPECT_FALSE(pList);
+    EXPECT_EQ(handler.SelectNodes(L"Feature", nullptr), E_POINTER);
+}
+
+TEST_P(SchemaReadingTest, GetAttributeTellsAnEmptyOneFromNone) {
+    const PrintTicketHandler& handler = Open(L"<psf:Feature name=\"\"/>text");
+    Node pFeature;
+    ASSERT_EQ(handler.SelectSingleNode(L"//psf:Feature", pFeature.Put()), S_OK);
+    const auto attribute = [&](IXMLDOMNode* pNode, const wchar_t* name) {
+        return TextOf([&](BSTR* pText) { return handler.GetAttribute(pNode, name, pText); });
+    };
+    EXPECT_EQ(attribute(pFeature.Get(), L"name"), L"");
+    EXPECT_EQ(attribute(pFeature.Get(), L"type"), L"0x00000001");
+    Node pText;
+    ASSERT_EQ(handler.SelectSingleNode(L"//text()", pText.Put()), S_OK);
+    EXPECT_EQ(attribute(pText.Get(), L"name"), L"0x00000001");
+    EXPECT_EQ(attribute(nullptr, L"name"), L"0x80004003");
+    EXPECT_EQ(handler.GetAttribute(pFeature.Get(), L"name", nullptr), E_POINTER);
+}
+
+TEST_P(SchemaReadingTest, GetValueReadsALiteralValue) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:Property name=\"psk:P\"><psf:Value>first</psf:Value><psf:Value>second</psf:Value>"
+        L"</psf:Property><psf:Property name=\"psk:Empty\"><psf:Value/></psf:Property>");
+    EXPECT_EQ(ValueOf(handler, handler.PropertyQuery({Keywords, L"P"})), L"first");
+    EXPECT_EQ(ValueOf(handler, handler.PropertyQuery({Keywords, L"Empty"})), L"");
+}
+
+TEST_P(SchemaReadingTest, GetValueFollowsAParameterReference) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:ParameterInit/><psf:ParameterInit name=\"psk:B\"><psf:Value>b</psf:Value>"
+        L"</psf:ParameterInit><psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
+        L"</psf:ScoredProperty><psf:ParameterInit name=\"psk:A\"><psf:Value>first</psf:Value>"
+        L"</psf:ParameterInit><psf:ParameterInit name=\"psk:A\"><psf:Value>second</psf:Value>"
+        L"</psf:ParameterInit>");
+    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"first");
+}
+
+TEST_P(SchemaReadingTest, ALiteralValueWinsOverAParameterReference) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
+        L"<psf:Value>literal</psf:Value></psf:ScoredProperty>"
+        L"<psf:ParameterInit name=\"psk:A\"><psf:Value>a</psf:Value></psf:ParameterInit>");
+    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"literal");
+}
+
+TEST_P(SchemaReadingTest, AParameterIsOfTheReferencesExactName) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/></psf:ScoredProperty>"
+        L"<psf:ParameterInit name=\"k:A\"><psf:Value>other prefix</psf:Value></psf:ParameterInit>"
+        L"<psf:ParameterInit name=\"psk:a\"><psf:Value>other case</psf:Value></psf:ParameterInit>",
+        L" xmlns:k=\"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords\"");
+    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"0x00000001");
+}
+
+TEST_P(SchemaReadingTest, AParametersNameMayHoldQuotes) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name='psk:\"] | //*[\"'/>"
+        L"</psf:ScoredProperty>"
+        L"<psf:ParameterInit name=\"psk:other\"><psf:Value>other</psf:Value></psf:ParameterInit>"
+        L"<psf:ParameterInit name='psk:\"] | //*[\"'><psf:Value>own</psf:Value></psf:ParameterInit>");
+    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"own");
+}
+
+TEST_P(SchemaReadingTest, GetValueTellsWhatIsMissing) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:Property name=\"psk:Bare\"/>"
+        L"<psf:Property name=\"psk:Nameless\"><psf:ParameterRef/></psf:Property>"
+        L"<psf:Property name=\"psk:Dangling\"><psf:ParameterRef name=\"psk:None\"/></psf:Property>"
+        L"<psf:Property name=\"psk:Valueless\"><psf:ParameterRef name=\"psk:Init\"/></psf:Property>"
+        L"<psf:Property "
+        L"name=\"psk:Deep\"><psf:Property><psf:Value>1</psf:Value></psf:Property></psf:Property>"
+        L"<psf:ParameterInit name=\"psk:Init\"/>");
+    for (const wchar_t* name : {L"Absent", L"Bare", L"Nameless", L"Dangling", L"Valueless", L"Deep"}) {
+        const std::wstring query = handler.PropertyQuery({Keywords, name});
+        EXPECT_EQ(ValueOf(handler, query), L"0x00000001") << name;
+        EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.ReadValue(query, pText); }), L"0x80070490")
+            << name;
+    }
+    EXPECT_EQ(ValueOf(handler, L""), L"0x80070057");
+    EXPECT_EQ(handler.GetValue(L"//psf:Value", nullptr), E_POINTER);
+    EXPECT_EQ(handler.ReadValue(L"//psf:Value", nullptr), E_POINTER);
+    Bstr text;
+    EXPECT_TRUE(FAILED(handler.GetValue(L"//undeclared:Value", text.Put())));
+}
+
+TEST_P(SchemaReadingTest, ReadIntegerTakesANumberWithWhiteSpaceRoundIt) {
+    const PrintTicketHandler& handler =
+        Open(L"<psf:Property name=\"psk:P\"><psf:Value>\n  -210000\t</psf:Value></psf:Property>");
+    std::int32_t value = 0;
+    EXPECT_EQ(handler.ReadInteger(handler.PropertyQuery({Keywords, L"P"}), &value), S_OK);
+    EXPECT_EQ(value, -210000);
+}
+
+TEST_P(SchemaReadingTest, AnythingThatIsNo32BitIntegerIsAFailingReadAndNever0) {
+    for (const wchar_t* text : {L"", L"  ", L"12px", L"1.5", L"2147483648", L"psk:None", L"0x10"}) {
+        const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"><psf:Value>" +
+                                                 std::wstring(text) + L"</psf:Value></psf:Property>");
+        std::int32_t value = 7;
+        EXPECT_EQ(handler.ReadInteger(handler.PropertyQuery({Keywords, L"P"}), &value), NoInteger) << text;
+        EXPECT_EQ(value, 7) << text;
+    }
+}
+
+TEST_P(SchemaReadingTest, ReadIntegerTellsWhatIsMissing) {
+    const PrintTicketHandler& handler = Open(L"");
+    std::int32_t value = 7;
+    EXPECT_EQ(handler.ReadInteger(L"//psf:Property", &value), NotFound);
+    EXPECT_EQ(handler.ReadInteger(L"", &value), E_INVALIDARG);
+    EXPECT_EQ(handler.ReadInteger(L"//psf:Property", nullptr), E_POINTER);
+    EXPECT_EQ(value, 7);
+}
+
+TEST_P(SchemaReadingTest, ReadLocalNameTakesAnyPrefixAndABareWord) {
+    for (const wchar_t* text :
+         {L"psk:LongEdgeFirst", L"any:LongEdgeFirst", L"LongEdgeFirst", L"\n psk:LongEdgeFirst\t"}) {
+        const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"><psf:Value>" +
+                                                 std::wstring(text) + L"</psf:Value></psf:Property>");
+        const std::wstring query = handler.PropertyQuery({Keywords, L"P"});
+        EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.ReadLocalName(query, pText); }), L"LongEdgeFirst");
+    }
+    const PrintTicketHandler& handler = Open(L"");
+    EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.ReadLocalName(L"//psf:Property", pText); }),
+              L"0x80070490");
+    EXPECT_EQ(handler.ReadLocalName(L"//psf:Property", nullptr), E_POINTER);
+}
+
+TEST_P(SchemaReadingTest, APropertyIsReadInsideItsFeaturesOwnOption) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:ScoredProperty name=\"psk:Width\"><psf:Value>1</psf:Value></psf:ScoredProperty>"
+        L"<psf:Feature name=\"psk:Other\"><psf:Option><psf:ScoredProperty name=\"psk:Width\">"
+        L"<psf:Value>2</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"
+        L"<psf:Feature name=\"psk:Own\"><psf:ScoredProperty name=\"psk:Width\"><psf:Value>3</psf:Value>"
+        L"</psf:ScoredProperty><psf:Option><psf:ScoredProperty name=\"psk:Width\"><psf:Value>4</psf:Value>"
+        L"</psf:ScoredProperty></psf:Option></psf:Feature>");
+    std::int32_t value = 0;
+    const Qname width = {Keywords, L"Width"};
+    EXPECT_EQ(handler.ReadInteger(handler.OptionScoredPropertyQuery({Keywords, L"Own"}, width), &value),
+              S_OK);
+    EXPECT_EQ(value, 4);
+    EXPECT_EQ(handler.ReadInteger(handler.OptionPropertyQuery({Keywords, L"Own"}, width), &value), NotFound);
+    EXPECT_EQ(handler.ReadInteger(handler.OptionScoredPropertyQuery({Keywords, L"No"}, width), &value),
+              NotFound);
+}
+
+TEST_P(SchemaReadingTest, TheSelectedOptionIsTheFirstOptionsName) {
+    const PrintTicketHandler& handler = Open(
+        L"<psf:Feature name=\"psk:JobInputBin\"><psf:Feature name=\"psk:Sub\">"
+        L"<psf:Option name=\"psk:Nested\"/></psf:Feature><psf:Option name=\"psk:Tray1\"/>"
+        L"<psf:Option name=\"psk:Tray2\"/></psf:Feature>");
+    EXPECT_EQ(OptionOf(handler), L"Tray1");
+}
+
+constexpr wchar_t Option[] = L"<psf:Option name=\"psk:Tray1\"/>";
+constexpr wchar_t OptionName[] =
+    L"<psf:ScoredProperty name=\"psk:OptionName\"><psf:Value>psk:Tray2</psf:Value></psf:ScoredProperty>";
+
+std::wstring InputBin(std::wstring_view content) {
+    std::wstring text = L"<psf:Feature name=\"psk:JobInputBin\">";
+    return text.append(content).append(L"</psf:Feature>");
+}
+
+TEST_P(SchemaReadingTest, AnOptionGivenOnlyThroughOptionNameIsFoundWhenNoOptionPrecedesIt) {
+    EXPECT_EQ(OptionOf(Open(InputBin(OptionName))), L"Tray2");
+    EXPECT_EQ(OptionOf(Open(InputBin(std::wstring(OptionName) + Option))), L"Tray2");
+    EXPECT_EQ(OptionOf(Open(InputBin(std::wstring(Option) + OptionName))), L"Tray1");
+}
+
+TEST_P(SchemaReadingTest, TheOptionsNamespaceTellsThePrefixOfOptionNameAlone) {
+    const std::wstring content =
+        L"<psf:ScoredProperty name=\"krk:OptionName\"><psf:Value>krk:Tray2</psf:Value></psf:ScoredProperty>";
+    EXPECT_EQ(OptionOf(Open(InputBin(content)), JobInputBin, Private), L"Tray2");
+    EXPECT_EQ(OptionOf(Open(InputBin(content)), JobInputBin, Keywords), L"0x80070490");
+    EXPECT_EQ(OptionOf(Open(InputBin(Option)), JobInputBin, Private), L"psk:Tray1");
+}
+
+TEST_P(SchemaReadingTest, APrivateOptionIsFoundAmongTheKeywordsWithoutItsPrefix) {
+    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"krk:Own\"/>"))), L"Own");
+    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"ns0000:Own\"/>"))), L"Own");
+    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"oem:Own\"/>"))), L"oem:Own");
+}
+
+TEST_P(SchemaReadingTest, AnOptionWithoutANameIsReadAsItsText) {
+    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option><psf:ScoredProperty><psf:Value>psk:Tray3</psf:Value>"
+                                     L"</psf:ScoredProperty></psf:Option>"))),
+              L"Tray3");
+    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option/>"))), L"0x80070057");
+    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"\"/>"))), L"0x80070057");
+}
+
+TEST_P(SchemaReadingTest, AFeatureWithoutAnOptionIsNotFound) {
+    EXPECT_EQ(OptionOf(Open(L"")), L"0x80070490");
+    EXPECT_EQ(OptionOf(Open(InputBin(L""))), L"0x80070490");
+    EXPECT_EQ(OptionOf(Open(L"<psf:Feature name=\"k:JobInputBin\"><psf:Option name=\"k:Tray1\"/>"
+                            L"</psf:Feature>",
+                            L" xmlns:k=\"" + std::wstring(tests::KeywordsUri) + L"\"")),
+              L"0x80070490");
+}
+
+TEST_P(SchemaReadingTest, AnOptionsArgumentsAreChecked) {
+    const PrintTicketHandler& handler = Open(L"");
+    EXPECT_EQ(handler.GetOptionName(JobInputBin, Keywords, nullptr), E_POINTER);
+    EXPECT_EQ(OptionOf(handler, {Keywords, L""}), L"0x80070057");
+}
+
+TEST_P(SchemaReadingTest, AQuoteInThePrivatePrefixIsNoPartOfTheQuery) {
+    SetPrivatePrefix(L"x\"] | //psf:Option[\"1\" = \"1");
+    const Qname feature = {Private, L"JobPrintableMediaSize"};
+    EXPECT_EQ(OptionOf(Open(InputBin(Option)), feature, Private), L"0x80070490");
+    EXPECT_EQ(OptionOf(Open(L"<psf:Feature name='x\"] | //psf:Option[\"1\" = \"1:JobPrintableMediaSize'>"
+                            L"<psf:Option name=\"psk:Found\"/></psf:Feature>"),
+                       feature, Private),
+              L"psk:Found");
+}
+
+TEST_ON_EACH_DOM(SchemaReadingTest);
+
+}  // namespace
