@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "callrecorder.h"
+#include "platform/prntvpt.h"
+
+namespace tests {
+
+// Stands in for the platform's print ticket provider in this test program, which defines the provider's
+// functions itself instead of importing them. Calls are noted as "PTOpenProvider NAME VERSION",
+// "PTCloseProvider", "PTMergeAndValidatePrintTicket SCOPE BASE DELTA" and "PTGetPrintCapabilities TICKET",
+// with the tickets' text. What the platform demands is checked: handles that are open and of this thread, and
+// an error text that is null on entry.
+class FakePlatformProvider {
+  public:
+    explicit FakePlatformProvider(CallRecorder& calls);
+    FakePlatformProvider(const FakePlatformProvider&) = delete;
+    FakePlatformProvider& operator=(const FakePlatformProvider&) = delete;
+    ~FakePlatformProvider();
+
+    // The one that is alive; every call goes to it.
+    [[nodiscard]] static FakePlatformProvider& Current();
+
+    HRESULT Open(PCWSTR printer, DWORD version, HPTPROVIDER* pProvider);
+    HRESULT Close(HPTPROVIDER provider);
+    HRESULT Merge(HPTPROVIDER provider, IStream* pBase, IStream* pDelta, EPrintTicketScope scope,
+                  IStream* pResult, BSTR* pError);
+    HRESULT GetCapabilities(HPTPROVIDER provider, IStream* pTicket, IStream* pCapabilities, BSTR* pError);
+
+    // Makes a merge's result of the delta; the delta itself by default.
+    std::function<std::string(const std::string& delta)> m_merge;
+    HRESULT m_mergeResult = S_OK;
+    std::string m_capabilities;
+    // Handed out with every failure unless it is empty.
+    std::wstring m_errorText;
+
+    std::vector<std::string> m_breaches;
+    std::set<HPTPROVIDER> m_openHandles;
+    // The token of every call since the last one was forgotten, none for a call without one.
+    std::vector<std::optional<LUID>> m_tokens;
+
+  private:
+    [[nodiscard]] HRESULT Enter(const std::string& call, HPTPROVIDER provider);
+    [[nodiscard]] HRESULT Answer(HRESULT hr, BSTR* pError);
+
+    CallRecorder& m_calls;
+    DWORD m_thread = GetCurrentThreadId();
+    ULONG_PTR m_lastHandle = 0x1000;
+};
+
+}  // namespace tests

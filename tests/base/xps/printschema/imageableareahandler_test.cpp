@@ -1,0 +1,168 @@
+#include "base/xps/printschema/imageableareahandler.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/logging/exceptions.h"
+#include "base/xml/xmlutility.h"
+#include "base/xps/printschema/mediasizedata.h"
+#include "domtest.h"
+#include "domtext.h"
+#include "platform/comptr.h"
+#include "stubticketprovider.h"
+#include "tickettext.h"
+
+namespace {
+
+using base::exception::HresultError;
+using base::xml::LoadDomFromString;
+using base::xps::printschema::ImageableAreaHandler;
+using base::xps::printschema::ImageableAreaInfo;
+using base::xps::printschema::MediaSizeData;
+using base::xps::printschema::MediaSizeOption;
+using testing::ElementsAre;
+using tests::Capabilities;
+using tests::DomText;
+using tests::Ticket;
+
+constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+const MediaSizeOption A5 = {L"ISOA5", 12, {148000, 210000}};
+
+std::wstring Property(std::wstring_view name, std::wstring_view content) {
+    std::wstring text = L"<psf:Property name=\"psk:";
+    return text.append(name).append(L"\">").append(content).append(L"</psf:Property>");
+}
+
+std::wstring Number(std::wstring_view name, std::wstring_view value) {
+    std::wstring content = L"<psf:Value xsi:type=\"xsd:integer\">";
+    return Property(name, content.append(value).append(L"</psf:Value>"));
+}
+
+const std::vector<std::wstring> PageNumbers = {Number(L"ImageableSizeWidth", L"148001"),
+                                               Number(L"ImageableSizeHeight", L"210001")};
+const std::vector<std::wstring> AreaNumbers = {
+    Number(L"OriginWidth", L"4001"), Number(L"OriginHeight", L"5001"), Number(L"ExtentWidth", L"140001"),
+    Number(L"ExtentHeight", L"200001")};
+const std::wstring WholeArea = Property(
+    L"PageImageableSize",
+    PageNumbers[0] + PageNumbers[1] +
+        Property(L"ImageableArea", AreaNumbers[0] + AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]));
+const ImageableAreaInfo WholeAreaInfo = {{148001, 210001}, {4001, 5001}, {140001, 200001}};
+
+class ImageableAreaHandlerTest : public tests::DomTest {
+  protected:
+    ImageableAreaHandlerTest() { m_provider.m_tickets[kPTPageScope] = LoadDomFromString(PageTicket); }
+    void TearDown() override {
+        m_provider.m_tickets.clear();
+        m_provider.m_pCapabilities.Reset();
+        m_provider.m_pAskedTicket.Reset();
+        DomTest::TearDown();
+    }
+
+    HRESULT Find(std::wstring_view capabilities, ImageableAreaInfo& area) {
+        m_provider.m_pCapabilities = LoadDomFromString(Capabilities(capabilities));
+        return ImageableAreaHandler(m_provider).GetImageableArea(A5, area);
+    }
+    HRESULT ThrownByFind() {
+        ImageableAreaInfo area;
+        try {
+            static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea(A5, area));
+        } catch (const HresultError& error) {
+            return error.GetHresult();
+        }
+        return S_OK;
+    }
+
+    const std::wstring PageTicket = Ticket(L"<psf:Feature name=\"psk:PageOrientation\"/>");
+    tests::StubTicketProvider m_provider;
+};
+
+TEST_F(ImageableAreaHandlerTest, AllSixValuesAreRead) {
+    ImageableAreaInfo area;
+    EXPECT_EQ(Find(WholeArea, area), S_OK);
+    EXPECT_EQ(area, WholeAreaInfo);
+}
+
+TEST_F(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTicketThatSelectsTheMedium) {
+    ImageableAreaInfo area;
+    ASSERT_EQ(Find(WholeArea, area), S_OK);
+    EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope));
+    EXPECT_EQ(DomText(m_provider.m_tickets[kPTPageScope].Get()), PageTicket);
+    ASSERT_TRUE(m_provider.m_pAskedTicket);
+    EXPECT_NE(m_provider.m_pAskedTicket.Get(), m_provider.m_tickets[kPTPageScope].Get());
+    MediaSizeData selected;
+    selected.Read(m_provider.m_pAskedTicket.Get());
+    EXPECT_EQ(selected.ToRecord(), A5);
+    EXPECT_THAT(DomText(m_provider.m_pAskedTicket.Get()),
+                testing::HasSubstr(L"<psf:Feature name=\"psk:PageOrientation\"/><psf:Feature "
+                                   L"name=\"psk:PageMediaSize\">"));
+}
+
+TEST_F(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
+    ImageableAreaInfo area;
+    EXPECT_EQ(Find(L"", area), NotFound);
+    EXPECT_EQ(area, ImageableAreaInfo());
+    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0]), area), NotFound);
+    EXPECT_EQ(area, (ImageableAreaInfo{{148001, 0}, {0, 0}, {0, 0}}));
+    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0] + PageNumbers[1]), area), NotFound);
+    EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {0, 0}, {0, 0}}));
+    area = {};
+    const std::wstring withoutOriginHeight = AreaNumbers[0] + AreaNumbers[2] + AreaNumbers[3];
+    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] +
+                                                      Property(L"ImageableArea", withoutOriginHeight)),
+                   area),
+              NotFound);
+    EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {4001, 0}, {0, 0}}));
+}
+
+TEST_F(ImageableAreaHandlerTest, AValueThatIsNoIntegerIsAFailure) {
+    ImageableAreaInfo area;
+    EXPECT_EQ(Find(Property(L"PageImageableSize", Number(L"ImageableSizeWidth", L"wide")), area),
+              HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
+    EXPECT_EQ(area, ImageableAreaInfo());
+}
+
+TEST_F(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
+    const std::wstring elsewhere =
+        Number(L"ImageableSizeWidth", L"1") + Number(L"ImageableSizeHeight", L"2") +
+        Property(L"ImageableArea", Number(L"OriginWidth", L"3") + Number(L"OriginHeight", L"4")) +
+        Property(L"PageOther", Number(L"ExtentWidth", L"5") + Number(L"ExtentHeight", L"6"));
+    ImageableAreaInfo area;
+    EXPECT_EQ(Find(elsewhere + WholeArea, area), S_OK);
+    EXPECT_EQ(area, WholeAreaInfo);
+    EXPECT_EQ(Find(elsewhere, area), NotFound);
+    // Beside the area is not in it.
+    area = {};
+    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] + AreaNumbers[0] +
+                                                      AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]),
+                   area),
+              NotFound);
+    EXPECT_EQ(area.origin.width, 0);
+}
+
+TEST_F(ImageableAreaHandlerTest, APageTicketThatCannotBeHadThrowsItsCode) {
+    m_provider.m_tickets.clear();
+    EXPECT_EQ(ThrownByFind(), E_PENDING);
+}
+
+TEST_F(ImageableAreaHandlerTest, CapabilitiesThatCannotBeHadThrowTheirCode) {
+    EXPECT_EQ(ThrownByFind(), E_PENDING);
+    EXPECT_TRUE(m_provider.m_pAskedTicket);
+}
+
+TEST_F(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
+    m_provider.m_tickets[kPTPageScope] = base::xml::CreateDom();
+    EXPECT_EQ(ThrownByFind(), E_FAIL);
+    EXPECT_FALSE(m_provider.m_pAskedTicket);
+}
+
+TEST_F(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {
+    m_provider.m_pCapabilities = LoadDomFromString(Ticket(WholeArea));
+    EXPECT_EQ(ThrownByFind(), E_FAIL);
+}
+
+}  // namespace

@@ -1,0 +1,477 @@
+#include "base/xps/printschema/mediasizedata.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "base/logging/exceptions.h"
+#include "base/xml/xmlutility.h"
+#include "domtest.h"
+#include "domtext.h"
+#include "measurementsetting.h"
+#include "platform/comptr.h"
+#include "stubticketprovider.h"
+#include "tickettext.h"
+
+namespace {
+
+using base::exception::HresultError;
+using base::exception::InvalidOptionIdError;
+using base::exception::NotSupportedException;
+using base::xml::LoadDomFromString;
+using base::xps::printschema::MediaDimensions;
+using base::xps::printschema::MediaSizeData;
+using base::xps::printschema::MediaSizeOption;
+using base::xps::printschema::MediaSizeOptionNames;
+using base::xps::printschema::MediaSizeSchema;
+using base::xps::printschema::MediaSizeTable;
+using base::xps::printschema::PageMediaSizeFeatureNames;
+using base::xps::printschema::PrintableMediaRange;
+using base::xps::printschema::Scope;
+using platform::ComPtr;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::DomText;
+using tests::MeasurementSetting;
+using tests::Ticket;
+
+using Dom = ComPtr<IXMLDOMDocument2>;
+
+constexpr MediaDimensions A4 = {210000, 297000};
+constexpr MediaDimensions A4Rotated = {297000, 210000};
+constexpr MediaDimensions Letter = {215900, 279400};
+constexpr MediaDimensions Nothing = {0, 0};
+constexpr std::int32_t ISOA4Rotated = 10;
+constexpr std::int32_t NorthAmericaNote = 99;
+
+std::wstring Value(std::wstring_view type, std::wstring_view text) {
+    std::wstring value = L"<psf:Value xsi:type=\"xsd:";
+    return value.append(type).append(L"\">").append(text).append(L"</psf:Value>");
+}
+
+std::wstring ScoredProperty(std::wstring_view name, std::int32_t value) {
+    std::wstring text = L"<psf:ScoredProperty name=\"psk:";
+    return text.append(name)
+        .append(L"\">")
+        .append(Value(L"integer", std::to_wstring(value)))
+        .append(L"</psf:ScoredProperty>");
+}
+
+// The feature as the program writes it.
+std::wstring MediaSize(std::wstring_view option, const std::optional<MediaDimensions>& size = std::nullopt) {
+    std::wstring text = L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:";
+    text.append(option).append(L"\"");
+    if (!size) return text.append(L"/></psf:Feature>");
+    return text.append(L">")
+        .append(ScoredProperty(L"MediaSizeHeight", size->height))
+        .append(ScoredProperty(L"MediaSizeWidth", size->width))
+        .append(L"</psf:Option></psf:Feature>");
+}
+
+MediaSizeData WithOption(std::int32_t id) {
+    MediaSizeData data;
+    data.SetOptionId(id);
+    return data;
+}
+
+void ExpectState(const MediaSizeData& data, std::int32_t id, const MediaDimensions& size) {
+    EXPECT_EQ(data.OptionIdOrUnknown(), id);
+    EXPECT_EQ(data.GetSize(), size);
+    EXPECT_EQ(data.GetWidth(), size.width);
+    EXPECT_EQ(data.GetHeight(), size.height);
+}
+
+// Option, size and the consistency of the two.
+
+TEST(MediaSizeDataTest, StartsAsA4) {
+    const MediaSizeData data;
+    ExpectState(data, MediaSizeSchema::ISOA4, A4);
+    EXPECT_EQ(data.GetFeatureId(), 0);
+    EXPECT_EQ(data.GetFeatureName().localName, L"PageMediaSize");
+    EXPECT_EQ(data.GetOptionName().localName, L"ISOA4");
+}
+
+TEST(MediaSizeDataTest, IsMadeFromARecord) {
+    ExpectState(MediaSizeData({L"ISOA5", 12, {148000, 210000}}), 12, {148000, 210000});
+    ExpectState(MediaSizeData({L"CustomMediaSize", 0, {5, 6}}), 0, {5, 6});
+    ExpectState(MediaSizeData({L"PSCustomMediaSize", 1, {5, 6}}), 1, {5, 6});
+    ExpectState(MediaSizeData({L"OptionUnknown", -1, {-1, -1}}), 0, {-1, -1});
+    // The size wins over the option of a record that is not of the table.
+    ExpectState(MediaSizeData({L"ISOA5", 12, A4}), MediaSizeSchema::ISOA4, A4);
+}
+
+TEST(MediaSizeDataTest, SettingA4sSizeOnAnyObjectYieldsA4AndSwappedA4Rotated) {
+    for (const std::int32_t id : {-1, 0, 1, 9, 94, 143}) {
+        MediaSizeData data = WithOption(id);
+        data.SetSize(A4);
+        ExpectState(data, MediaSizeSchema::ISOA4, A4);
+        data.SetSize(A4Rotated);
+        ExpectState(data, ISOA4Rotated, A4Rotated);
+    }
+}
+
+TEST(MediaSizeDataTest, SettingNorthAmericaNoteStoresNorthAmericaLetter) {
+    ExpectState(WithOption(NorthAmericaNote), MediaSizeSchema::NorthAmericaLetter, Letter);
+}
+
+TEST(MediaSizeDataTest, SettingAnOptionStoresTheLowestIdOfItsSize) {
+    EXPECT_EQ(WithOption(26).GetOptionName().localName, L"ISOB4");
+    EXPECT_EQ(WithOption(128).GetOptionName().localName, L"PRC32K");
+    EXPECT_EQ(WithOption(120).GetOptionName().localName, L"ISOC3");
+    for (std::int32_t id = 2; id <= 171; ++id) {
+        const MediaDimensions size = MediaSizeTable::Instance().ById(id)->size;
+        ExpectState(WithOption(id), MediaSizeTable::Instance().BySize(size)->id, size);
+    }
+}
+
+TEST(MediaSizeDataTest, ASizeOfNoOptionMakesAStandardOrUnknownOptionCustomAndKeepsACustomOne) {
+    MediaSizeData standard;
+    standard.SetSize({100, 100});
+    ExpectState(standard, MediaSizeSchema::CustomMediaSize, {100, 100});
+    MediaSizeData unknown = WithOption(MediaSizeSchema::OptionUnknown);
+    unknown.SetSize({100, 100});
+    ExpectState(unknown, MediaSizeSchema::CustomMediaSize, {100, 100});
+    MediaSizeData postScript = WithOption(MediaSizeSchema::PSCustomMediaSize);
+    postScript.SetSize({100, 100});
+    ExpectState(postScript, MediaSizeSchema::PSCustomMediaSize, {100, 100});
+}
+
+TEST(MediaSizeDataTest, ASizeOfNoOptionMakesAnObjectWithoutAFeatureCustom) {
+    MediaSizeData data;
+    data.SetFeatureId(-1);
+    data.SetSize({100, 100});
+    data.SetFeatureId(0);
+    ExpectState(data, MediaSizeSchema::CustomMediaSize, {100, 100});
+}
+
+TEST(MediaSizeDataTest, TheSizeZeroKeepsTheOption) {
+    for (const std::int32_t id : {0, 1, 9}) {
+        MediaSizeData data = WithOption(id);
+        data.SetSize(Nothing);
+        ExpectState(data, id, Nothing);
+    }
+}
+
+TEST(MediaSizeDataTest, SettingOption172GivesACustomOptionOfTheUnknownSize) {
+    ExpectState(WithOption(172), MediaSizeSchema::CustomMediaSize, {-1, -1});
+}
+
+TEST(MediaSizeDataTest, SettingAnOptionThatIsNoStandardSizeLeavesTheSizeAlone) {
+    for (const std::int32_t id : {-1, 0, 1, 173}) {
+        MediaSizeData data = WithOption(id);
+        EXPECT_EQ(data.GetSize(), A4);
+        data.SetFeatureId(0);
+        EXPECT_EQ(data.OptionIdOrUnknown(), id);
+    }
+}
+
+TEST(MediaSizeDataTest, ASquareSheetIsPortrait) {
+    MediaSizeData data;
+    data.SetSize({100, 100});
+    EXPECT_TRUE(data.IsPortrait());
+    EXPECT_FALSE(data.IsLandscape());
+    data.SetSize({101, 100});
+    EXPECT_FALSE(data.IsPortrait());
+    EXPECT_TRUE(data.IsLandscape());
+    data.SetSize({-2, -1});
+    EXPECT_TRUE(data.IsPortrait());
+}
+
+TEST(MediaSizeDataTest, RotatingSwapsTheSizeAndTheOptionFollows) {
+    MediaSizeData data;
+    data.Rotate();
+    ExpectState(data, ISOA4Rotated, A4Rotated);
+    data.Rotate();
+    ExpectState(data, MediaSizeSchema::ISOA4, A4);
+    MediaSizeData executive = WithOption(89);  // has no rotated row
+    executive.Rotate();
+    ExpectState(executive, MediaSizeSchema::CustomMediaSize, {266700, 184150});
+}
+
+TEST(MediaSizeDataTest, IsSetFromARecordAlsoWithoutAFeature) {
+    MediaSizeData data;
+    data.SetFeatureId(-1);
+    data.SetFromRecord({L"PSCustomMediaSize", 1, {7, 8}});
+    EXPECT_EQ(data.GetFeatureId(), 0);
+    ExpectState(data, MediaSizeSchema::PSCustomMediaSize, {7, 8});
+}
+
+TEST(MediaSizeDataTest, AStandardOptionsRecordIsItsRow) {
+    EXPECT_EQ(MediaSizeData().ToRecord(), (MediaSizeOption{L"ISOA4", 9, A4}));
+    MediaSizeData without;
+    without.SetSize(Nothing);
+    EXPECT_EQ(without.ToRecord(), (MediaSizeOption{L"ISOA4", 9, A4}));
+}
+
+TEST(MediaSizeDataTest, ACustomOrUnknownOptionsRecordHasTheObjectsSize) {
+    MediaSizeData data = WithOption(MediaSizeSchema::PSCustomMediaSize);
+    data.SetSize({7, 8});
+    EXPECT_EQ(data.ToRecord(), (MediaSizeOption{L"PSCustomMediaSize", 1, {7, 8}}));
+    data.SetOptionId(MediaSizeSchema::CustomMediaSize);
+    EXPECT_EQ(data.ToRecord(), (MediaSizeOption{L"CustomMediaSize", 0, {7, 8}}));
+    data.SetOptionId(MediaSizeSchema::OptionUnknown);
+    EXPECT_EQ(data.ToRecord(), (MediaSizeOption{L"CustomMediaSize", 0, {7, 8}}));
+}
+
+// Names and scopes.
+
+TEST(MediaSizeDataTest, IsOneFeatureInEveryScope) {
+    const MediaSizeData data;
+    for (const Scope scope : {Scope::Job, Scope::Document, Scope::Page}) {
+        EXPECT_EQ(data.FeatureIndexOfScope(scope), 0u);
+        EXPECT_EQ(data.GetFeatureName(scope).localName, L"PageMediaSize");
+    }
+    EXPECT_EQ(&data.GetFeatureNames(), &PageMediaSizeFeatureNames::Instance());
+    EXPECT_EQ(&data.GetOptionNames(), &MediaSizeOptionNames::Instance());
+}
+
+TEST(MediaSizeDataTest, AnyOtherScopeIsNotSupported) {
+    for (const Scope scope : {Scope::None, static_cast<Scope>(4), static_cast<Scope>(-1)}) {
+        try {
+            static_cast<void>(MediaSizeData().FeatureIndexOfScope(scope));
+            FAIL();
+        } catch (const NotSupportedException& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr("this scope is not supported in this feature."));
+        }
+    }
+}
+
+TEST(MediaSizeDataTest, BelongsToThePageUnlessItsFeatureIsNotSet) {
+    MediaSizeData data;
+    EXPECT_EQ(data.GetScope(), Scope::Page);
+    data.SetFeatureId(1);
+    EXPECT_EQ(data.GetScope(), Scope::None);
+    data.SetFeatureId(-1);
+    EXPECT_EQ(data.GetScope(), Scope::None);
+}
+
+TEST(MediaSizeDataTest, IdsThatAreNotSetAreUnknown) {
+    MediaSizeData data;
+    EXPECT_EQ(data.FeatureIdOrUnknown(), 0);
+    data.SetFeatureId(-1);
+    EXPECT_EQ(data.FeatureIdOrUnknown(), -1);
+    EXPECT_EQ(data.OptionIdOrUnknown(), -1);
+    EXPECT_THROW(static_cast<void>(data.GetOptionId()), InvalidOptionIdError);
+}
+
+// Tickets.
+
+class MediaSizeDataTicketTest : public tests::DomTest {
+  protected:
+    static MediaSizeData ReadFrom(std::wstring_view body) {
+        MediaSizeData data = WithOption(12);
+        data.Read(LoadDomFromString(Ticket(body)).Get());
+        return data;
+    }
+    static std::wstring Written(const MediaSizeData& data, std::wstring_view body,
+                                Scope scope = Scope::Page) {
+        const Dom ticket = LoadDomFromString(Ticket(body));
+        data.Write(ticket.Get(), scope);
+        return DomText(ticket.Get());
+    }
+};
+
+TEST_F(MediaSizeDataTicketTest, A4WithoutASizeReadsAsItsOwnSize) {
+    ExpectState(ReadFrom(MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, A4);
+}
+
+TEST_F(MediaSizeDataTicketTest, ACustomSizeWithoutASizeFails) {
+    for (const wchar_t* option : {L"CustomMediaSize", L"PSCustomMediaSize"}) {
+        try {
+            ReadFrom(MediaSize(option));
+            FAIL();
+        } catch (const std::runtime_error& error) {
+            EXPECT_THAT(error.what(),
+                        testing::MatchesRegex("base/xps/printschema/mediasizedata\\.cpp\\(\\d+\\) : "
+                                              "Unexpected print ticket format\\. informations lack\\.\n"));
+        }
+    }
+}
+
+TEST_F(MediaSizeDataTicketTest, ASizeIsTakenAsItIsReadAndTheOptionStays) {
+    ExpectState(ReadFrom(MediaSize(L"CustomMediaSize", MediaDimensions{1, 2})), 0, {1, 2});
+    ExpectState(ReadFrom(MediaSize(L"CustomMediaSize", A4)), 0, A4);
+    ExpectState(ReadFrom(MediaSize(L"ISOA4", MediaDimensions{1, 2})), 9, {1, 2});
+}
+
+TEST_F(MediaSizeDataTicketTest, OneLengthAloneIsNoSize) {
+    const std::wstring height = ScoredProperty(L"MediaSizeHeight", 5);
+    const std::wstring width = ScoredProperty(L"MediaSizeWidth", 5);
+    for (const std::wstring& length : {height, width}) {
+        ExpectState(ReadFrom(L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">" +
+                             length + L"</psf:Option></psf:Feature>"),
+                    MediaSizeSchema::ISOA4, A4);
+    }
+}
+
+TEST_F(MediaSizeDataTicketTest, ALengthThatIsNoIntegerIsNoLength) {
+    for (const wchar_t* text : {L"12.5", L"", L"abc", L"2147483648", L"0x10"}) {
+        const std::wstring body =
+            L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">" +
+            ScoredProperty(L"MediaSizeHeight", 5) + L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\">" +
+            Value(L"integer", text) + L"</psf:ScoredProperty></psf:Option></psf:Feature>";
+        ExpectState(ReadFrom(body), MediaSizeSchema::ISOA4, A4);
+    }
+}
+
+TEST_F(MediaSizeDataTicketTest, ALengthMayBeAParameter) {
+    const std::wstring body = L"<psf:ParameterInit name=\"psk:PageMediaSizeMediaSizeWidth\">" +
+                              Value(L"integer", L"111") +
+                              L"</psf:ParameterInit><psf:Feature name=\"psk:PageMediaSize\"><psf:Option "
+                              L"name=\"psk:CustomMediaSize\">"
+                              L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\"><psf:ParameterRef "
+                              L"name=\"psk:PageMediaSizeMediaSizeWidth\"/></psf:ScoredProperty>" +
+                              ScoredProperty(L"MediaSizeHeight", 222) + L"</psf:Option></psf:Feature>";
+    ExpectState(ReadFrom(body), MediaSizeSchema::CustomMediaSize, {111, 222});
+}
+
+TEST_F(MediaSizeDataTicketTest, TheSizeOfAnotherFeatureIsNotReadForThisOne) {
+    const std::wstring other = L"<psf:Feature name=\"psk:JobOther\"><psf:Option name=\"psk:X\">" +
+                               ScoredProperty(L"MediaSizeHeight", 5) + ScoredProperty(L"MediaSizeWidth", 6) +
+                               L"</psf:Option></psf:Feature>";
+    ExpectState(ReadFrom(other + MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, A4);
+    ExpectState(ReadFrom(other + MediaSize(L"CustomMediaSize", MediaDimensions{7, 8})), 0, {7, 8});
+}
+
+TEST_F(MediaSizeDataTicketTest, ATicketWithoutTheFeatureOrWithAnUnknownOptionChangesNothing) {
+    ExpectState(ReadFrom(L""), 12, {148000, 210000});
+    ExpectState(ReadFrom(MediaSize(L"NoSuchSize", MediaDimensions{1, 2})), 12, {148000, 210000});
+}
+
+TEST_F(MediaSizeDataTicketTest, IsWrittenWithTheHeightBeforeTheWidth) {
+    EXPECT_EQ(Written(MediaSizeData(), L""), Ticket(MediaSize(L"ISOA4", A4)));
+}
+
+TEST_F(MediaSizeDataTicketTest, IsWrittenInThePlaceOfAnEarlierOneBehindEverythingElse) {
+    EXPECT_EQ(Written(MediaSizeData(),
+                      MediaSize(L"ISOA5", MediaDimensions{1, 2}) + L"<psf:Feature name=\"psk:A\"/>"),
+              Ticket(L"<psf:Feature name=\"psk:A\"/>" + MediaSize(L"ISOA4", A4)));
+}
+
+TEST_F(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
+    MediaSizeData data;
+    data.SetSize(Nothing);
+    const Dom ticket = LoadDomFromString(Ticket(L""));
+    try {
+        data.Write(ticket.Get());
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(),
+                    testing::MatchesRegex("base/xps/printschema/mediasizedata\\.cpp\\(\\d+\\) : "
+                                          "unexpected paper size was specified\\.\n"));
+    }
+}
+
+TEST_F(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) {
+    for (const Scope scope : {Scope::Job, Scope::Document, Scope::Page}) {
+        for (std::int32_t id = 0; id <= 171; ++id) {
+            MediaSizeData data = WithOption(id);
+            if (!MediaSizeTable::IsStandardSize(id)) data.SetSize({1000 + id, 2000 + id});
+            const Dom ticket = LoadDomFromString(Ticket(L""));
+            data.Write(ticket.Get(), scope);
+            data.Write(ticket.Get(), scope);
+            EXPECT_EQ(DomText(ticket.Get()),
+                      Ticket(MediaSize(data.GetOptionName().localName, data.GetSize())));
+            MediaSizeData readBack;
+            EXPECT_TRUE(readBack.IsSpecified(ticket.Get()));
+            readBack.Read(ticket.Get());
+            ExpectState(readBack, data.OptionIdOrUnknown(), data.GetSize());
+        }
+    }
+}
+
+// Selection.
+
+class MediaSizeSelectionTest : public tests::DomTest {
+  protected:
+    void Put(EPrintTicketScope scope, std::wstring_view option,
+             const std::optional<MediaDimensions>& size = std::nullopt) {
+        m_provider.m_tickets[scope] = LoadDomFromString(Ticket(MediaSize(option, size)));
+    }
+    MediaSizeOption Select(const MediaDimensions& minimum, const MediaDimensions& maximum, Scope start) {
+        return MediaSizeData::SelectPrintableMediaSize(m_provider, {minimum, maximum}, start);
+    }
+    void TearDown() override {
+        m_provider.m_tickets.clear();
+        DomTest::TearDown();
+    }
+
+    tests::StubTicketProvider m_provider;
+};
+
+TEST_F(MediaSizeSelectionTest, TheFirstTicketFromTheStartThatFitsIsTaken) {
+    Put(kPTPageScope, L"ISOA5");
+    Put(kPTDocumentScope, L"ISOA3");
+    Put(kPTJobScope, L"ISOA6");
+    const MediaDimensions most = {210000, 297000};
+    EXPECT_EQ(Select({1, 1}, most, Scope::Page).keyword, L"ISOA5");
+    EXPECT_EQ(Select({1, 1}, most, Scope::Document).keyword, L"ISOA6");
+    EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope, kPTDocumentScope, kPTJobScope));
+    m_provider.m_scopes.clear();
+    EXPECT_EQ(Select({1, 1}, most, Scope::Job).keyword, L"ISOA6");
+    EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTJobScope));
+}
+
+TEST_F(MediaSizeSelectionTest, TheLimitsAreInTheRange) {
+    Put(kPTJobScope, L"CustomMediaSize", MediaDimensions{100, 200});
+    const MediaSizeOption custom = {L"CustomMediaSize", 0, {100, 200}};
+    EXPECT_EQ(Select({100, 200}, {100, 200}, Scope::Job), custom);
+    EXPECT_NE(Select({101, 200}, {101, 200}, Scope::Job), custom);
+    EXPECT_NE(Select({100, 201}, {100, 201}, Scope::Job), custom);
+    EXPECT_NE(Select({99, 200}, {99, 200}, Scope::Job), custom);
+    EXPECT_NE(Select({100, 199}, {100, 199}, Scope::Job), custom);
+}
+
+TEST_F(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
+    Put(kPTJobScope, L"ISOA3");
+    const MediaDimensions most = {215900, 297000};
+    {
+        const MeasurementSetting metric(L"0");
+        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4}));
+    }
+    {
+        const MeasurementSetting us(L"1");
+        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"NorthAmericaLetter", 94, Letter}));
+    }
+    const MeasurementSetting unreadable(std::nullopt);
+    EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4}));
+}
+
+TEST_F(MediaSizeSelectionTest, ARangeThatNothingFitsGivesItsSmallestSheet) {
+    Put(kPTJobScope, L"ISOA4");
+    EXPECT_EQ(Select({500, 600}, {700, 800}, Scope::Job),
+              (MediaSizeOption{L"CustomMediaSize", 0, {500, 600}}));
+    EXPECT_EQ(Select({148000, 210000}, {150000, 220000}, Scope::Job),
+              (MediaSizeOption{L"ISOA5", 12, {148000, 210000}}));
+    EXPECT_EQ(Select({0, 0}, {10, 10}, Scope::Job), (MediaSizeOption{L"CustomMediaSize", 0, {0, 0}}));
+}
+
+TEST_F(MediaSizeSelectionTest, ATicketWithoutAMediaSizeCountsAsA4) {
+    m_provider.m_tickets[kPTJobScope] = LoadDomFromString(Ticket(L""));
+    const MeasurementSetting us(L"1");
+    EXPECT_EQ(Select({1, 1}, {220000, 297000}, Scope::Job).keyword, L"ISOA4");
+}
+
+TEST_F(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
+    try {
+        Select({1, 1}, {1, 1}, Scope::Job);
+        FAIL();
+    } catch (const HresultError& error) {
+        EXPECT_EQ(error.GetHresult(), E_PENDING);
+    }
+    Put(kPTJobScope, L"CustomMediaSize");
+    EXPECT_THROW(Select({1, 1}, {1, 1}, Scope::Job), std::runtime_error);
+}
+
+TEST_F(MediaSizeSelectionTest, NoScopeAtAllVisitsNone) {
+    const MeasurementSetting metric(L"0");
+    EXPECT_EQ(Select({1, 1}, A4, Scope::None).keyword, L"ISOA4");
+    EXPECT_THAT(m_provider.m_scopes, IsEmpty());
+}
+
+}  // namespace

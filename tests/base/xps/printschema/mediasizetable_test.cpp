@@ -1,0 +1,141 @@
+#include "base/xps/printschema/mediasizetable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using base::xps::printschema::MediaDimensions;
+using base::xps::printschema::MediaSizeOption;
+using base::xps::printschema::MediaSizeRow;
+using base::xps::printschema::MediaSizeSchema;
+using base::xps::printschema::MediaSizeTable;
+
+// FNV-1a, 64 bits, over the lines "ID KEYWORD WIDTHxHEIGHT\n" of all records by ascending id.
+std::uint64_t DigestOf(const MediaSizeTable& table) {
+    std::uint64_t digest = 0xcbf29ce484222325u;
+    for (const auto& [id, record] : table.Records()) {
+        std::string line = std::to_string(id) + ' ';
+        for (const wchar_t character : record->keyword) line += static_cast<char>(character);
+        line += ' ' + std::to_string(record->size.width) + 'x' + std::to_string(record->size.height) + '\n';
+        for (const char character : line) {
+            digest = (digest ^ static_cast<unsigned char>(character)) * 0x100000001b3u;
+        }
+    }
+    return digest;
+}
+
+// The ids that share the size of the given one, ascending.
+std::vector<std::int32_t> IdsOfSize(const MediaDimensions& size) {
+    std::vector<std::int32_t> ids;
+    for (const auto& [id, record] : MediaSizeTable::Instance().Records()) {
+        if (record->size == size) ids.push_back(id);
+    }
+    return ids;
+}
+
+TEST(MediaSizeTableTest, HasARowForEveryIdFromTheUnknownSizeOn) {
+    const auto& records = MediaSizeTable::Instance().Records();
+    ASSERT_EQ(records.size(), 173u);
+    std::int32_t expected = -1;
+    for (const auto& [id, record] : records) {
+        EXPECT_EQ(id, expected++);
+        EXPECT_EQ(record->id, id);
+    }
+}
+
+TEST(MediaSizeTableTest, HasTheListedKeywordsAndSizesRowByRow) {
+    EXPECT_EQ(DigestOf(MediaSizeTable::Instance()), 0x705ba62edaca1129u);
+}
+
+TEST(MediaSizeTableTest, NamesItsRowsByTheBareKeyword) {
+    const MediaSizeTable& table = MediaSizeTable::Instance();
+    EXPECT_EQ(*table.ById(MediaSizeSchema::OptionUnknown), (MediaSizeOption{L"OptionUnknown", -1, {-1, -1}}));
+    EXPECT_EQ(*table.ById(MediaSizeSchema::CustomMediaSize),
+              (MediaSizeOption{L"CustomMediaSize", 0, {0, 0}}));
+    EXPECT_EQ(*table.ById(MediaSizeSchema::PSCustomMediaSize),
+              (MediaSizeOption{L"PSCustomMediaSize", 1, {0, 0}}));
+    EXPECT_EQ(*table.ById(MediaSizeSchema::ISOA4), (MediaSizeOption{L"ISOA4", 9, {210000, 297000}}));
+    EXPECT_EQ(*table.ById(MediaSizeSchema::NorthAmericaLetter),
+              (MediaSizeOption{L"NorthAmericaLetter", 94, {215900, 279400}}));
+    EXPECT_EQ(*table.ById(98), (MediaSizeOption{L"NorthAmericaMonarchEnvelope", 98, {98425, 177800}}));
+    EXPECT_EQ(*table.ById(143), (MediaSizeOption{L"Roll04Inch", 143, {101600, 0}}));
+    EXPECT_EQ(*table.ById(171), (MediaSizeOption{L"CreditCard", 171, {54000, 86000}}));
+}
+
+TEST(MediaSizeTableTest, HasNoKeywordTwice) {
+    std::vector<std::wstring> keywords;
+    for (const auto& [id, record] : MediaSizeTable::Instance().Records()) keywords.push_back(record->keyword);
+    std::ranges::sort(keywords);
+    EXPECT_EQ(std::ranges::adjacent_find(keywords), keywords.end());
+}
+
+TEST(MediaSizeTableTest, AnIdThatIsNotThereYieldsTheUnknownSize) {
+    const MediaSizeTable& table = MediaSizeTable::Instance();
+    for (const std::int32_t id : {172, 173, -2, INT32_MAX, INT32_MIN}) {
+        EXPECT_EQ(table.ById(id)->id, MediaSizeSchema::OptionUnknown) << id;
+    }
+}
+
+TEST(MediaSizeTableTest, ASizeThatIsNotThereYieldsTheUnknownSize) {
+    const MediaSizeTable& table = MediaSizeTable::Instance();
+    for (const MediaDimensions& size :
+         {MediaDimensions{100, 100}, MediaDimensions{210000, 297001}, MediaDimensions{0, 297000}}) {
+        EXPECT_EQ(table.BySize(size)->id, MediaSizeSchema::OptionUnknown);
+    }
+    EXPECT_EQ(table.BySize({-1, -1})->id, MediaSizeSchema::OptionUnknown);
+}
+
+TEST(MediaSizeTableTest, ASharedSizeResolvesToTheLowestId) {
+    const std::vector<std::vector<std::int32_t>> shared = {
+        {0, 1},    {25, 26},  {36, 37, 120}, {38, 39, 141}, {40, 41}, {42, 43, 159},
+        {48, 133}, {49, 134}, {79, 111},     {90, 115},     {94, 99}, {126, 128}};
+    const MediaSizeTable& table = MediaSizeTable::Instance();
+    std::vector<std::int32_t> seen;
+    for (const std::vector<std::int32_t>& ids : shared) {
+        const MediaDimensions size = table.ById(ids.front())->size;
+        EXPECT_EQ(IdsOfSize(size), ids);
+        EXPECT_EQ(table.BySize(size)->id, ids.front());
+        seen.insert(seen.end(), ids.begin(), ids.end());
+    }
+    for (const auto& [id, record] : table.Records()) {
+        if (std::ranges::find(seen, id) != seen.end()) continue;
+        EXPECT_EQ(table.BySize(record->size)->id, id);
+    }
+}
+
+TEST(MediaSizeTableTest, IdsFrom2To172AreStandardSizes) {
+    EXPECT_FALSE(MediaSizeTable::IsStandardSize(MediaSizeSchema::OptionUnknown));
+    EXPECT_FALSE(MediaSizeTable::IsStandardSize(MediaSizeSchema::CustomMediaSize));
+    EXPECT_FALSE(MediaSizeTable::IsStandardSize(MediaSizeSchema::PSCustomMediaSize));
+    EXPECT_TRUE(MediaSizeTable::IsStandardSize(2));
+    EXPECT_TRUE(MediaSizeTable::IsStandardSize(171));
+    EXPECT_TRUE(MediaSizeTable::IsStandardSize(172));
+    EXPECT_FALSE(MediaSizeTable::IsStandardSize(173));
+}
+
+TEST(MediaSizeTableTest, LookupsShareTheirRecords) {
+    const MediaSizeTable& table = MediaSizeTable::Instance();
+    EXPECT_EQ(&table, &MediaSizeTable::Instance());
+    EXPECT_EQ(table.ById(9).get(), table.BySize({210000, 297000}).get());
+}
+
+TEST(MediaSizeTableTest, ARowWithoutThePrefixOfTheListIsRefused) {
+    const MediaSizeRow rows[] = {{-1, L"MediaSizeSchema::OptionUnknown", {-1, -1}}, {2, L"ISOA0", {1, 2}}};
+    try {
+        const MediaSizeTable table(rows);
+        FAIL();
+    } catch (const std::logic_error& error) {
+        EXPECT_THAT(error.what(),
+                    testing::MatchesRegex("base/xps/printschema/mediasizetable\\.cpp\\(\\d+\\) : "
+                                          "Encounterd unexpect state\\.\n"));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,236 @@
+#include "base/xps/printschema/printablemediasizedata.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "base/logging/exceptions.h"
+#include "base/xml/xmlutility.h"
+#include "base/xps/printschema/namespaces.h"
+#include "base/xps/printschema/privateprefix.h"
+#include "domtest.h"
+#include "domtext.h"
+#include "platform/comptr.h"
+#include "tickettext.h"
+
+namespace {
+
+using base::exception::NotSupportedException;
+using base::xml::LoadDomFromString;
+using base::xps::printschema::MediaDimensions;
+using base::xps::printschema::PrintableMediaRange;
+using base::xps::printschema::PrintableMediaSizeData;
+using base::xps::printschema::PrintableMediaSizeFeatureNames;
+using base::xps::printschema::PrintableMediaSizePropertyNames;
+using base::xps::printschema::Scope;
+using platform::ComPtr;
+using tests::DomText;
+
+using Dom = ComPtr<IXMLDOMDocument2>;
+
+std::wstring PrivateTicket(std::wstring_view body) {
+    std::wstring declaration = L" xmlns:krk=\"";
+    declaration.append(base::xps::printschema::kPrivateNamespace).append(L"\"");
+    return tests::Ticket(body, declaration);
+}
+
+std::wstring Property(std::wstring_view name, std::wstring_view value) {
+    std::wstring text = L"<psf:Property name=\"krk:";
+    return text.append(name)
+        .append(L"\"><psf:Value xsi:type=\"xsd:integer\">")
+        .append(value)
+        .append(L"</psf:Value></psf:Property>");
+}
+
+std::wstring PrintableMediaSize(std::wstring_view feature, std::wstring_view properties) {
+    std::wstring text = L"<psf:Feature name=\"krk:";
+    return text.append(feature)
+        .append(L"\"><psf:Option name=\"krk:PrintableMediaSize\">")
+        .append(properties)
+        .append(L"</psf:Option></psf:Feature>");
+}
+
+void ExpectRange(const PrintableMediaSizeData& data, const MediaDimensions& minimum,
+                 const MediaDimensions& maximum) {
+    EXPECT_EQ(data.GetRange().minimum, minimum);
+    EXPECT_EQ(data.GetRange().maximum, maximum);
+}
+
+TEST(PrintableMediaRangeTest, HoldsItsLimitsAndNothingBeyond) {
+    constexpr PrintableMediaRange range = {{10, 20}, {30, 40}};
+    for (const MediaDimensions& inside :
+         {MediaDimensions{10, 20}, MediaDimensions{30, 40}, MediaDimensions{20, 30}}) {
+        EXPECT_TRUE(range.Contains(inside));
+    }
+    for (const MediaDimensions& outside :
+         {MediaDimensions{9, 20}, MediaDimensions{10, 19}, MediaDimensions{31, 40}, MediaDimensions{30, 41},
+          MediaDimensions{-1, -1}}) {
+        EXPECT_FALSE(range.Contains(outside));
+    }
+}
+
+class PrintableMediaSizeDataTest : public tests::DomTest {
+  protected:
+    PrintableMediaSizeDataTest() { base::xps::printschema::SetPrivatePrefix(L"krk"); }
+    ~PrintableMediaSizeDataTest() override { base::xps::printschema::SetPrivatePrefix(L""); }
+
+    static PrintableMediaSizeData ReadFrom(std::wstring_view body) {
+        PrintableMediaSizeData data;
+        data.Read(LoadDomFromString(PrivateTicket(body)).Get());
+        return data;
+    }
+    static PrintableMediaSizeData ReadProperties(std::wstring_view properties) {
+        return ReadFrom(PrintableMediaSize(L"PagePrintableMediaSize", properties));
+    }
+};
+
+const std::wstring Minima = Property(L"MinWidth", L"76200") + Property(L"MinHeight", L"127000");
+const std::wstring Maxima = Property(L"MaxWidth", L"215900") + Property(L"MaxHeight", L"355600");
+
+TEST_F(PrintableMediaSizeDataTest, StartsAsTheJobsWithNothingPrintable) {
+    const PrintableMediaSizeData data;
+    EXPECT_EQ(data.GetFeatureId(), 0);
+    EXPECT_EQ(data.GetOptionId(), 0);
+    EXPECT_EQ(data.GetFeatureName().localName, L"JobPrintableMediaSize");
+    EXPECT_EQ(data.GetOptionName().localName, L"PrintableMediaSize");
+    ExpectRange(data, {0, 0}, {0, 0});
+}
+
+TEST_F(PrintableMediaSizeDataTest, HasANameForEachScope) {
+    PrintableMediaSizeData data;
+    EXPECT_EQ(data.FeatureIndexOfScope(Scope::Job), 0u);
+    EXPECT_EQ(data.FeatureIndexOfScope(Scope::Document), 1u);
+    EXPECT_EQ(data.FeatureIndexOfScope(Scope::Page), 2u);
+    const Scope scopes[] = {Scope::Job, Scope::Document, Scope::Page};
+    for (int id = 0; id < 3; ++id) {
+        data.SetFeatureId(id);
+        EXPECT_EQ(data.GetScope(), scopes[id]);
+    }
+    data.SetFeatureId(3);
+    EXPECT_EQ(data.GetScope(), Scope::None);
+    data.SetFeatureId(-1);
+    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(&data.GetFeatureNames(), &PrintableMediaSizeFeatureNames::Instance());
+    EXPECT_EQ(&data.GetOptionNames(), &PrintableMediaSizePropertyNames::Instance());
+}
+
+TEST_F(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
+    for (const Scope scope : {Scope::None, static_cast<Scope>(4)}) {
+        try {
+            static_cast<void>(PrintableMediaSizeData().FeatureIndexOfScope(scope));
+            FAIL();
+        } catch (const NotSupportedException& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr("this scope is not supported in this feature."));
+        }
+    }
+}
+
+TEST_F(PrintableMediaSizeDataTest, TheWholeRangeIsRead) {
+    const PrintableMediaSizeData data = ReadProperties(Minima + Maxima);
+    ExpectRange(data, {76200, 127000}, {215900, 355600});
+    EXPECT_EQ(data.GetFeatureId(), 2);
+    EXPECT_EQ(data.GetScope(), Scope::Page);
+}
+
+TEST_F(PrintableMediaSizeDataTest, MaximaAloneReadWithMinimaOfZero) {
+    ExpectRange(ReadProperties(Maxima), {0, 0}, {215900, 355600});
+}
+
+TEST_F(PrintableMediaSizeDataTest, AMinimumWithoutItsOtherLengthReadsAsZero) {
+    ExpectRange(ReadProperties(Property(L"MinWidth", L"80000") + Maxima), {0, 0}, {215900, 355600});
+    ExpectRange(ReadProperties(Property(L"MinHeight", L"80000") + Maxima), {0, 0}, {215900, 355600});
+    ExpectRange(ReadProperties(Property(L"MinWidth", L"8e4") + Property(L"MinHeight", L"1") + Maxima), {0, 0},
+                {215900, 355600});
+}
+
+TEST_F(PrintableMediaSizeDataTest, MinimaWithoutMaximaFail) {
+    const std::wstring onlyMinima = Property(L"MinWidth", L"80000") + Property(L"MinHeight", L"80000");
+    for (const std::wstring& properties : {onlyMinima, onlyMinima + Property(L"MaxWidth", L"90000")}) {
+        try {
+            ReadProperties(properties);
+            FAIL();
+        } catch (const std::logic_error& error) {
+            EXPECT_THAT(error.what(),
+                        testing::MatchesRegex("base/xps/printschema/printablemediasizedata\\.cpp\\(\\d+\\) : "
+                                              "printticket is in invalid state\\.\n"));
+        }
+    }
+}
+
+TEST_F(PrintableMediaSizeDataTest, AnInvertedWidthOrHeightFails) {
+    EXPECT_THROW(ReadProperties(Property(L"MinWidth", L"11") + Property(L"MinHeight", L"1") +
+                                Property(L"MaxWidth", L"10") + Property(L"MaxHeight", L"10")),
+                 std::logic_error);
+    EXPECT_THROW(ReadProperties(Property(L"MinWidth", L"1") + Property(L"MinHeight", L"11") +
+                                Property(L"MaxWidth", L"10") + Property(L"MaxHeight", L"10")),
+                 std::logic_error);
+}
+
+TEST_F(PrintableMediaSizeDataTest, EqualMinimaAndMaximaAreAccepted) {
+    ExpectRange(ReadProperties(Property(L"MinWidth", L"5") + Property(L"MinHeight", L"6") +
+                               Property(L"MaxWidth", L"5") + Property(L"MaxHeight", L"6")),
+                {5, 6}, {5, 6});
+}
+
+TEST_F(PrintableMediaSizeDataTest, NegativeLengthsAreComparedWithTheirSign) {
+    ExpectRange(ReadProperties(Property(L"MinWidth", L"-5") + Property(L"MinHeight", L"-6") +
+                               Property(L"MaxWidth", L"-1") + Property(L"MaxHeight", L"0")),
+                {-5, -6}, {-1, 0});
+}
+
+TEST_F(PrintableMediaSizeDataTest, PropertiesOfAnotherFeatureAreNotReadForThisOne) {
+    const std::wstring other =
+        PrintableMediaSize(L"PageOther", Property(L"MinWidth", L"1") + Property(L"MinHeight", L"1"));
+    ExpectRange(ReadFrom(other + PrintableMediaSize(L"PagePrintableMediaSize", Maxima)), {0, 0},
+                {215900, 355600});
+}
+
+TEST_F(PrintableMediaSizeDataTest, TheWidestScopeOfTheTicketIsRead) {
+    const PrintableMediaSizeData data =
+        ReadFrom(PrintableMediaSize(L"PagePrintableMediaSize", Minima + Maxima) +
+                 PrintableMediaSize(L"DocumentPrintableMediaSize", Maxima));
+    EXPECT_EQ(data.GetScope(), Scope::Document);
+    ExpectRange(data, {0, 0}, {215900, 355600});
+}
+
+TEST_F(PrintableMediaSizeDataTest, ATicketWithoutTheFeatureChangesNothing) {
+    PrintableMediaSizeData data;
+    data.SetRange({{1, 2}, {3, 4}});
+    data.Read(LoadDomFromString(PrivateTicket(L"")).Get());
+    ExpectRange(data, {1, 2}, {3, 4});
+}
+
+TEST_F(PrintableMediaSizeDataTest, IsWrittenWithMinimaBeforeMaximaAndWidthsBeforeHeights) {
+    PrintableMediaSizeData data;
+    data.SetRange({{1, 2}, {3, 4}});
+    const wchar_t* const features[] = {L"JobPrintableMediaSize", L"DocumentPrintableMediaSize",
+                                       L"PagePrintableMediaSize"};
+    for (int scope = 1; scope <= 3; ++scope) {
+        const Dom ticket = LoadDomFromString(PrivateTicket(L""));
+        data.Write(ticket.Get(), static_cast<Scope>(scope));
+        EXPECT_EQ(DomText(ticket.Get()),
+                  PrivateTicket(PrintableMediaSize(
+                      features[scope - 1], Property(L"MinWidth", L"1") + Property(L"MinHeight", L"2") +
+                                               Property(L"MaxWidth", L"3") + Property(L"MaxHeight", L"4"))));
+        PrintableMediaSizeData readBack;
+        readBack.Read(ticket.Get());
+        EXPECT_EQ(readBack.GetFeatureId(), scope - 1);
+        ExpectRange(readBack, {1, 2}, {3, 4});
+    }
+}
+
+TEST_F(PrintableMediaSizeDataTest, WritingTwiceKeepsTheFirstBecauseOnlyKeywordFeaturesAreRemoved) {
+    PrintableMediaSizeData data;
+    const Dom ticket = LoadDomFromString(PrivateTicket(L""));
+    data.Write(ticket.Get());
+    const std::wstring once = DomText(ticket.Get());
+    data.Write(ticket.Get());
+    EXPECT_GT(DomText(ticket.Get()).size(), once.size());
+    data.Remove(ticket.Get());
+    EXPECT_FALSE(data.IsSpecified(ticket.Get()));
+}
+
+}  // namespace

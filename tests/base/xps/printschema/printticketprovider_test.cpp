@@ -1,0 +1,682 @@
+#include "base/xps/printschema/printticketprovider.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/logging/exceptions.h"
+#include "base/xml/xmlutility.h"
+#include "callrecorder.h"
+#include "domtest.h"
+#include "domtext.h"
+#include "fakeplatformprovider.h"
+#include "mockparts.h"
+#include "mockstreams.h"
+#include "platform/bstr.h"
+#include "tickettext.h"
+#include "usertoken.h"
+
+namespace {
+
+using base::exception::HresultError;
+using base::xml::LoadDomFromString;
+using base::xps::printschema::PrintTicketProvider;
+using platform::Bstr;
+using platform::ComPtr;
+using testing::AnyOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::Bytes;
+using tests::CallRecorder;
+using tests::DomText;
+using tests::MakeMock;
+using tests::MockReadStream;
+using tests::Ticket;
+
+using Dom = ComPtr<IXMLDOMDocument2>;
+
+constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
+constexpr HRESULT ConflictResolved = static_cast<HRESULT>(0x00040002L);
+constexpr HRESULT InvalidHandle = HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE);
+constexpr auto NoScope = static_cast<EPrintTicketScope>(3);
+constexpr std::wstring_view NoTicket;
+constexpr EPrintTicketScope AllScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
+
+std::wstring Feature(std::wstring_view name, std::wstring_view option) {
+    std::wstring text = L"<psf:Feature name=\"";
+    text.append(name).append(L"\"><psf:Option name=\"").append(option).append(L"\"/></psf:Feature>");
+    return text;
+}
+
+const std::wstring Base = Ticket(Feature(L"psk:A", L"psk:base"));
+const std::wstring JobDelta = Ticket(Feature(L"psk:A", L"psk:job"));
+const std::wstring DocumentDelta = Ticket(Feature(L"psk:A", L"psk:document"));
+const std::wstring PageDelta = Ticket(Feature(L"psk:A", L"psk:page"));
+const std::wstring Extra = Ticket(Feature(L"psk:X", L"psk:extra"));
+const std::wstring NotATicket = L"<other><child/></other>";
+
+std::string MergeCall(int scope, std::wstring_view base, std::wstring_view delta) {
+    return "PTMergeAndValidatePrintTicket " + std::to_string(scope) + " " + Bytes(base) + " " + Bytes(delta);
+}
+
+// Says that it has its ticket and hands out none.
+class DocumentWithNullTicket : public tests::MockTicketedPart<IFixedDocument> {
+  public:
+    using MockTicketedPart::MockTicketedPart;
+    HRESULT STDMETHODCALLTYPE GetPrintTicket(IPartPrintTicket** ppTicket) override {
+        *ppTicket = nullptr;
+        return S_OK;
+    }
+};
+
+class PrintTicketProviderTest : public tests::DomTest {
+  protected:
+    void TearDown() override {
+        EXPECT_FALSE(tests::ThreadTokenId().has_value());
+        m_provider.reset();
+        EXPECT_THAT(m_platform.m_openHandles, IsEmpty());
+        EXPECT_THAT(m_platform.m_breaches, IsEmpty());
+        DomTest::TearDown();
+    }
+
+    HRESULT OpenWith(std::wstring_view base) {
+        const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(base));
+        return m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get());
+    }
+    void OpenBase() {
+        ASSERT_EQ(OpenWith(Base), S_OK);
+        m_calls.Clear();
+        m_platform.m_tokens.clear();
+    }
+
+    // A part's ticket; null for no text.
+    ComPtr<IPartPrintTicket> TicketPart(std::wstring_view text) {
+        if (text.empty()) return {};
+        return ComPtr<IPartPrintTicket>(
+            MakeMock<tests::MockPrintTicket>(m_calls, L"/ticket", Bytes(text)).Get());
+    }
+    HRESULT SetJob(std::wstring_view ticket, IXMLDOMDocument2* pExtra = nullptr) {
+        const auto part = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job", TicketPart(ticket));
+        return m_provider->SetJobTicket(part.Get(), pExtra);
+    }
+    HRESULT SetDocument(std::wstring_view ticket, IXMLDOMDocument2* pExtra = nullptr) {
+        const auto part = MakeMock<tests::MockFixedDocument>(m_calls, L"/document", TicketPart(ticket));
+        return m_provider->SetDocumentTicket(part.Get(), pExtra);
+    }
+    HRESULT SetPage(std::wstring_view ticket, IXMLDOMDocument2* pExtra = nullptr) {
+        const auto part = MakeMock<tests::MockFixedPage>(m_calls, L"/page", "", TicketPart(ticket));
+        return m_provider->SetPageTicket(part.Get(), pExtra);
+    }
+
+    // The calls of the platform's provider, without those of the streams and parts.
+    std::vector<std::string> PlatformCalls() const {
+        std::vector<std::string> calls = m_calls.Calls();
+        std::erase_if(calls, [](const std::string& call) { return !call.starts_with("PT"); });
+        return calls;
+    }
+
+    Dom Get(EPrintTicketScope scope) {
+        Dom ticket;
+        EXPECT_EQ(m_provider->GetTicket(scope, ticket.Put()), S_OK);
+        return ticket;
+    }
+    std::wstring TextAt(EPrintTicketScope scope) { return DomText(Get(scope).Get()); }
+    HRESULT GetResult(EPrintTicketScope scope) {
+        Dom ticket;
+        const HRESULT hr = m_provider->GetTicket(scope, ticket.Put());
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(ticket));
+        return hr;
+    }
+
+    void ExpectEveryCallUnderTheUsersToken() {
+        for (const auto& token : m_platform.m_tokens) {
+            EXPECT_TRUE(tests::SameToken(token, tests::TokenIdOf(m_token.get())));
+        }
+        EXPECT_FALSE(tests::ThreadTokenId().has_value());
+    }
+
+    CallRecorder m_calls;
+    tests::FakePlatformProvider m_platform{m_calls};
+    tests::OwnedHandle m_token = tests::MakeUserToken();
+    std::unique_ptr<PrintTicketProvider> m_provider = std::make_unique<PrintTicketProvider>();
+};
+
+// Open and Close.
+
+TEST_F(PrintTicketProviderTest, OpenOpensThePrinterAsTheUserAndLoadsTheBaseFromItsStart) {
+    EXPECT_EQ(OpenWith(Base), S_OK);
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTOpenProvider Printer 1"));
+    ExpectEveryCallUnderTheUsersToken();
+    Dom base;
+    EXPECT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    EXPECT_EQ(DomText(base.Get()), Base);
+}
+
+TEST_F(PrintTicketProviderTest, OpenWithAnEmptyPrinterNameFailsAndOpensNothing) {
+    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
+    EXPECT_EQ(m_provider->Open(stream.Get(), Bstr(L"").Get(), m_token.get()), E_INVALIDARG);
+    EXPECT_EQ(m_provider->Open(stream.Get(), nullptr, m_token.get()), E_INVALIDARG);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, OpenWithoutAStreamFailsAndOpensNothing) {
+    EXPECT_EQ(m_provider->Open(nullptr, Bstr(L"Printer").Get(), m_token.get()), E_POINTER);
+    EXPECT_EQ(m_provider->Open(nullptr, nullptr, m_token.get()), E_POINTER);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, OpenUnderATokenThatCannotBeTakenMakesNoCall) {
+    m_token.reset();
+    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
+    const HANDLE noToken = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0xBEE0));
+    EXPECT_EQ(m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), noToken), InvalidHandle);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+    EXPECT_EQ(GetResult(kPTJobScope), E_PENDING);
+}
+
+TEST_F(PrintTicketProviderTest, OpenWithoutATokenRunsAsTheProcess) {
+    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
+    EXPECT_EQ(m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), nullptr), S_OK);
+    ASSERT_EQ(m_platform.m_tokens.size(), 1u);
+    EXPECT_FALSE(m_platform.m_tokens[0].has_value());
+}
+
+TEST_F(PrintTicketProviderTest, ARefusalOfThePlatformToOpenIsReturned) {
+    m_calls.Fail("PTOpenProvider Printer 1", Injected);
+    EXPECT_EQ(OpenWith(Base), Injected);
+    EXPECT_EQ(GetResult(kPTJobScope), E_PENDING);
+    EXPECT_EQ(m_provider->Close(), S_OK);
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTOpenProvider Printer 1"));
+}
+
+TEST_F(PrintTicketProviderTest, ABaseThatIsNotWellFormedFailsToOpen) {
+    EXPECT_EQ(OpenWith(L"<psf:PrintTicket>"), E_FAIL);
+    EXPECT_EQ(OpenWith(L""), E_FAIL);
+    EXPECT_EQ(GetResult(kPTJobScope), E_PENDING);
+}
+
+TEST_F(PrintTicketProviderTest, OpeningAgainClosesTheFirstAndForgetsItsTickets) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    m_calls.Clear();
+    EXPECT_EQ(OpenWith(PageDelta), S_OK);
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider", "PTOpenProvider Printer 1"));
+    EXPECT_EQ(TextAt(kPTPageScope), PageDelta);
+}
+
+TEST_F(PrintTicketProviderTest, OpeningAgainWithBadArgumentsStillClosesTheFirst) {
+    OpenBase();
+    EXPECT_EQ(m_provider->Open(nullptr, nullptr, m_token.get()), E_POINTER);
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
+}
+
+TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
+    for (std::size_t call = 1;; ++call) {
+        m_calls.Clear();
+        m_calls.FailNth(call, Injected);
+        const HRESULT hr = OpenWith(Base);
+        if (!m_calls.HasFailed()) {
+            EXPECT_EQ(hr, S_OK);
+            EXPECT_GT(call, 3u);
+            break;
+        }
+        EXPECT_THAT(hr, AnyOf(Injected, E_FAIL)) << m_calls.FailedCall();
+        EXPECT_FALSE(tests::ThreadTokenId().has_value());
+        EXPECT_EQ(GetResult(kPTPageScope), E_PENDING) << m_calls.FailedCall();
+        EXPECT_EQ(m_provider->Close(), S_OK);
+        EXPECT_THAT(m_platform.m_openHandles, IsEmpty());
+    }
+}
+
+TEST_F(PrintTicketProviderTest, CloseWithoutOpenSucceeds) {
+    EXPECT_EQ(m_provider->Close(), S_OK);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, CloseReturnsThePlatformsResultAndClosesOnce) {
+    OpenBase();
+    m_calls.Fail("PTCloseProvider", Injected);
+    EXPECT_EQ(m_provider->Close(), Injected);
+    EXPECT_EQ(m_provider->Close(), S_OK);
+    m_provider.reset();
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
+}
+
+TEST_F(PrintTicketProviderTest, TheDestructorCloses) {
+    OpenBase();
+    m_provider.reset();
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
+}
+
+TEST_F(PrintTicketProviderTest, TicketsStayReadableAfterCloseButNothingMerges) {
+    OpenBase();
+    ASSERT_EQ(m_provider->Close(), S_OK);
+    EXPECT_EQ(TextAt(kPTPageScope), Base);
+    EXPECT_EQ(SetJob(JobDelta), E_HANDLE);
+}
+
+// The base ticket.
+
+TEST_F(PrintTicketProviderTest, TheBaseIsMissingBeforeOpen) {
+    IXMLDOMDocument2* pTicket = reinterpret_cast<IXMLDOMDocument2*>(this);
+    EXPECT_EQ(m_provider->GetBaseTicket(&pTicket), E_PENDING);
+    EXPECT_EQ(pTicket, nullptr);
+    EXPECT_EQ(m_provider->GetBaseTicket(nullptr), E_POINTER);
+}
+
+TEST_F(PrintTicketProviderTest, TheBaseIsTakenFromADocumentAsACopy) {
+    const Dom source = LoadDomFromString(Base);
+    EXPECT_EQ(m_provider->SetBaseTicket(source.Get()), S_OK);
+    Dom base;
+    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    EXPECT_NE(base.Get(), source.Get());
+    EXPECT_EQ(DomText(base.Get()), Base);
+}
+
+TEST_F(PrintTicketProviderTest, TheBaseIsTakenFromAStreamFromItsStart) {
+    ComPtr<IStream> stream;
+    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
+    const std::string bytes = Bytes(Base);
+    ASSERT_EQ(stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr), S_OK);
+    EXPECT_EQ(m_provider->SetBaseTicket(stream.Get()), S_OK);
+    EXPECT_EQ(TextAt(kPTJobScope), Base);
+}
+
+TEST_F(PrintTicketProviderTest, ABadSourceLeavesTheBaseAsItWas) {
+    OpenBase();
+    EXPECT_EQ(m_provider->SetBaseTicket(nullptr), E_POINTER);
+    const auto noStream = MakeMock<tests::MockUnknown>();
+    EXPECT_EQ(m_provider->SetBaseTicket(noStream.Get()), E_NOINTERFACE);
+    ComPtr<IStream> empty;
+    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, empty.Put()), S_OK);
+    EXPECT_EQ(m_provider->SetBaseTicket(empty.Get()), E_FAIL);
+    EXPECT_EQ(TextAt(kPTJobScope), Base);
+}
+
+// Reading and deriving.
+
+TEST_F(PrintTicketProviderTest, EveryScopeIsPendingWithoutABase) {
+    for (const EPrintTicketScope scope : AllScopes) {
+        EXPECT_EQ(GetResult(scope), E_PENDING);
+        EXPECT_EQ(m_provider->MergeTicket(scope, nullptr, nullptr), E_PENDING);
+    }
+    EXPECT_EQ(SetJob(JobDelta), E_PENDING);
+    EXPECT_EQ(SetJob(NoTicket), E_PENDING);
+}
+
+TEST_F(PrintTicketProviderTest, EveryScopeStartsAsACopyOfTheBase) {
+    OpenBase();
+    Dom base;
+    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    std::vector<Dom> tickets = {base};
+    for (const EPrintTicketScope scope : AllScopes) {
+        const Dom ticket = Get(scope);
+        EXPECT_EQ(DomText(ticket.Get()), Base);
+        for (const Dom& other : tickets) EXPECT_NE(ticket.Get(), other.Get());
+        tickets.push_back(ticket);
+    }
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, GetTicketForThePageBeforeAnyPagePartYieldsACopyOfTheDocumentTicket) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    EXPECT_EQ(TextAt(kPTPageScope), DocumentDelta);
+    EXPECT_NE(Get(kPTPageScope).Get(), Get(kPTDocumentScope).Get());
+}
+
+TEST_F(PrintTicketProviderTest, GetTicketHandsOutTheSameDocumentEachTime) {
+    OpenBase();
+    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(Get(scope).Get(), Get(scope).Get());
+}
+
+TEST_F(PrintTicketProviderTest, GetTicketRefusesOtherScopesAndANullPointer) {
+    IXMLDOMDocument2* pTicket = reinterpret_cast<IXMLDOMDocument2*>(this);
+    EXPECT_EQ(m_provider->GetTicket(NoScope, &pTicket), E_INVALIDARG);
+    EXPECT_EQ(pTicket, nullptr);
+    OpenBase();
+    EXPECT_EQ(GetResult(NoScope), E_INVALIDARG);
+    EXPECT_EQ(m_provider->GetTicket(kPTPageScope, nullptr), E_POINTER);
+}
+
+// MergeTicket.
+
+TEST_F(PrintTicketProviderTest, MergingAtScope3FailsAndChangesNothing) {
+    OpenBase();
+    const Dom delta = LoadDomFromString(JobDelta);
+    const Dom job = Get(kPTJobScope);
+    EXPECT_EQ(m_provider->MergeTicket(NoScope, delta.Get(), nullptr), E_INVALIDARG);
+    EXPECT_EQ(m_provider->MergeTicket(NoScope, nullptr, nullptr), E_INVALIDARG);
+    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, EachScopeIsMergedOverTheNextWiderOne) {
+    OpenBase();
+    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr), S_OK);
+    EXPECT_EQ(m_provider->MergeTicket(kPTDocumentScope, LoadDomFromString(DocumentDelta).Get(), nullptr),
+              S_OK);
+    EXPECT_EQ(m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr), S_OK);
+    EXPECT_THAT(PlatformCalls(),
+                ElementsAre(MergeCall(2, Base, JobDelta), MergeCall(1, JobDelta, DocumentDelta),
+                            MergeCall(0, DocumentDelta, PageDelta)));
+    ExpectEveryCallUnderTheUsersToken();
+    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+    EXPECT_EQ(TextAt(kPTDocumentScope), DocumentDelta);
+    EXPECT_EQ(TextAt(kPTPageScope), PageDelta);
+}
+
+TEST_F(PrintTicketProviderTest, MergingAtAScopeForgetsTheNarrowerOnes) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    ASSERT_EQ(SetPage(PageDelta), S_OK);
+    EXPECT_EQ(m_provider->MergeTicket(kPTDocumentScope, nullptr, nullptr), S_OK);
+    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, nullptr, nullptr), S_OK);
+    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    EXPECT_EQ(TextAt(kPTPageScope), Base);
+}
+
+TEST_F(PrintTicketProviderTest, MergingWithoutADeltaLeavesTheExtraTicketOut) {
+    OpenBase();
+    const Dom extra = LoadDomFromString(Extra);
+    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, nullptr, extra.Get()), S_OK);
+    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, ASuccessCodeThatIsNotSOkIsASuccess) {
+    OpenBase();
+    m_platform.m_mergeResult = ConflictResolved;
+    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr), S_OK);
+    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+}
+
+TEST_F(PrintTicketProviderTest, AMergeThatThePlatformRefusesLeavesTheCopyOfTheParent) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    m_platform.m_errorText = L"Delta ticket: 100% wrong \u6F22";
+    m_platform.m_mergeResult = static_cast<HRESULT>(0x80040005L);
+    EXPECT_EQ(m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr),
+              static_cast<HRESULT>(0x80040005L));
+    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+}
+
+TEST_F(PrintTicketProviderTest, AResultThatIsNotWellFormedLeavesTheCopyOfTheParent) {
+    OpenBase();
+    for (const std::string_view result : {"", "<psf:PrintTicket>", "<a/><b/>"}) {
+        m_platform.m_merge = [&](const auto&) { return std::string(result); };
+        EXPECT_EQ(m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr), E_FAIL);
+        EXPECT_EQ(TextAt(kPTPageScope), Base);
+    }
+}
+
+TEST_F(PrintTicketProviderTest, TheDeltaAndTheExtraTicketAreNotChanged) {
+    OpenBase();
+    const Dom delta = LoadDomFromString(JobDelta);
+    const Dom extra = LoadDomFromString(Extra);
+    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, delta.Get(), extra.Get()), S_OK);
+    EXPECT_EQ(DomText(delta.Get()), JobDelta);
+    EXPECT_EQ(DomText(extra.Get()), Extra);
+}
+
+// What validation dropped.
+
+TEST_F(PrintTicketProviderTest, APrivateFeatureThatValidationDropsComesBackAndValidatedValuesWin) {
+    OpenBase();
+    const std::wstring declaration = L" xmlns:krk=\"http://schemas.example.com/ptpc/2008/11\"";
+    const std::wstring secret =
+        L"<psf:Feature name=\"krk:Secret\"><psf:Option name=\"krk:On\"/></psf:Feature>";
+    const std::wstring size =
+        L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:CustomMediaSize\">"
+        L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\"><psf:Value>";
+    const std::wstring sizeEnd = L"</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>";
+    m_platform.m_merge = [&](const auto&) { return Bytes(Ticket(size + L"100" + sizeEnd)); };
+
+    EXPECT_EQ(SetJob(Ticket(secret + size + L"999" + sizeEnd, declaration)), S_OK);
+
+    const std::wstring text = TextAt(kPTJobScope);
+    EXPECT_THAT(text, testing::HasSubstr(L"<psf:Value>100</psf:Value>"));
+    EXPECT_THAT(text, testing::Not(testing::HasSubstr(L"999")));
+    EXPECT_THAT(text, testing::HasSubstr(declaration));
+    EXPECT_THAT(text, testing::HasSubstr(size + L"100" + sizeEnd + secret));
+}
+
+TEST_F(PrintTicketProviderTest, AnOptionThatValidationReplacedStandsBeforeTheOneThatWasAskedFor) {
+    OpenBase();
+    m_platform.m_merge = [](const auto&) { return Bytes(Ticket(Feature(L"psk:A", L"psk:validated"))); };
+    EXPECT_EQ(SetJob(JobDelta), S_OK);
+    EXPECT_EQ(TextAt(kPTJobScope), Ticket(L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:validated\"/>"
+                                          L"<psf:Option name=\"psk:job\"/></psf:Feature>"));
+}
+
+TEST_F(PrintTicketProviderTest, WhatWasPutBackIsInTheNextMergesBase) {
+    OpenBase();
+    const std::wstring validated = Feature(L"psk:A", L"psk:job");
+    const std::wstring dropped = Feature(L"psk:Dropped", L"psk:On");
+    m_platform.m_merge = [&](const auto&) { return Bytes(Ticket(validated)); };
+    ASSERT_EQ(SetJob(Ticket(dropped + validated)), S_OK);
+    m_calls.Clear();
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    EXPECT_THAT(PlatformCalls(), ElementsAre(MergeCall(1, Ticket(validated + dropped), DocumentDelta)));
+}
+
+TEST_F(PrintTicketProviderTest, TheExtraTicketIsMergedAfterTheDelta) {
+    OpenBase();
+    m_platform.m_merge = [](const auto&) { return Bytes(Base); };
+    const Dom extra = LoadDomFromString(Extra);
+    const std::wstring delta = Ticket(Feature(L"psk:B", L"psk:delta"));
+    EXPECT_EQ(SetJob(delta, extra.Get()), S_OK);
+    EXPECT_EQ(TextAt(kPTJobScope), Ticket(Feature(L"psk:A", L"psk:base") + Feature(L"psk:B", L"psk:delta") +
+                                          Feature(L"psk:X", L"psk:extra")));
+}
+
+TEST_F(PrintTicketProviderTest, AResultUnderAnotherRootThrowsAndTheScopeKeepsItsTicket) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    const Dom job = Get(kPTJobScope);
+    m_platform.m_merge = [](const auto&) { return Bytes(NotATicket); };
+    EXPECT_THROW(static_cast<void>(SetJob(PageDelta)), HresultError);
+    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+}
+
+// Parts.
+
+TEST_F(PrintTicketProviderTest, PartsAreMergedInTheOrderOfTheDocument) {
+    OpenBase();
+    EXPECT_EQ(SetJob(JobDelta), S_OK);
+    EXPECT_EQ(SetDocument(DocumentDelta), S_OK);
+    EXPECT_EQ(SetPage(PageDelta), S_OK);
+    EXPECT_THAT(PlatformCalls(),
+                ElementsAre(MergeCall(2, Base, JobDelta), MergeCall(1, JobDelta, DocumentDelta),
+                            MergeCall(0, DocumentDelta, PageDelta)));
+    ExpectEveryCallUnderTheUsersToken();
+}
+
+TEST_F(PrintTicketProviderTest, ASecondPageStartsFromTheDocumentAndASecondDocumentFromTheJob) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    ASSERT_EQ(SetPage(PageDelta), S_OK);
+    ASSERT_EQ(SetPage(NoTicket), S_OK);
+    EXPECT_EQ(TextAt(kPTPageScope), DocumentDelta);
+    ASSERT_EQ(SetDocument(NoTicket), S_OK);
+    EXPECT_EQ(TextAt(kPTDocumentScope), JobDelta);
+    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+}
+
+TEST_F(PrintTicketProviderTest, APartWithATicketLeavesTheNarrowerTicketsAsTheyAre) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    const Dom page = Get(kPTPageScope);
+    ASSERT_EQ(SetJob(PageDelta), S_OK);
+    EXPECT_EQ(TextAt(kPTDocumentScope), DocumentDelta);
+    EXPECT_EQ(Get(kPTPageScope).Get(), page.Get());
+}
+
+TEST_F(PrintTicketProviderTest, APartWithATicketNeedsTheWiderTicket) {
+    OpenBase();
+    EXPECT_EQ(SetDocument(DocumentDelta), E_PENDING);
+    EXPECT_EQ(SetPage(PageDelta), E_PENDING);
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    EXPECT_EQ(SetPage(PageDelta), E_PENDING);
+    EXPECT_EQ(PlatformCalls().size(), 1u);
+}
+
+TEST_F(PrintTicketProviderTest, APagePartWithoutATicketYieldsTheDocumentTicketWithTheExtraTicketMergedIn) {
+    OpenBase();
+    ASSERT_EQ(SetJob(NoTicket), S_OK);
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    m_calls.Clear();
+    EXPECT_EQ(SetPage(NoTicket), S_OK);
+    EXPECT_EQ(TextAt(kPTPageScope), DocumentDelta);
+    const Dom extra = LoadDomFromString(Extra);
+    EXPECT_EQ(SetPage(NoTicket, extra.Get()), S_OK);
+    EXPECT_EQ(TextAt(kPTPageScope),
+              Ticket(Feature(L"psk:A", L"psk:document") + Feature(L"psk:X", L"psk:extra")));
+    EXPECT_EQ(TextAt(kPTDocumentScope), DocumentDelta);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, ASuccessWithoutATicketPartIsAPartWithoutATicket) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    const Dom extra = LoadDomFromString(Extra);
+    const auto part = MakeMock<DocumentWithNullTicket>(m_calls, L"/document");
+    EXPECT_EQ(m_provider->SetDocumentTicket(part.Get(), extra.Get()), S_OK);
+    EXPECT_EQ(TextAt(kPTDocumentScope),
+              Ticket(Feature(L"psk:A", L"psk:job") + Feature(L"psk:X", L"psk:extra")));
+}
+
+TEST_F(PrintTicketProviderTest, AnyOtherFailureOfThePartIsReturnedUnchanged) {
+    OpenBase();
+    const Dom job = Get(kPTJobScope);
+    m_calls.Fail("GetPrintTicket /job", E_ACCESSDENIED);
+    EXPECT_EQ(SetJob(JobDelta), E_ACCESSDENIED);
+    m_calls.Fail("GetPrintTicket /document", RPC_E_DISCONNECTED);
+    EXPECT_EQ(SetDocument(DocumentDelta), RPC_E_DISCONNECTED);
+    m_calls.Fail("GetPrintTicket /page", E_FAIL);
+    EXPECT_EQ(SetPage(PageDelta), E_FAIL);
+    m_calls.Fail("GetStream", STG_E_ACCESSDENIED);
+    EXPECT_EQ(SetJob(JobDelta), STG_E_ACCESSDENIED);
+    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+}
+
+TEST_F(PrintTicketProviderTest, ANullPartIsRefused) {
+    OpenBase();
+    EXPECT_EQ(m_provider->SetJobTicket(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(m_provider->SetDocumentTicket(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(m_provider->SetPageTicket(nullptr, nullptr), E_POINTER);
+}
+
+TEST_F(PrintTicketProviderTest, APartWhoseTicketIsNotWellFormedFailsBeforeThePlatformIsCalled) {
+    OpenBase();
+    const Dom job = Get(kPTJobScope);
+    EXPECT_EQ(SetJob(L"<psf:PrintTicket>"), E_FAIL);
+    EXPECT_EQ(SetJob(L"no markup"), E_FAIL);
+    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, AnExtraTicketThatCannotBeMergedThrowsAndTheScopeIsTheCopyOfItsParent) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    const Dom extra = LoadDomFromString(NotATicket);
+    EXPECT_THROW(static_cast<void>(SetPage(NoTicket, extra.Get())), HresultError);
+    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+}
+
+TEST_F(PrintTicketProviderTest, AMergeUnderATokenThatIsGoneMakesNoCall) {
+    OpenBase();
+    m_token.reset();
+    EXPECT_EQ(SetJob(JobDelta), InvalidHandle);
+    Dom capabilities;
+    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()),
+              InvalidHandle);
+    EXPECT_FALSE(capabilities);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+    EXPECT_EQ(TextAt(kPTJobScope), Base);
+}
+
+TEST_F(PrintTicketProviderTest, SettingAPagesTicketFailsCleanlyAtEveryCall) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    const Dom before = Get(kPTPageScope);
+    for (std::size_t call = 1;; ++call) {
+        m_calls.Clear();
+        m_calls.FailNth(call, Injected);
+        const HRESULT hr = SetPage(PageDelta);
+        if (!m_calls.HasFailed()) {
+            EXPECT_EQ(hr, S_OK);
+            EXPECT_GT(call, 5u);
+            break;
+        }
+        EXPECT_THAT(hr, AnyOf(Injected, E_FAIL)) << m_calls.FailedCall();
+        EXPECT_FALSE(tests::ThreadTokenId().has_value());
+        EXPECT_EQ(Get(kPTPageScope).Get(), before.Get()) << m_calls.FailedCall();
+        EXPECT_EQ(DomText(before.Get()), DocumentDelta);
+    }
+    EXPECT_EQ(TextAt(kPTPageScope), PageDelta);
+}
+
+// Capabilities.
+
+const std::wstring SomeCapabilities = tests::Capabilities(Feature(L"psk:A", L"psk:one"));
+
+TEST_F(PrintTicketProviderTest, CapabilitiesAreWrittenIntoAFreshDocumentUnderTheUsersToken) {
+    OpenBase();
+    m_platform.m_capabilities = Bytes(SomeCapabilities);
+    const Dom ticket = LoadDomFromString(PageDelta);
+    Dom capabilities;
+    EXPECT_EQ(m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()), S_OK);
+    EXPECT_EQ(DomText(capabilities.Get()), SomeCapabilities);
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTGetPrintCapabilities " + Bytes(PageDelta)));
+    ExpectEveryCallUnderTheUsersToken();
+    EXPECT_EQ(DomText(ticket.Get()), PageDelta);
+}
+
+TEST_F(PrintTicketProviderTest, CapabilitiesCanBeAskedForTwice) {
+    OpenBase();
+    m_platform.m_capabilities = Bytes(SomeCapabilities);
+    const Dom ticket = LoadDomFromString(PageDelta);
+    for (int time = 0; time < 2; ++time) {
+        Dom capabilities;
+        EXPECT_EQ(m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()), S_OK);
+        EXPECT_EQ(DomText(capabilities.Get()), SomeCapabilities);
+    }
+}
+
+TEST_F(PrintTicketProviderTest, CapabilitiesNeedATicketAndAPlace) {
+    OpenBase();
+    IXMLDOMDocument2* pCapabilities = reinterpret_cast<IXMLDOMDocument2*>(this);
+    EXPECT_EQ(m_provider->GetPrintCapabilities(nullptr, &pCapabilities), E_POINTER);
+    EXPECT_EQ(pCapabilities, nullptr);
+    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), nullptr), E_POINTER);
+}
+
+TEST_F(PrintTicketProviderTest, CapabilitiesThatThePlatformRefusesAreItsFailure) {
+    OpenBase();
+    m_platform.m_errorText = L"no";
+    m_calls.FailNth(1, Injected);
+    Dom capabilities;
+    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()), Injected);
+    EXPECT_FALSE(capabilities);
+}
+
+TEST_F(PrintTicketProviderTest, CapabilitiesOfWhichNothingIsWrittenFail) {
+    OpenBase();
+    Dom capabilities;
+    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()), E_FAIL);
+    EXPECT_FALSE(capabilities);
+}
+
+}  // namespace
