@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <cstddef>
+
+namespace tests {
+
+// While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes
+// and lists is counted, and one of them fails without doing anything. For the kit's DOM or the system's,
+// whichever CreateDom gives when it is made. One at a time.
+class DomFaults {
+  public:
+    // The nth call, counted from 1, fails with the code; 0: none does.
+    DomFaults(std::size_t nth, HRESULT code);
+    DomFaults(const DomFaults&) = delete;
+    DomFaults& operator=(const DomFaults&) = delete;
+    ~DomFaults();
+
+    // Whether the call that was to fail was made.
+    [[nodiscard]] bool HasFailed() const noexcept;
+};
+
+}  // namespace tests

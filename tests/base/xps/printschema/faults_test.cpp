@@ -1,0 +1,261 @@
+// Each call of the DOM fails once: what the print schema classes make of it.
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "base/xps/printschema/inputbindata.h"
+#include "base/xps/printschema/mediasizedata.h"
+#include "base/xps/printschema/pageorientationdata.h"
+#include "base/xps/printschema/printablemediasizedata.h"
+#include "base/xps/printschema/scalingdata.h"
+#include "domfaults.h"
+#include "domtext.h"
+#include "handlertest.h"
+#include "thrown.h"
+#include "ticketmarkup.h"
+#include "tickettext.h"
+
+namespace {
+
+using namespace base::xps::printschema;
+using base::xml::LoadDomFromString;
+using platform::Bstr;
+using platform::ComPtr;
+using tests::Dom;
+using tests::DomFaults;
+using tests::DomText;
+using tests::Element;
+using tests::Feature;
+using tests::HandlerTest;
+using tests::Integer;
+using tests::Named;
+using tests::Node;
+using tests::ParameterInit;
+using tests::ParameterRef;
+using tests::ScoredProperty;
+using tests::ThrownCode;
+using tests::Ticket;
+using tests::Value;
+
+constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
+
+const Qname Scaling = {SchemaNamespace::Keywords, L"PageScaling"};
+const Qname Offset = {SchemaNamespace::Keywords, L"OffsetWidth"};
+
+std::wstring Referring(std::wstring_view name, std::wstring_view parameter) {
+    return ScoredProperty(L"psk:" + std::wstring(name), ParameterRef(parameter));
+}
+
+// A ticket that holds all five settings with every value that they carry.
+std::wstring FullTicket() {
+    std::wstring bounds;
+    int length = 100;
+    for (const wchar_t* name : {L"krk:MinWidth", L"krk:MinHeight", L"krk:MaxWidth", L"krk:MaxHeight"})
+        bounds += Named(L"Property", name, Integer(length++));
+    return Ticket(ParameterInit(L"krk:Other", 1) + ParameterInit(L"krk:A", 11) + ParameterInit(L"krk:B", 22) +
+                  Feature(L"psk:PageScaling", L"psk:CustomSquare",
+                          Referring(L"OffsetWidth", L"krk:A") + Referring(L"OffsetHeight", L"krk:B") +
+                              ScoredProperty(L"psk:Scale", Integer(33))) +
+                  Feature(L"psk:JobInputBin", L"psk:Tray1",
+                          ScoredProperty(L"psk:FeedDirection", Value(L"QName", L"psk:LongEdgeFirst"))) +
+                  Feature(L"psk:PageOrientation", L"psk:Landscape") +
+                  Feature(L"psk:PageMediaSize", L"psk:CustomMediaSize",
+                          ScoredProperty(L"psk:MediaSizeHeight", Integer(2000)) +
+                              ScoredProperty(L"psk:MediaSizeWidth", Integer(1000))) +
+                  Feature(L"krk:JobPrintableMediaSize", L"krk:PrintableMediaSize", bounds));
+}
+
+class FaultTest : public HandlerTest {
+  protected:
+    // Runs an operation on a fresh ticket with the first call failing, then the second, until none fails.
+    template <typename Attempt>
+    void FailEachCall(Attempt&& attempt) {
+        std::size_t nth = 1;
+        for (bool hasFailed = true; hasFailed; ++nth) {
+            ASSERT_LT(nth, 1000U);
+            const Dom pTicket = LoadDomFromString(FullTicket());
+            DomFaults faults(nth, Injected);
+            SCOPED_TRACE("call " + std::to_string(nth));
+            attempt(pTicket, [&] { return hasFailed = faults.HasFailed(); });
+        }
+        EXPECT_GT(nth, 2U) << "no call was made that could fail";
+    }
+
+    // Either the failing call's code is thrown, or nothing is.
+    template <typename Data, typename Check>
+    void ReadWithEachCallFailing(Check&& check) {
+        FailEachCall([&](const Dom& pTicket, auto&& hasFailed) {
+            Data data;
+            const HRESULT thrown = ThrownCode([&] { data.Read(pTicket.Get()); });
+            const bool isFaulty = hasFailed();
+            EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == Injected));
+            check(data, thrown, isFaulty);
+        });
+    }
+
+    // A write that does not throw has written the feature as the last of the ticket.
+    template <typename Data>
+    void WriteWithEachCallFailing(const Data& data) {
+        const Dom pWhole = LoadDomFromString(FullTicket());
+        data.Write(pWhole.Get());
+        const std::wstring whole = DomText(pWhole.Get());
+        const std::wstring feature = whole.substr(whole.rfind(L"<psf:Feature "));
+        int thrownCount = 0;
+        FailEachCall([&](const Dom& pTicket, auto&& hasFailed) {
+            const HRESULT thrown = ThrownCode([&] { data.Write(pTicket.Get()); });
+            const bool isFaulty = hasFailed();
+            thrownCount += thrown == Injected;
+            EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == Injected));
+            if (thrown != S_OK) return;
+            const std::wstring text = DomText(pTicket.Get());
+            EXPECT_TRUE(text.ends_with(feature));
+            EXPECT_TRUE(isFaulty || text == whole);
+        });
+        EXPECT_GT(thrownCount, 10);
+    }
+
+    // An operation of the handler answers the failing call's own code.
+    void AnswerEachFailure(const std::function<HRESULT(const PrintSchemaHandler&)>& operation) {
+        FailEachCall([&](const Dom& pTicket, auto&& hasFailed) {
+            HRESULT answered = S_FALSE;
+            const HRESULT thrown = ThrownCode([&] {
+                const PrintTicketHandler handler(pTicket.Get());
+                answered = operation(handler);
+            });
+            if (thrown == S_OK) {
+                EXPECT_EQ(answered, hasFailed() ? Injected : S_OK);
+            } else {
+                EXPECT_TRUE(hasFailed());
+                EXPECT_EQ(thrown, Injected);
+            }
+        });
+    }
+};
+
+TEST_P(FaultTest, AFailingCallIsWhatAQueryAnswers) {
+    AnswerEachFailure([](const PrintSchemaHandler& handler) {
+        Node pNode;
+        const HRESULT hr = handler.SelectSingleNode(L"//psf:Feature", pNode.Put());
+        EXPECT_EQ(static_cast<bool>(pNode), hr == S_OK);
+        return hr;
+    });
+    AnswerEachFailure([](const PrintSchemaHandler& handler) {
+        ComPtr<IXMLDOMNodeList> pList;
+        const HRESULT hr = handler.SelectNodes(L"Feature", pList.Put());
+        EXPECT_EQ(static_cast<bool>(pList), hr == S_OK);
+        return hr;
+    });
+}
+
+TEST_P(FaultTest, AFailingCallIsWhatAReaderAnswers) {
+    const auto reading = [&](auto&& read) {
+        AnswerEachFailure([&](const PrintSchemaHandler& handler) {
+            Bstr text;
+            const HRESULT hr = read(handler, text.Put());
+            EXPECT_EQ(text.Get() != nullptr, hr == S_OK);
+            return hr;
+        });
+    };
+    reading([](const PrintSchemaHandler& handler, BSTR* pText) {
+        return handler.GetValue(handler.OptionScoredPropertyQuery(Scaling, Offset), pText);
+    });
+    reading([](const PrintSchemaHandler& handler, BSTR* pText) {
+        return handler.ReadLocalName(L"//psf:ParameterInit", pText);
+    });
+    reading([](const PrintSchemaHandler& handler, BSTR* pText) {
+        return handler.GetOptionName(Scaling, SchemaNamespace::Keywords, pText);
+    });
+    AnswerEachFailure([](const PrintSchemaHandler& handler) {
+        std::int32_t value = 7;
+        const HRESULT hr = handler.ReadInteger(handler.OptionScoredPropertyQuery(Scaling, Offset), &value);
+        EXPECT_EQ(value, hr == S_OK ? 11 : 7);
+        return hr;
+    });
+}
+
+TEST_P(FaultTest, AFailingCallIsWhatABuilderAnswers) {
+    AnswerEachFailure([](const PrintSchemaHandler& handler) {
+        Element pProperty;
+        const HRESULT hr = handler.CreateIntegerProperty(Offset, 1, pProperty.Put());
+        EXPECT_EQ(static_cast<bool>(pProperty), hr == S_OK);
+        return hr;
+    });
+    AnswerEachFailure([](const PrintSchemaHandler& handler) {
+        Element pReference;
+        Element pInitializer;
+        const HRESULT hr = handler.CreateIntegerParameter(L"A", 1, pReference.Put(), pInitializer.Put());
+        EXPECT_EQ(static_cast<bool>(pReference), hr == S_OK);
+        EXPECT_EQ(static_cast<bool>(pInitializer), hr == S_OK);
+        return hr;
+    });
+    AnswerEachFailure([](const PrintSchemaHandler& handler) {
+        Element pFeature;
+        Element pOption;
+        const HRESULT hr = handler.CreateFeatureOption(Scaling, Offset, pFeature.Put(), pOption.Put());
+        EXPECT_EQ(static_cast<bool>(pFeature), hr == S_OK);
+        EXPECT_EQ(static_cast<bool>(pOption), hr == S_OK);
+        return hr;
+    });
+}
+
+TEST_P(FaultTest, AFailingCallIsWhatPlacingAndRemovingAnswer) {
+    AnswerEachFailure([](const PrintSchemaHandler& handler) {
+        Node pFeature;
+        const HRESULT hr = handler.SelectSingleNode(handler.FeatureQuery(Scaling), pFeature.Put());
+        return hr == S_OK ? handler.AppendToRoot(pFeature.Get()) : hr;
+    });
+    AnswerEachFailure([](const PrintSchemaHandler& handler) { return handler.RemoveFeature(Scaling); });
+}
+
+TEST_P(FaultTest, AFailedReadOfScalingKeepsItsValues) {
+    ReadWithEachCallFailing<ScalingData>([](const ScalingData& data, HRESULT thrown, bool isFaulty) {
+        const bool isRead = thrown == S_OK && data.GetOptionId() == ScalingData::CustomSquare;
+        EXPECT_TRUE(isRead || isFaulty);
+        EXPECT_EQ(data.GetOffset(), isRead ? (ScalingData::Pair{11, 22}) : ScalingData::Pair());
+        EXPECT_EQ(data.GetScale(), isRead ? (ScalingData::Pair{33, 33}) : ScalingData::Pair());
+    });
+}
+
+TEST_P(FaultTest, AFailedReadOfABinKeepsItsFeedDirection) {
+    ReadWithEachCallFailing<InputBinData>([](const InputBinData& data, HRESULT, bool isFaulty) {
+        const bool isRead = data.GetFeedDirection() == InputBinData::LongEdgeFirst;
+        EXPECT_TRUE(isRead || isFaulty);
+        EXPECT_TRUE(data.GetOptionId() == 5 || (data.GetOptionId() == 0 && !isRead));
+    });
+}
+
+TEST_P(FaultTest, AFailedReadOfTheOrientationKeepsIt) {
+    ReadWithEachCallFailing<PageOrientationData>([](const PageOrientationData& data, HRESULT, bool isFaulty) {
+        const bool isRead = data.GetOptionId() == PageOrientationData::Landscape;
+        EXPECT_TRUE(isRead || isFaulty);
+        EXPECT_TRUE(isRead || data.GetOptionId() == PageOrientationData::Portrait);
+    });
+}
+
+TEST_P(FaultTest, AFailedWriteThrowsTheFailingCallsCode) {
+    WriteWithEachCallFailing(PageOrientationData());
+    WriteWithEachCallFailing(InputBinData());
+    WriteWithEachCallFailing(MediaSizeData());
+    WriteWithEachCallFailing(PrintableMediaSizeData());
+    ScalingData scaling;
+    scaling.SetOptionId(ScalingData::Custom);
+    WriteWithEachCallFailing(scaling);
+}
+
+TEST_P(FaultTest, AFailedRemovalLeavesTheFeatureWithoutAnError) {
+    FailEachCall([&](const Dom& pTicket, auto&& hasFailed) {
+        const HRESULT thrown = ThrownCode([&] { PageOrientationData().Remove(pTicket.Get()); });
+        const bool isFaulty = hasFailed();
+        EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == Injected));
+        const bool isGone = DomText(pTicket.Get()).find(L"psk:PageOrientation") == std::wstring::npos;
+        EXPECT_TRUE(isGone || isFaulty);
+    });
+}
+
+TEST_ON_EACH_DOM(FaultTest);
+
+}  // namespace

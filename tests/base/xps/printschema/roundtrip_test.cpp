@@ -1,0 +1,228 @@
+// What is written into a ticket is what is read back from it, for every option of every feature at every
+// scope.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/xps/printschema/inputbindata.h"
+#include "base/xps/printschema/mediasizedata.h"
+#include "base/xps/printschema/mediasizetable.h"
+#include "base/xps/printschema/pageorientationdata.h"
+#include "base/xps/printschema/printablemediasizedata.h"
+#include "base/xps/printschema/scalingdata.h"
+#include "domtext.h"
+#include "handlertest.h"
+#include "thrown.h"
+#include "ticketmarkup.h"
+#include "tickettext.h"
+
+namespace {
+
+using namespace base::xps::printschema;
+using base::xml::LoadDomFromString;
+using tests::Dom;
+using tests::DomText;
+using tests::Feature;
+using tests::HandlerTest;
+using tests::ThrownCode;
+using tests::Ticket;
+
+constexpr Scope Scopes[] = {Scope::Job, Scope::Document, Scope::Page};
+constexpr std::int32_t PrivateScaling = 7;
+constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+
+class RoundTripTest : public HandlerTest {
+  protected:
+    // The object that a ticket reads as into which this one was written at the scope.
+    template <typename Data>
+    Data ReadBack(const Data& written, Scope scope) {
+        m_pTicket = LoadDomFromString(Ticket(L""));
+        written.Write(m_pTicket.Get(), scope);
+        return Reread<Data>();
+    }
+
+    template <typename Data>
+    Data Reread() {
+        Data read;
+        read.SetFeatureId(-1);
+        read.SetOptionId(-1);
+        read.Read(m_pTicket.Get());
+        return read;
+    }
+
+    // Writing once more changes nothing but the place of the feature.
+    template <typename Data>
+    void ExpectOneFeatureAfterWritingTwice(const Data& written, Scope scope) {
+        const std::wstring once = DomText(m_pTicket.Get());
+        written.Write(m_pTicket.Get(), scope);
+        EXPECT_EQ(DomText(m_pTicket.Get()), once);
+    }
+
+    // The ids that a ticket reads as in which an option is selected without values.
+    template <typename Data>
+    Data WithoutValues(const Data& selected, Scope scope) {
+        const Qname feature = selected.GetFeatureName(scope);
+        const Qname option = selected.GetOptionName();
+        const auto qualified = [](const Qname& name) {
+            return (name.space == SchemaNamespace::Private ? L"krk:" : L"psk:") + name.localName;
+        };
+        m_pTicket = LoadDomFromString(Ticket(Feature(qualified(feature), qualified(option))));
+        return Reread<Data>();
+    }
+
+    Dom m_pTicket;
+};
+
+std::int32_t OptionCount(const PrintTicketFunctionOption& data) {
+    return static_cast<std::int32_t>(data.GetOptionNames().GetQnames().size());
+}
+
+TEST_P(RoundTripTest, EveryBinWithEveryFeedDirectionAtEveryScope) {
+    for (const Scope scope : Scopes) {
+        for (std::int32_t option = 0; option < OptionCount(InputBinData()); ++option) {
+            for (const std::int32_t direction : {InputBinData::FeedDirectionUnknown,
+                                                 InputBinData::LongEdgeFirst, InputBinData::ShortEdgeFirst}) {
+                InputBinData written;
+                written.SetOptionId(option);
+                written.SetFeedDirection(direction);
+                const InputBinData read = ReadBack(written, scope);
+                EXPECT_EQ(read.GetScope(), scope);
+                EXPECT_EQ(read.GetOptionId(), option);
+                const bool isKnown = direction != InputBinData::FeedDirectionUnknown;
+                EXPECT_EQ(read.GetFeedDirection(), isKnown ? direction : InputBinData::ShortEdgeFirst);
+                ExpectOneFeatureAfterWritingTwice(written, scope);
+            }
+        }
+    }
+}
+
+TEST_P(RoundTripTest, EveryBinWithoutAFeedDirection) {
+    for (const Scope scope : Scopes) {
+        for (std::int32_t option = 0; option < OptionCount(InputBinData()); ++option) {
+            InputBinData selected;
+            selected.SetOptionId(option);
+            const InputBinData read = WithoutValues(selected, scope);
+            EXPECT_EQ(read.GetScope(), scope);
+            EXPECT_EQ(read.GetOptionId(), option);
+            EXPECT_EQ(read.GetFeedDirection(), InputBinData::ShortEdgeFirst);
+        }
+    }
+}
+
+TEST_P(RoundTripTest, EveryOrientationAtEveryScope) {
+    for (const Scope scope : Scopes) {
+        for (std::int32_t option = 0; option < OptionCount(PageOrientationData()); ++option) {
+            PageOrientationData written;
+            written.SetOptionId(option);
+            const PageOrientationData read = ReadBack(written, scope);
+            EXPECT_EQ(read.GetFeatureId(), 0);
+            EXPECT_EQ(read.GetOptionId(), option);
+            ExpectOneFeatureAfterWritingTwice(written, scope);
+            EXPECT_EQ(WithoutValues(written, scope).GetOptionId(), option);
+        }
+    }
+}
+
+TEST_P(RoundTripTest, EveryKeywordScalingWithItsValuesAtEveryScope) {
+    for (const Scope scope : Scopes) {
+        for (std::int32_t option = 0; option < PrivateScaling; ++option) {
+            ScalingData written;
+            written.SetOptionId(option);
+            written.SetOffset({-100, 200});
+            written.SetScale({50, option == ScalingData::CustomSquare ? 50 : 60});
+            const ScalingData read = ReadBack(written, scope);
+            EXPECT_EQ(read.GetFeatureId(), 0);
+            EXPECT_EQ(read.GetOptionId(), option);
+            const bool isCustom = option == ScalingData::Custom || option == ScalingData::CustomSquare;
+            EXPECT_EQ(read.GetOffset(), isCustom ? written.GetOffset() : ScalingData::Pair());
+            EXPECT_EQ(read.GetScale(), isCustom ? written.GetScale() : ScalingData::Pair());
+            ExpectOneFeatureAfterWritingTwice(written, scope);
+        }
+    }
+}
+
+TEST_P(RoundTripTest, EveryKeywordScalingWithoutValues) {
+    for (const Scope scope : Scopes) {
+        for (std::int32_t option = 0; option < PrivateScaling; ++option) {
+            ScalingData selected;
+            selected.SetOptionId(option);
+            if (option == ScalingData::Custom || option == ScalingData::CustomSquare) {
+                EXPECT_EQ(ThrownCode([&] { static_cast<void>(WithoutValues(selected, scope)); }), NotFound);
+            } else {
+                EXPECT_EQ(WithoutValues(selected, scope).GetOptionId(), option);
+            }
+        }
+    }
+}
+
+TEST_P(RoundTripTest, ThePrivateScalingIsWrittenOnceAndReadAsNoKeyword) {
+    for (const Scope scope : Scopes) {
+        ScalingData written;
+        written.SetOptionId(PrivateScaling);
+        EXPECT_FALSE(ReadBack(written, scope).IsSet());
+        EXPECT_TRUE(written.IsSpecified(m_pTicket.Get()));
+        ExpectOneFeatureAfterWritingTwice(written, scope);
+    }
+}
+
+TEST_P(RoundTripTest, EveryMediaSizeWithItsSizeAtEveryScope) {
+    for (const Scope scope : Scopes) {
+        for (std::int32_t option = 0; option < OptionCount(MediaSizeData()); ++option) {
+            MediaSizeData written;
+            written.SetOptionId(option);
+            if (!MediaSizeTable::IsStandardSize(option)) written.SetSize({123456, 234567});
+            const MediaSizeData read = ReadBack(written, scope);
+            EXPECT_EQ(read.GetFeatureId(), 0);
+            EXPECT_EQ(read.GetOptionId(), written.GetOptionId());
+            EXPECT_EQ(read.GetSize(), written.GetSize());
+            ExpectOneFeatureAfterWritingTwice(written, scope);
+        }
+    }
+}
+
+TEST_P(RoundTripTest, EveryMediaSizeWithoutItsSizeIsItsNominalOne) {
+    for (const auto& [id, record] : MediaSizeTable::Instance().Records()) {
+        if (!MediaSizeTable::IsStandardSize(id)) continue;
+        m_pTicket = LoadDomFromString(Ticket(Feature(L"psk:PageMediaSize", L"psk:" + record->keyword)));
+        const MediaSizeData read = Reread<MediaSizeData>();
+        EXPECT_EQ(read.GetSize(), record->size) << id;
+        EXPECT_EQ(read.GetOptionId(), MediaSizeTable::Instance().BySize(record->size)->id) << id;
+    }
+}
+
+TEST_P(RoundTripTest, ThePrintableMediaSizeAtEveryScope) {
+    const PrintableMediaRange range = {{76200, 127000}, {215900, 355600}};
+    for (const Scope scope : Scopes) {
+        PrintableMediaSizeData written;
+        written.SetRange(range);
+        const PrintableMediaSizeData read = ReadBack(written, scope);
+        EXPECT_EQ(read.GetScope(), scope);
+        EXPECT_EQ(read.GetOptionId(), 0);
+        EXPECT_EQ(read.GetRange().minimum, range.minimum);
+        EXPECT_EQ(read.GetRange().maximum, range.maximum);
+        EXPECT_EQ(WithoutValues(written, scope).GetRange().maximum, MediaDimensions());
+    }
+}
+
+TEST_P(RoundTripTest, AnEarlierPrintableMediaSizeStaysWhenItIsWrittenAgain) {
+    PrintableMediaSizeData written;
+    written.SetRange({{1, 2}, {3, 4}});
+    static_cast<void>(ReadBack(written, Scope::Page));
+    written.SetRange({{5, 6}, {7, 8}});
+    written.Write(m_pTicket.Get(), Scope::Page);
+    const auto feature = [](int first) {
+        std::wstring content;
+        for (const wchar_t* name : {L"krk:MinWidth", L"krk:MinHeight", L"krk:MaxWidth", L"krk:MaxHeight"})
+            content += tests::Named(L"Property", name, tests::Integer(first++));
+        return Feature(L"krk:PagePrintableMediaSize", L"krk:PrintableMediaSize", content);
+    };
+    EXPECT_EQ(DomText(m_pTicket.Get()), Ticket(feature(1) + feature(5)));
+    EXPECT_EQ(Reread<PrintableMediaSizeData>().GetRange().minimum, (MediaDimensions{1, 2}));
+}
+
+TEST_ON_EACH_DOM(RoundTripTest);
+
+}  // namespace
