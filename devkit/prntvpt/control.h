@@ -44,7 +44,7 @@
 //     out-empty out-truncated out-notxml out-wrongroot out-duplicate out-missing:FEATURE out-bad-value
 //     out-rewound                  the result stream is left at its start
 //     out-shortwrite               the result stream fails half-way: STG_E_MEDIUMFULL
-//     slow:MILLISECONDS            every function waits first
+//     slow:MILLISECONDS            opening, merging and asking for capabilities wait first
 //     caps-notimpl caps-fail caps-noimageable caps-zero-extent
 //     bstr-null-on-error           failures give no error text
 //     bstr-on-success              successes give one

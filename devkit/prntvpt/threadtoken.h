@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <optional>
+
+namespace devkit::prntvpt {
+
+// The token that the calling thread impersonates with.
+struct ThreadToken {
+    bool impersonating = false;
+    std::optional<LUID> id;  // nothing when the token cannot be queried
+};
+[[nodiscard]] ThreadToken QueryThreadToken() noexcept;
+
+// The id of a token object: a duplicate of the token has another one. Fails with the system's code.
+[[nodiscard]] HRESULT GetTokenId(HANDLE token, LUID& id) noexcept;
+
+}  // namespace devkit::prntvpt

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <string>
+#include <vector>
+
+#include "devkit/prntvpt/device.h"
+#include "devkit/prntvpt/element.h"
+#include "devkit/prntvpt/switches.h"
+#include "platform/prntvpt.h"
+
+namespace devkit::prntvpt {
+
+// Removes the root entries of a wider scope. A name without a scope prefix gives a note.
+void KeepScope(Element& ticket, EPrintTicketScope scope, std::vector<std::string>& notes);
+
+// Puts the root entries of the delta over those of the same kind and name, whole, and adds the others at the
+// end.
+[[nodiscard]] Element MergeTickets(Element base, const Element* pDelta);
+
+struct NamespaceFilterResult {
+    bool removed = false;
+    // Root entries with foreign names, as they were; only private=all keeps them.
+    std::vector<Element> foreign;
+};
+
+// Removes what has a name of a namespace that the device does not know, at any level; under private=strict
+// also the root entries, and with strict=options the options, whose names are not public.
+[[nodiscard]] NamespaceFilterResult FilterNamespaces(Element& ticket, const Device& device,
+                                                     const Switches& switches);
+
+}  // namespace devkit::prntvpt

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <string>
+
+#include "platform/comptr.h"
+
+namespace devkit::prntvpt {
+
+// A stream over bytes in memory that counts its living instances. Only Read, Write and Seek work.
+class MemoryStream final : public IStream {
+  public:
+    // Made with one reference, positioned at `position`.
+    [[nodiscard]] static platform::ComPtr<MemoryStream> Make(std::string bytes = {},
+                                                             std::size_t position = 0);
+    [[nodiscard]] static int Living() noexcept { return s_living; }
+
+    MemoryStream(const MemoryStream&) = delete;
+
+    [[nodiscard]] const std::string& Bytes() const noexcept { return m_bytes; }
+    [[nodiscard]] std::size_t Position() const noexcept { return m_position; }
+    [[nodiscard]] int Seeks() const noexcept { return m_seeks; }
+    [[nodiscard]] ULONG References() const noexcept { return m_references; }
+    // No Read and no Write moves more than that.
+    void LimitBlocks(ULONG most) noexcept { m_most = most; }
+    // Every Read, every Write fails with this.
+    void FailReads(HRESULT hr) noexcept { m_readResult = hr; }
+    void FailWrites(HRESULT hr) noexcept { m_writeResult = hr; }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
+    ULONG STDMETHODCALLTYPE Release() override;
+    HRESULT STDMETHODCALLTYPE Read(void* pBuffer, ULONG cb, ULONG* pcbRead) override;
+    HRESULT STDMETHODCALLTYPE Write(const void* pBuffer, ULONG cb, ULONG* pcbWritten) override;
+    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* pPosition) override;
+    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Revert() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
+
+  private:
+    MemoryStream() { ++s_living; }
+    ~MemoryStream() { --s_living; }
+
+    static inline int s_living = 0;
+    ULONG m_references = 1;
+    std::string m_bytes;
+    std::size_t m_position = 0;
+    ULONG m_most = 0xFFFFFFFF;
+    int m_seeks = 0;
+    HRESULT m_readResult = S_OK;
+    HRESULT m_writeResult = S_OK;
+};
+
+}  // namespace devkit::prntvpt

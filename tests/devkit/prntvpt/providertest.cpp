@@ -1,0 +1,93 @@
+#include "providertest.h"
+
+#include <fstream>
+#include <iterator>
+
+#include <nlohmann/json.hpp>
+
+#include "devkit/prntvpt/text.h"
+#include "memorystream.h"
+#include "platform/bstr.h"
+
+namespace devkit::prntvpt {
+namespace {
+
+[[nodiscard]] WrittenResult Take(HRESULT hr, const platform::ComPtr<MemoryStream>& output,
+                                 const platform::Bstr& error) {
+    WrittenResult written{hr, output->Bytes(), std::nullopt};
+    if (error.Get() != nullptr) written.error = std::wstring(error.View());
+    return written;
+}
+
+}  // namespace
+
+std::filesystem::path DeviceFolder(std::string_view name) {
+    return std::filesystem::path(SOURCE_FOLDER) / "devkit" / "devices" / name;
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file.is_open()) << path.string();
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string ConfigurationFor(const std::vector<std::string>& switches, std::string_view device) {
+    const nlohmann::json json{{"device", ToUtf8(DeviceFolder(device).native())}, {"switches", switches}};
+    return json.dump();
+}
+
+void ProviderTest::Use(const std::vector<std::string>& switches, std::string_view device) {
+    Close();
+    std::string error;
+    ASSERT_EQ(m_provider.Configure(ConfigurationFor(switches, device).c_str(), error), S_OK) << error;
+    const std::string printer =
+        nlohmann::json::parse(m_provider.Report())["configuration"]["printers"][0].get<std::string>();
+    const HRESULT hr = m_provider.OpenProvider(ToWide(printer).c_str(), 1, &m_handle);
+    ASSERT_EQ(hr, S_OK);
+    m_provider.Reset();
+}
+
+void ProviderTest::TearDown() {
+    Close();
+    EXPECT_EQ(MemoryStream::Living(), 0);
+    if (m_expectsBreaches) return;
+    EXPECT_EQ(Stops(), std::vector<std::string>());
+}
+
+void ProviderTest::Close() {
+    if (m_handle == nullptr) return;
+    EXPECT_EQ(m_provider.CloseProvider(m_handle), S_OK);
+    m_handle = nullptr;
+}
+
+WrittenResult ProviderTest::Merge(std::string_view base, std::optional<std::string_view> delta,
+                                  EPrintTicketScope scope) {
+    const auto baseStream = MemoryStream::Make(std::string(base));
+    const auto deltaStream = MemoryStream::Make(std::string(delta.value_or("")));
+    const auto output = MemoryStream::Make();
+    platform::Bstr error;
+    const HRESULT hr = m_provider.MergeAndValidatePrintTicket(
+        m_handle, baseStream.Get(), delta ? deltaStream.Get() : nullptr, scope, output.Get(), error.Put());
+    return Take(hr, output, error);
+}
+
+WrittenResult ProviderTest::MergeWithDefault(std::string_view delta, EPrintTicketScope scope) {
+    return Merge(DefaultTicket(), delta, scope);
+}
+
+WrittenResult ProviderTest::Capabilities(std::optional<std::string_view> ticket) {
+    const auto input = MemoryStream::Make(std::string(ticket.value_or("")));
+    const auto output = MemoryStream::Make();
+    platform::Bstr error;
+    const HRESULT hr =
+        m_provider.GetPrintCapabilities(m_handle, ticket ? input.Get() : nullptr, output.Get(), error.Put());
+    return Take(hr, output, error);
+}
+
+std::vector<std::string> ProviderTest::Stops() const {
+    std::vector<std::string> stops;
+    for (const ProviderBreach& breach : Report().breaches) stops.push_back(breach.stop);
+    return stops;
+}
+
+}  // namespace devkit::prntvpt
