@@ -13,7 +13,6 @@
 #include "devkit/pipeline/pipelinethread.h"
 #include "devkit/pipeline/propertybag.h"
 #include "devkit/pipeline/readstreamfactory.h"
-#include "devkit/pipeline/usertoken.h"
 #include "platform/variant.h"
 
 namespace devkit::pipeline {
@@ -26,10 +25,10 @@ using Clock = std::chrono::steady_clock;
 // ShutdownOperation waits for its own loop to end must not be locked up by the kit.
 constexpr std::chrono::seconds shutdownFirst{1};
 
-void FillBag(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties, HANDLE userToken) {
+void FillBag(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties) {
     if (properties.printerName) bag.Put(L"PrinterName", platform::Variant(*properties.printerName).Get());
     if (properties.printerHandle) bag.PutHandle(L"PrinterHandle", *properties.printerHandle);
-    if (properties.userToken) bag.PutHandle(L"UserSecurityToken", userToken);
+    if (properties.userToken != nullptr) bag.PutHandle(L"UserSecurityToken", properties.userToken->Get());
     if (properties.userTicket != nullptr) {
         const auto factory =
             MakeObject<ReadStreamFactory>(context, "PerUserPrintTicket", properties.userTicket);
@@ -94,7 +93,6 @@ struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {
     const std::shared_ptr<FilterSource> source;
     const std::shared_ptr<const JobInput> input;
     const ContextPtr context;
-    std::optional<UserToken> userToken;
     ComPtr<DocumentProvider> provider;
     ComPtr<DocumentConsumer> consumer;
     ComPtr<PipelineControl> control;
@@ -146,7 +144,6 @@ void FilterRun::Cancel() {
 
 void FilterRun::State::MakeObjects() {
     filter = source->CreateFilter();
-    if (options.properties.userToken) userToken.emplace();
     provider = MakeObject<DocumentProvider>(context, input, options.extraParts,
                                             [state = weak_from_this()](unsigned number) {
                                                 if (const auto alive = state.lock()) alive->PartAsked(number);
@@ -155,7 +152,7 @@ void FilterRun::State::MakeObjects() {
     control = MakeObject<PipelineControl>(context);
     bag = MakeObject<PropertyBag>(context);
     communicator = MakeObject<Communicator>(context, provider, consumer);
-    FillBag(*bag.Get(), context, options.properties, userToken ? userToken->Get() : nullptr);
+    FillBag(*bag.Get(), context, options.properties);
 }
 
 void FilterRun::State::Initialize() {
@@ -266,7 +263,8 @@ void FilterRun::State::ReleaseAll() {
 
 void FilterRun::State::LookForLeaks() {
     for (const std::string& object : context->LiveObjects()) context->Breach("never released: " + object);
-    if (userToken && !userToken->IsOpen())
+    const auto& userToken = options.properties.userToken;
+    if (userToken != nullptr && !userToken->IsOpen())
         context->Breach("the filter closed the handle of UserSecurityToken");
     const HRESULT canUnload = source->CanUnloadNow();
     if (canUnload != S_OK) {

@@ -16,16 +16,19 @@
 #include "devkit/pipeline/runcontext.h"
 #include "devkit/pipeline/sentpart.h"
 #include "devkit/pipeline/switches.h"
+#include "devkit/pipeline/usertoken.h"
 
 namespace devkit::pipeline {
 
-// The properties of a job's bag. What is absent is not in the bag.
+// The properties of a job's bag. What is null or absent is not in the bag.
 struct JobProperties {
     std::optional<std::wstring> printerName = L"SimPrinter";
-    Bytes userTicket = nullptr;  // "PerUserPrintTicket", null for none
-    bool userToken = true;       // "UserSecurityToken", an impersonation token of this user
-    std::optional<HANDLE> printerHandle = nullptr;  // borrowed; a null handle is put into the bag as such
-    std::optional<DriverValues> driverValues = DriverValues();
+    Bytes userTicket;  // "PerUserPrintTicket"
+    // "UserSecurityToken"; the filter is expected not to close it.
+    std::shared_ptr<const UserToken> userToken = std::make_shared<const UserToken>();
+    // "PrinterHandle", borrowed. A null handle is put into the bag as such: a printer that does not exist.
+    std::optional<HANDLE> printerHandle = nullptr;
+    std::optional<DriverValues> driverValues = DriverValues();  // "DriverPropertyBag"
 };
 
 enum class Apartment {
