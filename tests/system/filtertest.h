@@ -49,6 +49,7 @@ class FilterTest : public testing::Test {
 
   private:
     static std::optional<devkit::msxml::DomRegistration> s_dom;
+    static long s_liveDomObjects;  // what the registration itself keeps alive
     static std::unique_ptr<devkit::prntvpt::SimulatedProvider> s_pProvider;
     static std::shared_ptr<devkit::pipeline::FilterModule> s_pFilter;
 };
