@@ -130,6 +130,8 @@ std::optional<std::string> DocumentReader::TicketOf(const std::string& part) {
 std::vector<Relationship> DocumentReader::RelationshipsOf(const std::string& part) {
     try {
         return m_package.Relationships(part);
+    } catch (const StorageError&) {
+        throw;
     } catch (const PackageError& failure) {
         m_findings.emplace_back(failure.what());
         return {};

@@ -68,9 +68,7 @@ std::string Package::Add(std::string_view wantedName, std::string_view contentTy
 }
 
 void Package::Replace(std::string_view name, std::string bytes) {
-    State::Part& part = m_state->Get(name);
-    part.size = bytes.size();
-    part.bytes = std::move(bytes);
+    m_state->Put(m_state->Get(name).name, std::move(bytes));
 }
 
 void Package::Remove(std::string_view name) {

@@ -13,4 +13,10 @@ class PackageError : public std::runtime_error {
     PackageError(std::string_view what, std::string_view where);
 };
 
+// The storage fails, not what it holds: nothing that can be passed over.
+class StorageError : public PackageError {
+  public:
+    using PackageError::PackageError;
+};
+
 }  // namespace devkit::package

@@ -109,6 +109,8 @@ void Package::State::ReadContentTypes() {
     try {
         if (pPart == nullptr) throw PackageError("is missing", kContentTypes);
         types = ContentTypes::Parse(Read(*pPart, limits.maxStructureBytes), limits);
+    } catch (const StorageError&) {
+        throw;
     } catch (const PackageError& failure) {
         findings.emplace_back(failure.what());
         types = ContentTypes::Customary();
@@ -171,6 +173,7 @@ void Package::State::Put(const std::string& name, std::string bytes) {
     }
     Part& part = parts[m_byKey.at(NameKey(name))];
     part.removed = false;
+    part.whole = true;
     part.size = bytes.size();
     part.bytes = std::move(bytes);
 }

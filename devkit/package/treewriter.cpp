@@ -191,6 +191,8 @@ void TreeWriter::CheckPart(const std::string& name) const {
 std::vector<Relationship> TreeWriter::RelationshipsOf(const std::string& source) const {
     try {
         return m_package.Relationships(source);
+    } catch (const StorageError&) {
+        throw;
     } catch (const PackageError&) {
         // The reader took relationships that cannot be read for none, with a finding.
         return {};

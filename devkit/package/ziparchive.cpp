@@ -22,14 +22,15 @@ std::string Lowered(const char* text) {
     return words;
 }
 
-std::string OpeningFailure(const ZipSource& source, zip_error_t* pError) {
-    if (source.LimitWasReached()) return "the list of its entries is too large";
-    if (!source.Failure().empty()) return source.Failure();
-    if (zip_error_code_zip(pError) == ZIP_ER_NOZIP) return "is not a zip archive";
-    return "is a broken zip archive (" + Lowered(zip_error_strerror(pError)) + ")";
+[[noreturn]] void FailToOpen(ZipSource& source, zip_error_t* pError, const std::string& where) {
+    if (source.LimitWasReached()) throw PackageError("the list of its entries is too large", where);
+    const std::string failure = source.TakeFailure();
+    if (!failure.empty()) throw StorageError(failure, where);
+    if (zip_error_code_zip(pError) == ZIP_ER_NOZIP) throw PackageError("is not a zip archive", where);
+    throw PackageError("is a broken zip archive (" + Lowered(zip_error_strerror(pError)) + ")", where);
 }
 
-std::string ReadingFailure(zip_error_t* pError) {
+std::string Explain(zip_error_t* pError) {
     switch (zip_error_code_zip(pError)) {
         case ZIP_ER_CRC:
             return "its checksum is wrong";
@@ -42,6 +43,12 @@ std::string ReadingFailure(zip_error_t* pError) {
         default:
             return "cannot be read (" + Lowered(zip_error_strerror(pError)) + ")";
     }
+}
+
+[[noreturn]] void FailToRead(ZipSource& source, zip_error_t* pError, const std::string& entry) {
+    const std::string failure = source.TakeFailure();
+    if (!failure.empty()) throw StorageError(failure, entry);
+    throw PackageError(Explain(pError), entry);
 }
 
 ZipEntry Describe(zip_t* pZip, std::size_t index, const std::string& where) {
@@ -69,10 +76,12 @@ struct ZipArchive::Reader {
 
 ZipArchive::ZipArchive(std::shared_ptr<ByteSource> source, std::string where, const Limits& limits)
     : m_source(std::move(source)), m_where(std::move(where)), m_reader(std::make_unique<Reader>(*m_source)) {
+    // To libzip an empty file is an archive without entries.
+    if (m_source->Size() == 0) throw PackageError("is not a zip archive", m_where);
     ZipError error;
     m_reader->source.LimitReading(limits.maxDirectoryBytes);
     m_reader->zip.reset(m_reader->source.Open(error.Get()));
-    if (!m_reader->zip) throw PackageError(OpeningFailure(m_reader->source, error.Get()), m_where);
+    if (!m_reader->zip) FailToOpen(m_reader->source, error.Get(), m_where);
     m_reader->source.LimitReading({});
 
     const zip_int64_t count = zip_get_num_entries(m_reader->zip.get(), 0);
@@ -100,12 +109,12 @@ void ZipArchive::Read(std::size_t index, std::uint64_t most, std::string& bytes)
         throw PackageError("is larger than " + std::to_string(most) + " bytes", entry.name);
 
     const ZipFilePtr file(zip_fopen_index(m_reader->zip.get(), index, 0));
-    if (!file) throw PackageError(ReadingFailure(zip_get_error(m_reader->zip.get())), entry.name);
+    if (!file) FailToRead(m_reader->source, zip_get_error(m_reader->zip.get()), entry.name);
     const std::size_t before = bytes.size();
     std::array<char, 65'536> block;
     for (;;) {
         const zip_int64_t count = zip_fread(file.get(), block.data(), block.size());
-        if (count < 0) throw PackageError(ReadingFailure(zip_file_get_error(file.get())), entry.name);
+        if (count < 0) FailToRead(m_reader->source, zip_file_get_error(file.get()), entry.name);
         if (count == 0) break;
         if (bytes.size() - before + static_cast<std::uint64_t>(count) > entry.size)
             throw PackageError("its data is longer than the archive says", entry.name);

@@ -5,14 +5,15 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "devkit/package/storage.h"
 
 namespace devkit::package {
 
 // Lets libzip read from a ByteSource and, with a sink, write the changed archive there instead of over what
-// it read. Exceptions of the storage are kept from libzip's C code; Failure() tells of the first one. It must
-// outlive every zip_t that uses it.
+// it read. Exceptions of the storage are kept from libzip's C code; TakeFailure() tells of the first one. It
+// must outlive every zip_t that uses it.
 class ZipSource {
   public:
     // Both are borrowed; the sink may be null.
@@ -27,8 +28,8 @@ class ZipSource {
     // From now on reading fails once this much was read; unset lifts the limit.
     void LimitReading(std::optional<std::uint64_t> bytes) noexcept { m_readable = bytes; }
     [[nodiscard]] bool LimitWasReached() const noexcept { return m_limitReached; }
-    // What the storage said when it failed; empty when it did not.
-    [[nodiscard]] const std::string& Failure() const noexcept { return m_failure; }
+    // What the storage said when it failed since the last call; empty when it did not.
+    [[nodiscard]] std::string TakeFailure() noexcept { return std::exchange(m_failure, {}); }
 
   private:
     static zip_int64_t Callback(void* pSelf, void* pData, zip_uint64_t length, zip_source_cmd_t command);

@@ -36,16 +36,16 @@ class Writer {
     }
 
   private:
-    [[noreturn]] void Fail(zip_error_t* pError) const {
-        const std::string reason =
-            m_source.Failure().empty() ? zip_error_strerror(pError) : m_source.Failure();
-        throw PackageError("cannot be copied (" + reason + ")", m_archive.Where());
+    [[noreturn]] void Fail(zip_error_t* pError) {
+        const std::string failure = m_source.TakeFailure();
+        if (!failure.empty()) throw StorageError("cannot be copied: " + failure, m_archive.Where());
+        throw PackageError("cannot be copied: " + std::string(zip_error_strerror(pError)), m_archive.Where());
     }
-    void Check(zip_int64_t result) const {
+    void Check(zip_int64_t result) {
         if (result < 0) Fail(zip_get_error(m_zip.get()));
     }
 
-    ZipSourcePtr SourceOf(const std::string& bytes) const {
+    ZipSourcePtr SourceOf(const std::string& bytes) {
         ZipSourcePtr source(zip_source_buffer(m_zip.get(), bytes.data(), bytes.size(), 0));
         if (!source) Fail(zip_get_error(m_zip.get()));
         return source;
@@ -99,7 +99,7 @@ void WriteZip(const ZipArchive& archive, const ZipEdit& edit, ByteSink& sink) {
         try {
             Copy(archive, sink);
         } catch (const std::exception& failure) {
-            throw PackageError("cannot be copied (" + std::string(failure.what()) + ")", archive.Where());
+            throw StorageError("cannot be copied: " + std::string(failure.what()), archive.Where());
         }
         return;
     }

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "devkit/package/documentmarkup.h"
 #include "devkit/package/package.h"
 #include "devkit/package/xpsdocument.h"
 #include "memorystorage.h"

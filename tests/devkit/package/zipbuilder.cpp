@@ -1,10 +1,13 @@
 #include "zipbuilder.h"
 
+#include <algorithm>
+
 namespace devkit::package {
 
 namespace {
 
 constexpr std::uint16_t kSizesBehind = 8;
+constexpr std::size_t kMostEntries = 0xFFFF;
 
 void Put(std::string& bytes, std::uint64_t value, int count) {
     for (int i = 0; i < count; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFF);
@@ -55,6 +58,24 @@ void PutCentral(std::string& bytes, const Described& entry) {
     bytes += entry.entry.name;
 }
 
+// The records for an archive with more entries than the plain ones can count.
+void PutZip64End(std::string& bytes, std::size_t count, std::size_t start, std::size_t size,
+                 std::size_t end) {
+    Put(bytes, 0x06064B50, 4);
+    Put(bytes, 44, 8);
+    Put(bytes, 45, 2);
+    Put(bytes, 45, 2);
+    Put(bytes, 0, 8);  // disks
+    Put(bytes, count, 8);
+    Put(bytes, count, 8);
+    Put(bytes, size, 8);
+    Put(bytes, start, 8);
+    Put(bytes, 0x07064B50, 4);
+    Put(bytes, 0, 4);
+    Put(bytes, end, 8);
+    Put(bytes, 1, 4);
+}
+
 // Bits from the lowest up, as deflate packs them.
 class BitWriter {
   public:
@@ -93,10 +114,12 @@ std::string BuildZip(const std::vector<RawEntry>& entries) {
     const std::size_t start = bytes.size();
     for (const Described& entry : described) PutCentral(bytes, entry);
     const std::size_t size = bytes.size() - start;
+    const std::size_t end = bytes.size();
+    if (entries.size() > kMostEntries) PutZip64End(bytes, entries.size(), start, size, end);
     Put(bytes, 0x06054B50, 4);
     Put(bytes, 0, 4);  // disks
-    Put(bytes, entries.size() & 0xFFFF, 2);
-    Put(bytes, entries.size() & 0xFFFF, 2);
+    Put(bytes, std::min(entries.size(), kMostEntries), 2);
+    Put(bytes, std::min(entries.size(), kMostEntries), 2);
     Put(bytes, size, 4);
     Put(bytes, start, 4);
     Put(bytes, 0, 2);

@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+
+#include "devkit/package/xpsdocument.h"
+#include "testpackages.h"
+
+namespace devkit::package {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const std::string kTicket = kXps + "/printticket";
+const std::string kResource = kXps + "/required-resource";
+
+std::string Document(const Texts& pages) {
+    return NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocument, pages);
+}
+
+// Two pages that share a ticket, a job ticket, two resources of the first page.
+std::vector<RawEntry> Entries() {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "d.fdoc").data = Document({"/p.fpage", "/q.fpage"});
+    entries.emplace_back("q.fpage", "<q/>");
+    entries.emplace_back("_rels/s.fdseq.rels", Links({{kTicket, "/job.xml"}}));
+    entries.emplace_back("_rels/p.fpage.rels",
+                         Links({{kResource, "a.ttf"}, {kTicket, "t.xml"}, {kResource, "/b.png"}}));
+    entries.emplace_back("_rels/q.fpage.rels", Links({{kTicket, "/t.xml"}}));
+    for (const char* name : {"job.xml", "t.xml", "a.ttf", "b.png"}) entries.emplace_back(name, name);
+    return entries;
+}
+
+XpsDocument Again(XpsDocument& document) { return XpsDocument::Open(OpenBytes(SavedBytes(document))); }
+
+FixedPage& Page(XpsDocument& document, std::size_t index) {
+    return document.sequence.documents.at(0).pages.at(index);
+}
+
+// The parts whose bytes are not those of the entries any more, those that are gone or new included.
+Texts Changed(const std::vector<RawEntry>& entries, XpsDocument& document) {
+    const Package saved = OpenBytes(SavedBytes(document));
+    Texts changed;
+    for (const RawEntry& entry : entries) {
+        std::string bytes = "gone";
+        try {
+            bytes = saved.Read("/" + entry.name);
+        } catch (const PackageError&) {
+        }
+        if (bytes != entry.data) changed.push_back("/" + entry.name + (bytes == "gone" ? " gone" : ""));
+    }
+    for (const PartInfo& part : saved.Parts()) {
+        if (std::ranges::none_of(entries,
+                                 [&](const RawEntry& entry) { return "/" + entry.name == part.name; }))
+            changed.push_back(part.name + " new");
+    }
+    return changed;
+}
+
+TEST(DocumentSaveTest, AnUnchangedTreeIsCopiedByteForByte) {
+    XpsDocument document = OpenDocument(Entries());
+    EXPECT_EQ(SavedBytes(document), BuildZip(Entries()));
+}
+
+TEST(DocumentSaveTest, NewMarkupReplacesThePageAlone) {
+    XpsDocument document = OpenDocument(Entries());
+    Page(document, 1).markup = "<new/>";
+    EXPECT_EQ(document.ReadMarkup(Page(document, 1)), "<new/>");
+    EXPECT_EQ(Changed(Entries(), document), Texts{"/q.fpage"});
+    EXPECT_EQ(document.ReadMarkup(Page(document, 1)), "<new/>");
+    XpsDocument again = Again(document);
+    EXPECT_EQ(again.ReadMarkup(Page(again, 1)), "<new/>");
+}
+
+TEST(DocumentSaveTest, ANewPageTicketTakesThePlaceOfTheOldRelationship) {
+    XpsDocument document = OpenDocument(Entries());
+    Page(document, 0).ticket = document.AddPart("pagevalidator_0_\\t.xml", kPrintTicketContentType, "<new/>");
+    EXPECT_EQ(Page(document, 0).ticket, "/pagevalidator_0_/t.xml");
+    EXPECT_EQ(Changed(Entries(), document),
+              (Texts{"/[Content_Types].xml", "/_rels/p.fpage.rels", "/pagevalidator_0_/t.xml new"}));
+    XpsDocument again = Again(document);
+    EXPECT_EQ(Page(again, 0).ticket, "/pagevalidator_0_/t.xml");
+    EXPECT_EQ(Page(again, 0).resources, (Texts{"/a.ttf", "/b.png"}));
+    EXPECT_EQ(Page(again, 1).ticket, "/t.xml");
+    EXPECT_EQ(again.GetPackage().Find("/pagevalidator_0_/t.xml")->contentType, kPrintTicketContentType);
+    EXPECT_EQ(again.GetPackage().Relationships("/p.fpage"),
+              (std::vector<Relationship>{{"R1", kResource, "a.ttf", false},
+                                         {"R3", kResource, "/b.png", false},
+                                         {"R2", kTicket, "/pagevalidator_0_/t.xml", false}}));
+}
+
+TEST(DocumentSaveTest, ATicketThatNothingNamesAnyMoreLeavesThePackage) {
+    XpsDocument document = OpenDocument(Entries());
+    const std::string ticket = document.AddPart("/new.xml", kPrintTicketContentType, "<new/>");
+    Page(document, 0).ticket = ticket;
+    Page(document, 1).ticket = ticket;
+    document.sequence.ticket.reset();
+    EXPECT_EQ(Changed(Entries(), document),
+              (Texts{"/[Content_Types].xml", "/_rels/s.fdseq.rels gone", "/_rels/p.fpage.rels",
+                     "/_rels/q.fpage.rels", "/job.xml gone", "/t.xml gone", "/new.xml new"}));
+    XpsDocument again = Again(document);
+    EXPECT_EQ(again.sequence.ticket, std::nullopt);
+    EXPECT_EQ(Page(again, 0).ticket, "/new.xml");
+    EXPECT_EQ(Page(again, 1).ticket, "/new.xml");
+}
+
+TEST(DocumentSaveTest, TicketsCanBeGivenWhereThereWereNone) {
+    XpsDocument document = OpenDocument(SmallDocument());
+    document.sequence.ticket = document.AddPart("/j.xml", kPrintTicketContentType, "<j/>");
+    document.sequence.documents[0].ticket = document.AddPart("/j.xml", kPrintTicketContentType, "<d/>");
+    Page(document, 0).ticket = document.sequence.ticket;
+    XpsDocument again = Again(document);
+    EXPECT_EQ(again.sequence.ticket, "/j.xml");
+    EXPECT_EQ(again.sequence.documents[0].ticket, "/j-2.xml");
+    EXPECT_EQ(Page(again, 0).ticket, "/j.xml");
+    EXPECT_EQ(again.ReadPart("/j-2.xml"), "<d/>");
+}
+
+TEST(DocumentSaveTest, BothTicketsOfAPartGiveWayToANewOne) {
+    std::vector<RawEntry> entries = Entries();
+    EntryOf(entries, "_rels/s.fdseq.rels").data = Links({{kTicket, "/job.xml"}, {kTicket, "/job2.xml"}});
+    entries.emplace_back("job2.xml", "");
+    XpsDocument document = OpenDocument(entries);
+    document.sequence.ticket = document.AddPart("/new.xml", kPrintTicketContentType, "<j/>");
+    XpsDocument again = Again(document);
+    EXPECT_EQ(again.GetPackage().Relationships("/s.fdseq"),
+              (std::vector<Relationship>{{"R1", kTicket, "/new.xml", false}}));
+    EXPECT_TRUE(again.Findings().empty());
+}
+
+TEST(DocumentSaveTest, OpenXpsGetsItsOwnRelationshipTypes) {
+    const std::string oxps = "http://schemas.openxps.org/oxps/v1.0";
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "_rels/.rels").data = Links({{oxps + "/fixedrepresentation", "s.fdseq"}});
+    XpsDocument document = OpenDocument(entries);
+    Page(document, 0).ticket = document.AddPart("/t", kPrintTicketContentType, "");
+    Page(document, 0).resources.push_back(document.AddPart("/f.ttf", "application/vnd.ms-opentype", ""));
+    EXPECT_EQ(Again(document).GetPackage().Relationships("/p.fpage"),
+              (std::vector<Relationship>{{"R1", oxps + "/printticket", "/t", false},
+                                         {"R2", oxps + "/required-resource", "/f.ttf", false}}));
+}
+
+TEST(DocumentSaveTest, ResourcesCanBeAddedAndDropped) {
+    XpsDocument document = OpenDocument(Entries());
+    FixedPage& page = Page(document, 0);
+    page.resources.erase(page.resources.begin());
+    page.resources.push_back(document.AddPart("/c.png", "image/png", "c"));
+    EXPECT_EQ(Changed(Entries(), document),
+              (Texts{"/[Content_Types].xml", "/_rels/p.fpage.rels", "/c.png new"}));
+    XpsDocument again = Again(document);
+    EXPECT_EQ(Page(again, 0).resources, (Texts{"/b.png", "/c.png"}));
+    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
+    EXPECT_TRUE(again.GetPackage().Contains("/a.ttf"));
+}
+
+TEST(DocumentSaveTest, TheThumbnailCanBeSetReplacedAndDropped) {
+    XpsDocument document = OpenDocument(Entries());
+    document.thumbnail = document.AddPart("/t.png", "image/png", "t");
+    XpsDocument with = Again(document);
+    EXPECT_EQ(with.thumbnail, "/t.png");
+    with.thumbnail = "/b.png";
+    XpsDocument replaced = Again(with);
+    EXPECT_EQ(replaced.thumbnail, "/b.png");
+    EXPECT_EQ(replaced.GetPackage().Relationships("/").size(), 2U);
+    replaced.thumbnail.reset();
+    XpsDocument without = Again(replaced);
+    EXPECT_EQ(without.thumbnail, std::nullopt);
+    EXPECT_EQ(without.sequence.name, "/s.fdseq");
+}
+
+TEST(DocumentSaveTest, PagesCanBeMovedDroppedAndAdded) {
+    XpsDocument document = OpenDocument(Entries());
+    std::vector<FixedPage>& pages = document.sequence.documents[0].pages;
+    pages.erase(pages.begin());
+    FixedPage added;
+    added.name = document.AddPart("/n.fpage", kFixedPageContentType, "<n/>");
+    added.ticket = "/t.xml";
+    pages.insert(pages.begin(), added);
+    EXPECT_EQ(Changed(Entries(), document),
+              (Texts{"/d.fdoc", "/p.fpage gone", "/_rels/p.fpage.rels gone", "/n.fpage new"}));
+    XpsDocument again = Again(document);
+    ASSERT_EQ(again.sequence.documents[0].pages.size(), 2U);
+    EXPECT_EQ(Page(again, 0).name, "/n.fpage");
+    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
+    EXPECT_EQ(Page(again, 1).name, "/q.fpage");
+}
+
+TEST(DocumentSaveTest, DocumentsCanBeAddedAndDropped) {
+    XpsDocument document = OpenDocument(Entries());
+    FixedDocument added;
+    added.name = document.AddPart("/e.fdoc", kFixedDocumentContentType, "");
+    added.pages.push_back(Page(document, 1));
+    document.sequence.documents = {added};
+    XpsDocument again = Again(document);
+    ASSERT_EQ(again.sequence.documents.size(), 1U);
+    EXPECT_EQ(again.sequence.documents[0].name, "/e.fdoc");
+    EXPECT_EQ(Page(again, 0).name, "/q.fpage");
+    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
+    EXPECT_FALSE(again.GetPackage().Contains("/d.fdoc"));
+    EXPECT_FALSE(again.GetPackage().Contains("/p.fpage"));
+}
+
+TEST(DocumentSaveTest, AnImpliedSequenceGetsAPartWhenItNeedsOne) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "_rels/.rels").data = Links({{kXps + "/fixedrepresentation", "/d.fdoc"}});
+    XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(Changed(entries, document), Texts());
+    document.sequence.ticket = document.AddPart("/j.xml", kPrintTicketContentType, "<j/>");
+    XpsDocument again = Again(document);
+    EXPECT_EQ(document.sequence.name, "/FixedDocumentSequence.fdseq");
+    EXPECT_FALSE(again.sequence.implied);
+    EXPECT_EQ(again.sequence.name, "/FixedDocumentSequence.fdseq");
+    EXPECT_EQ(again.sequence.ticket, "/j.xml");
+    EXPECT_EQ(again.sequence.documents[0].name, "/d.fdoc");
+    EXPECT_TRUE(again.Findings().empty());
+}
+
+TEST(DocumentSaveTest, RelationshipsThatCannotBeReadAreReplaced) {
+    std::vector<RawEntry> entries = Entries();
+    EntryOf(entries, "_rels/p.fpage.rels").data = "<broken";
+    XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(Page(document, 0).ticket, std::nullopt);
+    Page(document, 0).ticket = "/t.xml";
+    XpsDocument again = Again(document);
+    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
+}
+
+TEST(DocumentSaveTest, SavingTwiceGivesTheSameBytes) {
+    XpsDocument document = OpenDocument(Entries());
+    Page(document, 0).markup = "<new/>";
+    Page(document, 0).ticket = document.AddPart("/n.xml", kPrintTicketContentType, "<n/>");
+    const std::string first = SavedBytes(document);
+    EXPECT_EQ(SavedBytes(document), first);
+}
+
+TEST(DocumentSaveTest, APartThatTheTreeNamesMustBeThere) {
+    for (const auto change : {+[](XpsDocument& each) { each.sequence.ticket = "/none"; },
+                              +[](XpsDocument& each) { each.thumbnail = "/none"; },
+                              +[](XpsDocument& each) { Page(each, 0).name = "/none"; },
+                              +[](XpsDocument& each) { Page(each, 0).resources.push_back("/none"); },
+                              +[](XpsDocument& each) { each.sequence.documents[0].name = "/none"; }}) {
+        XpsDocument document = OpenDocument(Entries());
+        change(document);
+        EXPECT_EQ(ErrorOf([&] { static_cast<void>(SavedBytes(document)); }),
+                  "the tree names a part that is missing, /none");
+    }
+}
+
+}  // namespace
+}  // namespace devkit::package

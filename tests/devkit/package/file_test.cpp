@@ -1,0 +1,115 @@
+#include "devkit/package/file.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "temporaryfolder.h"
+#include "testpackages.h"
+
+namespace devkit::package {
+namespace {
+
+using Names = std::set<std::string>;
+
+TEST(FileSourceTest, ReadsAnywhere) {
+    const TemporaryFolder folder;
+    WriteFileBytes(folder / "a", "0123456789");
+    FileSource source(folder / "a");
+    std::string buffer(4, '-');
+    EXPECT_EQ(source.Size(), 10U);
+    EXPECT_EQ(source.ReadAt(3, buffer.data(), 4), 4U);
+    EXPECT_EQ(buffer, "3456");
+    EXPECT_EQ(source.ReadAt(8, buffer.data(), 4), 2U);
+    EXPECT_EQ(buffer, "8956");
+    EXPECT_EQ(source.ReadAt(10, buffer.data(), 4), 0U);
+    EXPECT_EQ(source.ReadAt(1'000'000'000'000, buffer.data(), 4), 0U);
+}
+
+TEST(FileSourceTest, AFileThatIsNotThereIsAnError) {
+    const TemporaryFolder folder;
+    const std::string error = ErrorOf([&] { FileSource(folder / "none"); });
+    EXPECT_TRUE(error.starts_with("cannot be opened: ")) << error;
+    EXPECT_TRUE(error.ends_with(", " + PathText(folder / "none"))) << error;
+}
+
+TEST(FileSourceTest, AFolderIsAnError) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(ErrorOf([&] { FileSource(folder / "."); }).starts_with("cannot be opened: "));
+}
+
+TEST(OutputFileTest, AppearsWhenItIsWhole) {
+    const TemporaryFolder folder;
+    OutputFile file(folder / "out");
+    file.WriteAt(0, "abcdef", 6);
+    file.WriteAt(2, "XY", 2);
+    EXPECT_FALSE(folder.Names().contains("out"));
+    file.Commit();
+    EXPECT_EQ(folder.Names(), Names{"out"});
+    EXPECT_EQ(ReadFileBytes(folder / "out"), "abXYef");
+}
+
+TEST(OutputFileTest, ReplacesAFileThatIsThere) {
+    const TemporaryFolder folder;
+    WriteFileBytes(folder / "out", "old and longer");
+    {
+        OutputFile file(folder / "out");
+        file.WriteAt(0, "new", 3);
+        EXPECT_EQ(ReadFileBytes(folder / "out"), "old and longer");
+        file.Commit();
+    }
+    EXPECT_EQ(folder.Names(), Names{"out"});
+    EXPECT_EQ(ReadFileBytes(folder / "out"), "new");
+}
+
+TEST(OutputFileTest, LeavesNothingWithoutCommit) {
+    const TemporaryFolder folder;
+    WriteFileBytes(folder / "out", "old");
+    {
+        OutputFile file(folder / "out");
+        file.WriteAt(0, "new", 3);
+        EXPECT_EQ(folder.Names().size(), 2U);
+    }
+    EXPECT_EQ(folder.Names(), Names{"out"});
+    EXPECT_EQ(ReadFileBytes(folder / "out"), "old");
+}
+
+TEST(OutputFileTest, TwoOutputsOfOneNameDoNotMeet) {
+    const TemporaryFolder folder;
+    OutputFile first(folder / "out");
+    OutputFile second(folder / "out");
+    first.WriteAt(0, "1", 1);
+    second.WriteAt(0, "2", 1);
+    second.Commit();
+    EXPECT_EQ(ReadFileBytes(folder / "out"), "2");
+    first.Commit();
+    EXPECT_EQ(ReadFileBytes(folder / "out"), "1");
+    EXPECT_EQ(folder.Names(), Names{"out"});
+}
+
+TEST(OutputFileTest, AFolderThatIsNotThereIsAnError) {
+    const TemporaryFolder folder;
+    const std::string error = ErrorOf([&] { OutputFile(folder / "none" / "out"); });
+    EXPECT_TRUE(error.starts_with("cannot be written: ")) << error;
+    EXPECT_TRUE(error.ends_with(", " + PathText(folder / "none" / "out"))) << error;
+}
+
+TEST(OutputFileTest, AFolderInItsPlaceIsAnErrorThatLeavesNothing) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "out");
+    OutputFile file(folder / "out");
+    file.WriteAt(0, "x", 1);
+    EXPECT_TRUE(ErrorOf([&] { file.Commit(); }).starts_with("cannot be written: "));
+    EXPECT_EQ(folder.Names(), Names{"out"});
+}
+
+TEST(OutputFileTest, NamesOutsideAsciiWork) {
+    const TemporaryFolder folder;
+    OutputFile file(folder / L"\x00E9\x4E2D.xps");
+    file.Commit();
+    EXPECT_TRUE(std::filesystem::exists(folder / L"\x00E9\x4E2D.xps"));
+    EXPECT_TRUE(PathText(folder / L"\x00E9\x4E2D.xps").ends_with("\xC3\xA9\xE4\xB8\xAD.xps"));
+}
+
+}  // namespace
+}  // namespace devkit::package

@@ -1,0 +1,241 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <set>
+
+#include "devkit/package/package.h"
+#include "temporaryfolder.h"
+#include "testpackages.h"
+
+namespace devkit::package {
+namespace {
+
+// An entry that inflates to zeros, as honest as it can be.
+RawEntry Zeros(std::string name, std::uint32_t count) {
+    RawEntry entry(std::move(name), DeflatedZeros(count));
+    entry.method = 8;
+    entry.size = count;
+    entry.crc = Crc32(std::string(count, '\0'));
+    return entry;
+}
+
+std::string ReadingError(const std::vector<RawEntry>& entries, const char* part, const Limits& limits = {}) {
+    return ErrorOf([&] { static_cast<void>(OpenEntries(entries, limits).Read(part)); });
+}
+
+TEST(HostilePackageTest, WhatIsNoZipArchiveIsRefused) {
+    EXPECT_EQ(
+        ErrorOf([] { static_cast<void>(OpenBytes("not a zip archive at all, but long enough to be one")); }),
+        "is not a zip archive, test.xps");
+    EXPECT_EQ(ErrorOf([] { static_cast<void>(OpenBytes("")); }), "is not a zip archive, test.xps");
+}
+
+TEST(HostilePackageTest, ABombByItsDeclaredSizeIsRefusedBeforeItIsRead) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.emplace_back("bomb.bin", "x").size = 0xF0000000;
+    EXPECT_EQ(OpeningError(entries), "is larger than 536870912 bytes, bomb.bin");
+}
+
+TEST(HostilePackageTest, PartsThatAreABombTogetherAreRefused) {
+    std::vector<RawEntry> entries = SmallDocument();
+    for (int i = 0; i < 20; ++i) entries.emplace_back("bomb" + std::to_string(i), "x").size = 0x1F000000;
+    EXPECT_EQ(OpeningError(entries), "its parts are larger than 8589934592 bytes, test.xps");
+}
+
+TEST(HostilePackageTest, ABombByItsRealSizeIsRefused) {
+    std::vector<RawEntry> entries = SmallDocument();
+    RawEntry& bomb = entries.emplace_back(Zeros("bomb.bin", 2'000'000));
+    bomb.size = 10;
+    EXPECT_EQ(ReadingError(entries, "/bomb.bin"), "its data is longer than the archive says, bomb.bin");
+}
+
+TEST(HostilePackageTest, APartIsHeldToTheLimitForParts) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.push_back(Zeros("big.bin", 2'000'000));
+    Limits limits;
+    limits.maxPartBytes = 2'000'000;
+    EXPECT_EQ(ReadingError(entries, "/big.bin", limits), "");
+    limits.maxPartBytes = 1'999'999;
+    EXPECT_EQ(OpeningError(entries, limits), "is larger than 1999999 bytes, big.bin");
+}
+
+TEST(HostilePackageTest, PiecesAreHeldToTheLimitTogether) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.push_back(Zeros("a/[0].piece", 1'000));
+    entries.push_back(Zeros("a/[1].last.piece", 1'000));
+    Limits limits;
+    limits.maxPartBytes = 1'999;
+    EXPECT_EQ(OpeningError(entries, limits), "is larger than 1999 bytes, /a");
+}
+
+TEST(HostilePackageTest, StructureIsHeldToItsOwnLimit) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "d.fdoc").data += std::string(5'000, ' ');
+    Limits limits;
+    limits.maxStructureBytes = 5'000;
+    EXPECT_EQ(OpeningError(entries, limits), "is larger than 5000 bytes, /d.fdoc");
+    entries = SmallDocument();
+    EntryOf(entries, "_rels/.rels").data += std::string(5'000, ' ');
+    EXPECT_EQ(OpeningError(entries, limits), "is larger than 5000 bytes, _rels/.rels");
+}
+
+TEST(HostilePackageTest, EntriesThatShareTheirBytesAreRefused) {
+    std::vector<RawEntry> entries = SmallDocument();
+    RawEntry kernel("kernel", DeflatedZeros(1'000'000));
+    kernel.method = 8;
+    kernel.size = 1'000'000;
+    entries.insert(entries.begin(), kernel);
+    for (int i = 0; i < 10; ++i) {
+        RawEntry& copy = entries.emplace_back("copy" + std::to_string(i), "");
+        copy.method = 8;
+        copy.size = 1'000'000;
+        copy.compressedSize = static_cast<std::uint32_t>(kernel.data.size());
+        copy.localOffset = 0;
+    }
+    EXPECT_EQ(OpeningError(entries), "its entries overlap or are cut off, test.xps");
+}
+
+TEST(HostilePackageTest, NamesThatLeaveThePackageAreRefused) {
+    for (const char* name :
+         {"../evil", "a/../../evil", "/etc/evil", "C:\\evil", "..\\evil", "a/..", "%2e%2e/evil"}) {
+        std::vector<RawEntry> entries = SmallDocument();
+        entries.emplace_back(name, "x");
+        EXPECT_EQ(OpeningError(entries), "an entry's name leaves the package, " + std::string(name));
+    }
+}
+
+TEST(HostilePackageTest, AnErrorIsOneLineWhateverTheNameIs) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.emplace_back("../a\r\nb\x1B[2J", "x");
+    const std::string error = OpeningError(entries);
+    EXPECT_EQ(error.find_first_of("\r\n\x1B"), std::string::npos) << error;
+    EXPECT_TRUE(error.starts_with("an entry's name leaves the package, ../a"));
+}
+
+TEST(HostilePackageTest, DuplicateNamesAreRefused) {
+    for (const char* name : {"p.fpage", "P.FPAGE", "%70.fpage", "p.fpage/[0].last.piece"}) {
+        std::vector<RawEntry> entries = SmallDocument();
+        entries.emplace_back(name, "x");
+        EXPECT_TRUE(OpeningError(entries).starts_with("two parts have the same name, /")) << name;
+    }
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.emplace_back("[CONTENT_TYPES].xml", "x");
+    EXPECT_EQ(OpeningError(entries), "two parts have the same name, /[CONTENT_TYPES].xml");
+}
+
+TEST(HostilePackageTest, CyclesOfReferencesEnd) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "s.fdseq").data = "<FixedDocumentSequence xmlns=\"" + kXps +
+                                       "\"><DocumentReference Source=\"s.fdseq\"/></FixedDocumentSequence>";
+    EXPECT_EQ(OpeningError(entries), "is not a fixed document, /s.fdseq");
+
+    entries = SmallDocument();
+    EntryOf(entries, "d.fdoc").data =
+        "<FixedDocument xmlns=\"" + kXps + "\"><PageContent Source=\"d.fdoc\"/></FixedDocument>";
+    EXPECT_EQ(OpeningError(entries), "has no pages, /s.fdseq");
+}
+
+TEST(HostilePackageTest, CyclesOfRelationshipsEnd) {
+    std::vector<RawEntry> entries = SmallDocument();
+    const std::string resource = kXps + "/required-resource";
+    entries.emplace_back("_rels/p.fpage.rels",
+                         Links({{resource, "p.fpage"}, {resource, "a"}, {resource, "/A"}}));
+    entries.emplace_back("a", "x");
+    entries.emplace_back("_rels/a.rels", Links({{resource, "p.fpage"}}));
+    const XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(document.sequence.documents.at(0).pages.at(0).resources,
+              (std::vector<std::string>{"/p.fpage", "/a"}));
+}
+
+TEST(HostilePackageTest, MoreReferencesThanTheLimitAreRefused) {
+    std::vector<RawEntry> entries = SmallDocument();
+    std::string& document = EntryOf(entries, "d.fdoc").data;
+    document = "<FixedDocument xmlns=\"" + kXps + "\">";
+    for (int i = 0; i < 100'000; ++i) document += "<PageContent Source=\"p.fpage\"/>";
+    document += "</FixedDocument>";
+    EXPECT_EQ(OpeningError(entries), "refers to more than 100000 documents and pages, /d.fdoc");
+}
+
+TEST(HostilePackageTest, AHundredThousandPartsAreRefusedInBoundedTime) {
+    std::vector<RawEntry> entries = SmallDocument();
+    for (int i = 0; i < 100'000; ++i) entries.emplace_back("part" + std::to_string(i), "");
+    const std::string bytes = BuildZip(entries);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(OpenBytes(bytes)); }), "has more than 65535 entries, test.xps");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+TEST(HostilePackageTest, MoreEntriesThanTheLimitAreRefused) {
+    Limits limits;
+    limits.maxEntries = 5;
+    EXPECT_EQ(OpeningError(SmallDocument(), limits), "");
+    limits.maxEntries = 4;
+    EXPECT_EQ(OpeningError(SmallDocument(), limits), "has more than 4 entries, test.xps");
+}
+
+TEST(HostilePackageTest, ADirectoryThatIsTooLargeIsNotRead) {
+    std::vector<RawEntry> entries = SmallDocument();
+    for (int i = 0; i < 10'000; ++i) entries.emplace_back("part" + std::to_string(i), "");
+    const std::string bytes = BuildZip(entries);
+    Limits limits;
+    limits.maxDirectoryBytes = 200'000;
+    EXPECT_EQ(ErrorOf([&] { static_cast<void>(OpenBytes(bytes, limits)); }),
+              "the list of its entries is too large, test.xps");
+}
+
+TEST(HostilePackageTest, EncryptedPartsAreRefused) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "p.fpage").flags = 1;
+    EXPECT_EQ(OpeningError(entries), "is encrypted, p.fpage");
+}
+
+TEST(HostilePackageTest, OtherCompressionMethodsAreRefused) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "p.fpage").method = 14;
+    EXPECT_EQ(OpeningError(entries), "is compressed in a way that packages do not use, p.fpage");
+}
+
+TEST(HostilePackageTest, AWrongChecksumIsAnError) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "p.fpage").crc = 1;
+    EXPECT_EQ(ReadingError(entries, "/p.fpage"), "its checksum is wrong, p.fpage");
+}
+
+TEST(HostilePackageTest, LyingSizesAreErrors) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.push_back(Zeros("a", 1'000));
+    entries.back().size = 999;
+    EXPECT_EQ(ReadingError(entries, "/a"), "its data is longer than the archive says, a");
+    entries.back().size = 1'001;
+    EXPECT_EQ(ReadingError(entries, "/a"), "its data is shorter than the archive says, a");
+    entries.back().size = 1'000;
+    entries.back().compressedSize = 5;
+    EXPECT_NE(ReadingError(entries, "/a"), "");
+}
+
+TEST(HostilePackageTest, BrokenCompressedDataIsAnError) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.push_back(Zeros("a", 1'000));
+    entries.back().data[0] = '\x07';
+    EXPECT_EQ(ReadingError(entries, "/a"), "its compressed data is broken, a");
+}
+
+TEST(HostilePackageTest, AnOffsetOutsideTheFileIsAnError) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "p.fpage").localOffset = 0x7FFFFFFF;
+    EXPECT_NE(ReadingError(entries, "/p.fpage") + OpeningError(entries), "");
+}
+
+TEST(HostilePackageTest, NothingIsWrittenOutsideTheOutput) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "inner");
+    Package package = OpenEntries(SmallDocument());
+    EXPECT_EQ(package.Add("../../evil", "x", "x"), "/evil");
+    EXPECT_EQ(package.Add("C:\\Windows\\evil", "x", "x"), "/C:/Windows/evil");
+    package.Save(folder / "inner" / "out.xps");
+    EXPECT_EQ(folder.Names(), std::set<std::string>{"inner"});
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder / "inner"), {}), 1);
+}
+
+}  // namespace
+}  // namespace devkit::package

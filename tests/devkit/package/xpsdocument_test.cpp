@@ -1,0 +1,185 @@
+#include "devkit/package/xpsdocument.h"
+
+#include <gtest/gtest.h>
+
+#include "testpackages.h"
+
+namespace devkit::package {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const std::string kTicket = kXps + "/printticket";
+const std::string kResource = kXps + "/required-resource";
+const std::string kStart = kXps + "/fixedrepresentation";
+
+std::string Sequence(const Texts& documents) {
+    return NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocumentSequence, documents);
+}
+std::string Document(const Texts& pages) {
+    return NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocument, pages);
+}
+
+TEST(XpsDocumentTest, ReadsTheSmallestDocument) {
+    const XpsDocument document = OpenDocument(SmallDocument());
+    EXPECT_EQ(document.GetFlavour(), Flavour::MicrosoftXps);
+    EXPECT_EQ(document.sequence.name, "/s.fdseq");
+    EXPECT_FALSE(document.sequence.implied);
+    EXPECT_EQ(document.sequence.ticket, std::nullopt);
+    EXPECT_EQ(document.thumbnail, std::nullopt);
+    ASSERT_EQ(document.sequence.documents.size(), 1U);
+    EXPECT_EQ(document.sequence.documents[0].name, "/d.fdoc");
+    ASSERT_EQ(document.sequence.documents[0].pages.size(), 1U);
+    EXPECT_EQ(document.sequence.documents[0].pages[0].name, "/p.fpage");
+    EXPECT_TRUE(document.Findings().empty());
+    EXPECT_EQ(document.ReadMarkup(document.sequence.documents[0].pages[0]), document.ReadPart("/p.fpage"));
+}
+
+TEST(XpsDocumentTest, FindsTicketsAtTheThreeLevelsTheThumbnailAndResources) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "_rels/.rels").data =
+        Links({{std::string(kThumbnailRelationship), "meta/t.png"}, {kStart, "s.fdseq"}});
+    EntryOf(entries, "_rels/s.fdseq.rels").data = Links({{kTicket, "meta/job.xml"}});
+    EntryOf(entries, "_rels/d.fdoc.rels").data = Links({{kTicket, "/Meta/Document.xml"}});
+    EntryOf(entries, "_rels/p.fpage.rels").data = Links({{kResource, "font.odttf"},
+                                                         {kTicket, "./meta/page.xml"},
+                                                         {kXps + "/restricted-font", "font2.ttf"},
+                                                         {kXps + "/storyfragments", "frag"},
+                                                         {kResource, "/FONT.odttf"}});
+    for (const char* name : {"meta/t.png", "meta/job.xml", "meta/document.xml", "meta/page.xml", "font.odttf",
+                             "font2.ttf", "frag"})
+        entries.emplace_back(name, name);
+    const XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(document.thumbnail, "/meta/t.png");
+    EXPECT_EQ(document.sequence.ticket, "/meta/job.xml");
+    EXPECT_EQ(document.sequence.documents[0].ticket, "/meta/document.xml");
+    const FixedPage& page = document.sequence.documents[0].pages[0];
+    EXPECT_EQ(page.ticket, "/meta/page.xml");
+    EXPECT_EQ(page.resources, (Texts{"/font.odttf", "/font2.ttf"}));
+    EXPECT_TRUE(document.Findings().empty());
+}
+
+TEST(XpsDocumentTest, ReadsOpenXps) {
+    const std::string oxps = "http://schemas.openxps.org/oxps/v1.0";
+    std::vector<RawEntry> entries = SmallDocument();
+    for (RawEntry& entry : entries) {
+        for (std::size_t at = entry.data.find(kXps); at != std::string::npos; at = entry.data.find(kXps))
+            entry.data.replace(at, kXps.size(), oxps);
+    }
+    entries.emplace_back("_rels/p.fpage.rels",
+                         Links({{oxps + "/printticket", "t"}, {oxps + "/required-resource", "f"}}));
+    entries.emplace_back("t", "");
+    entries.emplace_back("f", "");
+    const XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(document.GetFlavour(), Flavour::OpenXps);
+    EXPECT_EQ(document.sequence.documents[0].pages[0].ticket, "/t");
+    EXPECT_EQ(document.sequence.documents[0].pages[0].resources, Texts{"/f"});
+}
+
+TEST(XpsDocumentTest, DocumentsAndPagesComeInSendingOrder) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "s.fdseq").data = Sequence({"/b.fdoc", "/d.fdoc"});
+    entries.emplace_back("b.fdoc", Document({"/3.fpage", "/1.fpage", "/2.fpage"}));
+    for (const char* name : {"1.fpage", "2.fpage", "3.fpage"}) entries.emplace_back(name, "");
+    const XpsDocument document = OpenDocument(entries);
+    Texts order;
+    for (const FixedDocument& each : document.sequence.documents) {
+        order.push_back(each.name);
+        for (const FixedPage& page : each.pages) order.push_back(page.name);
+    }
+    EXPECT_EQ(order, (Texts{"/b.fdoc", "/3.fpage", "/1.fpage", "/2.fpage", "/d.fdoc", "/p.fpage"}));
+}
+
+TEST(XpsDocumentTest, AStartPartThatIsADocumentImpliesASequence) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "_rels/.rels").data = Links({{kStart, "/d.fdoc"}});
+    entries.emplace_back("_rels/d.fdoc.rels", Links({{kTicket, "t"}}));
+    entries.emplace_back("t", "");
+    const XpsDocument document = OpenDocument(entries);
+    EXPECT_TRUE(document.sequence.implied);
+    EXPECT_EQ(document.sequence.name, "/FixedDocumentSequence.fdseq");
+    EXPECT_EQ(document.sequence.ticket, std::nullopt);
+    ASSERT_EQ(document.sequence.documents.size(), 1U);
+    EXPECT_EQ(document.sequence.documents[0].ticket, "/t");
+    EXPECT_EQ(document.Findings(), Texts{"is the start part, but a fixed document, /d.fdoc"});
+}
+
+TEST(XpsDocumentTest, OfTwoStartPartsTheLastCounts) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "_rels/.rels").data = Links({{kStart, "/none"}, {kStart, "/s.fdseq"}});
+    const XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(document.sequence.name, "/s.fdseq");
+    EXPECT_EQ(document.Findings(), Texts{"has several start parts, the last is taken, test.xps"});
+}
+
+TEST(XpsDocumentTest, OfTwoTicketsTheFirstCounts) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.emplace_back("_rels/p.fpage.rels", Links({{kTicket, "none"}, {kTicket, "a"}, {kTicket, "b"}}));
+    entries.emplace_back("a", "");
+    entries.emplace_back("b", "");
+    const XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(document.sequence.documents[0].pages[0].ticket, "/a");
+    EXPECT_EQ(document.Findings(), (Texts{"the print ticket 'none' is missing, /p.fpage",
+                                          "has several print tickets, the first is taken, /p.fpage"}));
+}
+
+TEST(XpsDocumentTest, APageOrDocumentCountsOnce) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "s.fdseq").data = Sequence({"/d.fdoc", "/D.fdoc"});
+    EntryOf(entries, "d.fdoc").data = Document({"/p.fpage", "/p.fpage"});
+    const XpsDocument document = OpenDocument(entries);
+    ASSERT_EQ(document.sequence.documents.size(), 1U);
+    EXPECT_EQ(document.sequence.documents[0].pages.size(), 1U);
+    EXPECT_EQ(document.Findings(), (Texts{"is referred to again, which is passed over, /p.fpage",
+                                          "is referred to again, which is passed over, /d.fdoc"}));
+}
+
+TEST(XpsDocumentTest, WhatIsMissingWithoutNeedIsAFinding) {
+    std::vector<RawEntry> entries = SmallDocument();
+    entries.emplace_back("_rels/p.fpage.rels", Links({{kResource, "/none.ttf"}}));
+    entries.emplace_back("_rels/d.fdoc.rels", "<broken");
+    EntryOf(entries, "s.fdseq").data = Sequence({"/d.fdoc", "/e.fdoc"});
+    entries.emplace_back("e.fdoc", Document({}));
+    const XpsDocument document = OpenDocument(entries);
+    EXPECT_EQ(
+        document.Findings(),
+        (Texts{"is not well-formed XML (line 1: Couldn't find end of Start Tag broken), /_rels/d.fdoc.rels",
+               "the resource '/none.ttf' is missing, /p.fpage", "has no pages, /e.fdoc"}));
+}
+
+TEST(XpsDocumentTest, ANameThatReadsAsAFragmentIsFound) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "d.fdoc").data = Document({"/a#b.fpage"});
+    entries.emplace_back("a#b.fpage", "");
+    EXPECT_EQ(OpenDocument(entries).sequence.documents[0].pages[0].name, "/a#b.fpage");
+}
+
+TEST(XpsDocumentTest, WithoutADocumentToBeHadItIsRefused) {
+    std::vector<RawEntry> entries = SmallDocument();
+    EntryOf(entries, "_rels/.rels").data = Links({{"urn:other", "/s.fdseq"}});
+    EXPECT_EQ(OpeningError(entries), "has no start part, test.xps");
+    EntryOf(entries, "_rels/.rels").data = Links({{kStart, "none.fdseq"}});
+    EXPECT_EQ(OpeningError(entries), "the start part is missing, none.fdseq");
+    EntryOf(entries, "_rels/.rels").data = "<Relationships";
+    EXPECT_EQ(OpeningError(entries),
+              "is not well-formed XML (line 1: Couldn't find end of Start Tag Relationships), /_rels/.rels");
+
+    entries = SmallDocument();
+    EntryOf(entries, "s.fdseq").data = Sequence({});
+    EXPECT_EQ(OpeningError(entries), "has no pages, /s.fdseq");
+    EntryOf(entries, "s.fdseq").data = Sequence({"x/none.fdoc"});
+    EXPECT_EQ(OpeningError(entries), "is missing, /x/none.fdoc (from /s.fdseq)");
+    EntryOf(entries, "s.fdseq").data = Sequence({"p.fpage"});
+    EXPECT_EQ(OpeningError(entries), "is neither a fixed document sequence nor a fixed document, /p.fpage");
+    EntryOf(entries, "s.fdseq").data = Sequence({"s.fdseq"});
+    EXPECT_EQ(OpeningError(entries), "is not a fixed document, /s.fdseq");
+    EntryOf(entries, "s.fdseq").data = "<!DOCTYPE x>" + Sequence({"d.fdoc"}).substr(40);
+    EXPECT_EQ(OpeningError(entries), "has a document type declaration, /s.fdseq");
+
+    entries = SmallDocument();
+    EntryOf(entries, "d.fdoc").data = Document({"/none.fpage"});
+    EXPECT_EQ(OpeningError(entries), "is missing, /none.fpage (from /d.fdoc)");
+}
+
+}  // namespace
+}  // namespace devkit::package
