@@ -12,7 +12,6 @@ git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror || fail "clan
 
 cmake/dependencies.sh x64
 cmake/dependencies.sh x86
-make_samples
 configure_and_build mingw-x64-release
 configure_and_build mingw-x86-release
 

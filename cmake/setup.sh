@@ -44,13 +44,8 @@ configure_and_build() {
   cmake --build "$folder" "${targets[@]}" || fail "building $preset failed"
 }
 
-make_samples() {
-  local stamp=$root/build/samples/.made
-  [ -e "$stamp" ] && [ "$stamp" -nt "$root/samples/make_samples.py" ] && return
-  step "making the sample documents"
-  "$python" "$root/samples/make_samples.py" "$root/build/samples" || fail "making the sample documents failed"
-  touch "$stamp"
-}
+# The path as a Windows program sees it: Wine maps the root folder to Z:.
+windows_path() { printf 'Z:%s' "$(realpath -m "$1" | tr / '\\')"; }
 
 # One Wine server for the whole script: a program then starts in a tenth of the time, and no caller that waits for the
 # script's output hangs on a server left behind.
