@@ -21,9 +21,12 @@ enum Slot : std::size_t {
     GetNodeName = FirstOwn,
     GetNodeValue = FirstOwn + 1,
     GetParentNode = FirstOwn + 4,
+    GetChildNodes = FirstOwn + 5,
     GetAttributes = FirstOwn + 10,
     RemoveChild = FirstOwn + 13,
     AppendChild = FirstOwn + 14,
+    HasChildNodes = FirstOwn + 15,
+    CloneNode = FirstOwn + 17,
     GetText = FirstOwn + 19,
     PutText = FirstOwn + 20,
     GetNodeTypedValue = FirstOwn + 23,
@@ -32,15 +35,22 @@ enum Slot : std::size_t {
     FirstOfNodesHeir = FirstOwn + 36,
     ElementSetAttributeNode = FirstOfNodesHeir + 5,
     AttributePutValue = FirstOfNodesHeir + 2,
+    DocumentGetDocumentElement = FirstOfNodesHeir + 2,
+    DocumentCreateAttribute = FirstOfNodesHeir + 10,
     DocumentCreateNode = FirstOfNodesHeir + 13,
+    DocumentLoad = FirstOfNodesHeir + 15,
+    DocumentPutAsync = FirstOfNodesHeir + 20,
+    DocumentSave = FirstOfNodesHeir + 23,
     DocumentSetProperty = FirstOfNodesHeir + 33 + 4,
     ListGetItem = FirstOwn,
+    ListGetLength = FirstOwn + 1,
     MapGetNamedItem = FirstOwn,
+    MapSetNamedItem = FirstOwn + 1,
     MapNextNode = FirstOwn + 7,
     MapReset = FirstOwn + 8,
 };
 
-enum class Kind { Document, Element, Attribute, List, Map };
+enum class Kind { Document, Element, Attribute, List, ChildList, Map };
 
 struct Patch {
     void** pSlot;
@@ -84,9 +94,12 @@ void InstallInNode(IXMLDOMNode* pNode) {
     Thunk<kind, GetNodeName, BSTR*>::Install(pNode);
     Thunk<kind, GetNodeValue, VARIANT*>::Install(pNode);
     Thunk<kind, GetParentNode, IXMLDOMNode**>::Install(pNode);
+    Thunk<kind, GetChildNodes, IXMLDOMNodeList**>::Install(pNode);
     Thunk<kind, GetAttributes, IXMLDOMNamedNodeMap**>::Install(pNode);
     Thunk<kind, RemoveChild, IXMLDOMNode*, IXMLDOMNode**>::Install(pNode);
     Thunk<kind, AppendChild, IXMLDOMNode*, IXMLDOMNode**>::Install(pNode);
+    Thunk<kind, HasChildNodes, VARIANT_BOOL*>::Install(pNode);
+    Thunk<kind, CloneNode, VARIANT_BOOL, IXMLDOMNode**>::Install(pNode);
     Thunk<kind, GetText, BSTR*>::Install(pNode);
     Thunk<kind, PutText, BSTR>::Install(pNode);
     Thunk<kind, GetNodeTypedValue, VARIANT*>::Install(pNode);
@@ -94,37 +107,56 @@ void InstallInNode(IXMLDOMNode* pNode) {
     Thunk<kind, SelectSingleNode, BSTR, IXMLDOMNode**>::Install(pNode);
 }
 
-void InstallInDom() {
+template <Kind kind>
+void InstallInList(IXMLDOMNodeList* pList) {
+    Thunk<kind, ListGetItem, LONG, IXMLDOMNode**>::Install(pList);
+    Thunk<kind, ListGetLength, LONG*>::Install(pList);
+}
+
+[[nodiscard]] bool ShareTable(IUnknown* pFirst, IUnknown* pSecond) {
+    return *reinterpret_cast<void***>(pFirst) == *reinterpret_cast<void***>(pSecond);
+}
+
+void InstallInDom(Saves saves) {
     const ComPtr<IXMLDOMDocument2> pDocument = base::xml::LoadDomFromString(L"<a b='c'/>");
     ComPtr<IXMLDOMElement> pElement;
     ComPtr<IXMLDOMNamedNodeMap> pMap;
     ComPtr<IXMLDOMNode> pNode;
     ComPtr<IXMLDOMAttribute> pAttribute;
     ComPtr<IXMLDOMNodeList> pList;
+    ComPtr<IXMLDOMNodeList> pChildren;
     const bool isComplete = pDocument->get_documentElement(pElement.Put()) == S_OK &&
                             pElement->get_attributes(pMap.Put()) == S_OK &&
                             pMap->get_item(0, pNode.Put()) == S_OK && pNode.QueryTo(pAttribute) == S_OK &&
-                            pDocument->selectNodes(Bstr(L"//a").Get(), pList.Put()) == S_OK;
+                            pDocument->selectNodes(Bstr(L"//a").Get(), pList.Put()) == S_OK &&
+                            pDocument->get_childNodes(pChildren.Put()) == S_OK;
     if (!isComplete) throw std::runtime_error("the DOM lacks a kind of object");
 
     InstallInNode<Kind::Document>(pDocument.Get());
+    Thunk<Kind::Document, DocumentGetDocumentElement, IXMLDOMElement**>::Install(pDocument.Get());
+    Thunk<Kind::Document, DocumentCreateAttribute, BSTR, IXMLDOMAttribute**>::Install(pDocument.Get());
     Thunk<Kind::Document, DocumentCreateNode, VARIANT, BSTR, BSTR, IXMLDOMNode**>::Install(pDocument.Get());
+    Thunk<Kind::Document, DocumentLoad, VARIANT, VARIANT_BOOL*>::Install(pDocument.Get());
+    Thunk<Kind::Document, DocumentPutAsync, VARIANT_BOOL>::Install(pDocument.Get());
+    if (saves == Saves::Counted) Thunk<Kind::Document, DocumentSave, VARIANT>::Install(pDocument.Get());
     Thunk<Kind::Document, DocumentSetProperty, BSTR, VARIANT>::Install(pDocument.Get());
     InstallInNode<Kind::Element>(pElement.Get());
     Thunk<Kind::Element, ElementSetAttributeNode, IXMLDOMAttribute*, IXMLDOMAttribute**>::Install(
         pElement.Get());
     InstallInNode<Kind::Attribute>(pAttribute.Get());
     Thunk<Kind::Attribute, AttributePutValue, VARIANT>::Install(pAttribute.Get());
-    Thunk<Kind::List, ListGetItem, LONG, IXMLDOMNode**>::Install(pList.Get());
+    InstallInList<Kind::List>(pList.Get());
+    if (!ShareTable(pChildren.Get(), pList.Get())) InstallInList<Kind::ChildList>(pChildren.Get());
     Thunk<Kind::Map, MapGetNamedItem, BSTR, IXMLDOMNode**>::Install(pMap.Get());
+    Thunk<Kind::Map, MapSetNamedItem, IXMLDOMNode*, IXMLDOMNode**>::Install(pMap.Get());
     Thunk<Kind::Map, MapNextNode, IXMLDOMNode**>::Install(pMap.Get());
     Thunk<Kind::Map, MapReset>::Install(pMap.Get());
 }
 
 }  // namespace
 
-DomFaults::DomFaults(std::size_t nth, HRESULT code) {
-    InstallInDom();
+DomFaults::DomFaults(std::size_t nth, HRESULT code, Saves saves) {
+    InstallInDom(saves);
     s_calls = 0;
     s_failing = nth;
     s_code = code;

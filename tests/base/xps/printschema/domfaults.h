@@ -6,13 +6,17 @@
 
 namespace tests {
 
+// Whether saving a document is among the calls that can fail. A test that looks at a document's text while
+// the faults are in force exempts it.
+enum class Saves { Counted, Exempt };
+
 // While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes
 // and lists is counted, and one of them fails without doing anything. For the kit's DOM or the system's,
 // whichever CreateDom gives when it is made. One at a time.
 class DomFaults {
   public:
     // The nth call, counted from 1, fails with the code; 0: none does.
-    DomFaults(std::size_t nth, HRESULT code);
+    DomFaults(std::size_t nth, HRESULT code, Saves saves = Saves::Exempt);
     DomFaults(const DomFaults&) = delete;
     DomFaults& operator=(const DomFaults&) = delete;
     ~DomFaults();

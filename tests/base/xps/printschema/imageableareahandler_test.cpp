@@ -10,8 +10,8 @@
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
 #include "base/xps/printschema/mediasizedata.h"
-#include "domtest.h"
 #include "domtext.h"
+#include "eachdom.h"
 #include "platform/comptr.h"
 #include "stubticketprovider.h"
 #include "tickettext.h"
@@ -53,15 +53,9 @@ const std::wstring WholeArea = Property(
         Property(L"ImageableArea", AreaNumbers[0] + AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]));
 const ImageableAreaInfo WholeAreaInfo = {{148001, 210001}, {4001, 5001}, {140001, 200001}};
 
-class ImageableAreaHandlerTest : public tests::DomTest {
+class ImageableAreaHandlerTest : public tests::EachDomTest {
   protected:
     ImageableAreaHandlerTest() { m_provider.m_tickets[kPTPageScope] = LoadDomFromString(PageTicket); }
-    void TearDown() override {
-        m_provider.m_tickets.clear();
-        m_provider.m_pCapabilities.Reset();
-        m_provider.m_pAskedTicket.Reset();
-        DomTest::TearDown();
-    }
 
     HRESULT Find(std::wstring_view capabilities, ImageableAreaInfo& area) {
         m_provider.m_pCapabilities = LoadDomFromString(Capabilities(capabilities));
@@ -81,13 +75,13 @@ class ImageableAreaHandlerTest : public tests::DomTest {
     tests::StubTicketProvider m_provider;
 };
 
-TEST_F(ImageableAreaHandlerTest, AllSixValuesAreRead) {
+TEST_P(ImageableAreaHandlerTest, AllSixValuesAreRead) {
     ImageableAreaInfo area;
     EXPECT_EQ(Find(WholeArea, area), S_OK);
     EXPECT_EQ(area, WholeAreaInfo);
 }
 
-TEST_F(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTicketThatSelectsTheMedium) {
+TEST_P(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTicketThatSelectsTheMedium) {
     ImageableAreaInfo area;
     ASSERT_EQ(Find(WholeArea, area), S_OK);
     EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope));
@@ -102,7 +96,7 @@ TEST_F(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTi
                                    L"name=\"psk:PageMediaSize\">"));
 }
 
-TEST_F(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
+TEST_P(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
     ImageableAreaInfo area;
     EXPECT_EQ(Find(L"", area), NotFound);
     EXPECT_EQ(area, ImageableAreaInfo());
@@ -119,14 +113,14 @@ TEST_F(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
     EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {4001, 0}, {0, 0}}));
 }
 
-TEST_F(ImageableAreaHandlerTest, AValueThatIsNoIntegerIsAFailure) {
+TEST_P(ImageableAreaHandlerTest, AValueThatIsNoIntegerIsAFailure) {
     ImageableAreaInfo area;
     EXPECT_EQ(Find(Property(L"PageImageableSize", Number(L"ImageableSizeWidth", L"wide")), area),
               HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
     EXPECT_EQ(area, ImageableAreaInfo());
 }
 
-TEST_F(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
+TEST_P(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
     const std::wstring elsewhere =
         Number(L"ImageableSizeWidth", L"1") + Number(L"ImageableSizeHeight", L"2") +
         Property(L"ImageableArea", Number(L"OriginWidth", L"3") + Number(L"OriginHeight", L"4")) +
@@ -144,25 +138,27 @@ TEST_F(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
     EXPECT_EQ(area.origin.width, 0);
 }
 
-TEST_F(ImageableAreaHandlerTest, APageTicketThatCannotBeHadThrowsItsCode) {
+TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeHadThrowsItsCode) {
     m_provider.m_tickets.clear();
     EXPECT_EQ(ThrownByFind(), E_PENDING);
 }
 
-TEST_F(ImageableAreaHandlerTest, CapabilitiesThatCannotBeHadThrowTheirCode) {
+TEST_P(ImageableAreaHandlerTest, CapabilitiesThatCannotBeHadThrowTheirCode) {
     EXPECT_EQ(ThrownByFind(), E_PENDING);
     EXPECT_TRUE(m_provider.m_pAskedTicket);
 }
 
-TEST_F(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
+TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
     m_provider.m_tickets[kPTPageScope] = base::xml::CreateDom();
     EXPECT_EQ(ThrownByFind(), E_FAIL);
     EXPECT_FALSE(m_provider.m_pAskedTicket);
 }
 
-TEST_F(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {
+TEST_P(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {
     m_provider.m_pCapabilities = LoadDomFromString(Ticket(WholeArea));
     EXPECT_EQ(ThrownByFind(), E_FAIL);
 }
+
+TEST_ON_EACH_DOM(ImageableAreaHandlerTest);
 
 }  // namespace

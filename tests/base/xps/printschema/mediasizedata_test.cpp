@@ -11,8 +11,8 @@
 
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
-#include "domtest.h"
 #include "domtext.h"
+#include "eachdom.h"
 #include "measurementsetting.h"
 #include "platform/comptr.h"
 #include "stubticketprovider.h"
@@ -261,7 +261,7 @@ TEST(MediaSizeDataTest, IdsThatAreNotSetAreUnknown) {
 
 // Tickets.
 
-class MediaSizeDataTicketTest : public tests::DomTest {
+class MediaSizeDataTicketTest : public tests::EachDomTest {
   protected:
     static MediaSizeData ReadFrom(std::wstring_view body) {
         MediaSizeData data = WithOption(12);
@@ -276,11 +276,11 @@ class MediaSizeDataTicketTest : public tests::DomTest {
     }
 };
 
-TEST_F(MediaSizeDataTicketTest, A4WithoutASizeReadsAsItsOwnSize) {
+TEST_P(MediaSizeDataTicketTest, A4WithoutASizeReadsAsItsOwnSize) {
     ExpectState(ReadFrom(MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, A4);
 }
 
-TEST_F(MediaSizeDataTicketTest, ACustomSizeWithoutASizeFails) {
+TEST_P(MediaSizeDataTicketTest, ACustomSizeWithoutASizeFails) {
     for (const wchar_t* option : {L"CustomMediaSize", L"PSCustomMediaSize"}) {
         try {
             ReadFrom(MediaSize(option));
@@ -293,13 +293,13 @@ TEST_F(MediaSizeDataTicketTest, ACustomSizeWithoutASizeFails) {
     }
 }
 
-TEST_F(MediaSizeDataTicketTest, ASizeIsTakenAsItIsReadAndTheOptionStays) {
+TEST_P(MediaSizeDataTicketTest, ASizeIsTakenAsItIsReadAndTheOptionStays) {
     ExpectState(ReadFrom(MediaSize(L"CustomMediaSize", MediaDimensions{1, 2})), 0, {1, 2});
     ExpectState(ReadFrom(MediaSize(L"CustomMediaSize", A4)), 0, A4);
     ExpectState(ReadFrom(MediaSize(L"ISOA4", MediaDimensions{1, 2})), 9, {1, 2});
 }
 
-TEST_F(MediaSizeDataTicketTest, OneLengthAloneIsNoSize) {
+TEST_P(MediaSizeDataTicketTest, OneLengthAloneIsNoSize) {
     const std::wstring height = ScoredProperty(L"MediaSizeHeight", 5);
     const std::wstring width = ScoredProperty(L"MediaSizeWidth", 5);
     for (const std::wstring& length : {height, width}) {
@@ -309,7 +309,7 @@ TEST_F(MediaSizeDataTicketTest, OneLengthAloneIsNoSize) {
     }
 }
 
-TEST_F(MediaSizeDataTicketTest, ALengthThatIsNoIntegerIsNoLength) {
+TEST_P(MediaSizeDataTicketTest, ALengthThatIsNoIntegerIsNoLength) {
     for (const wchar_t* text : {L"12.5", L"", L"abc", L"2147483648", L"0x10"}) {
         const std::wstring body =
             L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">" +
@@ -319,7 +319,7 @@ TEST_F(MediaSizeDataTicketTest, ALengthThatIsNoIntegerIsNoLength) {
     }
 }
 
-TEST_F(MediaSizeDataTicketTest, ALengthMayBeAParameter) {
+TEST_P(MediaSizeDataTicketTest, ALengthMayBeAParameter) {
     const std::wstring body = L"<psf:ParameterInit name=\"psk:PageMediaSizeMediaSizeWidth\">" +
                               Value(L"integer", L"111") +
                               L"</psf:ParameterInit><psf:Feature name=\"psk:PageMediaSize\"><psf:Option "
@@ -330,7 +330,7 @@ TEST_F(MediaSizeDataTicketTest, ALengthMayBeAParameter) {
     ExpectState(ReadFrom(body), MediaSizeSchema::CustomMediaSize, {111, 222});
 }
 
-TEST_F(MediaSizeDataTicketTest, TheSizeOfAnotherFeatureIsNotReadForThisOne) {
+TEST_P(MediaSizeDataTicketTest, TheSizeOfAnotherFeatureIsNotReadForThisOne) {
     const std::wstring other = L"<psf:Feature name=\"psk:JobOther\"><psf:Option name=\"psk:X\">" +
                                ScoredProperty(L"MediaSizeHeight", 5) + ScoredProperty(L"MediaSizeWidth", 6) +
                                L"</psf:Option></psf:Feature>";
@@ -338,22 +338,22 @@ TEST_F(MediaSizeDataTicketTest, TheSizeOfAnotherFeatureIsNotReadForThisOne) {
     ExpectState(ReadFrom(other + MediaSize(L"CustomMediaSize", MediaDimensions{7, 8})), 0, {7, 8});
 }
 
-TEST_F(MediaSizeDataTicketTest, ATicketWithoutTheFeatureOrWithAnUnknownOptionChangesNothing) {
+TEST_P(MediaSizeDataTicketTest, ATicketWithoutTheFeatureOrWithAnUnknownOptionChangesNothing) {
     ExpectState(ReadFrom(L""), 12, {148000, 210000});
     ExpectState(ReadFrom(MediaSize(L"NoSuchSize", MediaDimensions{1, 2})), 12, {148000, 210000});
 }
 
-TEST_F(MediaSizeDataTicketTest, IsWrittenWithTheHeightBeforeTheWidth) {
+TEST_P(MediaSizeDataTicketTest, IsWrittenWithTheHeightBeforeTheWidth) {
     EXPECT_EQ(Written(MediaSizeData(), L""), Ticket(MediaSize(L"ISOA4", A4)));
 }
 
-TEST_F(MediaSizeDataTicketTest, IsWrittenInThePlaceOfAnEarlierOneBehindEverythingElse) {
+TEST_P(MediaSizeDataTicketTest, IsWrittenInThePlaceOfAnEarlierOneBehindEverythingElse) {
     EXPECT_EQ(Written(MediaSizeData(),
                       MediaSize(L"ISOA5", MediaDimensions{1, 2}) + L"<psf:Feature name=\"psk:A\"/>"),
               Ticket(L"<psf:Feature name=\"psk:A\"/>" + MediaSize(L"ISOA4", A4)));
 }
 
-TEST_F(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
+TEST_P(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
     MediaSizeData data;
     data.SetSize(Nothing);
     const Dom ticket = LoadDomFromString(Ticket(L""));
@@ -367,7 +367,7 @@ TEST_F(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
     }
 }
 
-TEST_F(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) {
+TEST_P(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) {
     for (const Scope scope : {Scope::Job, Scope::Document, Scope::Page}) {
         for (std::int32_t id = 0; id <= 171; ++id) {
             MediaSizeData data = WithOption(id);
@@ -387,7 +387,7 @@ TEST_F(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) 
 
 // Selection.
 
-class MediaSizeSelectionTest : public tests::DomTest {
+class MediaSizeSelectionTest : public tests::EachDomTest {
   protected:
     void Put(EPrintTicketScope scope, std::wstring_view option,
              const std::optional<MediaDimensions>& size = std::nullopt) {
@@ -396,15 +396,11 @@ class MediaSizeSelectionTest : public tests::DomTest {
     MediaSizeOption Select(const MediaDimensions& minimum, const MediaDimensions& maximum, Scope start) {
         return MediaSizeData::SelectPrintableMediaSize(m_provider, {minimum, maximum}, start);
     }
-    void TearDown() override {
-        m_provider.m_tickets.clear();
-        DomTest::TearDown();
-    }
 
     tests::StubTicketProvider m_provider;
 };
 
-TEST_F(MediaSizeSelectionTest, TheFirstTicketFromTheStartThatFitsIsTaken) {
+TEST_P(MediaSizeSelectionTest, TheFirstTicketFromTheStartThatFitsIsTaken) {
     Put(kPTPageScope, L"ISOA5");
     Put(kPTDocumentScope, L"ISOA3");
     Put(kPTJobScope, L"ISOA6");
@@ -417,7 +413,7 @@ TEST_F(MediaSizeSelectionTest, TheFirstTicketFromTheStartThatFitsIsTaken) {
     EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTJobScope));
 }
 
-TEST_F(MediaSizeSelectionTest, TheLimitsAreInTheRange) {
+TEST_P(MediaSizeSelectionTest, TheLimitsAreInTheRange) {
     Put(kPTJobScope, L"CustomMediaSize", MediaDimensions{100, 200});
     const MediaSizeOption custom = {L"CustomMediaSize", 0, {100, 200}};
     EXPECT_EQ(Select({100, 200}, {100, 200}, Scope::Job), custom);
@@ -427,7 +423,7 @@ TEST_F(MediaSizeSelectionTest, TheLimitsAreInTheRange) {
     EXPECT_NE(Select({100, 199}, {100, 199}, Scope::Job), custom);
 }
 
-TEST_F(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
+TEST_P(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
     Put(kPTJobScope, L"ISOA3");
     const MediaDimensions most = {215900, 297000};
     {
@@ -442,7 +438,7 @@ TEST_F(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
     EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4}));
 }
 
-TEST_F(MediaSizeSelectionTest, ARangeThatNothingFitsGivesItsSmallestSheet) {
+TEST_P(MediaSizeSelectionTest, ARangeThatNothingFitsGivesItsSmallestSheet) {
     Put(kPTJobScope, L"ISOA4");
     EXPECT_EQ(Select({500, 600}, {700, 800}, Scope::Job),
               (MediaSizeOption{L"CustomMediaSize", 0, {500, 600}}));
@@ -451,13 +447,13 @@ TEST_F(MediaSizeSelectionTest, ARangeThatNothingFitsGivesItsSmallestSheet) {
     EXPECT_EQ(Select({0, 0}, {10, 10}, Scope::Job), (MediaSizeOption{L"CustomMediaSize", 0, {0, 0}}));
 }
 
-TEST_F(MediaSizeSelectionTest, ATicketWithoutAMediaSizeCountsAsA4) {
+TEST_P(MediaSizeSelectionTest, ATicketWithoutAMediaSizeCountsAsA4) {
     m_provider.m_tickets[kPTJobScope] = LoadDomFromString(Ticket(L""));
     const MeasurementSetting us(L"1");
     EXPECT_EQ(Select({1, 1}, {220000, 297000}, Scope::Job).keyword, L"ISOA4");
 }
 
-TEST_F(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
+TEST_P(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
     try {
         Select({1, 1}, {1, 1}, Scope::Job);
         FAIL();
@@ -468,10 +464,13 @@ TEST_F(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
     EXPECT_THROW(Select({1, 1}, {1, 1}, Scope::Job), std::runtime_error);
 }
 
-TEST_F(MediaSizeSelectionTest, NoScopeAtAllVisitsNone) {
+TEST_P(MediaSizeSelectionTest, NoScopeAtAllVisitsNone) {
     const MeasurementSetting metric(L"0");
     EXPECT_EQ(Select({1, 1}, A4, Scope::None).keyword, L"ISOA4");
     EXPECT_THAT(m_provider.m_scopes, IsEmpty());
 }
+
+TEST_ON_EACH_DOM(MediaSizeDataTicketTest);
+TEST_ON_EACH_DOM(MediaSizeSelectionTest);
 
 }  // namespace

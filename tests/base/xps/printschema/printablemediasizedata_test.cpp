@@ -10,9 +10,8 @@
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
 #include "base/xps/printschema/namespaces.h"
-#include "base/xps/printschema/privateprefix.h"
-#include "domtest.h"
 #include "domtext.h"
+#include "handlertest.h"
 #include "platform/comptr.h"
 #include "tickettext.h"
 
@@ -26,10 +25,8 @@ using base::xps::printschema::PrintableMediaSizeData;
 using base::xps::printschema::PrintableMediaSizeFeatureNames;
 using base::xps::printschema::PrintableMediaSizePropertyNames;
 using base::xps::printschema::Scope;
-using platform::ComPtr;
+using tests::Dom;
 using tests::DomText;
-
-using Dom = ComPtr<IXMLDOMDocument2>;
 
 std::wstring PrivateTicket(std::wstring_view body) {
     std::wstring declaration = L" xmlns:krk=\"";
@@ -72,11 +69,8 @@ TEST(PrintableMediaRangeTest, HoldsItsLimitsAndNothingBeyond) {
     }
 }
 
-class PrintableMediaSizeDataTest : public tests::DomTest {
+class PrintableMediaSizeDataTest : public tests::HandlerTest {
   protected:
-    PrintableMediaSizeDataTest() { base::xps::printschema::SetPrivatePrefix(L"krk"); }
-    ~PrintableMediaSizeDataTest() override { base::xps::printschema::SetPrivatePrefix(L""); }
-
     static PrintableMediaSizeData ReadFrom(std::wstring_view body) {
         PrintableMediaSizeData data;
         data.Read(LoadDomFromString(PrivateTicket(body)).Get());
@@ -90,7 +84,7 @@ class PrintableMediaSizeDataTest : public tests::DomTest {
 const std::wstring Minima = Property(L"MinWidth", L"76200") + Property(L"MinHeight", L"127000");
 const std::wstring Maxima = Property(L"MaxWidth", L"215900") + Property(L"MaxHeight", L"355600");
 
-TEST_F(PrintableMediaSizeDataTest, StartsAsTheJobsWithNothingPrintable) {
+TEST_P(PrintableMediaSizeDataTest, StartsAsTheJobsWithNothingPrintable) {
     const PrintableMediaSizeData data;
     EXPECT_EQ(data.GetFeatureId(), 0);
     EXPECT_EQ(data.GetOptionId(), 0);
@@ -99,7 +93,7 @@ TEST_F(PrintableMediaSizeDataTest, StartsAsTheJobsWithNothingPrintable) {
     ExpectRange(data, {0, 0}, {0, 0});
 }
 
-TEST_F(PrintableMediaSizeDataTest, HasANameForEachScope) {
+TEST_P(PrintableMediaSizeDataTest, HasANameForEachScope) {
     PrintableMediaSizeData data;
     EXPECT_EQ(data.FeatureIndexOfScope(Scope::Job), 0u);
     EXPECT_EQ(data.FeatureIndexOfScope(Scope::Document), 1u);
@@ -117,7 +111,7 @@ TEST_F(PrintableMediaSizeDataTest, HasANameForEachScope) {
     EXPECT_EQ(&data.GetOptionNames(), &PrintableMediaSizePropertyNames::Instance());
 }
 
-TEST_F(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
+TEST_P(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
     for (const Scope scope : {Scope::None, static_cast<Scope>(4)}) {
         try {
             static_cast<void>(PrintableMediaSizeData().FeatureIndexOfScope(scope));
@@ -128,25 +122,25 @@ TEST_F(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
     }
 }
 
-TEST_F(PrintableMediaSizeDataTest, TheWholeRangeIsRead) {
+TEST_P(PrintableMediaSizeDataTest, TheWholeRangeIsRead) {
     const PrintableMediaSizeData data = ReadProperties(Minima + Maxima);
     ExpectRange(data, {76200, 127000}, {215900, 355600});
     EXPECT_EQ(data.GetFeatureId(), 2);
     EXPECT_EQ(data.GetScope(), Scope::Page);
 }
 
-TEST_F(PrintableMediaSizeDataTest, MaximaAloneReadWithMinimaOfZero) {
+TEST_P(PrintableMediaSizeDataTest, MaximaAloneReadWithMinimaOfZero) {
     ExpectRange(ReadProperties(Maxima), {0, 0}, {215900, 355600});
 }
 
-TEST_F(PrintableMediaSizeDataTest, AMinimumWithoutItsOtherLengthReadsAsZero) {
+TEST_P(PrintableMediaSizeDataTest, AMinimumWithoutItsOtherLengthReadsAsZero) {
     ExpectRange(ReadProperties(Property(L"MinWidth", L"80000") + Maxima), {0, 0}, {215900, 355600});
     ExpectRange(ReadProperties(Property(L"MinHeight", L"80000") + Maxima), {0, 0}, {215900, 355600});
     ExpectRange(ReadProperties(Property(L"MinWidth", L"8e4") + Property(L"MinHeight", L"1") + Maxima), {0, 0},
                 {215900, 355600});
 }
 
-TEST_F(PrintableMediaSizeDataTest, MinimaWithoutMaximaFail) {
+TEST_P(PrintableMediaSizeDataTest, MinimaWithoutMaximaFail) {
     const std::wstring onlyMinima = Property(L"MinWidth", L"80000") + Property(L"MinHeight", L"80000");
     for (const std::wstring& properties : {onlyMinima, onlyMinima + Property(L"MaxWidth", L"90000")}) {
         try {
@@ -160,7 +154,7 @@ TEST_F(PrintableMediaSizeDataTest, MinimaWithoutMaximaFail) {
     }
 }
 
-TEST_F(PrintableMediaSizeDataTest, AnInvertedWidthOrHeightFails) {
+TEST_P(PrintableMediaSizeDataTest, AnInvertedWidthOrHeightFails) {
     EXPECT_THROW(ReadProperties(Property(L"MinWidth", L"11") + Property(L"MinHeight", L"1") +
                                 Property(L"MaxWidth", L"10") + Property(L"MaxHeight", L"10")),
                  std::logic_error);
@@ -169,26 +163,26 @@ TEST_F(PrintableMediaSizeDataTest, AnInvertedWidthOrHeightFails) {
                  std::logic_error);
 }
 
-TEST_F(PrintableMediaSizeDataTest, EqualMinimaAndMaximaAreAccepted) {
+TEST_P(PrintableMediaSizeDataTest, EqualMinimaAndMaximaAreAccepted) {
     ExpectRange(ReadProperties(Property(L"MinWidth", L"5") + Property(L"MinHeight", L"6") +
                                Property(L"MaxWidth", L"5") + Property(L"MaxHeight", L"6")),
                 {5, 6}, {5, 6});
 }
 
-TEST_F(PrintableMediaSizeDataTest, NegativeLengthsAreComparedWithTheirSign) {
+TEST_P(PrintableMediaSizeDataTest, NegativeLengthsAreComparedWithTheirSign) {
     ExpectRange(ReadProperties(Property(L"MinWidth", L"-5") + Property(L"MinHeight", L"-6") +
                                Property(L"MaxWidth", L"-1") + Property(L"MaxHeight", L"0")),
                 {-5, -6}, {-1, 0});
 }
 
-TEST_F(PrintableMediaSizeDataTest, PropertiesOfAnotherFeatureAreNotReadForThisOne) {
+TEST_P(PrintableMediaSizeDataTest, PropertiesOfAnotherFeatureAreNotReadForThisOne) {
     const std::wstring other =
         PrintableMediaSize(L"PageOther", Property(L"MinWidth", L"1") + Property(L"MinHeight", L"1"));
     ExpectRange(ReadFrom(other + PrintableMediaSize(L"PagePrintableMediaSize", Maxima)), {0, 0},
                 {215900, 355600});
 }
 
-TEST_F(PrintableMediaSizeDataTest, TheWidestScopeOfTheTicketIsRead) {
+TEST_P(PrintableMediaSizeDataTest, TheWidestScopeOfTheTicketIsRead) {
     const PrintableMediaSizeData data =
         ReadFrom(PrintableMediaSize(L"PagePrintableMediaSize", Minima + Maxima) +
                  PrintableMediaSize(L"DocumentPrintableMediaSize", Maxima));
@@ -196,14 +190,14 @@ TEST_F(PrintableMediaSizeDataTest, TheWidestScopeOfTheTicketIsRead) {
     ExpectRange(data, {0, 0}, {215900, 355600});
 }
 
-TEST_F(PrintableMediaSizeDataTest, ATicketWithoutTheFeatureChangesNothing) {
+TEST_P(PrintableMediaSizeDataTest, ATicketWithoutTheFeatureChangesNothing) {
     PrintableMediaSizeData data;
     data.SetRange({{1, 2}, {3, 4}});
     data.Read(LoadDomFromString(PrivateTicket(L"")).Get());
     ExpectRange(data, {1, 2}, {3, 4});
 }
 
-TEST_F(PrintableMediaSizeDataTest, IsWrittenWithMinimaBeforeMaximaAndWidthsBeforeHeights) {
+TEST_P(PrintableMediaSizeDataTest, IsWrittenWithMinimaBeforeMaximaAndWidthsBeforeHeights) {
     PrintableMediaSizeData data;
     data.SetRange({{1, 2}, {3, 4}});
     const wchar_t* const features[] = {L"JobPrintableMediaSize", L"DocumentPrintableMediaSize",
@@ -222,7 +216,7 @@ TEST_F(PrintableMediaSizeDataTest, IsWrittenWithMinimaBeforeMaximaAndWidthsBefor
     }
 }
 
-TEST_F(PrintableMediaSizeDataTest, WritingTwiceKeepsTheFirstBecauseOnlyKeywordFeaturesAreRemoved) {
+TEST_P(PrintableMediaSizeDataTest, WritingTwiceKeepsTheFirstBecauseOnlyKeywordFeaturesAreRemoved) {
     PrintableMediaSizeData data;
     const Dom ticket = LoadDomFromString(PrivateTicket(L""));
     data.Write(ticket.Get());
@@ -232,5 +226,7 @@ TEST_F(PrintableMediaSizeDataTest, WritingTwiceKeepsTheFirstBecauseOnlyKeywordFe
     data.Remove(ticket.Get());
     EXPECT_FALSE(data.IsSpecified(ticket.Get()));
 }
+
+TEST_ON_EACH_DOM(PrintableMediaSizeDataTest);
 
 }  // namespace

@@ -1,0 +1,250 @@
+// Each call of the DOM fails once: what the merging and the validation of tickets make of it.
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <string>
+
+#include "base/xml/xmlmarger.h"
+#include "base/xml/xmlutility.h"
+#include "base/xps/printschema/imageableareahandler.h"
+#include "base/xps/printschema/printticketprovider.h"
+#include "base/xps/printschema/printticketstructurecomparator.h"
+#include "callrecorder.h"
+#include "domfaults.h"
+#include "domtext.h"
+#include "fakeplatformprovider.h"
+#include "handlertest.h"
+#include "mockparts.h"
+#include "mockstreams.h"
+#include "platform/bstr.h"
+#include "platform/comptr.h"
+#include "platform/variant.h"
+#include "thrown.h"
+#include "tickettext.h"
+
+namespace {
+
+using base::xml::LoadDomFromString;
+using base::xml::XmlMarger;
+using base::xps::printschema::PrintTicketProvider;
+using base::xps::printschema::PrintTicketStructureComparator;
+using platform::ComPtr;
+using tests::Dom;
+using tests::DomFaults;
+using tests::DomText;
+using tests::Element;
+using tests::MakeMock;
+using tests::Saves;
+using tests::ThrownCode;
+using tests::Ticket;
+
+constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
+
+const std::wstring Base = Ticket(L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:X\"/></psf:Feature>");
+const std::wstring Delta = Ticket(
+    L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:Y\"/></psf:Feature>"
+    L"<psf:Feature name=\"krk:B\"><psf:Option name=\"krk:Z\"/></psf:Feature>",
+    L" xmlns:krk=\"urn:krk\"");
+
+// Runs an operation with the first call failing, then the second, until none fails. The operation is given a
+// fault that it starts itself, and returns whether it was met.
+template <typename Attempt>
+void FailEachCall(std::size_t fewestCalls, Attempt&& attempt) {
+    std::size_t nth = 1;
+    while (attempt(nth)) ASSERT_LT(++nth, 10'000U);
+    EXPECT_GT(nth, fewestCalls);
+}
+
+class TicketFaultTest : public tests::EachDomTest {};
+
+TEST_P(TicketFaultTest, TheComparatorThrowsTheCodeOfEveryFailingCall) {
+    FailEachCall(8, [](std::size_t nth) {
+        const Dom pFirst = LoadDomFromString(Base);
+        const Dom pSecond = LoadDomFromString(Base);
+        Element pFirstRoot;
+        Element pSecondRoot;
+        EXPECT_EQ(pFirst->get_documentElement(pFirstRoot.Put()), S_OK);
+        EXPECT_EQ(pSecond->get_documentElement(pSecondRoot.Put()), S_OK);
+        tests::Node pFeature;
+        tests::Node pSameFeature;
+        EXPECT_EQ(pFirstRoot->get_firstChild(pFeature.Put()), S_OK);
+        EXPECT_EQ(pSecondRoot->get_firstChild(pSameFeature.Put()), S_OK);
+
+        DomFaults faults(nth, Injected, Saves::Counted);
+        bool isSame = false;
+        const HRESULT thrown = ThrownCode([&] {
+            isSame = PrintTicketStructureComparator().IsSameNode(pFeature.Get(), pSameFeature.Get());
+        });
+        EXPECT_EQ(thrown, faults.HasFailed() ? Injected : S_OK) << "call " << nth;
+        EXPECT_EQ(isSame, !faults.HasFailed());
+        return faults.HasFailed();
+    });
+}
+
+TEST_P(TicketFaultTest, AMergeThrowsTheCodeOrDoesWithoutADeclarationAndNeverChangesTheTarget) {
+    const PrintTicketStructureComparator comparator;
+    const auto merge = [&](const Dom& pBase, const Dom& pTarget) {
+        return ThrownCode([&] { XmlMarger(comparator).Merge(pBase.Get(), pTarget.Get()); });
+    };
+    const Dom pWhole = LoadDomFromString(Base);
+    ASSERT_EQ(merge(pWhole, LoadDomFromString(Delta)), S_OK);
+    const std::wstring whole = DomText(pWhole.Get());
+    EXPECT_NE(whole.find(L"krk:B"), std::wstring::npos);
+
+    FailEachCall(50, [&](std::size_t nth) {
+        const Dom pBase = LoadDomFromString(Base);
+        const Dom pTarget = LoadDomFromString(Delta);
+        bool hasFailed = false;
+        HRESULT thrown = S_OK;
+        {
+            const DomFaults faults(nth, Injected, Saves::Counted);
+            thrown = merge(pBase, pTarget);
+            hasFailed = faults.HasFailed();
+        }
+        EXPECT_TRUE(thrown == S_OK || (hasFailed && thrown == Injected)) << "call " << nth;
+        EXPECT_EQ(DomText(pTarget.Get()), Delta);
+        const std::wstring text = DomText(pBase.Get());
+        if (!hasFailed) {
+            EXPECT_EQ(text, whole);
+        }
+        if (thrown == S_OK) {
+            EXPECT_NE(text.find(L"<psf:Feature name=\"krk:B\">"), std::wstring::npos);
+        }
+        return hasFailed;
+    });
+}
+
+TEST_P(TicketFaultTest, LoadingAndSavingThrowTheCode) {
+    const Dom pDom = LoadDomFromString(Base);
+    FailEachCall(2, [&](std::size_t nth) {
+        const platform::Variant source(static_cast<IUnknown*>(pDom.Get()));
+        const DomFaults faults(nth, Injected, Saves::Counted);
+        const HRESULT thrown = ThrownCode([&] { static_cast<void>(base::xml::LoadDom(source.Get())); });
+        EXPECT_EQ(thrown, faults.HasFailed() ? Injected : S_OK);
+        return faults.HasFailed();
+    });
+    FailEachCall(1, [&](std::size_t nth) {
+        const DomFaults faults(nth, Injected, Saves::Counted);
+        const HRESULT thrown = ThrownCode([&] { static_cast<void>(base::xml::DomToString(pDom.Get())); });
+        EXPECT_EQ(thrown, faults.HasFailed() ? Injected : S_OK);
+        return faults.HasFailed();
+    });
+}
+
+class ProviderFaultTest : public TicketFaultTest {
+  protected:
+    void Open() {
+        const auto base = MakeMock<tests::MockReadStream>(m_calls, tests::Bytes(Base));
+        ASSERT_EQ(m_provider.Open(base.Get(), platform::Bstr(L"Printer").Get(), nullptr), S_OK);
+    }
+    Dom Get(EPrintTicketScope scope) {
+        Dom pTicket;
+        EXPECT_EQ(m_provider.GetTicket(scope, pTicket.Put()), S_OK);
+        return pTicket;
+    }
+
+    tests::CallRecorder m_calls;
+    tests::FakePlatformProvider m_platform{m_calls};
+    PrintTicketProvider m_provider;
+};
+
+TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas) {
+    Open();
+    m_platform.m_merge = [](const std::string&) { return tests::Bytes(Base); };
+    FailEachCall(60, [&](std::size_t nth) {
+        EXPECT_EQ(m_provider.MergeTicket(kPTJobScope, nullptr, nullptr), S_OK);
+        const Dom before = Get(kPTJobScope);
+        const auto ticket = MakeMock<tests::MockPrintTicket>(m_calls, L"/ticket", tests::Bytes(Delta));
+        const auto part = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job",
+                                                                     ComPtr<IPartPrintTicket>(ticket.Get()));
+        bool hasFailed = false;
+        HRESULT hr = S_OK;
+        HRESULT thrown = S_OK;
+        {
+            const DomFaults faults(nth, Injected, Saves::Counted);
+            thrown = ThrownCode([&] { hr = m_provider.SetJobTicket(part.Get(), nullptr); });
+            hasFailed = faults.HasFailed();
+        }
+        const HRESULT failure = FAILED(thrown) ? thrown : hr;
+        EXPECT_TRUE(failure == S_OK || (hasFailed && failure == Injected)) << "call " << nth;
+        const Dom after = Get(kPTJobScope);
+        EXPECT_EQ(after.Get() == before.Get(), FAILED(failure)) << "call " << nth;
+        if (FAILED(failure)) {
+            EXPECT_EQ(DomText(after.Get()), Base);
+        }
+        return hasFailed;
+    });
+    EXPECT_NE(DomText(Get(kPTJobScope).Get()).find(L"krk:B"), std::wstring::npos);
+}
+
+TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
+    Open();
+    const Dom extra = LoadDomFromString(Delta);
+    FailEachCall(50, [&](std::size_t nth) {
+        const auto part = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job");
+        bool hasFailed = false;
+        HRESULT hr = S_OK;
+        HRESULT thrown = S_OK;
+        {
+            const DomFaults faults(nth, Injected, Saves::Counted);
+            thrown = ThrownCode([&] { hr = m_provider.SetJobTicket(part.Get(), extra.Get()); });
+            hasFailed = faults.HasFailed();
+        }
+        const HRESULT failure = FAILED(thrown) ? thrown : hr;
+        EXPECT_TRUE(failure == S_OK || (hasFailed && failure == Injected)) << "call " << nth;
+        if (FAILED(failure)) {
+            EXPECT_EQ(DomText(Get(kPTJobScope).Get()), Base) << "call " << nth;
+        }
+        return hasFailed;
+    });
+}
+
+TEST_P(ProviderFaultTest, CapabilitiesFailWithTheCodeOrAsEmpty) {
+    Open();
+    m_platform.m_capabilities = tests::Bytes(tests::Capabilities(L""));
+    const Dom pTicket = LoadDomFromString(Base);
+    FailEachCall(2, [&](std::size_t nth) {
+        Dom pCapabilities;
+        const DomFaults faults(nth, Injected, Saves::Counted);
+        const HRESULT hr = m_provider.GetPrintCapabilities(pTicket.Get(), pCapabilities.Put());
+        EXPECT_TRUE(faults.HasFailed() ? hr == Injected || hr == E_FAIL : hr == S_OK) << "call " << nth;
+        EXPECT_EQ(static_cast<bool>(pCapabilities), hr == S_OK);
+        return faults.HasFailed();
+    });
+}
+
+TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown) {
+    Open();
+    const auto number = [](const wchar_t* name) {
+        return L"<psf:Property name=\"psk:" + std::wstring(name) +
+               L"\"><psf:Value>7</psf:Value></psf:Property>";
+    };
+    m_platform.m_capabilities = tests::Bytes(
+        tests::Capabilities(L"<psf:Property name=\"psk:PageImageableSize\">" + number(L"ImageableSizeWidth") +
+                            number(L"ImageableSizeHeight") + L"<psf:Property name=\"psk:ImageableArea\">" +
+                            number(L"OriginWidth") + number(L"OriginHeight") + number(L"ExtentWidth") +
+                            number(L"ExtentHeight") + L"</psf:Property></psf:Property>"));
+    EXPECT_EQ(DomText(Get(kPTPageScope).Get()), Base);
+    FailEachCall(50, [&](std::size_t nth) {
+        base::xps::printschema::ImageableAreaHandler handler(m_provider);
+        base::xps::printschema::ImageableAreaInfo area;
+        const DomFaults faults(nth, Injected, Saves::Counted);
+        HRESULT hr = S_OK;
+        const HRESULT thrown = ThrownCode([&] {
+            hr = handler.GetImageableArea({L"ISOA4", 9, {210000, 297000}}, area);
+        });
+        const HRESULT failure = FAILED(thrown) ? thrown : hr;
+        EXPECT_TRUE(failure == S_OK || (faults.HasFailed() && (failure == Injected || failure == E_FAIL)))
+            << "call " << nth << " " << std::hex << failure;
+        if (failure == S_OK) {
+            EXPECT_EQ(area.extent.height, 7);
+        }
+        return faults.HasFailed();
+    });
+}
+
+TEST_ON_EACH_DOM(TicketFaultTest);
+TEST_ON_EACH_DOM(ProviderFaultTest);
+
+}  // namespace
