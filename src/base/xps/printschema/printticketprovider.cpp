@@ -4,14 +4,13 @@
 #include <string_view>
 #include <utility>
 
-#include "base/io/printreadstreamtoistream.h"
 #include "base/logging/log.h"
 #include "base/xml/xmlmarger.h"
 #include "base/xml/xmlutility.h"
 #include "base/xps/printschema/impersonation.h"
 #include "base/xps/printschema/printticketstructurecomparator.h"
+#include "base/xps/printschema/ticketdocument.h"
 #include "platform/bstr.h"
-#include "platform/variant.h"
 
 namespace base::xps::printschema {
 
@@ -19,8 +18,6 @@ using platform::Bstr;
 using platform::ComPtr;
 
 namespace {
-
-using TicketDocument = ComPtr<IXMLDOMDocument2>;
 
 constexpr DWORD SchemaVersion = 1;
 
@@ -34,67 +31,6 @@ constexpr DWORD SchemaVersion = 1;
     std::string narrow(static_cast<std::size_t>(length), '\0');
     WideCharToMultiByte(CP_ACP, 0, text.data(), size, narrow.data(), length, nullptr, nullptr);
     return narrow;
-}
-
-[[nodiscard]] HRESULT CreateTicketDocument(TicketDocument& document) {
-    TicketDocument created;
-    HRESULT hr = CoCreateInstance(platform::CLSID_DomDocument60, nullptr, CLSCTX_ALL,
-                                  __uuidof(IXMLDOMDocument2), created.PutVoid());
-    if (FAILED(hr)) return hr;
-    hr = created->put_async(VARIANT_FALSE);
-    if (FAILED(hr)) return hr;
-    document = std::move(created);
-    return S_OK;
-}
-
-[[nodiscard]] HRESULT Rewind(IStream* pStream) { return pStream->Seek({}, STREAM_SEEK_SET, nullptr); }
-
-// Loads the stream from where it stands; the document stays what it was when that fails.
-[[nodiscard]] HRESULT Load(IStream* pStream, TicketDocument& document) {
-    TicketDocument loaded;
-    HRESULT hr = CreateTicketDocument(loaded);
-    if (FAILED(hr)) return hr;
-    const platform::Variant source(static_cast<IUnknown*>(pStream));
-    VARIANT_BOOL wellFormed = VARIANT_FALSE;
-    hr = loaded->load(source.Get(), &wellFormed);
-    if (FAILED(hr)) return hr;
-    if (wellFormed != VARIANT_TRUE) return E_FAIL;
-    document = std::move(loaded);
-    return S_OK;
-}
-
-[[nodiscard]] HRESULT LoadFromStart(IStream* pStream, TicketDocument& document) {
-    const HRESULT hr = Rewind(pStream);
-    return FAILED(hr) ? hr : Load(pStream, document);
-}
-
-[[nodiscard]] HRESULT LoadFromStart(IPrintReadStream* pStream, TicketDocument& document) {
-    ComPtr<IStream> pAdapter;
-    try {
-        pAdapter = io::CreatePrintReadStreamToIStream(pStream);
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
-    return LoadFromStart(pAdapter.Get(), document);
-}
-
-// The stream that a document gives of itself. Nothing says that it can be rewound: a fresh one stands at its
-// start, so one that refuses is used as it is.
-[[nodiscard]] HRESULT OpenStreamOf(IXMLDOMDocument2* pDocument, ComPtr<IStream>& stream) {
-    const HRESULT hr = pDocument->QueryInterface(__uuidof(IStream), stream.PutVoid());
-    if (SUCCEEDED(hr)) static_cast<void>(Rewind(stream.Get()));
-    return hr;
-}
-
-[[nodiscard]] HRESULT Copy(IXMLDOMDocument2* pSource, TicketDocument& copy) {
-    ComPtr<IStream> stream;
-    const HRESULT hr = OpenStreamOf(pSource, stream);
-    return FAILED(hr) ? hr : Load(stream.Get(), copy);
-}
-
-[[nodiscard]] bool HasRootElement(IXMLDOMDocument2* pDocument) {
-    ComPtr<IXMLDOMElement> root;
-    return pDocument->get_documentElement(root.Put()) == S_OK && root;
 }
 
 // Puts into the ticket what the other one has and it lacks.
@@ -135,7 +71,7 @@ HRESULT PrintTicketProvider::Open(IPrintReadStream* pBaseTicket, BSTR printerNam
 
     m_pBaseTicket.Reset();
     Clear(kPTJobScope);
-    return LoadFromStart(pBaseTicket, m_pBaseTicket);
+    return LoadTicket(pBaseTicket, m_pBaseTicket);
 }
 
 HRESULT PrintTicketProvider::Close() {
@@ -145,13 +81,13 @@ HRESULT PrintTicketProvider::Close() {
 
 HRESULT PrintTicketProvider::SetBaseTicket(IUnknown* pSource) {
     if (pSource == nullptr) return E_POINTER;
-    TicketDocument document;
+    Ticket document;
     if (SUCCEEDED(pSource->QueryInterface(__uuidof(IXMLDOMDocument2), document.PutVoid()))) {
-        return Copy(document.Get(), m_pBaseTicket);
+        return CopyTicket(document.Get(), m_pBaseTicket);
     }
     ComPtr<IStream> stream;
     const HRESULT hr = pSource->QueryInterface(__uuidof(IStream), stream.PutVoid());
-    return FAILED(hr) ? hr : LoadFromStart(stream.Get(), m_pBaseTicket);
+    return FAILED(hr) ? hr : LoadTicket(stream.Get(), m_pBaseTicket);
 }
 
 HRESULT PrintTicketProvider::MergeTicket(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
@@ -196,8 +132,8 @@ HRESULT PrintTicketProvider::GetPrintCapabilities(IXMLDOMDocument2* pTicket,
     if (ppCapabilities != nullptr) *ppCapabilities = nullptr;
     if (pTicket == nullptr || ppCapabilities == nullptr) return E_POINTER;
 
-    TicketDocument capabilities;
-    HRESULT hr = CreateTicketDocument(capabilities);
+    Ticket capabilities;
+    HRESULT hr = CreateTicket(capabilities);
     if (FAILED(hr)) return hr;
     hr = WriteCapabilities(pTicket, capabilities.Get());
     if (FAILED(hr)) return hr;
@@ -210,10 +146,10 @@ HRESULT PrintTicketProvider::GetPrintCapabilities(IXMLDOMDocument2* pTicket,
 
 HRESULT PrintTicketProvider::WriteCapabilities(IXMLDOMDocument2* pTicket, IXMLDOMDocument2* pCapabilities) {
     ComPtr<IStream> ticket;
-    HRESULT hr = OpenStreamOf(pTicket, ticket);
+    HRESULT hr = OpenTicketStream(pTicket, ticket);
     if (FAILED(hr)) return hr;
     ComPtr<IStream> capabilities;
-    hr = OpenStreamOf(pCapabilities, capabilities);
+    hr = OpenTicketStream(pCapabilities, capabilities);
     if (FAILED(hr)) return hr;
 
     Bstr error;
@@ -241,7 +177,7 @@ HRESULT PrintTicketProvider::Derive(EPrintTicketScope scope) {
     for (const EPrintTicketScope wider : {kPTJobScope, kPTDocumentScope, kPTPageScope}) {
         if (wider < scope) break;
         if (Slot(wider)) continue;
-        const HRESULT hr = Copy(Parent(wider).Get(), Slot(wider));
+        const HRESULT hr = CopyTicket(Parent(wider).Get(), Slot(wider));
         if (FAILED(hr)) return hr;
     }
     return S_OK;
@@ -264,8 +200,8 @@ HRESULT PrintTicketProvider::SetPartTicket(Part* pPart, EPrintTicketScope scope,
     ComPtr<IPrintReadStream> pStream;
     hr = pTicketPart->GetStream(pStream.Put());
     if (FAILED(hr)) return hr;
-    TicketDocument delta;
-    hr = LoadFromStart(pStream.Get(), delta);
+    Ticket delta;
+    hr = LoadTicket(pStream.Get(), delta);
     return FAILED(hr) ? hr : MergeDelta(scope, delta.Get(), pExtra);
 }
 
@@ -298,10 +234,10 @@ HRESULT PrintTicketProvider::MergeDelta(EPrintTicketScope scope, IXMLDOMDocument
 HRESULT PrintTicketProvider::MergeOnPlatform(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
                                              Ticket& result, MergeTrace& trace) {
     ComPtr<IStream> parentStream;
-    HRESULT hr = OpenStreamOf(Parent(scope).Get(), parentStream);
+    HRESULT hr = OpenTicketStream(Parent(scope).Get(), parentStream);
     if (FAILED(hr)) return hr;
     ComPtr<IStream> deltaStream;
-    hr = OpenStreamOf(pDelta, deltaStream);
+    hr = OpenTicketStream(pDelta, deltaStream);
     if (FAILED(hr)) return hr;
     ComPtr<IStream> resultStream;
     hr = CreateStreamOnHGlobal(nullptr, TRUE, resultStream.Put());
@@ -320,7 +256,7 @@ HRESULT PrintTicketProvider::MergeOnPlatform(EPrintTicketScope scope, IXMLDOMDoc
                                         Narrow(error.View()).c_str());
         return hr;
     }
-    return LoadFromStart(resultStream.Get(), result);
+    return LoadTicket(resultStream.Get(), result);
 }
 
 }  // namespace base::xps::printschema

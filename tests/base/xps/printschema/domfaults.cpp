@@ -18,6 +18,7 @@ using platform::ComPtr;
 // order of their declaration.
 enum Slot : std::size_t {
     FirstOwn = 7,
+    StreamSeek = 5,
     GetNodeName = FirstOwn,
     GetNodeValue = FirstOwn + 1,
     GetParentNode = FirstOwn + 4,
@@ -50,7 +51,7 @@ enum Slot : std::size_t {
     MapReset = FirstOwn + 8,
 };
 
-enum class Kind { Document, Element, Attribute, List, ChildList, Map };
+enum class Kind { Document, Element, Attribute, List, ChildList, Map, Stream };
 
 struct Patch {
     void** pSlot;
@@ -125,11 +126,13 @@ void InstallInDom(Saves saves) {
     ComPtr<IXMLDOMAttribute> pAttribute;
     ComPtr<IXMLDOMNodeList> pList;
     ComPtr<IXMLDOMNodeList> pChildren;
+    ComPtr<IStream> pStream;
     const bool isComplete = pDocument->get_documentElement(pElement.Put()) == S_OK &&
                             pElement->get_attributes(pMap.Put()) == S_OK &&
                             pMap->get_item(0, pNode.Put()) == S_OK && pNode.QueryTo(pAttribute) == S_OK &&
                             pDocument->selectNodes(Bstr(L"//a").Get(), pList.Put()) == S_OK &&
-                            pDocument->get_childNodes(pChildren.Put()) == S_OK;
+                            pDocument->get_childNodes(pChildren.Put()) == S_OK &&
+                            pDocument.QueryTo(pStream) == S_OK;
     if (!isComplete) throw std::runtime_error("the DOM lacks a kind of object");
 
     InstallInNode<Kind::Document>(pDocument.Get());
@@ -145,6 +148,7 @@ void InstallInDom(Saves saves) {
         pElement.Get());
     InstallInNode<Kind::Attribute>(pAttribute.Get());
     Thunk<Kind::Attribute, AttributePutValue, VARIANT>::Install(pAttribute.Get());
+    Thunk<Kind::Stream, StreamSeek, LARGE_INTEGER, DWORD, ULARGE_INTEGER*>::Install(pStream.Get());
     InstallInList<Kind::List>(pList.Get());
     if (!ShareTable(pChildren.Get(), pList.Get())) InstallInList<Kind::ChildList>(pChildren.Get());
     Thunk<Kind::Map, MapGetNamedItem, BSTR, IXMLDOMNode**>::Install(pMap.Get());

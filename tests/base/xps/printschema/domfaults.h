@@ -10,9 +10,9 @@ namespace tests {
 // the faults are in force exempts it.
 enum class Saves { Counted, Exempt };
 
-// While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes
-// and lists is counted, and one of them fails without doing anything. For the kit's DOM or the system's,
-// whichever CreateDom gives when it is made. One at a time.
+// While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes,
+// lists and streams is counted, and one of them fails without doing anything. For the kit's DOM or the
+// system's, whichever CreateDom gives when it is made. One at a time.
 class DomFaults {
   public:
     // The nth call, counted from 1, fails with the code; 0: none does.

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/io/printwritestreamtoistream.h"
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
 #include "callrecorder.h"
@@ -69,6 +70,16 @@ class DocumentWithNullTicket : public tests::MockTicketedPart<IFixedDocument> {
     using MockTicketedPart::MockTicketedPart;
     HRESULT STDMETHODCALLTYPE GetPrintTicket(IPartPrintTicket** ppTicket) override {
         *ppTicket = nullptr;
+        return S_OK;
+    }
+};
+
+// Says that it has its stream and hands out none.
+class TicketWithNullStream : public tests::MockPrintTicket {
+  public:
+    using MockPrintTicket::MockPrintTicket;
+    HRESULT STDMETHODCALLTYPE GetStream(IPrintReadStream** ppStream) override {
+        *ppStream = nullptr;
         return S_OK;
     }
 };
@@ -294,6 +305,14 @@ TEST_F(PrintTicketProviderTest, ABadSourceLeavesTheBaseAsItWas) {
     ComPtr<IStream> empty;
     ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, empty.Put()), S_OK);
     EXPECT_EQ(m_provider->SetBaseTicket(empty.Get()), E_FAIL);
+    EXPECT_EQ(TextAt(kPTJobScope), Base);
+}
+
+TEST_F(PrintTicketProviderTest, AStreamThatCannotBeRewoundIsNoBase) {
+    OpenBase();
+    const auto output = MakeMock<tests::MockWriteStream>(m_calls);
+    const ComPtr<IStream> forwardOnly = base::io::CreatePrintWriteStreamToIStream(output.Get());
+    EXPECT_EQ(m_provider->SetBaseTicket(forwardOnly.Get()), E_NOTIMPL);
     EXPECT_EQ(TextAt(kPTJobScope), Base);
 }
 
@@ -583,6 +602,15 @@ TEST_F(PrintTicketProviderTest, APartWhoseTicketIsNotWellFormedFailsBeforeThePla
     EXPECT_EQ(SetJob(L"<psf:PrintTicket>"), E_FAIL);
     EXPECT_EQ(SetJob(L"no markup"), E_FAIL);
     EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, APartWhoseStreamCannotBeWrappedIsOutOfMemory) {
+    OpenBase();
+    const auto ticket = MakeMock<TicketWithNullStream>(m_calls, L"/ticket", "");
+    const auto part =
+        MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job", ComPtr<IPartPrintTicket>(ticket.Get()));
+    EXPECT_EQ(m_provider->SetJobTicket(part.Get(), nullptr), E_OUTOFMEMORY);
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
