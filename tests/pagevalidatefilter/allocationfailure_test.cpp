@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "pagevalidatefilter/filterjob.h"
+#include "pagevalidatefilter/module.h"
+#include "pagevalidatefilter/pagevalidatexpsfilter.h"
+#include "platform/comptr.h"
+
+namespace {
+
+// How many more allocations of this thread succeed before one fails; none fails while it is negative.
+thread_local long g_allocationsLeft = -1;
+thread_local bool g_hasFailed = false;
+
+void* Allocate(std::size_t size) noexcept {
+    if (g_allocationsLeft == 0 && !g_hasFailed) {
+        g_hasFailed = true;
+        return nullptr;
+    }
+    if (g_allocationsLeft > 0) --g_allocationsLeft;
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    if (void* pBlock = Allocate(size)) return pBlock;
+    throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void operator delete(void* pBlock) noexcept { std::free(pBlock); }
+void operator delete(void* pBlock, std::size_t) noexcept { std::free(pBlock); }
+
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** ppObject);
+
+namespace pagevalidatefilter {
+namespace {
+
+using platform::ComPtr;
+
+// Fails the nth allocation that this thread makes while the object lives.
+class FailingAllocation {
+  public:
+    explicit FailingAllocation(long nth) {
+        g_hasFailed = false;
+        g_allocationsLeft = nth - 1;
+    }
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+    ~FailingAllocation() { g_allocationsLeft = -1; }
+
+    [[nodiscard]] bool HasFailed() const noexcept { return g_hasFailed; }
+};
+
+TEST(AllocationFailureTest, DllGetClassObjectAnswersOutOfMemoryAndLeavesTheModuleCountAsItWas) {
+    void* pFactory = &pFactory;
+    HRESULT hr = S_OK;
+    {
+        const FailingAllocation failing(1);
+        hr = DllGetClassObject(CLSID_PageValidateXpsFilter, __uuidof(IClassFactory), &pFactory);
+    }
+    EXPECT_EQ(E_OUTOFMEMORY, hr);
+    EXPECT_EQ(nullptr, pFactory);
+    EXPECT_EQ(0, ModuleCount());
+}
+
+TEST(AllocationFailureTest, CreateInstanceAnswersOutOfMemoryWhicheverAllocationFails) {
+    ComPtr<IClassFactory> pFactory;
+    ASSERT_EQ(S_OK,
+              DllGetClassObject(CLSID_PageValidateXpsFilter, __uuidof(IClassFactory), pFactory.PutVoid()));
+    long nth = 0;
+    for (bool hasFailed = true; hasFailed;) {
+        void* pFilter = &pFilter;
+        HRESULT hr = S_OK;
+        {
+            const FailingAllocation failing(++nth);
+            hr = pFactory->CreateInstance(nullptr, __uuidof(IPrintPipelineFilter), &pFilter);
+            hasFailed = failing.HasFailed();
+        }
+        EXPECT_EQ(hasFailed ? E_OUTOFMEMORY : S_OK, hr) << nth;
+        EXPECT_EQ(hasFailed, pFilter == nullptr) << nth;
+        EXPECT_EQ(hasFailed ? 1 : 2, ModuleCount()) << nth;
+        if (pFilter != nullptr) static_cast<IUnknown*>(pFilter)->Release();
+    }
+    EXPECT_GT(nth, 2);
+    EXPECT_EQ(1, ModuleCount());
+}
+
+class JobWithoutMemoryTest : public FilterJobTest {
+  protected:
+    JobWithoutMemoryTest() {
+        m_tickets[kPTPageScope] = TicketText(L"LongEdgeFirst");
+        AddDocument(1);
+        EXPECT_EQ(S_OK, Run());
+        m_whole = m_pages[0]->Written()->Bytes();
+    }
+
+    // The page's new markup in a job that lacks nothing.
+    std::string m_whole;
+};
+
+TEST_F(JobWithoutMemoryTest, WhicheverAllocationFailsTheJobEndsAndNothingIsLeft) {
+    long nth = 0;
+    for (bool hasFailed = true; hasFailed;) {
+        Prepare();
+        AddDocument(1);
+        HRESULT hr = S_OK;
+        {
+            const FailingAllocation failing(++nth);
+            hr = Run();
+            hasFailed = failing.HasFailed();
+        }
+        SCOPED_TRACE(nth);
+        // Memory that the DOM or a mock lacks comes back as a failure of theirs. A setting that cannot be
+        // read stays as it was, so a job that succeeds may leave its page alone; it never sends half a page.
+        EXPECT_TRUE(hr == E_OUTOFMEMORY || hr == E_FAIL || hr == S_OK) << tests::HresultText(hr);
+        if (hr == S_OK) {
+            EXPECT_EQ(3u, m_pWriter->Sent().size());
+            const tests::MockWriteStream* pWritten = m_pages[0]->Written();
+            EXPECT_TRUE(pWritten == nullptr || pWritten->Bytes() == m_whole);
+        }
+        m_pFilter.Reset();
+        EXPECT_EQ(0, ModuleCount());
+        EXPECT_EQ(2u, m_pReader->References());
+        EXPECT_EQ(2u, m_pWriter->References());
+    }
+    EXPECT_GT(nth, 1000);
+}
+
+}  // namespace
+}  // namespace pagevalidatefilter
