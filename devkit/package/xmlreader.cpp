@@ -79,6 +79,11 @@ std::optional<std::string> XmlReader::Attribute(const char* name) const {
     return TextOf(value ? value.get() : plain.get());
 }
 
+std::string XmlReader::Text() const {
+    const XmlTextPtr text(xmlTextReaderReadString(m_reader.get()));
+    return TextOf(text.get());
+}
+
 std::string XmlReader::NamespaceOf(const std::string& prefix) const {
     const XmlTextPtr uri(xmlTextReaderLookupNamespace(m_reader.get(), XmlText(prefix.c_str())));
     return TextOf(uri.get());

@@ -29,6 +29,8 @@ class XmlReader {
     [[nodiscard]] std::string LocalName() const;
     // An attribute in no namespace.
     [[nodiscard]] std::optional<std::string> Attribute(const char* name) const;
+    // Its text, that of the elements in it included.
+    [[nodiscard]] std::string Text() const;
     // The namespace that a prefix stands for; empty when there is none.
     [[nodiscard]] std::string NamespaceOf(const std::string& prefix) const;
 

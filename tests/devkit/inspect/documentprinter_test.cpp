@@ -1,0 +1,116 @@
+#include "devkit/inspect/documentprinter.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <string>
+
+#include "devkit/package/file.h"
+
+namespace devkit::inspect {
+namespace {
+
+using package::XpsDocument;
+
+std::string Printed(const XpsDocument& document) {
+    std::ostringstream output;
+    PrintDocument(output, document);
+    return output.str();
+}
+
+std::string PrintedSample(const char* name) {
+    return Printed(XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / name));
+}
+
+TEST(DocumentPrinterTest, ShowsPartsSizesAndTicketsWhereTheyHang) {
+    EXPECT_EQ(
+        PrintedSample("names.xps"),
+        "XPS document, 1 fixed document, 1 page\n"
+        "  sequence  /docs/sequence.xml\n"
+        "    ticket  /docs/tickets/job.xml  764 bytes\n"
+        "      psk:PageMediaSize = psk:ISOA4 (psk:MediaSizeWidth 210000, psk:MediaSizeHeight 297000)\n"
+        "    document 1  /docs/one/document.xml\n"
+        "      page 1  /docs/one/A%20Page.xml  793.76 x 1122.56 (210.0 x 297.0 mm), portrait, 300 bytes\n"
+        "        ticket  /docs/tickets/page.xml  510 bytes\n"
+        "          psk:PageOrientation = psk:Portrait\n");
+}
+
+TEST(DocumentPrinterTest, ShowsTheWholeSample) {
+    const std::string text = PrintedSample("sample.xps");
+    EXPECT_TRUE(
+        text.starts_with("XPS document, 3 fixed documents, 10 pages\n"
+                         "  thumbnail  /Metadata/thumbnail.png  image/png, "))
+        << text;
+    for (const char* part : {
+             "\n        ticket  /Documents/1/Metadata/Portrait_PT.xml  as above\n",
+             "\n        BleedBox    -12,-12,840,1080\n        ContentBox  48,48,720,960\n",
+             "\n      stamp:JobStamp = stamp:Confidential\n",
+             "\n        resource  /Resources/Images/corners.png  image/png, 161 bytes\n",
+             "\n      page 2  /Documents/2/Pages/2.fpage  1056 x 816 (279.4 x 215.9 mm), landscape, ",
+         })
+        EXPECT_NE(text.find(part), std::string::npos) << part << text;
+    EXPECT_EQ(text.find("other parts"), std::string::npos) << text;
+    EXPECT_EQ(text.find("findings"), std::string::npos) << text;
+}
+
+TEST(DocumentPrinterTest, TellsOpenXps) {
+    EXPECT_TRUE(PrintedSample("sample.oxps").starts_with("OpenXPS document, 3 fixed documents, 10 pages\n"));
+}
+
+TEST(DocumentPrinterTest, InterleavedAndUtf16DocumentsReadAsAnyOther) {
+    EXPECT_EQ(PrintedSample("streamed.xps"), PrintedSample("sample.xps"));
+    EXPECT_EQ(PrintedSample("utf16.xps"),
+              "XPS document, 1 fixed document, 1 page\n"
+              "  sequence  /s.fdseq\n"
+              "    document 1  /d.fdoc\n"
+              "      page 1  /p.fpage  793.76 x 1122.56 (210.0 x 297.0 mm), portrait, 604 bytes\n");
+}
+
+TEST(DocumentPrinterTest, ShowsWhatIsWrongInItsPlace) {
+    XpsDocument document = XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / "minimal.xps");
+    package::FixedPage& page = document.sequence.documents[0].pages[0];
+    page.markup = "no markup";
+    page.ticket = document.AddPart("/t.xml", package::kPrintTicketContentType, "<t/>");
+    page.resources.push_back("/none.ttf");
+    document.sequence.ticket = "/none.xml";
+    static_cast<void>(document.AddPart("/other", "", "1"));
+    EXPECT_EQ(Printed(document),
+              "XPS document, 1 fixed document, 1 page\n"
+              "  sequence  /s.fdseq\n"
+              "    ticket  is missing, /none.xml\n"
+              "    document 1  /d.fdoc\n"
+              "      page 1  /p.fpage  its size cannot be read, 9 bytes\n"
+              "        ticket  /t.xml  4 bytes\n"
+              "          is no print ticket, /t.xml\n"
+              "        resource  /none.ttf  is missing\n"
+              "  other parts\n"
+              "    /other  no content type, 1 byte\n");
+}
+
+TEST(DocumentPrinterTest, EveryDocumentOfTheCorpusIsShown) {
+    std::filesystem::path folder = std::filesystem::path(SOURCE_FOLDER) / ".." / "shared" / "corpus";
+    if (const char* pFolder = std::getenv("CORPUS_FOLDER")) folder = pFolder;
+    if (!std::filesystem::is_directory(folder))
+        GTEST_SKIP() << "no corpus of documents at " << package::PathText(folder);
+    std::size_t shown = 0;
+    for (const auto& each : std::filesystem::recursive_directory_iterator(folder)) {
+        if (!each.is_regular_file() || each.path().extension() == ".md") continue;
+        try {
+            const XpsDocument document = XpsDocument::Open(each.path());
+            const std::string text = Printed(document);
+            const std::size_t findings = text.find("  findings\n");
+            EXPECT_EQ(findings != std::string::npos, !document.Findings().empty()) << each.path();
+            EXPECT_EQ(std::ranges::count(text, '\0'), 0) << each.path();
+            ++shown;
+        } catch (const package::PackageError&) {
+            // What may be refused, and why, is the package's business.
+        }
+    }
+    EXPECT_GT(shown, 100U);
+}
+
+}  // namespace
+}  // namespace devkit::inspect
