@@ -1,0 +1,49 @@
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+
+#include "callrecorder.h"
+#include "leakchecklistener.h"
+#include "mockobject.h"
+#include "mockparts.h"
+#include "platform/comptr.h"
+
+namespace tests {
+namespace {
+
+TEST(LeakCheckListenerTest, FailsATestThatLeavesAMockAlive) {
+    const testing::TestInfo& thisTest = *testing::UnitTest::GetInstance()->current_test_info();
+    LeakCheckListener listener;
+    listener.OnTestStart(thisTest);
+    auto pLeaked = MakeMock<MockUnknown>();
+    EXPECT_NONFATAL_FAILURE(listener.OnTestEnd(thisTest), "mock objects are still alive");
+    pLeaked.Reset();
+    listener.OnTestEnd(thisTest);
+}
+
+TEST(CallRecorderTest, FailsTheNthCallOfAnyOrOfOneText) {
+    CallRecorder calls;
+    calls.FailNth(2, E_ABORT);
+    EXPECT_EQ(S_OK, calls.Enter("a"));
+    EXPECT_FALSE(calls.HasFailed());
+    EXPECT_EQ(E_ABORT, calls.Enter("b"));
+    EXPECT_EQ("b", calls.FailedCall());
+    EXPECT_EQ(S_OK, calls.Enter("b"));
+    calls.Fail("a", E_FAIL);
+    EXPECT_EQ(S_OK, calls.Enter("b"));
+    EXPECT_EQ(E_FAIL, calls.Enter("a"));
+    EXPECT_EQ(2u, calls.Count("a"));
+    EXPECT_EQ((std::vector<std::string>{"a", "b", "b", "b", "a"}), calls.Calls());
+}
+
+TEST(MockObjectTest, AnswersItsInterfacesAndTheirBase) {
+    CallRecorder calls;
+    const auto pTicket = MakeMock<MockPrintTicket>(calls, L"/t.xml", "");
+    platform::ComPtr<IPartBase> pBase;
+    EXPECT_EQ(S_OK, pTicket.QueryTo(pBase));
+    platform::ComPtr<IFixedPage> pPage;
+    EXPECT_EQ(E_NOINTERFACE, pTicket.QueryTo(pPage));
+    EXPECT_EQ(2u, pTicket->References());
+}
+
+}  // namespace
+}  // namespace tests
