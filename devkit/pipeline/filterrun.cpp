@@ -142,6 +142,10 @@ void FilterRun::Cancel() {
     m_state->changed.notify_all();
 }
 
+std::string FilterRun::LastPart() const {
+    return m_state->provider ? m_state->provider->LastGiven() : std::string();
+}
+
 void FilterRun::State::MakeObjects() {
     filter = source->CreateFilter();
     provider = MakeObject<DocumentProvider>(context, input, options.extraParts,

@@ -94,6 +94,8 @@ class FilterRun {
 
     // Cancels the job as a user would; any thread may call, at any time.
     void Cancel();
+    // What the filter was given last ("FixedPage /1.fpage"), empty before the first part; any thread may ask.
+    [[nodiscard]] std::string LastPart() const;
 
   private:
     struct State;

@@ -1,0 +1,69 @@
+#include "devkit/filterhost/effectivetickets.h"
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+namespace devkit::filterhost {
+namespace {
+
+using pipeline::PartKind;
+using pipeline::SentPart;
+
+// The results of the merges of one scope, handed out in their order to the parts with a ticket of their own.
+class Merges {
+  public:
+    Merges(const prntvpt::ProviderReport& report, std::string_view scope, const std::vector<SentPart>& parts,
+           PartKind kind) {
+        for (const prntvpt::ProviderCall& call : report.calls) {
+            if (call.function != "PTMergeAndValidatePrintTicket" || call.scope != scope ||
+                FAILED(call.result))
+                continue;
+            m_results.push_back(call.output.value_or(std::string()));
+        }
+        std::size_t tickets = 0;
+        for (const SentPart& part : parts) tickets += part.kind == kind && HasTicket(part);
+        m_known = tickets == m_results.size();
+    }
+
+    // The ticket that holds from the part on, when `inherited` holds around it.
+    std::string Next(const SentPart& part, const std::string& inherited) {
+        if (!HasTicket(part)) return inherited;
+        return m_known ? m_results[m_next++] : std::string();
+    }
+
+  private:
+    static bool HasTicket(const SentPart& part) {
+        return part.part != nullptr && part.part->inputTicket != nullptr;
+    }
+
+    std::vector<std::string> m_results;
+    std::size_t m_next = 0;
+    bool m_known = false;
+};
+
+}  // namespace
+
+std::vector<std::string> EffectiveTickets(const std::vector<SentPart>& parts,
+                                          const prntvpt::ProviderReport& report,
+                                          const std::string& userTicket) {
+    Merges jobs(report, "job", parts, PartKind::FixedDocumentSequence);
+    Merges documents(report, "document", parts, PartKind::FixedDocument);
+    Merges pages(report, "page", parts, PartKind::FixedPage);
+    std::string job = userTicket;
+    std::string document = userTicket;
+    std::vector<std::string> tickets;
+    for (const SentPart& part : parts) {
+        if (part.kind == PartKind::FixedDocumentSequence) {
+            job = jobs.Next(part, userTicket);
+            document = job;
+        } else if (part.kind == PartKind::FixedDocument) {
+            document = documents.Next(part, job);
+        } else if (part.kind == PartKind::FixedPage) {
+            tickets.push_back(pages.Next(part, document));
+        }
+    }
+    return tickets;
+}
+
+}  // namespace devkit::filterhost

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "devkit/package/packageerror.h"
+
+namespace devkit::filterhost {
+
+// The whole file. Throws UsageError with `option` in front.
+[[nodiscard]] std::string ReadFile(const std::filesystem::path& path, std::string_view option);
+// Writes the file, which appears when it is whole. Throws UsageError with `option` in front.
+void WriteFile(const std::filesystem::path& path, std::string_view bytes, std::string_view option);
+
+// What is wrong with a document, for a line that begins with the document's name: a place other than the
+// document itself is named at the end.
+[[nodiscard]] std::string ProblemOf(const package::PackageError& error, std::string_view document);
+
+}  // namespace devkit::filterhost

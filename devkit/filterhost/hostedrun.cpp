@@ -1,0 +1,143 @@
+#include "devkit/filterhost/hostedrun.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "devkit/filterhost/crashreport.h"
+#include "devkit/filterhost/effectivetickets.h"
+#include "devkit/filterhost/files.h"
+#include "devkit/filterhost/interrupt.h"
+#include "devkit/filterhost/progress.h"
+#include "devkit/package/file.h"
+#include "devkit/package/xpsdocument.h"
+#include "devkit/pipeline/hresult.h"
+#include "devkit/pipeline/outputpackage.h"
+#include "devkit/pipeline/text.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using package::PathText;
+using package::XpsDocument;
+using pipeline::RunOutcome;
+using Path = std::filesystem::path;
+
+std::size_t CountParts(const package::XpsTree& tree) {
+    std::size_t parts = 2;  // the document and the sequence
+    for (const package::FixedDocument& document : tree.sequence.documents) parts += 1 + document.pages.size();
+    return parts;
+}
+
+ExitStatus StatusOf(const RunResult& result) {
+    if (!result.breaches.empty()) return RuleBroken;
+    const RunOutcome& outcome = *result.outcome;
+    if (!outcome.inputFailures.empty()) return UnreadableInput;
+    const bool shutdown = std::any_of(outcome.shutdownCodes.begin(), outcome.shutdownCodes.end(),
+                                      [](HRESULT hr) { return FAILED(hr); });
+    return FAILED(outcome.result) || shutdown ? FilterFailed : Done;
+}
+
+void AddProviderBreaches(RunResult& result) {
+    if (!result.provider) return;
+    for (const prntvpt::ProviderBreach& breach : result.provider->breaches) {
+        result.breaches.push_back("print ticket provider: " + breach.stop + " " + breach.text);
+    }
+    for (const std::string& note : result.provider->notes) {
+        result.findings.push_back("print ticket provider: " + note);
+    }
+}
+
+// Writes what the filter sent. A failure is in the result.
+void WriteOutput(XpsDocument& document, const Path& output, RunResult& result) try {
+    pipeline::ApplySentParts(document, result.outcome->parts);
+    document.Save(output);
+    result.output = PathText(output);
+} catch (const package::PackageError& error) {
+    result.error = std::string("the output cannot be written: ") + error.what();
+    result.status = std::max(result.status, WrongUsage);
+}
+
+}  // namespace
+
+HostedRun::HostedRun(const RunSettings& settings, TicketProvider& provider,
+                     std::shared_ptr<pipeline::FilterSource> filter)
+    : m_settings(settings),
+      m_provider(provider),
+      m_filter(std::move(filter)),
+      m_printer(pipeline::Widen(provider.PrinterName())),
+      m_userTicket(std::make_shared<const std::string>(
+          settings.userTicket ? ReadFile(*settings.userTicket, "--user-ticket") : provider.DefaultTicket())) {
+}
+
+RunResult HostedRun::Run(const Path& input, const Path& output) {
+    RunResult result;
+    result.input = PathText(input);
+    try {
+        const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(input));
+        result.findings = document->Findings();
+        RunFilter(document, result);
+        LookAtPages(result);
+        result.status = StatusOf(result);
+        if (result.outcome->IsWhole()) WriteOutput(*document, output, result);
+    } catch (const package::PackageError& error) {
+        result.error = ProblemOf(error, result.input);
+        result.status = UnreadableInput;
+    } catch (const pipeline::FilterError& error) {
+        result.error = error.what();
+        result.status = FilterFailed;
+    } catch (const std::bad_alloc&) {
+        result.error = "there is not enough memory";
+        result.status = UnreadableInput;
+    }
+    return result;
+}
+
+void HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, RunResult& result) {
+    pipeline::RunOptions options = MakeOptions();
+    const HANDLE token = options.properties.userToken->Get();
+    Progress progress(result.input, CountParts(*document), !m_settings.quiet);
+    options.onPart = [&progress](unsigned number) { progress.Asked(number); };
+    const std::shared_ptr<const pipeline::JobInput> job = pipeline::MakeJobInput(document);
+    pipeline::FilterRun run(m_filter, job, std::move(options));
+    m_provider.BeginRun(token);
+    const CancelOnInterrupt interrupt(run);
+    const CrashReport crash(result.input, [&run] { return run.LastPart(); });
+    result.outcome = run.Run();
+    result.breaches = result.outcome->breaches;
+    if (!result.outcome->hung) result.provider = m_provider.EndRun();
+    AddProviderBreaches(result);
+}
+
+pipeline::RunOptions HostedRun::MakeOptions() const {
+    pipeline::RunOptions options;
+    pipeline::JobProperties& properties = options.properties;
+    properties.printerName = pipeline::Widen(m_provider.PrinterName());
+    properties.userTicket = m_userTicket;
+    properties.printerHandle = m_printer.Get();
+    properties.driverValues.reset();
+    if (m_settings.driverProperties) {
+        properties.driverValues.emplace();
+        properties.driverValues->emplace(L"KoraNsPrefix", pipeline::Widen(m_settings.nsPrefix));
+        if (m_settings.teskType) properties.driverValues->emplace(L"KoraTeskType", *m_settings.teskType);
+    }
+    options.cancelAt = m_settings.cancelAt;
+    return options;
+}
+
+void HostedRun::LookAtPages(RunResult& result) const {
+    const std::vector<pipeline::SentPart>& parts = result.outcome->parts;
+    std::vector<std::string> tickets;
+    if (result.provider) tickets = EffectiveTickets(parts, *result.provider, *m_userTicket);
+    for (const pipeline::SentPart& part : parts) {
+        if (part.kind != pipeline::PartKind::FixedPage) continue;
+        const std::size_t number = result.pages.size();
+        const std::string ticket = number < tickets.size() ? tickets[number] : std::string();
+        result.pages.push_back(LookAtPage(part, ticket));
+        if (result.pages.back().malformed) {
+            result.findings.push_back("page markup " + *result.pages.back().malformed);
+        }
+    }
+}
+
+}  // namespace devkit::filterhost

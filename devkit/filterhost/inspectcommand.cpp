@@ -1,0 +1,38 @@
+#include "devkit/filterhost/inspectcommand.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+
+#include "devkit/filterhost/console.h"
+#include "devkit/filterhost/documenttree.h"
+#include "devkit/filterhost/files.h"
+#include "devkit/package/file.h"
+#include "devkit/package/xpsdocument.h"
+
+namespace devkit::filterhost {
+namespace {
+
+ExitStatus InspectOne(const std::filesystem::path& input) {
+    const std::string name = package::PathText(input);
+    try {
+        const auto document = package::XpsDocument::Open(input);
+        PrintOut(name + ": " + WriteTree(document));
+        return Done;
+    } catch (const package::PackageError& error) {
+        PrintProblem(name + ": " + ProblemOf(error, name));
+    } catch (const std::bad_alloc&) {
+        PrintProblem(name + ": there is not enough memory");
+    }
+    return UnreadableInput;
+}
+
+}  // namespace
+
+ExitStatus Inspect(const InspectSettings& settings) {
+    ExitStatus status = Done;
+    for (const std::filesystem::path& input : settings.inputs) status = std::max(status, InspectOne(input));
+    return status;
+}
+
+}  // namespace devkit::filterhost

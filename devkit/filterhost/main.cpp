@@ -1,0 +1,65 @@
+#include "platform/windows.h"
+
+#include <exception>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+#include "devkit/filterhost/commandline.h"
+#include "devkit/filterhost/console.h"
+#include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/inspectcommand.h"
+#include "devkit/filterhost/runcommand.h"
+#include "devkit/filterhost/usageerror.h"
+#include "devkit/pipeline/text.h"
+
+namespace devkit::filterhost {
+namespace {
+
+class MultithreadedApartment {
+  public:
+    MultithreadedApartment() : m_hr(CoInitializeEx(nullptr, COINIT_MULTITHREADED)) {}
+    MultithreadedApartment(const MultithreadedApartment&) = delete;
+    MultithreadedApartment& operator=(const MultithreadedApartment&) = delete;
+    ~MultithreadedApartment() {
+        if (SUCCEEDED(m_hr)) CoUninitialize();
+    }
+
+  private:
+    HRESULT m_hr;
+};
+
+struct Execute {
+    ExitStatus operator()(const RunSettings& settings) const {
+        const MultithreadedApartment apartment;
+        return Run(settings);
+    }
+    ExitStatus operator()(const InspectSettings& settings) const { return Inspect(settings); }
+    ExitStatus operator()(const Answer& answer) const {
+        PrintOut(answer.text);
+        return Done;
+    }
+};
+
+ExitStatus Main(const std::vector<std::string>& arguments) {
+    try {
+        return std::visit(Execute(), ParseCommandLine(arguments));
+    } catch (const UsageError& error) {
+        PrintProblem(error.what());
+        return WrongUsage;
+    } catch (const std::exception& error) {
+        PrintProblem(error.what());
+        return FilterFailed;
+    }
+}
+
+}  // namespace
+}  // namespace devkit::filterhost
+
+int wmain(int argc, wchar_t** argv) {
+    devkit::filterhost::PrepareConsole();
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; ++i) arguments.push_back(devkit::pipeline::Narrow(argv[i]));
+    return devkit::filterhost::Main(arguments);
+}

@@ -1,0 +1,89 @@
+#include "devkit/filterhost/pagefacts.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string_view>
+#include <utility>
+
+#include "devkit/filterhost/ticketfacts.h"
+#include "devkit/package/packageerror.h"
+#include "devkit/package/xmlreader.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using pipeline::PartPtr;
+
+std::optional<std::string> NameOf(const PartPtr& part) {
+    return part == nullptr ? std::nullopt : std::optional(part->Name());
+}
+
+// The six numbers of a matrix in its abbreviated form ("0,1,-1,0,793.7,0").
+std::optional<std::array<double, 6>> ReadMatrix(std::string_view text) {
+    std::array<double, 6> matrix{};
+    const char* place = text.data();
+    const char* const end = place + text.size();
+    for (double& number : matrix) {
+        while (place != end && (*place == ',' || *place == ' ' || *place == '+')) ++place;
+        const auto [after, failure] = std::from_chars(place, end, number);
+        if (failure != std::errc()) return std::nullopt;
+        place = after;
+    }
+    return matrix;
+}
+
+// Whether the matrix turns by a right angle, whatever it scales and moves.
+bool TurnsByARightAngle(const std::array<double, 6>& matrix) {
+    constexpr double nothing = 1e-3;
+    return std::abs(matrix[0]) < nothing && std::abs(matrix[3]) < nothing && std::abs(matrix[1]) > nothing &&
+           std::abs(matrix[2]) > nothing;
+}
+
+// Whether the first element in the page is a canvas that turns by a right angle.
+bool ContentIsTurned(package::XmlReader& reader) {
+    if (!reader.NextElement() || reader.Depth() != 1 || reader.LocalName() != "Canvas") return false;
+    const auto matrix = ReadMatrix(reader.Attribute("RenderTransform").value_or(std::string()));
+    return matrix && TurnsByARightAngle(*matrix);
+}
+
+void LookAtMarkup(const std::string& markup, PageFacts& facts) {
+    package::Limits limits;
+    limits.maxDepth = std::numeric_limits<int>::max();
+    try {
+        package::XmlReader reader(markup, facts.name, limits);
+        if (!reader.NextElement()) return;
+        facts.turned = facts.rewritten && ContentIsTurned(reader);
+        while (reader.NextElement()) {
+        }
+    } catch (const package::PackageError& error) {
+        facts.malformed = error.what();
+    }
+}
+
+}  // namespace
+
+PageFacts LookAtPage(const pipeline::SentPart& page, const std::string& effectiveTicket) {
+    const PartPtr& part = page.part;
+    PageFacts facts;
+    facts.name = page.name;
+    facts.rewritten = page.MarkupRewritten();
+    facts.ticketReplaced = page.TicketReplaced();
+    facts.ticketBefore = NameOf(part->inputTicket);
+    facts.ticketAfter = NameOf(part->ticket);
+    const pipeline::Bytes before = part->ReadInput();
+    const pipeline::Bytes after = part->Read();
+    facts.bytesBefore = before->size();
+    facts.bytesAfter = after->size();
+    facts.before = package::ReadPageGeometry(*before);
+    facts.after = facts.rewritten ? package::ReadPageGeometry(*after) : facts.before;
+    LookAtMarkup(*after, facts);
+    const TicketFacts effective = ReadTicketFacts(effectiveTicket);
+    facts.feedDirection = effective.feedDirection;
+    const bool ownTicket = facts.ticketReplaced && part->ticket != nullptr;
+    facts.mediaSize = ownTicket ? ReadTicketFacts(*part->ticket->Read()).mediaSize : effective.mediaSize;
+    return facts;
+}
+
+}  // namespace devkit::filterhost

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "devkit/package/pagegeometry.h"
+#include "devkit/pipeline/sentpart.h"
+
+namespace devkit::filterhost {
+
+// What a filter did to a page.
+struct PageFacts {
+    std::string name;
+    std::optional<package::PageGeometry> before;  // unset when the markup does not start as a page
+    std::optional<package::PageGeometry> after;
+    std::size_t bytesBefore = 0;
+    std::size_t bytesAfter = 0;
+    bool rewritten = false;
+    bool turned = false;  // the content now stands in a canvas that turns it by a right angle
+    bool ticketReplaced = false;
+    std::optional<std::string> ticketBefore;  // part names
+    std::optional<std::string> ticketAfter;
+    std::optional<std::string> feedDirection;  // from the ticket that held, where that is known
+    std::optional<std::string> mediaSize;      // of the ticket that the page leaves with, where that is known
+    std::optional<std::string> malformed;      // why the markup that comes out is not well-formed XML
+};
+
+// Throws package::PackageError when the input cannot be read. `effectiveTicket` is empty when it is not
+// known.
+[[nodiscard]] PageFacts LookAtPage(const pipeline::SentPart& page, const std::string& effectiveTicket);
+
+}  // namespace devkit::filterhost

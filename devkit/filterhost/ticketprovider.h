@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <optional>
+#include <string>
+
+#include "devkit/filterhost/settings.h"
+#include "devkit/prntvpt/simulatedprovider.h"
+
+namespace devkit::filterhost {
+
+// The print ticket provider that the filter will be bound to: the simulated one, loaded and set up, or the
+// system's own. Make it before the filter is loaded.
+class TicketProvider {
+  public:
+    // Throws UsageError when the settings make no sense.
+    explicit TicketProvider(const RunSettings& settings);
+
+    [[nodiscard]] const std::string& PrinterName() const noexcept { return m_printer; }
+    // The default print ticket of the device model.
+    [[nodiscard]] const std::string& DefaultTicket() const noexcept { return m_defaultTicket; }
+
+    // A run begins, with that token as its user's.
+    void BeginRun(HANDLE userToken);
+    // The run is over. What the simulated provider saw; nothing for the system's.
+    [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun();
+
+  private:
+    std::optional<prntvpt::SimulatedProvider> m_simulated;
+    std::string m_printer;
+    std::string m_defaultTicket;
+};
+
+}  // namespace devkit::filterhost
