@@ -19,7 +19,7 @@ bool LeavesPackage(std::string_view entryName) {
     return key.find("/../") != std::string::npos || key.ends_with("/..");
 }
 
-bool IsFolder(std::string_view entryName) { return entryName.empty() || IsSlash(entryName.back()); }
+bool IsFolderName(std::string_view entryName) { return entryName.empty() || IsSlash(entryName.back()); }
 
 std::optional<PieceName> ParsePieceName(std::string_view entryName) {
     constexpr std::string_view kPiece = "].piece";

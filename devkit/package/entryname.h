@@ -12,7 +12,7 @@ namespace devkit::package {
 // A name that leads out of the folder that an archive stands for: absolute, with a drive, or with "..".
 [[nodiscard]] bool LeavesPackage(std::string_view entryName);
 
-[[nodiscard]] bool IsFolder(std::string_view entryName);
+[[nodiscard]] bool IsFolderName(std::string_view entryName);
 
 // "/name/[3].last.piece"
 struct PieceName {

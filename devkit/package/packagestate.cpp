@@ -54,7 +54,7 @@ void Package::State::CheckSizes() const {
 void Package::State::TakeEntry(std::size_t index) {
     const ZipEntry& entry = archive.Entries()[index];
     if (LeavesPackage(entry.name)) throw PackageError("an entry's name leaves the package", entry.name);
-    if (IsFolder(entry.name)) return;
+    if (IsFolderName(entry.name)) return;
     const std::optional<PieceName> piece = ParsePieceName(entry.name);
     const std::string name = piece ? piece->part : PartNameOf(entry.name);
     if (!entry.readable && !IsContentTypes(name))
@@ -97,10 +97,8 @@ void Package::State::JoinPieces() {
 }
 
 void Package::State::Register(Part part) {
-    const std::string key = NameKey(part.name);
-    if (!m_byKey.try_emplace(key, parts.size()).second)
+    if (!m_byKey.try_emplace(NameKey(part.name), parts.size()).second)
         throw PackageError("two parts have the same name", part.name);
-    EachFolder(key, [this](std::string folder) { m_folders.insert(std::move(folder)); });
     parts.push_back(std::move(part));
 }
 
@@ -136,8 +134,13 @@ std::string Package::State::Read(const Part& part, std::uint64_t most) const {
     return bytes;
 }
 
+bool Package::State::IsFolder(const std::string& key) const {
+    const auto next = m_byKey.lower_bound(key + "/");
+    return next != m_byKey.end() && next->first.starts_with(key + "/");
+}
+
 bool Package::State::IsTaken(const std::string& key) const {
-    if (Find(key) != nullptr || m_folders.contains(key)) return true;
+    if (Find(key) != nullptr || IsFolder(key)) return true;
     bool insidePart = false;
     EachFolder(key, [&](const std::string& folder) { insidePart = insidePart || Find(folder) != nullptr; });
     return insidePart;

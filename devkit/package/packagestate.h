@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "devkit/package/contenttypes.h"
@@ -62,6 +62,8 @@ class Package::State {
     void JoinPieces();
     void ReadContentTypes();
     void Register(Part part);
+    // Whether parts have names that start with that of a part of this key and a slash.
+    [[nodiscard]] bool IsFolder(const std::string& key) const;
     [[nodiscard]] bool IsTaken(const std::string& key) const;
     static void EditPart(const Part& part, const std::string& bytes, ZipEdit& edit);
 
@@ -77,8 +79,8 @@ class Package::State {
 
     std::vector<Interleaved> m_interleaved;
     std::unordered_map<std::string, std::size_t> m_interleavedByKey;
-    std::unordered_map<std::string, std::size_t> m_byKey;
-    std::unordered_set<std::string> m_folders;
+    // In order, so that the parts in a folder are found as well.
+    std::map<std::string, std::size_t> m_byKey;
     std::unordered_map<std::string, std::size_t> m_lastNumbers;  // of names that were wanted before
 };
 

@@ -14,10 +14,10 @@ TEST(EntryNameTest, AbsoluteNamesAndThoseWithDotsLeaveThePackage) {
 }
 
 TEST(EntryNameTest, FoldersEndWithASlash) {
-    EXPECT_TRUE(IsFolder("a/"));
-    EXPECT_TRUE(IsFolder("a\\"));
-    EXPECT_TRUE(IsFolder(""));
-    EXPECT_FALSE(IsFolder("a"));
+    EXPECT_TRUE(IsFolderName("a/"));
+    EXPECT_TRUE(IsFolderName("a\\"));
+    EXPECT_TRUE(IsFolderName(""));
+    EXPECT_FALSE(IsFolderName("a"));
 }
 
 TEST(EntryNameTest, PiecesNameTheirPartAndPlace) {

@@ -165,6 +165,18 @@ TEST(HostilePackageTest, AHundredThousandPartsAreRefusedInBoundedTime) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
+TEST(HostilePackageTest, NamesOfManyFoldersCostNoMoreThanTheirLength) {
+    std::vector<RawEntry> entries = SmallDocument();
+    std::string folders;
+    for (int i = 0; i < 32'000; ++i) folders += "a/";
+    for (int i = 0; i < 100; ++i) entries.emplace_back(folders + std::to_string(i), "");
+    const std::string bytes = BuildZip(entries);
+    const auto start = std::chrono::steady_clock::now();
+    Package package = OpenBytes(bytes);
+    EXPECT_EQ(package.Add("/a", "x", ""), "/a-2");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 TEST(HostilePackageTest, MoreEntriesThanTheLimitAreRefused) {
     Limits limits;
     limits.maxEntries = 5;
