@@ -1,0 +1,210 @@
+#include "devkit/prntvpt/frameworkreader.h"
+
+#include <gtest/gtest.h>
+
+#include "devkit/prntvpt/formaterror.h"
+#include "devkit/prntvpt/schemanames.h"
+#include "ticketsummary.h"
+
+namespace devkit::prntvpt {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+[[nodiscard]] std::string Refusal(std::string_view bytes, Tag root = Tag::PrintTicket) {
+    try {
+        static_cast<void>(ReadFramework(bytes, root));
+        return {};
+    } catch (const FormatError& error) {
+        return error.what();
+    }
+}
+
+// The refusal of a ticket with these children.
+[[nodiscard]] std::string Refused(std::string_view children) { return Refusal(Ticket(children)); }
+
+[[nodiscard]] std::string Nested(const std::string& open, const std::string& close, int depth) {
+    std::string text;
+    for (int level = 0; level < depth; ++level) text += open;
+    for (int level = 0; level < depth; ++level) text += close;
+    return text;
+}
+
+TEST(FrameworkReader, ReadsATicketWhateverItsPrefixes) {
+    const Lines expected{"psk:PageOrientation[psk:Landscape]"};
+    EXPECT_EQ(
+        Summarize(Ticket(
+            R"(<psf:Feature name="psk:PageOrientation"><psf:Option name="psk:Landscape"/></psf:Feature>)")),
+        expected);
+    EXPECT_EQ(
+        Summarize(
+            R"(<PrintTicket xmlns="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
+ version="1" xmlns:k="http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords">
+ <Feature name="k:PageOrientation"><Option name="k:Landscape"/></Feature></PrintTicket>)"),
+        expected);
+}
+
+TEST(FrameworkReader, LocalDeclarationsCountWhereTheyStand) {
+    EXPECT_EQ(
+        Summarize(
+            R"(<f:PrintTicket xmlns:f="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
+ version="1"><f:Feature name="k:PageOrientation"
+ xmlns:k="http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"><f:Option name="k:Portrait"
+ xmlns:k="http://schemas.example.com/acme/filters/v1"/></f:Feature></f:PrintTicket>)"),
+        (Lines{"psk:PageOrientation[acme:Portrait]"}));
+}
+
+TEST(FrameworkReader, NotesEachPrefixOnceWithItsFirstNamespace) {
+    const FrameworkDocument document = ReadFramework(
+        R"(<PrintTicket xmlns="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
+ version="1" xmlns:k="urn:a"><Feature name="k:X" xmlns:k="urn:b" xmlns:m="urn:c"/></PrintTicket>)",
+        Tag::PrintTicket);
+    ASSERT_EQ(document.prefixes.size(), 2U);
+    EXPECT_EQ(document.prefixes[0].prefix + "=" + document.prefixes[0].uri, "k=urn:a");
+    EXPECT_EQ(document.prefixes[1].prefix + "=" + document.prefixes[1].uri, "m=urn:c");
+}
+
+TEST(FrameworkReader, RefusesAnotherRoot) {
+    const char* const expected = "The root element is not PrintTicket";
+    EXPECT_EQ(Refusal("<PrintTicket version=\"1\"/>"), expected);
+    EXPECT_EQ(Refusal(R"(<psf:PrintCapabilities version="1"
+ xmlns:psf="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"/>)"),
+              expected);
+    EXPECT_EQ(Refusal(R"(<psf:PrintTicket version="1"
+ xmlns:psf="https://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"/>)"),
+              expected);
+    EXPECT_EQ(Refusal(Ticket(""), Tag::PrintCapabilities), "The root element is not PrintCapabilities");
+}
+
+TEST(FrameworkReader, VersionMustBeOne) {
+    const std::string before =
+        R"(<psf:PrintTicket xmlns:psf="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework")";
+    EXPECT_EQ(Refusal(before + "/>"), "The version is missing");
+    EXPECT_EQ(Refusal(before + " version=\"2\"/>"), "The version is \"2\" and not 1");
+    EXPECT_EQ(Refusal(before + " version=\"\"/>"), "The version is \"\" and not 1");
+    EXPECT_EQ(Refusal(before + " version=\"one\"/>"), "The version is \"one\" and not 1");
+    EXPECT_EQ(Refusal(before + " version=\"1.0\"/>"), "");
+}
+
+TEST(FrameworkReader, RefusesMisplacedElements) {
+    EXPECT_EQ(Refused(R"(<psf:Option name="psk:X"/>)"),
+              "The element \"Option\" is not allowed inside PrintTicket");
+    EXPECT_EQ(Refused(R"(<psf:ParameterDef name="psk:X"/>)"),
+              "The element \"ParameterDef\" is not allowed inside PrintTicket");
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X"><psf:ScoredProperty name="psk:Y"/></psf:Feature>)"),
+              "The element \"ScoredProperty\" is not allowed inside Feature");
+    EXPECT_EQ(Refused(R"(<psf:Knob name="psk:X"/>)"),
+              "The element \"Knob\" is not allowed inside PrintTicket");
+    EXPECT_EQ(Refused(R"(<Feature name="psk:X"/>)"),
+              "The element \"Feature\" is not allowed inside PrintTicket");
+    EXPECT_EQ(
+        Refused(R"(<psf:ParameterInit name="psk:X"><psf:Value><psf:Value/></psf:Value></psf:ParameterInit>)"),
+        "A Value holds an element");
+}
+
+TEST(FrameworkReader, SkipsElementsOfOtherNamespaces) {
+    EXPECT_EQ(
+        Summarize(Ticket(
+            R"(<acme:Note>any <b/> text</acme:Note><psf:Feature name="psk:X"><acme:Y/></psf:Feature>)")),
+        (Lines{"psk:X"}));
+}
+
+TEST(FrameworkReader, RefusesMissingAndUnboundNames) {
+    EXPECT_EQ(Refused("<psf:Feature/>"), "A Feature has no name");
+    EXPECT_EQ(Refused("<psf:ParameterInit/>"), "A ParameterInit has no name");
+    const char* const unbound = "has no prefix, or one that is not declared";
+    EXPECT_EQ(Refused(R"(<psf:Feature name="PageX"/>)"), std::string("The name \"PageX\" ") + unbound);
+    EXPECT_EQ(Refused(R"(<psf:Feature name="no:PageX"/>)"), std::string("The name \"no:PageX\" ") + unbound);
+    EXPECT_EQ(Refused(R"(<psf:Feature name=":PageX"/>)"), std::string("The name \":PageX\" ") + unbound);
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:"/>)"), std::string("The name \"psk:\" ") + unbound);
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:a:b"/>)"), std::string("The name \"psk:a:b\" ") + unbound);
+}
+
+TEST(FrameworkReader, OptionsNeedNoName) {
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X"><psf:Option/></psf:Feature>)"), "");
+}
+
+TEST(FrameworkReader, RefusesPrivateAttributes) {
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X" colour="red"/>)"),
+              "The attribute \"colour\" is not allowed on Feature");
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X" acme:colour="red"/>)"),
+              "The attribute \"colour\" is not allowed on Feature");
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X" constrained="psk:None"/>)"),
+              "The attribute \"constrained\" is not allowed on Feature");
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X" propagate="a" xml:space="preserve"/>)"), "");
+}
+
+TEST(FrameworkReader, RefusesTextOutsideValue) {
+    EXPECT_EQ(Refused("text"), "Text is not allowed inside PrintTicket");
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X"><![CDATA[x]]></psf:Feature>)"),
+              "Text is not allowed inside Feature");
+    EXPECT_EQ(Refused(" \r\n\t<!-- text --><?text?>"), "");
+}
+
+TEST(FrameworkReader, ValuesHaveTypes) {
+    const Element root =
+        ReadFramework(
+            Ticket(R"(<psf:Property name="psk:JobA"><psf:Value>a<!-- - -->b</psf:Value></psf:Property>
+<psf:Property name="psk:JobB"><psf:Value xsi:type="xsd:QName">psk:C</psf:Value></psf:Property>
+<psf:Property name="psk:JobC"><psf:Value xsi:type="xsd:string">psk:C</psf:Value></psf:Property>
+<psf:Property name="psk:JobD"><psf:Value xsi:type="xsd:string">no:C</psf:Value></psf:Property>
+<psf:Property name="psk:JobE"><psf:Value xsi:type="xsd:QName"/></psf:Property>)"),
+            Tag::PrintTicket)
+            .root;
+    const auto value = [&](const char* name) { return *root.FindProperty(Keyword(name)); };
+    EXPECT_EQ(value("JobA"), StringValue("ab"));
+    EXPECT_EQ(value("JobB"), NameValue(Keyword("C")));
+    EXPECT_EQ(value("JobC").type, SchemaType("string"));
+    EXPECT_EQ(value("JobC").name, Keyword("C"));
+    EXPECT_EQ(value("JobD").name, std::nullopt);
+    EXPECT_EQ(value("JobE").text, "");
+}
+
+TEST(FrameworkReader, RefusesValuesThatNameNothing) {
+    EXPECT_EQ(
+        Refused(
+            R"(<psf:Property name="psk:JobB"><psf:Value xsi:type="xsd:QName">no:C</psf:Value></psf:Property>)"),
+        "The prefix of the value \"no:C\" is not declared");
+    EXPECT_EQ(
+        Refused(R"(<psf:Property name="psk:JobB"><psf:Value xsi:type="no:x">1</psf:Value></psf:Property>)"),
+        "The name \"no:x\" has no prefix, or one that is not declared");
+}
+
+TEST(FrameworkReader, RefusesMoreThanOneValue) {
+    EXPECT_EQ(Refused(R"(<psf:ParameterInit name="psk:JobP"><psf:Value/><psf:Value/></psf:ParameterInit>)"),
+              "The ParameterInit JobP has more than one value");
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:X"><psf:Option><psf:ScoredProperty name="psk:S"><psf:Value/>
+<psf:ParameterRef name="psk:JobP"/></psf:ScoredProperty></psf:Option></psf:Feature>)"),
+              "The ScoredProperty S has more than one value");
+    EXPECT_EQ(Refused(R"(<psf:Property name="psk:JobP"><psf:Value/><psf:Value/></psf:Property>)"), "");
+}
+
+TEST(FrameworkReader, TenElementsOfAKindMayLieInsideEachOther) {
+    const std::string open = R"(<psf:Property name="psk:JobP">)";
+    EXPECT_EQ(Refused(Nested(open, "</psf:Property>", 10)), "");
+    EXPECT_EQ(Refused(Nested(open, "</psf:Property>", 11)),
+              "More than ten Property elements inside each other");
+}
+
+TEST(FrameworkReader, RefusesANameTwiceAmongSiblings) {
+    const std::string feature = R"(<psf:Feature name="psk:PageX"/>)";
+    EXPECT_EQ(Refused(feature + feature), "Duplicate definitions exist for feature or parameter PageX");
+    const std::string parameter = R"(<psf:ParameterInit name="psk:PageX"/>)";
+    EXPECT_EQ(Refused(parameter + parameter), "Duplicate definitions exist for feature or parameter PageX");
+    const std::string property = R"(<psf:Property name="psk:PageX"/>)";
+    EXPECT_EQ(Refused(property + property), "Duplicate definitions exist for property PageX");
+    EXPECT_EQ(Refused(feature + parameter + property), "");
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:PageX"/><psf:Feature name="acme:PageX"/>)"), "");
+    const std::string option = R"(<psf:Option name="psk:O"/>)";
+    EXPECT_EQ(Refused(R"(<psf:Feature name="psk:PageX">)" + option + option + "</psf:Feature>"), "");
+}
+
+TEST(FrameworkReader, CanKeepTheFirstOfDuplicates) {
+    const std::string bytes = Ticket(R"(<psf:Feature name="psk:PageX"><psf:Option name="psk:A"/></psf:Feature>
+<psf:Feature name="psk:PageX"><psf:Option name="psk:B"/></psf:Feature>)");
+    EXPECT_EQ(Summarize(ReadFramework(bytes, Tag::PrintTicket, Duplicates::KeepFirst).root),
+              (Lines{"psk:PageX[psk:A]"}));
+}
+
+}  // namespace
+}  // namespace devkit::prntvpt

@@ -1,0 +1,67 @@
+#include "platform/windows.h"
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "providertest.h"
+
+namespace devkit::prntvpt {
+namespace {
+
+struct HandleClose {
+    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, HandleClose>;
+
+[[nodiscard]] std::filesystem::path Beside(const wchar_t* name) {
+    wchar_t path[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return std::filesystem::path(path).parent_path() / name;
+}
+
+// What the import probe prints, without its end of line.
+[[nodiscard]] std::string RunProbe(const std::wstring& arguments) {
+    SECURITY_ATTRIBUTES inherit{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    HANDLE read = nullptr;
+    HANDLE write = nullptr;
+    EXPECT_TRUE(CreatePipe(&read, &write, &inherit, 0));
+    const Handle readEnd(read);
+    Handle writeEnd(write);
+
+    std::wstring command = L"\"" + Beside(L"importprobe.exe").wstring() + L"\" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = writeEnd.get();
+    PROCESS_INFORMATION process{};
+    EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                               &process));
+    const Handle started(process.hProcess);
+    const Handle thread(process.hThread);
+    writeEnd.reset();
+
+    std::string output;
+    std::array<char, 256> block;
+    DWORD count = 0;
+    while (::ReadFile(readEnd.get(), block.data(), static_cast<DWORD>(block.size()), &count, nullptr) &&
+           count != 0) {
+        output.append(block.data(), count);
+    }
+    WaitForSingleObject(started.get(), 30'000);
+    output.erase(output.find_last_not_of("\r\n") + 1);
+    return output;
+}
+
+TEST(ImportByName, IsSatisfiedByTheSimulationThatIsLoadedFirst) {
+    const std::wstring arguments = L"SimPrinter \"" + Beside(L"simulated\\prntvpt.dll").wstring() + L"\" \"" +
+                                   DeviceFolder("simprinter").wstring() + L"\"";
+    EXPECT_EQ(RunProbe(arguments), "0x00000000 opened 1 closed 1");
+}
+
+TEST(ImportByName, ReachesTheSystemsOwnWhenNoSimulationIsLoaded) {
+    EXPECT_EQ(RunProbe(L"\"There is no such printer\""), "0x80070709");
+}
+
+}  // namespace
+}  // namespace devkit::prntvpt

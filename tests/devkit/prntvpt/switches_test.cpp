@@ -1,0 +1,88 @@
+#include "devkit/prntvpt/switches.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace devkit::prntvpt {
+namespace {
+
+[[nodiscard]] std::string Refusal(std::string_view key, std::string_view value) {
+    Switches switches;
+    try {
+        SetSwitch(switches, key, value);
+        return {};
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+}
+
+TEST(Switches, DefaultsComeFirst) {
+    EXPECT_EQ(DescribeSwitches(Switches()), (std::vector<std::string>{"private=known",
+                                                                      "strict=features",
+                                                                      "prefixes=std",
+                                                                      "order=device",
+                                                                      "encoding=utf8",
+                                                                      "whitespace=none",
+                                                                      "duplicates=refuse",
+                                                                      "orphans=keep",
+                                                                      "fallback=default",
+                                                                      "option-props=strip",
+                                                                      "drop-is-conflict=0",
+                                                                      "thread=enforce",
+                                                                      "bins=job",
+                                                                      "no-scaling=0",
+                                                                      "no-copies=0",
+                                                                      "feed=scored",
+                                                                      "imageable=oriented",
+                                                                      "us=0",
+                                                                      "private-size-names=0",
+                                                                      "snapshot=0"}));
+}
+
+TEST(Switches, EveryValueOfEverySwitchIsReadAsItIsWritten) {
+    const std::vector<std::vector<std::string>> table{
+        {"private", "known", "strict", "all"},
+        {"strict", "features", "options"},
+        {"prefixes", "std", "mangled", "default-ns", "local", "collide"},
+        {"order", "device", "input", "reversed"},
+        {"encoding", "utf8", "utf8-bom", "utf16le"},
+        {"whitespace", "none", "pretty", "comments"},
+        {"duplicates", "refuse", "first"},
+        {"orphans", "keep", "prune"},
+        {"fallback", "default", "nearest"},
+        {"option-props", "strip", "keep-perfect"},
+        {"drop-is-conflict", "0", "1"},
+        {"thread", "enforce", "warn", "off"},
+        {"bins", "job", "document", "page"},
+        {"no-scaling", "0", "1"},
+        {"no-copies", "0", "1"},
+        {"feed", "scored", "property", "absent"},
+        {"imageable", "oriented", "portrait", "absent"},
+        {"us", "0", "1"},
+        {"private-size-names", "0", "1"},
+        {"snapshot", "0", "174760"},
+    };
+    for (const std::vector<std::string>& row : table) {
+        for (std::size_t index = 1; index < row.size(); ++index) {
+            Switches switches;
+            SetSwitch(switches, row[0], row[index]);
+            const std::vector<std::string> lines = DescribeSwitches(switches);
+            EXPECT_NE(std::find(lines.begin(), lines.end(), row[0] + "=" + row[index]), lines.end())
+                << row[0] << " " << row[index];
+        }
+    }
+    EXPECT_EQ(table.size(), DescribeSwitches(Switches()).size());
+}
+
+TEST(Switches, RefusesUnknownKeysAndValues) {
+    EXPECT_EQ(Refusal("privat", "strict"), "there is no switch \"privat\"");
+    EXPECT_EQ(Refusal("private", "Strict"), "switch private: \"Strict\" is none of known, strict, all");
+    EXPECT_EQ(Refusal("us", ""), "switch us: \"\" is none of 0, 1");
+    EXPECT_EQ(Refusal("snapshot", "-1"), "switch snapshot: \"-1\" is none of 0 to 4194304");
+    EXPECT_EQ(Refusal("snapshot", "4194305"), "switch snapshot: \"4194305\" is none of 0 to 4194304");
+}
+
+}  // namespace
+}  // namespace devkit::prntvpt
