@@ -1,12 +1,15 @@
-// Each call of the DOM fails once: what the print schema classes make of it.
+// Each call of the DOM fails once, and then each allocation of a text: what the print schema classes make of
+// it.
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <functional>
+#include <new>
 #include <string>
 #include <string_view>
 
+#include "base/logging/check.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/mediasizedata.h"
 #include "base/xps/printschema/pageorientationdata.h"
@@ -15,6 +18,7 @@
 #include "domfaults.h"
 #include "domtext.h"
 #include "handlertest.h"
+#include "textfaults.h"
 #include "thrown.h"
 #include "ticketmarkup.h"
 #include "tickettext.h"
@@ -256,6 +260,85 @@ TEST_P(FaultTest, AFailedRemovalLeavesTheFeatureWithoutAnError) {
     });
 }
 
+// Runs an operation on a fresh ticket with the first text failing, then the second, until none fails. What
+// may be thrown is that there is no memory; after anything else the ticket is checked.
+template <typename Attempt, typename Check>
+void FailEachText(Attempt&& attempt, Check&& check) {
+    std::size_t nth = 1;
+    int thrownCount = 0;
+    for (bool hasFailed = true; hasFailed; ++nth) {
+        ASSERT_LT(nth, 1000U);
+        const Dom pTicket = LoadDomFromString(FullTicket());
+        SCOPED_TRACE("text " + std::to_string(nth));
+        HRESULT thrown = S_OK;
+        {
+            const tests::TextFaults faults(nth);
+            try {
+                thrown = ThrownCode([&] { attempt(pTicket); });
+            } catch (const std::bad_alloc&) {
+                thrown = E_OUTOFMEMORY;
+            }
+            hasFailed = faults.HasFailed();
+        }
+        thrownCount += thrown == E_OUTOFMEMORY;
+        EXPECT_TRUE(thrown == S_OK || (hasFailed && thrown == E_OUTOFMEMORY)) << std::hex << thrown;
+        if (thrown == S_OK) check(pTicket);
+    }
+    EXPECT_GT(thrownCount, 10);
+}
+
+void CheckNothing(const Dom&) {}
+
+class NoMemoryTest : public HandlerTest {};
+
+TEST_P(NoMemoryTest, AValueThatCannotBeAllocatedIsOutOfMemory) {
+    FailEachText(
+        [](const Dom& pTicket) {
+            const PrintTicketHandler handler(pTicket.Get());
+            const std::wstring query = handler.OptionScoredPropertyQuery(Scaling, Offset);
+            BSTR text = nullptr;
+            const HRESULT hr = handler.GetValue(query, &text);
+            EXPECT_EQ(Bstr::Adopt(text).View(), hr == S_OK ? L"11" : L"");
+            base::logging::ThrowIfFailed(hr);
+        },
+        CheckNothing);
+}
+
+TEST_P(NoMemoryTest, ReadingThrowsOrLeavesTheValues) {
+    FailEachText(
+        [](const Dom& pTicket) {
+            ScalingData data;
+            try {
+                data.Read(pTicket.Get());
+            } catch (...) {
+                EXPECT_EQ(data.GetOffset(), ScalingData::Pair());
+                EXPECT_EQ(data.GetScale(), ScalingData::Pair());
+                throw;
+            }
+        },
+        CheckNothing);
+    FailEachText([](const Dom& pTicket) { InputBinData().Read(pTicket.Get()); }, CheckNothing);
+}
+
+TEST_P(NoMemoryTest, WritingThrowsOrWritesEverything) {
+    ScalingData written;
+    written.SetOptionId(ScalingData::Custom);
+    written.SetOffset({1, 2});
+    written.SetScale({3, 4});
+    FailEachText([&](const Dom& pTicket) { written.Write(pTicket.Get(), Scope::Page); },
+                 [](const Dom& pTicket) {
+                     const std::wstring end =
+                         Feature(L"psk:PageScaling", L"psk:Custom",
+                                 Referring(L"OffsetWidth", L"krk:PageScalingOffsetWidth") +
+                                     Referring(L"OffsetHeight", L"krk:PageScalingOffsetHeight") +
+                                     Referring(L"ScaleWidth", L"krk:PageScalingScaleWidth") +
+                                     Referring(L"ScaleHeight", L"krk:PageScalingScaleHeight")) +
+                         L"</psf:PrintTicket>";
+                     EXPECT_TRUE(DomText(pTicket.Get()).ends_with(end));
+                 });
+}
+
 TEST_ON_EACH_DOM(FaultTest);
+TEST_ON_EACH_DOM(NoMemoryTest);
 
 }  // namespace
