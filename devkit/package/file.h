@@ -33,7 +33,7 @@ class FileHandle {
     HANDLE m_handle;
 };
 
-// A file that is read; it stays open.
+// A file that is read; it stays open. Small reads are served from a block that is kept.
 class FileSource final : public ByteSource {
   public:
     // Throws PackageError when the file cannot be opened.
@@ -43,8 +43,12 @@ class FileSource final : public ByteSource {
     std::size_t ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) override;
 
   private:
+    std::size_t ReadFileAt(std::uint64_t offset, char* pBuffer, std::size_t size);
+
     FileHandle m_file;
     std::uint64_t m_size = 0;
+    std::string m_block;
+    std::uint64_t m_blockStart = 0;
 };
 
 // A file that appears under its name only when it is whole: what is written goes to a temporary file beside
@@ -62,9 +66,14 @@ class OutputFile final : public ByteSink {
     void Commit();
 
   private:
+    void Flush();
+    void WriteFileAt(std::uint64_t offset, const char* pBytes, std::size_t size);
+
     std::filesystem::path m_path;
     std::filesystem::path m_temporary;
     FileHandle m_file{INVALID_HANDLE_VALUE};
+    std::string m_block;  // not yet in the file
+    std::uint64_t m_blockStart = 0;
 };
 
 }  // namespace devkit::package

@@ -51,6 +51,11 @@ std::string Explain(zip_error_t* pError) {
     throw PackageError(Explain(pError), entry);
 }
 
+// How long the entry's data can really be, whatever the archive says: deflate shortens to a 1,032nd at most.
+std::uint64_t MostInflated(const ZipEntry& entry) {
+    return std::min(entry.size, entry.compressedSize * 1'032 + 1'032);
+}
+
 ZipEntry Describe(zip_t* pZip, std::size_t index, const std::string& where) {
     zip_stat_t stat;
     if (zip_stat_index(pZip, index, ZIP_FL_ENC_GUESS, &stat) != 0)
@@ -111,6 +116,7 @@ void ZipArchive::Read(std::size_t index, std::uint64_t most, std::string& bytes)
     const ZipFilePtr file(zip_fopen_index(m_reader->zip.get(), index, 0));
     if (!file) FailToRead(m_reader->source, zip_get_error(m_reader->zip.get()), entry.name);
     const std::size_t before = bytes.size();
+    bytes.reserve(before + static_cast<std::size_t>(MostInflated(entry)));
     std::array<char, 65'536> block;
     for (;;) {
         const zip_int64_t count = zip_fread(file.get(), block.data(), block.size());

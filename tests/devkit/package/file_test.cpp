@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <set>
 
 #include "temporaryfolder.h"
@@ -47,6 +49,35 @@ TEST(OutputFileTest, AppearsWhenItIsWhole) {
     file.Commit();
     EXPECT_EQ(folder.Names(), Names{"out"});
     EXPECT_EQ(ReadFileBytes(folder / "out"), "abXYef");
+}
+
+TEST(OutputFileTest, WritesOfAnySizeInAnyOrderMakeTheWhole) {
+    const TemporaryFolder folder;
+    std::string expected;
+    {
+        OutputFile file(folder / "out");
+        std::uint32_t random = 1;
+        const auto next = [&random](std::uint32_t below) {
+            random = random * 1'664'525 + 1'013'904'223;
+            return (random >> 8) % below;
+        };
+        for (int i = 0; i < 400; ++i) {
+            const std::string bytes(next(i % 40 == 0 ? 700'000 : 5'000), static_cast<char>('a' + i % 26));
+            // Now and then back over what is there, as an archive does with the head of an entry.
+            const bool back = i % 3 == 0 && !expected.empty();
+            const std::size_t at = back ? next(static_cast<std::uint32_t>(expected.size())) : expected.size();
+            file.WriteAt(at, bytes.data(), bytes.size());
+            expected.resize(std::max(expected.size(), at + bytes.size()));
+            expected.replace(at, bytes.size(), bytes);
+        }
+        file.Commit();
+    }
+    EXPECT_TRUE(ReadFileBytes(folder / "out") == expected);
+    FileSource source(folder / "out");
+    std::string read(expected.size(), '\0');
+    for (std::size_t at = 0, size = 1; at < read.size(); at += size, size = size * 3 % 300'007 + 1)
+        source.ReadAt(at, read.data() + at, std::min(size, read.size() - at));
+    EXPECT_TRUE(read == expected);
 }
 
 TEST(OutputFileTest, ReplacesAFileThatIsThere) {
