@@ -1,7 +1,6 @@
 #include "devkit/filterhost/effectivetickets.h"
 
 #include <cstddef>
-#include <optional>
 #include <string_view>
 
 namespace devkit::filterhost {
@@ -26,10 +25,14 @@ class Merges {
         m_known = tickets == m_results.size();
     }
 
-    // The ticket that holds from the part on, when `inherited` holds around it.
-    std::string Next(const SentPart& part, const std::string& inherited) {
+    // What holds from the part on, when `inherited` holds around it.
+    TicketFacts Next(const SentPart& part, const TicketFacts& inherited) {
         if (!HasTicket(part)) return inherited;
-        return m_known ? m_results[m_next++] : std::string();
+        if (!m_known) return {};
+        TicketFacts facts = ReadTicketFacts(m_results[m_next++]);
+        if (!facts.mediaSize) facts.mediaSize = inherited.mediaSize;
+        if (!facts.feedDirection) facts.feedDirection = inherited.feedDirection;
+        return facts;
     }
 
   private:
@@ -44,26 +47,27 @@ class Merges {
 
 }  // namespace
 
-std::vector<std::string> EffectiveTickets(const std::vector<SentPart>& parts,
+std::vector<TicketFacts> EffectiveTickets(const std::vector<SentPart>& parts,
                                           const prntvpt::ProviderReport& report,
                                           const std::string& userTicket) {
     Merges jobs(report, "job", parts, PartKind::FixedDocumentSequence);
     Merges documents(report, "document", parts, PartKind::FixedDocument);
     Merges pages(report, "page", parts, PartKind::FixedPage);
-    std::string job = userTicket;
-    std::string document = userTicket;
-    std::vector<std::string> tickets;
+    const TicketFacts user = ReadTicketFacts(userTicket);
+    TicketFacts job = user;
+    TicketFacts document = user;
+    std::vector<TicketFacts> facts;
     for (const SentPart& part : parts) {
         if (part.kind == PartKind::FixedDocumentSequence) {
-            job = jobs.Next(part, userTicket);
+            job = jobs.Next(part, user);
             document = job;
         } else if (part.kind == PartKind::FixedDocument) {
             document = documents.Next(part, job);
         } else if (part.kind == PartKind::FixedPage) {
-            tickets.push_back(pages.Next(part, document));
+            facts.push_back(pages.Next(part, document));
         }
     }
-    return tickets;
+    return facts;
 }
 
 }  // namespace devkit::filterhost

@@ -127,13 +127,12 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
 
 void HostedRun::LookAtPages(RunResult& result) const {
     const std::vector<pipeline::SentPart>& parts = result.outcome->parts;
-    std::vector<std::string> tickets;
+    std::vector<TicketFacts> tickets;
     if (result.provider) tickets = EffectiveTickets(parts, *result.provider, *m_userTicket);
     for (const pipeline::SentPart& part : parts) {
         if (part.kind != pipeline::PartKind::FixedPage) continue;
         const std::size_t number = result.pages.size();
-        const std::string ticket = number < tickets.size() ? tickets[number] : std::string();
-        result.pages.push_back(LookAtPage(part, ticket));
+        result.pages.push_back(LookAtPage(part, number < tickets.size() ? tickets[number] : TicketFacts()));
         if (result.pages.back().malformed) {
             result.findings.push_back("page markup " + *result.pages.back().malformed);
         }

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "devkit/filterhost/console.h"
-#include "devkit/filterhost/documenttree.h"
 #include "devkit/filterhost/files.h"
+#include "devkit/inspect/documentprinter.h"
 #include "devkit/package/file.h"
 #include "devkit/package/xpsdocument.h"
 
@@ -16,8 +17,9 @@ namespace {
 ExitStatus InspectOne(const std::filesystem::path& input) {
     const std::string name = package::PathText(input);
     try {
-        const auto document = package::XpsDocument::Open(input);
-        PrintOut(name + ": " + WriteTree(document));
+        std::ostringstream tree;
+        inspect::PrintDocument(tree, package::XpsDocument::Open(input));
+        PrintOut(name + ":\n" + tree.str());
         return Done;
     } catch (const package::PackageError& error) {
         PrintProblem(name + ": " + ProblemOf(error, name));

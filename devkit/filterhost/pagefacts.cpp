@@ -7,7 +7,6 @@
 #include <string_view>
 #include <utility>
 
-#include "devkit/filterhost/ticketfacts.h"
 #include "devkit/package/packageerror.h"
 #include "devkit/package/xmlreader.h"
 
@@ -64,7 +63,7 @@ void LookAtMarkup(const std::string& markup, PageFacts& facts) {
 
 }  // namespace
 
-PageFacts LookAtPage(const pipeline::SentPart& page, const std::string& effectiveTicket) {
+PageFacts LookAtPage(const pipeline::SentPart& page, const TicketFacts& effective) {
     const PartPtr& part = page.part;
     PageFacts facts;
     facts.name = page.name;
@@ -79,7 +78,6 @@ PageFacts LookAtPage(const pipeline::SentPart& page, const std::string& effectiv
     facts.before = package::ReadPageGeometry(*before);
     facts.after = facts.rewritten ? package::ReadPageGeometry(*after) : facts.before;
     LookAtMarkup(*after, facts);
-    const TicketFacts effective = ReadTicketFacts(effectiveTicket);
     facts.feedDirection = effective.feedDirection;
     const bool ownTicket = facts.ticketReplaced && part->ticket != nullptr;
     facts.mediaSize = ownTicket ? ReadTicketFacts(*part->ticket->Read()).mediaSize : effective.mediaSize;

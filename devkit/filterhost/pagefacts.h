@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "devkit/filterhost/ticketfacts.h"
 #include "devkit/package/pagegeometry.h"
 #include "devkit/pipeline/sentpart.h"
 
@@ -21,13 +22,13 @@ struct PageFacts {
     bool ticketReplaced = false;
     std::optional<std::string> ticketBefore;  // part names
     std::optional<std::string> ticketAfter;
-    std::optional<std::string> feedDirection;  // from the ticket that held, where that is known
+    std::optional<std::string> feedDirection;  // of the tickets that held, where that is known
     std::optional<std::string> mediaSize;      // of the ticket that the page leaves with, where that is known
     std::optional<std::string> malformed;      // why the markup that comes out is not well-formed XML
 };
 
-// Throws package::PackageError when the input cannot be read. `effectiveTicket` is empty when it is not
-// known.
-[[nodiscard]] PageFacts LookAtPage(const pipeline::SentPart& page, const std::string& effectiveTicket);
+// `effective` is what the tickets say that held for the page. Throws package::PackageError when the input
+// cannot be read.
+[[nodiscard]] PageFacts LookAtPage(const pipeline::SentPart& page, const TicketFacts& effective);
 
 }  // namespace devkit::filterhost

@@ -19,9 +19,9 @@ std::string SizeText(const std::optional<package::PageGeometry>& page) {
 std::string PageLine(std::size_t number, const PageFacts& page) {
     std::string line = "  page " + std::to_string(number) + " " + page.name + ": " + SizeText(page.before);
     if (page.rewritten) line += " -> " + SizeText(page.after);
-    line += ", feed " + page.feedDirection.value_or("not known");
+    line += ", feed " + page.feedDirection.value_or("unset");
     line += page.turned ? ", turned" : page.rewritten ? ", rewritten, not turned" : ", not turned";
-    line += ", sheet " + page.mediaSize.value_or("not known");
+    line += ", sheet " + page.mediaSize.value_or("unset");
     if (!page.ticketReplaced) return line + ", ticket kept\n";
     return line + (page.ticketAfter ? ", new ticket " + *page.ticketAfter : ", ticket removed") + "\n";
 }
