@@ -129,7 +129,8 @@ void ReadModel(const Path& folder, int extensions, Device& device, Prefixes& pre
         const Json json = Json::parse(text);
         if (json.contains("extends")) {
             if (extensions == MaxExtensions) throw Problem("too many models extend each other");
-            ReadModel(folder / json.at("extends").get<std::string>(), extensions + 1, device, prefixes);
+            const Path extended = ToWide(json.at("extends").get<std::string>());
+            ReadModel((folder / extended).lexically_normal(), extensions + 1, device, prefixes);
         }
         ReadDocument(folder / "capabilities.xml", Tag::PrintCapabilities, device.capabilities, &prefixes);
         ReadDocument(folder / "default-ticket.xml", Tag::PrintTicket, device.defaultTicket, nullptr);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "beside.h"
 #include "providertest.h"
 
 namespace devkit::prntvpt {
@@ -13,12 +14,6 @@ struct HandleClose {
     void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
 };
 using Handle = std::unique_ptr<void, HandleClose>;
-
-[[nodiscard]] std::filesystem::path Beside(const wchar_t* name) {
-    wchar_t path[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return std::filesystem::path(path).parent_path() / name;
-}
 
 // What the import probe prints, without its end of line.
 [[nodiscard]] std::string RunProbe(const std::wstring& arguments) {
@@ -54,8 +49,8 @@ using Handle = std::unique_ptr<void, HandleClose>;
 }
 
 TEST(ImportByName, IsSatisfiedByTheSimulationThatIsLoadedFirst) {
-    const std::wstring arguments = L"SimPrinter \"" + Beside(L"simulated\\prntvpt.dll").wstring() + L"\" \"" +
-                                   DeviceFolder("simprinter").wstring() + L"\"";
+    const std::wstring arguments =
+        L"SimPrinter \"" + SimulatedDll().wstring() + L"\" \"" + DeviceFolder("simprinter").wstring() + L"\"";
     EXPECT_EQ(RunProbe(arguments), "0x00000000 opened 1 closed 1");
 }
 

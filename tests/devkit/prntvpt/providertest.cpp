@@ -22,7 +22,8 @@ namespace {
 }  // namespace
 
 std::filesystem::path DeviceFolder(std::string_view name) {
-    return std::filesystem::path(SOURCE_FOLDER) / "devkit" / "devices" / name;
+    // With its drive: models are also referred to from folders on another one.
+    return std::filesystem::absolute(std::filesystem::path(SOURCE_FOLDER) / "devkit" / "devices" / name);
 }
 
 std::string ReadFile(const std::filesystem::path& path) {

@@ -1,0 +1,176 @@
+#include "devkit/prntvpt/configuration.h"
+
+#include <fstream>
+
+#include <nlohmann/json.hpp>
+
+#include "devkit/prntvpt/text.h"
+#include "providertest.h"
+#include "ticketsummary.h"
+
+namespace devkit::prntvpt {
+namespace {
+
+using Json = nlohmann::json;
+
+[[nodiscard]] std::string Refusal(const std::string& json) {
+    try {
+        static_cast<void>(ParseConfiguration(json));
+        return {};
+    } catch (const ConfigurationError& error) {
+        return error.what();
+    }
+}
+
+[[nodiscard]] Json Plain() { return Json::parse(ConfigurationFor({})); }
+
+// A folder for a device model of the test's own.
+class ModelTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::filesystem::remove_all(m_folder);
+        std::filesystem::create_directories(m_folder);
+    }
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
+
+    void Write(const char* name, const std::string& text) const {
+        std::ofstream(m_folder / name, std::ios::binary) << text;
+    }
+    // A model that extends SimPrinter with these keys.
+    void Extend(Json keys) const {
+        keys["extends"] = ToUtf8(DeviceFolder("simprinter").native());
+        Write("device.json", keys.dump());
+    }
+    // What is said of the model, without the folder's path.
+    [[nodiscard]] std::string Problem() const {
+        std::string text = Refusal(Json{{"device", ToUtf8(m_folder.native())}}.dump());
+        const std::string folder = ToUtf8(m_folder.native());
+        if (const std::size_t at = text.find(folder); at != std::string::npos)
+            text.erase(at, folder.size() + 1);
+        return text;
+    }
+
+    const std::filesystem::path m_folder = std::filesystem::temp_directory_path() / "devicemodel_test";
+};
+
+TEST(Configuration, NeedsADeviceAndNothingElse) {
+    const auto configuration = ParseConfiguration(ConfigurationFor({}));
+    EXPECT_EQ(configuration->device.printers, (std::vector<std::string>{"SimPrinter"}));
+    EXPECT_TRUE(configuration->recordTickets);
+    EXPECT_EQ(DescribeSwitches(configuration->switches), DescribeSwitches(Switches()));
+    EXPECT_TRUE(configuration->pFaults->Faults().empty());
+}
+
+TEST(Configuration, SetsSwitchesAndFaults) {
+    const auto configuration = ParseConfiguration(
+        ConfigurationFor({"private=all", "fault=merge-fail@2", "private=strict", "fault=s-ok"}));
+    EXPECT_EQ(configuration->switches.privateNames, PrivateNames::Strict);
+    ASSERT_EQ(configuration->pFaults->Faults().size(), 2U);
+    EXPECT_EQ(configuration->pFaults->Faults()[0].mode, FaultMode::MergeFail);
+    EXPECT_EQ(configuration->pFaults->Faults()[1].mode, FaultMode::PlainSuccess);
+}
+
+TEST(Configuration, PrintersReplaceTheModels) {
+    Json json = Plain();
+    json["printers"] = {"\\\\server\\Queue \xC3\x84"};
+    json["record_tickets"] = false;
+    const auto configuration = ParseConfiguration(json.dump());
+    EXPECT_TRUE(configuration->HasPrinter(L"\\\\SERVER\\queue \u00E4"));
+    EXPECT_FALSE(configuration->HasPrinter(L"SimPrinter"));
+    EXPECT_FALSE(configuration->recordTickets);
+}
+
+TEST(Configuration, RefusesWhatItDoesNotKnow) {
+    Json json = Plain();
+    json["switch"] = "x";
+    EXPECT_EQ(Refusal(json.dump()), "unknown key \"switch\" in the configuration");
+    EXPECT_EQ(Refusal("[]"), "the configuration is not an object");
+    EXPECT_EQ(Refusal(ConfigurationFor({"private"})), "\"private\" is not KEY=VALUE");
+    EXPECT_EQ(Refusal(ConfigurationFor({"colour=1"})), "there is no switch \"colour\"");
+    EXPECT_EQ(Refusal(ConfigurationFor({"fault=merge"})), "fault merge: there is no such mode");
+    EXPECT_NE(Refusal("{"), "");
+    EXPECT_NE(Refusal("{}"), "");
+    EXPECT_NE(Refusal(R"({"device": 5})"), "");
+}
+
+TEST_F(ModelTest, MissingModelIsNamed) {
+    EXPECT_EQ(Problem(), "device.json: cannot be read");
+    Write("device.json", R"({"printers": ["P"]})");
+    EXPECT_EQ(Problem(), "capabilities.xml: cannot be read");
+}
+
+TEST_F(ModelTest, ExtensionTakesWhatIsMissingFromTheOtherModel) {
+    Extend({{"printers", {"Mine"}}, {"margins", {{"left", 1}, {"top", 2}, {"right", 3}, {"bottom", 4}}}});
+    const auto configuration = ParseConfiguration(Json{{"device", ToUtf8(m_folder.native())}}.dump());
+    EXPECT_EQ(configuration->device.printers, (std::vector<std::string>{"Mine"}));
+    EXPECT_EQ(configuration->device.margins.bottom, 4);
+    EXPECT_EQ(configuration->device.optionMargins.size(), 2U);
+    EXPECT_EQ(configuration->device.constraints.size(), 5U);
+}
+
+TEST_F(ModelTest, VariantsOfTheModelComeBeforeTheCallers) {
+    Extend({{"variants", {"bins=page", "us=1"}}});
+    Json json{{"device", ToUtf8(m_folder.native())}, {"switches", {"us=0"}}};
+    const auto configuration = ParseConfiguration(json.dump());
+    EXPECT_EQ(configuration->switches.variants.bins, BinScope::Page);
+    EXPECT_FALSE(configuration->switches.variants.letterDefault);
+}
+
+TEST_F(ModelTest, WhatIsWrongInTheModelIsSaid) {
+    Extend({{"colour", 1}});
+    EXPECT_EQ(Problem(), "device.json: unknown key \"colour\"");
+    Extend({{"margins", {{"left", 1}, {"under", 2}}}});
+    EXPECT_EQ(Problem(), "device.json: unknown key \"under\"");
+    Extend({{"option_margins", {{"x:Size", {{"left", 1}, {"top", 2}, {"right", 3}, {"bottom", 4}}}}}});
+    EXPECT_EQ(Problem(), "device.json: the prefix of \"x:Size\" is not declared by the capabilities");
+    Extend({{"printers", Json::array()}});
+    EXPECT_EQ(Problem(), "device.json: no printers are named");
+    Write("device.json", "{");
+    EXPECT_EQ(Problem().substr(0, 13), "device.json: ");
+}
+
+TEST_F(ModelTest, ModelsThatExtendEachOtherEnd) {
+    Write("device.json", R"({"extends": "."})");
+    EXPECT_EQ(Problem(), "device.json: too many models extend each other");
+}
+
+TEST_F(ModelTest, DocumentsOfTheModelAreChecked) {
+    Extend({{"printers", {"Mine"}}});
+    Write("capabilities.xml", Ticket(""));
+    EXPECT_EQ(Problem(), "capabilities.xml: The root element is not PrintCapabilities");
+    std::filesystem::remove(m_folder / "capabilities.xml");
+    Write("default-ticket.xml", "<a>");
+    EXPECT_EQ(Problem(), "default-ticket.xml: line 1: Premature end of data in tag a line 1");
+}
+
+TEST_F(ModelTest, DefaultTicketMustBeWhatTheDeviceWouldSelect) {
+    const std::string ticket = ReadFile(DeviceFolder("simprinter") / "default-ticket.xml");
+    const auto replaced = [&](const std::string& from, const std::string& to) {
+        std::string text = ticket;
+        return text.replace(text.find(from), from.size(), to);
+    };
+    Extend({{"printers", {"Mine"}}});
+    Write("default-ticket.xml", replaced("psk:Portrait", "psk:Sideways"));
+    EXPECT_EQ(Problem(), "default-ticket.xml: PageOrientation is not what the device would select");
+    Write("default-ticket.xml", replaced(">210000<", ">210001<"));
+    EXPECT_EQ(Problem(), "default-ticket.xml: PageMediaSize is not what the device would select");
+    Write("default-ticket.xml",
+          replaced(R"(<psf:Feature name="psk:PageMediaType"><psf:Option name="psk:Plain"/></psf:Feature>)",
+                   ""));
+    EXPECT_EQ(Problem(), "default-ticket.xml: PageMediaType is not what the device would select");
+    Write("default-ticket.xml", Ticket(""));
+    EXPECT_EQ(Problem(), "default-ticket.xml: JobCopiesAllDocuments is not what the device would select");
+}
+
+TEST_F(ModelTest, VariantThatTheModelCannotHaveIsSaid) {
+    const std::string capabilities = ReadFile(DeviceFolder("simprinter") / "capabilities.xml");
+    std::string text = capabilities;
+    const std::string letter = "psk:NorthAmericaLetter";
+    text.replace(text.find(letter), letter.size(), "psk:NorthAmericaNote");
+    Extend({{"printers", {"Mine"}}, {"variants", {"us=1"}}});
+    Write("capabilities.xml", text);
+    EXPECT_EQ(Problem(), "us=1: the device has no NorthAmericaLetter");
+}
+
+}  // namespace
+}  // namespace devkit::prntvpt

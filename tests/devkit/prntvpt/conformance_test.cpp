@@ -1,0 +1,219 @@
+#include <winspool.h>
+
+#include <thread>
+
+#include "beside.h"
+#include "devkit/prntvpt/simulatedprovider.h"
+#include "memorystream.h"
+#include "platform/bstr.h"
+#include "providertest.h"
+#include "ticketsummary.h"
+
+// What every prntvpt does, documented or seen on the platform: run on the simulated one, and on the system's
+// own as far as there is a printer for it. Known gaps of Wine's are skipped with their reason.
+
+namespace devkit::prntvpt {
+namespace {
+
+enum class Which { Simulated, System };
+
+[[nodiscard]] bool IsWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+[[nodiscard]] HMODULE LoadSystem() {
+    wchar_t system[MAX_PATH] = L"";
+    GetSystemDirectoryW(system, MAX_PATH);
+    return LoadLibraryExW((std::filesystem::path(system) / L"prntvpt.dll").c_str(), nullptr,
+                          LOAD_WITH_ALTERED_SEARCH_PATH);
+}
+
+[[nodiscard]] std::wstring FirstPrinter() {
+    DWORD size = 0;
+    DWORD count = 0;
+    EnumPrintersW(PRINTER_ENUM_LOCAL, nullptr, 4, nullptr, 0, &size, &count);
+    std::vector<BYTE> buffer(size);
+    if (size == 0 || !EnumPrintersW(PRINTER_ENUM_LOCAL, nullptr, 4, buffer.data(), size, &size, &count) ||
+        count == 0) {
+        return {};
+    }
+    return reinterpret_cast<const PRINTER_INFO_4W*>(buffer.data())->pPrinterName;
+}
+
+class ConformanceTest : public testing::TestWithParam<Which> {
+  protected:
+    void SetUp() override {
+        if (GetParam() == Which::Simulated) {
+            SimulatedProvider provider(SimulatedDll());
+            provider.Configure({.device = DeviceFolder("simprinter"), .printers = {}, .switches = {}});
+            m_module = provider.Module();
+            m_printer = L"SimPrinter";
+        } else {
+            m_module = LoadSystem();
+            m_printer = FirstPrinter();
+        }
+        ASSERT_NE(m_module, nullptr);
+    }
+    void TearDown() override {
+        if (m_handle != nullptr) Close(m_handle);
+        EXPECT_EQ(MemoryStream::Living(), 0);
+    }
+
+    template <typename Function>
+    [[nodiscard]] Function* Export(const char* name) const {
+        return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(m_module, name)));
+    }
+    [[nodiscard]] HRESULT Open(PCWSTR printer, DWORD version, HPTPROVIDER* pHandle) const {
+        return Export<HRESULT WINAPI(PCWSTR, DWORD, HPTPROVIDER*)>("PTOpenProvider")(printer, version,
+                                                                                     pHandle);
+    }
+    [[nodiscard]] HRESULT OpenEx(PCWSTR printer, DWORD max, DWORD preferred, HPTPROVIDER* pHandle,
+                                 DWORD* pUsed) const {
+        return Export<HRESULT WINAPI(PCWSTR, DWORD, DWORD, HPTPROVIDER*, DWORD*)>("PTOpenProviderEx")(
+            printer, max, preferred, pHandle, pUsed);
+    }
+    HRESULT Close(HPTPROVIDER handle) const {
+        return Export<HRESULT WINAPI(HPTPROVIDER)>("PTCloseProvider")(handle);
+    }
+    [[nodiscard]] HRESULT MergeStreams(HPTPROVIDER handle, IStream* pBase, IStream* pDelta,
+                                       EPrintTicketScope scope, IStream* pResult, BSTR* pError) const {
+        return Export<HRESULT WINAPI(HPTPROVIDER, IStream*, IStream*, EPrintTicketScope, IStream*, BSTR*)>(
+            "PTMergeAndValidatePrintTicket")(handle, pBase, pDelta, scope, pResult, pError);
+    }
+    [[nodiscard]] WrittenResult Merge(std::string_view base, const char* pDelta,
+                                      EPrintTicketScope scope = kPTJobScope) const {
+        const auto baseStream = MemoryStream::Make(std::string(base));
+        const auto deltaStream = MemoryStream::Make(pDelta == nullptr ? "" : pDelta);
+        const auto output = MemoryStream::Make();
+        platform::Bstr error;
+        const HRESULT hr =
+            MergeStreams(m_handle, baseStream.Get(), pDelta == nullptr ? nullptr : deltaStream.Get(), scope,
+                         output.Get(), error.Put());
+        WrittenResult written{hr, output->Bytes(), std::nullopt};
+        if (error.Get() != nullptr) written.error = std::wstring(error.View());
+        return written;
+    }
+
+    HMODULE m_module = nullptr;
+    std::wstring m_printer;
+    HPTPROVIDER m_handle = nullptr;
+};
+
+// Tests that need a printer have it open.
+class PrinterConformanceTest : public ConformanceTest {
+  protected:
+    void SetUp() override {
+        ConformanceTest::SetUp();
+        if (m_printer.empty()) GTEST_SKIP() << "no printer is installed";
+        ASSERT_EQ(Open(m_printer.c_str(), 1, &m_handle), S_OK);
+    }
+    [[nodiscard]] bool IsWinesOwn() const { return GetParam() == Which::System && IsWine(); }
+};
+
+TEST_P(ConformanceTest, UnknownPrinterIsAWin32Error) {
+    HPTPROVIDER handle = nullptr;
+    const HRESULT hr = Open(L"There is no such printer", 1, &handle);
+    EXPECT_EQ(HRESULT_FACILITY(hr), FACILITY_WIN32);
+    EXPECT_EQ(HRESULT_CODE(hr), ERROR_INVALID_PRINTER_NAME);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST_P(ConformanceTest, VersionZeroIsRefused) {
+    HPTPROVIDER handle = nullptr;
+    EXPECT_EQ(Open(L"There is no such printer", 0, &handle), E_INVALIDARG);
+}
+
+TEST_P(ConformanceTest, OpenExNeedsAVersionAndRoomForIt) {
+    HPTPROVIDER handle = nullptr;
+    DWORD used = 0;
+    EXPECT_EQ(OpenEx(L"There is no such printer", 1, 1, &handle, nullptr), E_INVALIDARG);
+    EXPECT_EQ(OpenEx(L"There is no such printer", 0, 1, &handle, &used), E_INVALIDARG);
+}
+
+TEST_P(ConformanceTest, HandleThatIsNoneIsRefused) {
+    const auto base = MemoryStream::Make(Ticket(""));
+    const auto output = MemoryStream::Make();
+    EXPECT_EQ(MergeStreams(nullptr, base.Get(), nullptr, kPTJobScope, output.Get(), nullptr), E_INVALIDARG);
+    EXPECT_EQ(Close(nullptr), E_HANDLE);
+}
+
+TEST_P(PrinterConformanceTest, VersionTwoIsNotSupported) {
+    if (IsWinesOwn()) GTEST_SKIP() << "Wine answers E_INVALIDARG";
+    HPTPROVIDER handle = nullptr;
+    EXPECT_EQ(Open(m_printer.c_str(), 2, &handle), static_cast<HRESULT>(0x80040001));
+}
+
+TEST_P(PrinterConformanceTest, OpenExFallsBackToVersionOne) {
+    HPTPROVIDER handle = nullptr;
+    DWORD used = 0;
+    ASSERT_EQ(OpenEx(m_printer.c_str(), 5, 5, &handle, &used), S_OK);
+    EXPECT_EQ(used, 1U);
+    EXPECT_EQ(Close(handle), S_OK);
+}
+
+TEST_P(PrinterConformanceTest, HandleIsBoundToItsThread) {
+    HRESULT merged = S_OK;
+    std::thread([&] {
+        const auto base = MemoryStream::Make(Ticket(""));
+        const auto output = MemoryStream::Make();
+        merged = MergeStreams(m_handle, base.Get(), nullptr, kPTJobScope, output.Get(), nullptr);
+    }).join();
+    EXPECT_EQ(merged, E_INVALIDARG);
+}
+
+TEST_P(PrinterConformanceTest, MergeSucceedsWithACodeThatIsNotSOk) {
+    const WrittenResult merged = Merge(Ticket(""), nullptr);
+    EXPECT_TRUE(merged.result == NoConflict || merged.result == ConflictResolved);
+    EXPECT_EQ(merged.error, std::nullopt);
+}
+
+TEST_P(PrinterConformanceTest, MergeLeavesTheResultAtItsEnd) {
+    const auto base = MemoryStream::Make(Ticket(""));
+    const auto output = MemoryStream::Make();
+    ASSERT_TRUE(SUCCEEDED(MergeStreams(m_handle, base.Get(), nullptr, kPTJobScope, output.Get(), nullptr)));
+    EXPECT_GT(output->Position(), 0U);
+    EXPECT_EQ(output->Position(), output->Bytes().size());
+}
+
+TEST_P(PrinterConformanceTest, ResultHoldsNoWiderScope) {
+    const WrittenResult job = Merge(Ticket(""), nullptr);
+    for (const std::string& line : Summarize(Merge(job.bytes, nullptr, kPTPageScope).bytes)) {
+        EXPECT_NE(line.find(":Page"), std::string::npos) << line;
+    }
+}
+
+TEST_P(PrinterConformanceTest, MergeOfItsOwnResultHasNoConflict) {
+    const WrittenResult job = Merge(Ticket(""), nullptr);
+    const WrittenResult again = Merge(job.bytes, nullptr);
+    EXPECT_EQ(again.result, NoConflict);
+    EXPECT_EQ(Summarize(again.bytes), Summarize(job.bytes));
+}
+
+TEST_P(PrinterConformanceTest, BadBaseAndBadDeltaAreToldApartWithAText) {
+    if (IsWinesOwn()) GTEST_SKIP() << "Wine sets no text and does not tell the delta apart";
+    const std::string bad = Ticket(R"(<psf:Option name="psk:X"/>)");
+    const WrittenResult base = Merge(bad, nullptr);
+    EXPECT_EQ(base.result, BadBase);
+    EXPECT_NE(base.error, std::nullopt);
+    const WrittenResult delta = Merge(Ticket(""), bad.c_str());
+    EXPECT_EQ(delta.result, BadDelta);
+    EXPECT_NE(delta.error, std::nullopt);
+}
+
+TEST_P(PrinterConformanceTest, ForeignNamespaceIsRemoved) {
+    const std::string delta =
+        Ticket(R"(<psf:Feature name="acme:PageStamp"><psf:Option name="acme:On"/></psf:Feature>)");
+    EXPECT_EQ(Merge(Ticket(""), delta.c_str()).bytes.find("PageStamp"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Prntvpt, ConformanceTest, testing::Values(Which::Simulated, Which::System),
+                         [](const auto& which) {
+                             return which.param == Which::Simulated ? "Simulated" : "System";
+                         });
+INSTANTIATE_TEST_SUITE_P(Prntvpt, PrinterConformanceTest, testing::Values(Which::Simulated, Which::System),
+                         [](const auto& which) {
+                             return which.param == Which::Simulated ? "Simulated" : "System";
+                         });
+
+}  // namespace
+}  // namespace devkit::prntvpt

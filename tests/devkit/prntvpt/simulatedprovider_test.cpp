@@ -1,0 +1,301 @@
+#include "devkit/prntvpt/simulatedprovider.h"
+
+#include <cstdint>
+#include <fstream>
+#include <system_error>
+#include <thread>
+
+#include "beside.h"
+#include "memorystream.h"
+#include "platform/bstr.h"
+#include "providertest.h"
+#include "ticketsummary.h"
+
+// The built DLL, through its exports.
+
+namespace devkit::prntvpt {
+namespace {
+
+using OpenFunction = HRESULT WINAPI(PCWSTR, DWORD, HPTPROVIDER*);
+using CloseFunction = HRESULT WINAPI(HPTPROVIDER);
+using MergeFunction = HRESULT WINAPI(HPTPROVIDER, IStream*, IStream*, EPrintTicketScope, IStream*, BSTR*);
+using CapabilitiesFunction = HRESULT WINAPI(HPTPROVIDER, IStream*, IStream*, BSTR*);
+
+class SimulatedProviderTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        m_provider.Configure({.device = DeviceFolder("simprinter"), .printers = {}, .switches = {}});
+    }
+    // The DLL stays loaded, so what a test leaves open on purpose is open in the next one, too.
+    void TearDown() override { EXPECT_EQ(m_provider.Report().openHandles.size(), s_abandoned); }
+
+    template <typename Function>
+    [[nodiscard]] Function* Export(const char* name) const {
+        return reinterpret_cast<Function*>(
+            reinterpret_cast<void*>(GetProcAddress(m_provider.Module(), name)));
+    }
+    [[nodiscard]] HPTPROVIDER Open() const {
+        HPTPROVIDER handle = nullptr;
+        EXPECT_EQ(Export<OpenFunction>("PTOpenProvider")(L"SimPrinter", 1, &handle), S_OK);
+        return handle;
+    }
+    void Close(HPTPROVIDER handle) const {
+        EXPECT_EQ(Export<CloseFunction>("PTCloseProvider")(handle), S_OK);
+    }
+
+    SimulatedProvider m_provider{SimulatedDll()};
+    static inline std::size_t s_abandoned = 0;
+};
+
+TEST_F(SimulatedProviderTest, ExportsEveryNameOfThePlatformUndecorated) {
+    for (const char* const name : {"BindPTProviderThunk",
+                                   "ConvertDevModeToPrintTicketThunk",
+                                   "ConvertDevModeToPrintTicketThunk2",
+                                   "ConvertPrintTicketToDevModeThunk",
+                                   "ConvertPrintTicketToDevModeThunk2",
+                                   "DllCanUnloadNow",
+                                   "DllGetClassObject",
+                                   "DllRegisterServer",
+                                   "DllUnregisterServer",
+                                   "GetDeviceDefaultPrintTicketThunk",
+                                   "GetDeviceNamespacesThunk",
+                                   "GetPrintCapabilitiesThunk",
+                                   "GetPrintCapabilitiesThunk2",
+                                   "GetPrintDeviceCapabilitiesThunk",
+                                   "GetPrintDeviceCapabilitiesThunk2",
+                                   "GetPrintDeviceResourcesThunk",
+                                   "GetPrintDeviceResourcesThunk2",
+                                   "GetSchemaVersionThunk",
+                                   "MergeAndValidatePrintTicketThunk",
+                                   "MergeAndValidatePrintTicketThunk2",
+                                   "PTCloseProvider",
+                                   "PTConvertDevModeToPrintTicket",
+                                   "PTConvertPrintTicketToDevMode",
+                                   "PTGetPrintCapabilities",
+                                   "PTGetPrintDeviceCapabilities",
+                                   "PTGetPrintDeviceResources",
+                                   "PTMergeAndValidatePrintTicket",
+                                   "PTOpenProvider",
+                                   "PTOpenProviderEx",
+                                   "PTQuerySchemaVersionSupport",
+                                   "PTReleaseMemory",
+                                   "UnbindPTProviderThunk"}) {
+        EXPECT_NE(GetProcAddress(m_provider.Module(), name), nullptr) << name;
+    }
+}
+
+TEST_F(SimulatedProviderTest, ExportsTheFirstTenWithTheirOrdinals) {
+    WORD ordinal = 0;
+    for (const char* const name :
+         {"PTQuerySchemaVersionSupport", "PTOpenProvider", "PTOpenProviderEx", "PTCloseProvider",
+          "BindPTProviderThunk", "PTGetPrintCapabilities", "PTMergeAndValidatePrintTicket",
+          "PTConvertPrintTicketToDevMode", "PTConvertDevModeToPrintTicket", "PTReleaseMemory"}) {
+        EXPECT_EQ(GetProcAddress(m_provider.Module(), MAKEINTRESOURCEA(++ordinal)),
+                  GetProcAddress(m_provider.Module(), name))
+            << name;
+    }
+}
+
+TEST_F(SimulatedProviderTest, ExportsNothingElse) {
+    const auto* const pBase = reinterpret_cast<const BYTE*>(m_provider.Module());
+    const auto* const pDos = reinterpret_cast<const IMAGE_DOS_HEADER*>(pBase);
+    const auto* const pHeaders = reinterpret_cast<const IMAGE_NT_HEADERS*>(pBase + pDos->e_lfanew);
+    const IMAGE_DATA_DIRECTORY& directory =
+        pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
+    const auto* const pExports =
+        reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(pBase + directory.VirtualAddress);
+    EXPECT_EQ(pExports->NumberOfNames, 32U + 6U);
+    EXPECT_EQ(pExports->NumberOfFunctions, 32U + 6U);
+}
+
+TEST_F(SimulatedProviderTest, MergesAndReportsIt) {
+    const HPTPROVIDER handle = Open();
+    const std::string ticket = m_provider.DefaultTicket();
+    const auto base = MemoryStream::Make(ticket);
+    const auto result = MemoryStream::Make();
+    platform::Bstr error;
+    EXPECT_EQ(Export<MergeFunction>("PTMergeAndValidatePrintTicket")(handle, base.Get(), nullptr, kPTJobScope,
+                                                                     result.Get(), error.Put()),
+              NoConflict);
+    EXPECT_EQ(result->Bytes(), ticket);
+    const auto output = MemoryStream::Make();
+    EXPECT_EQ(
+        Export<CapabilitiesFunction>("PTGetPrintCapabilities")(handle, nullptr, output.Get(), error.Put()),
+        S_OK);
+    Close(handle);
+    const ProviderReport report = m_provider.Report();
+    ASSERT_EQ(report.calls.size(), 4U);
+    EXPECT_EQ(report.calls[1].output, ticket);
+    EXPECT_EQ(report.calls[2].output, output->Bytes());
+    EXPECT_TRUE(report.breaches.empty());
+}
+
+TEST_F(SimulatedProviderTest, ErrorTextsAreBstrsOfTheCaller) {
+    const HPTPROVIDER handle = Open();
+    const auto base = MemoryStream::Make("<a>");
+    const auto result = MemoryStream::Make();
+    platform::Bstr error;
+    EXPECT_EQ(Export<MergeFunction>("PTMergeAndValidatePrintTicket")(handle, base.Get(), nullptr, kPTJobScope,
+                                                                     result.Get(), error.Put()),
+              BadBase);
+    EXPECT_EQ(error.View(), L"Base ticket: line 1: Premature end of data in tag a line 1");
+    Close(handle);
+}
+
+TEST_F(SimulatedProviderTest, FunctionsThatItLacksSaySo) {
+    using ConvertFunction = HRESULT WINAPI(HPTPROVIDER, IStream*, EDefaultDevmodeType, EPrintTicketScope,
+                                           ULONG*, PDEVMODE*, BSTR*);
+    ULONG size = 5;
+    auto* pDevmode = reinterpret_cast<PDEVMODE>(&size);
+    EXPECT_EQ(Export<ConvertFunction>("PTConvertPrintTicketToDevMode")(
+                  nullptr, nullptr, kUserDefaultDevmode, kPTJobScope, &size, &pDevmode, nullptr),
+              E_NOTIMPL);
+    EXPECT_EQ(size, 0U);
+    EXPECT_EQ(pDevmode, nullptr);
+    using ThunkFunction = HRESULT WINAPI(void*, void*, void*, void*, void*, void*, void*, void*, void*);
+    EXPECT_EQ(Export<ThunkFunction>("MergeAndValidatePrintTicketThunk2")(
+                  nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+              E_NOTIMPL);
+    EXPECT_EQ(m_provider.Report().counts.at("MergeAndValidatePrintTicketThunk2"), 1U);
+    using UnloadFunction = HRESULT WINAPI();
+    EXPECT_EQ(Export<UnloadFunction>("DllCanUnloadNow")(), S_FALSE);
+}
+
+TEST_F(SimulatedProviderTest, ThreadThatEndsWithAnOpenHandleLeaksIt) {
+    HPTPROVIDER handle = nullptr;
+    std::thread([&] { handle = Open(); }).join();
+    const ProviderReport report = m_provider.Report();
+    ASSERT_EQ(report.breaches.size(), 1U);
+    EXPECT_EQ(report.breaches[0].stop, "A012");
+    EXPECT_EQ(report.breaches[0].text.substr(report.breaches[0].text.find(" of the printer")),
+              " of the printer SimPrinter was never closed");
+    m_provider.Configure({.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"thread=off"}});
+    // The handle keeps the rules that it was opened under.
+    EXPECT_EQ(Export<CloseFunction>("PTCloseProvider")(handle), E_HANDLE);
+    ++s_abandoned;
+}
+
+TEST_F(SimulatedProviderTest, FinishNamesWhatIsOpenAndResetForgetsIt) {
+    const HPTPROVIDER handle = Open();
+    m_provider.Finish();
+    ASSERT_EQ(m_provider.Report().breaches.size(), 1U);
+    m_provider.Reset();
+    EXPECT_TRUE(m_provider.Report().breaches.empty());
+    EXPECT_TRUE(m_provider.Report().calls.empty());
+    Close(handle);
+}
+
+TEST_F(SimulatedProviderTest, PrintersOfTheSettingsReplaceTheModels) {
+    m_provider.Configure({.device = DeviceFolder("simprinter"),
+                          .printers = {"My queue"},
+                          .switches = {},
+                          .recordTickets = false});
+    HPTPROVIDER handle = nullptr;
+    EXPECT_EQ(Export<OpenFunction>("PTOpenProvider")(L"SimPrinter", 1, &handle), NoSuchPrinter);
+    EXPECT_EQ(Export<OpenFunction>("PTOpenProvider")(L"my queue", 1, &handle), S_OK);
+    Close(handle);
+}
+
+TEST_F(SimulatedProviderTest, WrongSettingsAreRefusedWithOneLine) {
+    try {
+        m_provider.Configure(
+            {.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"private=some"}});
+        FAIL() << "accepted";
+    } catch (const ProviderConfigurationError& error) {
+        EXPECT_STREQ(error.what(), "switch private: \"some\" is none of known, strict, all");
+    }
+    EXPECT_THROW(m_provider.Configure({.device = "Z:\\no such folder", .printers = {}, .switches = {}}),
+                 ProviderConfigurationError);
+    // The old ones are still in force.
+    Close(Open());
+}
+
+TEST_F(SimulatedProviderTest, ErrorTextIsCutToItsRoom) {
+    auto* const pConfigure = Export<SimConfigureFunction>("SimConfigure");
+    char error[8] = "xxxxxxx";
+    EXPECT_EQ(pConfigure("[]", error, sizeof(error)), E_INVALIDARG);
+    EXPECT_STREQ(error, "the con");
+    EXPECT_EQ(pConfigure("[]", nullptr, 0), E_INVALIDARG);
+    EXPECT_EQ(pConfigure(nullptr, error, sizeof(error)), E_INVALIDARG);
+}
+
+TEST_F(SimulatedProviderTest, ReportNeedsRoomForAllOfIt) {
+    auto* const pReport = Export<SimReportFunction>("SimReport");
+    const SIZE_T size = pReport(nullptr, 0);
+    std::string text(size, 'x');
+    EXPECT_EQ(pReport(text.data(), size - 1), size);
+    EXPECT_EQ(text, std::string(size, 'x'));
+    EXPECT_EQ(pReport(text.data(), size), size);
+    EXPECT_EQ(text.back(), '\0');
+    EXPECT_EQ(text.front(), '{');
+}
+
+TEST_F(SimulatedProviderTest, DefaultTicketIsWrittenAsTheSwitchesWantIt) {
+    m_provider.Configure(
+        {.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"encoding=utf16le"}});
+    const std::string wide = m_provider.DefaultTicket();
+    EXPECT_EQ(wide.substr(0, 4), std::string("\xFF\xFE<\0", 4));
+    EXPECT_EQ(Summarize(wide).size(), 12U);
+}
+
+TEST_F(SimulatedProviderTest, TokenThatIsNoneIsRefused) {
+    EXPECT_THROW(m_provider.ExpectToken(reinterpret_cast<HANDLE>(std::uintptr_t{0x7FFF0})),
+                 std::system_error);
+    m_provider.ExpectToken(nullptr);
+}
+
+TEST(SimulatedProviderLoad, RefusesWhatCannotBeLoadedOrIsAnother) {
+    EXPECT_THROW(SimulatedProvider(Beside(L"nothing.dll")), std::runtime_error);
+    wchar_t system[MAX_PATH] = L"";
+    GetSystemDirectoryW(system, MAX_PATH);
+    try {
+        const SimulatedProvider other(std::filesystem::path(system) / L"kernel32.dll");
+        FAIL() << "accepted";
+    } catch (const std::runtime_error& error) {
+        EXPECT_TRUE(
+            std::string(error.what()).ends_with("kernel32.dll: not the simulated print ticket provider"));
+    }
+}
+
+// Without a host, the environment says what to simulate.
+class EnvironmentTest : public testing::Test {
+  protected:
+    void TearDown() override {
+        SetEnvironmentVariableW(L"PRNTVPT_CONFIGURATION", nullptr);
+        std::filesystem::remove(m_path);
+    }
+    void Write(const std::string& text) const {
+        std::ofstream(m_path, std::ios::binary) << text;
+        SetEnvironmentVariableW(L"PRNTVPT_CONFIGURATION", m_path.c_str());
+    }
+
+    const std::filesystem::path m_path =
+        std::filesystem::temp_directory_path() / "prntvpt_configuration.json";
+    Provider m_provider;
+    HPTPROVIDER m_handle = nullptr;
+};
+
+TEST_F(EnvironmentTest, NamesAFileWithTheConfiguration) {
+    Write(ConfigurationFor({"us=1"}));
+    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &m_handle), S_OK);
+    EXPECT_NE(m_provider.DefaultTicket().find("NorthAmericaLetter"), std::string::npos);
+    EXPECT_EQ(m_provider.CloseProvider(m_handle), S_OK);
+}
+
+TEST_F(EnvironmentTest, DoesNotCountOnceAHostHasConfigured) {
+    Write(ConfigurationFor({"us=1"}));
+    std::string error;
+    ASSERT_EQ(m_provider.Configure(ConfigurationFor({}).c_str(), error), S_OK);
+    EXPECT_EQ(m_provider.DefaultTicket().find("NorthAmericaLetter"), std::string::npos);
+}
+
+TEST_F(EnvironmentTest, WrongFileFailsTheCallAndIsNoted) {
+    Write(R"({"device": ".", "colour": 1})");
+    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &m_handle), E_UNEXPECTED);
+    EXPECT_EQ(ParseProviderReport(m_provider.Report()).notes,
+              (std::vector<std::string>{"PTOpenProvider: unknown key \"colour\" in the configuration"}));
+    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &m_handle), NoSuchPrinter);
+}
+
+}  // namespace
+}  // namespace devkit::prntvpt

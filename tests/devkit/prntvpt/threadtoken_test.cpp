@@ -1,0 +1,132 @@
+#include "devkit/prntvpt/threadtoken.h"
+
+#include <cstdint>
+#include <memory>
+
+#include "memorystream.h"
+#include "providertest.h"
+
+namespace devkit::prntvpt {
+namespace {
+
+struct HandleClose {
+    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
+};
+using Token = std::unique_ptr<void, HandleClose>;
+
+// An impersonation token of the process's own user.
+[[nodiscard]] Token MakeToken() {
+    HANDLE handle = nullptr;
+    EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &handle));
+    const Token process(handle);
+    EXPECT_TRUE(DuplicateTokenEx(process.get(), TOKEN_IMPERSONATE | TOKEN_QUERY | TOKEN_DUPLICATE, nullptr,
+                                 SecurityImpersonation, TokenImpersonation, &handle));
+    return Token(handle);
+}
+
+// Impersonates while it lives.
+class Impersonation {
+  public:
+    explicit Impersonation(HANDLE token) { EXPECT_TRUE(SetThreadToken(nullptr, token)); }
+    Impersonation(const Impersonation&) = delete;
+    ~Impersonation() { EXPECT_TRUE(SetThreadToken(nullptr, nullptr)); }
+};
+
+[[nodiscard]] bool IsSame(const LUID& left, const LUID& right) {
+    return left.LowPart == right.LowPart && left.HighPart == right.HighPart;
+}
+
+TEST(ThreadToken, IsAbsentWithoutImpersonation) {
+    const ThreadToken token = QueryThreadToken();
+    EXPECT_FALSE(token.impersonating);
+    EXPECT_FALSE(token.id.has_value());
+}
+
+TEST(ThreadToken, IsTheTokenThatTheThreadWasGiven) {
+    const Token given = MakeToken();
+    const Token other = MakeToken();
+    LUID givenId{};
+    LUID otherId{};
+    ASSERT_EQ(GetTokenId(given.get(), givenId), S_OK);
+    ASSERT_EQ(GetTokenId(other.get(), otherId), S_OK);
+    EXPECT_FALSE(IsSame(givenId, otherId));
+    const Impersonation user(given.get());
+    const ThreadToken token = QueryThreadToken();
+    EXPECT_TRUE(token.impersonating);
+    ASSERT_TRUE(token.id.has_value());
+    EXPECT_TRUE(IsSame(*token.id, givenId));
+}
+
+TEST(ThreadToken, IdOfNoTokenFails) {
+    LUID id{};
+    EXPECT_EQ(GetTokenId(nullptr, id), HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE));
+}
+
+class TokenTest : public ProviderTest {
+  protected:
+    void SetUp() override { Use({}); }
+    [[nodiscard]] ProviderCall LastCall() const { return Report().calls.back(); }
+};
+
+TEST_F(TokenTest, NoTokenIsExpectedAtFirst) {
+    static_cast<void>(Merge(DefaultTicket(), std::nullopt));
+    EXPECT_FALSE(LastCall().impersonating);
+    EXPECT_EQ(LastCall().expectedToken, std::nullopt);
+    EXPECT_EQ(Report().notes, std::vector<std::string>());
+}
+
+TEST_F(TokenTest, EveryCallTellsWhetherItRunsUnderTheExpectedToken) {
+    const Token expected = MakeToken();
+    const Token other = MakeToken();
+    ASSERT_EQ(m_provider.ExpectToken(expected.get()), S_OK);
+    {
+        const Impersonation user(expected.get());
+        static_cast<void>(Merge(DefaultTicket(), std::nullopt));
+    }
+    EXPECT_TRUE(LastCall().impersonating);
+    EXPECT_EQ(LastCall().expectedToken, true);
+    EXPECT_EQ(Report().notes, std::vector<std::string>());
+    {
+        const Impersonation user(other.get());
+        static_cast<void>(Capabilities());
+    }
+    EXPECT_TRUE(LastCall().impersonating);
+    EXPECT_EQ(LastCall().expectedToken, false);
+    static_cast<void>(Merge(DefaultTicket(), std::nullopt));
+    EXPECT_FALSE(LastCall().impersonating);
+    EXPECT_EQ(LastCall().expectedToken, false);
+    EXPECT_EQ(Report().notes, (std::vector<std::string>{
+                                  "PTGetPrintCapabilities was called without the expected token",
+                                  "PTMergeAndValidatePrintTicket was called without the expected token"}));
+}
+
+TEST_F(TokenTest, ClosingNeedsNoToken) {
+    const Token expected = MakeToken();
+    ASSERT_EQ(m_provider.ExpectToken(expected.get()), S_OK);
+    Close();
+    EXPECT_EQ(LastCall().function, "PTCloseProvider");
+    EXPECT_EQ(LastCall().expectedToken, false);
+    EXPECT_EQ(Report().notes, std::vector<std::string>());
+}
+
+TEST_F(TokenTest, ExpectationCanBeTakenBackAndOutlivesTheHandle) {
+    {
+        const Token expected = MakeToken();
+        ASSERT_EQ(m_provider.ExpectToken(expected.get()), S_OK);
+    }
+    static_cast<void>(Merge(DefaultTicket(), std::nullopt));
+    EXPECT_EQ(LastCall().expectedToken, false);
+    ASSERT_EQ(m_provider.ExpectToken(nullptr), S_OK);
+    static_cast<void>(Merge(DefaultTicket(), std::nullopt));
+    EXPECT_EQ(LastCall().expectedToken, std::nullopt);
+}
+
+TEST_F(TokenTest, WhatIsNoTokenIsRefusedAndChangesNothing) {
+    EXPECT_EQ(m_provider.ExpectToken(reinterpret_cast<HANDLE>(std::uintptr_t{0x7FFF0})),
+              HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE));
+    static_cast<void>(Merge(DefaultTicket(), std::nullopt));
+    EXPECT_EQ(LastCall().expectedToken, std::nullopt);
+}
+
+}  // namespace
+}  // namespace devkit::prntvpt
