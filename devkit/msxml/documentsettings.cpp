@@ -68,6 +68,11 @@ SelectionNamespace TakeNamespace(std::wstring_view& rest) {
 
     if (name == L"xmlns") return {std::wstring(), std::move(uri)};
     if (!name.starts_with(L"xmlns:") || uri.empty()) throw ComError{E_FAIL};
+    try {
+        CheckQualifiedName(name);
+    } catch (const ComError&) {
+        throw ComError{E_FAIL};
+    }
     const Name declaration(name, {});
     return {std::wstring(declaration.DeclaredPrefix()), std::move(uri)};
 }
@@ -80,13 +85,7 @@ std::vector<SelectionNamespace> ParseSelectionNamespaces(std::wstring_view text)
         text.remove_prefix(std::min(text.find_first_not_of(space), text.size()));
         if (text.empty()) return namespaces;
         SelectionNamespace item = TakeNamespace(text);
-        if (item.first.empty()) continue;
-        try {
-            CheckQualifiedName(item.first);
-        } catch (const ComError&) {
-            throw ComError{E_FAIL};
-        }
-        namespaces.push_back(std::move(item));
+        if (!item.first.empty()) namespaces.push_back(std::move(item));
     }
 }
 

@@ -19,6 +19,9 @@ HRESULT DocumentStream::Create(Document& document, IStream** ppStream) {
 
 HRESULT DocumentStream::QueryInterface(REFIID iid, void** ppObject) {
     if (ppObject == nullptr) return E_POINTER;
+    *ppObject = nullptr;
+    // To this library, too, it is a stream and not the document behind it.
+    if (iid == IID_Node) return E_NOINTERFACE;
     if (iid != __uuidof(IStream)) return m_pDocument->QueryInterface(iid, ppObject);
     *ppObject = static_cast<IStream*>(this);
     AddRef();

@@ -19,7 +19,12 @@ namespace devkit::msxml {
 namespace {
 
 struct ContextFree {
-    void operator()(xmlParserCtxt* pContext) const noexcept { xmlFreeParserCtxt(pContext); }
+    void operator()(xmlParserCtxt* pContext) const noexcept {
+        // The parser keeps the declarations of a DTD in a document of its own and forgets it when it is
+        // stopped.
+        xmlFreeDoc(pContext->myDoc);
+        xmlFreeParserCtxt(pContext);
+    }
 };
 
 std::string_view View(const xmlChar* text) noexcept {
@@ -101,8 +106,10 @@ Run::Run(Document& document, std::string_view utf8)
     handler.error = OnError;
     handler.fatalError = OnError;
     m_pContext->userData = this;
-    // Depth is the builder's to limit, and the size of a text has no limit.
-    xmlCtxtUseOptions(m_pContext.get(), XML_PARSE_NONET | XML_PARSE_HUGE | XML_PARSE_IGNORE_ENC);
+    // Depth is the builder's to limit, and the size of a text has no limit. Without NOENT an ampersand in an
+    // attribute comes as a reference; entities of a DTD are not found in either case.
+    xmlCtxtUseOptions(m_pContext.get(),
+                      XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_HUGE | XML_PARSE_IGNORE_ENC);
 }
 
 void Run::Go() {

@@ -68,6 +68,8 @@ XmlError CodeOfLibraryError(int code) noexcept {
             return XmlMissingWhiteSpace;
         case XML_ERR_NAME_REQUIRED:
             return XmlBadStartNameChar;
+        case XML_NS_ERR_COLON:
+            return XmlBadNameChar;
         case XML_ERR_GT_REQUIRED:
             return XmlExpectingTagEnd;
         case XML_ERR_LTSLASH_REQUIRED:

@@ -27,6 +27,7 @@ class Serialiser {
   private:
     void Open(const Node& node);
     void Close(const Node& node);
+    void EndLine(const Document& document);
     void OpenElement(const Node& element);
     void WriteDeclarations(const Node& element);
     void WriteInstruction(const Node& instruction);
@@ -51,6 +52,7 @@ void Serialiser::Write(const Node& root) {
         for (;;) {
             Close(*pNode);
             if (pNode == &root) return;
+            if (pNode->Parent()->Type() == NODE_DOCUMENT) EndLine(pNode->OwnerDocument());
             if (pNode->Next() != nullptr) break;
             pNode = pNode->Parent();
         }
@@ -81,14 +83,14 @@ void Serialiser::Open(const Node& node) {
 }
 
 void Serialiser::Close(const Node& node) {
-    if (node.Type() == NODE_ELEMENT) {
-        if (node.Children().pFirst != nullptr)
-            m_out.append(L"</").append(node.GetName()->Qualified()).append(L">");
-        m_scope.Leave();
-    }
-    const Node* const pParent = node.Parent();
-    const bool isTopLevel = pParent != nullptr && pParent->Type() == NODE_DOCUMENT;
-    if (isTopLevel && !node.OwnerDocument().Settings().preserveWhiteSpace) m_out += L"\r\n";
+    if (node.Type() != NODE_ELEMENT) return;
+    if (node.Children().pFirst != nullptr)
+        m_out.append(L"</").append(node.GetName()->Qualified()).append(L">");
+    m_scope.Leave();
+}
+
+void Serialiser::EndLine(const Document& document) {
+    if (!document.Settings().preserveWhiteSpace) m_out += L"\r\n";
 }
 
 void Serialiser::OpenElement(const Node& element) {

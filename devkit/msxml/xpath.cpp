@@ -30,6 +30,22 @@ const xmlChar* Chars(const std::string& text) noexcept {
 }
 
 void IgnoreError(void*, xmlErrorPtr) {}
+void IgnoreMessage(void*, const char*, ...) {}
+
+// Keeps the library from printing what it has no error code for. The setting is the thread's own.
+class Silence {
+  public:
+    Silence() noexcept : m_pContext(xmlGenericErrorContext), m_handler(xmlGenericError) {
+        xmlSetGenericErrorFunc(nullptr, IgnoreMessage);
+    }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+    ~Silence() { xmlSetGenericErrorFunc(m_pContext, m_handler); }
+
+  private:
+    void* m_pContext;
+    xmlGenericErrorFunc m_handler;
+};
 
 // The tree that the node belongs to, as it is now.
 XPathTree& CurrentTree(Node& node) {
@@ -70,6 +86,7 @@ Owned<xmlXPathObject> Evaluate(XPathTree& tree, Node& node, std::wstring_view ex
         xmlXPathCtxtCompile(pContext.get(), Chars(Utf8FromWide(expression))));
     if (!pExpression) throw ComError{E_FAIL};
     if (pContext->node == nullptr) return nullptr;
+    const Silence silence;
     Owned<xmlXPathObject> pResult(xmlXPathCompiledEval(pExpression.get(), pContext.get()));
     if (!pResult || pResult->type != XPATH_NODESET) throw ComError{E_FAIL};
     return pResult;
