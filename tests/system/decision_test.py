@@ -42,7 +42,7 @@ def media(size):
 
 
 def scaling(name):
-    prefix = "krk" if name == "FitApplicationImageableSizeToImageableSize" else "psk"
+    prefix = "krk" if name == decisiontable.PRIVATE_SCALING else "psk"
     names = {"Custom": ("OffsetWidth", "OffsetHeight", "ScaleWidth", "ScaleHeight"),
              "CustomSquare": ("OffsetWidth", "OffsetHeight", "Scale")}.get(name, ())
     values = {"Custom": decisiontable.CUSTOM_VALUES, "CustomSquare": decisiontable.SQUARE_VALUES}.get(name, ())
@@ -129,12 +129,11 @@ def judge(combination, decision, page, after, number):
             wrong.append("the ticket changed")
         return wrong
     settings = settings_of(after.read(ticket))
-    prefix = "krk" if decision.scaling == "FitApplicationImageableSizeToImageableSize" else "psk"
     expected = {
         "psk:PageMediaSize": ("psk:" + decision.option, {"MediaSizeHeight": str(decision.media[1]),
                                                          "MediaSizeWidth": str(decision.media[0])}),
         "psk:PageOrientation": ("psk:" + decision.orientation, {}),
-        "psk:PageScaling": (f"{prefix}:{decision.scaling}", expected_values(decision)),
+        "psk:PageScaling": ("psk:" + decision.scaling, expected_values(decision)),
         "psk:PageMediaColor": ("psk:White", {}),
     }
     for feature_name, value in expected.items():

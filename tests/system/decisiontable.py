@@ -6,9 +6,10 @@ import itertools
 
 FEEDS = (None, "LongEdgeFirst", "ShortEdgeFirst")
 ORIENTATIONS = (None, "Landscape", "Portrait", "ReverseLandscape", "ReversePortrait")
+PRIVATE_SCALING = "FitApplicationImageableSizeToImageableSize"
 SCALINGS = ("None", "FitApplicationMediaSizeToPageMediaSize", "FitApplicationMediaSizeToPageImageableSize",
             "FitApplicationContentSizeToPageImageableSize", "FitApplicationBleedSizeToPageImageableSize",
-            "Custom", "CustomSquare", "FitApplicationImageableSizeToImageableSize")
+            "Custom", "CustomSquare", PRIVATE_SCALING)
 FIT_MEDIA = "FitApplicationMediaSizeToPageMediaSize"
 
 # The printable range of the built-in default tickets, in micrometres.
@@ -51,12 +52,16 @@ class Job:
     def __init__(self, fallback):
         self.feed = "ShortEdgeFirst"
         self.orientation = "Portrait"
+        self.scaling = FIT_MEDIA
         self.fallback = fallback
 
     def decide(self, combination):
         feed, orientation, media_name, scaling = combination
         self.feed = feed or self.feed
         self.orientation = orientation or self.orientation
+        # An option of the private namespace is looked up among the public ones, where it is not: the setting stays.
+        self.scaling = self.scaling if scaling == PRIVATE_SCALING else scaling
+        scaling = self.scaling
         width, height = MEDIA[media_name]
         orientation = self.orientation
         if orientation in NEXT_ORIENTATION:
