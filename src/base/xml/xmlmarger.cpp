@@ -76,6 +76,15 @@ void Declare(IXMLDOMDocument2* pDocument, IXMLDOMNode* pElement, const Namespace
     }
 }
 
+[[nodiscard]] bool IsXmlDeclaration(IXMLDOMNode* pNode) {
+    DOMNodeType type = NODE_INVALID;
+    ThrowIfFailed(pNode->get_nodeType(&type));
+    if (type != NODE_PROCESSING_INSTRUCTION) return false;
+    Bstr name;
+    ThrowIfFailed(pNode->get_nodeName(name.Put()));
+    return name.View() == L"xml";
+}
+
 }  // namespace
 
 void XmlMarger::Merge(IXMLDOMDocument2* pBase, IXMLDOMDocument2* pTarget) {
@@ -91,6 +100,8 @@ void XmlMarger::MergeNodes(IXMLDOMNode* pBase, IXMLDOMNode* pTarget) {
     std::vector<ComPtr<IXMLDOMNode>> missing;
     for (const ComPtr<IXMLDOMNode>& pTargetChild : ChildrenOf(pTarget)) {
         if (MergeIntoMatches(baseChildren, pTargetChild.Get())) continue;
+        // A document without a declaration does not lack it, and could not take it behind its root.
+        if (IsXmlDeclaration(pTargetChild.Get())) continue;
         ThrowIfFailed(pTargetChild->cloneNode(VARIANT_TRUE, missing.emplace_back().Put()));
     }
     for (const ComPtr<IXMLDOMNode>& pClone : missing) {

@@ -145,6 +145,10 @@ TEST_F(XmlMargerTest, MergingTheSameTargetAgainChangesNothing) {
     EXPECT_EQ(TextOf(base), once);
 }
 
+TEST_F(XmlMargerTest, AnXmlDeclarationThatTheBaseLacksIsNotPutBack) {
+    EXPECT_EQ(Merged(L"<r><a/></r>", L"<?xml version=\"1.0\"?>\r\n<r><b/></r>"), L"<r><a/><b/></r>");
+}
+
 TEST_F(XmlMargerTest, NamespaceDeclarationsOfAMatchedTargetElementAreCopiedOntoTheBaseElement) {
     EXPECT_EQ(Merged(L"<r xmlns:p=\"urn:p\"><a/></r>", L"<r xmlns:k=\"urn:k\"><k:b k:c=\"1\"/></r>"),
               L"<r xmlns:p=\"urn:p\" xmlns:k=\"urn:k\"><a/><k:b k:c=\"1\"/></r>");
