@@ -42,7 +42,7 @@ class XpsDocument : public XpsTree {
     // Brings markup, tickets, resources, thumbnail and the lists of documents and pages into the package as
     // the tree has them, then writes it; see Package::Save. What the tree does not change stays byte for
     // byte. A document, a page or a ticket that the tree has lost leaves the package; a lost resource stays,
-    // as other parts may need it.
+    // as other parts may need it. Afterwards the pages' new markup is the package's, and unset in the tree.
     void Save(const std::filesystem::path& file);
     void Save(ByteSink& sink);
 

