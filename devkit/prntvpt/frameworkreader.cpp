@@ -55,7 +55,8 @@ constexpr int MaxNesting = 10;
 
 class Reader {
   public:
-    explicit Reader(Duplicates duplicates) : m_duplicates(duplicates) {}
+    Reader(Duplicates duplicates, MixedValues mixedValues)
+        : m_duplicates(duplicates), m_mixedValues(mixedValues) {}
 
     [[nodiscard]] FrameworkDocument Read(xmlNode* pRoot, Tag root) {
         if (UriOf(pRoot->ns) != FrameworkUri || View(pRoot->name) != TagName(root)) {
@@ -172,18 +173,27 @@ class Reader {
         }
     }
 
-    static void RequireOneValue(const Element& element) {
+    void RequireOneValue(Element& element) const {
         if (element.tag != Tag::ParameterInit && element.tag != Tag::ScoredProperty) return;
-        const auto values = std::count_if(
-            element.children.begin(), element.children.end(),
-            [](const Element& child) { return child.tag == Tag::Value || child.tag == Tag::ParameterRef; });
-        if (values > 1) {
+        const auto isValue = [](const Element& child) {
+            return child.tag == Tag::Value || child.tag == Tag::ParameterRef;
+        };
+        const auto first = std::find_if(element.children.begin(), element.children.end(), isValue);
+        if (first == element.children.end()) return;
+        const auto second = std::find_if(first + 1, element.children.end(), isValue);
+        if (second == element.children.end()) return;
+        const bool areMixed =
+            second->tag != first->tag && std::none_of(second + 1, element.children.end(), isValue);
+        if (areMixed && m_mixedValues == MixedValues::KeepFirst) {
+            element.children.erase(second);
+        } else {
             throw FormatError("The " + std::string(TagName(element.tag)) + " " + element.name->local +
                               " has more than one value");
         }
     }
 
     Duplicates m_duplicates;
+    MixedValues m_mixedValues;
     FrameworkDocument m_document;
     std::set<std::string, std::less<>> m_prefixes;
     std::array<int, TagCount> m_depth{};
@@ -191,9 +201,10 @@ class Reader {
 
 }  // namespace
 
-FrameworkDocument ReadFramework(std::string_view bytes, Tag root, Duplicates duplicates) {
+FrameworkDocument ReadFramework(std::string_view bytes, Tag root, Duplicates duplicates,
+                                MixedValues mixedValues) {
     const XmlDocument document = ParseXml(bytes);
-    return Reader(duplicates).Read(xmlDocGetRootElement(document.get()), root);
+    return Reader(duplicates, mixedValues).Read(xmlDocGetRootElement(document.get()), root);
 }
 
 }  // namespace devkit::prntvpt

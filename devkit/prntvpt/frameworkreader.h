@@ -10,6 +10,8 @@ namespace devkit::prntvpt {
 
 // What a document that defines a name twice is worth.
 enum class Duplicates { Refuse, KeepFirst };
+// A ScoredProperty that has a Value and a ParameterRef.
+enum class MixedValues { KeepFirst, Refuse };
 
 struct PrefixBinding {
     std::string prefix;
@@ -28,6 +30,7 @@ struct FrameworkDocument {
 // kind inside each other, a name twice among siblings (Option may repeat). Elements of other namespaces are
 // skipped.
 [[nodiscard]] FrameworkDocument ReadFramework(std::string_view bytes, Tag root,
-                                              Duplicates duplicates = Duplicates::Refuse);
+                                              Duplicates duplicates = Duplicates::Refuse,
+                                              MixedValues mixedValues = MixedValues::Refuse);
 
 }  // namespace devkit::prntvpt

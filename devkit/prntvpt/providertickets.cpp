@@ -66,7 +66,8 @@ struct InputTicket {
 // Throws Failure for what is no ticket; `kind` begins the text.
 void ParseTicket(InputTicket& ticket, const Configuration& configuration, HRESULT code, const char* kind) {
     try {
-        ticket.document = ReadFramework(ticket.bytes, Tag::PrintTicket, configuration.switches.duplicates);
+        ticket.document = ReadFramework(ticket.bytes, Tag::PrintTicket, configuration.switches.duplicates,
+                                        configuration.switches.mixedValues);
     } catch (const FormatError& error) {
         throw Failure{code, std::string(kind) + ": " + error.what()};
     }

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <span>
 #include <stdexcept>
+#include <type_traits>
 
 namespace devkit::prntvpt {
 namespace {
@@ -45,6 +46,7 @@ constexpr std::array<Name, 3> OrderValues{"device", "input", "reversed"};
 constexpr std::array<Name, 3> EncodingValues{"utf8", "utf8-bom", "utf16le"};
 constexpr std::array<Name, 3> LayoutValues{"none", "pretty", "comments"};
 constexpr std::array<Name, 2> DuplicateValues{"refuse", "first"};
+constexpr std::array<Name, 2> MixedValueValues{"first", "refuse"};
 constexpr std::array<Name, 2> OrphanValues{"keep", "prune"};
 constexpr std::array<Name, 2> FallbackValues{"default", "nearest"};
 constexpr std::array<Name, 2> PropertyValues{"strip", "keep-perfect"};
@@ -53,7 +55,7 @@ constexpr std::array<Name, 3> BinValues{"job", "document", "page"};
 constexpr std::array<Name, 3> FeedValues{"scored", "property", "absent"};
 constexpr std::array<Name, 3> ImageableValues{"oriented", "portrait", "absent"};
 
-constexpr std::array<Entry, 19> Table{{
+constexpr std::array<Entry, 20> Table{{
     Row<&Switches::privateNames>("private", PrivateValues),
     Row<&Switches::strictExtent>("strict", StrictValues),
     Row<&Switches::prefixes>("prefixes", PrefixValues),
@@ -61,6 +63,7 @@ constexpr std::array<Entry, 19> Table{{
     Row<&Switches::encoding>("encoding", EncodingValues),
     Row<&Switches::layout>("whitespace", LayoutValues),
     Row<&Switches::duplicates>("duplicates", DuplicateValues),
+    Row<&Switches::mixedValues>("mixed-values", MixedValueValues),
     Row<&Switches::orphans>("orphans", OrphanValues),
     Row<&Switches::fallback>("fallback", FallbackValues),
     Row<&Switches::optionProperties>("option-props", PropertyValues),

@@ -45,6 +45,7 @@ struct Switches {
     Encoding encoding = Encoding::Utf8;
     Layout layout = Layout::None;
     Duplicates duplicates = Duplicates::Refuse;
+    MixedValues mixedValues = MixedValues::KeepFirst;
     Orphans orphans = Orphans::Keep;
     Fallback fallback = Fallback::Default;
     OptionProperties optionProperties = OptionProperties::Strip;

@@ -38,6 +38,15 @@ bool RemovePrivate(Element& element, bool isRoot, bool alsoOptions) {
 
 }  // namespace
 
+EntryPositions PositionsOf(const Element& ticket) {
+    EntryPositions positions;
+    for (std::size_t index = 0; index < ticket.children.size(); ++index) {
+        const Element& entry = ticket.children[index];
+        positions.emplace(std::pair(entry.tag, *entry.name), index);
+    }
+    return positions;
+}
+
 void KeepScope(Element& ticket, EPrintTicketScope scope, std::vector<std::string>& notes) {
     for (const Element& entry : ticket.children) {
         if (ScopePrefixOf(entry.name->local)) continue;
@@ -48,10 +57,11 @@ void KeepScope(Element& ticket, EPrintTicketScope scope, std::vector<std::string
 
 Element MergeTickets(Element base, const Element* pDelta) {
     if (pDelta == nullptr) return base;
+    const EntryPositions positions = PositionsOf(base);
     for (const Element& entry : pDelta->children) {
-        Element* const pPresent = base.Find(entry.tag, *entry.name);
-        if (pPresent != nullptr) {
-            *pPresent = entry;
+        const auto present = positions.find({entry.tag, *entry.name});
+        if (present != positions.end()) {
+            base.children[present->second] = entry;
         } else {
             base.children.push_back(entry);
         }

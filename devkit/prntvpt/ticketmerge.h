@@ -2,7 +2,10 @@
 
 #include "platform/windows.h"
 
+#include <cstddef>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "devkit/prntvpt/device.h"
@@ -11,6 +14,10 @@
 #include "platform/prntvpt.h"
 
 namespace devkit::prntvpt {
+
+// Where each root entry stands, by kind and name.
+using EntryPositions = std::map<std::pair<Tag, QName>, std::size_t>;
+[[nodiscard]] EntryPositions PositionsOf(const Element& ticket);
 
 // Removes the root entries of a wider scope. A name without a scope prefix gives a note.
 void KeepScope(Element& ticket, EPrintTicketScope scope, std::vector<std::string>& notes);

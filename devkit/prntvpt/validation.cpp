@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -25,14 +26,15 @@ namespace {
 
 // Entries stand where the merged ticket had them; what it lacked comes after, in the device's order.
 void OrderAsInput(Element& ticket, const Element& merged) {
-    const auto position = [&](const Element& entry) {
-        return merged.Find(entry.tag, *entry.name) - merged.children.data();
-    };
-    const auto isNew = [&](const Element& entry) { return merged.Find(entry.tag, *entry.name) == nullptr; };
-    const auto added = std::stable_partition(ticket.children.begin(), ticket.children.end(),
-                                             [&](const Element& entry) { return !isNew(entry); });
-    std::sort(ticket.children.begin(), added,
-              [&](const Element& left, const Element& right) { return position(left) < position(right); });
+    const EntryPositions positions = PositionsOf(merged);
+    std::multimap<std::size_t, Element> sorted;
+    for (Element& entry : ticket.children) {
+        const auto found = positions.find({entry.tag, *entry.name});
+        const std::size_t position = found == positions.end() ? positions.size() : found->second;
+        sorted.emplace(position, std::move(entry));
+    }
+    ticket.children.clear();
+    for (auto& [position, entry] : sorted) ticket.children.push_back(std::move(entry));
 }
 
 void Append(std::vector<Element>&& elements, Element& ticket) {

@@ -1,6 +1,9 @@
 #include <winspool.h>
 
+#include <optional>
+#include <string>
 #include <thread>
+#include <utility>
 
 #include "beside.h"
 #include "devkit/prntvpt/simulatedprovider.h"
@@ -40,6 +43,34 @@ enum class Which { Simulated, System };
     return reinterpret_cast<const PRINTER_INFO_4W*>(buffer.data())->pPrinterName;
 }
 
+// A printer without a driver, which Wine takes from its registry; gone when the process has ended at the
+// latest.
+class WinePrinter {
+  public:
+    explicit WinePrinter(const std::wstring& name) : m_key(Root + name) {
+        HKEY key = nullptr;
+        EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, m_key.c_str(), 0, nullptr, REG_OPTION_VOLATILE,
+                                  KEY_WRITE, nullptr, &key, nullptr),
+                  ERROR_SUCCESS);
+        const std::pair<const wchar_t*, std::wstring> values[] = {{L"Name", name},
+                                                                  {L"Port", L"FILE:"},
+                                                                  {L"Printer Driver", L"None"},
+                                                                  {L"Print Processor", L"WinPrint"},
+                                                                  {L"Datatype", L"RAW"}};
+        for (const auto& [value, text] : values) {
+            const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+            RegSetValueExW(key, value, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), size);
+        }
+        RegCloseKey(key);
+    }
+    WinePrinter(const WinePrinter&) = delete;
+    ~WinePrinter() { RegDeleteKeyW(HKEY_LOCAL_MACHINE, m_key.c_str()); }
+
+  private:
+    static constexpr const wchar_t* Root = L"System\\CurrentControlSet\\Control\\Print\\Printers\\";
+    const std::wstring m_key;
+};
+
 class ConformanceTest : public testing::TestWithParam<Which> {
   protected:
     void SetUp() override {
@@ -50,12 +81,14 @@ class ConformanceTest : public testing::TestWithParam<Which> {
             m_printer = L"SimPrinter";
         } else {
             m_module = LoadSystem();
+            if (IsWine()) m_winePrinter.emplace(L"Prntvpt conformance");
             m_printer = FirstPrinter();
         }
         ASSERT_NE(m_module, nullptr);
     }
     void TearDown() override {
         if (m_handle != nullptr) Close(m_handle);
+        m_winePrinter.reset();
         EXPECT_EQ(MemoryStream::Living(), 0);
     }
 
@@ -97,6 +130,9 @@ class ConformanceTest : public testing::TestWithParam<Which> {
     HMODULE m_module = nullptr;
     std::wstring m_printer;
     HPTPROVIDER m_handle = nullptr;
+
+  private:
+    std::optional<WinePrinter> m_winePrinter;
 };
 
 // Tests that need a printer have it open.

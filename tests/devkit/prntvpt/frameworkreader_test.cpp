@@ -206,5 +206,26 @@ TEST(FrameworkReader, CanKeepTheFirstOfDuplicates) {
               (Lines{"psk:PageX[psk:A]"}));
 }
 
+TEST(FrameworkReader, CanKeepTheFirstOfAValueAndAParameterRef) {
+    const auto kept = [](const std::string& values) {
+        const Element root =
+            ReadFramework(Ticket(R"(<psf:Feature name="psk:PageX"><psf:Option name="psk:A">)"
+                                 R"(<psf:ScoredProperty name="psk:W">)" +
+                                 values + "</psf:ScoredProperty></psf:Option></psf:Feature>"),
+                          Tag::PrintTicket, Duplicates::Refuse, MixedValues::KeepFirst)
+                .root;
+        const Element& property = root.children.at(0).children.at(0).children.at(0);
+        EXPECT_EQ(1u, property.children.size());
+        return property.children.at(0).tag;
+    };
+    const std::string value = "<psf:Value>1</psf:Value>";
+    const std::string reference = R"(<psf:ParameterRef name="psk:PageXW"/>)";
+    EXPECT_EQ(kept(reference + value), Tag::ParameterRef);
+    EXPECT_EQ(kept(value + reference), Tag::Value);
+    EXPECT_THROW(static_cast<void>(kept(value + value)), FormatError);
+    EXPECT_THROW(static_cast<void>(kept(reference + reference)), FormatError);
+    EXPECT_THROW(static_cast<void>(kept(value + reference + value)), FormatError);
+}
+
 }  // namespace
 }  // namespace devkit::prntvpt

@@ -30,6 +30,7 @@ ULONG MemoryStream::Release() {
 }
 
 HRESULT MemoryStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {
+    if (IsAtZero()) return STG_E_INVALIDFUNCTION;
     if (FAILED(m_readResult)) return m_readResult;
     const std::size_t left = m_bytes.size() - std::min(m_position, m_bytes.size());
     const std::size_t count = std::min<std::size_t>({cb, m_most, left});
@@ -40,6 +41,7 @@ HRESULT MemoryStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {
 }
 
 HRESULT MemoryStream::Write(const void* pBuffer, ULONG cb, ULONG* pcbWritten) {
+    if (IsAtZero()) return STG_E_INVALIDFUNCTION;
     if (FAILED(m_writeResult)) return m_writeResult;
     const std::size_t count = std::min(cb, m_most);
     if (m_bytes.size() < m_position + count) m_bytes.resize(m_position + count);

@@ -2,7 +2,9 @@
 
 #include "platform/windows.h"
 
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/comptr.h"
 
@@ -24,6 +26,9 @@ class MemoryStream final : public IStream {
     [[nodiscard]] ULONG References() const noexcept { return m_references; }
     // No Read and no Write moves more than that.
     void LimitBlocks(ULONG most) noexcept { m_most = most; }
+    // Read and Write take one off the counter, which streams can share, and fail with STG_E_INVALIDFUNCTION
+    // at zero.
+    void FailAtZero(std::shared_ptr<int> counter) noexcept { m_counter = std::move(counter); }
     // Every Read, every Write fails with this.
     void FailReads(HRESULT hr) noexcept { m_readResult = hr; }
     void FailWrites(HRESULT hr) noexcept { m_writeResult = hr; }
@@ -51,7 +56,10 @@ class MemoryStream final : public IStream {
     MemoryStream() { ++s_living; }
     ~MemoryStream() { --s_living; }
 
+    [[nodiscard]] bool IsAtZero() const noexcept { return m_counter && (*m_counter)-- == 0; }
+
     static inline int s_living = 0;
+    std::shared_ptr<int> m_counter;
     ULONG m_references = 1;
     std::string m_bytes;
     std::size_t m_position = 0;
