@@ -38,8 +38,19 @@ ExitStatus StatusOf(const RunResult& result) {
     return FAILED(outcome.result) || shutdown ? FilterFailed : Done;
 }
 
-void AddProviderBreaches(RunResult& result) {
+// "PTMergeAndValidatePrintTicket (page) answered 0x80040003 E_PRINTTICKET_FORMAT: Base ticket: ...".
+std::string FailedCallText(const prntvpt::ProviderCall& call) {
+    std::string text = call.function;
+    if (call.scope) text += " (" + *call.scope + ")";
+    text += " answered " + pipeline::Describe(call.result);
+    return call.error ? text + ": " + *call.error : text;
+}
+
+void AddProviderFindings(RunResult& result) {
     if (!result.provider) return;
+    for (const prntvpt::ProviderCall& call : result.provider->calls) {
+        if (FAILED(call.result)) result.findings.push_back("print ticket provider: " + FailedCallText(call));
+    }
     for (const prntvpt::ProviderBreach& breach : result.provider->breaches) {
         result.breaches.push_back("print ticket provider: " + breach.stop + " " + breach.text);
     }
@@ -106,7 +117,7 @@ void HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, RunResul
     result.outcome = run.Run();
     result.breaches = result.outcome->breaches;
     if (!result.outcome->hung) result.provider = m_provider.EndRun();
-    AddProviderBreaches(result);
+    AddProviderFindings(result);
 }
 
 pipeline::RunOptions HostedRun::MakeOptions() const {

@@ -11,14 +11,14 @@ namespace {
 constexpr std::string_view fixedDocumentContentType = "application/vnd.ms-package.xps-fixeddocument+xml";
 constexpr std::string_view unknownContentType = "application/octet-stream";
 
-std::string_view ContentTypeOfNew(const Part& part) {
+std::string ContentTypeOfNew(const Part& part) {
     switch (part.Kind()) {
         case PartKind::FixedDocument:
-            return fixedDocumentContentType;
+            return std::string(fixedDocumentContentType);
         case PartKind::FixedPage:
-            return package::kFixedPageContentType;
+            return std::string(package::kFixedPageContentType);
         case PartKind::PrintTicket:
-            return package::kPrintTicketContentType;
+            return std::string(package::kPrintTicketContentType);
         case PartKind::ColorProfile:
             return "application/vnd.ms-color.iccprofile";
         case PartKind::Font:
@@ -27,7 +27,7 @@ std::string_view ContentTypeOfNew(const Part& part) {
         case PartKind::Thumbnail:
             return part.ContentType().empty() ? "image/png" : part.ContentType();
         default:
-            return unknownContentType;
+            return std::string(unknownContentType);
     }
 }
 

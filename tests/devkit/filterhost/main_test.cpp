@@ -1,0 +1,302 @@
+#include "platform/windows.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "devkit/filterhost/program.h"
+#include "devkit/filterhost/programfolder.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using Json = nlohmann::json;
+using Path = std::filesystem::path;
+using Lines = std::vector<std::string>;
+
+constexpr const char* domNote =
+    "filterhost: the system's DOM document lacks what filters need; the kit's own takes its place\n";
+
+// What was written to standard error, without the note that depends on the system.
+std::string WithoutNote(std::string text) {
+    if (text.starts_with(domNote)) text.erase(0, std::string(domNote).size());
+    return text;
+}
+
+TEST(FilterHost, AFaithfulFilterGivesStatus0AndTheSameBytes) {
+    const Path output = FreshFolder("faithful") / "out.xps";
+    const Ended ended = RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}));
+    EXPECT_EQ(ended.status, 0U);
+    EXPECT_EQ(WithoutNote(ended.error), "");
+    EXPECT_TRUE(ended.out.starts_with(Text(Sample("sample.xps")) + " -> " + Text(output) +
+                                      ": 15 parts, 10 pages, done, 0x00000000 S_OK\n"))
+        << ended.out;
+    EXPECT_EQ(FileBytes(output), FileBytes(Sample("sample.xps")));
+}
+
+TEST(FilterHost, AFailingFilterGivesStatus1AndNoOutput) {
+    const Path output = FreshFolder("failing") / "out.xps";
+    const Ended ended = RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}), "fail");
+    EXPECT_EQ(ended.status, 1U);
+    EXPECT_EQ(WithoutNote(ended.error), "filterhost: " + Text(Sample("sample.xps")) +
+                                            ": the filter failed with 0x80004004 E_ABORT, at FixedPage "
+                                            "/Documents/1/Pages/1.fpage\n");
+    EXPECT_FALSE(std::filesystem::exists(output));
+}
+
+TEST(FilterHost, AFilterThatCannotBeInitialisedGivesStatus1) {
+    const Path output = FreshFolder("uninitialised") / "out.xps";
+    const Ended ended =
+        RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "fail-initialize");
+    EXPECT_EQ(ended.status, 1U);
+    EXPECT_EQ(WithoutNote(ended.error),
+              "filterhost: " + Text(Sample("minimal.xps")) +
+                  ": InitializeFilter of the filter failed with 0x80004004 E_ABORT, before any part\n");
+}
+
+TEST(FilterHost, WrongUsageGivesStatus2AndOneLine) {
+    const Ended ended = RunProgram({"run", "in.xps"});
+    EXPECT_EQ(ended.status, 2U);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_EQ(ended.error, "filterhost: one of -o and --out-dir is required\n");
+}
+
+TEST(FilterHost, AMissingFilterGivesStatus2) {
+    const Ended ended =
+        RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--filter", "nowhere.dll"});
+    EXPECT_EQ(ended.status, 2U);
+    EXPECT_EQ(ended.error, "filterhost: --filter: there is no nowhere.dll\n");
+}
+
+TEST(FilterHost, ADllThatIsNoFilterGivesStatus1) {
+    wchar_t system[MAX_PATH];
+    ASSERT_NE(GetSystemDirectoryW(system, MAX_PATH), 0U);
+    const Ended ended = RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--filter",
+                                    Text(Path(system) / "version.dll")});
+    EXPECT_EQ(ended.status, 1U);
+    EXPECT_EQ(ended.error, "filterhost: version.dll does not export DllGetClassObject\n");
+}
+
+TEST(FilterHost, AClassThatTheFilterDoesNotHaveGivesStatus1) {
+    const Ended ended = RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--quiet",
+                                    "--filter", Text(ProgramFolder() / "testfilter.dll")});
+    EXPECT_EQ(ended.status, 1U);
+    EXPECT_EQ(ended.error, "filterhost: " + Text(Sample("minimal.xps")) +
+                               ": testfilter.dll: DllGetClassObject answers 0x80040111 "
+                               "CLASS_E_CLASSNOTAVAILABLE\n");
+}
+
+TEST(FilterHost, AnInputThatIsNoDocumentGivesStatus3AndOneLine) {
+    const Path folder = FreshFolder("unreadable");
+    const std::string input = Text(ProgramFolder() / "filterhost.exe");
+    const Ended ended = RunProgram(RunArguments({input, "-o", Text(folder / "out.xps")}));
+    EXPECT_EQ(ended.status, 3U);
+    EXPECT_EQ(WithoutNote(ended.error), "filterhost: " + input + ": is not a zip archive\n");
+    EXPECT_EQ(ended.out, input + " -> nothing written: not run\n");
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
+TEST(FilterHost, AMissingInputGivesStatus3) {
+    const Ended ended = RunProgram(RunArguments({"nowhere.xps", "-o", "out.xps", "--quiet"}));
+    EXPECT_EQ(ended.status, 3U);
+    EXPECT_TRUE(ended.error.starts_with("filterhost: nowhere.xps: cannot be opened")) << ended.error;
+}
+
+TEST(FilterHost, ABrokenRuleGivesStatus4WithALineForEachBreach) {
+    const Path output = FreshFolder("rule") / "out.xps";
+    const Ended ended =
+        RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "send-after-close");
+    EXPECT_EQ(ended.status, 4U);
+    const std::string name = "filterhost: " + Text(Sample("minimal.xps")) + ": ";
+    EXPECT_EQ(WithoutNote(ended.error),
+              name + "the filter failed with 0x8000000E E_ILLEGAL_METHOD_CALL, at FixedPage /p.fpage\n" +
+                  name + "breach: SendFixedPage of FixedPage /p.fpage came after CloseSender\n" + name +
+                  "breach: CloseSender was called twice\n");
+    EXPECT_FALSE(std::filesystem::exists(output));
+}
+
+TEST(FilterHost, SeveralInputsAllRunAndTheHighestStatusCounts) {
+    const Path folder = FreshFolder("several");
+    const Ended ended =
+        RunProgram(RunArguments({Text(Sample("minimal.xps")), "nowhere.xps", Text(Sample("sample.xps")),
+                                 "--out-dir", Text(folder / "out"), "--json", Text(folder / "report.json")}));
+    EXPECT_EQ(ended.status, 3U);
+    EXPECT_EQ(FileBytes(folder / "out" / "minimal.xps"), FileBytes(Sample("minimal.xps")));
+    EXPECT_EQ(FileBytes(folder / "out" / "sample.xps"), FileBytes(Sample("sample.xps")));
+    const Json report = Json::parse(FileBytes(folder / "report.json"));
+    ASSERT_EQ(report.size(), 3U);
+    EXPECT_EQ(report[1]["output"], nullptr);
+    EXPECT_EQ(report[1]["hresult"], nullptr);
+    EXPECT_EQ(report[1]["parts"], Json::array());
+    EXPECT_EQ(report[2]["output"], Text(folder / "out" / "sample.xps"));
+}
+
+TEST(FilterHost, TheReportIsExact) {
+    const Path folder = FreshFolder("report");
+    const Path input = Sample("minimal.xps");
+    const Ended ended = RunProgram(RunArguments({Text(input), "-o", Text(folder / "o.xps"), "--json",
+                                                 Text(folder / "r.json"), "--quiet"}),
+                                   "ticket");
+    EXPECT_EQ(ended.status, 0U);
+    EXPECT_EQ(ended.out, "");
+    EXPECT_EQ(ended.error, "");
+    const Json expected = Json::parse(R"([{
+        "output": null, "hresult": "0x00000000", "shutdown": null, "breaches": [], "findings": [], "error": null,
+        "parts": [
+            {"kind": "XpsDocument", "uri": null, "ticket_in": null, "ticket_out": null},
+            {"kind": "FixedDocumentSequence", "uri": "/s.fdseq", "ticket_in": null, "ticket_out": null},
+            {"kind": "FixedDocument", "uri": "/d.fdoc", "ticket_in": null, "ticket_out": null},
+            {"kind": "FixedPage", "uri": "/p.fpage", "ticket_in": null, "ticket_out": "/Tickets\\made_1.xml",
+             "width_in": 793.76, "height_in": 1122.56, "width_out": 793.76, "height_out": 1122.56,
+             "markup_rewritten": false, "ticket_replaced": true, "bytes_in": 0, "bytes_out": 0}]}])");
+    Json report = Json::parse(FileBytes(folder / "r.json"));
+    EXPECT_EQ(report[0]["input"], Text(input));
+    EXPECT_EQ(report[0]["output"], Text(folder / "o.xps"));
+    EXPECT_GT(report[0]["parts"][3]["bytes_in"], 100);
+    EXPECT_EQ(report[0]["parts"][3]["bytes_in"], report[0]["parts"][3]["bytes_out"]);
+    report[0].erase("input");
+    report[0]["output"] = nullptr;
+    report[0]["parts"][3]["bytes_in"] = 0;
+    report[0]["parts"][3]["bytes_out"] = 0;
+    EXPECT_EQ(report, expected);
+}
+
+TEST(FilterHost, AFailureIsInTheReport) {
+    const Path folder = FreshFolder("failure");
+    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
+                                                 "--json", Text(folder / "r.json"), "--quiet"}),
+                                   "fail");
+    EXPECT_EQ(ended.status, 1U);
+    const Json report = Json::parse(FileBytes(folder / "r.json"));
+    EXPECT_EQ(report[0]["hresult"], "0x80004004");
+    EXPECT_EQ(report[0]["shutdown"], "0x80004004");
+    EXPECT_EQ(report[0]["output"], nullptr);
+    EXPECT_EQ(report[0]["parts"].size(), 3U);
+}
+
+TEST(FilterHost, NewTicketsGetLegalNamesInTheOutput) {
+    const Path output = FreshFolder("names") / "out.xps";
+    EXPECT_EQ(RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}), "ticket").status,
+              0U);
+    const Ended tree = RunProgram({"inspect", Text(output)});
+    EXPECT_EQ(tree.status, 0U);
+    EXPECT_NE(tree.out.find("/Tickets/made_1.xml"), std::string::npos) << tree.out;
+    EXPECT_NE(tree.out.find("/Tickets/made_10.xml"), std::string::npos) << tree.out;
+    EXPECT_EQ(tree.out.find("Tickets\\"), std::string::npos) << tree.out;
+}
+
+TEST(FilterHost, MarkupThatIsNotWellFormedIsAFindingNotABreach) {
+    const Path folder = FreshFolder("malformed");
+    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
+                                                 "--json", Text(folder / "r.json"), "--quiet"}),
+                                   "break-markup");
+    EXPECT_EQ(ended.status, 0U);
+    EXPECT_EQ(ended.error, "");
+    const Json report = Json::parse(FileBytes(folder / "r.json"));
+    EXPECT_EQ(report[0]["breaches"], Json::array());
+    ASSERT_EQ(report[0]["findings"].size(), 1U);
+    const std::string finding = report[0]["findings"][0];
+    EXPECT_TRUE(finding.starts_with("page markup is not well-formed XML (")) << finding;
+    EXPECT_TRUE(finding.ends_with(", /p.fpage")) << finding;
+    EXPECT_TRUE(report[0]["parts"][3]["markup_rewritten"]);
+}
+
+TEST(FilterHost, CancellingAtEachPartEndsWithTheCodeOfTheCancellation) {
+    for (const char* part : {"1", "2", "3", "4", "5"}) {
+        const Path output = FreshFolder("cancel") / "out.xps";
+        const Ended ended =
+            RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output), "--cancel-at", part}),
+                       "close-on-shutdown");
+        EXPECT_EQ(ended.status, 1U) << part;
+        EXPECT_NE(ended.error.find("the filter failed with 0x800704C7 ERROR_CANCELLED"), std::string::npos)
+            << part << ended.error;
+        EXPECT_NE(ended.out.find("cancelled, 0x800704C7 ERROR_CANCELLED"), std::string::npos)
+            << part << ended.out;
+        EXPECT_FALSE(std::filesystem::exists(output)) << part;
+    }
+}
+
+TEST(FilterHost, ACrashIsToldInOneLine) {
+    const Path output = FreshFolder("crash") / "out.xps";
+    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "crash");
+    EXPECT_EQ(ended.status, 1U);
+    const std::string text = WithoutNote(ended.error);
+    EXPECT_TRUE(text.starts_with("filterhost: " + Text(Sample("minimal.xps")) +
+                                 ": the filter crashed with exception 0xC0000005 at testfilter.dll+0x"))
+        << text;
+    EXPECT_TRUE(text.ends_with(", while it had FixedPage /p.fpage\n")) << text;
+    EXPECT_FALSE(std::filesystem::exists(output));
+}
+
+TEST(FilterHost, NamesOutsideAsciiAndLongNamesWork) {
+    const Path folder = FreshFolder("n\xC3\xA4mes");
+    const std::string name = "\xE5\x8D\xB0\xE5\x88\xB7 \xD0\x9F " + std::string(180, 'n') + ".xps";
+    const Path input = folder / Path(std::u8string(name.begin(), name.end()));
+    std::filesystem::copy_file(Sample("sample.xps"), input);
+    const Path output = folder / Path(u8"\u00e9t\u00e9");
+    const Ended ended = RunProgram(RunArguments({Text(input), "--out-dir", Text(output)}));
+    EXPECT_EQ(ended.status, 0U) << ended.error;
+    EXPECT_EQ(FileBytes(output / input.filename()), FileBytes(input));
+    EXPECT_TRUE(ended.out.starts_with(Text(input) + " -> ")) << ended.out;
+}
+
+TEST(FilterHost, TheOutputMayNotReplaceTheInput) {
+    const Path folder = FreshFolder("same");
+    std::filesystem::copy_file(Sample("minimal.xps"), folder / "a.xps");
+    const Ended ended = RunProgram(RunArguments({Text(folder / "a.xps"), "--out-dir", Text(folder)}));
+    EXPECT_EQ(ended.status, 2U);
+    EXPECT_EQ(ended.error, "filterhost: the output would replace the input " + Text(folder / "a.xps") + "\n");
+}
+
+TEST(FilterHost, AnOutputThatCannotBeWrittenGivesStatus2) {
+    const std::string output = Text(FreshFolder("unwritable") / "missing" / "out.xps");
+    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", output, "--quiet"}));
+    EXPECT_EQ(ended.status, 2U);
+    EXPECT_TRUE(ended.error.starts_with("filterhost: " + Text(Sample("minimal.xps")) +
+                                        ": the output cannot be written: "))
+        << ended.error;
+}
+
+TEST(FilterHost, AnswersVersionAndHelp) {
+    const Ended version = RunProgram({"--version"});
+    EXPECT_EQ(version.status, 0U);
+    EXPECT_EQ(version.out, "filterhost 1.0.0\n");
+    const Ended help = RunProgram({"run", "--help"});
+    EXPECT_EQ(help.status, 0U);
+    EXPECT_NE(help.out.find("--cancel-at N"), std::string::npos);
+}
+
+TEST(FilterHost, InspectsSeveralDocumentsAndReportsTheUnreadable) {
+    const Ended ended = RunProgram({"inspect", Text(Sample("minimal.xps")), "nowhere.xps"});
+    EXPECT_EQ(ended.status, 3U);
+    EXPECT_TRUE(
+        ended.out.starts_with(Text(Sample("minimal.xps")) + ":\nXPS document, 1 fixed document, 1 page\n"))
+        << ended.out;
+    EXPECT_TRUE(ended.error.starts_with("filterhost: nowhere.xps: ")) << ended.error;
+}
+
+TEST(FilterHost, TheUsersTicketMayComeFromAFile) {
+    const Path folder = FreshFolder("ticket");
+    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
+                                                 "--user-ticket", Text(folder / "none.xml")}));
+    EXPECT_EQ(ended.status, 2U);
+    EXPECT_TRUE(ended.error.starts_with("filterhost: --user-ticket: ")) << ended.error;
+    const Ended given =
+        RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"), "--user-ticket",
+                                 Text(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml")}));
+    EXPECT_EQ(given.status, 0U);
+    EXPECT_NE(given.out.find("feed LongEdgeFirst"), std::string::npos) << given.out;
+}
+
+TEST(FilterHost, AnUnknownDeviceGivesStatus2AndTheNamesOfTheModels) {
+    const Ended ended =
+        RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", "o.xps", "--device", "typewriter"}));
+    EXPECT_EQ(ended.status, 2U);
+    EXPECT_TRUE(ended.error.starts_with(
+        "filterhost: --device: there is no device model \"typewriter\"; the models here are "))
+        << ended.error;
+    EXPECT_NE(ended.error.find("simprinter"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace devkit::filterhost

@@ -1,0 +1,125 @@
+#include "devkit/filterhost/program.h"
+
+#include "platform/windows.h"
+
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "devkit/filterhost/programfolder.h"
+#include "devkit/pipeline/text.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using Path = std::filesystem::path;
+
+class Handle {
+  public:
+    Handle() = default;
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() { Close(); }
+    void Close() {
+        if (m_handle != nullptr) CloseHandle(m_handle);
+        m_handle = nullptr;
+    }
+    [[nodiscard]] HANDLE Get() const { return m_handle; }
+    [[nodiscard]] HANDLE* Put() { return &m_handle; }
+
+  private:
+    HANDLE m_handle = nullptr;
+};
+
+struct Pipe {
+    Handle read;
+    Handle write;
+
+    Pipe() {
+        SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+        CreatePipe(read.Put(), write.Put(), &inherited, 0);
+        SetHandleInformation(read.Get(), HANDLE_FLAG_INHERIT, 0);
+    }
+    std::string ReadAll() {
+        std::string text;
+        char block[4096];
+        DWORD count = 0;
+        while (ReadFile(read.Get(), block, sizeof(block), &count, nullptr) && count > 0)
+            text.append(block, count);
+        return text;
+    }
+};
+
+// Quoted as CommandLineToArgvW undoes it.
+std::wstring Quoted(const std::wstring& argument) {
+    std::wstring text = L"\"";
+    std::size_t slashes = 0;
+    for (const wchar_t letter : argument) {
+        slashes = letter == L'\\' ? slashes + 1 : 0;
+        if (letter == L'"') text += L'\\';
+        text += letter;
+    }
+    return text + std::wstring(slashes, L'\\') + L"\"";
+}
+
+}  // namespace
+
+Ended RunProgram(const std::vector<std::string>& arguments, const char* mode) {
+    const std::wstring program = (ProgramFolder() / "filterhost.exe").wstring();
+    std::wstring line = Quoted(program);
+    for (const std::string& argument : arguments) line += L" " + Quoted(pipeline::Widen(argument));
+    SetEnvironmentVariableA("TESTFILTER_MODE", mode);
+    Pipe out;
+    Pipe error;
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdOutput = out.write.Get();
+    start.hStdError = error.write.Get();
+    PROCESS_INFORMATION process{};
+    Ended ended;
+    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                        &process)) {
+        ended.status = 9998;
+        return ended;
+    }
+    out.write.Close();
+    error.write.Close();
+    std::thread reader([&] { ended.error = error.ReadAll(); });
+    std::thread watchdog([&] {
+        if (WaitForSingleObject(process.hProcess, 120000) == WAIT_TIMEOUT)
+            TerminateProcess(process.hProcess, 9999);
+    });
+    ended.out = out.ReadAll();
+    reader.join();
+    watchdog.join();
+    GetExitCodeProcess(process.hProcess, &ended.status);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return ended;
+}
+
+std::vector<std::string> RunArguments(std::vector<std::string> more) {
+    std::vector<std::string> arguments{"run", "--filter", Text(ProgramFolder() / "testfilter.dll"), "--clsid",
+                                       "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return arguments;
+}
+
+Path FreshFolder(const std::string& name) {
+    const Path folder = ProgramFolder() / "test-output" / pipeline::Widen(name);
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_directories(folder);
+    return folder;
+}
+
+std::string Text(const Path& path) { return pipeline::Narrow(path.wstring()); }
+
+std::string FileBytes(const Path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+Path Sample(const std::string& name) { return Path(SAMPLES_FOLDER) / name; }
+
+}  // namespace devkit::filterhost

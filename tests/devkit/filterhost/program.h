@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace devkit::filterhost {
+
+// How filterhost.exe ended, and what it wrote (UTF-8).
+struct Ended {
+    unsigned long status = 0;
+    std::string out;
+    std::string error;
+};
+
+// Runs the built program with the arguments (UTF-8) and waits for its end, at most two minutes; status 9999
+// after that. The environment variable TESTFILTER_MODE is set to `mode` for it.
+[[nodiscard]] Ended RunProgram(const std::vector<std::string>& arguments, const char* mode = "");
+
+// Arguments that run the test filter over the inputs, with the given further ones.
+[[nodiscard]] std::vector<std::string> RunArguments(std::vector<std::string> more);
+
+// A folder of the test's own, empty at its start.
+[[nodiscard]] std::filesystem::path FreshFolder(const std::string& name);
+[[nodiscard]] std::string Text(const std::filesystem::path& path);
+[[nodiscard]] std::string FileBytes(const std::filesystem::path& path);
+// A sample document of the project.
+[[nodiscard]] std::filesystem::path Sample(const std::string& name);
+
+}  // namespace devkit::filterhost
