@@ -36,7 +36,7 @@ TEST_F(ReportTest, StatesEverySwitchSoThatARunCanBeRepeated) {
     const Json configuration = Read()["configuration"];
     EXPECT_EQ(configuration["printers"], Json({"SimPrinter"}));
     EXPECT_EQ(configuration["faults"], Json({"slow:1@100"}));
-    EXPECT_EQ(configuration["switches"].size(), 20U);
+    EXPECT_EQ(configuration["switches"].size(), 21U);
     EXPECT_EQ(configuration["switches"][0], "private=strict");
     std::vector<std::string> switches = configuration["switches"].get<std::vector<std::string>>();
     std::string error;
