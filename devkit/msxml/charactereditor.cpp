@@ -22,8 +22,9 @@ HRESULT GetDataLength(const Node& node, long* pLength) noexcept {
 HRESULT SubstringData(const Node& node, long offset, long count, BSTR* pData) noexcept {
     if (pData == nullptr) return E_INVALIDARG;
     *pData = nullptr;
-    if (!IsRange(node, offset, count)) return E_INVALIDARG;
+    if (offset < 0 || count < 0) return E_INVALIDARG;
     const std::wstring_view data = node.Data();
+    if (static_cast<std::size_t>(offset) > data.size()) return S_FALSE;
     const std::wstring_view part =
         data.substr(static_cast<std::size_t>(offset), static_cast<std::size_t>(count));
     return part.empty() ? ReturnNoText(pData) : ReturnText(part, pData);

@@ -61,7 +61,10 @@ void CheckDeclarationStaysFirst(const Node& document, const Node& node, const No
 }  // namespace
 
 void CheckPlacement(const Node& parent, const Node& node, const Node* pBefore, const Node* pReplaced) {
-    if (Tree::IsSelfOrDescendant(parent, node)) throw ComError{E_FAIL};
+    // Building a tree from above must not cost its depth with each node: one without children is above
+    // nothing.
+    const bool mayBeAbove = &parent == &node || node.Children().pFirst != nullptr;
+    if (mayBeAbove && Tree::IsSelfOrDescendant(parent, node)) throw ComError{E_FAIL};
     const bool isFragment = node.Type() == NODE_DOCUMENT_FRAGMENT;
     const Node* const pFirst = isFragment ? node.Children().pFirst : &node;
     std::size_t elements = 0;

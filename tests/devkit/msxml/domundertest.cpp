@@ -1,0 +1,201 @@
+#include "devkit/msxml/domundertest.h"
+
+#include <array>
+#include <regex>
+
+#include "devkit/msxml/domdocument.h"
+#include "devkit/msxml/node.h"
+
+namespace devkit::msxml::tests {
+
+namespace {
+
+// The text that a getter of the node gives.
+template <typename Getter>
+std::wstring TextFrom(IXMLDOMNode* pNode, Getter getter) {
+    EXPECT_NE(pNode, nullptr);
+    if (pNode == nullptr) return L"<null>";
+    Bstr text;
+    const HRESULT result = (pNode->*getter)(text.Put());
+    EXPECT_TRUE(result == S_OK || (result == S_FALSE && text.Get() == nullptr)) << std::hex << result;
+    return result == S_OK ? std::wstring(text.View()) : L"<none>";
+}
+
+}  // namespace
+
+void PrintTo(Maker maker, std::ostream* pOut) { *pOut << (maker == Maker::Kit ? "Kit" : "System"); }
+
+DocumentPtr NewDocument(Maker maker) {
+    DocumentPtr pDocument;
+    const HRESULT result =
+        maker == Maker::Kit ? CreateDomDocument(__uuidof(IXMLDOMDocument2), pDocument.PutVoid())
+                            : CoCreateInstance(platform::CLSID_DomDocument60, nullptr, CLSCTX_INPROC_SERVER,
+                                               __uuidof(IXMLDOMDocument2), pDocument.PutVoid());
+    EXPECT_EQ(result, S_OK);
+    EXPECT_EQ(pDocument->put_async(VARIANT_FALSE), S_OK);
+    return pDocument;
+}
+
+DocumentPtr Parsed(Maker maker, std::wstring_view text) {
+    DocumentPtr pDocument = NewDocument(maker);
+    EXPECT_EQ(LoadText(pDocument, text), S_OK);
+    return pDocument;
+}
+
+bool IsWine() noexcept {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+std::string MakerName(const testing::TestParamInfo<Maker>& info) {
+    return testing::PrintToString(info.param);
+}
+
+HRESULT LoadText(const DocumentPtr& pDocument, std::wstring_view text) {
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    const HRESULT result = pDocument->loadXML(Bstr(text).Get(), &isLoaded);
+    EXPECT_EQ(isLoaded, result == S_OK ? VARIANT_TRUE : VARIANT_FALSE);
+    return result;
+}
+
+HRESULT LoadObject(const DocumentPtr& pDocument, IUnknown* pSource) {
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    const HRESULT result = pDocument->load(Variant(pSource).Get(), &isLoaded);
+    EXPECT_EQ(isLoaded, result == S_OK ? VARIANT_TRUE : VARIANT_FALSE);
+    return result;
+}
+
+HRESULT ErrorCode(const DocumentPtr& pDocument) {
+    ComPtr<IXMLDOMParseError> pError;
+    EXPECT_EQ(pDocument->get_parseError(pError.Put()), S_OK);
+    long code = 0;
+    const HRESULT result = pError->get_errorCode(&code);
+    EXPECT_EQ(result, code == 0 ? S_FALSE : S_OK);
+    return code;
+}
+
+ElementPtr RootOf(const DocumentPtr& pDocument) {
+    ElementPtr pRoot;
+    const HRESULT result = pDocument->get_documentElement(pRoot.Put());
+    EXPECT_EQ(result, pRoot ? S_OK : S_FALSE);
+    return pRoot;
+}
+
+MapPtr AttributesOf(IXMLDOMNode* pNode) {
+    MapPtr pMap;
+    EXPECT_EQ(pNode->get_attributes(pMap.Put()), S_OK);
+    return pMap;
+}
+
+ListPtr ChildrenOf(IXMLDOMNode* pNode) {
+    ListPtr pList;
+    EXPECT_EQ(pNode->get_childNodes(pList.Put()), S_OK);
+    return pList;
+}
+
+NodePtr ChildAt(IXMLDOMNode* pNode, long index) {
+    NodePtr pChild;
+    EXPECT_EQ(ChildrenOf(pNode)->get_item(index, pChild.Put()), S_OK);
+    return pChild;
+}
+
+NodePtr AttributeOf(IXMLDOMNode* pNode, std::wstring_view name) {
+    NodePtr pAttribute;
+    EXPECT_EQ(AttributesOf(pNode)->getNamedItem(Bstr(name).Get(), pAttribute.Put()), S_OK);
+    return pAttribute;
+}
+
+std::vector<std::wstring> NamesByNextNode(const MapPtr& pMap) {
+    std::vector<std::wstring> names;
+    NodePtr pNode;
+    while (pMap->nextNode(pNode.Put()) == S_OK) names.push_back(NameOf(pNode.Get()));
+    EXPECT_FALSE(pNode);
+    return names;
+}
+
+std::wstring NameOf(IXMLDOMNode* pNode) { return TextFrom(pNode, &IXMLDOMNode::get_nodeName); }
+
+std::wstring TextOf(IXMLDOMNode* pNode) { return TextFrom(pNode, &IXMLDOMNode::get_text); }
+
+std::wstring XmlOf(IXMLDOMNode* pNode) {
+    const std::wstring xml = TextFrom(pNode, &IXMLDOMNode::get_xml);
+    return NodeOf(pNode) ? xml : std::regex_replace(xml, std::wregex(L">\\s+(<|$)"), L">$1");
+}
+
+std::wstring PrefixOf(IXMLDOMNode* pNode) { return TextFrom(pNode, &IXMLDOMNode::get_prefix); }
+
+std::wstring BaseNameOf(IXMLDOMNode* pNode) { return TextFrom(pNode, &IXMLDOMNode::get_baseName); }
+
+std::wstring UriOf(IXMLDOMNode* pNode) { return TextFrom(pNode, &IXMLDOMNode::get_namespaceURI); }
+
+std::wstring ValueOf(IXMLDOMNode* pNode) {
+    Variant value;
+    const HRESULT result = pNode->get_nodeValue(value.Put());
+    EXPECT_TRUE((result == S_OK && value.Type() == VT_BSTR) ||
+                (result == S_FALSE && value.Type() == VT_NULL));
+    return result == S_OK ? std::wstring(value.Text(), SysStringLen(value.Text())) : L"<none>";
+}
+
+NodePtr MakeNode(const DocumentPtr& pDocument, DOMNodeType type, std::wstring_view name,
+                 std::wstring_view uri) {
+    NodePtr pNode;
+    EXPECT_EQ(
+        pDocument->createNode(Variant(LONG{type}).Get(), Bstr(name).Get(), Bstr(uri).Get(), pNode.Put()),
+        S_OK);
+    return pNode;
+}
+
+void BindPrefixes(const DocumentPtr& pDocument, std::wstring_view declarations) {
+    EXPECT_EQ(pDocument->setProperty(Bstr(L"SelectionNamespaces").Get(), Variant(declarations).Get()), S_OK);
+}
+
+NodePtr Find(IXMLDOMNode* pNode, std::wstring_view query) {
+    NodePtr pFound;
+    const HRESULT result = pNode->selectSingleNode(Bstr(query).Get(), pFound.Put());
+    EXPECT_EQ(result, pFound ? S_OK : S_FALSE);
+    return pFound;
+}
+
+std::vector<std::wstring> FindNames(IXMLDOMNode* pNode, std::wstring_view query) {
+    ListPtr pList;
+    EXPECT_EQ(pNode->selectNodes(Bstr(query).Get(), pList.Put()), S_OK);
+    std::vector<std::wstring> names;
+    if (!pList) return names;
+    long length = 0;
+    EXPECT_EQ(pList->get_length(&length), S_OK);
+    for (long i = 0; i < length; ++i) {
+        NodePtr pFound;
+        EXPECT_EQ(pList->get_item(i, pFound.Put()), S_OK);
+        names.push_back(NameOf(pFound.Get()));
+    }
+    return names;
+}
+
+ComPtr<IStream> StreamOf(std::string_view bytes) {
+    ComPtr<IStream> pStream;
+    EXPECT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, pStream.Put()), S_OK);
+    ULONG written = 0;
+    EXPECT_EQ(pStream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written), S_OK);
+    EXPECT_EQ(pStream->Seek(LARGE_INTEGER{}, STREAM_SEEK_SET, nullptr), S_OK);
+    return pStream;
+}
+
+std::string BytesOf(IStream* pStream) {
+    EXPECT_EQ(pStream->Seek(LARGE_INTEGER{}, STREAM_SEEK_SET, nullptr), S_OK);
+    std::string bytes;
+    std::array<char, 4096> block;
+    for (;;) {
+        ULONG count = 0;
+        const HRESULT result = pStream->Read(block.data(), static_cast<ULONG>(block.size()), &count);
+        EXPECT_TRUE(SUCCEEDED(result));
+        if (FAILED(result) || count == 0) return bytes;
+        bytes.append(block.data(), count);
+    }
+}
+
+std::string Saved(const DocumentPtr& pDocument) {
+    const ComPtr<IStream> pStream = StreamOf({});
+    EXPECT_EQ(pDocument->save(Variant(pStream.Get()).Get()), S_OK);
+    return BytesOf(pStream.Get());
+}
+
+}  // namespace devkit::msxml::tests
