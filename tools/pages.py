@@ -29,6 +29,7 @@ class Package:
         pieces = {}
         with zipfile.ZipFile(path) as archive:
             for entry in archive.infolist():
+                entry.flag_bits &= ~1  # a lie in some files: nothing in an XPS document is encrypted
                 name = "/" + entry.filename.lstrip("/").replace("\\", "/")
                 piece = re.fullmatch(r"(.*)/\[(\d+)\](?:\.last)?\.piece", name, re.IGNORECASE)
                 if piece:
