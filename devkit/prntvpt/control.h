@@ -21,8 +21,8 @@
 //     encoding=utf8|utf8-bom|utf16le                   encoding of what is written
 //     whitespace=none|pretty|comments                  layout; comments come with processing instructions
 //     duplicates=refuse|first      a ticket that defines a name twice
-//     mixed-values=first|refuse    a scored property with a Value and a ParameterRef, as a merge of XML
-//     leaves it orphans=keep|prune           parameters to which no selected option refers
+//     mixed-values=first|refuse    a scored property that has both a Value and a ParameterRef
+//     orphans=keep|prune           parameters to which no selected option refers
 //     fallback=default|nearest     what replaces a media size that the device lacks
 //     option-props=strip|keep-perfect    properties of options
 //     drop-is-conflict=0|1         whether dropping what is foreign makes the result S_PT_CONFLICT_RESOLVED
