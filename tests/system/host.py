@@ -27,16 +27,22 @@ class Host:
             report = os.path.join(folder, "report.json")
             arguments = ["run", windows_path(document), "-o", windows_path(output), "--json", windows_path(report),
                          "--quiet", *options]
-            try:
-                done = subprocess.run(self.command + arguments, capture_output=True, timeout=timeout)
-            except subprocess.TimeoutExpired:
-                return None, None, "no end after %d s" % timeout
+            # A file, no pipe: a Wine server that the program starts would hold a pipe open for good.
+            errors_file = os.path.join(folder, "errors.txt")
+            with open(errors_file, "wb") as errors:
+                try:
+                    done = subprocess.run(self.command + arguments, stdout=subprocess.DEVNULL, stderr=errors,
+                                          timeout=timeout)
+                except subprocess.TimeoutExpired:
+                    return None, None, f"no end after {timeout} s"
+            with open(errors_file, encoding="utf-8", errors="replace") as errors:
+                text = errors.read()
             objects = []
             if os.path.exists(report):
                 with open(report, encoding="utf-8") as file:
                     objects = json.load(file)
             first = objects[0] if isinstance(objects, list) and objects else objects or None
-            return done.returncode, first, done.stderr.decode("utf-8", "replace")
+            return done.returncode, first, text
 
 
 def corpus_files():
