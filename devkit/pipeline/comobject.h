@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <type_traits>
 #include <utility>
 
 #include "devkit/pipeline/runcontext.h"

@@ -6,6 +6,7 @@
 
 #include "devkit/pipeline/boundary.h"
 #include "devkit/pipeline/partobject.h"
+#include "devkit/pipeline/ticketedobjects.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -91,7 +92,12 @@ ComPtr<IUnknown> DocumentProvider::NextObject() {
     const PartPtr part = NextPart();
     const std::lock_guard guard(m_lock);
     m_lastGiven = part == nullptr ? "the end of the parts" : part->Title();
-    return part == nullptr ? nullptr : MakePartObject(SharedContext(), part);
+    if (part == nullptr) return nullptr;
+    if (part->Kind() == PartKind::XpsDocument && Context().GetSwitches().ambiguousDocument) {
+        return ComPtr<IUnknown>(
+            static_cast<IXpsDocument*>(MakeObject<AmbiguousDocumentObject>(SharedContext(), part).Get()));
+    }
+    return MakePartObject(SharedContext(), part);
 }
 
 PartPtr DocumentProvider::NextPart() {

@@ -88,6 +88,7 @@ struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {
     void CollectReports();
     void ReleaseAll();
     void LookForLeaks();
+    void LookForOpenStreams();
 
     const RunOptions options;
     const std::shared_ptr<FilterSource> source;
@@ -129,6 +130,7 @@ RunOutcome FilterRun::Run() {
     if (!state.outcome.hung) {
         state.ReleaseAll();
         state.LookForLeaks();
+        state.LookForOpenStreams();
     }
     state.outcome.breaches = state.context->Breaches().Lines();
     return std::move(state.outcome);
@@ -160,7 +162,9 @@ void FilterRun::State::MakeObjects() {
 }
 
 void FilterRun::State::Initialize() {
-    outcome.initialized = filter->InitializeFilter(communicator.Get(), bag.Get(), control.Get());
+    outcome.initialized = CallFilter(*context, "InitializeFilter", [this] {
+        return filter->InitializeFilter(communicator.Get(), bag.Get(), control.Get());
+    });
     if (FAILED(outcome.initialized)) outcome.result = outcome.initialized;
 }
 
@@ -180,7 +184,8 @@ void FilterRun::State::StartThread() {
 void FilterRun::State::StartShutdown() {
     context->Cancel();
     shutdownThread = std::thread([state = shared_from_this()] {
-        const HRESULT returned = state->filter->ShutdownOperation();
+        const HRESULT returned = CallFilter(*state->context, "ShutdownOperation",
+                                            [&] { return state->filter->ShutdownOperation(); });
         {
             const std::lock_guard guard(state->lock);
             state->shutdownOperation = returned;
@@ -235,11 +240,11 @@ void FilterRun::State::CollectReports() {
     outcome.inputFailures = context->InputFailures();
     outcome.calls = context->Calls().Text();
     outcome.allFaultsStruck = context->Calls().AllFaultsStruck();
-    const std::string limit = std::to_string(options.stopTimeout.count()) + " ms of ShutdownOperation";
-    if (outcome.hung && outcome.result == E_PENDING) {
-        context->Breach("StartOperation did not return within " + limit);
+    const std::string limit = std::to_string(options.stopTimeout.count()) + " ms of ";
+    if (outcome.hung && outcome.shutdownOperation) {
+        context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
     } else if (outcome.hung) {
-        context->Breach("ShutdownOperation did not return within " + limit);
+        context->Breach("ShutdownOperation did not return within " + limit + "its call");
     } else if (communicator->WriterGiven() && !outcome.senderClosed) {
         context->Breach("CloseSender was never called");
     } else if (SUCCEEDED(outcome.result) && !outcome.cancelled &&
@@ -263,6 +268,11 @@ void FilterRun::State::ReleaseAll() {
     control.Reset();
     consumer.Reset();
     provider.Reset();
+}
+
+void FilterRun::State::LookForOpenStreams() {
+    if (FAILED(outcome.result) || outcome.cancelled) return;
+    for (const std::string& stream : context->LeftOpen()) context->Breach(stream);
 }
 
 void FilterRun::State::LookForLeaks() {

@@ -39,14 +39,6 @@ class SingleThreadedApartment {
     bool m_entered;
 };
 
-HRESULT CallStartOperation(IPrintPipelineFilter& filter, RunContext& context) {
-    try {
-        return filter.StartOperation();
-    } catch (...) {
-        return context.Breach("an exception left StartOperation", E_UNEXPECTED);
-    }
-}
-
 }  // namespace
 
 HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context, bool singleThreaded,
@@ -55,7 +47,7 @@ HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context, boo
         const SingleThreadedApartment apartment(singleThreaded);
         const std::shared_ptr<void> company = setUp == nullptr ? nullptr : setUp();
         const Standing before = Standing::Now();
-        const HRESULT hr = CallStartOperation(filter, context);
+        const HRESULT hr = CallFilter(context, "StartOperation", [&] { return filter.StartOperation(); });
         if (Standing::Now() != before)
             context.Breach("StartOperation left its thread in another COM apartment");
         if (IsImpersonating()) {

@@ -4,11 +4,23 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {
+
+// Calls a method of the filter; that an exception leaves it is a breach, and gives E_UNEXPECTED.
+template <typename Body>
+[[nodiscard]] HRESULT CallFilter(RunContext& context, const char* method, Body&& body) noexcept {
+    try {
+        return std::forward<Body>(body)();
+    } catch (...) {
+        return context.Breach(std::string("an exception left ") + method, E_UNEXPECTED);
+    }
+}
 
 // Runs StartOperation on the calling thread, which is a fresh one, and gives its result. The thread first
 // enters a single-threaded apartment when wanted, then `setUp` is called; what it returns lives until

@@ -17,6 +17,10 @@ HRESULT RunContext::Breach(std::string text, HRESULT code) {
     return code;
 }
 
+void RunContext::LeftOpen(std::string text) { m_leftOpen.Add(std::move(text)); }
+
+std::vector<std::string> RunContext::LeftOpen() const { return m_leftOpen.Lines(); }
+
 void RunContext::InputFailed(std::string text) { m_inputFailures.Add(std::move(text)); }
 
 std::vector<std::string> RunContext::InputFailures() const { return m_inputFailures.Lines(); }

@@ -40,6 +40,11 @@ class RunContext {
     // Records a breach and gives the code that the offending call answers.
     HRESULT Breach(std::string text, HRESULT code = CallOutOfOrder);
 
+    // A write stream that was let go without Close: a breach when the job succeeds, and what a failure leaves
+    // behind when it does not.
+    void LeftOpen(std::string text);
+    [[nodiscard]] std::vector<std::string> LeftOpen() const;
+
     // A part of the input that could not be read. The filter cannot be blamed for what follows.
     void InputFailed(std::string text);
     [[nodiscard]] std::vector<std::string> InputFailures() const;
@@ -58,6 +63,7 @@ class RunContext {
 
     const Switches m_switches;
     BreachLog m_breaches;
+    BreachLog m_leftOpen;
     BreachLog m_inputFailures;
     CallLog m_calls;
     std::atomic<bool> m_cancelled = false;

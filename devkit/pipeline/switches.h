@@ -43,6 +43,7 @@ struct Switches {
     MissingPart missingPart = MissingPart::NotFound;
     StreamKind reader = StreamKind::Xps;
     StreamKind writer = StreamKind::Xps;
+    bool ambiguousDocument = false;  // the XPS document answers the interfaces of every other part as well
     std::chrono::milliseconds slowPart{0};  // GetXpsPart waits so long, less when the job is cancelled
     AfterCancel afterCancel = AfterCancel::FailGetXpsPart;
     std::vector<Fault> faults;

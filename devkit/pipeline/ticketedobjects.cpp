@@ -34,4 +34,17 @@ HRESULT XpsDocumentObject::SetThumbnail(IPartThumbnail* pThumbnail) {
     });
 }
 
+HRESULT AmbiguousDocumentObject::QueryInterface(REFIID iid, void** ppObject) {
+    const HRESULT hr = XpsDocumentObject::QueryInterface(iid, ppObject);
+    if (hr != E_NOINTERFACE) return hr;
+    return Guarded([&]() -> HRESULT {
+        for (const PartKind kind :
+             {PartKind::FixedDocumentSequence, PartKind::FixedDocument, PartKind::FixedPage}) {
+            const auto other = MakePartObject(SharedContext(), std::make_shared<Part>(kind, "/ambiguous"));
+            if (SUCCEEDED(other->QueryInterface(iid, ppObject))) return S_OK;
+        }
+        return E_NOINTERFACE;
+    });
+}
+
 }  // namespace devkit::pipeline

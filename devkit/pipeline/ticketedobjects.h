@@ -60,12 +60,21 @@ class FixedDocumentObject final : public TicketedObject<IFixedDocument> {
 };
 
 // The XPS document: the package itself, with its thumbnail.
-class XpsDocumentObject final : public PartObject<IXpsDocument> {
+class XpsDocumentObject : public PartObject<IXpsDocument> {
   public:
     using PartObject::PartObject;
 
     HRESULT STDMETHODCALLTYPE GetThumbnail(IPartThumbnail** ppThumbnail) override;
     HRESULT STDMETHODCALLTYPE SetThumbnail(IPartThumbnail* pThumbnail) override;
+};
+
+// An XPS document that also answers IFixedDocumentSequence, IFixedDocument and IFixedPage, each with a part
+// named "/ambiguous" that is not of the job. A filter that asks for IXpsDocument first never meets them.
+class AmbiguousDocumentObject final : public XpsDocumentObject {
+  public:
+    using XpsDocumentObject::XpsDocumentObject;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
 };
 
 }  // namespace devkit::pipeline

@@ -14,7 +14,7 @@ WriteStream::WriteStream(ContextPtr context, const std::string& name, std::share
 
 WriteStream::~WriteStream() {
     if (!m_writing->IsClosed())
-        Context().Breach("the write stream of " + m_name + " was released without Close");
+        Context().LeftOpen("the write stream of " + m_name + " was released without Close");
 }
 
 HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) {

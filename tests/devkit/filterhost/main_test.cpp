@@ -216,6 +216,21 @@ TEST(FilterHost, CancellingAtEachPartEndsWithTheCodeOfTheCancellation) {
     }
 }
 
+// Takes as long as the program waits for a filter after ShutdownOperation.
+TEST(FilterHost, AFilterThatHangsAfterACancellationBreaksARule) {
+    const Path folder = FreshFolder("hang");
+    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
+                                                 "--json", Text(folder / "r.json"), "--cancel-at", "2"}),
+                                   "hang-after-failure");
+    EXPECT_EQ(ended.status, 4U);
+    EXPECT_EQ(WithoutNote(ended.error),
+              "filterhost: " + Text(Sample("minimal.xps")) +
+                  ": breach: StartOperation did not return within 30000 ms of ShutdownOperation\n");
+    EXPECT_EQ(ended.out,
+              Text(Sample("minimal.xps")) + " -> nothing written: 1 part, 0 pages, the filter hangs\n");
+    EXPECT_EQ(Json::parse(FileBytes(folder / "r.json"))[0]["hresult"], "0x8000000A");
+}
+
 TEST(FilterHost, ACrashIsToldInOneLine) {
     const Path output = FreshFolder("crash") / "out.xps";
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "crash");

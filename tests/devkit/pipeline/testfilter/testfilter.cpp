@@ -58,6 +58,14 @@ HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text) {
     return S_OK;
 }
 
+// A filter that hangs is let go by the event that the test makes: it would keep the module loaded for good.
+void Hang() {
+    const std::wstring name = L"testfilter-release-" + std::to_wstring(GetCurrentProcessId());
+    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, name.c_str());
+    WaitForSingleObject(event, INFINITE);
+    CloseHandle(event);
+}
+
 void ReplaceFirst(std::string& text, const std::string& what, const std::string& with) {
     if (const std::size_t place = text.find(what); place != std::string::npos)
         text.replace(place, what.size(), with);
@@ -91,6 +99,7 @@ HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
     m_bag = ComPtr<IPrintPipelinePropertyBag>(pIPropertyBag);
     m_control = ComPtr<IPrintPipelineManagerControl>(pIPipelineControl);
     m_mode = ReadMode();
+    if (Is("throw-initialize")) throw 1;
     return Is("fail-initialize") ? E_ABORT : S_OK;
 }
 
@@ -109,9 +118,10 @@ std::string TestFilter::ReadMode() {
 }
 
 HRESULT TestFilter::ShutdownOperation() {
-    if (!Is("hang")) m_stop = true;
+    m_stop = true;
     if (Is("close-on-shutdown") && m_writer) static_cast<void>(m_writer->CloseSender());
-    while (Is("hang-in-shutdown")) Sleep(50);
+    if (Is("hang-in-shutdown")) Hang();
+    if (Is("throw-shutdown")) throw 1;
     return m_control->FilterFinished();
 }
 
@@ -122,6 +132,7 @@ HRESULT TestFilter::StartOperation() {
     if (HRESULT hr = m_communicator->RequestWriter(reinterpret_cast<void**>(m_writer.Put())); FAILED(hr))
         return hr;
     if (Is("leak-self")) AddRef();
+    if (Is("throw")) throw 1;
     if (Is("impersonate") || Is("close-token")) {
         if (HRESULT hr = UseToken(Is("close-token")); FAILED(hr)) return hr;
     }
@@ -157,9 +168,11 @@ HRESULT TestFilter::Finish(HRESULT hr) {
 HRESULT TestFilter::PassParts() {
     for (;;) {
         ComPtr<IUnknown> part;
-        if (const HRESULT hr = m_reader->GetXpsPart(part.Put()); FAILED(hr)) return hr;
+        const HRESULT got = m_reader->GetXpsPart(part.Put());
+        if (FAILED(got) && Is("hang-after-failure")) Hang();
+        if (FAILED(got)) return got;
         if (!part) return S_OK;
-        while (Is("hang") || (Is("hang-until-shutdown") && !m_stop)) Sleep(1);
+        while (Is("hang-until-shutdown") && !m_stop) Sleep(1);
         if (m_stop) return HRESULT_FROM_WIN32(ERROR_CANCELLED);
         if (const HRESULT hr = PassPart(part.Get()); FAILED(hr)) return hr;
     }
