@@ -7,9 +7,9 @@
 
 #include "devkit/prntvpt/simulatedprovider.h"
 
-// importprobe PRINTER [PRNTVPT.DLL DEVICE-FOLDER]: lets importer.dll open and close the printer, after loading
-// the simulated provider when one is named, and prints what came of it: the result, and how many calls the
-// simulation saw.
+// importprobe PRINTER [PRNTVPT.DLL DEVICE-FOLDER]: lets importer.dll open and close the printer, after
+// loading the simulated provider when one is named, and prints what came of it: the result, and how many
+// calls the simulation saw.
 
 namespace {
 
