@@ -14,15 +14,17 @@ class Merges {
   public:
     Merges(const prntvpt::ProviderReport& report, std::string_view scope, const std::vector<SentPart>& parts,
            PartKind kind) {
+        bool recorded = true;
         for (const prntvpt::ProviderCall& call : report.calls) {
             if (call.function != "PTMergeAndValidatePrintTicket" || call.scope != scope ||
                 FAILED(call.result))
                 continue;
+            recorded = recorded && call.output.has_value();
             m_results.push_back(call.output.value_or(std::string()));
         }
         std::size_t tickets = 0;
         for (const SentPart& part : parts) tickets += part.kind == kind && HasTicket(part);
-        m_known = tickets == m_results.size();
+        m_known = recorded && tickets == m_results.size();
     }
 
     // What holds from the part on, when `inherited` holds around it.

@@ -23,10 +23,10 @@ using package::XpsDocument;
 using pipeline::RunOutcome;
 using Path = std::filesystem::path;
 
-std::size_t CountParts(const package::XpsTree& tree) {
-    std::size_t parts = 2;  // the document and the sequence
-    for (const package::FixedDocument& document : tree.sequence.documents) parts += 1 + document.pages.size();
-    return parts;
+std::size_t CountPages(const package::XpsTree& tree) {
+    std::size_t pages = 0;
+    for (const package::FixedDocument& document : tree.sequence.documents) pages += document.pages.size();
+    return pages;
 }
 
 ExitStatus StatusOf(const RunResult& result) {
@@ -107,11 +107,14 @@ RunResult HostedRun::Run(const Path& input, const Path& output) {
 void HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, RunResult& result) {
     pipeline::RunOptions options = MakeOptions();
     const HANDLE token = options.properties.userToken->Get();
-    Progress progress(result.input, CountParts(*document), !m_settings.quiet);
+    const std::size_t pages = CountPages(*document);
+    // Beside the pages there are the document, the sequence and the fixed documents.
+    const std::size_t parts = 2 + document->sequence.documents.size() + pages;
+    Progress progress(result.input, parts, !m_settings.quiet);
     options.onPart = [&progress](unsigned number) { progress.Asked(number); };
     const std::shared_ptr<const pipeline::JobInput> job = pipeline::MakeJobInput(document);
     pipeline::FilterRun run(m_filter, job, std::move(options));
-    m_provider.BeginRun(token);
+    m_provider.BeginRun(token, pages);
     const CancelOnInterrupt interrupt(run);
     const CrashReport crash(result.input, [&run] { return run.LastPart(); });
     result.outcome = run.Run();

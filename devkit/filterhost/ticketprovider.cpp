@@ -54,13 +54,12 @@ TicketProvider::TicketProvider(const RunSettings& settings) {
         m_defaultTicket = DefaultTicketOf(device);
         return;
     }
-    prntvpt::ProviderSettings provider;
-    provider.device = device;
-    provider.switches = settings.providerSwitches;
-    if (settings.printer) provider.printers = {*settings.printer};
+    m_settings.device = device;
+    m_settings.switches = settings.providerSwitches;
+    if (settings.printer) m_settings.printers = {*settings.printer};
     try {
         m_simulated.emplace(ProgramFolder() / "simulated" / "prntvpt.dll");
-        m_simulated->Configure(provider);
+        Configure(false);
     } catch (const std::runtime_error& error) {
         throw UsageError(error.what());
     }
@@ -68,9 +67,14 @@ TicketProvider::TicketProvider(const RunSettings& settings) {
     m_defaultTicket = m_simulated->DefaultTicket();
 }
 
-void TicketProvider::BeginRun(HANDLE userToken) {
+void TicketProvider::Configure(bool recordTickets) {
+    m_settings.recordTickets = recordTickets;
+    m_simulated->Configure(m_settings);
+}
+
+void TicketProvider::BeginRun(HANDLE userToken, std::size_t pages) {
     if (!m_simulated) return;
-    m_simulated->Reset();
+    Configure(pages <= MaxRecordedPages);
     m_simulated->ExpectToken(userToken);
 }
 

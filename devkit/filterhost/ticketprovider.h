@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -14,6 +15,8 @@ namespace devkit::filterhost {
 // system's own. Make it before the filter is loaded.
 class TicketProvider {
   public:
+    static constexpr std::size_t MaxRecordedPages = 2000;
+
     // Throws UsageError when the settings make no sense.
     explicit TicketProvider(const RunSettings& settings);
 
@@ -21,13 +24,17 @@ class TicketProvider {
     // The default print ticket of the device model.
     [[nodiscard]] const std::string& DefaultTicket() const noexcept { return m_defaultTicket; }
 
-    // A run begins, with that token as its user's.
-    void BeginRun(HANDLE userToken);
+    // A run over so many pages begins, with that token as its user's. The tickets of a run of more than
+    // MaxRecordedPages pages are not kept in the report: it would grow with each.
+    void BeginRun(HANDLE userToken, std::size_t pages);
     // The run is over. What the simulated provider saw; nothing for the system's.
     [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun();
 
   private:
+    void Configure(bool recordTickets);
+
     std::optional<prntvpt::SimulatedProvider> m_simulated;
+    prntvpt::ProviderSettings m_settings;
     std::string m_printer;
     std::string m_defaultTicket;
 };

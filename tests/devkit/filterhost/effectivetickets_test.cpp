@@ -91,6 +91,14 @@ TEST(EffectiveTickets, NothingIsSaidWhereMergesCannotBeToldApart) {
               (std::vector<std::string>{"unset", "User"}));
 }
 
+TEST(EffectiveTickets, NothingIsSaidWhereTheTicketsWereNotKept) {
+    const std::vector<SentPart> parts{Sent(PartKind::FixedPage, true)};
+    prntvpt::ProviderReport report;
+    report.calls = {Merge("page", {})};
+    report.calls[0].output.reset();
+    EXPECT_EQ(Sheets(EffectiveTickets(parts, report, Sheet("User"))), std::vector<std::string>{"unset"});
+}
+
 TEST(EffectiveTickets, FailedMergesAndOtherCallsDoNotCount) {
     const std::vector<SentPart> parts{Sent(PartKind::FixedPage, true)};
     prntvpt::ProviderReport report;
