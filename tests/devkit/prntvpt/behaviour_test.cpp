@@ -136,6 +136,13 @@ TEST_F(BehaviourTest, OptionPropertiesOfAPerfectMatchCanBeKept) {
     EXPECT_EQ(LineAfter(Select("psk:PageOrientation", "psk:Landscape", property + foreign), "PageOrientation",
                         NoConflict),
               "psk:PageOrientation[psk:Landscape(#psk:DisplayName=x)]");
+    // The name alone is no perfect match.
+    const std::string wrongSize =
+        R"(<psf:ScoredProperty name="psk:MediaSizeWidth"><psf:Value xsi:type="xsd:integer">1</psf:Value>
+</psf:ScoredProperty>)";
+    EXPECT_EQ(LineAfter(Select("psk:PageMediaSize", "psk:ISOA4", wrongSize + property), "PageMediaSize",
+                        NoConflict),
+              "psk:PageMediaSize[psk:ISOA4(psk:MediaSizeWidth=210000,psk:MediaSizeHeight=297000)]");
     EXPECT_EQ(LineAfter(Select("psk:PageOrientation", "psk:Sideways", property), "PageOrientation",
                         ConflictResolved),
               "psk:PageOrientation[psk:Portrait]");

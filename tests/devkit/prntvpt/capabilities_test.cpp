@@ -138,6 +138,20 @@ TEST_F(CapabilitiesTest, BlockedOptionsShowFromBothSides) {
                      "PageMediaType/Transparency", "PageMediaType/EnvelopePlain", "PageResolution/R1200"}));
 }
 
+TEST(CapabilitiesMarks, StrongerConstraintsOfTheModelStay) {
+    Device device = LoadDevice(DeviceFolder("simprinter"));
+    const QName tray{std::string(DeviceUri), "Tray3"};
+    device.constraints = {{{Condition::Kind::OneOf, Keyword("JobInputBin"), {tray}, {}, 0},
+                           {Condition::Kind::OneOf, Keyword("PageOrientation"), {Keyword("Portrait")}, {}, 0},
+                           Keyword("JobInputBin"),
+                           Keyword("AutoSelect")}};
+    const Element marked = CapabilitiesFor(device, Switches(), device.defaultTicket);
+    for (const Element& option : marked.Find(Tag::Feature, Keyword("JobInputBin"))->children) {
+        if (option.name != tray) continue;
+        EXPECT_EQ(option.constrained, Keyword("DeviceSettings"));
+    }
+}
+
 TEST_F(CapabilitiesTest, OnlyMarksAndPropertiesDependOnTheTicket) {
     const std::string ticket =
         Ticket(Select("psk:JobInputBin", "dev:Tray2") + Select("psk:PageMediaType", "psk:Transparency") +

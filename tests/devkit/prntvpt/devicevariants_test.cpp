@@ -37,6 +37,15 @@ TEST_F(VariantTest, BinsCanBelongToThePage) {
               "psk:PageInputBin[psk:AutoSelect]");
 }
 
+TEST_F(VariantTest, BothSidesOfAConstraintMoveWithTheBin) {
+    Use({"bins=page"});
+    EXPECT_EQ(
+        LineAfter(Select("psk:PageInputBin", "dev:Tray1") + Select("psk:PageMediaSize", "psk:ISODLEnvelope"),
+                  "PageInputBin", ConflictResolved, kPTPageScope)
+            .substr(0, 28),
+        "psk:PageInputBin[psk:Manual(");
+}
+
 TEST_F(VariantTest, BinsCanBelongToTheDocument) {
     Use({"bins=document"});
     EXPECT_EQ(LineAfter("", "DocumentInputBin", NoConflict, kPTDocumentScope),

@@ -30,6 +30,7 @@ ULONG MemoryStream::Release() {
 }
 
 HRESULT MemoryStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {
+    ++m_reads;
     if (IsAtZero()) return STG_E_INVALIDFUNCTION;
     if (FAILED(m_readResult)) return m_readResult;
     const std::size_t left = m_bytes.size() - std::min(m_position, m_bytes.size());
@@ -37,7 +38,7 @@ HRESULT MemoryStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {
     if (count != 0) std::memcpy(pBuffer, m_bytes.data() + m_position, count);
     m_position += count;
     *pcbRead = static_cast<ULONG>(count);
-    return S_OK;
+    return m_tellsEnd && m_position >= m_bytes.size() ? S_FALSE : S_OK;
 }
 
 HRESULT MemoryStream::Write(const void* pBuffer, ULONG cb, ULONG* pcbWritten) {

@@ -29,6 +29,9 @@ class MemoryStream final : public IStream {
     // Read and Write take one off the counter, which streams can share, and fail with STG_E_INVALIDFUNCTION
     // at zero.
     void FailAtZero(std::shared_ptr<int> counter) noexcept { m_counter = std::move(counter); }
+    // The Read that reaches the end answers S_FALSE, as streams may.
+    void TellTheEnd() noexcept { m_tellsEnd = true; }
+    [[nodiscard]] int Reads() const noexcept { return m_reads; }
     // Every Read, every Write fails with this.
     void FailReads(HRESULT hr) noexcept { m_readResult = hr; }
     void FailWrites(HRESULT hr) noexcept { m_writeResult = hr; }
@@ -64,6 +67,8 @@ class MemoryStream final : public IStream {
     std::string m_bytes;
     std::size_t m_position = 0;
     ULONG m_most = 0xFFFFFFFF;
+    bool m_tellsEnd = false;
+    int m_reads = 0;
     int m_seeks = 0;
     HRESULT m_readResult = S_OK;
     HRESULT m_writeResult = S_OK;

@@ -27,6 +27,15 @@ TEST(Streams, ReadInBlocksOfAnySize) {
     }
 }
 
+TEST(Streams, ReadAsksNoMoreOnceTheEndIsTold) {
+    const auto stream = MemoryStream::Make("0123456789");
+    stream->TellTheEnd();
+    std::string bytes;
+    EXPECT_EQ(ReadToEnd(stream.Get(), 100, bytes), S_OK);
+    EXPECT_EQ(bytes, "0123456789");
+    EXPECT_EQ(stream->Reads(), 1);
+}
+
 TEST(Streams, ReadStopsBeyondTheLimit) {
     const auto stream = MemoryStream::Make(std::string(1'000'000, 'x'));
     std::string bytes;

@@ -1,5 +1,7 @@
 #include "devkit/prntvpt/validation.h"
 
+#include "devkit/prntvpt/frameworkreader.h"
+#include "devkit/prntvpt/schemanames.h"
 #include "providertest.h"
 #include "ticketsummary.h"
 
@@ -298,6 +300,68 @@ TEST_F(ValidationTest, OptionThatIsNotFittedBecomesTheDefaultWithConflict) {
                                    Scored("psk:MediaSheetCapacity", "integer", "500")),
                         "JobInputBin", ConflictResolved),
               "psk:JobInputBin[psk:AutoSelect]");
+}
+
+TEST(Validation, OptionThatTheAdministratorBarsBecomesTheDefaultWithConflict) {
+    Device device = LoadDevice(DeviceFolder("simprinter"));
+    for (Element& option : device.capabilities.Find(Tag::Feature, Keyword("PageOutputColor"))->children) {
+        if (option.name == Keyword("Grayscale")) option.constrained = Keyword("AdminSettings");
+    }
+    const Element ticket =
+        ReadFramework(Ticket(Select("psk:PageOutputColor", "psk:Grayscale")), Tag::PrintTicket).root;
+    const ValidatedTicket validated = MergeAndValidate(device, Switches(), ticket, nullptr, kPTJobScope);
+    EXPECT_TRUE(validated.conflict);
+    EXPECT_EQ(*validated.ticket.Find(Tag::Feature, Keyword("PageOutputColor")),
+              *device.defaultTicket.Find(Tag::Feature, Keyword("PageOutputColor")));
+}
+
+// A device that takes several options of one feature, one of which is the identity.
+class PickManyTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        m_device = LoadDevice(DeviceFolder("simprinter"));
+        Element& feature = *m_device.capabilities.Find(Tag::Feature, Keyword("PageOutputColor"));
+        feature.Find(Tag::Property, FrameworkName("SelectionType"))->children[0].value =
+            NameValue(Keyword("PickMany"));
+        for (Element& option : feature.children) {
+            if (option.name != Keyword("Monochrome")) continue;
+            option.children.push_back(
+                ValueElement(Tag::Property, FrameworkName("IdentityOption"), StringValue("True")));
+        }
+    }
+    // The names of the options that come out, with "!" behind when there is a conflict.
+    [[nodiscard]] std::string Chosen(const std::vector<std::string>& options) {
+        std::string feature = R"(<psf:Feature name="psk:PageOutputColor">)";
+        for (const std::string& option : options) feature += "<psf:Option name=\"psk:" + option + "\"/>";
+        const Element ticket = ReadFramework(Ticket(feature + "</psf:Feature>"), Tag::PrintTicket).root;
+        const ValidatedTicket validated =
+            MergeAndValidate(m_device, Switches(), ticket, nullptr, kPTJobScope);
+        std::string names;
+        for (const Element& child :
+             validated.ticket.Find(Tag::Feature, Keyword("PageOutputColor"))->children) {
+            names += child.name->local + " ";
+        }
+        return names + (validated.conflict ? "!" : "");
+    }
+
+    Device m_device;
+};
+
+TEST_F(PickManyTest, KeepsSeveralOptions) { EXPECT_EQ(Chosen({"Grayscale", "Color"}), "Grayscale Color "); }
+
+TEST_F(PickManyTest, KeepsTheIdentityOptionAlone) {
+    EXPECT_EQ(Chosen({"Monochrome"}), "Monochrome ");
+    EXPECT_EQ(Chosen({"Color", "Monochrome"}), "Monochrome !");
+}
+
+TEST_F(PickManyTest, DropsRepetitions) {
+    EXPECT_EQ(Chosen({"Color", "Color", "Grayscale", "Color"}), "Color Grayscale ");
+}
+
+TEST_F(PickManyTest, DropsUnknownOptionsWithConflict) {
+    EXPECT_EQ(Chosen({"Sepia", "Grayscale"}), "Grayscale !");
+    EXPECT_EQ(Chosen({"Sepia"}), "Color !");
+    EXPECT_EQ(Chosen({}), "Color ");
 }
 
 TEST_F(ValidationTest, FeatureWithoutOptionGetsTheDefaultWithoutConflict) {
