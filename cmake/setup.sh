@@ -57,6 +57,8 @@ start_wine() {
   "$(wineserver_program)" -p >/dev/null 2>&1 </dev/null || true
 }
 stop_wine() { "$(wineserver_program)" -k >/dev/null 2>&1 || true; }
+# Not empty where 32 bit programs can run.
+wine32() { dpkg-query -Wf '${db:Status-Abbrev}' wine32 wine32:i386 2>/dev/null | grep '^ii' || true; }
 wineserver_program() {
   if [ -x /usr/lib/wine/wineserver64 ]; then echo /usr/lib/wine/wineserver64; else command -v wineserver; fi
 }
