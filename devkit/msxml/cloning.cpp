@@ -1,5 +1,7 @@
 #include "devkit/msxml/cloning.h"
 
+#include <utility>
+
 #include "devkit/msxml/attributes.h"
 #include "devkit/msxml/comerror.h"
 #include "devkit/msxml/document.h"
@@ -59,20 +61,21 @@ NodeRef Clone(const Node& node, bool isDeep) {
     NodeRef pRoot = CopyOne(node, node.OwnerDocument());
     if (!isDeep || node.Type() == NODE_ATTRIBUTE) return pRoot;
     Document& document = pRoot->OwnerDocument();
-    // Follows the original in document order with the copy of the node's parent at hand.
+    // Follows the original in document order with the copy of the last node at hand. It is held, so that
+    // keeping a new node below it does not go up the whole tree.
     const Node* pNode = &node;
-    Node* pCopy = pRoot.Get();
+    NodeRef pCopy = pRoot;
     while (const Node* const pNext = Tree::NextWithin(node, *pNode)) {
         if (pNext->Parent() != pNode) {
             for (const Node* pOpen = pNode; pOpen->Parent() != pNext->Parent(); pOpen = pOpen->Parent()) {
-                pCopy = pCopy->Parent();
+                pCopy = NodeRef(pCopy->Parent());
             }
-            pCopy = pCopy->Parent();
+            pCopy = NodeRef(pCopy->Parent());
         }
-        const NodeRef pChild = CopyOne(*pNext, document);
-        Tree::Attach(*pCopy, *pChild.Get(), nullptr);
+        NodeRef pChild = CopyOne(*pNext, document);
+        Tree::Attach(*pCopy.Get(), *pChild.Get(), nullptr);
         pNode = pNext;
-        pCopy = pChild.Get();
+        pCopy = std::move(pChild);
     }
     return pRoot;
 }

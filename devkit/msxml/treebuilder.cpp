@@ -77,13 +77,13 @@ void TreeBuilder::StartElement(std::string_view name, const std::vector<RawAttri
     const NodeRef pElement(new Element(m_document, ElementName(name)));
     AddAttributes(*pElement.Get(), attributes);
     Append(pElement);
-    m_pCurrent = pElement.Get();
+    m_pCurrent = pElement;
     m_preserves.push_back(PreservesSpace(attributes));
 }
 
 void TreeBuilder::EndElement() {
     FlushText();
-    m_pCurrent = m_pCurrent->Parent();
+    m_pCurrent = NodeRef(m_pCurrent->Parent());
     m_preserves.pop_back();
     m_scope.Leave();
 }
@@ -112,7 +112,7 @@ void TreeBuilder::FlushText() {
     if (isKept) Append(MakeText(m_document, std::move(text)));
 }
 
-void TreeBuilder::Append(const NodeRef& pNode) { Tree::Attach(*m_pCurrent, *pNode.Get(), nullptr); }
+void TreeBuilder::Append(const NodeRef& pNode) { Tree::Attach(*m_pCurrent.Get(), *pNode.Get(), nullptr); }
 
 void TreeBuilder::Declare(const RawAttribute& attribute) {
     if (!IsDeclaration(attribute.name)) return;

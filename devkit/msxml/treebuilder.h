@@ -54,7 +54,7 @@ class TreeBuilder {
     };
 
     Document& m_document;
-    Node* m_pCurrent;
+    NodeRef m_pCurrent;  // held, so that keeping a new node below it does not go up the whole tree
     std::string m_text;
     NamespaceScope<std::string, std::string_view> m_scope;
     std::vector<bool> m_preserves;  // for each open element and, first, the document

@@ -33,11 +33,14 @@ using Performance = KitDom;
 TEST_F(Performance, AWalkByIndexGrowsWithTheLengthOnly) {
     const DocumentPtr pSmall = From(Ticket(1000));
     const DocumentPtr pLarge = From(Ticket(16000));
-    static_cast<void>(TimeOfWalk(pSmall, 1000));
-    const auto few = TimeOfWalk(pSmall, 1000) + std::chrono::microseconds(200);
-    const auto many = TimeOfWalk(pLarge, 16000);
-    // A walk that starts from the first child each time would take 256 times as long.
-    EXPECT_LT(many, 100 * few);
+    // A walk that starts from the first child each time would take 256 times as long. A busy machine may
+    // spoil a measurement or two.
+    bool isProportional = false;
+    for (int attempt = 0; attempt < 10 && !isProportional; ++attempt) {
+        const auto few = TimeOfWalk(pSmall, 1000) + std::chrono::microseconds(100);
+        isProportional = TimeOfWalk(pLarge, 16000) < 64 * few;
+    }
+    EXPECT_TRUE(isProportional);
 }
 
 TEST_F(Performance, ComparingAllPairsOfAThousandFeaturesTakesSeconds) {
