@@ -78,7 +78,7 @@ OptionScore ScoreOption(const Element& asked, const Element& offered, const Para
     result.exact = true;
     CompareProperties(asked, offered, parameters, result);
     // An option without a name is what its scored properties say.
-    result.exact = result.exact && (result.nameEqual || (!asked.name && result.equalProperties != 0));
+    result.exact = result.exact && (result.nameEqual || !asked.name);
     return result;
 }
 

@@ -108,6 +108,15 @@ TEST_F(ModelTest, ExtensionTakesWhatIsMissingFromTheOtherModel) {
     EXPECT_EQ(configuration->device.constraints.size(), 5U);
 }
 
+TEST_F(ModelTest, KeysOfTheExtensionReplaceTheOtherModels) {
+    Json constraint = Json::parse(ReadFile(DeviceFolder("simprinter") / "device.json"))["constraints"][3];
+    Extend({{"constraints", {constraint}}, {"option_margins", Json::object()}});
+    const auto configuration = ParseConfiguration(Json{{"device", ToUtf8(m_folder.native())}}.dump());
+    EXPECT_EQ(configuration->device.constraints.size(), 1U);
+    EXPECT_EQ(configuration->device.optionMargins.size(), 0U);
+    EXPECT_EQ(configuration->device.printers, (std::vector<std::string>{"SimPrinter"}));
+}
+
 TEST_F(ModelTest, VariantsOfTheModelComeBeforeTheCallers) {
     Extend({{"variants", {"bins=page", "us=1"}}});
     Json json{{"device", ToUtf8(m_folder.native())}, {"switches", {"us=0"}}};
