@@ -85,6 +85,7 @@ struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {
     void StartShutdown();
     void WaitForEnd();
     void PartAsked(unsigned number);
+    void CallOnPart(unsigned number);
     void CollectReports();
     void ReleaseAll();
     void LookForLeaks();
@@ -103,6 +104,9 @@ struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {
     RunOutcome outcome;
     std::thread pipelineThread;
     std::thread shutdownThread;
+
+    std::mutex hookLock;
+    bool abandoned = false;  // the filter hangs: what the caller has given may be gone when it wakes up
 
     std::mutex lock;
     std::condition_variable changed;
@@ -217,18 +221,27 @@ void FilterRun::State::WaitForEnd() {
     outcome.hung = !result || (shutdownStarted && !shutdownOperation);
     if (result) outcome.result = *result;
     guard.unlock();
+    if (outcome.hung) {
+        const std::lock_guard hook(hookLock);
+        abandoned = true;
+    }
     LetGo(pipelineThread, result.has_value());
     LetGo(shutdownThread, shutdownOperation.has_value());
 }
 
 void FilterRun::State::PartAsked(unsigned number) {
-    if (options.onPart != nullptr) options.onPart(number);
+    CallOnPart(number);
     if (number != options.cancelAt) return;
     std::unique_lock guard(lock);
     cancelWanted = true;
     changed.notify_all();
     if (options.cancelConcurrently) return;
     changed.wait_for(guard, shutdownFirst, [this] { return shutdownOperation.has_value(); });
+}
+
+void FilterRun::State::CallOnPart(unsigned number) {
+    const std::lock_guard guard(hookLock);
+    if (options.onPart != nullptr && !abandoned) options.onPart(number);
 }
 
 void FilterRun::State::CollectReports() {

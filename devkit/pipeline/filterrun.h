@@ -53,7 +53,7 @@ struct RunOptions {
     // Called on the pipeline thread before StartOperation, once the thread stands in its apartment; what it
     // returns is destroyed there after StartOperation.
     std::function<std::shared_ptr<void>()> onPipelineThread;
-    // Called on the pipeline thread with the number of each part that is asked for.
+    // Called on the pipeline thread with the number of each part that is asked for, until the run is over.
     std::function<void(unsigned)> onPart;
 };
 

@@ -290,6 +290,15 @@ TEST(FilterHost, InspectsSeveralDocumentsAndReportsTheUnreadable) {
     EXPECT_TRUE(ended.error.starts_with("filterhost: nowhere.xps: ")) << ended.error;
 }
 
+TEST(FilterHost, TheSystemsTicketProviderCanBeUsed) {
+    const Path output = FreshFolder("system") / "out.xps";
+    const Ended ended = RunProgram(RunArguments(
+        {Text(Sample("minimal.xps")), "-o", Text(output), "--provider", "system", "--printer", "Nobody's"}));
+    EXPECT_EQ(ended.status, 0U) << ended.error;
+    EXPECT_EQ(ended.out.find("print ticket provider"), std::string::npos) << ended.out;
+    EXPECT_TRUE(std::filesystem::exists(output));
+}
+
 TEST(FilterHost, TheUsersTicketMayComeFromAFile) {
     const Path folder = FreshFolder("ticket");
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
