@@ -27,8 +27,8 @@ class Writing {
     Bytes m_closed;
 };
 
-// A write stream into memory, for one thread at a time. Writing or closing after Close, and releasing without
-// Close, are breaches.
+// A write stream into memory, for one thread at a time. Writing or closing after Close is a breach; releasing
+// without Close is noted in the context.
 class WriteStream final : public ComObject<IPrintWriteStream, IPrintWriteStreamFlush> {
   public:
     WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<Writing> writing);

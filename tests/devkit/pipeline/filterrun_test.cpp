@@ -191,6 +191,13 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
+TEST_F(FilterRunTest, AStreamThatIsNeverClosedIsABreachOfAJobThatSucceeds) {
+    const RunOutcome outcome = Run(L"unused-open-part");
+    EXPECT_EQ(outcome.result, S_OK);
+    EXPECT_EQ(outcome.breaches, Lines(3, "the write stream of /unused.xml was released without Close"));
+    EXPECT_EQ(Run(L"unused-open-part", CancelAt(6)).breaches, Lines{});
+}
+
 TEST_F(FilterRunTest, ALeakedPageIsFound) {
     ExpectLeaked(1);
     EXPECT_EQ(Run(L"leak-page").breaches, Lines{"never released: FixedPage /1/1.fpage, 1 reference"});

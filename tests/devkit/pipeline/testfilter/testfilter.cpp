@@ -230,6 +230,12 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
 HRESULT TestFilter::MisuseResources(IFixedPage* pPage) {
     if (Is("delete-unknown")) return pPage->DeleteResource(L"/nowhere.png");
     if (Is("null-page")) return m_writer->SendFixedPage(nullptr);
+    if (Is("unused-open-part")) {
+        ComPtr<IPartPrintTicket> ticket;
+        ComPtr<IPrintWriteStream> stream;
+        return m_writer->GetNewEmptyPart(L"/unused.xml", __uuidof(IPartPrintTicket), ticket.PutVoid(),
+                                         stream.Put());
+    }
     if (Is("new-sequence")) {
         ComPtr<IFixedDocumentSequence> sequence;
         ComPtr<IPrintWriteStream> stream;
