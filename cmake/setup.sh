@@ -6,7 +6,7 @@ export WINEPREFIX=${WINEPREFIX:-$root/build/wine}
 # Debian's own Python: the packages below give it the imaging library.
 python=/usr/bin/python3
 
-build_packages=(ca-certificates cmake dpkg-dev g++-mingw-w64-x86-64-posix googletest libcli11-dev libz-mingw-w64-dev
+build_packages=(ca-certificates cmake dpkg-dev g++-mingw-w64-x86-64-posix googletest procps libcli11-dev libz-mingw-w64-dev
   libxml2-utils libgxps-utils mupdf-tools ninja-build nlohmann-json3-dev python3 python3-pil wine64)
 
 step() { printf '== %s\n' "$*"; }
@@ -47,16 +47,22 @@ configure_and_build() {
 # The path as a Windows program sees it: Wine maps the root folder to Z:.
 windows_path() { printf 'Z:%s' "$(realpath -m "$1" | tr / '\\')"; }
 
-# One Wine server for the whole script: a program then starts in a tenth of the time, and no caller that waits for the
-# script's output hangs on a server left behind.
+# One Wine session for the whole script: a program then starts in a tenth of the time. A shell that waits for input
+# keeps Wine's service processes alive. Without it the next program would start them, and they would hold its output
+# open, so that whoever waits for the end of that output hangs.
 start_wine() {
   mkdir -p "$WINEPREFIX"
   trap stop_wine EXIT
   [ -e "$WINEPREFIX/.made" ] || step "making the Wine prefix"
-  "$root/cmake/wine-run.sh" cmd /c exit >/dev/null 2>&1 || fail "Wine does not start"
-  "$(wineserver_program)" -p >/dev/null 2>&1 </dev/null || true
+  "$root/cmake/wine-run.sh" cmd /c exit >/dev/null 2>&1 </dev/null || fail "Wine does not start"
+  (sleep 100000 | "$root/cmake/wine-run.sh" cmd /q >/dev/null 2>&1) >/dev/null 2>&1 &
+  wine_keeper=$!
+  "$root/cmake/wine-run.sh" cmd /c exit >/dev/null 2>&1 </dev/null || true
 }
-stop_wine() { "$(wineserver_program)" -k >/dev/null 2>&1 || true; }
+stop_wine() {
+  pkill -P "$wine_keeper" sleep 2>/dev/null || kill "$wine_keeper" 2>/dev/null || true
+  "$(wineserver_program)" -k >/dev/null 2>&1 || true
+}
 # Not empty where 32 bit programs can run.
 wine32() { dpkg-query -Wf '${db:Status-Abbrev}' wine32 wine32:i386 2>/dev/null | grep '^ii' || true; }
 wineserver_program() {
