@@ -126,13 +126,13 @@ def is_explained(code, out, title):
 
 
 class Comparison:
-    """Counts what was compared and prints what differs."""
+    """Counts what was compared and alike, and prints what differs."""
 
     def __init__(self):
         with open(os.path.join(ROOT, "src", "base", "xps", "printschema", "mediasizerows.cpp"),
                   encoding="utf-8") as file:
             self.sizes = readtickets.media_sizes(file.read())
-        self.differences = 0
+        self.compared = self.differences = 0
         self.outcomes = collections.Counter()
 
     def compare(self, title, data, lines):
@@ -142,6 +142,8 @@ class Comparison:
             self.outcomes[line if "error" in words or "unreadable" in words else "read"] += 1
         if lines != expected:
             self.fail(title, "the product reads %s, expected %s" % (lines, expected))
+        else:
+            self.compared += 1
 
     def fail(self, title, text):
         self.differences += 1
@@ -204,6 +206,7 @@ def main():
         print("%6d  %s" % (count, outcome))
     if not tickets:
         comparison.fail(kind, "there are no tickets")
+    print("%d passed, %d failed" % (comparison.compared, comparison.differences))
     return 1 if comparison.differences else 0
 
 
