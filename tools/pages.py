@@ -12,7 +12,7 @@ import urllib.parse
 import xml.etree.ElementTree as ElementTree
 import zipfile
 
-from PIL import Image, ImageChops
+from PIL import Image, ImageChops, ImageFilter
 
 START_TYPES = ("http://schemas.microsoft.com/xps/2005/06/fixedrepresentation",
                "http://schemas.openxps.org/oxps/v1.0/fixedrepresentation")
@@ -43,8 +43,12 @@ class Package:
         self.parts.setdefault(name.lower(), content)
         self.names.setdefault(name.lower(), name)
 
+    def key(self, name):
+        """The key of a part in parts; None when there is no such part."""
+        return next((key for key in (urllib.parse.unquote(name).lower(), name.lower()) if key in self.parts), None)
+
     def read(self, name):
-        return self.parts.get(urllib.parse.unquote(name).lower(), self.parts.get(name.lower()))
+        return self.parts.get(self.key(name))
 
     def relationships(self, name):
         """(type, absolute target) of each relationship of a part; "/" is the package."""
@@ -53,7 +57,7 @@ class Package:
         if content is None:
             return []
         return [(item.get("Type"), posixpath.normpath(posixpath.join(folder, item.get("Target"))))
-                for item in ElementTree.fromstring(content)]
+                for item in ElementTree.fromstring(content) if item.get("Target")]
 
     def ticket(self, name):
         return next((target for kind, target in self.relationships(name) if kind in TICKET_TYPES), None)
@@ -64,7 +68,8 @@ class Package:
                 for item in root if item.tag.rsplit("}", 1)[-1] == tag and item.get("Source")]
 
     def sequence(self):
-        return next(target for kind, target in self.relationships("/") if kind in START_TYPES)
+        """The start part; of several the last, which is also what mutool draws."""
+        return [target for kind, target in self.relationships("/") if kind in START_TYPES][-1]
 
     def documents(self):
         return self._targets(self.sequence(), "DocumentReference")
@@ -95,17 +100,59 @@ def turned(image):
     return image.transpose(Image.ROTATE_90)
 
 
-def difference(first, second):
-    """Share of the pixels that differ by more than anti-aliasing explains, 0 for equal pictures. Sizes may differ by
-    the one pixel that rounding a turned page costs."""
-    if abs(first.width - second.width) > 1 or abs(first.height - second.height) > 1:
-        return 1.0
-    size = (min(first.width, second.width), min(first.height, second.height))
-    best = 1.0
-    # A turned page's last column becomes its first row, so the two rasters may be off by one pixel.
-    for left, top in ((0, 0), (first.width - size[0], first.height - size[1])):
-        grey = ImageChops.difference(first.crop((left, top, left + size[0], top + size[1])),
-                                     second.crop((0, 0) + size)).convert("L")
-        share = sum(grey.histogram()[96:]) / float(size[0] * size[1])
-        best = min(best, share)
-    return best
+# A pixel of a page that was drawn on another grid keeps its colour to this much, of 255, once its neighbours may lend
+# theirs. Of more than a few such pixels something is gone or in another place; so it is of a page with less or more ink.
+NEAR = 64
+STRAY_PIXELS = 8
+STRAY_SHARE = 0.1
+WEIGHT_SHARE = 0.06
+
+
+def difference(expected, actual):
+    """What sets two pictures of a page apart beyond what drawing it on another grid explains (anti-aliasing, hints, a
+    raster that is off by one pixel), as a text; None for pictures of the same page. What counts is the ink, what is not
+    white: every pixel of the one must have its like in the other within a pixel's reach, and the other way round."""
+    if abs(expected.width - actual.width) > 1 or abs(expected.height - actual.height) > 1:
+        return f"the page is {actual.width} x {actual.height} pixels, not {expected.width} x {expected.height}"
+    # Rounding a turned page can cost a pixel.
+    corner = (0, 0, min(expected.width, actual.width), min(expected.height, actual.height))
+    expected, actual = expected.crop(corner), actual.crop(corner)
+    if expected.tobytes() == actual.tobytes():
+        return None
+    weights = [sum(level % 256 * count for level, count in enumerate(ImageChops.invert(each).histogram()))
+               for each in (expected, actual)]
+    if abs(weights[0] - weights[1]) > WEIGHT_SHARE * max(weights):
+        return f"the page has {weights[1] / max(weights[0], 1):.0%} of its ink"
+    # Lines of one pixel become two grey ones on another grid: in the mean of nine pixels they are alike.
+    expected, actual = (each.filter(ImageFilter.BoxBlur(1)) for each in (expected, actual))
+    for first, second, text in ((expected, actual, "are missing"), (actual, expected, "are not the page's")):
+        stray = sum(_beyond(first, second).histogram()[NEAR:])
+        ink = sum(_strongest(ImageChops.invert(first)).histogram()[NEAR:])
+        if stray > min(STRAY_PIXELS, STRAY_SHARE * ink):
+            return f"{stray} of {ink} pixels of ink {text}"
+    return None
+
+
+def _beyond(first, second):
+    """By how much each pixel lies outside of the colours that the other picture has within a pixel's reach."""
+    return _strongest(ImageChops.lighter(ImageChops.subtract(first, _reached(second, ImageChops.lighter)),
+                                         ImageChops.subtract(_reached(second, ImageChops.darker), first)))
+
+
+def _strongest(image):
+    red, green, blue = image.split()
+    return ImageChops.lighter(ImageChops.lighter(red, green), blue)
+
+
+def _reached(image, choose):
+    """The extreme of each pixel and its eight neighbours."""
+    width, height = image.size
+    for across in (True, False):
+        size = (width - 1, height) if across else (width, height - 1)
+        step = (1, 0) if across else (0, 1)
+        before, after = image.crop((0, 0) + size), image.crop(step + (width, height))
+        result = image.copy()
+        result.paste(choose(before, after), (0, 0))
+        result.paste(choose(before, result.crop(step + (width, height))), step)
+        image = result
+    return image
