@@ -13,15 +13,6 @@ namespace {
 
 using platform::ComPtr;
 
-template <typename Interface>
-HRESULT AnswerOnly(Interface* pObject, REFIID iid, void** ppObject) {
-    *ppObject = nullptr;
-    if (iid != __uuidof(IUnknown) && iid != __uuidof(Interface)) return E_NOINTERFACE;
-    *ppObject = pObject;
-    pObject->AddRef();
-    return S_OK;
-}
-
 // One line of text as office programs print it.
 std::string GlyphRun(int line) {
     std::string indices;
@@ -54,10 +45,6 @@ GlyphPageStream::GlyphPageStream(std::uint64_t size)
     m_size = m_head.size() + bodies * m_body.size() + m_tail.size();
 }
 
-HRESULT STDMETHODCALLTYPE GlyphPageStream::QueryInterface(REFIID iid, void** ppObject) {
-    return AnswerOnly<IPrintReadStream>(this, iid, ppObject);
-}
-
 HRESULT STDMETHODCALLTYPE GlyphPageStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) {
     if (offset != 0 || origin != STREAM_SEEK_SET) return E_NOTIMPL;
     m_position = 0;
@@ -85,10 +72,6 @@ HRESULT STDMETHODCALLTYPE GlyphPageStream::ReadBytes(void* pBuffer, ULONG cbWant
     *pcbRead = count;
     *pEndOfFile = m_position == m_size;
     return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE DiscardingWriteStream::QueryInterface(REFIID iid, void** ppObject) {
-    return AnswerOnly<IPrintWriteStream>(this, iid, ppObject);
 }
 
 HRESULT STDMETHODCALLTYPE DiscardingWriteStream::WriteBytes(const void*, ULONG cb, ULONG* pcbWritten) {

@@ -2,26 +2,25 @@
 
 #include "platform/windows.h"
 
-#include <atomic>
 #include <cstdint>
 #include <string>
 
 #include "base/xps/fixedpagesource.h"
+#include "platform/comobject.h"
+#include "platform/filterpipeline.h"
 
 namespace bench {
 
 // A page of glyph markup of the given size as a pipeline read stream. The markup is made while it is read, so
-// that a page of 100 MB costs no memory that would hide what the reader and its handler use.
-class GlyphPageStream final : public IPrintReadStream {
+// that a page of 100 MB costs no memory that would hide what the reader and its handler use. Both streams are
+// members, whose own reference nobody gives up.
+class GlyphPageStream final : public platform::ComObject<IPrintReadStream> {
   public:
     explicit GlyphPageStream(std::uint64_t size);
 
     // The bytes of the whole page, at least the size asked for.
     [[nodiscard]] std::uint64_t Size() const noexcept { return m_size; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
     HRESULT STDMETHODCALLTYPE Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) override;
     HRESULT STDMETHODCALLTYPE ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead,
                                         BOOL* pEndOfFile) override;
@@ -33,23 +32,18 @@ class GlyphPageStream final : public IPrintReadStream {
     std::string m_tail;
     std::uint64_t m_size;
     std::uint64_t m_position = 0;
-    std::atomic<ULONG> m_references = 1;
 };
 
 // Counts what is written and drops it.
-class DiscardingWriteStream final : public IPrintWriteStream {
+class DiscardingWriteStream final : public platform::ComObject<IPrintWriteStream> {
   public:
     [[nodiscard]] std::uint64_t Written() const noexcept { return m_written; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
     HRESULT STDMETHODCALLTYPE WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) override;
     void STDMETHODCALLTYPE Close() override {}
 
   private:
     std::uint64_t m_written = 0;
-    std::atomic<ULONG> m_references = 1;
 };
 
 // A page made of the two, rewritten as the filter rewrites it.

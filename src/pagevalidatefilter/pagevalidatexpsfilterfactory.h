@@ -5,20 +5,14 @@
 #include <atomic>
 
 #include "pagevalidatefilter/module.h"
+#include "platform/comobject.h"
 
 namespace pagevalidatefilter {
 
 // The class factory of PageValidateXpsFilter. Made with one reference, destroyed by the last Release; it
 // counts as one live object of the module, and as a second one while it is locked. Any thread may use it.
-class PageValidateXpsFilterFactory final : public IClassFactory {
+class PageValidateXpsFilterFactory final : public platform::ComObject<IClassFactory> {
   public:
-    PageValidateXpsFilterFactory() = default;
-    PageValidateXpsFilterFactory(const PageValidateXpsFilterFactory&) = delete;
-    PageValidateXpsFilterFactory& operator=(const PageValidateXpsFilterFactory&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override;
 
     // The module counts a factory's first lock and its last unlock; an unlock without a lock changes nothing.
@@ -26,10 +20,9 @@ class PageValidateXpsFilterFactory final : public IClassFactory {
     HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override;
 
   private:
-    virtual ~PageValidateXpsFilterFactory() = default;
+    ~PageValidateXpsFilterFactory() override = default;
 
     ModuleReference m_moduleReference;
-    std::atomic<ULONG> m_references = 1;
     std::atomic<ULONG> m_serverLocks = 0;
 };
 

@@ -232,3 +232,12 @@ PLATFORM_INTERFACE_UUID(IXpsDocumentConsumer, 0x4368d8a2, 0x4181, 0x4a9f, 0xb2, 
                         0x9b, 0xa0)
 PLATFORM_INTERFACE_UUID(IPrintPipelineProgressReport, 0xedc12c7c, 0xed40, 0x4ea5, 0x96, 0xa6, 0x5e, 0x43,
                         0x97, 0x49, 0x7a, 0x61)
+
+PLATFORM_INTERFACE_EXTENDS(IPartPrintTicket, IPartBase)
+PLATFORM_INTERFACE_EXTENDS(IPartColorProfile, IPartBase)
+PLATFORM_INTERFACE_EXTENDS(IPartResourceDictionary, IPartBase)
+PLATFORM_INTERFACE_EXTENDS(IPartImage, IPartBase)
+PLATFORM_INTERFACE_EXTENDS(IPartFont, IPartBase)
+PLATFORM_INTERFACE_EXTENDS(IPartFont2, IPartFont)
+PLATFORM_INTERFACE_EXTENDS(IPartThumbnail, IPartBase)
+PLATFORM_INTERFACE_EXTENDS(IFixedPage, IPartBase)

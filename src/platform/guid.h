@@ -12,3 +12,21 @@
 #define PLATFORM_INTERFACE_UUID(Interface, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)
 #define PLATFORM_UUID(text) __declspec(uuid(text))
 #endif
+
+namespace platform {
+
+// The interface that an interface extends and whose identifier its objects answer too: IUnknown where
+// PLATFORM_INTERFACE_EXTENDS says nothing else.
+template <typename Interface>
+struct Extended {
+    using Type = IUnknown;
+};
+
+}  // namespace platform
+
+// At global scope, before the first object with the interface is defined.
+#define PLATFORM_INTERFACE_EXTENDS(Interface, Base) \
+    template <>                                     \
+    struct platform::Extended<Interface> {          \
+        using Type = Base;                          \
+    };

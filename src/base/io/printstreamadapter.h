@@ -3,11 +3,11 @@
 #include "platform/windows.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cwchar>
 #include <string_view>
 
 #include "base/logging/check.h"
+#include "platform/comobject.h"
 #include "platform/comptr.h"
 
 namespace base::io {
@@ -15,26 +15,8 @@ namespace base::io {
 // What the two IStream adapters have in common: identity, the pipeline stream, a size, three times and the
 // methods that neither supports. No method throws. One thread uses an adapter at a time.
 template <typename PipelineStream>
-class PrintStreamAdapter : public IStream {
+class PrintStreamAdapter : public platform::ComObject<IStream> {
   public:
-    PrintStreamAdapter(const PrintStreamAdapter&) = delete;
-    PrintStreamAdapter& operator=(const PrintStreamAdapter&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
-        if (ppObject == nullptr) return E_POINTER;
-        *ppObject = nullptr;
-        if (iid != __uuidof(IUnknown) && iid != __uuidof(IStream)) return E_NOINTERFACE;
-        *ppObject = static_cast<IStream*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG references = --m_references;
-        if (references == 0) delete this;
-        return references;
-    }
-
     HRESULT STDMETHODCALLTYPE Read(void*, ULONG, ULONG*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Write(const void*, ULONG, ULONG*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return E_NOTIMPL; }
@@ -61,7 +43,7 @@ class PrintStreamAdapter : public IStream {
         logging::ThrowIfFailed(CoFileTimeNow(&m_created));
         logging::ThrowIfFailed(CoFileTimeNow(&m_accessed));
     }
-    virtual ~PrintStreamAdapter() = default;
+    ~PrintStreamAdapter() override = default;
 
     // Fills a record that is all zeroes, its size excepted. The name, given with flag 0 alone, is the
     // caller's to free.
@@ -81,7 +63,6 @@ class PrintStreamAdapter : public IStream {
         return S_OK;
     }
 
-    std::atomic<ULONG> m_references = 1;
     platform::ComPtr<PipelineStream> m_pStream;
     ULONGLONG m_size = 0;
     FILETIME m_modified = {};

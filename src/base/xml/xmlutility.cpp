@@ -6,6 +6,7 @@
 
 #include "base/logging/check.h"
 #include "platform/bstr.h"
+#include "platform/utf.h"
 #include "platform/variant.h"
 
 namespace base::xml {
@@ -43,21 +44,11 @@ constexpr std::string_view Utf16Mark = "\xFF\xFE";
     return text;
 }
 
-[[nodiscard]] std::wstring WidenUtf8(std::string_view bytes) {
-    if (bytes.empty()) return {};
-    const int size = static_cast<int>(bytes.size());
-    std::wstring text(bytes.size(), L'\0');
-    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), size);
-    if (length == 0) ThrowHresult(HRESULT_FROM_WIN32(GetLastError()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-}
-
 [[nodiscard]] std::wstring Widen(std::string_view bytes) {
     if (bytes.starts_with(Utf16Mark)) return WidenUtf16(bytes.substr(Utf16Mark.size()));
-    if (bytes.starts_with(Utf8Mark)) return WidenUtf8(bytes.substr(Utf8Mark.size()));
+    if (bytes.starts_with(Utf8Mark)) return platform::ToUtf16(bytes.substr(Utf8Mark.size()));
     const bool isUtf16WithoutMark = bytes.size() >= 2 && bytes[0] == '<' && bytes[1] == '\0';
-    return isUtf16WithoutMark ? WidenUtf16(bytes) : WidenUtf8(bytes);
+    return isUtf16WithoutMark ? WidenUtf16(bytes) : platform::ToUtf16(bytes);
 }
 
 }  // namespace

@@ -42,23 +42,6 @@ bool ReadAttribute(ISAXAttributes& attributes, int index, TagAttribute& attribut
 
 }  // namespace
 
-HRESULT STDMETHODCALLTYPE FixedPageSaxHandlerBase::QueryInterface(REFIID iid, void** ppObject) {
-    if (ppObject == nullptr) return E_POINTER;
-    *ppObject = nullptr;
-    if (iid != __uuidof(IUnknown) && iid != __uuidof(ISAXContentHandler)) return E_NOINTERFACE;
-    *ppObject = static_cast<ISAXContentHandler*>(this);
-    AddRef();
-    return S_OK;
-}
-
-ULONG STDMETHODCALLTYPE FixedPageSaxHandlerBase::AddRef() { return ++m_references; }
-
-ULONG STDMETHODCALLTYPE FixedPageSaxHandlerBase::Release() {
-    const ULONG left = --m_references;
-    if (left == 0) delete this;
-    return left;
-}
-
 std::wstring_view FixedPageSaxHandlerBase::TextOf(const wchar_t* text, int length) noexcept {
     if (text == nullptr || length < 0) return {};
     return {text, static_cast<std::size_t>(length)};

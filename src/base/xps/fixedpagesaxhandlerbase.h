@@ -2,7 +2,6 @@
 
 #include "platform/windows.h"
 
-#include <atomic>
 #include <map>
 #include <span>
 #include <string>
@@ -10,22 +9,15 @@
 
 #include "base/xps/elementtagwriter.h"
 #include "base/xps/pagegeometry.h"
+#include "platform/comobject.h"
 #include "platform/msxml6.h"
 
 namespace base::xps {
 
 // A SAX content handler that ignores every event, with the operations on attributes that a handler of page
 // markup needs. Made with one reference, which is the maker's.
-class FixedPageSaxHandlerBase : public ISAXContentHandler {
+class FixedPageSaxHandlerBase : public platform::ComObject<ISAXContentHandler> {
   public:
-    FixedPageSaxHandlerBase() = default;
-    FixedPageSaxHandlerBase(const FixedPageSaxHandlerBase&) = delete;
-    FixedPageSaxHandlerBase& operator=(const FixedPageSaxHandlerBase&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
-
     HRESULT STDMETHODCALLTYPE putDocumentLocator(ISAXLocator*) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE startDocument() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE endDocument() override { return S_OK; }
@@ -49,7 +41,7 @@ class FixedPageSaxHandlerBase : public ISAXContentHandler {
     HRESULT STDMETHODCALLTYPE skippedEntity(const wchar_t*, int) override { return S_OK; }
 
   protected:
-    virtual ~FixedPageSaxHandlerBase() = default;
+    ~FixedPageSaxHandlerBase() override = default;
 
     struct AttributeValue {
         std::wstring m_text;
@@ -90,7 +82,6 @@ class FixedPageSaxHandlerBase : public ISAXContentHandler {
     static void RewriteBox(AttributeTable& table, std::wstring_view name, BoxTest isRemoved, const Box& page,
                            const Matrix& matrix);
 
-    std::atomic<ULONG> m_references = 1;
     std::vector<TagAttribute> m_attributes;
 };
 

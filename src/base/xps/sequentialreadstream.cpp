@@ -7,23 +7,6 @@ namespace base::xps {
 SequentialReadStream::SequentialReadStream(platform::ComPtr<IPrintReadStream> pStream) noexcept
     : m_pStream(std::move(pStream)) {}
 
-HRESULT STDMETHODCALLTYPE SequentialReadStream::QueryInterface(REFIID iid, void** ppObject) {
-    if (ppObject == nullptr) return E_POINTER;
-    *ppObject = nullptr;
-    if (iid != __uuidof(IUnknown) && iid != __uuidof(ISequentialStream)) return E_NOINTERFACE;
-    *ppObject = static_cast<ISequentialStream*>(this);
-    AddRef();
-    return S_OK;
-}
-
-ULONG STDMETHODCALLTYPE SequentialReadStream::AddRef() { return ++m_references; }
-
-ULONG STDMETHODCALLTYPE SequentialReadStream::Release() {
-    const ULONG left = --m_references;
-    if (left == 0) delete this;
-    return left;
-}
-
 HRESULT STDMETHODCALLTYPE SequentialReadStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {
     if (pcbRead == nullptr) return E_INVALIDARG;
     *pcbRead = 0;

@@ -2,8 +2,7 @@
 
 #include "platform/windows.h"
 
-#include <atomic>
-
+#include "platform/comobject.h"
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
 
@@ -12,16 +11,10 @@ namespace base::xps {
 // A pipeline's read stream as the sequential stream that a SAX reader takes. A pipeline's stream may give
 // less than it is asked for before its end, which a reader takes for the end; so a read goes on until the
 // buffer is full or the end is there. Made with one reference, which is the maker's.
-class SequentialReadStream final : public ISequentialStream {
+class SequentialReadStream final : public platform::ComObject<ISequentialStream> {
   public:
     // Shares the stream, which must not be null.
     explicit SequentialReadStream(platform::ComPtr<IPrintReadStream> pStream) noexcept;
-    SequentialReadStream(const SequentialReadStream&) = delete;
-    SequentialReadStream& operator=(const SequentialReadStream&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
 
     // S_FALSE with fewer bytes than asked for is the end. E_INVALIDARG without a place for the count or,
     // when bytes are asked for, for the bytes; a failing stream's own code, with what was read before it.
@@ -29,10 +22,9 @@ class SequentialReadStream final : public ISequentialStream {
     HRESULT STDMETHODCALLTYPE Write(const void*, ULONG, ULONG*) override { return E_NOTIMPL; }
 
   private:
-    ~SequentialReadStream() = default;
+    ~SequentialReadStream() override = default;
 
     BOOL m_endOfFile = FALSE;
-    std::atomic<ULONG> m_references = 1;
     platform::ComPtr<IPrintReadStream> m_pStream;
 };
 

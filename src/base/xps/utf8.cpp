@@ -8,13 +8,14 @@
 #include <ostream>
 
 #include "base/logging/check.h"
+#include "platform/utf.h"
 
 namespace base::xps {
 namespace {
 
 void RequireText(std::wstring_view text) { logging::ThrowIfNull(text.data(), "pWideCharStr is null."); }
 
-// The bytes written; with no room at all, the bytes needed.
+// The bytes written.
 std::size_t Convert(std::wstring_view text, char* buffer, std::size_t size) {
     return static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(),
                                                         static_cast<int>(text.size()), buffer,
@@ -47,9 +48,7 @@ std::string_view EntityOf(wchar_t character) {
 
 std::string ToUtf8(std::wstring_view text) {
     RequireText(text);
-    std::string converted(Convert(text, nullptr, 0), '\0');
-    Convert(text, converted.data(), converted.size());
-    return converted;
+    return platform::ToUtf8(text);
 }
 
 void WriteUtf8(std::ostream& sink, std::wstring_view text) {

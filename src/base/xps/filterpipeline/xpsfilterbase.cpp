@@ -15,23 +15,6 @@ XpsFilterBase::XpsFilterBase() { ++s_liveInstances; }
 
 XpsFilterBase::~XpsFilterBase() { --s_liveInstances; }
 
-HRESULT XpsFilterBase::QueryInterface(REFIID iid, void** ppObject) {
-    if (ppObject == nullptr) return E_POINTER;
-    *ppObject = nullptr;
-    if (iid != __uuidof(IUnknown) && iid != __uuidof(IPrintPipelineFilter)) return E_NOINTERFACE;
-    *ppObject = static_cast<IPrintPipelineFilter*>(this);
-    AddRef();
-    return S_OK;
-}
-
-ULONG XpsFilterBase::AddRef() { return ++m_references; }
-
-ULONG XpsFilterBase::Release() {
-    const ULONG references = --m_references;
-    if (references == 0) delete this;
-    return references;
-}
-
 HRESULT XpsFilterBase::InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                         IPrintPipelinePropertyBag* pIPropertyBag,
                                         IPrintPipelineManagerControl* pIPipelineControl) {

@@ -8,6 +8,7 @@
 
 #include "base/logging/check.h"
 #include "base/utility/driverinfo.h"
+#include "platform/comobject.h"
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
 
@@ -19,15 +20,8 @@ namespace base::xps::filterpipeline {
 //
 // StartOperation runs on a thread of the pipeline; ShutdownOperation may come from another one meanwhile.
 // Subclasses throw; only the methods of IPrintPipelineFilter turn exceptions into HRESULTs.
-class XpsFilterBase : public IPrintPipelineFilter {
+class XpsFilterBase : public platform::ComObject<IPrintPipelineFilter> {
   public:
-    XpsFilterBase(const XpsFilterBase&) = delete;
-    XpsFilterBase& operator=(const XpsFilterBase&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
-
     // Keeps the three objects and sets the prefix of the private print schema namespace from the driver's
     // property bag. E_FAIL for a null argument; a driver without a property bag is no failure.
     HRESULT STDMETHODCALLTYPE InitializeFilter(IInterFilterCommunicator* pICommunicator,
@@ -43,7 +37,7 @@ class XpsFilterBase : public IPrintPipelineFilter {
 
   protected:
     XpsFilterBase();
-    virtual ~XpsFilterBase();
+    ~XpsFilterBase() override;
 
   public:
     // What the spooler knows of the printer's driver, read when first asked for and valid as long as the
@@ -95,7 +89,6 @@ class XpsFilterBase : public IPrintPipelineFilter {
         if (FAILED(platform::ComPtr<IUnknown>(*ppStream).QueryTo(pChecked))) RequestShutdown(S_OK);
     }
 
-    std::atomic<ULONG> m_references = 1;
     platform::ComPtr<IInterFilterCommunicator> m_pINegotiation;
     platform::ComPtr<IPrintPipelinePropertyBag> m_pIPropertyBag;
     platform::ComPtr<IPrintPipelineManagerControl> m_pIPipelineControl;
