@@ -46,6 +46,7 @@ TEST_F(FaultsTest, WhateverCallFailsTheJobEndsWithItsCodeReportedOnceAndNothingI
     m_tickets[kPTPageScope] = TicketText(L"LongEdgeFirst");
     std::size_t nth = 0;
     for (bool failed = true; failed;) {
+        ASSERT_LT(nth, 1000u);
         Prepare();
         m_pReader->Add(tests::MakeMock<tests::MockXpsDocument>().Get());
         AddDocument(1);

@@ -37,14 +37,14 @@ class FactoryTest : public testing::Test {
 };
 
 TEST_F(FactoryTest, DllGetClassObjectGivesTheFactory) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     EXPECT_EQ(1, ModuleCount());
     EXPECT_EQ(2u, m_pFactory->AddRef());
     EXPECT_EQ(1u, m_pFactory->Release());
 }
 
 TEST_F(FactoryTest, DllGetClassObjectGivesEachCallerAFactoryOfItsOwn) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     ComPtr<IUnknown> pOther;
     EXPECT_EQ(S_OK, DllGetClassObject(CLSID_PageValidateXpsFilter, __uuidof(IUnknown), pOther.PutVoid()));
     EXPECT_NE(static_cast<IUnknown*>(m_pFactory.Get()), pOther.Get());
@@ -73,14 +73,14 @@ TEST_F(FactoryTest,
 
 TEST_F(FactoryTest, DllCanUnloadNowOnlyWhenNothingLives) {
     EXPECT_EQ(S_OK, DllCanUnloadNow());
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     EXPECT_EQ(S_FALSE, DllCanUnloadNow());
     m_pFactory.Reset();
     EXPECT_EQ(S_OK, DllCanUnloadNow());
 }
 
 TEST_F(FactoryTest, AnswersIUnknownAndIClassFactoryAlone) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     ComPtr<IUnknown> pUnknown;
     EXPECT_EQ(S_OK, m_pFactory->QueryInterface(__uuidof(IUnknown), pUnknown.PutVoid()));
     EXPECT_EQ(m_pFactory.Get(), pUnknown.Get());
@@ -91,9 +91,9 @@ TEST_F(FactoryTest, AnswersIUnknownAndIClassFactoryAlone) {
 }
 
 TEST_F(FactoryTest, CreateInstanceGivesAFilterThatCountsAsALiveObject) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     ComPtr<IPrintPipelineFilter> pFilter;
-    EXPECT_EQ(S_OK, m_pFactory->CreateInstance(nullptr, __uuidof(IPrintPipelineFilter), pFilter.PutVoid()));
+    ASSERT_EQ(S_OK, m_pFactory->CreateInstance(nullptr, __uuidof(IPrintPipelineFilter), pFilter.PutVoid()));
     EXPECT_EQ(2, ModuleCount());
     EXPECT_EQ(2u, pFilter->AddRef());
     EXPECT_EQ(1u, pFilter->Release());
@@ -102,7 +102,7 @@ TEST_F(FactoryTest, CreateInstanceGivesAFilterThatCountsAsALiveObject) {
 }
 
 TEST_F(FactoryTest, CreateInstanceWithAnOuterObjectReturnsNoAggregationWithoutCreatingAnything) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     const auto pOuter = tests::MakeMock<tests::MockUnknown>();
     void* pObject = this;
     EXPECT_EQ(CLASS_E_NOAGGREGATION, m_pFactory->CreateInstance(pOuter.Get(), __uuidof(IUnknown), &pObject));
@@ -113,13 +113,13 @@ TEST_F(FactoryTest, CreateInstanceWithAnOuterObjectReturnsNoAggregationWithoutCr
 }
 
 TEST_F(FactoryTest, CreateInstanceWithoutAnOutPointerReturnsEPointer) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     EXPECT_EQ(E_POINTER, m_pFactory->CreateInstance(nullptr, __uuidof(IUnknown), nullptr));
     EXPECT_EQ(1, ModuleCount());
 }
 
 TEST_F(FactoryTest, CreateInstanceWithAnUnsupportedInterfaceDestroysTheFilter) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     void* pObject = this;
     EXPECT_EQ(E_NOINTERFACE, m_pFactory->CreateInstance(nullptr, __uuidof(IXpsDocumentProvider), &pObject));
     EXPECT_EQ(nullptr, pObject);
@@ -127,7 +127,7 @@ TEST_F(FactoryTest, CreateInstanceWithAnUnsupportedInterfaceDestroysTheFilter) {
 }
 
 TEST_F(FactoryTest, TwoLocksOnOneFactoryRaiseTheModuleCountByOneOnlyAndTheTwoUnlocksLowerItByOne) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     EXPECT_EQ(S_OK, m_pFactory->LockServer(TRUE));
     EXPECT_EQ(2, ModuleCount());
     EXPECT_EQ(S_OK, m_pFactory->LockServer(TRUE));
@@ -139,7 +139,7 @@ TEST_F(FactoryTest, TwoLocksOnOneFactoryRaiseTheModuleCountByOneOnlyAndTheTwoUnl
 }
 
 TEST_F(FactoryTest, AnUnlockWithoutALockChangesNothing) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     EXPECT_EQ(S_OK, m_pFactory->LockServer(FALSE));
     EXPECT_EQ(1, ModuleCount());
     EXPECT_EQ(S_OK, m_pFactory->LockServer(TRUE));
@@ -149,7 +149,7 @@ TEST_F(FactoryTest, AnUnlockWithoutALockChangesNothing) {
 }
 
 TEST_F(FactoryTest, AnyThreadMayLockUnlockAndCreate) {
-    GetFactory();
+    ASSERT_NO_FATAL_FAILURE(GetFactory());
     std::vector<std::thread> threads;
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&] {

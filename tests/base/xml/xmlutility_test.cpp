@@ -44,6 +44,7 @@ Dom LoadBytes(std::string_view bytes) {
 std::wstring RootText(const Dom& dom) {
     ComPtr<IXMLDOMElement> root;
     EXPECT_EQ(dom->get_documentElement(root.Put()), S_OK);
+    if (!root) return L"<no root>";
     platform::Bstr text;
     EXPECT_EQ(root->get_text(text.Put()), S_OK);
     return std::wstring(text.View());

@@ -119,6 +119,7 @@ TEST(FixedPageSaxConvertorTest, AWriteThatTakesNothingIsAFailure) {
 
 TEST(FixedPageSaxConvertorTest, WhicheverWriteFailsThePageIsNotClosed) {
     for (std::size_t failing = 1;; ++failing) {
+        ASSERT_LT(failing, 1000u);
         MemoryPage page(LargePage());
         page.m_output.m_failingWrite = failing;
         bool failed = true;
@@ -144,6 +145,7 @@ TEST(FixedPageSaxConvertorTest, WhicheverWriteFailsThePageIsNotClosed) {
 
 TEST(FixedPageSaxConvertorTest, WhicheverReadFailsThePageIsNotClosed) {
     for (std::size_t failing = 1;; ++failing) {
+        ASSERT_LT(failing, 1000u);
         MemoryPage page(LargePage());
         page.m_input.m_mostPerRead = 20000;
         page.m_input.m_failingRead = failing;

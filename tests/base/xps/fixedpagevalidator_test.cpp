@@ -98,6 +98,7 @@ TEST_F(FixedPageValidatorTest, ATurnedPageGetsItsTicketFirstAndItsMarkupThen) {
                      "GetNewEmptyPart /Documents/1/Pages\\pagevalidator_N_1_PT.xml", "Close",
                      "SetPrintTicket /p", "GetWriteStream /p", "GetStream /p", "Close", "Seek 0 0"}),
               Steps());
+    ASSERT_NE(nullptr, m_page->Written());
     EXPECT_EQ(kTurnedMarkup, m_page->Written()->Bytes());
     EXPECT_EQ(1, m_page->Written()->Closes());
 }

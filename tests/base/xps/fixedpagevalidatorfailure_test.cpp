@@ -70,6 +70,7 @@ TEST_F(FixedPageValidatorTest, AMarkupThatCannotBeParsedFailsAfterTheTicketWasRe
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
     EXPECT_TRUE(FAILED(ResultOf([&] { Validate(); })));
     EXPECT_TRUE(HasNewTicket());
+    ASSERT_NE(nullptr, m_page->Written());
     EXPECT_EQ("", m_page->Written()->Bytes());
     EXPECT_EQ(0, m_page->Written()->Closes());
 }
@@ -104,6 +105,7 @@ TEST_F(FixedPageValidatorTest, WhicheverCallFailsThePageFailsWithItsCodeOrTheFai
         }
         if (!m_calls.HasFailed()) {
             EXPECT_EQ(S_OK, result);
+            ASSERT_NE(nullptr, m_page->Written());
             EXPECT_EQ(kTurnedMarkup, m_page->Written()->Bytes());
             break;
         }

@@ -41,6 +41,7 @@ constexpr const wchar_t* text =
 // E_OUTOFMEMORY, and what it leaves must be sound.
 void FailEachAllocation(const std::function<HRESULT()>& call, const std::function<void(HRESULT)>& check) {
     for (long working = 0;; ++working) {
+        ASSERT_LT(working, 10'000);
         const long before = LiveObjectCount();
         allocationsLeft = working;
         const HRESULT result = call();

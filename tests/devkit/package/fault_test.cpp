@@ -54,6 +54,7 @@ TEST(FaultTest, EachFailingReadIsAnErrorThatSaysSo) {
     std::set<std::string> seen;
     unsigned failing = 1;
     for (;; ++failing) {
+        ASSERT_LT(failing, 10'000U);
         const auto counter = std::make_shared<CallCounter>(failing);
         MemorySink sink;
         const std::string error = ErrorOf(
@@ -72,6 +73,7 @@ TEST(FaultTest, EachFailingWriteIsAnErrorThatSaysSo) {
     const std::string bytes = RichPackage();
     unsigned failing = 1;
     for (;; ++failing) {
+        ASSERT_LT(failing, 10'000U);
         const auto counter = std::make_shared<CallCounter>(failing);
         MemorySink sink(counter);
         const std::string error = ErrorOf([&] { Use(OpenBytes(bytes), sink); });
@@ -89,6 +91,7 @@ TEST(FaultTest, AFailingReadWhileSavingLeavesNoFile) {
     WriteFileBytes(folder / "out.xps", "old");
     for (const bool change : {false, true}) {
         for (unsigned failing = 1;; ++failing) {
+            ASSERT_LT(failing, 1000U);
             const auto counter = std::make_shared<CallCounter>(failing);
             std::string error;
             try {

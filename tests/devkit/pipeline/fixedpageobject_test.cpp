@@ -68,7 +68,7 @@ TEST_F(FixedPageObjectTest, ASecondOpenWriteStreamIsABreach) {
     EXPECT_EQ(Breaches(),
               Lines{"GetWriteStream of FixedPage /1/1.fpage came while another write stream is open"});
     first->Close();
-    EXPECT_EQ(page->GetWriteStream(second.Put()), S_OK);
+    ASSERT_EQ(page->GetWriteStream(second.Put()), S_OK);
     second->Close();
 }
 

@@ -264,7 +264,7 @@ TEST_F(ApiTest, ForeignHandleIsNoticed) {
 }
 
 TEST_F(ApiTest, HandleThatIsOpenAtTheEndIsALeakOnce) {
-    EXPECT_EQ(Report().openHandles.size(), 1U);
+    ASSERT_EQ(Report().openHandles.size(), 1U);
     EXPECT_EQ(Report().openHandles[0].printer, "SimPrinter");
     EXPECT_EQ(Report().openHandles[0].thread, GetCurrentThreadId());
     m_provider.Finish();

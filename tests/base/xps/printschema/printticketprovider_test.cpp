@@ -227,6 +227,7 @@ TEST_F(PrintTicketProviderTest, OpeningAgainWithBadArgumentsStillClosesTheFirst)
 
 TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
     for (std::size_t call = 1;; ++call) {
+        ASSERT_LT(call, 1000u);
         m_calls.Clear();
         m_calls.FailNth(call, Injected);
         const HRESULT hr = OpenWith(Base);
@@ -640,6 +641,7 @@ TEST_F(PrintTicketProviderTest, SettingAPagesTicketFailsCleanlyAtEveryCall) {
     ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
     const Dom before = Get(kPTPageScope);
     for (std::size_t call = 1;; ++call) {
+        ASSERT_LT(call, 1000u);
         m_calls.Clear();
         m_calls.FailNth(call, Injected);
         const HRESULT hr = SetPage(PageDelta);
