@@ -10,6 +10,7 @@
 
 #include "base/xps/fixedpagesaxconvertor.h"
 #include "bench/glyphpage.h"
+#include "closingline.h"
 #include "devkit/msxml/domregistration.h"
 
 namespace {
@@ -31,6 +32,7 @@ int MeasureMemory(std::string_view what, std::uint64_t megabytes) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const tests::ClosingLine closingLine;
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) return 1;
     if (argc == 4 && std::string_view(argv[1]) == "--memory") {
         return MeasureMemory(argv[2], std::strtoull(argv[3], nullptr, 10));
@@ -40,9 +42,9 @@ int main(int argc, char** argv) {
     {
         std::optional<devkit::msxml::DomRegistration> dom;
         if (!devkit::msxml::SystemDomConforms()) dom.emplace();
-        benchmark::RunSpecifiedBenchmarks();
+        if (benchmark::RunSpecifiedBenchmarks() == 0) return 1;
     }
     benchmark::Shutdown();
     CoUninitialize();
-    return 0;
+    return closingLine.Print(0);
 }

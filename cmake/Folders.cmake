@@ -48,6 +48,5 @@ function(folder_tests target folder)
   add_dependencies(${target} samples)
   target_compile_definitions(${target} PRIVATE
     SAMPLES_FOLDER="${CMAKE_BINARY_DIR}/samples" SOURCE_FOLDER="${CMAKE_SOURCE_DIR}")
-  add_test(NAME ${target} COMMAND ${target})
-  set_tests_properties(${target} PROPERTIES TIMEOUT 300)
+  judged_test(${target} PROGRAM ${target})
 endfunction()

@@ -4,7 +4,10 @@
 set -u
 root=$(cd "$(dirname "$0")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine}
-export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+# Without the debugger, because a program that crashes under it ends with 0.
+export WINEDLLOVERRIDES="${WINEDLLOVERRIDES:-mscoree,mshtml=};winedbg.exe="
+# In the locale of a bare container names outside ASCII cannot be opened.
+export LC_ALL=C.UTF-8 LANG=C.UTF-8
 export WINEDEBUG=${WINEDEBUG:--all}
 unset DISPLAY WAYLAND_DISPLAY
 mkdir -p "$WINEPREFIX"

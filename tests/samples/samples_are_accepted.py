@@ -97,7 +97,7 @@ def main():
     missing = [program for program in ("xmllint", "mutool", "xpstopng") if not shutil.which(program)]
     if missing:
         print("skipped: needs " + ", ".join(missing))
-        sys.exit(SKIPPED)
+        return SKIPPED
     failed = False
     with tempfile.TemporaryDirectory() as folder, tempfile.TemporaryDirectory() as again, \
             tempfile.TemporaryDirectory() as pictures:
@@ -110,8 +110,8 @@ def main():
             problems = check_markup(path) + check_rendering(path, reference) + check_xpstopng(path)
             print("%-15s %s" % (name, "; ".join(problems) or "accepted"))
             failed = failed or bool(problems)
-    sys.exit(1 if failed else 0)
+    return 1 if failed else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

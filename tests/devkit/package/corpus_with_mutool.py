@@ -63,7 +63,7 @@ def main():
     corpus = os.environ.get("CORPUS_FOLDER", corpus)
     if not os.path.isdir(corpus) or not shutil.which("mutool"):
         print("skipped: needs mutool and a corpus of documents at " + corpus)
-        sys.exit(SKIPPED)
+        return SKIPPED
     if not os.path.exists(table):
         sys.exit("no table at %s: run the tests of devkit/package first" % table)
     failures = 0
@@ -73,8 +73,8 @@ def main():
             opinion, wrong = judge(title, verdict, corpus, changed)
             failures += 1 if wrong else 0
             print("%-75s %-10s %-10s %s%s" % (title, verdict, opinion, detail, "  FAILED: " + wrong if wrong else ""))
-    sys.exit(1 if failures else 0)
+    return 1 if failures else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

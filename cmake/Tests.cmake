@@ -1,0 +1,21 @@
+# Every test is run by cmake/run_test.py, which takes it for passed only when it came to its own end.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+# judged_test(NAME PROGRAM TARGET|SCRIPT FILE [ARGUMENTS ARGUMENT...] [TIMEOUT SECONDS]): adds a test that runs a program
+# of the build or a Python script. It is skipped when it ends with 77.
+function(judged_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PROGRAM;SCRIPT;TIMEOUT" "ARGUMENTS")
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 300)
+  endif()
+  if(arg_PROGRAM)
+    set(command ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${arg_PROGRAM}>)
+  else()
+    cmake_path(ABSOLUTE_PATH arg_SCRIPT BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} OUTPUT_VARIABLE command)
+  endif()
+  add_test(NAME ${name} COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/cmake/run_test.py --timeout ${arg_TIMEOUT}
+    ${command} ${arg_ARGUMENTS})
+  # The time-out of ctest is for the case that the runner itself hangs.
+  math(EXPR timeout "${arg_TIMEOUT} + 60")
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} SKIP_RETURN_CODE 77)
+endfunction()
