@@ -11,6 +11,8 @@ else()
     -Woverloaded-virtual -Wold-style-cast -Wimplicit-fallthrough -Werror
     # g++ 12 sees overlaps in inlined string concatenation that cannot be (GCC bug 105329).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    # So that a compiler cache can see through precompiled headers.
+    $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
     # Debug information and messages name files from the source root, so a build does not carry its folder.
     -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 endif()

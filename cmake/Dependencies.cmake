@@ -1,7 +1,9 @@
 # The libraries of the dev kit and the tests: on Debian built for the target by cmake/dependencies.sh, elsewhere from
 # vcpkg.json. The product DLL links none of them.
-find_package(GTest CONFIG REQUIRED)
-find_package(benchmark CONFIG REQUIRED)
+if(PAGEVALIDATE_TESTS)
+  find_package(GTest CONFIG REQUIRED)
+  find_package(benchmark CONFIG REQUIRED)
+endif()
 find_package(LibXml2 CONFIG QUIET)
 if(NOT LibXml2_FOUND)
   find_package(LibXml2 REQUIRED)

@@ -13,6 +13,18 @@ function(folder_headers target scope root folder)
   target_include_directories(${target} ${scope} ${include})
 endfunction()
 
+# precompile_headers(TARGET): the folder libraries of this directory that follow share one precompiled header.
+macro(precompile_headers target)
+  if(PAGEVALIDATE_PRECOMPILE)
+    file(CONFIGURE OUTPUT ${target}.cpp CONTENT "")
+    add_library(${target} STATIC ${CMAKE_CURRENT_BINARY_DIR}/${target}.cpp)
+    target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src)
+    target_link_libraries(${target} PRIVATE compiler_flags)
+    target_precompile_headers(${target} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/precompiled.h)
+    set(precompiled ${target})
+  endif()
+endmacro()
+
 # folder_library(TARGET ROOT FOLDER [LINKS TARGET...]): a static library of all sources of ROOT/FOLDER, an interface
 # library when there are none.
 function(folder_library target root folder)
@@ -28,6 +40,9 @@ function(folder_library target root folder)
   endif()
   folder_headers(${target} ${scope} ${root} ${folder})
   target_link_libraries(${target} ${scope} compiler_flags ${arg_LINKS})
+  if(sources AND precompiled)
+    target_precompile_headers(${target} REUSE_FROM ${precompiled})
+  endif()
 endfunction()
 
 # folder_tests(TARGET FOLDER [LINKS TARGET...]): one test program of all sources of tests/FOLDER, none without sources.
