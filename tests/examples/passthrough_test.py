@@ -19,6 +19,7 @@ sys.path.insert(0, os.path.join(ROOT, "tests", "system"))
 
 from host import Host, windows_path  # noqa: E402
 
+COMPILER = "x86_64-w64-mingw32-g++-posix"
 CLASS_ID = "{6B1F0C8E-6D0B-4B57-9D0F-5C6F3E4A7D21}"
 EXAMPLE = os.path.join(ROOT, "examples", "passthrough")
 SAMPLES = ("sample.xps", "sample.oxps", "streamed.xps", "resources.xps", "names.xps", "utf16.xps", "minimal.xps")
@@ -111,7 +112,7 @@ class PassThrough(unittest.TestCase):
         with open(path, "w", encoding="utf-8") as source:
             source.write(text.replace(right, wrong))
         dll = os.path.join(folder, "passthrough.dll")
-        done = subprocess.run(["x86_64-w64-mingw32-g++-posix", "-std=c++20", "-shared", "-static", "-s", "-DUNICODE",
+        done = subprocess.run([COMPILER, "-std=c++20", "-shared", "-static", "-s", "-DUNICODE",
                                "-D_UNICODE", "-I" + os.path.join(ROOT, "src"), path,
                                os.path.join(EXAMPLE, "dllmain.cpp"), os.path.join(EXAMPLE, "passthrough.def"), "-o", dll,
                                "-lole32", "-loleaut32", "-luuid"], capture_output=True, text=True)
@@ -124,12 +125,14 @@ def without_note(errors):
     return "".join(line for line in errors.splitlines(True) if "the kit's own takes its place" not in line)
 
 
-if __name__ == "__main__":
-    if len(sys.argv) < 5:
-        sys.exit(__doc__)
-    FILTERHOST, DLL, SAMPLES_FOLDER, TOOLCHAIN = sys.argv[1:5]
-    if not shutil.which("x86_64-w64-mingw32-g++-posix"):
+def main(filterhost, dll, samples, toolchain, *options):
+    global FILTERHOST, DLL, SAMPLES_FOLDER, TOOLCHAIN
+    FILTERHOST, DLL, SAMPLES_FOLDER, TOOLCHAIN = filterhost, dll, samples, toolchain
+    if not shutil.which(COMPILER):
         print("skipped: no cross compiler")
-        sys.exit(77)
-    del sys.argv[1:5]
-    unittest.main()
+        return 77
+    return 0 if unittest.main(argv=[__file__, *options], exit=False).result.wasSuccessful() else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

@@ -262,4 +262,4 @@ class SmallProject(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main()
+    sys.exit(0 if unittest.main(exit=False).result.wasSuccessful() else 1)

@@ -21,21 +21,17 @@ class Outcome:
 
 
 class Runner:
-    """Runs Windows programs, each with a time limit; `launcher` is what starts one."""
+    """Runs Windows programs, each with a time limit; `launcher` is what starts one, with the debugger of Wine disabled."""
 
     def __init__(self, launcher):
         self.launcher = launcher
-        self.environment = dict(os.environ, WINEDEBUG="-all",
-                                # A crash must end the program, not start a debugger that ends with 0.
-                                WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe=")
         self.keeper = None
 
     def __enter__(self):
         """Keeps one Wine session alive, whose service processes belong to none of the programs that may be killed."""
-        self.keeper = subprocess.Popen([*self.launcher, "cmd", "/q"], stdin=subprocess.PIPE, env=self.environment,
-                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
-        subprocess.run([*self.launcher, "cmd", "/c", "exit"], env=self.environment, stdin=subprocess.DEVNULL,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+        silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        self.keeper = subprocess.Popen([*self.launcher, "cmd", "/q"], stdin=subprocess.PIPE, start_new_session=True, **silent)
+        subprocess.run([*self.launcher, "cmd", "/c", "exit"], stdin=subprocess.DEVNULL, check=True, **silent)
         return self
 
     def __exit__(self, *_):
@@ -50,8 +46,7 @@ class Runner:
         # A file and no pipe: a process that the program leaves behind would hold the pipe open.
         with tempfile.TemporaryFile() as output:
             process = subprocess.Popen([*self.launcher, program], stdin=subprocess.DEVNULL, stdout=output,
-                                       stderr=subprocess.STDOUT, env=self.environment, start_new_session=True,
-                                       cwd=os.path.dirname(program))
+                                       stderr=subprocess.STDOUT, start_new_session=True, cwd=os.path.dirname(program))
             hung = False
             try:
                 process.wait(limit)
