@@ -9,8 +9,9 @@ if(MSVC)
 else()
   target_compile_options(compiler_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow
     -Woverloaded-virtual -Wold-style-cast -Wimplicit-fallthrough -Werror
-    # g++ 12 sees overlaps in inlined string concatenation that cannot be (GCC bug 105329).
+    # g++ 12 sees overlaps and overflows in inlined string concatenation that cannot be (GCC bugs 105329, 105651).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>
     # So that a compiler cache can see through precompiled headers.
     $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
     # Debug information and messages name files from the source root, so a build does not carry its folder.
