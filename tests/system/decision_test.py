@@ -9,21 +9,21 @@ import os
 import sys
 import tempfile
 import xml.etree.ElementTree as ElementTree
-import zipfile
 
 import decisiontable
 from host import Host
+from jobdocument import XPS, page_name, ticket_name, write_document
 from pages import Package, page_size
 
 PSF = "http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
 PSK = "http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"
 KRK = "http://schemas.pagevalidate.example/printing/ptpc/2008/11"
-XPS = "http://schemas.microsoft.com/xps/2005/06"
-PACKAGE = "http://schemas.openxmlformats.org/package/2006"
 TICKET_HEAD = (f'<psf:PrintTicket xmlns:psf="{PSF}" xmlns:psk="{PSK}" xmlns:krk="{KRK}" version="1"'
                ' xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xmlns:xsd="http://www.w3.org/2001/XMLSchema">')
 # The page's own size differs from every sheet, so that a mix-up of the two would show.
 PAGE = (480, 672)
+MARKUP = (f'<FixedPage xmlns="{XPS}" xml:lang="und" Width="{PAGE[0]}" Height="{PAGE[1]}">'
+          '<Path Data="M 1,1 L 9,1 9,9 Z" Fill="#FF000000"/></FixedPage>')
 FALLBACK = decisiontable.MEDIA["portrait"]
 
 
@@ -59,40 +59,6 @@ def page_ticket(combination):
     return text + feature("PageMediaColor", "psk:White") + "</psf:PrintTicket>"
 
 
-def write_document(path, combinations):
-    parts = {
-        "[Content_Types].xml": f'<Types xmlns="{PACKAGE}/content-types">'
-        '<Default Extension="rels" ContentType="application/vnd.openxmlformats-package.relationships+xml"/>'
-        '<Default Extension="fdseq" ContentType="application/vnd.ms-package.xps-fixeddocumentsequence+xml"/>'
-        '<Default Extension="fdoc" ContentType="application/vnd.ms-package.xps-fixeddocument+xml"/>'
-        '<Default Extension="fpage" ContentType="application/vnd.ms-package.xps-fixedpage+xml"/>'
-        '<Default Extension="xml" ContentType="application/vnd.ms-printing.printticket+xml"/></Types>',
-        "_rels/.rels": relationships(XPS + "/fixedrepresentation", "/Sequence.fdseq"),
-        "Sequence.fdseq": f'<FixedDocumentSequence xmlns="{XPS}">'
-        '<DocumentReference Source="/Documents/1/Document.fdoc"/></FixedDocumentSequence>',
-        "_rels/Sequence.fdseq.rels": relationships(XPS + "/printticket", "/Job_PT.xml"),
-        "Job_PT.xml": TICKET_HEAD + media(FALLBACK) + "</psf:PrintTicket>",
-        "Documents/1/Document.fdoc": f'<FixedDocument xmlns="{XPS}">' + "".join(
-            f'<PageContent Source="Pages/{number}.fpage"/>' for number in range(1, len(combinations) + 1)
-        ) + "</FixedDocument>",
-    }
-    for number, combination in enumerate(combinations, 1):
-        folder = "Documents/1/Pages/"
-        parts[f"{folder}{number}.fpage"] = (
-            f'<FixedPage xmlns="{XPS}" xml:lang="und" Width="{PAGE[0]}" Height="{PAGE[1]}">'
-            f'<Path Data="M 1,1 L 9,1 9,9 Z" Fill="#FF000000"/></FixedPage>')
-        parts[f"{folder}_rels/{number}.fpage.rels"] = relationships(XPS + "/printticket", f"/{folder}{number}_PT.xml")
-        parts[f"{folder}{number}_PT.xml"] = page_ticket(combination)
-    with zipfile.ZipFile(path, "w", zipfile.ZIP_DEFLATED) as archive:
-        for name, content in parts.items():
-            archive.writestr(name, content)
-
-
-def relationships(kind, target):
-    return (f'<Relationships xmlns="{PACKAGE}/relationships">'
-            f'<Relationship Id="R1" Type="{kind}" Target="{target}"/></Relationships>')
-
-
 def settings_of(ticket):
     """Features by name: (option, {property: value}); a feature that occurs twice is an error."""
     root = ElementTree.fromstring(ticket)
@@ -113,8 +79,8 @@ def settings_of(ticket):
 
 def judge(combination, decision, page, after, number):
     """What is wrong with a page that came out, as a list of texts."""
-    old_ticket = f"/Documents/1/Pages/{page}_PT.xml"
-    name = f"/Documents/1/Pages/{page}.fpage"
+    name = page_name(1, page)
+    old_ticket = ticket_name(name)
     wrong = []
     size = page_size(after.read(name))
     if size != (PAGE[::-1] if decision.turn else PAGE):
@@ -156,7 +122,8 @@ def main(program, device):
     combinations = decisiontable.combinations()
     with tempfile.TemporaryDirectory() as folder:
         document, output = os.path.join(folder, "in.xps"), os.path.join(folder, "out.xps")
-        write_document(document, combinations)
+        write_document(document, [(None, [(MARKUP, page_ticket(combination)) for combination in combinations])],
+                       TICKET_HEAD + media(FALLBACK) + "</psf:PrintTicket>")
         status, report, errors = Host(program).run(document, output, "--device", device, timeout=280)
         if status != 0:
             sys.exit(f"filterhost ended with {status}: {errors}")

@@ -8,48 +8,16 @@ import argparse
 import os
 import sys
 import tempfile
-import zipfile
 
 import generatedpages
 import pagemodel
 from host import Host
+from jobdocument import page_name, write_document
 from pages import Package
 
-XPS = generatedpages.XPS
-PACKAGE = "http://schemas.openxmlformats.org/package/2006"
 # A start of filterhost costs more than a page.
 PAGES_PER_DOCUMENT = 1000
 DEVICE = "longedge"
-
-
-def relationships(kind, target):
-    return (f'<Relationships xmlns="{PACKAGE}/relationships">'
-            f'<Relationship Id="R1" Type="{kind}" Target="{target}"/></Relationships>')
-
-
-def page_name(number):
-    return f"/Pages/{number}.fpage"
-
-
-def write_document(path, pages):
-    """A document of (number, markup) pages without a ticket, which the device therefore has turned."""
-    parts = {
-        "[Content_Types].xml": f'<Types xmlns="{PACKAGE}/content-types">'
-        '<Default Extension="rels" ContentType="application/vnd.openxmlformats-package.relationships+xml"/>'
-        '<Default Extension="fdseq" ContentType="application/vnd.ms-package.xps-fixeddocumentsequence+xml"/>'
-        '<Default Extension="fdoc" ContentType="application/vnd.ms-package.xps-fixeddocument+xml"/>'
-        '<Default Extension="fpage" ContentType="application/vnd.ms-package.xps-fixedpage+xml"/></Types>',
-        "_rels/.rels": relationships(XPS + "/fixedrepresentation", "/Sequence.fdseq"),
-        "Sequence.fdseq": f'<FixedDocumentSequence xmlns="{XPS}"><DocumentReference Source="/Document.fdoc"/>'
-        "</FixedDocumentSequence>",
-        "Document.fdoc": f'<FixedDocument xmlns="{XPS}">' + "".join(
-            f'<PageContent Source="{page_name(number)}"/>' for number, _ in pages) + "</FixedDocument>",
-    }
-    with zipfile.ZipFile(path, "w") as archive:
-        for name, content in parts.items():
-            archive.writestr(name, content)
-        for number, markup in pages:
-            archive.writestr(page_name(number).lstrip("/"), markup)
 
 
 def first_difference(expected, actual):
@@ -66,17 +34,18 @@ def complaint(expected, actual):
 
 def check_document(host, folder, numbers, seed):
     """The complaints about the pages of one document."""
-    pages = [(number, generatedpages.page(seed, number)) for number in numbers]
+    pages = [generatedpages.page(seed, number) for number in numbers]
     document, output = os.path.join(folder, "in.xps"), os.path.join(folder, "out.xps")
-    write_document(document, pages)
+    # Without a ticket of their own the device has them turned.
+    write_document(document, [(None, [(markup, None) for markup in pages])])
     status, report, errors = host.run(document, output, "--device", DEVICE, timeout=280)
     if status != 0:
         sys.exit(f"filterhost ended with {status} at the pages {numbers[0]} to {numbers[-1]}: {errors}")
     after = Package(output)
     sent = {part["uri"]: part for part in report["parts"] if part["kind"] == "FixedPage"}
     complaints = []
-    for number, markup in pages:
-        name = page_name(number)
+    for page, (number, markup) in enumerate(zip(numbers, pages), 1):
+        name = page_name(1, page)
         text = None if sent[name]["markup_rewritten"] else "not turned"
         text = text or complaint(pagemodel.turned_markup(markup), after.read(name))
         if text:
