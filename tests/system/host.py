@@ -23,10 +23,17 @@ class Host:
 
     def run(self, document, output, *options, timeout=120):
         """(exit status, report object or None, standard error). The status is None when the run hangs."""
+        status, reports, errors = self.call([document], ["-o", windows_path(output), *options], timeout)
+        return status, reports[0] if reports else None, errors
+
+    def run_all(self, documents, folder, *options, timeout=280):
+        """The same for several documents, with a report for each; the outputs keep their names."""
+        return self.call(documents, ["--out-dir", windows_path(folder), *options], timeout)
+
+    def call(self, documents, options, timeout):
         with tempfile.TemporaryDirectory() as folder:
             report = os.path.join(folder, "report.json")
-            arguments = ["run", windows_path(document), "-o", windows_path(output), "--json", windows_path(report),
-                         "--quiet", *options]
+            arguments = ["run", *map(windows_path, documents), "--json", windows_path(report), "--quiet", *options]
             # A file, no pipe: a Wine server that the program starts would hold a pipe open for good.
             errors_file = os.path.join(folder, "errors.txt")
             with open(errors_file, "wb") as errors:
@@ -34,15 +41,14 @@ class Host:
                     done = subprocess.run(self.command + arguments, stdout=subprocess.DEVNULL, stderr=errors,
                                           timeout=timeout)
                 except subprocess.TimeoutExpired:
-                    return None, None, f"no end after {timeout} s"
+                    return None, [], f"no end after {timeout} s"
             with open(errors_file, encoding="utf-8", errors="replace") as errors:
                 text = errors.read()
-            objects = []
+            reports = []
             if os.path.exists(report):
                 with open(report, encoding="utf-8") as file:
-                    objects = json.load(file)
-            first = objects[0] if isinstance(objects, list) and objects else objects or None
-            return done.returncode, first, text
+                    reports = json.load(file)
+            return done.returncode, reports, text
 
 
 def corpus_files():

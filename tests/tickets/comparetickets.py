@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Compares what the product reads from print tickets with what readtickets.py reads from the same bytes.
 
-    comparetickets.py devices|corpus TICKETSETTINGS FOLDER [LAUNCHER]
+    comparetickets.py devices|generated|corpus TICKETSETTINGS FOLDER [LAUNCHER]
 
-devices: the tickets of the kit's device models. corpus: every distinct ticket of the documents in the folder that
+devices: the tickets of the kit's device models. generated: random tickets, always the same. corpus: every distinct ticket of the documents in the folder that
 CORPUS_FOLDER names, or shared/corpus beside the project; status 77 without it. Each ticket is read as it is, and then
 merged, by the product and the simulated provider of every device model, as the ticket of a job, a document and a page.
 FOLDER is made anew and keeps the tickets. LAUNCHER runs TICKETSETTINGS where the system cannot.
@@ -12,6 +12,7 @@ FOLDER is made anew and keeps the tickets. LAUNCHER runs TICKETSETTINGS where th
 import collections
 import hashlib
 import os
+import random
 import re
 import shutil
 import subprocess
@@ -21,9 +22,12 @@ import zipfile
 import zlib
 
 sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "system"))
+import generatedjobs
 import readtickets
 
 SKIPPED = 77
+GENERATED = 200
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
 DEVICES = os.path.join(ROOT, "devkit", "devices")
 # A ticket that is not well formed, and one that the platform does not take: E_FAIL, E_DELTA_PRINTTICKET_FORMAT.
@@ -98,6 +102,12 @@ def tickets_of_devices():
     return tickets
 
 
+def generated_tickets():
+    writer = generatedjobs.TicketWriter(random.Random("tickets"))
+    texts = filter(None, (writer.ticket(generatedjobs.JOB) for _ in range(GENERATED)))
+    return {"generated%03d" % number: text.encode() for number, text in enumerate(texts)}
+
+
 def printed_by(program, launcher, arguments):
     """{ticket: lines} as ticketsettings prints them."""
     output = subprocess.run(launcher + [program] + arguments, stdout=subprocess.PIPE, timeout=600, check=True).stdout
@@ -111,9 +121,10 @@ def printed_by(program, launcher, arguments):
 
 
 def has_two_values(path):
-    """Whether a scored property has a value and a parameter, which is what merging the one over the other leaves."""
+    """Whether a scored property has a value and a parameter, or two parameters, which is what putting back the one beside
+    the other leaves."""
     framework = "{%s}" % readtickets.FRAMEWORK
-    return any(each.find(framework + "Value") is not None and each.find(framework + "ParameterRef") is not None
+    return any(len(each.findall(framework + "Value")) + len(each.findall(framework + "ParameterRef")) > 1
                for each in ElementTree.parse(path).iter(framework + "ScoredProperty"))
 
 
@@ -177,11 +188,11 @@ def compare_merged(comparison, tickets, folder, run):
 
 
 def main():
-    if len(sys.argv) < 4 or sys.argv[1] not in ("devices", "corpus"):
+    if len(sys.argv) < 4 or sys.argv[1] not in ("devices", "generated", "corpus"):
         sys.exit(__doc__)
     kind, program, folder = sys.argv[1:4]
     launcher = [each for each in sys.argv[4:] if each]
-    tickets = tickets_of_devices()
+    tickets = generated_tickets() if kind == "generated" else tickets_of_devices()
     if kind == "corpus":
         corpus = os.environ.get("CORPUS_FOLDER", os.path.join(ROOT, "..", "shared", "corpus"))
         if not os.path.isdir(corpus):

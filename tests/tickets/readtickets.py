@@ -95,8 +95,8 @@ class Ticket:
                 return text.replace(prefix, "", 1)
         return text
 
-    def option(self, feature, private):
-        """The selected option; None when there is none."""
+    def _selected(self, feature, private):
+        """The element that says which option is selected; None when there is none."""
         option_name = (self.private if private else self.keywords) + "OptionName"
         candidates = []
         for each in self._features(feature):
@@ -104,12 +104,16 @@ class Ticket:
             for scored in each.findall(self._tag("ScoredProperty")):
                 if scored.get("name") == option_name:
                     candidates += scored.findall(self._tag("Value"))
-        if not candidates:
+        return min(candidates, key=self.order.get, default=None)
+
+    def option(self, feature, private):
+        """The selected option; None when there is none."""
+        selected = self._selected(feature, private)
+        if selected is None:
             return None
-        first = min(candidates, key=self.order.get)
-        name = first.get("name")
+        name = selected.get("name")
         if name is None:
-            name = "".join(first.itertext()).strip()
+            name = "".join(selected.itertext()).strip()
         return self._stripped(name, private) if name else None
 
     def _value_of(self, element):
@@ -127,17 +131,15 @@ class Ticket:
                 return "".join(value.itertext())
         raise Absent(NOT_FOUND)
 
-    def text(self, feature, element, name):
-        """The text of a property inside the option of the feature."""
-        for each in self._features(feature):
-            for option in each.findall(self._tag("Option")):
-                for candidate in option.iter(self._tag(element)):
-                    if candidate.get("name") == name:
-                        return self._value_of(candidate)
+    def text(self, feature, element, name, private=False):
+        """The text of a property inside the selected option of the feature; what others say is nobody's."""
+        for candidate in self._selected(feature, private).iter(self._tag(element)):
+            if candidate.get("name") == name:
+                return self._value_of(candidate)
         raise Absent(NOT_FOUND)
 
-    def integer(self, feature, element, name):
-        text = self.text(feature, element, name).strip(" \t\r\n")
+    def integer(self, feature, element, name, private=False):
+        text = self.text(feature, element, name, private).strip(" \t\r\n")
         if not re.fullmatch(r"[+-]?[0-9]+", text) or not -2**31 <= int(text) < 2**31:
             raise Absent(INVALID_DATA)
         return int(text)
@@ -220,7 +222,7 @@ def printable(ticket, _sizes):
         bounds = []
         for bound in ("Min", "Max"):
             try:
-                bounds += [ticket.integer(feature, "Property", ticket.private + bound + length)
+                bounds += [ticket.integer(feature, "Property", ticket.private + bound + length, True)
                            for length in ("Width", "Height")]
             except Absent:
                 bounds += [0, 0]
