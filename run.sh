@@ -13,9 +13,13 @@ done
 cd "$root"
 mkdir -p build/out
 
-install "${build_packages[@]}"
-cmake/dependencies.sh x64
-configure_and_build mingw-x64-release filterhost pagevalidatefilter simulated_prntvpt samples
+install 60 "${build_packages[@]}"
+prepare_to_run
+build_dependencies x64 50 libxml2 libzip
+# A build folder that has the tests as well serves as it is.
+[ -e build/mingw-x64-release/build.ninja ] || configure mingw-x64-release -DPAGEVALIDATE_TESTS=OFF
+build mingw-x64-release 120 filterhost pagevalidatefilter simulated_prntvpt samples
+finish_preparing
 start_wine
 
 bin=$root/build/mingw-x64-release/bin

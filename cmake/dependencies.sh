@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
-# Builds the libraries that the dev kit and the tests use for one mingw-w64 target, from Debian's own source packages,
-# into build/dependencies/TARGET. What is already there is kept, so a second call costs nothing and needs no network.
+# Builds libraries for one mingw-w64 target, from Debian's own source packages, into build/dependencies/TARGET:
 #
-#   cmake/dependencies.sh x64|x86
+#   cmake/dependencies.sh x64|x86 [NAME...]
+#
+# The dev kit needs libxml2 and libzip, the tests googletest and benchmark; without a name all four are built, at the same
+# time. What is already there is kept, so a second call costs nothing and needs no network.
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
-target=${1:?usage: cmake/dependencies.sh x64|x86}
+target=${1:?usage: cmake/dependencies.sh x64|x86 [NAME...]}
+shift
 case $target in
   x64) triplet=x86_64-w64-mingw32 ;;
   x86) triplet=i686-w64-mingw32 ;;
@@ -67,20 +70,45 @@ build() { # NAME SOURCE-FOLDER CMAKE-OPTION...
 ln -sfn /usr/include/nlohmann "$prefix/include/nlohmann"
 ln -sfn /usr/include/CLI "$prefix/include/CLI"
 
-build googletest /usr/src/googletest -DINSTALL_GTEST=ON -DBUILD_GMOCK=ON
+build_googletest() {
+  build googletest /usr/src/googletest -DINSTALL_GTEST=ON -DBUILD_GMOCK=ON
+}
 
-[ -e "$stamps/benchmark" ] || fetch benchmark
-build benchmark "$work/sources/benchmark" -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_WERROR=OFF \
-  -DBENCHMARK_ENABLE_LTO=OFF -DGIT_VERSION=0.0.0 -DCMAKE_CXX_FLAGS=-D_WIN32_WINNT=0x0601
+build_benchmark() {
+  build benchmark "$work/sources/benchmark" -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_WERROR=OFF \
+    -DBENCHMARK_ENABLE_LTO=OFF -DGIT_VERSION=0.0.0 -DCMAKE_CXX_FLAGS=-D_WIN32_WINNT=0x0601
+}
 
-# Its own build marks every symbol for export also in the static library, and a DLL that links it would export them.
-[ -e "$stamps/libxml2" ] || fetch libxml2
-build libxml2 "$work/sources/libxml2" -DCMAKE_C_FLAGS=-DLIBXML_STATIC -DLIBXML2_WITH_ICONV=OFF \
-  -DLIBXML2_WITH_LZMA=OFF -DLIBXML2_WITH_ZLIB=OFF -DLIBXML2_WITH_PYTHON=OFF -DLIBXML2_WITH_TESTS=OFF -DLIBXML2_WITH_PROGRAMS=OFF -DLIBXML2_WITH_HTTP=OFF \
-  -DLIBXML2_WITH_FTP=OFF -DLIBXML2_WITH_MODULES=OFF -DLIBXML2_WITH_THREADS=ON -DLIBXML2_WITH_DEBUG=OFF
+# The tree, the parsers, the writer and XPath. Its own build marks every symbol for export also in the static library,
+# and a DLL that links it would export them.
+build_libxml2() {
+  local off=() part
+  for part in C14N CATALOG DEBUG FTP HTML HTTP ICONV LEGACY LZMA MODULES PROGRAMS PYTHON SCHEMAS SCHEMATRON TESTS \
+      XINCLUDE XPTR ZLIB; do
+    off+=(-DLIBXML2_WITH_$part=OFF)
+  done
+  build libxml2 "$work/sources/libxml2" -DCMAKE_C_FLAGS=-DLIBXML_STATIC -DLIBXML2_WITH_THREADS=ON "${off[@]}"
+}
 
-[ -e "$stamps/libzip" ] || fetch libzip
-build libzip "$work/sources/libzip" -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_DOC=OFF \
-  -DENABLE_COMMONCRYPTO=OFF -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF -DENABLE_OPENSSL=OFF -DENABLE_WINDOWS_CRYPTO=OFF \
-  -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF \
-  -DZLIB_LIBRARY="/usr/$triplet/lib/libz.a" -DZLIB_INCLUDE_DIR="/usr/$triplet/include"
+build_libzip() {
+  local off=() part
+  for part in BUILD_TOOLS BUILD_REGRESS BUILD_EXAMPLES BUILD_DOC ENABLE_BZIP2 ENABLE_COMMONCRYPTO ENABLE_GNUTLS \
+      ENABLE_LZMA ENABLE_MBEDTLS ENABLE_OPENSSL ENABLE_WINDOWS_CRYPTO ENABLE_ZSTD; do
+    off+=(-D$part=OFF)
+  done
+  build libzip "$work/sources/libzip" "${off[@]}" \
+    -DZLIB_LIBRARY="/usr/$triplet/lib/libz.a" -DZLIB_INCLUDE_DIR="/usr/$triplet/include"
+}
+
+names=("$@")
+[ ${#names[@]} -gt 0 ] || names=(libxml2 libzip googletest benchmark)
+# googletest's source is a package that is installed.
+for name in "${names[@]}"; do
+  [ "$name" = googletest ] || [ -e "$stamps/$name" ] || fetch "$name"
+done
+jobs=()
+for name in "${names[@]}"; do
+  "build_$name" &
+  jobs+=($!)
+done
+for job in "${jobs[@]}"; do wait "$job"; done
