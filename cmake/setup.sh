@@ -127,7 +127,7 @@ report_progress() {
     [ "${counted%/*}" -gt 0 ] && left=$((elapsed * (${counted#*/} - ${counted%/*}) / ${counted%/*}))
   fi
   if [ "$left" -gt 0 ]; then left="about $left s left"; else left="longer than usual"; fi
-  printf '   %.50s:%s %d s so far, %s\n' "$title" "$share" "$elapsed" "$left"
+  printf '   %s:%s %d s so far, %s\n' "${title%% *}" "$share" "$elapsed" "$left"
 }
 
 # build_dependencies TARGET SECONDS [NAME...]: the libraries that are not there yet, all when none is named.

@@ -71,11 +71,12 @@ class Source:
 
 
 def source_name(report, name):
-    """The path from the root of a source of ours, or None."""
-    path = os.path.normpath(os.path.join(report["current_working_directory"], name))
-    path = path if not name.startswith("/") or os.path.exists(path) else ROOT + name
-    relative = os.path.relpath(path, ROOT).replace(os.sep, "/")
-    return relative if relative.startswith(("src/", "devkit/")) else None
+    """The path from the root of a source of ours, or None. The compiler leaves the root out of the names."""
+    for path in (name, os.path.join(report["current_working_directory"], name)):
+        relative = os.path.relpath(os.path.join(ROOT, path), ROOT).replace(os.sep, "/")
+        if relative.startswith(("src/", "devkit/")) and os.path.exists(os.path.join(ROOT, relative)):
+            return relative
+    return None
 
 
 def collect(build):

@@ -9,7 +9,7 @@ namespace base::logging {
 // a wide format %s takes a wide string. A null format throws std::invalid_argument; a format that the C
 // library rejects throws std::runtime_error.
 std::string Format(const char* format, ...)
-#ifdef __GNUC__
+#if defined(__GNUC__) && !defined(__clang__)
     __attribute__((format(ms_printf, 1, 2)))
 #endif
     ;
