@@ -13,6 +13,7 @@ else()
     # latter only when the library's headers are precompiled, which it then does not take for the system's.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overread>
     $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>
     # So that a compiler cache can see through precompiled headers.
     $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
