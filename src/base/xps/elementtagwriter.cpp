@@ -13,12 +13,12 @@ std::wstring_view Strip(std::wstring_view text, std::wstring_view characters) no
     return text.substr(first, text.find_last_not_of(characters) - first + 1);
 }
 
-void WriteAttribute(std::ostream& sink, const TagAttribute& attribute) {
-    sink.put(' ');
-    WriteUtf8(sink, attribute.m_name);
-    sink.write("=\"", 2);
-    attribute.m_isEscaped ? WriteEscapedUtf8(sink, attribute.m_value) : WriteUtf8(sink, attribute.m_value);
-    sink.put('"');
+void WriteAttribute(Utf8Writer& writer, const TagAttribute& attribute) {
+    writer.WriteAscii(" ");
+    writer.Write(attribute.m_name);
+    writer.WriteAscii("=\"");
+    attribute.m_isEscaped ? writer.WriteEscaped(attribute.m_value) : writer.Write(attribute.m_value);
+    writer.WriteAscii("\"");
 }
 
 }  // namespace
@@ -35,18 +35,19 @@ void ElementTagWriter::WriteStartTag(std::wstring_view text, std::span<const Tag
     FormatStartTag(normalized, attributes);
 }
 
-std::wstring_view ElementTagWriter::Normalize(std::wstring_view text) noexcept {
+std::wstring_view ElementTagWriter::Normalize(std::wstring_view text) const noexcept {
     return Strip(Strip(text, L" "), L"<>");
 }
 
 void ElementTagWriter::FormatStartTag(std::wstring_view text, std::span<const TagAttribute> attributes) {
-    m_pSink->put('<');
-    WriteUtf8(*m_pSink, text);
-    for (const TagAttribute& attribute : attributes) WriteAttribute(*m_pSink, attribute);
-    m_pSink->put('>');
+    Utf8Writer writer(*m_pSink);
+    writer.WriteAscii("<");
+    writer.Write(text);
+    for (const TagAttribute& attribute : attributes) WriteAttribute(writer, attribute);
+    writer.WriteAscii(">");
 }
 
-std::string ElementTagWriter::FormatEndTag(std::wstring_view text) {
+std::string ElementTagWriter::FormatEndTag(std::wstring_view text) const {
     return "</" + ToUtf8(text.substr(0, text.find(L' '))) + ">";
 }
 

@@ -28,18 +28,22 @@ class ElementTagWriter {
     ElementTagWriter(ElementTagWriter&& other) noexcept
         : m_pSink(other.m_pSink), m_endTags(std::exchange(other.m_endTags, {})) {}
     ElementTagWriter& operator=(ElementTagWriter&& other) noexcept;
-    ~ElementTagWriter() { WriteEndTags(); }
+    virtual ~ElementTagWriter() { WriteEndTags(); }
 
     // The text is the element's name, or its name, a blank and attributes as they are to be written; the
     // attributes given follow it.
     void WriteStartTag(std::wstring_view text, std::span<const TagAttribute> attributes = {});
 
     // Strips blanks, and then angle brackets, from both ends of a tag's text.
-    [[nodiscard]] static std::wstring_view Normalize(std::wstring_view text) noexcept;
+    [[nodiscard]] virtual std::wstring_view Normalize(std::wstring_view text) const noexcept;
+
+  protected:
+    // Straight into the sink, "<TEXT ATTRIBUTES>".
+    virtual void FormatStartTag(std::wstring_view text, std::span<const TagAttribute> attributes);
+    // "</NAME>", the name being the text up to its first blank.
+    [[nodiscard]] virtual std::string FormatEndTag(std::wstring_view text) const;
 
   private:
-    void FormatStartTag(std::wstring_view text, std::span<const TagAttribute> attributes);
-    [[nodiscard]] static std::string FormatEndTag(std::wstring_view text);
     void WriteEndTags() noexcept;
 
     std::ostream* m_pSink;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <ostream>
+#include <tuple>
 
 #include "base/logging/check.h"
 #include "platform/utf.h"
@@ -51,36 +52,55 @@ std::string ToUtf8(std::wstring_view text) {
     return platform::ToUtf8(text);
 }
 
-void WriteUtf8(std::ostream& sink, std::wstring_view text) {
+void Utf8Writer::WriteAscii(std::string_view text) {
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), m_bytes.size()))) {
+        const std::string_view piece = text.substr(0, m_bytes.size());
+        std::ranges::copy(piece, Reserve(piece.size()));
+        m_used += piece.size();
+    }
+}
+
+void Utf8Writer::Write(std::wstring_view text) {
     RequireText(text);
-    constexpr std::size_t kUnits = 1024;
+    Append(text);
+}
+
+void Utf8Writer::WriteEscaped(std::wstring_view text) {
+    RequireText(text);
+    for (;;) {
+        const std::size_t special = text.find_first_of(L"&<>\"'");
+        Append(text.substr(0, special));
+        if (special == std::wstring_view::npos) return;
+        WriteAscii(EntityOf(text[special]));
+        text.remove_prefix(special + 1);
+    }
+}
+
+void Utf8Writer::Append(std::wstring_view text) {
     // No UTF-16 unit needs more than three bytes; a pair of surrogates needs four.
-    std::array<char, 3 * kUnits> bytes;
+    constexpr std::size_t kUnits = std::tuple_size_v<decltype(m_bytes)> / 3;
     while (!text.empty()) {
         std::size_t count = std::min(text.size(), kUnits);
         if (count < text.size() && IS_HIGH_SURROGATE(text[count - 1])) --count;
-        std::size_t length = count;
         if (const std::wstring_view piece = text.substr(0, count); IsAscii(piece)) {
-            std::ranges::transform(piece, bytes.begin(),
+            std::ranges::transform(piece, Reserve(count),
                                    [](wchar_t unit) { return static_cast<char>(unit); });
+            m_used += count;
         } else {
-            length = Convert(piece, bytes.data(), bytes.size());
+            m_used += Convert(piece, Reserve(3 * count), 3 * count);
         }
-        sink.write(bytes.data(), static_cast<std::streamsize>(length));
         text.remove_prefix(count);
     }
 }
 
-void WriteEscapedUtf8(std::ostream& sink, std::wstring_view text) {
-    RequireText(text);
-    for (;;) {
-        const std::size_t special = text.find_first_of(L"&<>\"'");
-        WriteUtf8(sink, text.substr(0, special));
-        if (special == std::wstring_view::npos) return;
-        const std::string_view entity = EntityOf(text[special]);
-        sink.write(entity.data(), static_cast<std::streamsize>(entity.size()));
-        text.remove_prefix(special + 1);
-    }
+char* Utf8Writer::Reserve(std::size_t count) {
+    if (count > m_bytes.size() - m_used) Flush();
+    return m_bytes.data() + m_used;
+}
+
+void Utf8Writer::Flush() {
+    m_sink.write(m_bytes.data(), static_cast<std::streamsize>(m_used));
+    m_used = 0;
 }
 
 }  // namespace base::xps

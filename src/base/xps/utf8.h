@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -10,10 +12,30 @@ namespace base::xps {
 
 [[nodiscard]] std::string ToUtf8(std::wstring_view text);
 
-// Straight into the stream, without a copy of the whole text. A failing stream shows it in its state.
-void WriteUtf8(std::ostream& sink, std::wstring_view text);
+// Writes into a stream without a copy of the whole text. The stream is called once for a few kilobytes and at
+// the end, because each call has its price; a failing stream shows it in its state, and the stream must not
+// throw.
+class Utf8Writer {
+  public:
+    explicit Utf8Writer(std::ostream& sink) noexcept : m_sink(sink) {}
+    Utf8Writer(const Utf8Writer&) = delete;
+    Utf8Writer& operator=(const Utf8Writer&) = delete;
+    ~Utf8Writer() { Flush(); }
 
-// The same with &, <, >, " and ' written as the five predefined entities of XML.
-void WriteEscapedUtf8(std::ostream& sink, std::wstring_view text);
+    void WriteAscii(std::string_view text);
+    void Write(std::wstring_view text);
+    // The same with &, <, >, " and ' written as the five predefined entities of XML.
+    void WriteEscaped(std::wstring_view text);
+
+  private:
+    void Append(std::wstring_view text);
+    void Flush();
+    // Makes room for so many bytes, which are not more than the buffer's, and tells where.
+    [[nodiscard]] char* Reserve(std::size_t count);
+
+    std::ostream& m_sink;
+    std::size_t m_used = 0;
+    std::array<char, 4096> m_bytes;
+};
 
 }  // namespace base::xps

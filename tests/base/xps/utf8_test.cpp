@@ -10,14 +10,14 @@ namespace {
 
 std::string Written(std::wstring_view text) {
     std::ostringstream sink;
-    WriteUtf8(sink, text);
+    Utf8Writer(sink).Write(text);
     EXPECT_EQ(ToUtf8(text), sink.str());
     return sink.str();
 }
 
 std::string Escaped(std::wstring_view text) {
     std::ostringstream sink;
-    WriteEscapedUtf8(sink, text);
+    Utf8Writer(sink).WriteEscaped(text);
     return sink.str();
 }
 
@@ -35,9 +35,11 @@ TEST(Utf8Test, EmptyTextYieldsNothing) {
 
 TEST(Utf8Test, TextWithoutStorageIsRejected) {
     std::ostringstream sink;
-    for (void (*write)(std::ostream&, std::wstring_view) : {WriteUtf8, WriteEscapedUtf8}) {
+    for (void (Utf8Writer::*const write)(std::wstring_view) :
+         {&Utf8Writer::Write, &Utf8Writer::WriteEscaped}) {
         try {
-            write(sink, std::wstring_view());
+            Utf8Writer writer(sink);
+            (writer.*write)(std::wstring_view());
             ADD_FAILURE() << "wrote text that is not there";
         } catch (const std::invalid_argument& error) {
             EXPECT_TRUE(std::string_view(error.what()).ends_with(") : pWideCharStr is null.\n"));
@@ -87,9 +89,30 @@ TEST(Utf8Test, EscapesTheFiveCharactersEachOnce) {
 TEST(Utf8Test, AFailedSinkTakesNothingAndThrowsNothing) {
     std::ostringstream sink;
     sink.setstate(std::ios::badbit);
-    WriteUtf8(sink, L"a");
-    WriteEscapedUtf8(sink, L"&");
+    {
+        Utf8Writer writer(sink);
+        writer.Write(L"a");
+        writer.WriteEscaped(L"&");
+    }
     EXPECT_EQ("", sink.str());
+}
+
+TEST(Utf8Test, KeepsTheOrderOfPiecesOfAnyLength) {
+    std::ostringstream sink;
+    std::string expected;
+    {
+        Utf8Writer writer(sink);
+        for (const std::size_t length : {0u, 1u, 1364u, 1365u, 1366u, 4095u, 4096u, 4097u, 9000u}) {
+            writer.WriteAscii(std::string(length, 'a'));
+            writer.Write(std::wstring(length, L'b'));
+            writer.Write(std::wstring(length, L'\x20AC'));
+            writer.WriteEscaped(std::wstring(length, L'&'));
+            expected += std::string(length, 'a') + std::string(length, 'b');
+            for (std::size_t i = 0; i < length; ++i) expected += "\xE2\x82\xAC";
+            for (std::size_t i = 0; i < length; ++i) expected += "&amp;";
+        }
+    }
+    EXPECT_EQ(expected, sink.str());
 }
 
 }  // namespace
