@@ -1,9 +1,12 @@
 #include "base/xml/xmlmarger.h"
 
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <vector>
 
 #include "base/logging/check.h"
 #include "platform/bstr.h"
@@ -87,6 +90,42 @@ void Declare(IXMLDOMDocument2* pDocument, IXMLDOMNode* pElement, const Namespace
 
 }  // namespace
 
+// The children of a base node before anything is appended to it, to be found by key where there are keys.
+class XmlMarger::Level {
+  public:
+    Level(const XmlNodeComparator& comparator, IXMLDOMNode* pParent)
+        : m_comparator(comparator), m_children(ChildrenOf(pParent)) {
+        for (const ComPtr<IXMLDOMNode>& pChild : m_children) {
+            if (!pChild) Throw<std::runtime_error>("Unexpected state.");
+            const std::optional<std::wstring> key = comparator.KeyOf(pChild.Get());
+            if (!key) return;
+            m_byKey[*key].push_back(pChild.Get());
+        }
+    }
+
+    // In the order of the children.
+    [[nodiscard]] std::vector<IXMLDOMNode*> Matches(IXMLDOMNode* pNode) const {
+        if (m_byKey.empty()) return CompareWithEach(pNode);
+        const auto found = m_byKey.find(m_comparator.KeyOf(pNode).value());
+        return found == m_byKey.end() ? std::vector<IXMLDOMNode*>() : found->second;
+    }
+
+    [[nodiscard]] bool IsEmpty() const noexcept { return m_children.empty(); }
+
+  private:
+    [[nodiscard]] std::vector<IXMLDOMNode*> CompareWithEach(IXMLDOMNode* pNode) const {
+        std::vector<IXMLDOMNode*> matches;
+        for (const ComPtr<IXMLDOMNode>& pChild : m_children) {
+            if (m_comparator.IsSameNode(pChild.Get(), pNode)) matches.push_back(pChild.Get());
+        }
+        return matches;
+    }
+
+    const XmlNodeComparator& m_comparator;
+    std::vector<ComPtr<IXMLDOMNode>> m_children;
+    std::unordered_map<std::wstring, std::vector<IXMLDOMNode*>> m_byKey;
+};
+
 void XmlMarger::Merge(IXMLDOMDocument2* pBase, IXMLDOMDocument2* pTarget) {
     ThrowIfNull(pBase, "pBase is null.");
     ThrowIfNull(pTarget, "pTarget is null.");
@@ -96,10 +135,11 @@ void XmlMarger::Merge(IXMLDOMDocument2* pBase, IXMLDOMDocument2* pTarget) {
 
 void XmlMarger::MergeNodes(IXMLDOMNode* pBase, IXMLDOMNode* pTarget) {
     if (!HasChildNodes(pBase) || !HasChildNodes(pTarget)) return;
-    const std::vector<ComPtr<IXMLDOMNode>> baseChildren = ChildrenOf(pBase);
+    const Level level(m_comparator, pBase);
     std::vector<ComPtr<IXMLDOMNode>> missing;
     for (const ComPtr<IXMLDOMNode>& pTargetChild : ChildrenOf(pTarget)) {
-        if (MergeIntoMatches(baseChildren, pTargetChild.Get())) continue;
+        if (!pTargetChild && !level.IsEmpty()) Throw<std::runtime_error>("Unexpected state.");
+        if (MergeIntoMatches(level, pTargetChild.Get())) continue;
         // A document without a declaration does not lack it, and could not take it behind its root.
         if (IsXmlDeclaration(pTargetChild.Get())) continue;
         ThrowIfFailed(pTargetChild->cloneNode(VARIANT_TRUE, missing.emplace_back().Put()));
@@ -110,17 +150,14 @@ void XmlMarger::MergeNodes(IXMLDOMNode* pBase, IXMLDOMNode* pTarget) {
     }
 }
 
-bool XmlMarger::MergeIntoMatches(const std::vector<ComPtr<IXMLDOMNode>>& baseChildren,
-                                 IXMLDOMNode* pTargetChild) {
-    bool matched = false;
-    for (const ComPtr<IXMLDOMNode>& pBaseChild : baseChildren) {
-        if (!pBaseChild || pTargetChild == nullptr) Throw<std::runtime_error>("Unexpected state.");
-        if (!m_comparator.IsSameNode(pBaseChild.Get(), pTargetChild)) continue;
-        DeclareNamespaces(pBaseChild.Get(), pTargetChild);
-        MergeNodes(pBaseChild.Get(), pTargetChild);
-        matched = true;
+bool XmlMarger::MergeIntoMatches(const Level& level, IXMLDOMNode* pTargetChild) {
+    if (level.IsEmpty()) return false;
+    const std::vector<IXMLDOMNode*> matches = level.Matches(pTargetChild);
+    for (IXMLDOMNode* const pMatch : matches) {
+        DeclareNamespaces(pMatch, pTargetChild);
+        MergeNodes(pMatch, pTargetChild);
     }
-    return matched;
+    return !matches.empty();
 }
 
 void XmlMarger::DeclareNamespaces(IXMLDOMNode* pBase, IXMLDOMNode* pTarget) {

@@ -35,7 +35,7 @@ std::wstring NameOf(IXMLDOMNode* pNode) {
 }
 
 // The node's name with the value of its "id" attribute, as in "a#1"; "a" without one.
-std::wstring KeyOf(IXMLDOMNode* pNode) {
+std::wstring TextKeyOf(IXMLDOMNode* pNode) {
     std::wstring key = NameOf(pNode);
     ComPtr<IXMLDOMNamedNodeMap> pAttributes;
     if (pNode->get_attributes(pAttributes.Put()) != S_OK) return key;
@@ -50,8 +50,8 @@ std::wstring KeyOf(IXMLDOMNode* pNode) {
 class KeyComparator : public XmlNodeComparator {
   public:
     bool IsSameNode(IXMLDOMNode* pFirst, IXMLDOMNode* pSecond) const override {
-        const std::wstring first = KeyOf(pFirst);
-        const std::wstring second = KeyOf(pSecond);
+        const std::wstring first = TextKeyOf(pFirst);
+        const std::wstring second = TextKeyOf(pSecond);
         m_pairs.push_back(first + L"|" + second);
         if (m_pairs.size() == m_throwAt) throw HresultError(E_ABORT, "comparator", 1);
         return first == second;

@@ -54,4 +54,16 @@ bool PrintTicketStructureComparator::IsSameNode(IXMLDOMNode* pFirst, IXMLDOMNode
     return TextOf(pFirstName.Get()).View() == TextOf(pSecondName.Get()).View();
 }
 
+// The qualified name, whether there are attributes, and the text of "name" among them: a name holds neither
+// of the two separators.
+std::optional<std::wstring> PrintTicketStructureComparator::KeyOf(IXMLDOMNode* pNode) const {
+    std::wstring key(NameOf(pNode).View());
+    const ComPtr<IXMLDOMNamedNodeMap> pAttributes = AttributesOf(pNode);
+    if (!pAttributes) return key;
+    key += L'>';
+    const ComPtr<IXMLDOMNode> pName = NameAttribute(pAttributes.Get());
+    if (pName) key.append(L"=").append(TextOf(pName.Get()).View());
+    return key;
+}
+
 }  // namespace base::xps::printschema

@@ -13,6 +13,7 @@ namespace base::xps::printschema {
 class PrintTicketStructureComparator : public xml::XmlNodeComparator {
   public:
     [[nodiscard]] bool IsSameNode(IXMLDOMNode* pFirst, IXMLDOMNode* pSecond) const override;
+    [[nodiscard]] std::optional<std::wstring> KeyOf(IXMLDOMNode* pNode) const override;
 };
 
 }  // namespace base::xps::printschema
