@@ -58,9 +58,9 @@ void XpsDocumentProviderFilterBase::OpenPrintTicketProvider() {
     ThrowIfFailed(GetPropertyBag()->GetProperty(L"PerUserPrintTicket", userTicket.Put()));
     ThrowIfFailed(GetPropertyBag()->GetProperty(L"PrinterName", printerName.Put()));
     ThrowIfFailed(GetPropertyBag()->GetProperty(L"UserSecurityToken", userToken.Put()));
-    // A value of another type carries no handle, and without one the provider would be called as the service
+    // Without a handle the thread would take no token at all, and the provider would be called as the service
     // and not as the user.
-    if (userToken.Type() != VT_BYREF) ThrowHresult(DISP_E_TYPEMISMATCH);
+    if (userToken.Type() != VT_BYREF || userToken.Handle() == nullptr) ThrowHresult(DISP_E_TYPEMISMATCH);
     const ComPtr<IPrintReadStream> pUserTicket = OpenStream(userTicket);
     ThrowIfFailed(m_printTicketProvider->Open(pUserTicket.Get(), printerName.Text(), userToken.Handle()));
 }

@@ -11,6 +11,29 @@ namespace base::xps::filterpipeline {
 using logging::Guarded;
 using platform::ComPtr;
 
+namespace {
+
+// An exception is a failure whatever code it carries.
+template <typename Step>
+[[nodiscard]] bool Succeeds(Step&& step) noexcept {
+    try {
+        step();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+// Without memory for the prefix there is none.
+void SetPrivatePrefixFrom(IPrintPipelinePropertyBag* pPipelineBag) noexcept {
+    const bool isSet = Succeeds([&] {
+        printschema::SetPrivatePrefix(DriverPropertyBag(pPipelineBag).ReadString(L"KoraNsPrefix").View());
+    });
+    if (!isSet) printschema::SetPrivatePrefix({});
+}
+
+}  // namespace
+
 XpsFilterBase::XpsFilterBase() { ++s_liveInstances; }
 
 XpsFilterBase::~XpsFilterBase() { --s_liveInstances; }
@@ -19,26 +42,17 @@ HRESULT XpsFilterBase::InitializeFilter(IInterFilterCommunicator* pICommunicator
                                         IPrintPipelinePropertyBag* pIPropertyBag,
                                         IPrintPipelineManagerControl* pIPipelineControl) {
     if (pICommunicator == nullptr || pIPropertyBag == nullptr || pIPipelineControl == nullptr) return E_FAIL;
-    return Guarded([&] {
-        m_pINegotiation = ComPtr(pICommunicator);
-        m_pIPropertyBag = ComPtr(pIPropertyBag);
-        m_pIPipelineControl = ComPtr(pIPipelineControl);
-        const platform::Bstr prefix = DriverPropertyBag(pIPropertyBag).ReadString(L"KoraNsPrefix");
-        printschema::SetPrivatePrefix(prefix.View());
-        return S_OK;
-    });
+    m_pINegotiation = ComPtr(pICommunicator);
+    m_pIPropertyBag = ComPtr(pIPropertyBag);
+    m_pIPipelineControl = ComPtr(pIPipelineControl);
+    SetPrivatePrefixFrom(pIPropertyBag);
+    return S_OK;
 }
 
 HRESULT XpsFilterBase::ShutdownOperation() {
-    const HRESULT stopped = Guarded([&] {
-        OnShutdownOperation();
-        return S_OK;
-    });
-    const HRESULT finished = Guarded([&] {
-        FilterFinished();
-        return S_OK;
-    });
-    return stopped == S_OK && finished == S_OK ? S_OK : E_FAIL;
+    const bool isStopped = Succeeds([this] { OnShutdownOperation(); });
+    const bool isFinished = Succeeds([this] { FilterFinished(); });
+    return isStopped && isFinished ? S_OK : E_FAIL;
 }
 
 HRESULT XpsFilterBase::StartOperation() {

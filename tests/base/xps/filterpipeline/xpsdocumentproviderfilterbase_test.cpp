@@ -244,6 +244,13 @@ TEST_F(PartLoopTest, ATokenOfAnotherTypeFailsBecauseTheProviderWouldRunAsTheServ
     EXPECT_EQ(0u, m_calls.Count("Open stream Printer no token"));
 }
 
+TEST_F(PartLoopTest, ANullTokenFailsBecauseNobodyWouldBeImpersonated) {
+    m_pBag->SetHandle(L"UserSecurityToken", nullptr);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, Run());
+    EXPECT_EQ(0u, m_calls.Count("Open stream Printer no token"));
+    EXPECT_EQ(0u, m_calls.Count("RequestReader"));
+}
+
 TEST_F(PartLoopTest, ANameOfAnotherTypeIsNoNameForTheTicketProvider) {
     m_pBag->SetEmpty(L"PrinterName");
     EXPECT_EQ(S_OK, Run());

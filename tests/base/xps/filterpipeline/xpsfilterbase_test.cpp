@@ -288,6 +288,29 @@ TEST_F(XpsFilterBaseTest, AThreadAlreadyInASingleThreadedApartmentProcessesNorma
     EXPECT_EQ((Calls{"DoOperation", "OnOperationEnd"}), m_calls.Calls());
 }
 
+// As a bag does that the filter has no memory to ask.
+class BagWithoutMemory : public tests::MockPrinterPropertyBag {
+  public:
+    using MockPrinterPropertyBag::MockPrinterPropertyBag;
+    HRESULT STDMETHODCALLTYPE GetString(BSTR, BSTR*) override { throw std::bad_alloc(); }
+};
+
+TEST_F(XpsFilterBaseTest, InitializeFilterWithoutMemoryForThePrefixReturnsSOkWithAnEmptyPrefix) {
+    printschema::SetPrivatePrefix(L"old");
+    m_pBag->SetObject(L"DriverPropertyBag", MakeMock<BagWithoutMemory>(m_calls).Get());
+    EXPECT_EQ(S_OK, Initialize());
+    EXPECT_EQ(L"", PrivatePrefix());
+    EXPECT_EQ(S_OK, m_pFilter->StartOperation());
+}
+
+TEST_F(XpsFilterBaseTest, ShutdownOperationReturnsEFailAlsoForAnExceptionThatCarriesASuccess) {
+    ASSERT_EQ(S_OK, Initialize());
+    m_calls.Clear();
+    m_pFilter->onShutdownOperation = [] { throw exception::HresultError(S_OK, "f", 1); };
+    EXPECT_EQ(E_FAIL, m_pFilter->ShutdownOperation());
+    EXPECT_EQ(1u, m_calls.Count("FilterFinished"));
+}
+
 TEST_F(XpsFilterBaseTest, ShutdownOperationStopsTheSubclassAndThenTellsThePipeline) {
     ASSERT_EQ(S_OK, Initialize());
     EXPECT_EQ(S_OK, m_pFilter->ShutdownOperation());
