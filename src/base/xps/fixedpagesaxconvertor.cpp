@@ -50,7 +50,10 @@ void FixedPageSaxConvertor::Convert(FixedPageSource& source) const {
 
     const ComPtr<IPrintReadStream> readStream = source.GetPageReadStream();
     const auto input = ComPtr<ISequentialStream>::Adopt(new SequentialReadStream(readStream));
-    logging::ThrowIfFailed(reader->parse(platform::Variant(input.Get()).Get()));
+    const HRESULT parsed = reader->parse(platform::Variant(input.Get()).Get());
+    // The handler ends the elements that are open when it goes, but a page that failed gets no more text.
+    if (FAILED(parsed)) sink.setstate(std::ios_base::failbit);
+    logging::ThrowIfFailed(parsed);
 
     blocks.pubsync();
     writeStream->Close();

@@ -10,16 +10,19 @@
 
 namespace base::xps {
 
-// What the rewrite of a page's markup needs of the page. Each operation gives a reference of the caller's own
-// and throws HresultError when the page refuses.
+// A page under validation, and what the rewrite of its markup needs of it: operations that give a reference
+// of the caller's own and throw HresultError when the page refuses.
 class FixedPageSource {
   public:
-    virtual ~FixedPageSource() = default;
-
+    virtual void Validate() = 0;
     [[nodiscard]] virtual platform::ComPtr<IPrintReadStream> GetPageReadStream() = 0;
     [[nodiscard]] virtual platform::ComPtr<IPrintWriteStream> GetPageWriteStream() = 0;
     // A handler that writes the new markup into the sink, which must outlive it.
     [[nodiscard]] virtual platform::ComPtr<ISAXContentHandler> CreateContentHandler(std::ostream& sink) = 0;
+
+  protected:
+    // Nobody owns a page through this class.
+    ~FixedPageSource() = default;
 };
 
 }  // namespace base::xps

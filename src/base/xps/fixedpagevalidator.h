@@ -23,7 +23,7 @@ namespace base::xps {
 //
 // Sizes are in micrometres. The settings are copied; the provider, the writer and the page are borrowed and
 // must outlive the validator.
-class FixedPageValidator : public FixedPageSource {
+class FixedPageValidator final : public FixedPageSource {
   public:
     // Chooses the sheet to fall back to, by the document's ticket and then the job's, never the page's own,
     // and takes a landscape page as the next orientation with its sheet turned. std::invalid_argument when
@@ -36,7 +36,7 @@ class FixedPageValidator : public FixedPageSource {
                        const printschema::PrintableMediaSizeData& printableMediaSize);
 
     // Throws what fails, and takes nothing back: a page whose new ticket failed may be left without one.
-    virtual void Validate();
+    void Validate() override;
 
     // The page's content streams. HresultError when the page refuses.
     [[nodiscard]] platform::ComPtr<IPrintReadStream> GetPageReadStream() override;

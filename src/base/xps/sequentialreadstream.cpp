@@ -13,12 +13,15 @@ HRESULT STDMETHODCALLTYPE SequentialReadStream::Read(void* pBuffer, ULONG cb, UL
     if (pBuffer == nullptr && cb != 0) return E_INVALIDARG;
 
     HRESULT result = S_OK;
+    int emptyAnswers = 0;
     while (SUCCEEDED(result) && !m_endOfFile && *pcbRead < cb) {
         ULONG count = 0;
         BOOL isEnd = FALSE;
         result = m_pStream->ReadBytes(static_cast<BYTE*>(pBuffer) + *pcbRead, cb - *pcbRead, &count, &isEnd);
         *pcbRead += count;
         if (isEnd) m_endOfFile = TRUE;
+        emptyAnswers = count == 0 ? emptyAnswers + 1 : 0;
+        if (SUCCEEDED(result) && !isEnd && emptyAnswers == kMostEmptyAnswers) result = STG_E_READFAULT;
     }
     if (FAILED(result)) return result;
     return *pcbRead < cb ? S_FALSE : S_OK;

@@ -176,6 +176,25 @@ TEST(FixedPageSaxConvertorTest, MarkupThatIsNotWellFormedFailsAndIsNotClosed) {
     }
 }
 
+// The elements that a failure leaves open have end tags of more than a block together.
+TEST(FixedPageSaxConvertorTest, AfterAFailedParseNothingMoreReachesThePage) {
+    const std::string name(4096, 'n');
+    std::string markup = R"(<FixedPage Width="816" Height="1056">)";
+    for (int depth = 0; depth < 100; ++depth) markup += "<" + name + ">";
+    MemoryPage page(markup + "<Path></Broken>");
+    EXPECT_TRUE(FAILED(ResultOf([&] { FixedPageSaxConvertor().Convert(page); })));
+    EXPECT_GT(page.m_output.m_content.size(), 100u * 4096u - 65536u);
+    EXPECT_EQ(std::string::npos, page.m_output.m_content.find("</"));
+    EXPECT_EQ(0, page.m_output.m_closes);
+}
+
+TEST(FixedPageSaxConvertorTest, APageThatAnswersWithoutABytesEndOrFailureFails) {
+    MemoryPage page(kSmallPage);
+    page.m_input.m_mostPerRead = 0;
+    EXPECT_EQ(STG_E_READFAULT, ResultOf([&] { FixedPageSaxConvertor().Convert(page); }));
+    EXPECT_EQ(0, page.m_output.m_closes);
+}
+
 TEST(FixedPageSaxConvertorTest, ReadsEveryEncodingThatTheReaderKnows) {
     const std::u16string text =
         u"<FixedPage Width=\"816\" Height=\"1056\"><Glyphs UnicodeString=\"\u20AC\U0001F600\"/></FixedPage>";
@@ -253,6 +272,7 @@ class RecordingPage final : public FixedPageSource {
   public:
     explicit RecordingPage(std::string failing) : m_failing(std::move(failing)), m_page(kSmallPage) {}
 
+    void Validate() override { FixedPageSaxConvertor().Convert(*this); }
     platform::ComPtr<IPrintReadStream> GetPageReadStream() override {
         Step("read");
         return m_page.GetPageReadStream();

@@ -59,7 +59,8 @@ class MemoryReadStream final : public FakeObject<IPrintReadStream> {
         *pEndOfFile = FALSE;
         if (m_reads == m_failingRead) return m_readResult;
         const std::size_t left = m_content.size() - m_position;
-        const std::size_t count = std::min({left, std::size_t{cbWanted}, m_mostPerRead});
+        const bool isEmpty = m_emptyAnswersBetween != 0 && m_reads % (m_emptyAnswersBetween + 1) != 0;
+        const std::size_t count = isEmpty ? 0 : std::min({left, std::size_t{cbWanted}, m_mostPerRead});
         std::memcpy(pBuffer, m_content.data() + m_position, count);
         m_position += count;
         *pcbRead = static_cast<ULONG>(count);
@@ -72,6 +73,8 @@ class MemoryReadStream final : public FakeObject<IPrintReadStream> {
     std::size_t m_position = 0;
     std::size_t m_reads = 0;
     std::size_t m_mostPerRead = kNever;
+    // How many answers without a byte come before each with some.
+    std::size_t m_emptyAnswersBetween = 0;
     bool m_endComesWithData = true;
     // Counted from 1.
     std::size_t m_failingRead = kNever;

@@ -17,6 +17,7 @@ class MemoryPage : public FixedPageSource {
     explicit MemoryPage(std::string markup, float angle = 270, float scale = 1)
         : m_input(std::move(markup)), m_angle(angle), m_scale(scale) {}
 
+    void Validate() override { FixedPageSaxConvertor().Convert(*this); }
     platform::ComPtr<IPrintReadStream> GetPageReadStream() override {
         return platform::ComPtr<IPrintReadStream>(&m_input);
     }

@@ -50,6 +50,20 @@ TEST_F(SequentialReadStreamTest, AReadPastTheEndIsSFalse) {
     EXPECT_EQ('.', m_buffer[10]);
 }
 
+TEST_F(SequentialReadStreamTest, AStreamThatGivesNothingForEverIsAFailure) {
+    m_source.m_mostPerRead = 0;
+    EXPECT_EQ(STG_E_READFAULT, Read(4));
+    EXPECT_EQ("", Got());
+    EXPECT_EQ(std::size_t{SequentialReadStream::kMostEmptyAnswers}, m_source.m_reads);
+}
+
+TEST_F(SequentialReadStreamTest, OnlyEmptyAnswersInARowCount) {
+    m_source.m_emptyAnswersBetween = SequentialReadStream::kMostEmptyAnswers - 1;
+    m_source.m_mostPerRead = 3;
+    EXPECT_EQ(S_OK, Read(10));
+    EXPECT_EQ("0123456789", Got());
+}
+
 TEST_F(SequentialReadStreamTest, AfterTheEndTheSourceIsNotAskedAgain) {
     EXPECT_EQ(S_OK, Read(10));
     const std::size_t reads = m_source.m_reads;
