@@ -12,6 +12,8 @@ namespace pagevalidatefilter {
 using base::logging::ThrowIfFailed;
 using base::logging::ThrowIfNull;
 using base::xps::filterpipeline::XpsDocumentProviderFilterBase;
+using base::xps::printschema::PrintTicketHandler;
+using base::xps::printschema::PrivatePrefix;
 using platform::ComPtr;
 
 PageValidateXpsFilter::PageValidateXpsFilter(
@@ -73,13 +75,21 @@ void PageValidateXpsFilter::OnXpsDocument(IXpsDocument* pXpsDocument) {
 }
 
 void PageValidateXpsFilter::RefreshSettings(EPrintTicketScope scope) {
+    base::xps::printschema::PrintTicketProvider& provider = GetPrintTicketProvider();
     ComPtr<IXMLDOMDocument2> pTicket;
-    ThrowIfFailed(GetPrintTicketProvider().GetTicket(scope, pTicket.Put()));
-    m_pageScaling.Read(pTicket.Get());
-    m_feedDirection.Read(pTicket.Get());
-    m_mediaSize.Read(pTicket.Get());
-    m_pageOrientation.Read(pTicket.Get());
-    m_printableMediaSize.Read(pTicket.Get());
+    ThrowIfFailed(provider.ReadTicket(scope, pTicket.Put()));
+    SettingsSource source = {provider.TicketVersion(scope), PrivatePrefix()};
+    if (source.ticketVersion != 0 && source == m_settingsSource) return;
+
+    // Until all five are read they are of no ticket in particular.
+    m_settingsSource = {};
+    const PrintTicketHandler ticket(pTicket.Get());
+    m_pageScaling.ReadFrom(ticket);
+    m_feedDirection.ReadFrom(ticket);
+    m_mediaSize.ReadFrom(ticket);
+    m_pageOrientation.ReadFrom(ticket);
+    m_printableMediaSize.ReadFrom(ticket);
+    m_settingsSource = std::move(source);
 }
 
 void PageValidateXpsFilter::CloseWriter() {

@@ -2,7 +2,9 @@
 
 #include "platform/windows.h"
 
+#include <cstdint>
 #include <memory>
+#include <string>
 
 #include "base/xps/filterpipeline/xpsdocumentproviderfilterbase.h"
 #include "base/xps/printschema/inputbindata.h"
@@ -49,6 +51,14 @@ class PageValidateXpsFilter : private ModuleReference,  // the last to go
     void OnXpsDocument(IXpsDocument* pXpsDocument) override;
 
   private:
+    // What the settings were read from last; reading it again would change none of them.
+    struct SettingsSource {
+        std::uint64_t ticketVersion = 0;
+        std::wstring privatePrefix;
+
+        [[nodiscard]] bool operator==(const SettingsSource&) const = default;
+    };
+
     // Throws HresultError when the scope has no effective ticket. A setting that the ticket does not state
     // stays as it was.
     void RefreshSettings(EPrintTicketScope scope);
@@ -63,6 +73,7 @@ class PageValidateXpsFilter : private ModuleReference,  // the last to go
     base::xps::printschema::MediaSizeData m_mediaSize;
     base::xps::printschema::PageOrientationData m_pageOrientation;
     base::xps::printschema::PrintableMediaSizeData m_printableMediaSize;
+    SettingsSource m_settingsSource;
 };
 
 }  // namespace pagevalidatefilter

@@ -8,16 +8,22 @@
 #include "base/logging/log.h"
 #include "base/xml/xmlutility.h"
 #include "base/xps/printschema/namespaces.h"
+#include "base/xps/printschema/ticketdocument.h"
 #include "platform/variant.h"
 
 namespace base::xps {
 
 using platform::ComPtr;
 
-ComPtr<IXMLDOMDocument2> LoadTicket(IPrintReadStream* pReader) {
-    logging::ThrowIfNull(pReader, "pReader is null.");
+ComPtr<IXMLDOMDocument2> LoadTicket(IPrintReadStream* pReader, const std::source_location& where) {
+    logging::ThrowIfNull(pReader, "pReader is null.", where);
     const ComPtr<IStream> stream = io::CreatePrintReadStreamToIStream(pReader);
-    return xml::LoadDom(platform::Variant(stream.Get()).Get());
+    ComPtr<IXMLDOMDocument2> document;
+    logging::ThrowIfFailed(printschema::CreateTicket(document), where);
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    logging::ThrowIfFailed(document->load(platform::Variant(stream.Get()).Get(), &isLoaded), where);
+    if (isLoaded != VARIANT_TRUE) logging::ThrowHresult(E_FAIL, where);
+    return document;
 }
 
 ComPtr<IXMLDOMDocument2> CreateEmptyTicket() {
@@ -28,9 +34,10 @@ ComPtr<IXMLDOMDocument2> CreateEmptyTicket() {
         printschema::kFrameworkNamespace, printschema::kKeywordsNamespace));
 }
 
-void SaveTicket(IXMLDOMDocument2* pDOMDocument, IPrintWriteStream* pWriter) {
-    logging::ThrowIfNull(pDOMDocument, "pDOMDocument is null.");
-    logging::ThrowIfNull(pWriter, "pWriter is null.");
+void SaveTicket(IXMLDOMDocument2* pDOMDocument, IPrintWriteStream* pWriter,
+                const std::source_location& where) {
+    logging::ThrowIfNull(pDOMDocument, "pDOMDocument is null.", where);
+    logging::ThrowIfNull(pWriter, "pWriter is null.", where);
     const ComPtr<IStream> stream = io::CreatePrintWriteStreamToIStream(pWriter);
     static_cast<void>(pDOMDocument->save(platform::Variant(stream.Get()).Get()));
 }

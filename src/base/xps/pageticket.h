@@ -3,6 +3,7 @@
 #include "platform/windows.h"
 
 #include <cstdint>
+#include <source_location>
 #include <string>
 #include <string_view>
 
@@ -14,15 +15,17 @@
 namespace base::xps {
 
 // std::invalid_argument for a null stream, HresultError with E_FAIL for a ticket that is not well formed and
-// with the failing call's own code otherwise.
-[[nodiscard]] platform::ComPtr<IXMLDOMDocument2> LoadTicket(IPrintReadStream* pReader);
+// with the failing call's own code otherwise. The messages name the caller's source.
+[[nodiscard]] platform::ComPtr<IXMLDOMDocument2> LoadTicket(
+    IPrintReadStream* pReader, const std::source_location& where = std::source_location::current());
 
 // A ticket without any feature.
 [[nodiscard]] platform::ComPtr<IXMLDOMDocument2> CreateEmptyTicket();
 
 // Writes the document; the stream stays open. What the document says of the writing is not looked at.
-// std::invalid_argument when either is null.
-void SaveTicket(IXMLDOMDocument2* pDOMDocument, IPrintWriteStream* pWriter);
+// std::invalid_argument when either is null; the message names the caller's source.
+void SaveTicket(IXMLDOMDocument2* pDOMDocument, IPrintWriteStream* pWriter,
+                const std::source_location& where = std::source_location::current());
 
 // The name of the ticket that replaces the one of the given name: its folder, a backslash whatever separator
 // the old name has, and its file name behind "pagevalidator_" and the number. A name without a separator is

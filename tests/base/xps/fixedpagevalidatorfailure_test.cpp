@@ -50,6 +50,21 @@ TEST_F(FixedPageValidatorTest, AnOldTicketThatIsNotWellFormedFailsAndIsNotDelete
     EXPECT_FALSE(IsTurned());
 }
 
+TEST_F(FixedPageValidatorTest, FailuresOfThePagesTicketNameTheValidatorsSource) {
+    m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
+    for (const bool hasStream : {true, false}) {
+        GiveTicket(L"/t.xml", "<psf:PrintTicket");
+        m_ticket->m_hasNoStream = !hasStream;
+        try {
+            Validate();
+            FAIL();
+        } catch (const std::exception& error) {
+            EXPECT_TRUE(std::string_view(error.what()).starts_with("base/xps/fixedpagevalidator.cpp("))
+                << error.what();
+        }
+    }
+}
+
 TEST_F(FixedPageValidatorTest, AnOldTicketWithoutAStreamIsNamed) {
     GiveTicket();
     m_ticket->m_hasNoStream = true;

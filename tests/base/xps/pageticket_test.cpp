@@ -74,7 +74,7 @@ std::string MessageOf(void (*action)()) {
         return "nothing was thrown";
     } catch (const std::invalid_argument& error) {
         const std::string message = error.what();
-        EXPECT_TRUE(message.starts_with("base/xps/pageticket.cpp(")) << message;
+        EXPECT_TRUE(message.starts_with("tests/base/xps/pageticket_test.cpp(")) << message;
         return message.substr(message.find(" : "));
     }
 }

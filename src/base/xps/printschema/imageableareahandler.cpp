@@ -4,26 +4,24 @@
 #include <utility>
 
 #include "base/logging/check.h"
-#include "base/xml/xmlutility.h"
 #include "base/xps/printschema/mediasizedata.h"
 #include "base/xps/printschema/printschemahandler.h"
+#include "base/xps/printschema/ticketdocument.h"
 #include "platform/comptr.h"
-#include "platform/variant.h"
 
 namespace base::xps::printschema {
 
 using logging::ThrowIfFailed;
 using platform::ComPtr;
-using platform::Variant;
 
 namespace {
 
 [[nodiscard]] ComPtr<IXMLDOMDocument2> CapabilitiesFor(PrintTicketProvider& provider,
                                                        const MediaSizeOption& mediaSize) {
     ComPtr<IXMLDOMDocument2> pPageTicket;
-    ThrowIfFailed(provider.GetTicket(kPTPageScope, pPageTicket.Put()));
-    const Variant source(static_cast<IUnknown*>(pPageTicket.Get()));
-    const ComPtr<IXMLDOMDocument2> pTicket = xml::LoadDom(source.Get());
+    ThrowIfFailed(provider.ReadTicket(kPTPageScope, pPageTicket.Put()));
+    ComPtr<IXMLDOMDocument2> pTicket;
+    ThrowIfFailed(CopyTicket(pPageTicket.Get(), pTicket));
     MediaSizeData(mediaSize).Write(pTicket.Get());
 
     ComPtr<IXMLDOMDocument2> pCapabilities;

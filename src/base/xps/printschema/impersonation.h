@@ -14,7 +14,8 @@ class Impersonation {
     Impersonation& operator=(const Impersonation&) = delete;
     ~Impersonation();
 
-    // S_OK, or the failure that kept the thread from taking the token.
+    // S_OK, or the failure that kept the thread from taking the token: E_FAIL when the system gives no
+    // reason.
     [[nodiscard]] HRESULT Result() const noexcept { return m_result; }
 
   private:

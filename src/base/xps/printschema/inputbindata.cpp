@@ -28,10 +28,10 @@ const SchemaBase& InputBinData::GetFeatureNames() const { return InputBinFeature
 
 const SchemaBase& InputBinData::GetOptionNames() const { return InputBinOptionNames::Instance(); }
 
-void InputBinData::OnRead(const PrintSchemaHandler& handler, const Qname& featureName) {
+void InputBinData::OnRead(const PrintSchemaHandler& handler, const Qname&, IXMLDOMNode* pOption) {
     platform::Bstr direction;
-    const std::wstring query = handler.OptionScoredPropertyQuery(featureName, FeedDirectionName());
-    if (FAILED(handler.ReadLocalName(query, direction.Put()))) return;
+    if (FAILED(handler.ReadLocalName(pOption, PropertyKind::Scored, FeedDirectionName(), direction.Put())))
+        return;
     const std::uint32_t id = FeedDirectionOptionNames::Instance().IndexOf(SchemaNamespace::Keywords,
                                                                           std::wstring(direction.View()));
     if (id != SchemaBase::NotFound) m_feedDirection = static_cast<std::int32_t>(id);

@@ -30,7 +30,7 @@ class InputBinData : public PrintTicketFunctionOption {
 
   protected:
     // An option without a feed direction, or with one that the list does not know, leaves it as it was.
-    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName) override;
+    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption) override;
     // Writes the feed direction when there is one. HresultError for a failing DOM call.
     void OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope scope) const override;
 

@@ -1,10 +1,13 @@
 #include "base/xps/printschema/mediasizedata.h"
 
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 #include "base/logging/check.h"
 #include "base/logging/exceptions.h"
 #include "base/xps/printschema/measurementsystem.h"
+#include "base/xps/printschema/privateprefix.h"
 #include "platform/comptr.h"
 
 namespace base::xps::printschema {
@@ -32,12 +35,19 @@ void AppendLength(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, co
     return *MediaSizeTable::Instance().ById(id);
 }
 
-[[nodiscard]] MediaSizeData ReadFrom(PrintTicketProvider& provider, Scope scope) {
+// Of the scope's effective ticket, which is read once for as long as it stays what it is.
+[[nodiscard]] TicketMedia MediaOf(PrintTicketProvider& provider, Scope scope) {
+    const EPrintTicketScope ticketScope = ToPrintTicketScope(scope);
+    std::wstring privatePrefix = PrivatePrefix();
+    const TicketMedia* const pKept = provider.KeptMedia(ticketScope);
+    if (pKept != nullptr && pKept->privatePrefix == privatePrefix) return *pKept;
     ComPtr<IXMLDOMDocument2> pTicket;
-    ThrowIfFailed(provider.GetTicket(ToPrintTicketScope(scope), pTicket.Put()));
+    ThrowIfFailed(provider.ReadTicket(ticketScope, pTicket.Put()));
     MediaSizeData mediaSize;
     mediaSize.Read(pTicket.Get());
-    return mediaSize;
+    TicketMedia media = {std::move(privatePrefix), mediaSize.GetSize(), mediaSize.ToRecord()};
+    provider.KeepMedia(ticketScope, media);
+    return media;
 }
 
 }  // namespace
@@ -119,8 +129,8 @@ MediaSizeOption MediaSizeData::SelectPrintableMediaSize(PrintTicketProvider& pro
                                                         const PrintableMediaRange& range, Scope start) {
     for (const Scope scope : {Scope::Page, Scope::Document, Scope::Job}) {
         if (scope > start) continue;
-        const MediaSizeData mediaSize = ReadFrom(provider, scope);
-        if (range.Contains(mediaSize.GetSize())) return mediaSize.ToRecord();
+        const TicketMedia media = MediaOf(provider, scope);
+        if (range.Contains(media.size)) return media.record;
     }
     MediaSizeOption usual = UsualMediaSize();
     if (range.Contains(usual.size)) return usual;
@@ -130,12 +140,10 @@ MediaSizeOption MediaSizeData::SelectPrintableMediaSize(PrintTicketProvider& pro
     return smallest.ToRecord();
 }
 
-void MediaSizeData::OnRead(const PrintSchemaHandler& handler, const Qname& featureName) {
+void MediaSizeData::OnRead(const PrintSchemaHandler& handler, const Qname&, IXMLDOMNode* pOption) {
     MediaDimensions size;
-    const HRESULT height =
-        handler.ReadInteger(handler.OptionScoredPropertyQuery(featureName, HeightName), &size.height);
-    const HRESULT width =
-        handler.ReadInteger(handler.OptionScoredPropertyQuery(featureName, WidthName), &size.width);
+    const HRESULT height = handler.ReadInteger(pOption, PropertyKind::Scored, HeightName, &size.height);
+    const HRESULT width = handler.ReadInteger(pOption, PropertyKind::Scored, WidthName, &size.width);
     if (SUCCEEDED(height) && SUCCEEDED(width)) {
         m_size = size;
         return;

@@ -61,7 +61,7 @@ class MediaSizeData : public PrintTicketFunctionOption {
   protected:
     // Reads the size that the option states. std::runtime_error when it states none and is not a standard
     // size.
-    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName) override;
+    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption) override;
     // Writes the size into the option, the height first. std::runtime_error when a standard option has
     // another size than its own, HresultError for a failing DOM call; what was written stays.
     void OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope scope) const override;

@@ -8,12 +8,12 @@ namespace base::xps::printschema {
 namespace {
 
 // Both lengths of the option, or neither.
-[[nodiscard]] MediaDimensions ReadSize(const PrintSchemaHandler& handler, const Qname& featureName,
+[[nodiscard]] MediaDimensions ReadSize(const PrintSchemaHandler& handler, IXMLDOMNode* pOption,
                                        const wchar_t* widthName, const wchar_t* heightName) {
     MediaDimensions size;
     const auto read = [&](const wchar_t* name, std::int32_t& length) {
         const Qname property = {SchemaNamespace::Private, name};
-        return SUCCEEDED(handler.ReadInteger(handler.OptionPropertyQuery(featureName, property), &length));
+        return SUCCEEDED(handler.ReadInteger(pOption, PropertyKind::Plain, property, &length));
     };
     const bool isRead = read(widthName, size.width) && read(heightName, size.height);
     return isRead ? size : MediaDimensions();
@@ -37,9 +37,9 @@ const SchemaBase& PrintableMediaSizeData::GetOptionNames() const {
     return PrintableMediaSizePropertyNames::Instance();
 }
 
-void PrintableMediaSizeData::OnRead(const PrintSchemaHandler& handler, const Qname& featureName) {
-    m_range.minimum = ReadSize(handler, featureName, L"MinWidth", L"MinHeight");
-    m_range.maximum = ReadSize(handler, featureName, L"MaxWidth", L"MaxHeight");
+void PrintableMediaSizeData::OnRead(const PrintSchemaHandler& handler, const Qname&, IXMLDOMNode* pOption) {
+    m_range.minimum = ReadSize(handler, pOption, L"MinWidth", L"MinHeight");
+    m_range.maximum = ReadSize(handler, pOption, L"MaxWidth", L"MaxHeight");
     const bool isInverted =
         m_range.minimum.width > m_range.maximum.width || m_range.minimum.height > m_range.maximum.height;
     if (isInverted) logging::Throw<std::logic_error>("printticket is in invalid state.");

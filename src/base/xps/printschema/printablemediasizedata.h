@@ -28,7 +28,7 @@ class PrintableMediaSizeData : public PrintTicketFunctionOption {
   protected:
     // A minimum, or a maximum, of which the option does not state both width and height as integers reads as
     // 0 x 0. std::logic_error when a minimum is then above its maximum.
-    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName) override;
+    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption) override;
     // HresultError for a failing DOM call; what was written stays.
     void OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope scope) const override;
 

@@ -1,40 +1,73 @@
 #include "base/xps/printschema/printschemahandler.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "base/logging/check.h"
 #include "base/logging/exceptions.h"
 #include "base/xps/printschema/namespaces.h"
+#include "platform/inorder.h"
 #include "platform/variant.h"
 
 namespace base::xps::printschema {
 
-using exception::CXDException;
 using platform::Bstr;
 using platform::ComPtr;
+using platform::InOrder;
 using platform::Variant;
 
 namespace {
 
 constexpr auto LastNamespace = static_cast<std::uint32_t>(SchemaNamespace::Fallback);
 
-void Require(HRESULT hr) {
-    if (FAILED(hr)) throw CXDException(hr);
-}
-
 [[nodiscard]] HRESULT SetProperty(IXMLDOMDocument2* pDocument, std::wstring_view name,
                                   std::wstring_view value) {
     return pDocument->setProperty(Bstr(name).Get(), Variant(value).Get());
 }
 
-// The text between "xmlns:" and the end of a declaration's name, with a colon.
-[[nodiscard]] HRESULT PrefixOfDeclaration(IXMLDOMNode* pAttribute, BSTR* pPrefix) {
-    constexpr std::wstring_view xmlns = L"xmlns:";
+// An attribute of the root, which may be the declaration of a prefix.
+struct RootAttribute {
+    std::wstring name;
+    std::wstring value;
+};
+
+[[nodiscard]] HRESULT ReadAttribute(IXMLDOMNode* pAttribute, RootAttribute& attribute) {
     Bstr name;
-    const HRESULT named = pAttribute->get_nodeName(name.Put());
-    if (FAILED(named)) return named;
-    if (!name.View().starts_with(xmlns) || name.View() == xmlns) return E_FAIL;
-    *pPrefix = Bstr(std::wstring(name.View().substr(xmlns.size())) + L':').Detach();
+    Variant value;
+    return InOrder([&] { return pAttribute->get_nodeName(name.Put()); },
+                   [&] { return pAttribute->get_nodeValue(value.Put()); },
+                   [&] {
+                       const BSTR text = value.Text();
+                       attribute = {std::wstring(name.View()), std::wstring(text, SysStringLen(text))};
+                       return S_OK;
+                   });
+}
+
+// The last answer of the walk, S_FALSE at its end.
+[[nodiscard]] HRESULT ReadAttributes(IXMLDOMNode* pElement, std::vector<RootAttribute>& attributes) {
+    ComPtr<IXMLDOMNamedNodeMap> pMap;
+    const HRESULT mapped = pElement->get_attributes(pMap.Put());
+    if (mapped != S_OK) return mapped;
+    const HRESULT reset = pMap->reset();
+    if (FAILED(reset)) return reset;
+    for (;;) {
+        ComPtr<IXMLDOMNode> pAttribute;
+        const HRESULT walked = pMap->nextNode(pAttribute.Put());
+        if (walked != S_OK) return walked;
+        const HRESULT read = ReadAttribute(pAttribute.Get(), attributes.emplace_back());
+        if (FAILED(read)) return read;
+    }
+}
+
+// S_FALSE when no attribute has the value.
+[[nodiscard]] HRESULT PrefixFor(std::wstring_view uri, const std::vector<RootAttribute>& attributes,
+                                BSTR* pPrefix) {
+    constexpr std::wstring_view kDeclaration = L"xmlns:";
+    const auto found = std::ranges::find(attributes, uri, &RootAttribute::value);
+    if (found == attributes.end()) return S_FALSE;
+    if (!found->name.starts_with(kDeclaration) || found->name == kDeclaration) return E_FAIL;
+    *pPrefix = Bstr(found->name.substr(kDeclaration.size()) + L':').Detach();
     return S_OK;
 }
 
@@ -44,29 +77,41 @@ PrintSchemaHandler::PrintSchemaHandler(std::wstring_view rootName, IXMLDOMDocume
     : m_pDocument(pDocument), m_rootName(rootName) {
     HRESULT attached = S_OK;
     try {
-        Attach();
-    } catch (const CXDException& failure) {
+        attached = Attach();
+    } catch (const exception::CXDException& failure) {
         attached = failure.GetHresult();
     }
     logging::ThrowIfFailed(attached);
 }
 
-void PrintSchemaHandler::Attach() {
-    if (!m_pDocument) throw CXDException(E_PENDING);
-    Require(SetProperty(m_pDocument.Get(), L"SelectionLanguage", L"XPath"));
-    Require(SelectWithPrefix(L"psf"));
-    FindPrefixes();
-    EnsurePrivatePrefix();
-    const std::wstring_view framework = m_frameworkPrefix.View();
-    if (framework.empty()) throw CXDException(E_FAIL);
-    Require(SelectWithPrefix(framework.substr(0, framework.size() - 1)));
+HRESULT PrintSchemaHandler::Attach() {
+    if (!m_pDocument) return E_PENDING;
+    return InOrder([this] { return SetProperty(m_pDocument.Get(), L"SelectionLanguage", L"XPath"); },
+                   [this] { return SelectWithPrefix(L"psf"); }, [this] { return FindPrefixes(); },
+                   [this] {
+                       EnsurePrivatePrefix();
+                       const std::wstring_view framework = m_frameworkPrefix.View();
+                       return framework.empty() ? E_FAIL
+                                                : SelectWithPrefix(framework.substr(0, framework.size() - 1));
+                   });
 }
 
-void PrintSchemaHandler::FindPrefixes() {
-    Require(FindPrefix(kFrameworkNamespace, m_frameworkPrefix.Put()));
-    Require(FindPrefix(kKeywordsNamespace, m_keywordPrefix.Put()));
-    Require(FindPrefix(kXmlSchemaInstanceNamespace, m_instancePrefix.Put()));
-    Require(FindPrefix(kXmlSchemaNamespace, m_schemaPrefix.Put()));
+HRESULT PrintSchemaHandler::FindPrefixes() {
+    std::vector<RootAttribute> attributes;
+    const auto find = [&](std::wstring_view uri, Bstr& prefix) {
+        return [&, uri] { return PrefixFor(uri, attributes, prefix.Put()); };
+    };
+    ComPtr<IXMLDOMNode> pRoot;
+    const HRESULT found = SelectRoot(pRoot.Put());
+    if (found != S_OK) return found;
+    return InOrder([&] { return ReadAttributes(pRoot.Get(), attributes); },
+                   find(kFrameworkNamespace, m_frameworkPrefix), find(kKeywordsNamespace, m_keywordPrefix),
+                   find(kXmlSchemaInstanceNamespace, m_instancePrefix),
+                   find(kXmlSchemaNamespace, m_schemaPrefix));
+}
+
+HRESULT PrintSchemaHandler::SelectRoot(IXMLDOMNode** ppRoot) const {
+    return SelectSingleNode(L"//psf:" + std::wstring(m_rootName.View()), ppRoot);
 }
 
 HRESULT PrintSchemaHandler::SelectWithPrefix(std::wstring_view prefix) const {
@@ -78,27 +123,12 @@ HRESULT PrintSchemaHandler::FindPrefix(std::wstring_view uri, BSTR* pPrefix) con
     if (pPrefix == nullptr) return E_POINTER;
     *pPrefix = nullptr;
     if (uri.empty()) return E_INVALIDARG;
-
     ComPtr<IXMLDOMNode> pRoot;
-    const HRESULT selected = SelectSingleNode(L"//psf:" + std::wstring(m_rootName.View()), pRoot.Put());
-    if (selected != S_OK) return selected;
-    ComPtr<IXMLDOMNamedNodeMap> pAttributes;
-    const HRESULT mapped = pRoot->get_attributes(pAttributes.Put());
-    if (mapped != S_OK) return mapped;
-    const HRESULT reset = pAttributes->reset();
-    if (FAILED(reset)) return reset;
-
-    for (;;) {
-        ComPtr<IXMLDOMNode> pAttribute;
-        const HRESULT walked = pAttributes->nextNode(pAttribute.Put());
-        if (walked != S_OK) return walked;
-        Variant value;
-        const HRESULT read = pAttribute->get_nodeValue(value.Put());
-        if (FAILED(read)) return read;
-        const BSTR text = value.Text();
-        if (std::wstring_view(text, SysStringLen(text)) == uri)
-            return PrefixOfDeclaration(pAttribute.Get(), pPrefix);
-    }
+    const HRESULT found = SelectRoot(pRoot.Put());
+    if (found != S_OK) return found;
+    std::vector<RootAttribute> attributes;
+    return InOrder([&] { return ReadAttributes(pRoot.Get(), attributes); },
+                   [&] { return PrefixFor(uri, attributes, pPrefix); });
 }
 
 std::wstring PrintSchemaHandler::GetPrefix(SchemaNamespace space) const {

@@ -14,6 +14,9 @@
 
 namespace base::xps::printschema {
 
+// How an option or a device states a value: as it is, or as one that counts when options are compared.
+enum class PropertyKind { Plain, Scored };
+
 // Finds, reads, creates and removes the elements of one loaded print ticket or print capabilities document,
 // with the prefixes that the document itself declares on its root. Made for one operation on one document,
 // used by one thread.
@@ -50,9 +53,6 @@ class PrintSchemaHandler {
     [[nodiscard]] std::wstring OptionQuery(const Qname& feature) const;
     [[nodiscard]] std::wstring PropertyQuery(const Qname& property) const;
     [[nodiscard]] std::wstring ScoredPropertyQuery(const Qname& property) const;
-    // Within the feature's own option, so that properties of one name in two features are not mixed up.
-    [[nodiscard]] std::wstring OptionPropertyQuery(const Qname& feature, const Qname& property) const;
-    [[nodiscard]] std::wstring OptionScoredPropertyQuery(const Qname& feature, const Qname& property) const;
 
     // The first match in document order. E_INVALIDARG for an empty query.
     [[nodiscard]] HRESULT SelectSingleNode(std::wstring_view query, IXMLDOMNode** ppNode) const;
@@ -70,14 +70,20 @@ class PrintSchemaHandler {
     // ReadValue as a decimal number, white space round it allowed. HRESULT_FROM_WIN32(ERROR_INVALID_DATA) for
     // a text that is no 32-bit integer; *pValue is then as it was.
     [[nodiscard]] HRESULT ReadInteger(std::wstring_view query, std::int32_t* pValue) const;
-    // ReadValue as a name of which only the local part counts: a qualified name with any prefix, or a bare
-    // word, white space round it allowed.
-    [[nodiscard]] HRESULT ReadLocalName(std::wstring_view query, BSTR* pName) const;
+    // The same for the first property, or scored property, of the name below a node, at any depth. Below the
+    // node that GetOption gave they are the values of the selected option and of no other. A local name is
+    // that of a qualified name with any prefix, or a bare word, white space round it allowed.
+    [[nodiscard]] HRESULT ReadInteger(IXMLDOMNode* pBelow, PropertyKind kind, const Qname& property,
+                                      std::int32_t* pValue) const;
+    [[nodiscard]] HRESULT ReadLocalName(IXMLDOMNode* pBelow, PropertyKind kind, const Qname& property,
+                                        BSTR* pName) const;
 
     // The selected option of the feature, without its prefix: the name of its first Option or the Value of
     // its OptionName scored property, whichever comes first in the document. Which prefix that property has
     // is told by the option's namespace; an Option is found under any. HRESULT_FROM_WIN32(ERROR_NOT_FOUND)
-    // when there is none.
+    // when there is none. The node is the Option or the Value.
+    [[nodiscard]] HRESULT GetOption(const Qname& feature, SchemaNamespace optionSpace, BSTR* pOption,
+                                    IXMLDOMNode** ppNode) const;
     [[nodiscard]] HRESULT GetOptionName(const Qname& feature, SchemaNamespace optionSpace,
                                         BSTR* pOption) const;
 
@@ -126,9 +132,9 @@ class PrintSchemaHandler {
     [[nodiscard]] HRESULT FindPrefix(std::wstring_view uri, BSTR* pPrefix) const;
 
   private:
-    // Throw CXDException.
-    void Attach();
-    void FindPrefixes();
+    [[nodiscard]] HRESULT Attach();
+    [[nodiscard]] HRESULT FindPrefixes();
+    [[nodiscard]] HRESULT SelectRoot(IXMLDOMNode** ppRoot) const;
 
     [[nodiscard]] HRESULT SelectWithPrefix(std::wstring_view prefix) const;
     [[nodiscard]] std::wstring Stripped(std::wstring_view text, SchemaNamespace first) const;
@@ -136,8 +142,12 @@ class PrintSchemaHandler {
     [[nodiscard]] std::wstring ElementName(std::wstring_view localName) const;
     [[nodiscard]] std::wstring NamedElementQuery(std::wstring_view elementName, const Qname& name) const;
 
-    [[nodiscard]] HRESULT SelectChild(IXMLDOMNode* pParent, std::wstring_view elementName,
-                                      IXMLDOMNode** ppChild) const;
+    [[nodiscard]] HRESULT SelectBelow(IXMLDOMNode* pContext, std::wstring_view query,
+                                      IXMLDOMNode** ppNode) const;
+    [[nodiscard]] HRESULT SelectProperty(IXMLDOMNode* pBelow, PropertyKind kind, const Qname& property,
+                                         IXMLDOMNode** ppProperty) const;
+    // The text of the node's Value, or of the parameter that its ParameterRef refers to.
+    [[nodiscard]] HRESULT ValueOf(IXMLDOMNode* pNode, BSTR* pText) const;
     [[nodiscard]] HRESULT GetParameterValue(IXMLDOMNode* pReference, BSTR* pText) const;
     [[nodiscard]] HRESULT FindParameter(std::wstring_view name, IXMLDOMNode** ppParameter) const;
 

@@ -5,12 +5,15 @@
 #include "base/xps/printschema/printschemahandler.h"
 #include "base/xps/printschema/valuetext.h"
 #include "base/xps/printschema/xpathliteral.h"
+#include "platform/inorder.h"
 #include "platform/variant.h"
 
 namespace base::xps::printschema {
 
 using platform::Bstr;
 using platform::ComPtr;
+using platform::InOrder;
+using platform::InOrderWhileFound;
 using platform::Variant;
 
 namespace {
@@ -30,17 +33,27 @@ namespace {
     return *pText == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
+[[nodiscard]] HRESULT CopyText(const Variant& text, BSTR* pText) noexcept {
+    return CopyText({text.Text(), SysStringLen(text.Text())}, pText);
+}
+
 [[nodiscard]] HRESULT TypedText(IXMLDOMNode* pNode, BSTR* pText) {
     Variant value;
     const HRESULT read = pNode->get_nodeTypedValue(value.Put());
     if (read != S_OK) return read;
-    if (value.Type() == VT_BSTR) return CopyText({value.Text(), SysStringLen(value.Text())}, pText);
+    if (value.Type() == VT_BSTR) return CopyText(value, pText);
     // The source is only read, though its declaration does not say so.
     VARIANT* pSource = const_cast<VARIANT*>(&value.Get());
     Variant text;
-    const HRESULT converted = VariantChangeTypeEx(text.Put(), pSource, LOCALE_INVARIANT, 0, VT_BSTR);
-    if (FAILED(converted)) return converted;
-    return CopyText({text.Text(), SysStringLen(text.Text())}, pText);
+    return InOrder([&] { return VariantChangeTypeEx(text.Put(), pSource, LOCALE_INVARIANT, 0, VT_BSTR); },
+                   [&] { return CopyText(text, pText); });
+}
+
+[[nodiscard]] HRESULT ToInteger(const Bstr& text, std::int32_t* pValue) {
+    const std::optional<std::int32_t> value = ParseInteger(text.View());
+    if (!value) return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+    *pValue = *value;
+    return S_OK;
 }
 
 }  // namespace
@@ -65,24 +78,10 @@ std::wstring PrintSchemaHandler::ScoredPropertyQuery(const Qname& property) cons
     return NamedElementQuery(L"ScoredProperty", property);
 }
 
-std::wstring PrintSchemaHandler::OptionPropertyQuery(const Qname& feature, const Qname& property) const {
-    return OptionQuery(feature) + PropertyQuery(property);
-}
-
-std::wstring PrintSchemaHandler::OptionScoredPropertyQuery(const Qname& feature,
-                                                           const Qname& property) const {
-    return OptionQuery(feature) + ScoredPropertyQuery(property);
-}
-
 HRESULT PrintSchemaHandler::SelectSingleNode(std::wstring_view query, IXMLDOMNode** ppNode) const {
     if (ppNode == nullptr) return E_POINTER;
     *ppNode = nullptr;
-    if (query.empty()) return E_INVALIDARG;
-    ComPtr<IXMLDOMNode> pNode;
-    const HRESULT selected = m_pDocument->selectSingleNode(Bstr(query).Get(), pNode.Put());
-    const HRESULT result = ResultOf(selected, pNode);
-    if (result == S_OK) *ppNode = pNode.Detach();
-    return result;
+    return query.empty() ? E_INVALIDARG : SelectBelow(m_pDocument.Get(), query, ppNode);
 }
 
 HRESULT PrintSchemaHandler::SelectNodes(std::wstring_view elementName, IXMLDOMNodeList** ppList) const {
@@ -92,13 +91,21 @@ HRESULT PrintSchemaHandler::SelectNodes(std::wstring_view elementName, IXMLDOMNo
     return m_pDocument->selectNodes(Bstr(L"//" + ElementName(elementName)).Get(), ppList);
 }
 
-HRESULT PrintSchemaHandler::SelectChild(IXMLDOMNode* pParent, std::wstring_view elementName,
-                                        IXMLDOMNode** ppChild) const {
-    ComPtr<IXMLDOMNode> pChild;
-    const HRESULT selected = pParent->selectSingleNode(Bstr(ElementName(elementName)).Get(), pChild.Put());
-    const HRESULT result = ResultOf(selected, pChild);
-    *ppChild = result == S_OK ? pChild.Detach() : nullptr;
+HRESULT PrintSchemaHandler::SelectBelow(IXMLDOMNode* pContext, std::wstring_view query,
+                                        IXMLDOMNode** ppNode) const {
+    *ppNode = nullptr;
+    ComPtr<IXMLDOMNode> pNode;
+    const HRESULT selected = pContext->selectSingleNode(Bstr(query).Get(), pNode.Put());
+    const HRESULT result = ResultOf(selected, pNode);
+    if (result == S_OK) *ppNode = pNode.Detach();
     return result;
+}
+
+HRESULT PrintSchemaHandler::SelectProperty(IXMLDOMNode* pBelow, PropertyKind kind, const Qname& property,
+                                           IXMLDOMNode** ppProperty) const {
+    const std::wstring query =
+        kind == PropertyKind::Scored ? ScoredPropertyQuery(property) : PropertyQuery(property);
+    return SelectBelow(pBelow, L"." + query, ppProperty);
 }
 
 HRESULT PrintSchemaHandler::GetAttribute(IXMLDOMNode* pNode, std::wstring_view name, BSTR* pValue) const {
@@ -106,39 +113,41 @@ HRESULT PrintSchemaHandler::GetAttribute(IXMLDOMNode* pNode, std::wstring_view n
     *pValue = nullptr;
     if (pNode == nullptr) return E_POINTER;
     ComPtr<IXMLDOMNamedNodeMap> pAttributes;
-    const HRESULT mapped = pNode->get_attributes(pAttributes.Put());
-    if (mapped != S_OK) return mapped;
     ComPtr<IXMLDOMNode> pAttribute;
-    const HRESULT found = pAttributes->getNamedItem(Bstr(name).Get(), pAttribute.Put());
-    const HRESULT result = ResultOf(found, pAttribute);
-    return result == S_OK ? pAttribute->get_text(pValue) : result;
+    return InOrderWhileFound(
+        [&] { return pNode->get_attributes(pAttributes.Put()); },
+        [&] { return ResultOf(pAttributes->getNamedItem(Bstr(name).Get(), pAttribute.Put()), pAttribute); },
+        [&] { return pAttribute->get_text(pValue); });
 }
 
 HRESULT PrintSchemaHandler::GetValue(std::wstring_view query, BSTR* pText) const {
     if (pText == nullptr) return E_POINTER;
     *pText = nullptr;
     ComPtr<IXMLDOMNode> pNode;
-    const HRESULT selected = SelectSingleNode(query, pNode.Put());
-    if (selected != S_OK) return selected;
+    return InOrderWhileFound([&] { return SelectSingleNode(query, pNode.Put()); },
+                             [&] { return ValueOf(pNode.Get(), pText); });
+}
+
+HRESULT PrintSchemaHandler::ValueOf(IXMLDOMNode* pNode, BSTR* pText) const {
     ComPtr<IXMLDOMNode> pValue;
-    const HRESULT valued = SelectChild(pNode.Get(), L"Value", pValue.Put());
+    const HRESULT valued = SelectBelow(pNode, ElementName(L"Value"), pValue.Put());
     if (valued == S_OK) return TypedText(pValue.Get(), pText);
     if (FAILED(valued)) return valued;
     ComPtr<IXMLDOMNode> pReference;
-    const HRESULT referred = SelectChild(pNode.Get(), L"ParameterRef", pReference.Put());
-    return referred == S_OK ? GetParameterValue(pReference.Get(), pText) : referred;
+    return InOrderWhileFound(
+        [&] { return SelectBelow(pNode, ElementName(L"ParameterRef"), pReference.Put()); },
+        [&] { return GetParameterValue(pReference.Get(), pText); });
 }
 
 HRESULT PrintSchemaHandler::GetParameterValue(IXMLDOMNode* pReference, BSTR* pText) const {
     Bstr name;
-    const HRESULT named = GetAttribute(pReference, L"name", name.Put());
-    if (named != S_OK) return named;
     ComPtr<IXMLDOMNode> pParameter;
-    const HRESULT found = FindParameter(name.View(), pParameter.Put());
-    if (found != S_OK) return found;
     ComPtr<IXMLDOMNode> pValue;
-    const HRESULT valued = SelectChild(pParameter.Get(), L"Value", pValue.Put());
-    return valued == S_OK ? TypedText(pValue.Get(), pText) : valued;
+    return InOrderWhileFound(
+        [&] { return GetAttribute(pReference, L"name", name.Put()); },
+        [&] { return FindParameter(name.View(), pParameter.Put()); },
+        [&] { return SelectBelow(pParameter.Get(), ElementName(L"Value"), pValue.Put()); },
+        [&] { return TypedText(pValue.Get(), pText); });
 }
 
 HRESULT PrintSchemaHandler::FindParameter(std::wstring_view name, IXMLDOMNode** ppParameter) const {
@@ -167,26 +176,37 @@ HRESULT PrintSchemaHandler::ReadValue(std::wstring_view query, BSTR* pText) cons
 HRESULT PrintSchemaHandler::ReadInteger(std::wstring_view query, std::int32_t* pValue) const {
     if (pValue == nullptr) return E_POINTER;
     Bstr text;
-    const HRESULT read = ReadValue(query, text.Put());
-    if (FAILED(read)) return read;
-    const std::optional<std::int32_t> value = ParseInteger(text.View());
-    if (!value) return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
-    *pValue = *value;
-    return S_OK;
+    return InOrder([&] { return ReadValue(query, text.Put()); }, [&] { return ToInteger(text, pValue); });
 }
 
-HRESULT PrintSchemaHandler::ReadLocalName(std::wstring_view query, BSTR* pName) const {
+HRESULT PrintSchemaHandler::ReadInteger(IXMLDOMNode* pBelow, PropertyKind kind, const Qname& property,
+                                        std::int32_t* pValue) const {
+    if (pBelow == nullptr || pValue == nullptr) return E_POINTER;
+    ComPtr<IXMLDOMNode> pProperty;
+    Bstr text;
+    return FailedIfAbsent(InOrderWhileFound(
+        [&] { return SelectProperty(pBelow, kind, property, pProperty.Put()); },
+        [&] { return ValueOf(pProperty.Get(), text.Put()); }, [&] { return ToInteger(text, pValue); }));
+}
+
+HRESULT PrintSchemaHandler::ReadLocalName(IXMLDOMNode* pBelow, PropertyKind kind, const Qname& property,
+                                          BSTR* pName) const {
     if (pName == nullptr) return E_POINTER;
     *pName = nullptr;
+    if (pBelow == nullptr) return E_POINTER;
+    ComPtr<IXMLDOMNode> pProperty;
     Bstr text;
-    const HRESULT read = ReadValue(query, text.Put());
-    return FAILED(read) ? read : CopyText(LocalPart(text.View()), pName);
+    return FailedIfAbsent(
+        InOrderWhileFound([&] { return SelectProperty(pBelow, kind, property, pProperty.Put()); },
+                          [&] { return ValueOf(pProperty.Get(), text.Put()); },
+                          [&] { return CopyText(LocalPart(text.View()), pName); }));
 }
 
-HRESULT PrintSchemaHandler::GetOptionName(const Qname& feature, SchemaNamespace optionSpace,
-                                          BSTR* pOption) const {
-    if (pOption == nullptr) return E_POINTER;
-    *pOption = nullptr;
+HRESULT PrintSchemaHandler::GetOption(const Qname& feature, SchemaNamespace optionSpace, BSTR* pOption,
+                                      IXMLDOMNode** ppNode) const {
+    if (pOption != nullptr) *pOption = nullptr;
+    if (ppNode != nullptr) *ppNode = nullptr;
+    if (pOption == nullptr || ppNode == nullptr) return E_POINTER;
     if (feature.localName.empty()) return E_INVALIDARG;
 
     const std::wstring optionName = XPathLiteral(GetPrefix(optionSpace) + L"OptionName");
@@ -194,14 +214,24 @@ HRESULT PrintSchemaHandler::GetOptionName(const Qname& feature, SchemaNamespace 
                                ElementName(L"ScoredProperty") + L"[@name = " + optionName + L"]/" +
                                ElementName(L"Value");
     ComPtr<IXMLDOMNode> pNode;
-    const HRESULT selected = SelectSingleNode(query, pNode.Put());
-    if (selected != S_OK) return FailedIfAbsent(selected);
-
     Bstr option;
-    HRESULT named = GetAttribute(pNode.Get(), L"name", option.Put());
-    if (named == S_FALSE) named = TypedText(pNode.Get(), option.Put());
+    const HRESULT named =
+        InOrderWhileFound([&] { return SelectSingleNode(query, pNode.Put()); },
+                          [&] {
+                              const HRESULT found = GetAttribute(pNode.Get(), L"name", option.Put());
+                              return found == S_FALSE ? TypedText(pNode.Get(), option.Put()) : found;
+                          });
     if (named != S_OK) return FailedIfAbsent(named);
-    return option.Empty() ? E_INVALIDARG : CopyText(Stripped(option.View(), optionSpace), pOption);
+    if (option.Empty()) return E_INVALIDARG;
+    const HRESULT copied = CopyText(Stripped(option.View(), optionSpace), pOption);
+    if (SUCCEEDED(copied)) *ppNode = pNode.Detach();
+    return copied;
+}
+
+HRESULT PrintSchemaHandler::GetOptionName(const Qname& feature, SchemaNamespace optionSpace,
+                                          BSTR* pOption) const {
+    ComPtr<IXMLDOMNode> pNode;
+    return GetOption(feature, optionSpace, pOption, pNode.Put());
 }
 
 }  // namespace base::xps::printschema

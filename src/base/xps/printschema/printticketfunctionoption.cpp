@@ -1,6 +1,7 @@
 #include "base/xps/printschema/printticketfunctionoption.h"
 
 #include <optional>
+#include <utility>
 
 #include "base/logging/check.h"
 #include "base/logging/exceptions.h"
@@ -21,6 +22,7 @@ namespace {
 struct Selection {
     Qname feature;
     Qname option;
+    ComPtr<IXMLDOMNode> pOption;
 };
 
 // The first feature of the list, in the list's order, for which the ticket selects an option.
@@ -29,8 +31,9 @@ struct Selection {
     for (const Qname& feature : features.GetQnames()) {
         for (const SchemaNamespace space : options.GetNamespaces()) {
             platform::Bstr option;
-            if (SUCCEEDED(handler.GetOptionName(feature, space, option.Put())))
-                return Selection{feature, {space, std::wstring(option.View())}};
+            ComPtr<IXMLDOMNode> pOption;
+            if (SUCCEEDED(handler.GetOption(feature, space, option.Put(), pOption.Put())))
+                return Selection{feature, {space, std::wstring(option.View())}, std::move(pOption)};
         }
     }
     return std::nullopt;
@@ -48,15 +51,16 @@ bool PrintTicketFunctionOption::IsSpecified(IXMLDOMDocument2* pTicket) const {
     return FindSelection(handler, GetFeatureNames(), GetOptionNames()).has_value();
 }
 
-void PrintTicketFunctionOption::Read(IXMLDOMDocument2* pTicket) {
-    const PrintTicketHandler handler(pTicket);
-    const std::optional<Selection> selection = FindSelection(handler, GetFeatureNames(), GetOptionNames());
+void PrintTicketFunctionOption::Read(IXMLDOMDocument2* pTicket) { ReadFrom(PrintTicketHandler(pTicket)); }
+
+void PrintTicketFunctionOption::ReadFrom(const PrintTicketHandler& ticket) {
+    const std::optional<Selection> selection = FindSelection(ticket, GetFeatureNames(), GetOptionNames());
     if (!selection) return;
     const std::uint32_t option = GetOptionNames().IndexOf(selection->option);
     if (option == SchemaBase::NotFound) return;
     SetFeatureId(static_cast<std::int32_t>(GetFeatureNames().IndexOf(selection->feature)));
     SetOptionId(static_cast<std::int32_t>(option));
-    OnRead(handler, selection->feature);
+    OnRead(ticket, selection->feature, selection->pOption.Get());
 }
 
 void PrintTicketFunctionOption::Write(IXMLDOMDocument2* pTicket, Scope scope) const {
@@ -106,7 +110,7 @@ void PrintTicketFunctionOption::SetFeatureId(std::int32_t id) { m_featureId = id
 
 void PrintTicketFunctionOption::SetOptionId(std::int32_t id) { m_optionId = id; }
 
-void PrintTicketFunctionOption::OnRead(const PrintSchemaHandler&, const Qname&) {}
+void PrintTicketFunctionOption::OnRead(const PrintSchemaHandler&, const Qname&, IXMLDOMNode*) {}
 
 void PrintTicketFunctionOption::OnWrite(const PrintSchemaHandler&, IXMLDOMElement*, Scope) const {}
 

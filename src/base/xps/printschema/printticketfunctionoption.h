@@ -18,13 +18,13 @@ namespace base::xps::printschema {
 // namespaces to prefixes. A derived class names its lists and scopes and adds what its option carries.
 class PrintTicketFunctionOption {
   public:
-    virtual ~PrintTicketFunctionOption() = default;
-
     // Whether the ticket selects an option of this feature, known or not.
     [[nodiscard]] virtual bool IsSpecified(IXMLDOMDocument2* pTicket) const;
     // Takes feature and option from the ticket: the first name of the feature list that has an option. When
     // there is none, or it is not in the option list, everything stays as it was.
     virtual void Read(IXMLDOMDocument2* pTicket);
+    // The same for several features of one ticket in turn, whose prefixes are then looked up once.
+    void ReadFrom(const PrintTicketHandler& ticket);
     // Writes the feature, under its name for the scope, with the current option behind everything else in the
     // ticket. A keyword feature of that name is removed before; a private one is not.
     virtual void Write(IXMLDOMDocument2* pTicket, Scope scope) const;
@@ -59,8 +59,8 @@ class PrintTicketFunctionOption {
     PrintTicketFunctionOption(const PrintTicketFunctionOption&) = default;
     PrintTicketFunctionOption& operator=(const PrintTicketFunctionOption&) = default;
 
-    // After feature and option were read.
-    virtual void OnRead(const PrintSchemaHandler& handler, const Qname& featureName);
+    // After feature and option were read. What is stated below the node belongs to the selected option.
+    virtual void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption);
     // After the feature with its option was built, before it is put into the ticket.
     virtual void OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope scope) const;
 
@@ -74,6 +74,9 @@ class PrintTicketFunctionOption {
     // Appends a Property with an integer value. HresultError for a failing DOM call.
     static void AppendIntegerProperty(const PrintSchemaHandler& handler, IXMLDOMNode* pParent,
                                       std::wstring_view name, std::int32_t value, SchemaNamespace space);
+
+  public:
+    virtual ~PrintTicketFunctionOption() = default;
 
   private:
     std::int32_t m_featureId;

@@ -1,6 +1,5 @@
 #include "base/xps/printschema/printticketprovider.h"
 
-#include <string>
 #include <string_view>
 #include <utility>
 
@@ -11,15 +10,19 @@
 #include "base/xps/printschema/printticketstructurecomparator.h"
 #include "base/xps/printschema/ticketdocument.h"
 #include "platform/bstr.h"
+#include "platform/inorder.h"
 
 namespace base::xps::printschema {
 
 using platform::Bstr;
 using platform::ComPtr;
+using platform::InOrder;
 
 namespace {
 
-constexpr DWORD SchemaVersion = 1;
+constexpr DWORD kSchemaVersion = 1;
+
+static_assert(kPTPageScope == 0 && kPTDocumentScope == 1 && kPTJobScope == 2);
 
 [[nodiscard]] bool IsTicketScope(EPrintTicketScope scope) noexcept {
     return scope == kPTPageScope || scope == kPTDocumentScope || scope == kPTJobScope;
@@ -41,15 +44,6 @@ void PutBack(IXMLDOMDocument2* pTicket, IXMLDOMDocument2* pOther) {
 
 }  // namespace
 
-// What a merge was given and what came of it, as text. There is no log that it goes to: it is there for
-// whoever looks at a stopped process or its dump.
-struct PrintTicketProvider::MergeTrace {
-    std::wstring parent;
-    std::wstring delta;
-    std::wstring result;
-    std::string failure;
-};
-
 void PrintTicketProvider::ProviderCloser::operator()(HPTPROVIDER provider) const noexcept {
     PTCloseProvider(provider);
 }
@@ -65,16 +59,22 @@ HRESULT PrintTicketProvider::Open(IPrintReadStream* pBaseTicket, BSTR printerNam
     const Impersonation user(m_userToken);
     if (FAILED(user.Result())) return user.Result();
     HPTPROVIDER provider = nullptr;
-    const HRESULT hr = PTOpenProvider(printerName, SchemaVersion, &provider);
-    if (FAILED(hr)) return hr;
+    const HRESULT opened = PTOpenProvider(printerName, kSchemaVersion, &provider);
+    if (FAILED(opened)) return opened;
     m_provider.reset(provider);
 
-    m_pBaseTicket.Reset();
-    Clear(kPTJobScope);
-    return LoadTicket(pBaseTicket, m_pBaseTicket);
+    ComPtr<IStream> stream;
+    const HRESULT wrapped = WrapTicketStream(pBaseTicket, stream);
+    if (FAILED(wrapped)) return wrapped;
+    Ticket base;
+    const HRESULT loaded = LoadTicket(stream.Get(), base);
+    ReleaseTickets();
+    if (SUCCEEDED(loaded)) Store(m_base, std::move(base));
+    return loaded;
 }
 
 HRESULT PrintTicketProvider::Close() {
+    ReleaseTickets();
     const HPTPROVIDER provider = m_provider.release();
     return provider == nullptr ? S_OK : PTCloseProvider(provider);
 }
@@ -82,12 +82,15 @@ HRESULT PrintTicketProvider::Close() {
 HRESULT PrintTicketProvider::SetBaseTicket(IUnknown* pSource) {
     if (pSource == nullptr) return E_POINTER;
     Ticket document;
-    if (SUCCEEDED(pSource->QueryInterface(__uuidof(IXMLDOMDocument2), document.PutVoid()))) {
-        return CopyTicket(document.Get(), m_pBaseTicket);
-    }
+    Ticket base;
     ComPtr<IStream> stream;
-    const HRESULT hr = pSource->QueryInterface(__uuidof(IStream), stream.PutVoid());
-    return FAILED(hr) ? hr : LoadTicket(stream.Get(), m_pBaseTicket);
+    const HRESULT hr =
+        SUCCEEDED(pSource->QueryInterface(__uuidof(IXMLDOMDocument2), document.PutVoid()))
+            ? CopyTicket(document.Get(), base)
+            : InOrder([&] { return pSource->QueryInterface(__uuidof(IStream), stream.PutVoid()); },
+                      [&] { return LoadTicket(stream.Get(), base); });
+    if (SUCCEEDED(hr)) Store(m_base, std::move(base));
+    return hr;
 }
 
 HRESULT PrintTicketProvider::MergeTicket(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
@@ -96,7 +99,8 @@ HRESULT PrintTicketProvider::MergeTicket(EPrintTicketScope scope, IXMLDOMDocumen
     Clear(scope);
     const HRESULT hr = Derive(scope);
     if (FAILED(hr) || pDelta == nullptr) return hr;
-    return MergeDelta(scope, pDelta, pExtra);
+    // Without the bytes of a part the merge is never taken for one that was made before.
+    return MergeDelta(scope, {0, Ticket(pExtra), {}, Ticket(pDelta), {}});
 }
 
 HRESULT PrintTicketProvider::SetPageTicket(IFixedPage* pPage, IXMLDOMDocument2* pExtra) {
@@ -113,7 +117,8 @@ HRESULT PrintTicketProvider::SetJobTicket(IFixedDocumentSequence* pSequence, IXM
 
 HRESULT PrintTicketProvider::GetBaseTicket(IXMLDOMDocument2** ppTicket) {
     if (ppTicket == nullptr) return E_POINTER;
-    *ppTicket = Ticket(m_pBaseTicket).Detach();
+    *ppTicket = Ticket(m_base.pTicket).Detach();
+    m_base.isLent = true;
     return *ppTicket == nullptr ? E_PENDING : S_OK;
 }
 
@@ -123,8 +128,30 @@ HRESULT PrintTicketProvider::GetTicket(EPrintTicketScope scope, IXMLDOMDocument2
     if (!IsTicketScope(scope)) return E_INVALIDARG;
     const HRESULT hr = Derive(scope);
     if (FAILED(hr)) return hr;
-    *ppTicket = Ticket(Slot(scope)).Detach();
+    *ppTicket = Ticket(SlotOf(scope).pTicket).Detach();
+    SlotOf(scope).isLent = true;
     return S_OK;
+}
+
+HRESULT PrintTicketProvider::ReadTicket(EPrintTicketScope scope, IXMLDOMDocument2** ppTicket) {
+    const bool wasLent = IsTicketScope(scope) && SlotOf(scope).isLent;
+    const HRESULT hr = GetTicket(scope, ppTicket);
+    if (IsTicketScope(scope)) SlotOf(scope).isLent = wasLent;
+    return hr;
+}
+
+std::uint64_t PrintTicketProvider::TicketVersion(EPrintTicketScope scope) const noexcept {
+    return IsTicketScope(scope) ? VersionOf(SlotOf(scope)) : 0;
+}
+
+const TicketMedia* PrintTicketProvider::KeptMedia(EPrintTicketScope scope) const noexcept {
+    if (TicketVersion(scope) == 0) return nullptr;
+    const std::optional<TicketMedia>& media = SlotOf(scope).media;
+    return media ? &*media : nullptr;
+}
+
+void PrintTicketProvider::KeepMedia(EPrintTicketScope scope, TicketMedia media) {
+    if (TicketVersion(scope) != 0) SlotOf(scope).media = std::move(media);
 }
 
 HRESULT PrintTicketProvider::GetPrintCapabilities(IXMLDOMDocument2* pTicket,
@@ -133,9 +160,8 @@ HRESULT PrintTicketProvider::GetPrintCapabilities(IXMLDOMDocument2* pTicket,
     if (pTicket == nullptr || ppCapabilities == nullptr) return E_POINTER;
 
     Ticket capabilities;
-    HRESULT hr = CreateTicket(capabilities);
-    if (FAILED(hr)) return hr;
-    hr = WriteCapabilities(pTicket, capabilities.Get());
+    const HRESULT hr = InOrder([&] { return CreateTicket(capabilities); },
+                               [&] { return WriteCapabilities(pTicket, capabilities.Get()); });
     if (FAILED(hr)) return hr;
     // When the document takes in what was written into its stream is left open; now that the stream is gone
     // it must have.
@@ -146,117 +172,171 @@ HRESULT PrintTicketProvider::GetPrintCapabilities(IXMLDOMDocument2* pTicket,
 
 HRESULT PrintTicketProvider::WriteCapabilities(IXMLDOMDocument2* pTicket, IXMLDOMDocument2* pCapabilities) {
     ComPtr<IStream> ticket;
-    HRESULT hr = OpenTicketStream(pTicket, ticket);
-    if (FAILED(hr)) return hr;
     ComPtr<IStream> capabilities;
-    hr = OpenTicketStream(pCapabilities, capabilities);
-    if (FAILED(hr)) return hr;
-
     Bstr error;
-    {
-        const Impersonation user(m_userToken);
-        if (FAILED(user.Result())) return user.Result();
-        hr = PTGetPrintCapabilities(m_provider.get(), ticket.Get(), capabilities.Get(), error.Put());
-    }
-    if (SUCCEEDED(hr)) static_cast<void>(Rewind(capabilities.Get()));
-    return hr;
+    return InOrder([&] { return OpenTicketStream(pTicket, ticket); },
+                   [&] { return OpenTicketStream(pCapabilities, capabilities); },
+                   [&] {
+                       const HRESULT hr = AsUser([&] {
+                           return PTGetPrintCapabilities(m_provider.get(), ticket.Get(), capabilities.Get(),
+                                                         error.Put());
+                       });
+                       if (FAILED(hr)) KeepFailure(nullptr, pTicket, "PTGetPrintCapabilities", error);
+                       return hr;
+                   },
+                   [&] {
+                       static_cast<void>(Rewind(capabilities.Get()));
+                       return S_OK;
+                   });
 }
 
-PrintTicketProvider::Ticket& PrintTicketProvider::Slot(EPrintTicketScope scope) noexcept {
-    if (scope == kPTPageScope) return m_pPageTicket;
-    return scope == kPTDocumentScope ? m_pDocumentTicket : m_pJobTicket;
+const PrintTicketProvider::Slot& PrintTicketProvider::ParentOf(EPrintTicketScope scope) const noexcept {
+    if (scope == kPTPageScope) return SlotOf(kPTDocumentScope);
+    return scope == kPTDocumentScope ? SlotOf(kPTJobScope) : m_base;
 }
 
-const PrintTicketProvider::Ticket& PrintTicketProvider::Parent(EPrintTicketScope scope) const noexcept {
-    if (scope == kPTPageScope) return m_pDocumentTicket;
-    return scope == kPTDocumentScope ? m_pJobTicket : m_pBaseTicket;
+std::uint64_t PrintTicketProvider::VersionOf(const Slot& slot) noexcept {
+    return slot.pTicket && !slot.isLent ? slot.version : 0;
+}
+
+void PrintTicketProvider::Store(Slot& slot, Ticket pTicket, std::optional<Origin> origin) noexcept {
+    slot = {std::move(pTicket), ++m_lastVersion, false, std::move(origin), std::nullopt};
+}
+
+// Whether the scope's ticket, still as it was made, would be made of the same parent and the same extra
+// ticket.
+bool PrintTicketProvider::IsMadeOf(EPrintTicketScope scope, IXMLDOMDocument2* pExtra) const noexcept {
+    const Slot& slot = SlotOf(scope);
+    return VersionOf(slot) != 0 && slot.origin && slot.origin->parentVersion != 0 &&
+           slot.origin->parentVersion == VersionOf(ParentOf(scope)) && slot.origin->pExtra.Get() == pExtra;
 }
 
 HRESULT PrintTicketProvider::Derive(EPrintTicketScope scope) {
-    if (!m_pBaseTicket) return E_PENDING;
+    if (!m_base.pTicket) return E_PENDING;
     for (const EPrintTicketScope wider : {kPTJobScope, kPTDocumentScope, kPTPageScope}) {
         if (wider < scope) break;
-        if (Slot(wider)) continue;
-        const HRESULT hr = CopyTicket(Parent(wider).Get(), Slot(wider));
+        if (SlotOf(wider).pTicket) continue;
+        Ticket copy;
+        const HRESULT hr = CopyTicket(ParentOf(wider).pTicket.Get(), copy);
         if (FAILED(hr)) return hr;
+        Store(SlotOf(wider), std::move(copy));
     }
     return S_OK;
 }
 
 void PrintTicketProvider::Clear(EPrintTicketScope scope) noexcept {
     for (const EPrintTicketScope narrower : {kPTPageScope, kPTDocumentScope, kPTJobScope}) {
-        if (narrower <= scope) Slot(narrower).Reset();
+        if (narrower <= scope) SlotOf(narrower) = {};
     }
+}
+
+void PrintTicketProvider::ReleaseTickets() noexcept {
+    Clear(kPTJobScope);
+    m_base = {};
 }
 
 template <typename Part>
 HRESULT PrintTicketProvider::SetPartTicket(Part* pPart, EPrintTicketScope scope, IXMLDOMDocument2* pExtra) {
     if (pPart == nullptr) return E_POINTER;
     ComPtr<IPartPrintTicket> pTicketPart;
-    HRESULT hr = pPart->GetPrintTicket(pTicketPart.Put());
+    const HRESULT hr = pPart->GetPrintTicket(pTicketPart.Put());
     if (hr == E_ELEMENT_NOT_FOUND || (SUCCEEDED(hr) && !pTicketPart)) return InheritTicket(scope, pExtra);
     if (FAILED(hr)) return hr;
-
     ComPtr<IPrintReadStream> pStream;
-    hr = pTicketPart->GetStream(pStream.Put());
-    if (FAILED(hr)) return hr;
-    Ticket delta;
-    hr = LoadTicket(pStream.Get(), delta);
-    return FAILED(hr) ? hr : MergeDelta(scope, delta.Get(), pExtra);
+    return InOrder([&] { return pTicketPart->GetStream(pStream.Put()); },
+                   [&] { return MergePart(scope, pStream.Get(), pExtra); });
 }
 
 HRESULT PrintTicketProvider::InheritTicket(EPrintTicketScope scope, IXMLDOMDocument2* pExtra) {
+    if (scope != kPTPageScope) Clear(static_cast<EPrintTicketScope>(scope - 1));
+    if (IsMadeOf(scope, pExtra) && !SlotOf(scope).origin->pDelta) return S_OK;
     Clear(scope);
     const HRESULT hr = Derive(scope);
-    if (FAILED(hr) || pExtra == nullptr) return hr;
+    if (FAILED(hr)) return hr;
     // Out of its slot while it changes: when the merge throws, the scope is empty and is derived anew.
-    Ticket ticket = std::move(Slot(scope));
-    PutBack(ticket.Get(), pExtra);
-    Slot(scope) = std::move(ticket);
+    Ticket ticket = std::move(SlotOf(scope).pTicket);
+    if (pExtra != nullptr) PutBack(ticket.Get(), pExtra);
+    Store(SlotOf(scope), std::move(ticket), Origin{VersionOf(ParentOf(scope)), Ticket(pExtra), {}, {}, {}});
     return S_OK;
 }
 
-HRESULT PrintTicketProvider::MergeDelta(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
-                                        IXMLDOMDocument2* pExtra) {
-    const Ticket& parent = Parent(scope);
-    if (!parent) return E_PENDING;
-    MergeTrace trace = {xml::DomToString(parent.Get()), xml::DomToString(pDelta), {}, {}};
+HRESULT PrintTicketProvider::MergePart(EPrintTicketScope scope, IPrintReadStream* pStream,
+                                       IXMLDOMDocument2* pExtra) {
+    Origin origin{0, Ticket(pExtra), {}, {}, {}};
+    ComPtr<IStream> stream;
+    const HRESULT hr = InOrder([&] { return WrapTicketStream(pStream, stream); },
+                               [&] { return ReadTicketBytes(stream.Get(), origin.partBytes); },
+                               [&] {
+                                   const std::optional<Origin>& before = SlotOf(scope).origin;
+                                   if (before && before->pDelta && before->partBytes == origin.partBytes) {
+                                       origin.pDelta = before->pDelta;
+                                       return S_OK;
+                                   }
+                                   return LoadTicketBytes(origin.partBytes, origin.pDelta);
+                               });
+    return FAILED(hr) ? hr : MergeDelta(scope, std::move(origin));
+}
+
+HRESULT PrintTicketProvider::MergeDelta(EPrintTicketScope scope, Origin origin) {
+    const Slot& parent = ParentOf(scope);
+    if (!parent.pTicket) return E_PENDING;
+    origin.parentVersion = VersionOf(parent);
+    ComPtr<IStream> resultStream;
+    const HRESULT merged = InOrder([&] { return MergeOnPlatform(scope, origin.pDelta.Get(), resultStream); },
+                                   [&] { return ReadTicketBytes(resultStream.Get(), origin.resultBytes); });
+    if (FAILED(merged)) return merged;
+
+    const std::optional<Origin>& before = SlotOf(scope).origin;
+    if (IsMadeOf(scope, origin.pExtra.Get()) && !origin.partBytes.empty() &&
+        before->partBytes == origin.partBytes && before->resultBytes == origin.resultBytes) {
+        return S_OK;
+    }
     Ticket result;
-    const HRESULT hr = MergeOnPlatform(scope, pDelta, result, trace);
-    if (FAILED(hr)) return hr;
-    PutBack(result.Get(), pDelta);
-    if (pExtra != nullptr) PutBack(result.Get(), pExtra);
-    trace.result = xml::DomToString(result.Get());
-    Slot(scope) = std::move(result);
+    const HRESULT loaded = LoadTicket(resultStream.Get(), result);
+    if (FAILED(loaded)) return loaded;
+    PutBack(result.Get(), origin.pDelta.Get());
+    if (origin.pExtra) PutBack(result.Get(), origin.pExtra.Get());
+    Store(SlotOf(scope), std::move(result), std::move(origin));
     return S_OK;
 }
 
 HRESULT PrintTicketProvider::MergeOnPlatform(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
-                                             Ticket& result, MergeTrace& trace) {
+                                             ComPtr<IStream>& result) {
+    IXMLDOMDocument2* const pParent = ParentOf(scope).pTicket.Get();
     ComPtr<IStream> parentStream;
-    HRESULT hr = OpenTicketStream(Parent(scope).Get(), parentStream);
-    if (FAILED(hr)) return hr;
     ComPtr<IStream> deltaStream;
-    hr = OpenTicketStream(pDelta, deltaStream);
-    if (FAILED(hr)) return hr;
-    ComPtr<IStream> resultStream;
-    hr = CreateStreamOnHGlobal(nullptr, TRUE, resultStream.Put());
-    if (FAILED(hr)) return hr;
-
     // The platform leaves the text alone when it has none to give.
     Bstr error;
-    {
-        const Impersonation user(m_userToken);
-        if (FAILED(user.Result())) return user.Result();
-        hr = PTMergeAndValidatePrintTicket(m_provider.get(), parentStream.Get(), deltaStream.Get(), scope,
-                                           resultStream.Get(), error.Put());
+    return InOrder([&] { return OpenTicketStream(pParent, parentStream); },
+                   [&] { return OpenTicketStream(pDelta, deltaStream); },
+                   [&] { return CreateStreamOnHGlobal(nullptr, TRUE, result.Put()); },
+                   [&] {
+                       const HRESULT hr = AsUser([&] {
+                           return PTMergeAndValidatePrintTicket(m_provider.get(), parentStream.Get(),
+                                                                deltaStream.Get(), scope, result.Get(),
+                                                                error.Put());
+                       });
+                       if (FAILED(hr)) KeepFailure(pParent, pDelta, "PTMergeAndValidatePrintTicket", error);
+                       return hr;
+                   });
+}
+
+template <typename Call>
+HRESULT PrintTicketProvider::AsUser(Call&& call) const {
+    const Impersonation user(m_userToken);
+    return FAILED(user.Result()) ? user.Result() : call();
+}
+
+void PrintTicketProvider::KeepFailure(IXMLDOMDocument2* pParent, IXMLDOMDocument2* pTicket, const char* call,
+                                      const Bstr& message) noexcept {
+    try {
+        m_lastFailure = {
+            pParent == nullptr ? std::wstring() : xml::DomToString(pParent), xml::DomToString(pTicket),
+            logging::Format("%s failed with message: %s\n", call, Narrow(message.View()).c_str())};
+    } catch (...) {
+        // The call's own failure is what counts.
+        m_lastFailure = {};
     }
-    if (FAILED(hr)) {
-        trace.failure = logging::Format("PTMergeAndValidatePrintTicket failed with message: %s\n",
-                                        Narrow(error.View()).c_str());
-        return hr;
-    }
-    return LoadTicket(resultStream.Get(), result);
 }
 
 }  // namespace base::xps::printschema

@@ -19,25 +19,23 @@ namespace {
     return option == ScalingData::Custom || option == ScalingData::CustomSquare;
 }
 
-// Reads the scored properties of one feature's option.
+// Reads the scored properties of one option.
 class ValueReader {
   public:
-    ValueReader(const PrintSchemaHandler& handler, const Qname& feature) noexcept
-        : m_handler(handler), m_feature(feature) {}
+    ValueReader(const PrintSchemaHandler& handler, IXMLDOMNode* pOption) noexcept
+        : m_handler(handler), m_pOption(pOption) {}
 
     [[nodiscard]] std::int32_t Read(
         const wchar_t* name, const std::source_location& where = std::source_location::current()) const {
         std::int32_t value = 0;
         const Qname property = {SchemaNamespace::Keywords, name};
-        const HRESULT read =
-            m_handler.ReadInteger(m_handler.OptionScoredPropertyQuery(m_feature, property), &value);
-        ThrowIfFailed(read, where);
+        ThrowIfFailed(m_handler.ReadInteger(m_pOption, PropertyKind::Scored, property, &value), where);
         return value;
     }
 
   private:
     const PrintSchemaHandler& m_handler;
-    const Qname& m_feature;
+    IXMLDOMNode* m_pOption;
 };
 
 // Writes scored properties into one feature's option, each with its value as a parameter of the ticket.
@@ -86,7 +84,7 @@ const SchemaBase& ScalingData::GetFeatureNames() const { return PageScalingFeatu
 
 const SchemaBase& ScalingData::GetOptionNames() const { return PageScalingOptionNames::Instance(); }
 
-void ScalingData::OnRead(const PrintSchemaHandler& handler, const Qname& featureName) {
+void ScalingData::OnRead(const PrintSchemaHandler& handler, const Qname&, IXMLDOMNode* pOption) {
     const std::int32_t option = GetOptionId();
     if (!IsCustom(option)) {
         // The heights keep what they held.
@@ -94,7 +92,7 @@ void ScalingData::OnRead(const PrintSchemaHandler& handler, const Qname& feature
         m_scale.width = 0;
         return;
     }
-    const ValueReader reader(handler, featureName);
+    const ValueReader reader(handler, pOption);
     Pair offset;
     offset.width = reader.Read(L"OffsetWidth");
     offset.height = reader.Read(L"OffsetHeight");

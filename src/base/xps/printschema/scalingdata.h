@@ -39,7 +39,7 @@ class ScalingData : public PrintTicketFunctionOption {
   protected:
     // An option that is not custom resets the two widths and leaves the two heights. HresultError when a
     // custom option lacks a value or states it as no integer; all values are then as they were.
-    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName) override;
+    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption) override;
     // Writes the values of a custom option as parameters, which are put into the ticket at once. HresultError
     // for a failing DOM call, std::logic_error when CustomSquare has two scales; what was written stays.
     void OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope scope) const override;

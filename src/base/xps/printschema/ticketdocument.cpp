@@ -1,13 +1,16 @@
 #include "base/xps/printschema/ticketdocument.h"
 
+#include <array>
 #include <utility>
 
 #include "base/io/printreadstreamtoistream.h"
+#include "platform/inorder.h"
 #include "platform/variant.h"
 
 namespace base::xps::printschema {
 
 using platform::ComPtr;
+using platform::InOrder;
 
 namespace {
 
@@ -16,28 +19,27 @@ using Ticket = ComPtr<IXMLDOMDocument2>;
 // From where the stream stands.
 [[nodiscard]] HRESULT Load(IStream* pStream, Ticket& ticket) {
     Ticket loaded;
-    HRESULT hr = CreateTicket(loaded);
-    if (FAILED(hr)) return hr;
+    VARIANT_BOOL isWellFormed = VARIANT_FALSE;
     const platform::Variant source(static_cast<IUnknown*>(pStream));
-    VARIANT_BOOL wellFormed = VARIANT_FALSE;
-    hr = loaded->load(source.Get(), &wellFormed);
-    if (FAILED(hr)) return hr;
-    if (wellFormed != VARIANT_TRUE) return E_FAIL;
-    ticket = std::move(loaded);
-    return S_OK;
+    const HRESULT hr = InOrder([&] { return CreateTicket(loaded); },
+                               [&] { return loaded->load(source.Get(), &isWellFormed); },
+                               [&] { return isWellFormed == VARIANT_TRUE ? S_OK : E_FAIL; });
+    if (SUCCEEDED(hr)) ticket = std::move(loaded);
+    return hr;
 }
 
 }  // namespace
 
 HRESULT CreateTicket(Ticket& ticket) {
     Ticket created;
-    HRESULT hr = CoCreateInstance(platform::CLSID_DomDocument60, nullptr, CLSCTX_ALL,
-                                  __uuidof(IXMLDOMDocument2), created.PutVoid());
-    if (FAILED(hr)) return hr;
-    hr = created->put_async(VARIANT_FALSE);
-    if (FAILED(hr)) return hr;
-    ticket = std::move(created);
-    return S_OK;
+    const HRESULT hr = InOrder(
+        [&] {
+            return CoCreateInstance(platform::CLSID_DomDocument60, nullptr, CLSCTX_ALL,
+                                    __uuidof(IXMLDOMDocument2), created.PutVoid());
+        },
+        [&] { return created->put_async(VARIANT_FALSE); });
+    if (SUCCEEDED(hr)) ticket = std::move(created);
+    return hr;
 }
 
 HRESULT Rewind(IStream* pStream) { return pStream->Seek({}, STREAM_SEEK_SET, nullptr); }
@@ -47,14 +49,36 @@ HRESULT LoadTicket(IStream* pStream, Ticket& ticket) {
     return FAILED(hr) ? hr : Load(pStream, ticket);
 }
 
-HRESULT LoadTicket(IPrintReadStream* pStream, Ticket& ticket) {
-    ComPtr<IStream> pAdapter;
+HRESULT WrapTicketStream(IPrintReadStream* pStream, ComPtr<IStream>& stream) {
     try {
-        pAdapter = io::CreatePrintReadStreamToIStream(pStream);
+        stream = io::CreatePrintReadStreamToIStream(pStream);
+        return S_OK;
     } catch (...) {
         return E_OUTOFMEMORY;
     }
-    return LoadTicket(pAdapter.Get(), ticket);
+}
+
+HRESULT ReadTicketBytes(IStream* pStream, std::string& bytes) {
+    const HRESULT rewound = Rewind(pStream);
+    if (FAILED(rewound)) return rewound;
+    std::string read;
+    std::array<char, 8192> block;
+    for (;;) {
+        ULONG count = 0;
+        const HRESULT hr = pStream->Read(block.data(), static_cast<ULONG>(block.size()), &count);
+        if (FAILED(hr)) return hr;
+        if (count == 0) break;
+        read.append(block.data(), count);
+    }
+    bytes = std::move(read);
+    return S_OK;
+}
+
+HRESULT LoadTicketBytes(const std::string& bytes, Ticket& ticket) {
+    ComPtr<IStream> stream;
+    return InOrder([&] { return CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()); },
+                   [&] { return stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr); },
+                   [&] { return LoadTicket(stream.Get(), ticket); });
 }
 
 HRESULT OpenTicketStream(IXMLDOMDocument2* pTicket, ComPtr<IStream>& stream) {

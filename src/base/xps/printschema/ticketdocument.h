@@ -2,6 +2,8 @@
 
 #include "platform/windows.h"
 
+#include <string>
+
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
 #include "platform/msxml6.h"
@@ -18,8 +20,12 @@ namespace base::xps::printschema {
 // Loads a stream from its start. E_FAIL for what is not well formed; a stream that cannot be rewound fails
 // with its own code.
 [[nodiscard]] HRESULT LoadTicket(IStream* pStream, platform::ComPtr<IXMLDOMDocument2>& ticket);
-// The same for a pipeline stream. E_OUTOFMEMORY when it cannot be wrapped.
-[[nodiscard]] HRESULT LoadTicket(IPrintReadStream* pStream, platform::ComPtr<IXMLDOMDocument2>& ticket);
+// A pipeline stream as a document takes it. E_OUTOFMEMORY when it cannot be wrapped.
+[[nodiscard]] HRESULT WrapTicketStream(IPrintReadStream* pStream, platform::ComPtr<IStream>& stream);
+
+// All that a stream holds, from its start.
+[[nodiscard]] HRESULT ReadTicketBytes(IStream* pStream, std::string& bytes);
+[[nodiscard]] HRESULT LoadTicketBytes(const std::string& bytes, platform::ComPtr<IXMLDOMDocument2>& ticket);
 
 // The stream that a document gives of itself. Nothing says that it can be rewound: a fresh one stands at its
 // start, so one that refuses is used as it is.

@@ -165,17 +165,21 @@ TEST_P(FaultTest, AFailingCallIsWhatAReaderAnswers) {
         });
     };
     reading([](const PrintSchemaHandler& handler, BSTR* pText) {
-        return handler.GetValue(handler.OptionScoredPropertyQuery(Scaling, Offset), pText);
+        return handler.GetValue(handler.ScoredPropertyQuery(Offset), pText);
     });
     reading([](const PrintSchemaHandler& handler, BSTR* pText) {
-        return handler.ReadLocalName(L"//psf:ParameterInit", pText);
+        Node pOption;
+        const HRESULT hr = handler.SelectSingleNode(handler.OptionQuery(Scaling), pOption.Put());
+        return hr == S_OK ? handler.ReadLocalName(pOption.Get(), PropertyKind::Scored, Offset, pText) : hr;
     });
     reading([](const PrintSchemaHandler& handler, BSTR* pText) {
         return handler.GetOptionName(Scaling, SchemaNamespace::Keywords, pText);
     });
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         std::int32_t value = 7;
-        const HRESULT hr = handler.ReadInteger(handler.OptionScoredPropertyQuery(Scaling, Offset), &value);
+        Node pOption;
+        HRESULT hr = handler.SelectSingleNode(handler.OptionQuery(Scaling), pOption.Put());
+        if (hr == S_OK) hr = handler.ReadInteger(pOption.Get(), PropertyKind::Scored, Offset, &value);
         EXPECT_EQ(value, hr == S_OK ? 11 : 7);
         return hr;
     });
@@ -295,7 +299,7 @@ TEST_P(NoMemoryTest, AValueThatCannotBeAllocatedIsOutOfMemory) {
     FailEachText(
         [](const Dom& pTicket) {
             const PrintTicketHandler handler(pTicket.Get());
-            const std::wstring query = handler.OptionScoredPropertyQuery(Scaling, Offset);
+            const std::wstring query = handler.ScoredPropertyQuery(Offset);
             BSTR text = nullptr;
             const HRESULT hr = handler.GetValue(query, &text);
             EXPECT_EQ(Bstr::Adopt(text).View(), hr == S_OK ? L"11" : L"");

@@ -152,6 +152,15 @@ TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
     m_provider.m_tickets[kPTPageScope] = base::xml::CreateDom();
     EXPECT_EQ(ThrownByFind(), E_FAIL);
     EXPECT_FALSE(m_provider.m_pAskedTicket);
+    ImageableAreaInfo area;
+    try {
+        static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea({}, area));
+        FAIL();
+    } catch (const std::exception& error) {
+        EXPECT_TRUE(
+            std::string_view(error.what()).starts_with("base/xps/printschema/imageableareahandler.cpp("))
+            << error.what();
+    }
 }
 
 TEST_P(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {

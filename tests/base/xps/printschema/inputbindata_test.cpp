@@ -132,6 +132,25 @@ TEST_P(InputBinDataTest, AnUnknownBinKeepsTheFeedDirectionToo) {
               7);
 }
 
+// What is left of a validation that replaced the option: the chosen one, and behind it the refused one that
+// was put back.
+
+TEST_P(InputBinDataTest, TheFeedDirectionOfAnOptionThatIsNotSelectedIsNotRead) {
+    const std::wstring chosen = Named(L"Option", L"psk:AutoSelect", L"");
+    const std::wstring refused =
+        Named(L"Option", L"psk:Tray2", FeedDirection(Value(L"QName", L"psk:LongEdgeFirst")));
+    EXPECT_EQ(7, DirectionAfterRead(Ticket(Named(L"Feature", L"psk:JobInputBin", chosen + refused))));
+    EXPECT_EQ(InputBinData::LongEdgeFirst,
+              DirectionAfterRead(Ticket(Named(L"Feature", L"psk:JobInputBin", refused + chosen))));
+}
+
+TEST_P(InputBinDataTest, AnOptionThatAPropertyNamesHasNoFeedDirectionOfItsOwn) {
+    const std::wstring named = ScoredProperty(L"psk:OptionName", Value(L"QName", L"psk:Tray1"));
+    const std::wstring other =
+        Named(L"Option", L"psk:Tray2", FeedDirection(Value(L"QName", L"psk:LongEdgeFirst")));
+    EXPECT_EQ(7, DirectionAfterRead(Ticket(Named(L"Feature", L"psk:JobInputBin", named + other))));
+}
+
 TEST_ON_EACH_DOM(InputBinDataTest);
 
 }  // namespace

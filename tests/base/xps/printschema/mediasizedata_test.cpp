@@ -470,6 +470,40 @@ TEST_P(MediaSizeSelectionTest, NoScopeAtAllVisitsNone) {
     EXPECT_THAT(m_provider.m_scopes, IsEmpty());
 }
 
+// A ticket whose feature holds two options of different sizes.
+std::wstring TwoSizes(std::wstring_view first, std::wstring_view second) {
+    std::wstring text = L"<psf:Feature name=\"psk:PageMediaSize\">";
+    return Ticket(text.append(first).append(second).append(L"</psf:Feature>"));
+}
+
+std::wstring OptionOfSize(std::wstring_view option, const std::optional<MediaDimensions>& size) {
+    constexpr std::wstring_view kHead = L"<psf:Feature name=\"psk:PageMediaSize\">";
+    const std::wstring feature = MediaSize(option, size);
+    return feature.substr(kHead.size(),
+                          feature.size() - kHead.size() - std::wstring_view(L"</psf:Feature>").size());
+}
+
+TEST_P(MediaSizeDataTicketTest, TheSizeOfAnOptionThatIsNotSelectedIsNotRead) {
+    MediaSizeData data;
+    data.Read(LoadDomFromString(TwoSizes(OptionOfSize(L"NorthAmericaLetter", std::nullopt),
+                                         OptionOfSize(L"ISOA4", MediaDimensions{210000, 297000})))
+                  .Get());
+    ExpectState(data, 94, Letter);
+    // And so it can be written.
+    const Dom ticket = LoadDomFromString(Ticket(L""));
+    data.Write(ticket.Get());
+    EXPECT_EQ(Ticket(MediaSize(L"NorthAmericaLetter", Letter)), DomText(ticket.Get()));
+}
+
+TEST_P(MediaSizeDataTicketTest, OneLengthOfEachOfTwoOptionsIsNoSize) {
+    const std::wstring height = OptionOfSize(L"CustomMediaSize", std::nullopt);
+    const std::wstring first =
+        height.substr(0, height.size() - 2) + L">" + ScoredProperty(L"MediaSizeHeight", 1) + L"</psf:Option>";
+    const Dom ticket =
+        LoadDomFromString(TwoSizes(first, OptionOfSize(L"CustomMediaSize", MediaDimensions{2, 3})));
+    EXPECT_THROW(MediaSizeData().Read(ticket.Get()), std::runtime_error);
+}
+
 TEST_ON_EACH_DOM(MediaSizeDataTicketTest);
 TEST_ON_EACH_DOM(MediaSizeSelectionTest);
 

@@ -227,6 +227,20 @@ TEST_P(PrintableMediaSizeDataTest, WritingTwiceKeepsTheFirstBecauseOnlyKeywordFe
     EXPECT_FALSE(data.IsSpecified(ticket.Get()));
 }
 
+TEST_P(PrintableMediaSizeDataTest, TheLengthsOfAnOptionThatIsNotSelectedAreNotRead) {
+    const auto option = [](std::wstring_view properties) {
+        std::wstring text = L"<psf:Option name=\"krk:PrintableMediaSize\">";
+        return text.append(properties).append(L"</psf:Option>");
+    };
+    const std::wstring maxima = Property(L"MaxWidth", L"30") + Property(L"MaxHeight", L"40");
+    const std::wstring all = Property(L"MinWidth", L"1") + Property(L"MinHeight", L"2") + maxima;
+    PrintableMediaSizeData data;
+    data.Read(LoadDomFromString(PrivateTicket(L"<psf:Feature name=\"krk:PagePrintableMediaSize\">" +
+                                              option(maxima) + option(all) + L"</psf:Feature>"))
+                  .Get());
+    ExpectRange(data, {0, 0}, {30, 40});
+}
+
 TEST_ON_EACH_DOM(PrintableMediaSizeDataTest);
 
 }  // namespace

@@ -57,6 +57,15 @@ std::wstring ValueOf(const PrintSchemaHandler& handler, std::wstring_view query)
     return TextOf([&](BSTR* pText) { return handler.GetValue(query, pText); });
 }
 
+// The local name in the property psk:P anywhere in the document, or the code.
+std::wstring LocalNameIn(const PrintSchemaHandler& handler, PropertyKind kind) {
+    Node pRoot;
+    EXPECT_EQ(S_OK, handler.SelectSingleNode(L"/*", pRoot.Put()));
+    return TextOf([&](BSTR* pText) {
+        return handler.ReadLocalName(pRoot.Get(), kind, {Keywords, L"P"}, pText);
+    });
+}
+
 std::wstring OptionOf(const PrintSchemaHandler& handler, const Qname& feature = JobInputBin,
                       SchemaNamespace optionSpace = Keywords) {
     return TextOf([&](BSTR* pText) { return handler.GetOptionName(feature, optionSpace, pText); });
@@ -69,12 +78,6 @@ TEST_P(SchemaReadingTest, QueriesNameElementsWithTheDocumentsPrefixes) {
     EXPECT_EQ(handler.OptionQuery(JobInputBin), L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option");
     EXPECT_EQ(handler.PropertyQuery(bound), L"//psf:Property[@name = \"krk:MinWidth\"]");
     EXPECT_EQ(handler.ScoredPropertyQuery(FeedDirection),
-              L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]");
-    EXPECT_EQ(handler.OptionPropertyQuery(JobInputBin, bound),
-              L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option"
-              L"//psf:Property[@name = \"krk:MinWidth\"]");
-    EXPECT_EQ(handler.OptionScoredPropertyQuery(JobInputBin, FeedDirection),
-              L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option"
               L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]");
 }
 
@@ -229,13 +232,20 @@ TEST_P(SchemaReadingTest, ReadLocalNameTakesAnyPrefixAndABareWord) {
          {L"psk:LongEdgeFirst", L"any:LongEdgeFirst", L"LongEdgeFirst", L"\n psk:LongEdgeFirst\t"}) {
         const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"><psf:Value>" +
                                                  std::wstring(text) + L"</psf:Value></psf:Property>");
-        const std::wstring query = handler.PropertyQuery({Keywords, L"P"});
-        EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.ReadLocalName(query, pText); }), L"LongEdgeFirst");
+        EXPECT_EQ(L"LongEdgeFirst", LocalNameIn(handler, PropertyKind::Plain));
+        EXPECT_EQ(L"0x80070490", LocalNameIn(handler, PropertyKind::Scored));
     }
-    const PrintTicketHandler& handler = Open(L"");
-    EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.ReadLocalName(L"//psf:Property", pText); }),
-              L"0x80070490");
-    EXPECT_EQ(handler.ReadLocalName(L"//psf:Property", nullptr), E_POINTER);
+    const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"/>");
+    EXPECT_EQ(L"0x80070490", LocalNameIn(handler, PropertyKind::Plain));
+    Node pRoot;
+    ASSERT_EQ(S_OK, handler.SelectSingleNode(L"/*", pRoot.Put()));
+    const Qname name = {Keywords, L"P"};
+    EXPECT_EQ(E_POINTER, handler.ReadLocalName(pRoot.Get(), PropertyKind::Plain, name, nullptr));
+    BSTR text = nullptr;
+    EXPECT_EQ(E_POINTER, handler.ReadLocalName(nullptr, PropertyKind::Plain, name, &text));
+    std::int32_t value = 7;
+    EXPECT_EQ(E_POINTER, handler.ReadInteger(nullptr, PropertyKind::Plain, name, &value));
+    EXPECT_EQ(E_POINTER, handler.ReadInteger(pRoot.Get(), PropertyKind::Plain, name, nullptr));
 }
 
 TEST_P(SchemaReadingTest, APropertyIsReadInsideItsFeaturesOwnOption) {
@@ -244,16 +254,31 @@ TEST_P(SchemaReadingTest, APropertyIsReadInsideItsFeaturesOwnOption) {
         L"<psf:Feature name=\"psk:Other\"><psf:Option><psf:ScoredProperty name=\"psk:Width\">"
         L"<psf:Value>2</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"
         L"<psf:Feature name=\"psk:Own\"><psf:ScoredProperty name=\"psk:Width\"><psf:Value>3</psf:Value>"
-        L"</psf:ScoredProperty><psf:Option><psf:ScoredProperty name=\"psk:Width\"><psf:Value>4</psf:Value>"
+        L"</psf:ScoredProperty><psf:Option name=\"psk:One\"><psf:ScoredProperty name=\"psk:Width\">"
+        L"<psf:Value>4</psf:Value>"
         L"</psf:ScoredProperty></psf:Option></psf:Feature>");
-    std::int32_t value = 0;
     const Qname width = {Keywords, L"Width"};
-    EXPECT_EQ(handler.ReadInteger(handler.OptionScoredPropertyQuery({Keywords, L"Own"}, width), &value),
-              S_OK);
-    EXPECT_EQ(value, 4);
-    EXPECT_EQ(handler.ReadInteger(handler.OptionPropertyQuery({Keywords, L"Own"}, width), &value), NotFound);
-    EXPECT_EQ(handler.ReadInteger(handler.OptionScoredPropertyQuery({Keywords, L"No"}, width), &value),
-              NotFound);
+    Bstr name;
+    Node pOption;
+    ASSERT_EQ(S_OK, handler.GetOption({Keywords, L"Own"}, Keywords, name.Put(), pOption.Put()));
+    EXPECT_EQ(L"One", name.View());
+    std::int32_t value = 0;
+    EXPECT_EQ(S_OK, handler.ReadInteger(pOption.Get(), PropertyKind::Scored, width, &value));
+    EXPECT_EQ(4, value);
+    EXPECT_EQ(NotFound, handler.ReadInteger(pOption.Get(), PropertyKind::Plain, width, &value));
+}
+
+TEST_P(SchemaReadingTest, GetOptionGivesBothOrNeither) {
+    const PrintTicketHandler& handler =
+        Open(L"<psf:Feature name=\"psk:JobInputBin\"><psf:Option/></psf:Feature>");
+    Bstr name;
+    Node pOption;
+    EXPECT_EQ(E_INVALIDARG, handler.GetOption(JobInputBin, Keywords, name.Put(), pOption.Put()));
+    EXPECT_TRUE(name.Empty());
+    EXPECT_FALSE(pOption);
+    EXPECT_EQ(E_POINTER, handler.GetOption(JobInputBin, Keywords, nullptr, pOption.Put()));
+    EXPECT_EQ(E_POINTER, handler.GetOption(JobInputBin, Keywords, name.Put(), nullptr));
+    EXPECT_EQ(NotFound, handler.GetOption({Keywords, L"No"}, Keywords, name.Put(), pOption.Put()));
 }
 
 TEST_P(SchemaReadingTest, TheSelectedOptionIsTheFirstOptionsName) {

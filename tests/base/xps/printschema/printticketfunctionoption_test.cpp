@@ -79,7 +79,8 @@ class RecordingData : public PageOrientationData {
     IXMLDOMDocument2* pTicket = nullptr;
 
   protected:
-    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName) override {
+    void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption) override {
+        EXPECT_NE(nullptr, pOption);
         EXPECT_EQ(featureName, (Qname{Keywords, L"PageOrientation"}));
         EXPECT_EQ(handler.GetPrefix(Keywords), L"psk:");
         calls += "read; ";

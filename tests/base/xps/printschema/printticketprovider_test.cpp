@@ -18,6 +18,7 @@
 #include "mockparts.h"
 #include "mockstreams.h"
 #include "platform/bstr.h"
+#include "refusedtoken.h"
 #include "tickettext.h"
 #include "usertoken.h"
 
@@ -104,6 +105,12 @@ class PrintTicketProviderTest : public tests::DomTest {
         m_platform.m_tokens.clear();
     }
 
+    // With a ticket at every scope that nobody was handed.
+    void OpenScopes() {
+        OpenBase();
+        ASSERT_EQ(Base, DomText(Read(kPTPageScope).Get()));
+    }
+
     // A part's ticket; null for no text.
     ComPtr<IPartPrintTicket> TicketPart(std::wstring_view text) {
         if (text.empty()) return {};
@@ -133,6 +140,11 @@ class PrintTicketProviderTest : public tests::DomTest {
     Dom Get(EPrintTicketScope scope) {
         Dom ticket;
         EXPECT_EQ(m_provider->GetTicket(scope, ticket.Put()), S_OK);
+        return ticket;
+    }
+    Dom Read(EPrintTicketScope scope) {
+        Dom ticket;
+        EXPECT_EQ(S_OK, m_provider->ReadTicket(scope, ticket.Put()));
         return ticket;
     }
     std::wstring TextAt(EPrintTicketScope scope) { return DomText(Get(scope).Get()); }
@@ -225,6 +237,37 @@ TEST_F(PrintTicketProviderTest, OpeningAgainWithBadArgumentsStillClosesTheFirst)
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
 }
 
+TEST_F(PrintTicketProviderTest, APrinterThatCannotBeOpenedLeavesTheTickets) {
+    OpenBase();
+    m_calls.Fail("PTOpenProvider Printer 1", Injected);
+    EXPECT_EQ(Injected, OpenWith(PageDelta));
+    EXPECT_EQ(Base, TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, ABaseThatCannotBeLoadedLeavesNoTicket) {
+    OpenBase();
+    EXPECT_EQ(E_FAIL, OpenWith(L"<psf:PrintTicket>"));
+    EXPECT_EQ(E_PENDING, GetResult(kPTPageScope));
+}
+
+// A thread that keeps its user without a reason given is a failure all the same.
+TEST_F(PrintTicketProviderTest, ATokenThatIsRefusedWithoutAReasonMakesNoCall) {
+    OpenBase();
+    const tests::RefusedToken refused(ERROR_SUCCESS);
+    EXPECT_EQ(E_FAIL, SetJob(JobDelta));
+    Dom capabilities;
+    EXPECT_EQ(E_FAIL, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
+    EXPECT_EQ(E_FAIL, OpenWith(Base));
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
+}
+
+TEST_F(PrintTicketProviderTest, ATokenThatIsRefusedIsTheSystemsCode) {
+    OpenBase();
+    const tests::RefusedToken refused(ERROR_ACCESS_DENIED);
+    EXPECT_EQ(E_ACCESSDENIED, SetJob(JobDelta));
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
 TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
     for (std::size_t call = 1;; ++call) {
         ASSERT_LT(call, 1000u);
@@ -264,11 +307,24 @@ TEST_F(PrintTicketProviderTest, TheDestructorCloses) {
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
 }
 
-TEST_F(PrintTicketProviderTest, TicketsStayReadableAfterCloseButNothingMerges) {
+TEST_F(PrintTicketProviderTest, CloseReleasesTheTicketsWithTheHandle) {
     OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    const Dom job = Get(kPTJobScope);
     ASSERT_EQ(m_provider->Close(), S_OK);
-    EXPECT_EQ(TextAt(kPTPageScope), Base);
-    EXPECT_EQ(SetJob(JobDelta), E_HANDLE);
+    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(E_PENDING, GetResult(scope));
+    Dom base;
+    EXPECT_EQ(E_PENDING, m_provider->GetBaseTicket(base.Put()));
+    EXPECT_EQ(E_PENDING, SetJob(JobDelta));
+    // Nobody else holds what was handed out.
+    job.Get()->AddRef();
+    EXPECT_EQ(1u, job.Get()->Release());
+}
+
+TEST_F(PrintTicketProviderTest, CloseWithoutAnOpenPrinterReleasesTheTicketsToo) {
+    ASSERT_EQ(S_OK, m_provider->SetBaseTicket(LoadDomFromString(Base).Get()));
+    EXPECT_EQ(S_OK, m_provider->Close());
+    EXPECT_EQ(E_PENDING, GetResult(kPTJobScope));
 }
 
 // The base ticket.
@@ -707,6 +763,141 @@ TEST_F(PrintTicketProviderTest, CapabilitiesOfWhichNothingIsWrittenFail) {
     Dom capabilities;
     EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()), E_FAIL);
     EXPECT_FALSE(capabilities);
+}
+
+TEST_F(PrintTicketProviderTest, WhatThePlatformSaysOfAFailureIsKeptWithTheTickets) {
+    OpenBase();
+    EXPECT_EQ("", m_provider->LastFailure().message);
+    m_platform.m_errorText = L"not today";
+    m_calls.Fail(MergeCall(kPTJobScope, Base, JobDelta), Injected);
+    EXPECT_EQ(Injected, SetJob(JobDelta));
+    const auto trimmed = [](std::wstring text) { return text.substr(0, text.find_last_not_of(L"\r\n") + 1); };
+    EXPECT_EQ("PTMergeAndValidatePrintTicket failed with message: not today\n",
+              m_provider->LastFailure().message);
+    EXPECT_EQ(Base, trimmed(m_provider->LastFailure().parent));
+    EXPECT_EQ(JobDelta, trimmed(m_provider->LastFailure().delta));
+
+    m_calls.FailNth(1, Injected);
+    Dom capabilities;
+    EXPECT_EQ(Injected,
+              m_provider->GetPrintCapabilities(LoadDomFromString(PageDelta).Get(), capabilities.Put()));
+    EXPECT_EQ("PTGetPrintCapabilities failed with message: not today\n", m_provider->LastFailure().message);
+    EXPECT_EQ(L"", m_provider->LastFailure().parent);
+    EXPECT_EQ(PageDelta, trimmed(m_provider->LastFailure().delta));
+}
+
+// What is done once for pages that are alike.
+
+TEST_F(PrintTicketProviderTest, PagesWithoutATicketShareOneUnderTheSameDocumentAndExtraTicket) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    const Dom extra = LoadDomFromString(Extra);
+    ASSERT_EQ(S_OK, SetPage(NoTicket, extra.Get()));
+    const std::uint64_t version = m_provider->TicketVersion(kPTPageScope);
+    EXPECT_NE(0u, version);
+    const Dom first = Read(kPTPageScope);
+    ASSERT_EQ(S_OK, SetPage(NoTicket, extra.Get()));
+    EXPECT_EQ(first.Get(), Read(kPTPageScope).Get());
+    EXPECT_EQ(version, m_provider->TicketVersion(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, AnotherExtraTicketMakesAnotherPageTicket) {
+    OpenScopes();
+    const Dom extra = LoadDomFromString(Extra);
+    ASSERT_EQ(S_OK, SetPage(NoTicket, extra.Get()));
+    const std::uint64_t version = m_provider->TicketVersion(kPTPageScope);
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_NE(version, m_provider->TicketVersion(kPTPageScope));
+    EXPECT_EQ(Base, TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, AWiderTicketThatChangesMakesAnotherPageTicket) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    ASSERT_EQ(S_OK, SetDocument(PageDelta));
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, ATicketThatWasHandedOutAndChangedIsNotShared) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    const Dom lent = Get(kPTPageScope);
+    EXPECT_EQ(0u, m_provider->TicketVersion(kPTPageScope));
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    ASSERT_EQ(S_OK, lent->loadXML(Bstr(PageDelta).Get(), &isLoaded));
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_EQ(Base, TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, PagesUnderATicketThatWasHandedOutAndChangedFollowIt) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    ASSERT_EQ(S_OK, Get(kPTDocumentScope)->loadXML(Bstr(PageDelta).Get(), &isLoaded));
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, APageLikeTheOneBeforeIsValidatedAndKeepsItsTicket) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    const Dom extra = LoadDomFromString(Extra);
+    ASSERT_EQ(S_OK, SetPage(PageDelta, extra.Get()));
+    const Dom first = Read(kPTPageScope);
+    const std::uint64_t version = m_provider->TicketVersion(kPTPageScope);
+    m_calls.Clear();
+    ASSERT_EQ(S_OK, SetPage(PageDelta, extra.Get()));
+    EXPECT_THAT(PlatformCalls(), ElementsAre(MergeCall(kPTPageScope, DocumentDelta, PageDelta)));
+    EXPECT_EQ(first.Get(), Read(kPTPageScope).Get());
+    EXPECT_EQ(version, m_provider->TicketVersion(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, APageOfWhichThePlatformMakesSomethingElseGetsAnotherTicket) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    m_platform.m_merge = [](const std::string&) { return Bytes(JobDelta); };
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    EXPECT_EQ(
+        Ticket(Feature(L"psk:A", L"psk:job").substr(0, std::wstring(L"<psf:Feature name=\"psk:A\">").size()) +
+               L"<psf:Option name=\"psk:job\"/><psf:Option name=\"psk:page\"/></psf:Feature>"),
+        TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, APageWithATicketBetweenTwoWithoutLeavesNothingBehind) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_EQ(Base, TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, AChangedTicketOfAPageWithATicketIsMadeAnew) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    ASSERT_EQ(S_OK, Get(kPTPageScope)->loadXML(Bstr(JobDelta).Get(), &isLoaded));
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+}
+
+TEST_F(PrintTicketProviderTest, WhatWasKeptOfATicketGoesWithIt) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_EQ(nullptr, m_provider->KeptMedia(kPTPageScope));
+    m_provider->KeepMedia(kPTPageScope, {L"krk:", {1, 2}, {}});
+    ASSERT_NE(nullptr, m_provider->KeptMedia(kPTPageScope));
+    EXPECT_EQ(2, m_provider->KeptMedia(kPTPageScope)->size.height);
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    EXPECT_EQ(nullptr, m_provider->KeptMedia(kPTPageScope));
+    EXPECT_NE(nullptr, Get(kPTPageScope).Get());
+    m_provider->KeepMedia(kPTPageScope, {L"krk:", {1, 2}, {}});
+    EXPECT_EQ(nullptr, m_provider->KeptMedia(kPTPageScope));
+    EXPECT_EQ(0u, m_provider->TicketVersion(NoScope));
 }
 
 }  // namespace

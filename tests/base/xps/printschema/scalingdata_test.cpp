@@ -304,6 +304,21 @@ TEST_P(ScalingDataTest, ThePrivateOptionIsReadThroughAPrivateOptionName) {
     EXPECT_EQ(data.GetOptionId(), PrivateOption);
 }
 
+TEST_P(ScalingDataTest, ValuesOfAnOptionThatIsNotSelectedAreNotTaken) {
+    const std::wstring refused =
+        tests::Named(L"Option", L"psk:Custom",
+                     Literal(L"OffsetWidth", 1) + Literal(L"OffsetHeight", 2) + Literal(L"ScaleWidth", 3) +
+                         Literal(L"ScaleHeight", 4) + Literal(L"Scale", 5));
+    ScalingData data = Custom({7, 8}, {9, 10});
+    const HRESULT code = ThrownCode([&] {
+        Read(data, tests::Named(L"Feature", L"psk:PageScaling",
+                                tests::Named(L"Option", L"psk:CustomSquare", L"") + refused));
+    });
+    EXPECT_EQ(NotFound, code);
+    EXPECT_EQ((Pair{7, 8}), data.GetOffset());
+    EXPECT_EQ((Pair{9, 10}), data.GetScale());
+}
+
 TEST_ON_EACH_DOM(ScalingDataTest);
 
 }  // namespace

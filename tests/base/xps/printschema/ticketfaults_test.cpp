@@ -187,6 +187,8 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
         HRESULT hr = S_OK;
         HRESULT thrown = S_OK;
         {
+            // What was handed out is not shared with the next part, which therefore gets a copy of its own.
+            static_cast<void>(Get(kPTJobScope));
             const DomFaults faults(nth, Injected, Saves::Counted);
             thrown = ThrownCode([&] { hr = m_provider.SetJobTicket(part.Get(), extra.Get()); });
             hasFailed = faults.HasFailed();
