@@ -16,6 +16,7 @@ using platform::Bstr;
 using platform::ComPtr;
 using platform::InOrder;
 using platform::Variant;
+using platform::Yielded;
 
 namespace {
 
@@ -47,13 +48,13 @@ struct RootAttribute {
 // The last answer of the walk, S_FALSE at its end.
 [[nodiscard]] HRESULT ReadAttributes(IXMLDOMNode* pElement, std::vector<RootAttribute>& attributes) {
     ComPtr<IXMLDOMNamedNodeMap> pMap;
-    const HRESULT mapped = pElement->get_attributes(pMap.Put());
+    const HRESULT mapped = Yielded(pElement->get_attributes(pMap.Put()), pMap);
     if (mapped != S_OK) return mapped;
     const HRESULT reset = pMap->reset();
     if (FAILED(reset)) return reset;
     for (;;) {
         ComPtr<IXMLDOMNode> pAttribute;
-        const HRESULT walked = pMap->nextNode(pAttribute.Put());
+        const HRESULT walked = Yielded(pMap->nextNode(pAttribute.Put()), pAttribute);
         if (walked != S_OK) return walked;
         const HRESULT read = ReadAttribute(pAttribute.Get(), attributes.emplace_back());
         if (FAILED(read)) return read;

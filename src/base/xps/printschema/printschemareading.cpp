@@ -15,13 +15,9 @@ using platform::ComPtr;
 using platform::InOrder;
 using platform::InOrderWhileFound;
 using platform::Variant;
+using platform::Yielded;
 
 namespace {
-
-// S_OK without a node means the same as S_FALSE.
-[[nodiscard]] HRESULT ResultOf(HRESULT selected, const ComPtr<IXMLDOMNode>& pNode) noexcept {
-    return selected == S_OK && !pNode ? S_FALSE : selected;
-}
 
 // What the feature classes are told when there is no such thing.
 [[nodiscard]] HRESULT FailedIfAbsent(HRESULT hr) noexcept {
@@ -88,7 +84,12 @@ HRESULT PrintSchemaHandler::SelectNodes(std::wstring_view elementName, IXMLDOMNo
     if (ppList == nullptr) return E_POINTER;
     *ppList = nullptr;
     if (elementName.empty()) return E_FAIL;
-    return m_pDocument->selectNodes(Bstr(L"//" + ElementName(elementName)).Get(), ppList);
+    ComPtr<IXMLDOMNodeList> pList;
+    const HRESULT selected =
+        m_pDocument->selectNodes(Bstr(L"//" + ElementName(elementName)).Get(), pList.Put());
+    const HRESULT result = Yielded(selected, pList);
+    if (result == S_OK) *ppList = pList.Detach();
+    return result;
 }
 
 HRESULT PrintSchemaHandler::SelectBelow(IXMLDOMNode* pContext, std::wstring_view query,
@@ -96,7 +97,7 @@ HRESULT PrintSchemaHandler::SelectBelow(IXMLDOMNode* pContext, std::wstring_view
     *ppNode = nullptr;
     ComPtr<IXMLDOMNode> pNode;
     const HRESULT selected = pContext->selectSingleNode(Bstr(query).Get(), pNode.Put());
-    const HRESULT result = ResultOf(selected, pNode);
+    const HRESULT result = Yielded(selected, pNode);
     if (result == S_OK) *ppNode = pNode.Detach();
     return result;
 }
@@ -115,8 +116,8 @@ HRESULT PrintSchemaHandler::GetAttribute(IXMLDOMNode* pNode, std::wstring_view n
     ComPtr<IXMLDOMNamedNodeMap> pAttributes;
     ComPtr<IXMLDOMNode> pAttribute;
     return InOrderWhileFound(
-        [&] { return pNode->get_attributes(pAttributes.Put()); },
-        [&] { return ResultOf(pAttributes->getNamedItem(Bstr(name).Get(), pAttribute.Put()), pAttribute); },
+        [&] { return Yielded(pNode->get_attributes(pAttributes.Put()), pAttributes); },
+        [&] { return Yielded(pAttributes->getNamedItem(Bstr(name).Get(), pAttribute.Put()), pAttribute); },
         [&] { return pAttribute->get_text(pValue); });
 }
 
@@ -157,7 +158,7 @@ HRESULT PrintSchemaHandler::FindParameter(std::wstring_view name, IXMLDOMNode** 
     if (selected != S_OK) return selected;
     for (long index = 0;; ++index) {
         ComPtr<IXMLDOMNode> pParameter;
-        const HRESULT got = ResultOf(pParameters->get_item(index, pParameter.Put()), pParameter);
+        const HRESULT got = Yielded(pParameters->get_item(index, pParameter.Put()), pParameter);
         if (got != S_OK) return got;
         Bstr candidate;
         const HRESULT named = GetAttribute(pParameter.Get(), L"name", candidate.Put());

@@ -1,6 +1,7 @@
 // Removing features with the parameters that belong to them.
 
 #include "base/xps/printschema/printschemahandler.h"
+#include "platform/inorder.h"
 
 namespace base::xps::printschema {
 
@@ -12,7 +13,8 @@ namespace {
 [[nodiscard]] HRESULT RemoveNode(IXMLDOMNode* pNode) {
     ComPtr<IXMLDOMNode> pParent;
     const HRESULT found = pNode->get_parentNode(pParent.Put());
-    if (found != S_OK) return FAILED(found) ? found : E_FAIL;
+    if (FAILED(found)) return found;
+    if (!pParent) return E_FAIL;
     ComPtr<IXMLDOMNode> pRemoved;
     return pParent->removeChild(pNode, pRemoved.Put());
 }
@@ -38,9 +40,10 @@ HRESULT PrintSchemaHandler::RemoveParametersOf(IXMLDOMNode* pFeature) const {
     const HRESULT selected =
         pFeature->selectNodes(Bstr(L".//" + ElementName(L"ParameterRef")).Get(), pReferences.Put());
     if (FAILED(selected)) return selected;
+    if (!pReferences) return E_FAIL;
     for (long index = 0;; ++index) {
         ComPtr<IXMLDOMNode> pReference;
-        const HRESULT got = pReferences->get_item(index, pReference.Put());
+        const HRESULT got = platform::Yielded(pReferences->get_item(index, pReference.Put()), pReference);
         if (got != S_OK) return FAILED(got) ? got : S_OK;
         Bstr name;
         const HRESULT named = GetAttribute(pReference.Get(), L"name", name.Put());

@@ -1,175 +1,153 @@
 #include "domfaults.h"
 
-#include <stdexcept>
-#include <vector>
+#include <optional>
 
-#include "base/xml/xmlutility.h"
-#include "platform/bstr.h"
-#include "platform/comptr.h"
-#include "platform/msxml6.h"
+#include "domslots.h"
 
 namespace tests {
 namespace {
 
-using platform::Bstr;
-using platform::ComPtr;
+// Two kinds of objects whose functions may be different ones in the same slot.
+enum class Kind { Document, Element, Attribute, Text, Selected, Children, Map, Stream };
 
-// Slots of the virtual tables: IUnknown has 3 and IDispatch 4, then come an interface's own methods in the
-// order of their declaration.
-enum Slot : std::size_t {
-    FirstOwn = 7,
-    StreamSeek = 5,
-    GetNodeName = FirstOwn,
-    GetNodeValue = FirstOwn + 1,
-    GetParentNode = FirstOwn + 4,
-    GetChildNodes = FirstOwn + 5,
-    GetAttributes = FirstOwn + 10,
-    RemoveChild = FirstOwn + 13,
-    AppendChild = FirstOwn + 14,
-    HasChildNodes = FirstOwn + 15,
-    CloneNode = FirstOwn + 17,
-    GetText = FirstOwn + 19,
-    PutText = FirstOwn + 20,
-    GetNodeTypedValue = FirstOwn + 23,
-    SelectNodes = FirstOwn + 29,
-    SelectSingleNode = FirstOwn + 30,
-    FirstOfNodesHeir = FirstOwn + 36,
-    ElementSetAttributeNode = FirstOfNodesHeir + 5,
-    AttributePutValue = FirstOfNodesHeir + 2,
-    DocumentGetDocumentElement = FirstOfNodesHeir + 2,
-    DocumentCreateAttribute = FirstOfNodesHeir + 10,
-    DocumentCreateNode = FirstOfNodesHeir + 13,
-    DocumentLoad = FirstOfNodesHeir + 15,
-    DocumentPutAsync = FirstOfNodesHeir + 20,
-    DocumentSave = FirstOfNodesHeir + 23,
-    DocumentSetProperty = FirstOfNodesHeir + 33 + 4,
-    ListGetItem = FirstOwn,
-    ListGetLength = FirstOwn + 1,
-    MapGetNamedItem = FirstOwn,
-    MapSetNamedItem = FirstOwn + 1,
-    MapNextNode = FirstOwn + 7,
-    MapReset = FirstOwn + 8,
-};
-
-enum class Kind { Document, Element, Attribute, List, ChildList, Map, Stream };
-
-struct Patch {
-    void** pSlot;
-    void* original;
-};
-
-std::vector<Patch> s_patches;
+std::optional<VtablePatches> s_patches;
 std::size_t s_calls = 0;
 std::size_t s_failing = 0;
 HRESULT s_code = S_OK;
+std::optional<DomCall> s_only;
 
-void Store(void** pSlot, void* function) {
-    DWORD before = 0;
-    if (!VirtualProtect(pSlot, sizeof(void*), PAGE_READWRITE, &before))
-        throw std::runtime_error("a virtual table cannot be changed");
-    *pSlot = function;
-    VirtualProtect(pSlot, sizeof(void*), before, &before);
-}
+[[nodiscard]] bool IsCounted(DomCall call) noexcept { return !s_only || *s_only == call; }
 
 // Stands in a slot of the virtual table of one kind of object.
-template <Kind kind, std::size_t slot, typename... Arguments>
+template <Kind kind, std::size_t slot, DomCall call, typename... Arguments>
 struct Thunk {
     using Function = HRESULT STDMETHODCALLTYPE(void*, Arguments...);
     static inline Function* s_pOriginal = nullptr;
 
     static HRESULT STDMETHODCALLTYPE Call(void* self, Arguments... arguments) {
-        if (++s_calls == s_failing) return s_code;
+        if (IsCounted(call) && ++s_calls == s_failing) return s_code;
         return s_pOriginal(self, arguments...);
     }
 
     static void Install(IUnknown* pObject) {
-        void** const pSlot = *reinterpret_cast<void***>(pObject) + slot;
-        s_pOriginal = reinterpret_cast<Function*>(*pSlot);
-        s_patches.push_back({pSlot, *pSlot});
-        Store(pSlot, reinterpret_cast<void*>(&Call));
+        if (Function* const pOriginal = s_patches->Replace(pObject, slot, &Call)) s_pOriginal = pOriginal;
     }
 };
 
 template <Kind kind>
-void InstallInNode(IXMLDOMNode* pNode) {
-    Thunk<kind, GetNodeName, BSTR*>::Install(pNode);
-    Thunk<kind, GetNodeValue, VARIANT*>::Install(pNode);
-    Thunk<kind, GetParentNode, IXMLDOMNode**>::Install(pNode);
-    Thunk<kind, GetChildNodes, IXMLDOMNodeList**>::Install(pNode);
-    Thunk<kind, GetAttributes, IXMLDOMNamedNodeMap**>::Install(pNode);
-    Thunk<kind, RemoveChild, IXMLDOMNode*, IXMLDOMNode**>::Install(pNode);
-    Thunk<kind, AppendChild, IXMLDOMNode*, IXMLDOMNode**>::Install(pNode);
-    Thunk<kind, HasChildNodes, VARIANT_BOOL*>::Install(pNode);
-    Thunk<kind, CloneNode, VARIANT_BOOL, IXMLDOMNode**>::Install(pNode);
-    Thunk<kind, GetText, BSTR*>::Install(pNode);
-    Thunk<kind, PutText, BSTR>::Install(pNode);
-    Thunk<kind, GetNodeTypedValue, VARIANT*>::Install(pNode);
-    Thunk<kind, SelectNodes, BSTR, IXMLDOMNodeList**>::Install(pNode);
-    Thunk<kind, SelectSingleNode, BSTR, IXMLDOMNode**>::Install(pNode);
+struct Installer {
+    IUnknown* m_pObject;
+
+    template <std::size_t slot, typename... Arguments>
+    void Any() const {
+        Thunk<kind, slot, DomCall::Other, Arguments...>::Install(m_pObject);
+    }
+    template <std::size_t slot, DomCall call, typename... Arguments>
+    void Named() const {
+        Thunk<kind, slot, call, Arguments...>::Install(m_pObject);
+    }
+
+    void Node() const {
+        Named<GetNodeName, DomCall::GetNodeName, BSTR*>();
+        Any<GetNodeValue, VARIANT*>();
+        Any<PutNodeValue, VARIANT>();
+        Any<GetNodeType, DOMNodeType*>();
+        Named<GetParentNode, DomCall::GetParentNode, IXMLDOMNode**>();
+        Any<GetChildNodes, IXMLDOMNodeList**>();
+        Any<GetFirstChild, IXMLDOMNode**>();
+        Any<GetLastChild, IXMLDOMNode**>();
+        Any<GetPreviousSibling, IXMLDOMNode**>();
+        Any<GetNextSibling, IXMLDOMNode**>();
+        Named<GetAttributes, DomCall::GetAttributes, IXMLDOMNamedNodeMap**>();
+        Any<InsertBefore, IXMLDOMNode*, VARIANT, IXMLDOMNode**>();
+        Any<ReplaceChild, IXMLDOMNode*, IXMLDOMNode*, IXMLDOMNode**>();
+        Any<RemoveChild, IXMLDOMNode*, IXMLDOMNode**>();
+        Any<AppendChild, IXMLDOMNode*, IXMLDOMNode**>();
+        Any<HasChildNodes, VARIANT_BOOL*>();
+        Any<GetOwnerDocument, IXMLDOMDocument**>();
+        Any<CloneNode, VARIANT_BOOL, IXMLDOMNode**>();
+        Named<GetText, DomCall::GetText, BSTR*>();
+        Any<PutText, BSTR>();
+        Named<GetNodeTypedValue, DomCall::GetNodeTypedValue, VARIANT*>();
+        Any<PutNodeTypedValue, VARIANT>();
+        Any<SelectNodes, BSTR, IXMLDOMNodeList**>();
+        Any<SelectSingleNode, BSTR, IXMLDOMNode**>();
+        Any<GetNamespaceUri, BSTR*>();
+        Any<GetPrefix, BSTR*>();
+        Any<GetBaseName, BSTR*>();
+    }
+    void List() const {
+        Named<ListGetItem, DomCall::GetItem, LONG, IXMLDOMNode**>();
+        Any<ListGetLength, LONG*>();
+        Named<ListNextNode, DomCall::NextNode, IXMLDOMNode**>();
+        Named<ListReset, DomCall::Reset>();
+    }
+};
+
+void InstallInDocument(IXMLDOMDocument2* pDocument, Saves saves) {
+    const Installer<Kind::Document> document{pDocument};
+    document.Node();
+    document.Any<DocumentGetDocumentElement, IXMLDOMElement**>();
+    document.Any<DocumentPutDocumentElement, IXMLDOMElement*>();
+    document.Any<DocumentCreateElement, BSTR, IXMLDOMElement**>();
+    document.Any<DocumentCreateTextNode, BSTR, IXMLDOMText**>();
+    document.Named<DocumentCreateAttribute, DomCall::CreateAttribute, BSTR, IXMLDOMAttribute**>();
+    document.Any<DocumentCreateNode, VARIANT, BSTR, BSTR, IXMLDOMNode**>();
+    document.Any<DocumentLoad, VARIANT, VARIANT_BOOL*>();
+    document.Any<DocumentLoadXml, BSTR, VARIANT_BOOL*>();
+    document.Any<DocumentPutAsync, VARIANT_BOOL>();
+    document.Any<DocumentSetProperty, BSTR, VARIANT>();
+    if (saves == Saves::Counted) document.Named<DocumentSave, DomCall::Save, VARIANT>();
 }
 
-template <Kind kind>
-void InstallInList(IXMLDOMNodeList* pList) {
-    Thunk<kind, ListGetItem, LONG, IXMLDOMNode**>::Install(pList);
-    Thunk<kind, ListGetLength, LONG*>::Install(pList);
-}
-
-[[nodiscard]] bool ShareTable(IUnknown* pFirst, IUnknown* pSecond) {
-    return *reinterpret_cast<void***>(pFirst) == *reinterpret_cast<void***>(pSecond);
+void InstallInMap(IXMLDOMNamedNodeMap* pMap) {
+    const Installer<Kind::Map> map{pMap};
+    map.Any<MapGetNamedItem, BSTR, IXMLDOMNode**>();
+    map.Named<MapSetNamedItem, DomCall::SetNamedItem, IXMLDOMNode*, IXMLDOMNode**>();
+    map.Any<MapRemoveNamedItem, BSTR, IXMLDOMNode**>();
+    map.Named<MapGetItem, DomCall::GetItem, LONG, IXMLDOMNode**>();
+    map.Any<MapGetLength, LONG*>();
+    map.Any<MapGetQualifiedItem, BSTR, BSTR, IXMLDOMNode**>();
+    map.Named<MapNextNode, DomCall::NextNode, IXMLDOMNode**>();
+    map.Named<MapReset, DomCall::Reset>();
 }
 
 void InstallInDom(Saves saves) {
-    const ComPtr<IXMLDOMDocument2> pDocument = base::xml::LoadDomFromString(L"<a b='c'/>");
-    ComPtr<IXMLDOMElement> pElement;
-    ComPtr<IXMLDOMNamedNodeMap> pMap;
-    ComPtr<IXMLDOMNode> pNode;
-    ComPtr<IXMLDOMAttribute> pAttribute;
-    ComPtr<IXMLDOMNodeList> pList;
-    ComPtr<IXMLDOMNodeList> pChildren;
-    ComPtr<IStream> pStream;
-    const bool isComplete = pDocument->get_documentElement(pElement.Put()) == S_OK &&
-                            pElement->get_attributes(pMap.Put()) == S_OK &&
-                            pMap->get_item(0, pNode.Put()) == S_OK && pNode.QueryTo(pAttribute) == S_OK &&
-                            pDocument->selectNodes(Bstr(L"//a").Get(), pList.Put()) == S_OK &&
-                            pDocument->get_childNodes(pChildren.Put()) == S_OK &&
-                            pDocument.QueryTo(pStream) == S_OK;
-    if (!isComplete) throw std::runtime_error("the DOM lacks a kind of object");
-
-    InstallInNode<Kind::Document>(pDocument.Get());
-    Thunk<Kind::Document, DocumentGetDocumentElement, IXMLDOMElement**>::Install(pDocument.Get());
-    Thunk<Kind::Document, DocumentCreateAttribute, BSTR, IXMLDOMAttribute**>::Install(pDocument.Get());
-    Thunk<Kind::Document, DocumentCreateNode, VARIANT, BSTR, BSTR, IXMLDOMNode**>::Install(pDocument.Get());
-    Thunk<Kind::Document, DocumentLoad, VARIANT, VARIANT_BOOL*>::Install(pDocument.Get());
-    Thunk<Kind::Document, DocumentPutAsync, VARIANT_BOOL>::Install(pDocument.Get());
-    if (saves == Saves::Counted) Thunk<Kind::Document, DocumentSave, VARIANT>::Install(pDocument.Get());
-    Thunk<Kind::Document, DocumentSetProperty, BSTR, VARIANT>::Install(pDocument.Get());
-    InstallInNode<Kind::Element>(pElement.Get());
-    Thunk<Kind::Element, ElementSetAttributeNode, IXMLDOMAttribute*, IXMLDOMAttribute**>::Install(
-        pElement.Get());
-    InstallInNode<Kind::Attribute>(pAttribute.Get());
-    Thunk<Kind::Attribute, AttributePutValue, VARIANT>::Install(pAttribute.Get());
-    Thunk<Kind::Stream, StreamSeek, LARGE_INTEGER, DWORD, ULARGE_INTEGER*>::Install(pStream.Get());
-    InstallInList<Kind::List>(pList.Get());
-    if (!ShareTable(pChildren.Get(), pList.Get())) InstallInList<Kind::ChildList>(pChildren.Get());
-    Thunk<Kind::Map, MapGetNamedItem, BSTR, IXMLDOMNode**>::Install(pMap.Get());
-    Thunk<Kind::Map, MapSetNamedItem, IXMLDOMNode*, IXMLDOMNode**>::Install(pMap.Get());
-    Thunk<Kind::Map, MapNextNode, IXMLDOMNode**>::Install(pMap.Get());
-    Thunk<Kind::Map, MapReset>::Install(pMap.Get());
+    const DomObjects objects;
+    s_patches.emplace();
+    InstallInDocument(objects.pDocument.Get(), saves);
+    const Installer<Kind::Element> element{objects.pElement.Get()};
+    element.Node();
+    element.Any<ElementGetAttribute, BSTR, VARIANT*>();
+    element.Any<ElementSetAttribute, BSTR, VARIANT>();
+    element.Any<ElementGetAttributeNode, BSTR, IXMLDOMAttribute**>();
+    element.Any<ElementSetAttributeNode, IXMLDOMAttribute*, IXMLDOMAttribute**>();
+    const Installer<Kind::Attribute> attribute{objects.pAttribute.Get()};
+    attribute.Node();
+    attribute.Any<AttributeGetValue, VARIANT*>();
+    attribute.Named<AttributePutValue, DomCall::PutValue, VARIANT>();
+    Installer<Kind::Text>{objects.pText.Get()}.Node();
+    Installer<Kind::Selected>{objects.pSelected.Get()}.List();
+    Installer<Kind::Children>{objects.pChildren.Get()}.List();
+    InstallInMap(objects.pMap.Get());
+    Installer<Kind::Stream>{objects.pStream.Get()}.Any<StreamSeek, LARGE_INTEGER, DWORD, ULARGE_INTEGER*>();
 }
 
-}  // namespace
-
-DomFaults::DomFaults(std::size_t nth, HRESULT code, Saves saves) {
+void Start(std::optional<DomCall> only, std::size_t nth, HRESULT code, Saves saves) {
     InstallInDom(saves);
+    s_only = only;
     s_calls = 0;
     s_failing = nth;
     s_code = code;
 }
 
-DomFaults::~DomFaults() {
-    for (const Patch& patch : s_patches) Store(patch.pSlot, patch.original);
-    s_patches.clear();
-}
+}  // namespace
+
+DomFaults::DomFaults(std::size_t nth, HRESULT code, Saves saves) { Start(std::nullopt, nth, code, saves); }
+
+DomFaults::DomFaults(DomCall only, std::size_t nth, HRESULT code) { Start(only, nth, code, Saves::Counted); }
+
+DomFaults::~DomFaults() { s_patches.reset(); }
 
 bool DomFaults::HasFailed() const noexcept { return s_failing != 0 && s_calls >= s_failing; }
 

@@ -10,13 +10,33 @@ namespace tests {
 // the faults are in force exempts it.
 enum class Saves { Counted, Exempt };
 
+// A call that a test wants to fail among all others of a DOM.
+enum class DomCall {
+    Other,
+    GetNodeName,
+    GetText,
+    GetNodeTypedValue,
+    GetParentNode,
+    GetAttributes,
+    GetItem,
+    NextNode,
+    Reset,
+    SetNamedItem,
+    CreateAttribute,
+    PutValue,
+    Save,
+};
+
 // While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes,
-// lists and streams is counted, and one of them fails without doing anything. For the kit's DOM or the
+// texts, lists and streams is counted, and one of them fails without doing anything. For the kit's DOM or the
 // system's, whichever CreateDom gives when it is made. One at a time.
 class DomFaults {
   public:
-    // The nth call, counted from 1, fails with the code; 0: none does.
+    // The nth call, counted from 1, answers the code; 0: none does. With a success code it claims to have
+    // done what it has not, and yields nothing.
     DomFaults(std::size_t nth, HRESULT code, Saves saves = Saves::Exempt);
+    // Only calls of this kind are counted.
+    DomFaults(DomCall only, std::size_t nth, HRESULT code);
     DomFaults(const DomFaults&) = delete;
     DomFaults& operator=(const DomFaults&) = delete;
     ~DomFaults();
