@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "importseam.h"
 #include "platform/bstr.h"
 #include "usertoken.h"
 
@@ -23,6 +24,12 @@ FakePlatformProvider* currentProvider = nullptr;
     return text;
 }
 
+void WINAPI TestSysFreeString(BSTR text) {
+    static auto* const pOriginal = SystemFunction<decltype(SysFreeString)>(L"oleaut32.dll", "SysFreeString");
+    FakePlatformProvider::TextIsFreed(text);
+    pOriginal(text);
+}
+
 [[nodiscard]] HRESULT WriteAll(IStream* pStream, const std::string& bytes) {
     ULONG written = 0;
     return bytes.empty() ? S_OK : pStream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written);
@@ -39,6 +46,11 @@ FakePlatformProvider::~FakePlatformProvider() { currentProvider = nullptr; }
 
 FakePlatformProvider& FakePlatformProvider::Current() { return *currentProvider; }
 
+void FakePlatformProvider::TextIsFreed(BSTR text) {
+    if (currentProvider == nullptr || currentProvider->m_errorTexts.erase(text) == 0) return;
+    if (currentProvider->m_onErrorTextFreed) currentProvider->m_onErrorTextFreed();
+}
+
 HRESULT FakePlatformProvider::Enter(const std::string& call, HPTPROVIDER provider) {
     m_tokens.push_back(ThreadTokenId());
     if (GetCurrentThreadId() != m_thread) m_breaches.push_back("another thread");
@@ -50,7 +62,10 @@ HRESULT FakePlatformProvider::Enter(const std::string& call, HPTPROVIDER provide
 HRESULT FakePlatformProvider::Answer(HRESULT hr, BSTR* pError) {
     if (pError == nullptr) return hr;
     if (*pError != nullptr) m_breaches.push_back("an error text that is not null");
-    if (FAILED(hr) && !m_errorText.empty()) *pError = platform::Bstr(m_errorText).Detach();
+    if (FAILED(hr) && !m_errorText.empty()) {
+        *pError = platform::Bstr(m_errorText).Detach();
+        m_errorTexts.insert(*pError);
+    }
     return hr;
 }
 
@@ -75,7 +90,7 @@ HRESULT FakePlatformProvider::Merge(HPTPROVIDER provider, IStream* pBase, IStrea
     const HRESULT hr =
         Enter("PTMergeAndValidatePrintTicket " + std::to_string(scope) + " " + base + " " + delta, provider);
     if (FAILED(hr)) return Answer(hr, pError);
-    if (provider == nullptr) return Answer(E_HANDLE, pError);
+    if (provider == nullptr) return Answer(E_INVALIDARG, pError);
     const HRESULT written = WriteAll(pResult, m_merge(delta));
     return Answer(FAILED(written) ? written : m_mergeResult, pError);
 }
@@ -83,7 +98,8 @@ HRESULT FakePlatformProvider::Merge(HPTPROVIDER provider, IStream* pBase, IStrea
 HRESULT FakePlatformProvider::GetCapabilities(HPTPROVIDER provider, IStream* pTicket, IStream* pCapabilities,
                                               BSTR* pError) {
     const HRESULT hr = Enter("PTGetPrintCapabilities " + TrimmedEnd(ReadToEnd(pTicket)), provider);
-    return Answer(FAILED(hr) ? hr : WriteAll(pCapabilities, m_capabilities), pError);
+    if (FAILED(hr)) return Answer(hr, pError);
+    return Answer(provider == nullptr ? E_INVALIDARG : WriteAll(pCapabilities, m_capabilities), pError);
 }
 
 }  // namespace tests
@@ -110,3 +126,5 @@ HRESULT WINAPI PTGetPrintCapabilities(HPTPROVIDER provider, IStream* pTicket, IS
 }
 
 }  // extern "C"
+
+TEST_IMPORT(SysFreeString, 4, tests::TestSysFreeString)

@@ -17,7 +17,8 @@ namespace tests {
 // functions itself instead of importing them. Calls are noted as "PTOpenProvider NAME VERSION",
 // "PTCloseProvider", "PTMergeAndValidatePrintTicket SCOPE BASE DELTA" and "PTGetPrintCapabilities TICKET",
 // with the tickets' text. What the platform demands is checked: handles that are open and of this thread, and
-// an error text that is null on entry.
+// an error text that is null on entry and freed by the caller. A null handle is E_INVALIDARG, a merge that
+// succeeds S_PT_NO_CONFLICT, as they are on the platform.
 class FakePlatformProvider {
   public:
     explicit FakePlatformProvider(CallRecorder& calls);
@@ -27,6 +28,8 @@ class FakePlatformProvider {
 
     // The one that is alive; every call goes to it.
     [[nodiscard]] static FakePlatformProvider& Current();
+    // To be told of every text that the program frees.
+    static void TextIsFreed(BSTR text);
 
     HRESULT Open(PCWSTR printer, DWORD version, HPTPROVIDER* pProvider);
     HRESULT Close(HPTPROVIDER provider);
@@ -36,13 +39,17 @@ class FakePlatformProvider {
 
     // Makes a merge's result of the delta; the delta itself by default.
     std::function<std::string(const std::string& delta)> m_merge;
-    HRESULT m_mergeResult = S_OK;
+    HRESULT m_mergeResult = static_cast<HRESULT>(S_PT_NO_CONFLICT);
     std::string m_capabilities;
     // Handed out with every failure unless it is empty.
     std::wstring m_errorText;
+    // Called when the caller frees a text that was handed out.
+    std::function<void()> m_onErrorTextFreed;
 
     std::vector<std::string> m_breaches;
     std::set<HPTPROVIDER> m_openHandles;
+    // The texts that were handed out and are not freed yet.
+    std::set<BSTR> m_errorTexts;
     // The token of every call since the last one was forgotten, none for a call without one.
     std::vector<std::optional<LUID>> m_tokens;
 

@@ -113,6 +113,28 @@ TEST_P(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
     EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {4001, 0}, {0, 0}}));
 }
 
+TEST_P(ImageableAreaHandlerTest, TheValuesBeforeTheFirstThatIsMissingAreReadAndNoneBehindIt) {
+    const std::int32_t values[] = {148001, 210001, 4001, 5001, 140001, 200001};
+    for (std::size_t missing = 0; missing < std::size(values); ++missing) {
+        std::wstring page;
+        for (std::size_t index = 0; index < PageNumbers.size(); ++index) {
+            if (index != missing) page += PageNumbers[index];
+        }
+        std::wstring rectangle;
+        for (std::size_t index = 0; index < AreaNumbers.size(); ++index) {
+            if (PageNumbers.size() + index != missing) rectangle += AreaNumbers[index];
+        }
+        ImageableAreaInfo area;
+        EXPECT_EQ(Find(Property(L"PageImageableSize", page + Property(L"ImageableArea", rectangle)), area),
+                  NotFound);
+        const std::int32_t read[] = {area.imageableSize.width, area.imageableSize.height, area.origin.width,
+                                     area.origin.height,       area.extent.width,         area.extent.height};
+        for (std::size_t index = 0; index < std::size(values); ++index) {
+            EXPECT_EQ(read[index], index < missing ? values[index] : 0) << missing << " " << index;
+        }
+    }
+}
+
 TEST_P(ImageableAreaHandlerTest, AValueThatIsNoIntegerIsAFailure) {
     ImageableAreaInfo area;
     EXPECT_EQ(Find(Property(L"PageImageableSize", Number(L"ImageableSizeWidth", L"wide")), area),

@@ -61,6 +61,22 @@ TEST_P(InputBinDataTest, AFreshObjectWrittenAtJobScopeYieldsAutoSelectFedShortEd
                                                      FeedDirection(Value(L"QName", L"psk:ShortEdgeFirst")))));
 }
 
+TEST_P(InputBinDataTest, AFeedDirectionIsWrittenWithTheTicketsOwnPrefix) {
+    const std::wstring begin = L"<f:PrintTicket xmlns:f=\"" + std::wstring(tests::FrameworkUri) +
+                               L"\" xmlns:k=\"" + std::wstring(tests::KeywordsUri) +
+                               L"\" xmlns:i=\"http://www.w3.org/2001/XMLSchema-instance\"" +
+                               L" xmlns:s=\"http://www.w3.org/2001/XMLSchema\"";
+    const Dom pTicket = LoadDomFromString(begin + L"/>");
+    InputBinData data;
+    data.SetFeedDirection(InputBinData::LongEdgeFirst);
+    data.Write(pTicket.Get(), Scope::Document);
+    EXPECT_EQ(DomText(pTicket.Get()),
+              begin +
+                  L"><f:Feature name=\"k:DocumentInputBin\"><f:Option name=\"k:AutoSelect\">"
+                  L"<f:ScoredProperty name=\"k:FeedDirection\"><f:Value i:type=\"s:QName\">k:LongEdgeFirst"
+                  L"</f:Value></f:ScoredProperty></f:Option></f:Feature></f:PrintTicket>");
+}
+
 TEST_P(InputBinDataTest, AnUnknownFeedDirectionIsNotWritten) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     InputBinData data;

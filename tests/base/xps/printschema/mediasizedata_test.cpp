@@ -47,6 +47,8 @@ constexpr MediaDimensions A4Rotated = {297000, 210000};
 constexpr MediaDimensions Letter = {215900, 279400};
 constexpr MediaDimensions Nothing = {0, 0};
 constexpr std::int32_t ISOA4Rotated = 10;
+constexpr std::int32_t ISOB4 = 25;
+constexpr std::int32_t ISOB4Envelope = 26;
 constexpr std::int32_t NorthAmericaNote = 99;
 
 std::wstring Value(std::wstring_view type, std::wstring_view text) {
@@ -103,6 +105,15 @@ TEST(MediaSizeDataTest, IsMadeFromARecord) {
     ExpectState(MediaSizeData({L"OptionUnknown", -1, {-1, -1}}), 0, {-1, -1});
     // The size wins over the option of a record that is not of the table.
     ExpectState(MediaSizeData({L"ISOA5", 12, A4}), MediaSizeSchema::ISOA4, A4);
+    EXPECT_EQ(MediaSizeData({L"ISOA5", 12, A4}).GetFeatureId(), 0);
+}
+
+TEST(MediaSizeDataTest, ARecordSetsItsOptionBeforeItsSizeWhenAnObjectIsMadeFromIt) {
+    // As setting the option does: of two options with one size the lower, and 172 becomes custom. A size of
+    // nothing then leaves that.
+    ExpectState(MediaSizeData({L"ISOB4Envelope", ISOB4Envelope, Nothing}), ISOB4, Nothing);
+    ExpectState(MediaSizeData({L"", 172, Nothing}), MediaSizeSchema::CustomMediaSize, Nothing);
+    ExpectState(MediaSizeData({L"", 173, Nothing}), 173, Nothing);
 }
 
 TEST(MediaSizeDataTest, SettingA4sSizeOnAnyObjectYieldsA4AndSwappedA4Rotated) {
@@ -199,6 +210,16 @@ TEST(MediaSizeDataTest, IsSetFromARecordAlsoWithoutAFeature) {
     data.SetFromRecord({L"PSCustomMediaSize", 1, {7, 8}});
     EXPECT_EQ(data.GetFeatureId(), 0);
     ExpectState(data, MediaSizeSchema::PSCustomMediaSize, {7, 8});
+}
+
+TEST(MediaSizeDataTest, ARecordsOptionIsStoredAsItIsWhenAnObjectIsSetFromIt) {
+    MediaSizeData data;
+    data.SetFromRecord({L"ISOB4Envelope", ISOB4Envelope, Nothing});
+    ExpectState(data, ISOB4Envelope, Nothing);
+    data.SetFromRecord({L"", 172, Nothing});
+    ExpectState(data, 172, Nothing);
+    data.SetFromRecord({L"ISOB4Envelope", ISOB4Envelope, {250000, 353000}});
+    ExpectState(data, ISOB4, {250000, 353000});
 }
 
 TEST(MediaSizeDataTest, AStandardOptionsRecordIsItsRow) {
@@ -365,6 +386,17 @@ TEST_P(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
                     testing::MatchesRegex("base/xps/printschema/mediasizedata\\.cpp\\(\\d+\\) : "
                                           "unexpected paper size was specified\\.\n"));
     }
+}
+
+TEST_P(MediaSizeDataTicketTest, AStandardOptionWithAnotherWidthOrHeightCannotBeWritten) {
+    for (const MediaDimensions& size :
+         {MediaDimensions{A4.width, A4.height + 1}, MediaDimensions{A4.width, 0},
+          MediaDimensions{A4.width - 1, A4.height}, A4Rotated}) {
+        const MediaSizeData data = ReadFrom(MediaSize(L"ISOA4", size));
+        ExpectState(data, MediaSizeSchema::ISOA4, size);
+        EXPECT_THROW(Written(data, L""), std::runtime_error) << size.width << " " << size.height;
+    }
+    EXPECT_EQ(Written(ReadFrom(MediaSize(L"ISOA4", A4)), L""), Ticket(MediaSize(L"ISOA4", A4)));
 }
 
 TEST_P(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) {

@@ -140,6 +140,22 @@ TEST_P(PrintableMediaSizeDataTest, AMinimumWithoutItsOtherLengthReadsAsZero) {
                 {215900, 355600});
 }
 
+TEST_P(PrintableMediaSizeDataTest, ALengthAloneIsNeitherAMinimumNorAMaximum) {
+    for (const wchar_t* name : {L"MinWidth", L"MinHeight", L"MaxWidth", L"MaxHeight"}) {
+        ExpectRange(ReadProperties(Property(name, L"80000")), {0, 0}, {0, 0});
+    }
+}
+
+TEST_P(PrintableMediaSizeDataTest, WhatIsNotStatedForgetsWhatTheObjectHeld) {
+    PrintableMediaSizeData data;
+    data.SetRange({{1, 2}, {3, 4}});
+    data.Read(LoadDomFromString(PrivateTicket(PrintableMediaSize(L"JobPrintableMediaSize", Maxima))).Get());
+    ExpectRange(data, {0, 0}, {215900, 355600});
+    data.SetRange({{1, 2}, {3, 4}});
+    data.Read(LoadDomFromString(PrivateTicket(PrintableMediaSize(L"JobPrintableMediaSize", L""))).Get());
+    ExpectRange(data, {0, 0}, {0, 0});
+}
+
 TEST_P(PrintableMediaSizeDataTest, MinimaWithoutMaximaFail) {
     const std::wstring onlyMinima = Property(L"MinWidth", L"80000") + Property(L"MinHeight", L"80000");
     for (const std::wstring& properties : {onlyMinima, onlyMinima + Property(L"MaxWidth", L"90000")}) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "base/xps/printschema/mediasizetable.h"
@@ -86,9 +88,29 @@ TEST(KeywordLists, OnlyTheLastScalingOptionIsPrivate) {
         EXPECT_EQ(names[index].space, index == 7 ? Private : Keywords) << index;
 }
 
-TEST(KeywordLists, HaveOneInstance) {
-    EXPECT_EQ(&InputBinOptionNames::Instance(), &InputBinOptionNames::Instance());
-    EXPECT_EQ(&MediaSizeOptionNames::Instance(), &MediaSizeOptionNames::Instance());
+// Where each list is, and where it keeps its first name.
+std::vector<const void*> AddressesOfTheLists() {
+    std::vector<const void*> addresses;
+    for (const SchemaBase* pList : std::initializer_list<const SchemaBase*>{
+             &PageMediaSizeFeatureNames::Instance(), &MediaSizeOptionNames::Instance(),
+             &InputBinFeatureNames::Instance(), &InputBinOptionNames::Instance(),
+             &FeedDirectionOptionNames::Instance(), &PageOrientationFeatureNames::Instance(),
+             &PageOrientationOptionNames::Instance(), &PageScalingFeatureNames::Instance(),
+             &PageScalingOptionNames::Instance(), &PrintableMediaSizeFeatureNames::Instance(),
+             &PrintableMediaSizePropertyNames::Instance()}) {
+        addresses.push_back(pList);
+        addresses.push_back(pList->GetQnames().data());
+    }
+    return addresses;
+}
+
+TEST(KeywordLists, AreBuiltOnceForEveryThread) {
+    const std::vector<const void*> here = AddressesOfTheLists();
+    std::vector<const void*> there;
+    std::thread([&] { there = AddressesOfTheLists(); }).join();
+    EXPECT_EQ(here, there);
+    EXPECT_EQ(here, AddressesOfTheLists());
+    EXPECT_EQ(std::set<const void*>(here.begin(), here.end()).size(), 22U);
 }
 
 TEST(MediaSizeOptionNames, AMediaSizesIdIsItsIndex) {

@@ -221,6 +221,22 @@ TEST_P(SchemaWritingTest, AnEmptyNameIsRefused) {
     EXPECT_EQ(m_handler.SetAttribute(pElement.Get(), L"", {}, L"value"), E_INVALIDARG);
 }
 
+TEST_P(SchemaWritingTest, NothingCanBePlacedInADocumentThatHasLostItsRoot) {
+    Element pFeature;
+    ASSERT_EQ(m_handler.CreateElement(L"Feature", kFrameworkNamespace, pFeature.Put()), S_OK);
+    Element pRoot;
+    ASSERT_EQ(m_pTicket->get_documentElement(pRoot.Put()), S_OK);
+    Node pRemoved;
+    ASSERT_EQ(m_pTicket->removeChild(pRoot.Get(), pRemoved.Put()), S_OK);
+    EXPECT_EQ(m_handler.AppendToRoot(pFeature.Get()), E_FAIL);
+    EXPECT_EQ(m_pTicket->get_documentElement(pRoot.Put()), S_FALSE);
+    // Nor under a root of another name.
+    ASSERT_EQ(m_pTicket->appendChild(pFeature.Get(), pRemoved.Put()), S_OK);
+    Element pOther;
+    ASSERT_EQ(m_handler.CreateElement(L"Feature", kFrameworkNamespace, pOther.Put()), S_OK);
+    EXPECT_EQ(m_handler.AppendToRoot(pOther.Get()), E_FAIL);
+}
+
 TEST_P(SchemaWritingTest, ANullPointerIsRefusedBeforeAnythingElse) {
     EXPECT_EQ(m_handler.CreateElement(L"", {}, nullptr), E_POINTER);
     EXPECT_EQ(m_handler.CreateProperty(Nameless, nullptr), E_POINTER);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,7 @@
 #include "mockparts.h"
 #include "mockstreams.h"
 #include "platform/bstr.h"
+#include "processmemory.h"
 #include "refusedtoken.h"
 #include "tickettext.h"
 #include "usertoken.h"
@@ -42,7 +44,9 @@ using tests::Ticket;
 using Dom = ComPtr<IXMLDOMDocument2>;
 
 constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
-constexpr HRESULT ConflictResolved = static_cast<HRESULT>(0x00040002L);
+constexpr HRESULT NoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
+constexpr HRESULT ConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
+constexpr HRESULT NoTicketPart = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 constexpr HRESULT InvalidHandle = HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE);
 constexpr auto NoScope = static_cast<EPrintTicketScope>(3);
 constexpr std::wstring_view NoTicket;
@@ -85,6 +89,31 @@ class TicketWithNullStream : public tests::MockPrintTicket {
     }
 };
 
+// Notes under which token it is read.
+class TokenNotingStream : public MockReadStream {
+  public:
+    using MockReadStream::MockReadStream;
+    HRESULT STDMETHODCALLTYPE ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead,
+                                        BOOL* pEndOfFile) override {
+        m_tokens.push_back(tests::ThreadTokenId());
+        return MockReadStream::ReadBytes(pBuffer, cbWanted, pcbRead, pEndOfFile);
+    }
+
+    std::vector<std::optional<LUID>> m_tokens;
+};
+
+// How many references an object has.
+ULONG ReferencesOf(IUnknown* pObject) {
+    pObject->AddRef();
+    return pObject->Release();
+}
+
+bool LoadsAsynchronously(const Dom& dom) {
+    VARIANT_BOOL isAsynchronous = VARIANT_TRUE;
+    EXPECT_EQ(dom->get_async(&isAsynchronous), S_OK);
+    return isAsynchronous != VARIANT_FALSE;
+}
+
 class PrintTicketProviderTest : public tests::DomTest {
   protected:
     void TearDown() override {
@@ -92,6 +121,7 @@ class PrintTicketProviderTest : public tests::DomTest {
         m_provider.reset();
         EXPECT_THAT(m_platform.m_openHandles, IsEmpty());
         EXPECT_THAT(m_platform.m_breaches, IsEmpty());
+        EXPECT_THAT(m_platform.m_errorTexts, IsEmpty()) << "a text of the platform was not freed";
         DomTest::TearDown();
     }
 
@@ -287,6 +317,57 @@ TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
     }
 }
 
+TEST_F(PrintTicketProviderTest, TheBaseIsReadAsTheUser) {
+    const auto stream = MakeMock<TokenNotingStream>(m_calls, Bytes(Base));
+    ASSERT_EQ(m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get()), S_OK);
+    EXPECT_FALSE(stream->m_tokens.empty());
+    for (const auto& token : stream->m_tokens) {
+        EXPECT_TRUE(tests::SameToken(token, tests::TokenIdOf(m_token.get())));
+    }
+}
+
+TEST_F(PrintTicketProviderTest, OpeningAgainReleasesAllFourTickets) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    Dom base;
+    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    const std::vector<Dom> tickets = {base, Get(kPTJobScope), Get(kPTDocumentScope), Get(kPTPageScope)};
+    base.Reset();
+    for (const Dom& ticket : tickets) EXPECT_EQ(ReferencesOf(ticket.Get()), 2u);
+    ASSERT_EQ(OpenWith(PageDelta), S_OK);
+    for (const Dom& ticket : tickets) EXPECT_EQ(ReferencesOf(ticket.Get()), 1u);
+    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(TextAt(scope), PageDelta);
+}
+
+TEST_F(PrintTicketProviderTest, NothingIsDoneOnThePlatformBeforeOpenForThereIsNoTokenYet) {
+    const Dom source = LoadDomFromString(Base);
+    ASSERT_EQ(m_provider->SetBaseTicket(source.Get()), S_OK);
+    EXPECT_EQ(SetJob(JobDelta), InvalidHandle);
+    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr),
+              InvalidHandle);
+    Dom capabilities;
+    EXPECT_EQ(m_provider->GetPrintCapabilities(source.Get(), capabilities.Put()), InvalidHandle);
+    EXPECT_FALSE(capabilities);
+    EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+TEST_F(PrintTicketProviderTest, EveryDocumentLoadsSynchronously) {
+    OpenBase();
+    m_platform.m_capabilities = Bytes(tests::Capabilities(L""));
+    Dom base;
+    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    EXPECT_FALSE(LoadsAsynchronously(base));
+    for (const EPrintTicketScope scope : AllScopes) EXPECT_FALSE(LoadsAsynchronously(Get(scope))) << scope;
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    EXPECT_FALSE(LoadsAsynchronously(Get(kPTJobScope)));
+    ASSERT_EQ(SetPage(NoTicket), S_OK);
+    EXPECT_FALSE(LoadsAsynchronously(Get(kPTPageScope)));
+    Dom capabilities;
+    ASSERT_EQ(m_provider->GetPrintCapabilities(base.Get(), capabilities.Put()), S_OK);
+    EXPECT_FALSE(LoadsAsynchronously(capabilities));
+}
+
 TEST_F(PrintTicketProviderTest, CloseWithoutOpenSucceeds) {
     EXPECT_EQ(m_provider->Close(), S_OK);
     EXPECT_THAT(PlatformCalls(), IsEmpty());
@@ -467,11 +548,15 @@ TEST_F(PrintTicketProviderTest, MergingWithoutADeltaLeavesTheExtraTicketOut) {
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
-TEST_F(PrintTicketProviderTest, ASuccessCodeThatIsNotSOkIsASuccess) {
+TEST_F(PrintTicketProviderTest, EverySuccessCodeOfThePlatformIsASuccess) {
     OpenBase();
-    m_platform.m_mergeResult = ConflictResolved;
-    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr), S_OK);
-    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+    for (const HRESULT success : {NoConflict, ConflictResolved, S_OK}) {
+        m_platform.m_mergeResult = success;
+        EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr), S_OK);
+        EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+        EXPECT_EQ(SetJob(PageDelta), S_OK);
+        EXPECT_EQ(TextAt(kPTJobScope), PageDelta);
+    }
 }
 
 TEST_F(PrintTicketProviderTest, AMergeThatThePlatformRefusesLeavesTheCopyOfTheParent) {
@@ -482,6 +567,26 @@ TEST_F(PrintTicketProviderTest, AMergeThatThePlatformRefusesLeavesTheCopyOfThePa
     EXPECT_EQ(m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr),
               static_cast<HRESULT>(0x80040005L));
     EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+}
+
+TEST_F(PrintTicketProviderTest, WhatThePlatformSaysOfARefusedMergeCanBeFoundInTheProcess) {
+    OpenBase();
+    m_platform.m_errorText = L"the merge that was looked for: 100%";
+    m_platform.m_mergeResult = Injected;
+    std::vector<bool> found;
+    m_platform.m_onErrorTextFreed = [&] {
+        found.push_back(tests::IsInProcessMemory("PTMergeAndValidatePrintTicket failed with message: ",
+                                                 "the merge that was looked for: 100%\n"));
+    };
+    EXPECT_EQ(SetJob(JobDelta), Injected);
+    EXPECT_THAT(found, ElementsAre(true));
+}
+
+TEST_F(PrintTicketProviderTest, ARefusedMergeWithoutATextFailsAllTheSame) {
+    OpenBase();
+    m_platform.m_mergeResult = Injected;
+    EXPECT_EQ(SetJob(JobDelta), Injected);
+    EXPECT_EQ(TextAt(kPTJobScope), Base);
 }
 
 TEST_F(PrintTicketProviderTest, AResultThatIsNotWellFormedLeavesTheCopyOfTheParent) {
@@ -646,6 +751,16 @@ TEST_F(PrintTicketProviderTest, AnyOtherFailureOfThePartIsReturnedUnchanged) {
     EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
 }
 
+TEST_F(PrintTicketProviderTest, OnlyAPartCanBeWithoutATicketNotTheTicketItself) {
+    OpenBase();
+    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    const Dom job = Get(kPTJobScope);
+    m_calls.Fail("GetStream", NoTicketPart);
+    EXPECT_EQ(SetJob(PageDelta), NoTicketPart);
+    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+}
+
 TEST_F(PrintTicketProviderTest, ANullPartIsRefused) {
     OpenBase();
     EXPECT_EQ(m_provider->SetJobTicket(nullptr, nullptr), E_POINTER);
@@ -752,10 +867,13 @@ TEST_F(PrintTicketProviderTest, CapabilitiesNeedATicketAndAPlace) {
 TEST_F(PrintTicketProviderTest, CapabilitiesThatThePlatformRefusesAreItsFailure) {
     OpenBase();
     m_platform.m_errorText = L"no";
+    int freedTexts = 0;
+    m_platform.m_onErrorTextFreed = [&] { ++freedTexts; };
     m_calls.FailNth(1, Injected);
     Dom capabilities;
     EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()), Injected);
     EXPECT_FALSE(capabilities);
+    EXPECT_EQ(freedTexts, 1);
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesOfWhichNothingIsWrittenFail) {

@@ -80,6 +80,11 @@ TEST_F(PrintTicketStructureComparatorTest, ProcessingInstructionsAreTheSameByThe
     EXPECT_FALSE(Same(L"<?a b?>", L"<?c b?>"));
 }
 
+TEST_F(PrintTicketStructureComparatorTest, ANodeWithoutAttributesIsNotTheSameAsAnElementOfItsName) {
+    EXPECT_FALSE(Same(L"<?a b?>", L"<a/>"));
+    EXPECT_FALSE(Same(L"<?a b?>", L"<a name=\"psk:X\"/>"));
+}
+
 TEST_F(PrintTicketStructureComparatorTest, OneFeatureUnderTwoPrefixesInItsNameIsTwoFeatures) {
     EXPECT_FALSE(Same(L"<psf:Feature name=\"ns0000:PageMediaSize\" xmlns:ns0000=\"urn:x\"/>",
                       L"<psf:Feature name=\"psk:PageMediaSize\"/>"));

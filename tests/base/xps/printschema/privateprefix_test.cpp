@@ -1,11 +1,16 @@
 #include "base/xps/printschema/privateprefix.h"
 
+#include "platform/windows.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <new>
 #include <string>
 #include <thread>
-#include <vector>
+#include <utility>
 
 namespace {
 
@@ -38,23 +43,60 @@ TEST_F(PrivatePrefixTest, TheFallbackIsTakenOnlyWhileThePrefixIsUnset) {
     EXPECT_EQ(PrivatePrefix(), L"krk:");
 }
 
-TEST_F(PrivatePrefixTest, IsWholeForEveryThread) {
-    const std::wstring first(500, L'a');
-    const std::wstring second(20, L'b');
-    std::atomic<int> broken = 0;
-    std::vector<std::thread> threads;
-    SetPrivatePrefix(first);
-    for (const std::wstring& prefix : {first, second}) {
-        threads.emplace_back([&, prefix] {
-            for (int turn = 0; turn < 2000; ++turn) {
-                SetPrivatePrefix(prefix);
-                const std::wstring read = PrivatePrefix();
-                if (read != first + L":" && read != second + L":") ++broken;
-            }
+// What one thread does when it allocates memory for a long text, once.
+thread_local std::function<void()>* t_pOnAllocation = nullptr;
+
+// A thread that reads the prefix is stopped where it makes its copy, while another one is at its operation.
+class PrefixIsReadTest : public PrivatePrefixTest {
+  protected:
+    // Whether the operation ends before the read does.
+    bool EndsWhileItIsRead(const std::function<void()>& operation) {
+        SetPrivatePrefix(m_prefix);
+        std::atomic<bool> isInside = false;
+        std::atomic<bool> isDone = false;
+        bool wasDone = false;
+        std::thread other([&] {
+            while (!isInside) Sleep(0);
+            operation();
+            isDone = true;
         });
+        std::function<void()> onAllocation = [&] {
+            isInside = true;
+            for (int turn = 0; turn < 20 && !isDone; ++turn) Sleep(10);
+            wasDone = isDone;
+        };
+        t_pOnAllocation = &onAllocation;
+        m_read = PrivatePrefix();
+        EXPECT_EQ(t_pOnAllocation, nullptr) << "the read makes no copy";
+        isInside = true;
+        other.join();
+        return wasDone;
     }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(broken, 0);
+
+    const std::wstring m_prefix = std::wstring(3000, L'a');
+    std::wstring m_read;
+};
+
+TEST_F(PrefixIsReadTest, ASetterWaits) {
+    EXPECT_FALSE(EndsWhileItIsRead([] { SetPrivatePrefix(L"krk"); }));
+    EXPECT_EQ(m_read, m_prefix + L":");
+    EXPECT_EQ(PrivatePrefix(), L"krk:");
+}
+
+TEST_F(PrefixIsReadTest, TheFallbackWaits) {
+    EXPECT_FALSE(EndsWhileItIsRead(EnsurePrivatePrefix));
+    EXPECT_EQ(m_read, m_prefix + L":");
+    EXPECT_EQ(PrivatePrefix(), m_prefix + L":");
 }
 
 }  // namespace
+
+void* operator new(std::size_t size) {
+    if (size > 2000 && t_pOnAllocation != nullptr) (*std::exchange(t_pOnAllocation, nullptr))();
+    void* const block = std::malloc(size == 0 ? 1 : size);
+    return block != nullptr ? block : throw std::bad_alloc();
+}
+
+void operator delete(void* block) noexcept { std::free(block); }
+
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }

@@ -1,0 +1,47 @@
+#include "domquirks.h"
+
+#include <optional>
+
+#include "domslots.h"
+
+namespace tests {
+namespace {
+
+std::optional<VtablePatches> s_patches;
+VARIANT s_value = {};
+
+HRESULT STDMETHODCALLTYPE GiveTypedValue(IXMLDOMNode*, VARIANT* pValue) {
+    VariantInit(pValue);
+    return VariantCopy(pValue, &s_value);
+}
+
+HRESULT STDMETHODCALLTYPE GiveWalkedMap(IXMLDOMNode* pNode, IXMLDOMNamedNodeMap** ppMap);
+
+decltype(&GiveWalkedMap) s_pGetAttributes = nullptr;
+
+HRESULT STDMETHODCALLTYPE GiveWalkedMap(IXMLDOMNode* pNode, IXMLDOMNamedNodeMap** ppMap) {
+    const HRESULT hr = s_pGetAttributes(pNode, ppMap);
+    if (hr != S_OK) return hr;
+    platform::ComPtr<IXMLDOMNode> pFirst;
+    static_cast<void>((*ppMap)->nextNode(pFirst.Put()));
+    return S_OK;
+}
+
+}  // namespace
+
+TypedValue::TypedValue(const VARIANT& value) {
+    const DomObjects objects;
+    s_value = value;
+    s_patches.emplace().Replace(objects.pElement.Get(), GetNodeTypedValue, &GiveTypedValue);
+}
+
+TypedValue::~TypedValue() { s_patches.reset(); }
+
+WalkedMaps::WalkedMaps() {
+    const DomObjects objects;
+    s_pGetAttributes = s_patches.emplace().Replace(objects.pElement.Get(), GetAttributes, &GiveWalkedMap);
+}
+
+WalkedMaps::~WalkedMaps() { s_patches.reset(); }
+
+}  // namespace tests
