@@ -9,6 +9,7 @@
 #include "base/logging/exceptions.h"
 #include "base/xps/localechange.h"
 #include "base/xps/pagerewrite.h"
+#include "base/xps/saxreaders.h"
 
 namespace base::xps {
 namespace {
@@ -316,6 +317,66 @@ TEST(FixedPageSaxConvertorTest, AStepOfTheSourceThatFailsEndsTheRewrite) {
         EXPECT_EQ(1u, page.m_page.m_output.m_references);
         EXPECT_EQ(1u, page.m_page.m_input.m_references);
     }
+}
+
+// The readers of these tests outlive the rewrite, as the system's may.
+class KeptReaderTest : public testing::Test {
+  protected:
+    HRESULT Convert(FixedPageSource& page) {
+        return ResultOf([&] { FixedPageSaxConvertor().Convert(page); });
+    }
+    void ExpectNoHandler() {
+        ASSERT_EQ(1u, m_readers.Readers().size());
+        EXPECT_FALSE(m_readers.Readers()[0]->Handler());
+    }
+
+    tests::CallRecorder m_calls;
+    tests::KeptSaxReaders m_readers{m_calls};
+};
+
+using Calls = std::vector<std::string>;
+
+TEST_F(KeptReaderTest, ParsesWithTheHandlerAndTheReadersDefaultsAndThenTakesTheHandlerBack) {
+    MemoryPage page(kSmallPage);
+    EXPECT_EQ(S_OK, Convert(page));
+    EXPECT_EQ(kSmallPageRewritten, page.m_output.m_content);
+    EXPECT_EQ((Calls{"putContentHandler", "parse", "putContentHandler null"}), m_calls.Calls());
+    ExpectNoHandler();
+}
+
+TEST_F(KeptReaderTest, AReaderThatTakesNoHandlerIsNotAskedToParse) {
+    m_calls.Fail("putContentHandler", E_ACCESSDENIED);
+    MemoryPage page(kSmallPage);
+    EXPECT_EQ(E_ACCESSDENIED, Convert(page));
+    EXPECT_EQ(Calls{"putContentHandler"}, m_calls.Calls());
+    EXPECT_EQ(0u, page.m_input.m_reads);
+    EXPECT_EQ("", page.m_output.m_content);
+    EXPECT_EQ(0, page.m_output.m_closes);
+    ExpectNoHandler();
+}
+
+TEST_F(KeptReaderTest, AReaderThatDoesNotParseFailsWithItsCodeAndLosesTheHandler) {
+    m_calls.Fail("parse", E_ACCESSDENIED);
+    MemoryPage page(kSmallPage);
+    EXPECT_EQ(E_ACCESSDENIED, Convert(page));
+    EXPECT_EQ((Calls{"putContentHandler", "parse", "putContentHandler null"}), m_calls.Calls());
+    EXPECT_EQ("", page.m_output.m_content);
+    EXPECT_EQ(0, page.m_output.m_closes);
+    EXPECT_EQ(Calls{}, page.m_input.m_calls);
+    ExpectNoHandler();
+}
+
+TEST_F(KeptReaderTest, APageThatIsNotWellFormedTakesTheHandlerBackToo) {
+    MemoryPage page("<FixedPage><Path>");
+    EXPECT_TRUE(FAILED(Convert(page)));
+    ExpectNoHandler();
+}
+
+TEST_F(KeptReaderTest, APageWithoutItsReadStreamTakesTheHandlerBackToo) {
+    RecordingPage page("read");
+    EXPECT_EQ(E_ACCESSDENIED, Convert(page));
+    EXPECT_EQ((Calls{"putContentHandler", "putContentHandler null"}), m_calls.Calls());
+    ExpectNoHandler();
 }
 
 TEST(FixedPageSaxConvertorTest, AThreadOutsideEveryApartmentCannotMakeTheReader) {

@@ -149,13 +149,21 @@ TEST_F(FixedPageValidatorTest, TheRangeIsTestedOnTheTurnedSheet) {
               NewTicket().find(PlainFeature("PageScaling", "FitApplicationMediaSizeToPageMediaSize")));
 }
 
-TEST_F(FixedPageValidatorTest, TheSettingsOfTheCallerAreNotChanged) {
-    m_orientation.SetOptionId(PageOrientationData::Landscape);
+TEST_F(FixedPageValidatorTest, TheSettingsAreThoseThatTheCallerHadWhenTheValidatorWasMade) {
+    m_scaling.SetOptionId(6);
+    m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
+    FixedPageValidator validator = Validator();
+    m_feedDirection.SetFeedDirection(InputBinData::ShortEdgeFirst);
     SetSize({400000, 500000});
-    Validate();
-    EXPECT_EQ(PageOrientationData::Landscape, m_orientation.GetOptionId());
-    EXPECT_EQ((MediaDimensions{400000, 500000}), m_mediaSize.GetSize());
-    EXPECT_EQ(ScalingData::FitApplicationMediaSizeToPageMediaSize, m_scaling.GetOptionId());
+    m_orientation.SetOptionId(PageOrientationData::ReversePortrait);
+    m_scaling.SetOptionId(2);
+    m_printable.SetRange({{0, 0}, {1, 1}});
+    validator.Validate();
+    EXPECT_TRUE(IsTurned());
+    EXPECT_EQ(TICKET_HEAD + MediaFeature("ISOA4Rotated", 297000, 210000) +
+                  PlainFeature("PageOrientation", "Portrait") + PlainFeature("PageScaling", "None") +
+                  TICKET_TAIL,
+              NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, ThePagesStreamsAreThoseOfThePage) {

@@ -74,6 +74,15 @@ TEST_F(FixedPageValidatorTest, AFittedPageOutOfRangeIsScaledOntoTheFallback) {
     EXPECT_FALSE(IsTurned());
 }
 
+TEST_F(FixedPageValidatorTest, APageThatIsFittedAnewLosesTheOffsetAndTheScaleThatItHad) {
+    m_scaling.SetOffset({5, 6});
+    m_scaling.SetScale({70, 80});
+    SetSize({420000, 600000});
+    m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
+    Validate();
+    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(49)), NewTicket());
+}
+
 TEST_F(FixedPageValidatorTest, ThePercentageIsTruncated) {
     SetSize({60000, 60000});
     Validate();
