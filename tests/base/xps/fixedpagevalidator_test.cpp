@@ -144,9 +144,9 @@ TEST_F(FixedPageValidatorTest, TheRangeIsTestedOnTheTurnedSheet) {
     m_provider.m_sizes[kPTDocumentScope] = kA4Rotated;
     Validate();
     EXPECT_TRUE(IsTurned());
-    EXPECT_NE(std::string::npos, NewTicket().find(MediaFeature("ISOA4Rotated", 297000, 210000)));
+    EXPECT_NE(std::string::npos, NewTicket().find(MediaFeature(L"ISOA4Rotated", 297000, 210000)));
     EXPECT_NE(std::string::npos,
-              NewTicket().find(PlainFeature("PageScaling", "FitApplicationMediaSizeToPageMediaSize")));
+              NewTicket().find(PlainFeature(L"PageScaling", L"FitApplicationMediaSizeToPageMediaSize")));
 }
 
 TEST_F(FixedPageValidatorTest, TheSettingsAreThoseThatTheCallerHadWhenTheValidatorWasMade) {
@@ -160,8 +160,8 @@ TEST_F(FixedPageValidatorTest, TheSettingsAreThoseThatTheCallerHadWhenTheValidat
     m_printable.SetRange({{0, 0}, {1, 1}});
     validator.Validate();
     EXPECT_TRUE(IsTurned());
-    EXPECT_EQ(TICKET_HEAD + MediaFeature("ISOA4Rotated", 297000, 210000) +
-                  PlainFeature("PageOrientation", "Portrait") + PlainFeature("PageScaling", "None") +
+    EXPECT_EQ(TICKET_HEAD + MediaFeature(L"ISOA4Rotated", 297000, 210000) +
+                  PlainFeature(L"PageOrientation", L"Portrait") + PlainFeature(L"PageScaling", L"None") +
                   TICKET_TAIL,
               NewTicket());
 }

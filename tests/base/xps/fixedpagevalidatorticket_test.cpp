@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/xps/fixedpagevalidator.h"
@@ -14,8 +16,9 @@ TEST_F(FixedPageValidatorTest, ThePagesOwnTicketIsKeptButForTheThreeFeatures) {
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
     Validate();
     EXPECT_EQ(TICKET_HEAD R"(<psf:Feature name="psk:JobCollate"/>)" +
-                  MediaFeature("ISOA4Rotated", 297000, 210000) + PlainFeature("PageOrientation", "Portrait") +
-                  PlainFeature("PageScaling", "FitApplicationMediaSizeToPageMediaSize") + TICKET_TAIL,
+                  MediaFeature(L"ISOA4Rotated", 297000, 210000) +
+                  PlainFeature(L"PageOrientation", L"Portrait") +
+                  PlainFeature(L"PageScaling", L"FitApplicationMediaSizeToPageMediaSize") + TICKET_TAIL,
               NewTicket());
     ASSERT_NE(nullptr, m_page->Ticket());
     EXPECT_NE(m_ticket.Get(), m_page->Ticket());
@@ -33,8 +36,8 @@ TEST_F(FixedPageValidatorTest, APageWithoutTicketThatNeedsAChangeGetsANewTicketF
         EXPECT_EQ((Calls{"GetTicket 1", "GetPrintTicket /p", "GetNewEmptyPart .xml\\pagevalidator_N_.xml",
                          "Close", "SetPrintTicket /p"}),
                   Steps());
-        EXPECT_EQ(TICKET_HEAD + MediaFeature("ISOA4", 210000, 297000) +
-                      PlainFeature("PageOrientation", "Portrait") + PlainFeature("PageScaling", "None") +
+        EXPECT_EQ(TICKET_HEAD + MediaFeature(L"ISOA4", 210000, 297000) +
+                      PlainFeature(L"PageOrientation", L"Portrait") + PlainFeature(L"PageScaling", L"None") +
                       TICKET_TAIL,
                   NewTicket());
         EXPECT_TRUE(
@@ -45,24 +48,23 @@ TEST_F(FixedPageValidatorTest, APageWithoutTicketThatNeedsAChangeGetsANewTicketF
 
 // The parameters stand before the feature, because they are put into the ticket while it is being built.
 std::string CustomScaling(int percent) {
-    const std::vector<std::pair<std::string, int>> values = {
-        {"OffsetWidth", 0}, {"OffsetHeight", 0}, {"ScaleWidth", percent}, {"ScaleHeight", percent}};
-    std::string parameters;
-    std::string properties;
-    for (const auto& [name, value] : values) {
-        parameters += "<psf:ParameterInit name=\"krk:PageScaling" + name +
-                      "\"><psf:Value xsi:type=\"xsd:integer\">" + std::to_string(value) +
-                      "</psf:Value></psf:ParameterInit>";
-        properties += "<psf:ScoredProperty name=\"psk:" + name +
-                      "\"><psf:ParameterRef name=\"krk:PageScaling" + name + "\"/></psf:ScoredProperty>";
+    std::wstring parameters;
+    std::wstring properties;
+    for (const auto& [name, value] :
+         std::initializer_list<std::pair<std::wstring, int>>{{L"OffsetWidth", 0},
+                                                             {L"OffsetHeight", 0},
+                                                             {L"ScaleWidth", percent},
+                                                             {L"ScaleHeight", percent}}) {
+        const std::wstring parameter = L"krk:PageScaling" + name;
+        parameters += tests::ParameterInit(parameter, value);
+        properties += tests::ScoredProperty(L"psk:" + name, tests::ParameterRef(parameter));
     }
-    return parameters + "<psf:Feature name=\"psk:PageScaling\"><psf:Option name=\"psk:Custom\">" +
-           properties + "</psf:Option></psf:Feature>";
+    return tests::Bytes(parameters + tests::Feature(L"psk:PageScaling", L"psk:Custom", properties));
 }
 
 std::string TicketOf(const std::string& media, const std::string& scaling,
-                     const std::string& orientation = "Portrait") {
-    return TICKET_HEAD + media + PlainFeature("PageOrientation", orientation) + scaling + TICKET_TAIL;
+                     const std::wstring& orientation = L"Portrait") {
+    return TICKET_HEAD + media + PlainFeature(L"PageOrientation", orientation) + scaling + TICKET_TAIL;
 }
 
 TEST_F(FixedPageValidatorTest, AFittedPageOutOfRangeIsScaledOntoTheFallback) {
@@ -70,7 +72,7 @@ TEST_F(FixedPageValidatorTest, AFittedPageOutOfRangeIsScaledOntoTheFallback) {
     m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
     Validate();
     // 297 / 600 is less than 210 / 420.
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(49)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(49)), NewTicket());
     EXPECT_FALSE(IsTurned());
 }
 
@@ -80,17 +82,17 @@ TEST_F(FixedPageValidatorTest, APageThatIsFittedAnewLosesTheOffsetAndTheScaleTha
     SetSize({420000, 600000});
     m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
     Validate();
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(49)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(49)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, ThePercentageIsTruncated) {
     SetSize({60000, 60000});
     Validate();
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(350)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(350)), NewTicket());
     m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
     ValidateNext({70100, 60000});
     // 299.57
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(299)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(299)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, ATurnedPageOutOfRangeIsScaledByItsTurnedSize) {
@@ -100,7 +102,7 @@ TEST_F(FixedPageValidatorTest, ATurnedPageOutOfRangeIsScaledByItsTurnedSize) {
     Validate();
     EXPECT_TRUE(IsTurned());
     // The sheet is 500 mm wide by now: 210 / 500, not 210 / 400.
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(42)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(42)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, AScaleBeyondWhatATicketCanStateIsTheLargestItCan) {
@@ -108,7 +110,7 @@ TEST_F(FixedPageValidatorTest, AScaleBeyondWhatATicketCanStateIsTheLargestItCan)
     SetSize({1, 1});
     m_provider.m_sizes[kPTDocumentScope] = kA4;
     Validate();
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(21000000)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(21000000)), NewTicket());
     m_printable.SetRange({{100, 127000}, {2000000000, 2000000000}});
     m_provider.m_sizes[kPTDocumentScope] = {2000000000, 2000000000};
     ValidateNext({1, 1});
@@ -119,7 +121,7 @@ TEST_F(FixedPageValidatorTest, ASizeOfZeroIsNotScaled) {
     SetSize({0, 0});
     m_feedDirection.SetFeedDirection(InputBinData::FeedDirectionUnknown);
     Validate();
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(100)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(100)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, WithAnImageableAreaThePageIsScaledIntoIt) {
@@ -130,7 +132,7 @@ TEST_F(FixedPageValidatorTest, WithAnImageableAreaThePageIsScaledIntoIt) {
     Validate();
     ASSERT_EQ(1u, area.m_asked.size());
     EXPECT_EQ(L"ISOA4", area.m_asked[0].keyword);
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(50)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(50)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, AnImageableAreaThatIsNotKnownIsTheWholeSheet) {
@@ -140,7 +142,7 @@ TEST_F(FixedPageValidatorTest, AnImageableAreaThatIsNotKnownIsTheWholeSheet) {
     m_pImageableArea = &area;
     SetSize({400000, 500000});
     Validate();
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(52)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(52)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, TheImageableAreaIsAskedForOnlyWhenThePageIsFittedAndOutOfRange) {
@@ -154,22 +156,22 @@ TEST_F(FixedPageValidatorTest, TheImageableAreaIsAskedForOnlyWhenThePageIsFitted
 }
 
 TEST_F(FixedPageValidatorTest, OtherScalingOptionsStayAsTheyAre) {
-    const std::vector<std::pair<int, std::string>> options = {
-        {2, "FitApplicationBleedSizeToPageImageableSize"},
-        {3, "FitApplicationContentSizeToPageImageableSize"},
-        {4, "FitApplicationMediaSizeToPageImageableSize"},
-        {6, "None"},
+    const std::vector<std::pair<int, std::wstring>> options = {
+        {2, L"FitApplicationBleedSizeToPageImageableSize"},
+        {3, L"FitApplicationContentSizeToPageImageableSize"},
+        {4, L"FitApplicationMediaSizeToPageImageableSize"},
+        {6, L"None"},
     };
     SetSize({400000, 500000});
     for (const auto& [id, name] : options) {
         m_scaling.SetOptionId(id);
         ValidateNext({400000, 500000});
-        EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), PlainFeature("PageScaling", name)),
+        EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), PlainFeature(L"PageScaling", name)),
                   NewTicket());
     }
     m_scaling.SetOptionId(7);
     ValidateNext({400000, 500000});
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000),
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000),
                        R"(<psf:Feature name="psk:PageScaling"><psf:Option)"
                        R"( name="krk:FitApplicationImageableSizeToImageableSize"/></psf:Feature>)"),
               NewTicket());
@@ -180,37 +182,37 @@ TEST_F(FixedPageValidatorTest, CustomScalingKeepsItsOwnValues) {
     m_scaling.SetOptionId(ScalingData::Custom);
     m_scaling.SetScale({77, 77});
     Validate();
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA4", 210000, 297000), CustomScaling(77)), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(77)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, TheFallbackIsTheCataloguesSheetOfItsId) {
     SetSize({400000, 500000});
     m_scaling.SetOptionId(6);
-    const std::string none = PlainFeature("PageScaling", "None");
+    const std::string none = PlainFeature(L"PageScaling", L"None");
 
     m_provider.m_sizes[kPTDocumentScope] = kA5;
     ValidateNext({400000, 500000});
-    EXPECT_EQ(TicketOf(MediaFeature("ISOA5", 148000, 210000), none), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"ISOA5", 148000, 210000), none), NewTicket());
 
     // A custom sheet has no size in the catalogue, whatever the ticket says of it.
     m_provider.m_sizes[kPTDocumentScope] = {200001, 200002};
     ValidateNext({400000, 500000});
-    EXPECT_EQ(TicketOf(MediaFeature("CustomMediaSize", 0, 0), none), NewTicket());
+    EXPECT_EQ(TicketOf(MediaFeature(L"CustomMediaSize", 0, 0), none), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, ALandscapePageIsTakenAsTheNextOrientationWithItsSheetTurned) {
     struct Orientation {
         std::int32_t m_id;
-        std::string m_written;
+        std::wstring m_written;
         bool m_isSwapped;
     };
     m_scaling.SetOptionId(6);
-    const std::string none = PlainFeature("PageScaling", "None");
+    const std::string none = PlainFeature(L"PageScaling", L"None");
     for (const Orientation& orientation :
-         {Orientation{PageOrientationData::Landscape, "Portrait", true},
-          Orientation{PageOrientationData::Portrait, "Portrait", false},
-          Orientation{PageOrientationData::ReverseLandscape, "ReversePortrait", true},
-          Orientation{PageOrientationData::ReversePortrait, "ReversePortrait", false}}) {
+         {Orientation{PageOrientationData::Landscape, L"Portrait", true},
+          Orientation{PageOrientationData::Portrait, L"Portrait", false},
+          Orientation{PageOrientationData::ReverseLandscape, L"ReversePortrait", true},
+          Orientation{PageOrientationData::ReversePortrait, L"ReversePortrait", false}}) {
         GiveNoTicket();
         m_orientation.SetOptionId(orientation.m_id);
         // Fed so that the page is turned, and so gets a ticket that shows its size, turned once more.
@@ -218,8 +220,8 @@ TEST_F(FixedPageValidatorTest, ALandscapePageIsTakenAsTheNextOrientationWithItsS
                                                                  : InputBinData::LongEdgeFirst);
         Validate();
         EXPECT_TRUE(IsTurned());
-        EXPECT_EQ(TicketOf(orientation.m_isSwapped ? MediaFeature("ISOA4", 210000, 297000)
-                                                   : MediaFeature("ISOA4Rotated", 297000, 210000),
+        EXPECT_EQ(TicketOf(orientation.m_isSwapped ? MediaFeature(L"ISOA4", 210000, 297000)
+                                                   : MediaFeature(L"ISOA4Rotated", 297000, 210000),
                            none, orientation.m_written),
                   NewTicket());
     }

@@ -18,6 +18,7 @@
 #include "domtest.h"
 #include "mockparts.h"
 #include "mockpipeline.h"
+#include "ticketmarkup.h"
 
 namespace base::xps {
 
@@ -150,18 +151,15 @@ inline constexpr char kOldTicket[] = TICKET_HEAD R"(<psf:Feature name="psk:PageO
                                                  R"(<psf:Feature name="psk:JobCollate"/>)" TICKET_TAIL;
 
 // What a page ticket says of the media size, as it is written.
-inline std::string MediaFeature(const std::string& option, int width, int height) {
-    const auto property = [](const std::string& name, int value) {
-        return "<psf:ScoredProperty name=\"psk:" + name + "\"><psf:Value xsi:type=\"xsd:integer\">" +
-               std::to_string(value) + "</psf:Value></psf:ScoredProperty>";
-    };
-    return "<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:" + option + "\">" +
-           property("MediaSizeHeight", height) + property("MediaSizeWidth", width) +
-           "</psf:Option></psf:Feature>";
+inline std::string MediaFeature(const std::wstring& option, int width, int height) {
+    return tests::Bytes(
+        tests::Feature(L"psk:PageMediaSize", L"psk:" + option,
+                       tests::ScoredProperty(L"psk:MediaSizeHeight", tests::Integer(height)) +
+                           tests::ScoredProperty(L"psk:MediaSizeWidth", tests::Integer(width))));
 }
 
-inline std::string PlainFeature(const std::string& name, const std::string& option) {
-    return "<psf:Feature name=\"psk:" + name + "\"><psf:Option name=\"psk:" + option + "\"/></psf:Feature>";
+inline std::string PlainFeature(const std::wstring& name, const std::wstring& option) {
+    return tests::Bytes(tests::Feature(L"psk:" + name, L"psk:" + option));
 }
 
 class FixedPageValidatorTest : public tests::DomTest {

@@ -11,7 +11,6 @@
 #include "domtext.h"
 #include "handlertest.h"
 #include "ticketmarkup.h"
-#include "tickettext.h"
 
 namespace {
 

@@ -25,7 +25,6 @@
 #include "textfaults.h"
 #include "thrown.h"
 #include "ticketmarkup.h"
-#include "tickettext.h"
 
 namespace {
 

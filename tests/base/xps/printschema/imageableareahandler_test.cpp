@@ -14,7 +14,7 @@
 #include "eachdom.h"
 #include "platform/comptr.h"
 #include "stubticketprovider.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 
@@ -32,14 +32,12 @@ using tests::Ticket;
 constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 const MediaSizeOption A5 = {L"ISOA5", 12, {148000, 210000}};
 
-std::wstring Property(std::wstring_view name, std::wstring_view content) {
-    std::wstring text = L"<psf:Property name=\"psk:";
-    return text.append(name).append(L"\">").append(content).append(L"</psf:Property>");
+std::wstring Keyword(std::wstring_view name, std::wstring_view content) {
+    return tests::Property(L"psk:" + std::wstring(name), content);
 }
 
 std::wstring Number(std::wstring_view name, std::wstring_view value) {
-    std::wstring content = L"<psf:Value xsi:type=\"xsd:integer\">";
-    return Property(name, content.append(value).append(L"</psf:Value>"));
+    return Keyword(name, tests::Value(L"integer", value));
 }
 
 const std::vector<std::wstring> PageNumbers = {Number(L"ImageableSizeWidth", L"148001"),
@@ -47,10 +45,10 @@ const std::vector<std::wstring> PageNumbers = {Number(L"ImageableSizeWidth", L"1
 const std::vector<std::wstring> AreaNumbers = {
     Number(L"OriginWidth", L"4001"), Number(L"OriginHeight", L"5001"), Number(L"ExtentWidth", L"140001"),
     Number(L"ExtentHeight", L"200001")};
-const std::wstring WholeArea = Property(
-    L"PageImageableSize",
-    PageNumbers[0] + PageNumbers[1] +
-        Property(L"ImageableArea", AreaNumbers[0] + AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]));
+const std::wstring WholeArea =
+    Keyword(L"PageImageableSize",
+            PageNumbers[0] + PageNumbers[1] +
+                Keyword(L"ImageableArea", AreaNumbers[0] + AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]));
 const ImageableAreaInfo WholeAreaInfo = {{148001, 210001}, {4001, 5001}, {140001, 200001}};
 
 class ImageableAreaHandlerTest : public tests::EachDomTest {
@@ -100,14 +98,14 @@ TEST_P(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
     ImageableAreaInfo area;
     EXPECT_EQ(Find(L"", area), NotFound);
     EXPECT_EQ(area, ImageableAreaInfo());
-    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0]), area), NotFound);
+    EXPECT_EQ(Find(Keyword(L"PageImageableSize", PageNumbers[0]), area), NotFound);
     EXPECT_EQ(area, (ImageableAreaInfo{{148001, 0}, {0, 0}, {0, 0}}));
-    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0] + PageNumbers[1]), area), NotFound);
+    EXPECT_EQ(Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1]), area), NotFound);
     EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {0, 0}, {0, 0}}));
     area = {};
     const std::wstring withoutOriginHeight = AreaNumbers[0] + AreaNumbers[2] + AreaNumbers[3];
-    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] +
-                                                      Property(L"ImageableArea", withoutOriginHeight)),
+    EXPECT_EQ(Find(Keyword(L"PageImageableSize",
+                           PageNumbers[0] + PageNumbers[1] + Keyword(L"ImageableArea", withoutOriginHeight)),
                    area),
               NotFound);
     EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {4001, 0}, {0, 0}}));
@@ -125,7 +123,7 @@ TEST_P(ImageableAreaHandlerTest, TheValuesBeforeTheFirstThatIsMissingAreReadAndN
             if (PageNumbers.size() + index != missing) rectangle += AreaNumbers[index];
         }
         ImageableAreaInfo area;
-        EXPECT_EQ(Find(Property(L"PageImageableSize", page + Property(L"ImageableArea", rectangle)), area),
+        EXPECT_EQ(Find(Keyword(L"PageImageableSize", page + Keyword(L"ImageableArea", rectangle)), area),
                   NotFound);
         const std::int32_t read[] = {area.imageableSize.width, area.imageableSize.height, area.origin.width,
                                      area.origin.height,       area.extent.width,         area.extent.height};
@@ -137,7 +135,7 @@ TEST_P(ImageableAreaHandlerTest, TheValuesBeforeTheFirstThatIsMissingAreReadAndN
 
 TEST_P(ImageableAreaHandlerTest, AValueThatIsNoIntegerIsAFailure) {
     ImageableAreaInfo area;
-    EXPECT_EQ(Find(Property(L"PageImageableSize", Number(L"ImageableSizeWidth", L"wide")), area),
+    EXPECT_EQ(Find(Keyword(L"PageImageableSize", Number(L"ImageableSizeWidth", L"wide")), area),
               HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
     EXPECT_EQ(area, ImageableAreaInfo());
 }
@@ -145,16 +143,16 @@ TEST_P(ImageableAreaHandlerTest, AValueThatIsNoIntegerIsAFailure) {
 TEST_P(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
     const std::wstring elsewhere =
         Number(L"ImageableSizeWidth", L"1") + Number(L"ImageableSizeHeight", L"2") +
-        Property(L"ImageableArea", Number(L"OriginWidth", L"3") + Number(L"OriginHeight", L"4")) +
-        Property(L"PageOther", Number(L"ExtentWidth", L"5") + Number(L"ExtentHeight", L"6"));
+        Keyword(L"ImageableArea", Number(L"OriginWidth", L"3") + Number(L"OriginHeight", L"4")) +
+        Keyword(L"PageOther", Number(L"ExtentWidth", L"5") + Number(L"ExtentHeight", L"6"));
     ImageableAreaInfo area;
     EXPECT_EQ(Find(elsewhere + WholeArea, area), S_OK);
     EXPECT_EQ(area, WholeAreaInfo);
     EXPECT_EQ(Find(elsewhere, area), NotFound);
     // Beside the area is not in it.
     area = {};
-    EXPECT_EQ(Find(Property(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] + AreaNumbers[0] +
-                                                      AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]),
+    EXPECT_EQ(Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] + AreaNumbers[0] +
+                                                     AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]),
                    area),
               NotFound);
     EXPECT_EQ(area.origin.width, 0);

@@ -9,7 +9,6 @@
 #include "domtext.h"
 #include "handlertest.h"
 #include "ticketmarkup.h"
-#include "tickettext.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "measurementsetting.h"
 #include "platform/comptr.h"
 #include "stubticketprovider.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 
@@ -37,8 +37,12 @@ using platform::ComPtr;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::DomText;
+using tests::Feature;
+using tests::Integer;
 using tests::MeasurementSetting;
+using tests::ScoredProperty;
 using tests::Ticket;
+using tests::Value;
 
 using Dom = ComPtr<IXMLDOMDocument2>;
 
@@ -51,28 +55,15 @@ constexpr std::int32_t ISOB4 = 25;
 constexpr std::int32_t ISOB4Envelope = 26;
 constexpr std::int32_t NorthAmericaNote = 99;
 
-std::wstring Value(std::wstring_view type, std::wstring_view text) {
-    std::wstring value = L"<psf:Value xsi:type=\"xsd:";
-    return value.append(type).append(L"\">").append(text).append(L"</psf:Value>");
-}
-
-std::wstring ScoredProperty(std::wstring_view name, std::int32_t value) {
-    std::wstring text = L"<psf:ScoredProperty name=\"psk:";
-    return text.append(name)
-        .append(L"\">")
-        .append(Value(L"integer", std::to_wstring(value)))
-        .append(L"</psf:ScoredProperty>");
+std::wstring Length(std::wstring_view name, std::int32_t value) {
+    return ScoredProperty(L"psk:" + std::wstring(name), Integer(value));
 }
 
 // The feature as the program writes it.
 std::wstring MediaSize(std::wstring_view option, const std::optional<MediaDimensions>& size = std::nullopt) {
-    std::wstring text = L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:";
-    text.append(option).append(L"\"");
-    if (!size) return text.append(L"/></psf:Feature>");
-    return text.append(L">")
-        .append(ScoredProperty(L"MediaSizeHeight", size->height))
-        .append(ScoredProperty(L"MediaSizeWidth", size->width))
-        .append(L"</psf:Option></psf:Feature>");
+    return Feature(L"psk:PageMediaSize", L"psk:" + std::wstring(option),
+                   size ? Length(L"MediaSizeHeight", size->height) + Length(L"MediaSizeWidth", size->width)
+                        : std::wstring());
 }
 
 MediaSizeData WithOption(std::int32_t id) {
@@ -321,8 +312,8 @@ TEST_P(MediaSizeDataTicketTest, ASizeIsTakenAsItIsReadAndTheOptionStays) {
 }
 
 TEST_P(MediaSizeDataTicketTest, OneLengthAloneIsNoSize) {
-    const std::wstring height = ScoredProperty(L"MediaSizeHeight", 5);
-    const std::wstring width = ScoredProperty(L"MediaSizeWidth", 5);
+    const std::wstring height = Length(L"MediaSizeHeight", 5);
+    const std::wstring width = Length(L"MediaSizeWidth", 5);
     for (const std::wstring& length : {height, width}) {
         ExpectState(ReadFrom(L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">" +
                              length + L"</psf:Option></psf:Feature>"),
@@ -334,7 +325,7 @@ TEST_P(MediaSizeDataTicketTest, ALengthThatIsNoIntegerIsNoLength) {
     for (const wchar_t* text : {L"12.5", L"", L"abc", L"2147483648", L"0x10"}) {
         const std::wstring body =
             L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">" +
-            ScoredProperty(L"MediaSizeHeight", 5) + L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\">" +
+            Length(L"MediaSizeHeight", 5) + L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\">" +
             Value(L"integer", text) + L"</psf:ScoredProperty></psf:Option></psf:Feature>";
         ExpectState(ReadFrom(body), MediaSizeSchema::ISOA4, A4);
     }
@@ -347,13 +338,13 @@ TEST_P(MediaSizeDataTicketTest, ALengthMayBeAParameter) {
                               L"name=\"psk:CustomMediaSize\">"
                               L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\"><psf:ParameterRef "
                               L"name=\"psk:PageMediaSizeMediaSizeWidth\"/></psf:ScoredProperty>" +
-                              ScoredProperty(L"MediaSizeHeight", 222) + L"</psf:Option></psf:Feature>";
+                              Length(L"MediaSizeHeight", 222) + L"</psf:Option></psf:Feature>";
     ExpectState(ReadFrom(body), MediaSizeSchema::CustomMediaSize, {111, 222});
 }
 
 TEST_P(MediaSizeDataTicketTest, TheSizeOfAnotherFeatureIsNotReadForThisOne) {
     const std::wstring other = L"<psf:Feature name=\"psk:JobOther\"><psf:Option name=\"psk:X\">" +
-                               ScoredProperty(L"MediaSizeHeight", 5) + ScoredProperty(L"MediaSizeWidth", 6) +
+                               Length(L"MediaSizeHeight", 5) + Length(L"MediaSizeWidth", 6) +
                                L"</psf:Option></psf:Feature>";
     ExpectState(ReadFrom(other + MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, A4);
     ExpectState(ReadFrom(other + MediaSize(L"CustomMediaSize", MediaDimensions{7, 8})), 0, {7, 8});

@@ -13,7 +13,7 @@
 #include "domtext.h"
 #include "handlertest.h"
 #include "platform/comptr.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 
@@ -35,19 +35,11 @@ std::wstring PrivateTicket(std::wstring_view body) {
 }
 
 std::wstring Property(std::wstring_view name, std::wstring_view value) {
-    std::wstring text = L"<psf:Property name=\"krk:";
-    return text.append(name)
-        .append(L"\"><psf:Value xsi:type=\"xsd:integer\">")
-        .append(value)
-        .append(L"</psf:Value></psf:Property>");
+    return tests::Property(L"krk:" + std::wstring(name), tests::Value(L"integer", value));
 }
 
 std::wstring PrintableMediaSize(std::wstring_view feature, std::wstring_view properties) {
-    std::wstring text = L"<psf:Feature name=\"krk:";
-    return text.append(feature)
-        .append(L"\"><psf:Option name=\"krk:PrintableMediaSize\">")
-        .append(properties)
-        .append(L"</psf:Option></psf:Feature>");
+    return tests::Feature(L"krk:" + std::wstring(feature), L"krk:PrintableMediaSize", properties);
 }
 
 void ExpectRange(const PrintableMediaSizeData& data, const MediaDimensions& minimum,

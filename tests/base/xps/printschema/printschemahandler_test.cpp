@@ -8,7 +8,7 @@
 #include "handlertest.h"
 #include "platform/variant.h"
 #include "thrown.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 

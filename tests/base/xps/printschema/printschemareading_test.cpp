@@ -6,7 +6,7 @@
 
 #include "base/xps/printschema/printschemahandler.h"
 #include "handlertest.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "domtext.h"
 #include "handlertest.h"
 #include "thrown.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 

@@ -21,7 +21,7 @@
 #include "platform/bstr.h"
 #include "processmemory.h"
 #include "refusedtoken.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 #include "usertoken.h"
 
 namespace {
@@ -37,6 +37,7 @@ using testing::IsEmpty;
 using tests::Bytes;
 using tests::CallRecorder;
 using tests::DomText;
+using tests::Feature;
 using tests::MakeMock;
 using tests::MockReadStream;
 using tests::Ticket;
@@ -51,12 +52,6 @@ constexpr HRESULT InvalidHandle = HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE);
 constexpr auto NoScope = static_cast<EPrintTicketScope>(3);
 constexpr std::wstring_view NoTicket;
 constexpr EPrintTicketScope AllScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
-
-std::wstring Feature(std::wstring_view name, std::wstring_view option) {
-    std::wstring text = L"<psf:Feature name=\"";
-    text.append(name).append(L"\"><psf:Option name=\"").append(option).append(L"\"/></psf:Feature>");
-    return text;
-}
 
 const std::wstring Base = Ticket(Feature(L"psk:A", L"psk:base"));
 const std::wstring JobDelta = Ticket(Feature(L"psk:A", L"psk:job"));
@@ -612,8 +607,7 @@ TEST_F(PrintTicketProviderTest, TheDeltaAndTheExtraTicketAreNotChanged) {
 TEST_F(PrintTicketProviderTest, APrivateFeatureThatValidationDropsComesBackAndValidatedValuesWin) {
     OpenBase();
     const std::wstring declaration = L" xmlns:krk=\"http://schemas.example.com/ptpc/2008/11\"";
-    const std::wstring secret =
-        L"<psf:Feature name=\"krk:Secret\"><psf:Option name=\"krk:On\"/></psf:Feature>";
+    const std::wstring secret = Feature(L"krk:Secret", L"krk:On");
     const std::wstring size =
         L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:CustomMediaSize\">"
         L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\"><psf:Value>";

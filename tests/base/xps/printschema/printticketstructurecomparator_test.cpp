@@ -9,7 +9,7 @@
 #include "domtest.h"
 #include "domtext.h"
 #include "platform/comptr.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 

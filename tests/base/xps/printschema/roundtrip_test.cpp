@@ -17,7 +17,6 @@
 #include "handlertest.h"
 #include "thrown.h"
 #include "ticketmarkup.h"
-#include "tickettext.h"
 
 namespace {
 

@@ -14,7 +14,6 @@
 #include "handlertest.h"
 #include "thrown.h"
 #include "ticketmarkup.h"
-#include "tickettext.h"
 
 namespace base::xps::printschema {
 

@@ -16,7 +16,6 @@
 #include "platform/variant.h"
 #include "settingstext.h"
 #include "ticketmarkup.h"
-#include "tickettext.h"
 
 namespace {
 

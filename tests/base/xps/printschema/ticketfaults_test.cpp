@@ -24,7 +24,7 @@
 #include "platform/comptr.h"
 #include "platform/variant.h"
 #include "thrown.h"
-#include "tickettext.h"
+#include "ticketmarkup.h"
 
 namespace {
 
@@ -45,11 +45,9 @@ using tests::Ticket;
 
 constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
 
-const std::wstring Base = Ticket(L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:X\"/></psf:Feature>");
-const std::wstring Delta = Ticket(
-    L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:Y\"/></psf:Feature>"
-    L"<psf:Feature name=\"krk:B\"><psf:Option name=\"krk:Z\"/></psf:Feature>",
-    L" xmlns:krk=\"urn:krk\"");
+const std::wstring Base = Ticket(tests::Feature(L"psk:A", L"psk:X"));
+const std::wstring Delta = Ticket(tests::Feature(L"psk:A", L"psk:Y") + tests::Feature(L"krk:B", L"krk:Z"),
+                                  L" xmlns:krk=\"urn:krk\"");
 
 // Runs an operation with the first call failing, then the second, until none fails. The operation is given a
 // fault that it starts itself, and returns whether it was met.
@@ -350,14 +348,13 @@ TEST_P(ProviderFaultTest, CapabilitiesFailWithTheCodeOrAsEmptyAndDoWithoutRewind
 TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown) {
     Open();
     const auto number = [](const wchar_t* name) {
-        return L"<psf:Property name=\"psk:" + std::wstring(name) +
-               L"\"><psf:Value>7</psf:Value></psf:Property>";
+        return tests::Property(L"psk:" + std::wstring(name), tests::Integer(7));
     };
-    m_platform.m_capabilities = tests::Bytes(
-        tests::Capabilities(L"<psf:Property name=\"psk:PageImageableSize\">" + number(L"ImageableSizeWidth") +
-                            number(L"ImageableSizeHeight") + L"<psf:Property name=\"psk:ImageableArea\">" +
-                            number(L"OriginWidth") + number(L"OriginHeight") + number(L"ExtentWidth") +
-                            number(L"ExtentHeight") + L"</psf:Property></psf:Property>"));
+    m_platform.m_capabilities = tests::Bytes(tests::Capabilities(tests::Property(
+        L"psk:PageImageableSize",
+        number(L"ImageableSizeWidth") + number(L"ImageableSizeHeight") +
+            tests::Property(L"psk:ImageableArea", number(L"OriginWidth") + number(L"OriginHeight") +
+                                                      number(L"ExtentWidth") + number(L"ExtentHeight")))));
     EXPECT_EQ(DomText(Get(kPTPageScope).Get()), Base);
     FailEachCall([&](std::size_t nth) {
         base::xps::printschema::ImageableAreaHandler handler(m_provider);
