@@ -1,0 +1,151 @@
+#include "devkit/common/file.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "devkit/common/error.h"
+
+namespace devkit::common {
+
+namespace {
+
+// Small reads and writes of the file come and go in blocks of this size.
+constexpr std::size_t kBlock = std::size_t{1} << 18;
+
+// One call moves at most this much, so that a size never exceeds what a DWORD holds.
+constexpr std::size_t kMostPerCall = std::size_t{1} << 26;
+
+std::string Reason(std::string_view what, DWORD code) {
+    std::string text = std::error_code(static_cast<int>(code), std::system_category()).message();
+    text.erase(text.find_last_not_of("\r\n. ") + 1);
+    return std::string(what) + ": " + text;
+}
+
+OVERLAPPED At(std::uint64_t offset) {
+    OVERLAPPED position{};
+    position.Offset = static_cast<DWORD>(offset);
+    position.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    return position;
+}
+
+}  // namespace
+
+std::string PathText(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+void FileHandle::Close() noexcept {
+    if (IsOpen()) CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE));
+}
+
+FileSource::FileSource(const std::filesystem::path& path)
+    : m_file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+    LARGE_INTEGER size{};
+    if (!m_file.IsOpen() || !GetFileSizeEx(m_file.Get(), &size))
+        throw Error(Reason("cannot be opened", GetLastError()), PathText(path));
+    m_size = static_cast<std::uint64_t>(size.QuadPart);
+}
+
+std::size_t FileSource::ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) {
+    if (offset >= m_size) return 0;
+    char* const pBytes = static_cast<char*>(pBuffer);
+    if (size >= kBlock) return ReadFileAt(offset, pBytes, size);
+    size = static_cast<std::size_t>(std::min<std::uint64_t>(size, m_size - offset));
+    if (offset < m_blockStart || offset + size > m_blockStart + m_block.size()) {
+        m_block.resize(kBlock);
+        m_block.resize(ReadFileAt(offset, m_block.data(), kBlock));
+        m_blockStart = offset;
+    }
+    return m_block.copy(pBytes, size, static_cast<std::size_t>(offset - m_blockStart));
+}
+
+std::size_t FileSource::ReadFileAt(std::uint64_t offset, char* pBuffer, std::size_t size) {
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position = At(offset + done);
+        DWORD count = 0;
+        const auto wanted = static_cast<DWORD>(std::min(size - done, kMostPerCall));
+        if (!ReadFile(m_file.Get(), pBuffer + done, wanted, &count, &position)) {
+            const DWORD code = GetLastError();
+            if (code == ERROR_HANDLE_EOF) break;
+            m_block.clear();
+            throw std::runtime_error(Reason("cannot be read", code));
+        }
+        if (count == 0) break;
+        done += count;
+    }
+    return done;
+}
+
+OutputFile::OutputFile(std::filesystem::path path) : m_path(std::move(path)) {
+    DWORD code = ERROR_FILE_EXISTS;
+    for (int attempt = 0; attempt < 100 && code == ERROR_FILE_EXISTS; ++attempt) {
+        m_temporary = m_path;
+        m_temporary += "." + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(attempt) + ".tmp";
+        const HANDLE handle = CreateFileW(m_temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (handle != INVALID_HANDLE_VALUE) {
+            m_file.Reset(handle);
+            return;
+        }
+        code = GetLastError();
+    }
+    throw Error(Reason("cannot be written", code), PathText(m_path));
+}
+
+OutputFile::~OutputFile() {
+    if (!m_file.IsOpen()) return;
+    m_file.Close();
+    DeleteFileW(m_temporary.c_str());
+}
+
+void OutputFile::WriteAt(std::uint64_t offset, const void* pBytes, std::size_t size) {
+    const char* const pText = static_cast<const char*>(pBytes);
+    const bool joins = offset >= m_blockStart && offset <= m_blockStart + m_block.size();
+    if (!joins || offset - m_blockStart + size > kBlock) Flush();
+    if (size > kBlock) {
+        WriteFileAt(offset, pText, size);
+        return;
+    }
+    if (m_block.empty()) m_blockStart = offset;
+    const auto place = static_cast<std::size_t>(offset - m_blockStart);
+    m_block.replace(place, std::min(size, m_block.size() - place), pText, size);
+}
+
+void OutputFile::Flush() {
+    WriteFileAt(m_blockStart, m_block.data(), m_block.size());
+    m_block.clear();
+}
+
+void OutputFile::WriteFileAt(std::uint64_t offset, const char* pBytes, std::size_t size) {
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position = At(offset + done);
+        DWORD count = 0;
+        const auto wanted = static_cast<DWORD>(std::min(size - done, kMostPerCall));
+        if (!WriteFile(m_file.Get(), pBytes + done, wanted, &count, &position))
+            throw std::runtime_error(Reason("cannot be written", GetLastError()));
+        if (count == 0) throw std::runtime_error("cannot be written: nothing is taken");
+        done += count;
+    }
+}
+
+void OutputFile::Commit() {
+    try {
+        Flush();
+    } catch (const std::runtime_error& failure) {
+        throw StorageError(failure.what(), PathText(m_path));
+    }
+    m_file.Close();
+    if (MoveFileExW(m_temporary.c_str(), m_path.c_str(), MOVEFILE_REPLACE_EXISTING)) return;
+    const DWORD code = GetLastError();
+    DeleteFileW(m_temporary.c_str());
+    throw Error(Reason("cannot be written", code), PathText(m_path));
+}
+
+}  // namespace devkit::common

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <filesystem>
+#include <string>
+
+#include "devkit/common/storage.h"
+
+namespace devkit::common {
+
+// The path as UTF-8, for messages.
+[[nodiscard]] std::string PathText(const std::filesystem::path& path);
+
+// An open file; closed when it goes.
+class FileHandle {
+  public:
+    explicit FileHandle(HANDLE handle) noexcept : m_handle(handle) {}
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+    ~FileHandle() { Close(); }
+
+    [[nodiscard]] bool IsOpen() const noexcept { return m_handle != INVALID_HANDLE_VALUE; }
+    [[nodiscard]] HANDLE Get() const noexcept { return m_handle; }
+    // Takes over another handle.
+    void Reset(HANDLE handle) noexcept {
+        Close();
+        m_handle = handle;
+    }
+    void Close() noexcept;
+
+  private:
+    HANDLE m_handle;
+};
+
+// A file that is read; it stays open. Small reads are served from a block that is kept.
+class FileSource final : public ByteSource {
+  public:
+    // Throws Error when the file cannot be opened.
+    explicit FileSource(const std::filesystem::path& path);
+
+    [[nodiscard]] std::uint64_t Size() const override { return m_size; }
+    std::size_t ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) override;
+
+  private:
+    std::size_t ReadFileAt(std::uint64_t offset, char* pBuffer, std::size_t size);
+
+    FileHandle m_file;
+    std::uint64_t m_size = 0;
+    std::string m_block;
+    std::uint64_t m_blockStart = 0;
+};
+
+// A file that appears under its name only when it is whole: what is written goes to a temporary file beside
+// it, which Commit renames; without Commit it is deleted.
+class OutputFile final : public ByteSink {
+  public:
+    // Throws Error when there can be no file beside `path`.
+    explicit OutputFile(std::filesystem::path path);
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    ~OutputFile() override;
+
+    void WriteAt(std::uint64_t offset, const void* pBytes, std::size_t size) override;
+    // Puts the file in its place, instead of one that is there. Throws Error.
+    void Commit();
+
+  private:
+    void Flush();
+    void WriteFileAt(std::uint64_t offset, const char* pBytes, std::size_t size);
+
+    std::filesystem::path m_path;
+    std::filesystem::path m_temporary;
+    FileHandle m_file{INVALID_HANDLE_VALUE};
+    std::string m_block;  // not yet in the file
+    std::uint64_t m_blockStart = 0;
+};
+
+}  // namespace devkit::common
