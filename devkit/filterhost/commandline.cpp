@@ -8,12 +8,11 @@
 
 #include "devkit/filterhost/programfolder.h"
 #include "devkit/filterhost/usageerror.h"
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
 
-using pipeline::Widen;
 using Path = std::filesystem::path;
 
 constexpr const char* description =
@@ -23,7 +22,7 @@ constexpr const char* description =
     "read as an XPS document, 4 the filter broke a rule of the pipeline. With\n"
     "several inputs the rest still run, and the highest status is returned.";
 
-Path PathOf(const std::string& text) { return Path(Widen(text)); }
+Path PathOf(const std::string& text) { return Path(platform::ToUtf16(text)); }
 
 std::optional<Path> PathOf(const std::optional<std::string>& text) {
     return text ? std::optional(PathOf(*text)) : std::nullopt;
@@ -31,7 +30,7 @@ std::optional<Path> PathOf(const std::optional<std::string>& text) {
 
 CLSID ClassOf(const std::string& text) {
     CLSID clsid{};
-    if (FAILED(IIDFromString(Widen(text).c_str(), &clsid))) {
+    if (FAILED(IIDFromString(platform::ToUtf16(text).c_str(), &clsid))) {
         throw UsageError("--clsid: \"" + text +
                          "\" is not of the form {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}");
     }
@@ -113,7 +112,7 @@ void CheckOutputs(const RunSettings& settings) {
         CharLowerBuffW(name.data(), static_cast<DWORD>(name.size()));
         if (!names.insert(name).second) {
             throw UsageError("--out-dir: two inputs are named " +
-                             pipeline::Narrow(input.filename().wstring()));
+                             platform::ToUtf8(input.filename().wstring()));
         }
     }
 }

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <string>
 
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -17,7 +17,7 @@ void Print(DWORD which, std::FILE* file, std::string_view text) {
     const HANDLE handle = GetStdHandle(which);
     DWORD mode = 0;
     if (GetConsoleMode(handle, &mode)) {
-        const std::wstring wide = pipeline::Widen(text);
+        const std::wstring wide = platform::ToUtf16(text);
         DWORD written = 0;
         WriteConsoleW(handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr);
         return;

@@ -10,7 +10,7 @@
 
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/exitstatus.h"
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -31,7 +31,7 @@ std::string PlaceOf(const void* address) {
         reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(module);
     std::array<char, 24> text{};
     std::snprintf(text.data(), text.size(), "+0x%llX", static_cast<unsigned long long>(offset));
-    return pipeline::Narrow(std::filesystem::path(path.data()).filename().wstring()) + text.data();
+    return platform::ToUtf8(std::filesystem::path(path.data()).filename().wstring()) + text.data();
 }
 
 }  // namespace

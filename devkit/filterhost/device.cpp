@@ -5,7 +5,7 @@
 
 #include "devkit/filterhost/programfolder.h"
 #include "devkit/filterhost/usageerror.h"
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -21,7 +21,7 @@ std::string NamesOfModels(const Path& models) {
     std::set<std::string> names;
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(models, ignored)) {
-        if (IsModel(entry.path())) names.insert(pipeline::Narrow(entry.path().filename().wstring()));
+        if (IsModel(entry.path())) names.insert(platform::ToUtf8(entry.path().filename().wstring()));
     }
     std::string text;
     for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
@@ -31,7 +31,7 @@ std::string NamesOfModels(const Path& models) {
 }  // namespace
 
 Path FindDevice(const std::string& nameOrFolder) {
-    const Path given(pipeline::Widen(nameOrFolder));
+    const Path given(platform::ToUtf16(nameOrFolder));
     const Path models = ProgramFolder() / "devices";
     if (!given.has_parent_path() && IsModel(models / given)) return models / given;
     if (IsModel(given)) return std::filesystem::absolute(given);

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "devkit/filterhost/ticketfacts.h"
-#include "devkit/pipeline/sentpart.h"
+#include "devkit/pipeline/part.h"
 #include "devkit/prntvpt/simulatedprovider.h"
 
 namespace devkit::filterhost {

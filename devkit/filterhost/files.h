@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "devkit/package/packageerror.h"
+#include "devkit/common/error.h"
 
 namespace devkit::filterhost {
 
@@ -15,6 +15,6 @@ void WriteFile(const std::filesystem::path& path, std::string_view bytes, std::s
 
 // What is wrong with a document, for a line that begins with the document's name: a place other than the
 // document itself is named at the end.
-[[nodiscard]] std::string ProblemOf(const package::PackageError& error, std::string_view document);
+[[nodiscard]] std::string ProblemOf(const common::Error& error, std::string_view document);
 
 }  // namespace devkit::filterhost

@@ -4,21 +4,21 @@
 #include <new>
 #include <utility>
 
+#include "devkit/common/file.h"
+#include "devkit/common/hresult.h"
 #include "devkit/filterhost/crashreport.h"
 #include "devkit/filterhost/effectivetickets.h"
 #include "devkit/filterhost/files.h"
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/filterhost/progress.h"
-#include "devkit/package/file.h"
 #include "devkit/package/xpsdocument.h"
-#include "devkit/pipeline/hresult.h"
-#include "devkit/pipeline/outputpackage.h"
-#include "devkit/pipeline/text.h"
+#include "devkit/pipeline/job.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
 
-using package::PathText;
+using common::PathText;
 using package::XpsDocument;
 using pipeline::RunOutcome;
 using Path = std::filesystem::path;
@@ -42,7 +42,7 @@ ExitStatus StatusOf(const RunResult& result) {
 std::string FailedCallText(const prntvpt::ProviderCall& call) {
     std::string text = call.function;
     if (call.scope) text += " (" + *call.scope + ")";
-    text += " answered " + pipeline::Describe(call.result);
+    text += " answered " + common::Describe(call.result);
     return call.error ? text + ": " + *call.error : text;
 }
 
@@ -63,8 +63,8 @@ void AddProviderFindings(RunResult& result) {
 void WriteOutput(XpsDocument& document, const Path& output, RunResult& result) try {
     pipeline::ApplySentParts(document, result.outcome->parts);
     document.Save(output);
-    result.output = PathText(output);
-} catch (const package::PackageError& error) {
+    result.output = common::PathText(output);
+} catch (const common::Error& error) {
     result.error = std::string("the output cannot be written: ") + error.what();
     result.status = std::max(result.status, WrongUsage);
 }
@@ -76,14 +76,14 @@ HostedRun::HostedRun(const RunSettings& settings, TicketProvider& provider,
     : m_settings(settings),
       m_provider(provider),
       m_filter(std::move(filter)),
-      m_printer(pipeline::Widen(provider.PrinterName())),
+      m_printer(platform::ToUtf16(provider.PrinterName())),
       m_userTicket(std::make_shared<const std::string>(
           settings.userTicket ? ReadFile(*settings.userTicket, "--user-ticket") : provider.DefaultTicket())) {
 }
 
 RunResult HostedRun::Run(const Path& input, const Path& output) {
     RunResult result;
-    result.input = PathText(input);
+    result.input = common::PathText(input);
     try {
         const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(input));
         result.findings = document->Findings();
@@ -91,7 +91,7 @@ RunResult HostedRun::Run(const Path& input, const Path& output) {
         LookAtPages(result);
         result.status = StatusOf(result);
         if (result.outcome->IsWhole()) WriteOutput(*document, output, result);
-    } catch (const package::PackageError& error) {
+    } catch (const common::Error& error) {
         result.error = ProblemOf(error, result.input);
         result.status = UnreadableInput;
     } catch (const pipeline::FilterError& error) {
@@ -126,13 +126,13 @@ void HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, RunResul
 pipeline::RunOptions HostedRun::MakeOptions() const {
     pipeline::RunOptions options;
     pipeline::JobProperties& properties = options.properties;
-    properties.printerName = pipeline::Widen(m_provider.PrinterName());
+    properties.printerName = platform::ToUtf16(m_provider.PrinterName());
     properties.userTicket = m_userTicket;
     properties.printerHandle = m_printer.Get();
     properties.driverValues.reset();
     if (m_settings.driverProperties) {
         properties.driverValues.emplace();
-        properties.driverValues->emplace(L"KoraNsPrefix", pipeline::Widen(m_settings.nsPrefix));
+        properties.driverValues->emplace(L"KoraNsPrefix", platform::ToUtf16(m_settings.nsPrefix));
         if (m_settings.teskType) properties.driverValues->emplace(L"KoraTeskType", *m_settings.teskType);
     }
     options.cancelAt = m_settings.cancelAt;

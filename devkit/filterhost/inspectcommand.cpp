@@ -5,23 +5,23 @@
 #include <sstream>
 #include <string>
 
+#include "devkit/common/file.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/files.h"
 #include "devkit/inspect/documentprinter.h"
-#include "devkit/package/file.h"
 #include "devkit/package/xpsdocument.h"
 
 namespace devkit::filterhost {
 namespace {
 
 ExitStatus InspectOne(const std::filesystem::path& input) {
-    const std::string name = package::PathText(input);
+    const std::string name = common::PathText(input);
     try {
         std::ostringstream tree;
         inspect::PrintDocument(tree, package::XpsDocument::Open(input));
         PrintOut(name + ":\n" + tree.str());
         return Done;
-    } catch (const package::PackageError& error) {
+    } catch (const common::Error& error) {
         PrintProblem(name + ": " + ProblemOf(error, name));
     } catch (const std::bad_alloc&) {
         PrintProblem(name + ": there is not enough memory");

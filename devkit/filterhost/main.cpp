@@ -12,7 +12,7 @@
 #include "devkit/filterhost/inspectcommand.h"
 #include "devkit/filterhost/runcommand.h"
 #include "devkit/filterhost/usageerror.h"
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -60,6 +60,6 @@ ExitStatus Main(const std::vector<std::string>& arguments) {
 int wmain(int argc, wchar_t** argv) {
     devkit::filterhost::PrepareConsole();
     std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i) arguments.push_back(devkit::pipeline::Narrow(argv[i]));
+    for (int i = 1; i < argc; ++i) arguments.push_back(platform::ToUtf8(argv[i]));
     return devkit::filterhost::Main(arguments);
 }

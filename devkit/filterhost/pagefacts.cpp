@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
-#include "devkit/package/packageerror.h"
-#include "devkit/package/xmlreader.h"
+#include "devkit/common/error.h"
+#include "devkit/common/xmlreader.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -41,22 +41,22 @@ bool TurnsByARightAngle(const std::array<double, 6>& matrix) {
 }
 
 // Whether the first element in the page is a canvas that turns by a right angle.
-bool ContentIsTurned(package::XmlReader& reader) {
+bool ContentIsTurned(common::XmlReader& reader) {
     if (!reader.NextElement() || reader.Depth() != 1 || reader.LocalName() != "Canvas") return false;
     const auto matrix = ReadMatrix(reader.Attribute("RenderTransform").value_or(std::string()));
     return matrix && TurnsByARightAngle(*matrix);
 }
 
 void LookAtMarkup(const std::string& markup, PageFacts& facts) {
-    package::Limits limits;
+    common::XmlLimits limits = common::Limits().page;
     limits.maxDepth = std::numeric_limits<int>::max();
     try {
-        package::XmlReader reader(markup, facts.name, limits);
+        common::XmlReader reader(markup, facts.name, limits);
         if (!reader.NextElement()) return;
         facts.turned = facts.rewritten && ContentIsTurned(reader);
         while (reader.NextElement()) {
         }
-    } catch (const package::PackageError& error) {
+    } catch (const common::Error& error) {
         facts.malformed = error.what();
     }
 }
@@ -75,8 +75,8 @@ PageFacts LookAtPage(const pipeline::SentPart& page, const TicketFacts& effectiv
     const pipeline::Bytes after = part->Read();
     facts.bytesBefore = before->size();
     facts.bytesAfter = after->size();
-    facts.before = package::ReadPageGeometry(*before);
-    facts.after = facts.rewritten ? package::ReadPageGeometry(*after) : facts.before;
+    facts.before = package::ReadPageDimensions(*before);
+    facts.after = facts.rewritten ? package::ReadPageDimensions(*after) : facts.before;
     LookAtMarkup(*after, facts);
     facts.feedDirection = effective.feedDirection;
     const bool ownTicket = facts.ticketReplaced && part->ticket != nullptr;

@@ -5,16 +5,16 @@
 #include <string>
 
 #include "devkit/filterhost/ticketfacts.h"
-#include "devkit/package/pagegeometry.h"
-#include "devkit/pipeline/sentpart.h"
+#include "devkit/package/pagedimensions.h"
+#include "devkit/pipeline/part.h"
 
 namespace devkit::filterhost {
 
 // What a filter did to a page.
 struct PageFacts {
     std::string name;
-    std::optional<package::PageGeometry> before;  // unset when the markup does not start as a page
-    std::optional<package::PageGeometry> after;
+    std::optional<package::PageDimensions> before;  // unset when the markup does not start as a page
+    std::optional<package::PageDimensions> after;
     std::size_t bytesBefore = 0;
     std::size_t bytesAfter = 0;
     bool rewritten = false;
@@ -27,7 +27,7 @@ struct PageFacts {
     std::optional<std::string> malformed;      // why the markup that comes out is not well-formed XML
 };
 
-// `effective` is what the tickets say that held for the page. Throws package::PackageError when the input
+// `effective` is what the tickets say that held for the page. Throws common::Error when the input
 // cannot be read.
 [[nodiscard]] PageFacts LookAtPage(const pipeline::SentPart& page, const TicketFacts& effective);
 

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "devkit/pipeline/hresult.h"
+#include "devkit/common/hresult.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -16,12 +16,12 @@ Json TextOrNull(const std::optional<std::string>& text) { return text ? Json(*te
 
 Json NameOrNull(const PartPtr& part) { return part == nullptr ? Json() : Json(part->Name()); }
 
-Json WidthOf(const std::optional<package::PageGeometry>& page) { return page ? Json(page->width) : Json(); }
+Json WidthOf(const std::optional<package::PageDimensions>& page) { return page ? Json(page->width) : Json(); }
 
-Json HeightOf(const std::optional<package::PageGeometry>& page) { return page ? Json(page->height) : Json(); }
+Json HeightOf(const std::optional<package::PageDimensions>& page) { return page ? Json(page->height) : Json(); }
 
 Json ShutdownOf(const RunOutcome& outcome) {
-    return outcome.shutdownCodes.empty() ? Json() : Json(pipeline::HexOf(outcome.shutdownCodes.front()));
+    return outcome.shutdownCodes.empty() ? Json() : Json(common::HexOf(outcome.shutdownCodes.front()));
 }
 
 Json WritePart(const SentPart& part) {
@@ -61,7 +61,7 @@ Json WriteResult(const RunResult& result) {
     Json json;
     json["input"] = result.input;
     json["output"] = TextOrNull(result.output);
-    json["hresult"] = result.outcome ? Json(pipeline::HexOf(result.outcome->result)) : Json();
+    json["hresult"] = result.outcome ? Json(common::HexOf(result.outcome->result)) : Json();
     json["shutdown"] = result.outcome ? ShutdownOf(*result.outcome) : Json();
     json["breaches"] = result.breaches;
     json["parts"] = WriteParts(result);

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <vector>
 
+#include "devkit/common/file.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/files.h"
 #include "devkit/filterhost/hostedrun.h"
@@ -16,12 +17,11 @@
 #include "devkit/filterhost/ticketprovider.h"
 #include "devkit/filterhost/usageerror.h"
 #include "devkit/msxml/domregistration.h"
-#include "devkit/package/file.h"
 
 namespace devkit::filterhost {
 namespace {
 
-using package::PathText;
+using common::PathText;
 using Path = std::filesystem::path;
 
 // The kit's DOM document in the place of the system's, where a probe finds the system's wanting.
@@ -36,7 +36,7 @@ std::unique_ptr<msxml::DomRegistration> FillDomGap(bool quiet) {
 std::shared_ptr<pipeline::FilterModule> LoadFilter(const RunSettings& settings) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(settings.filter, ignored)) {
-        throw UsageError("--filter: there is no " + PathText(settings.filter));
+        throw UsageError("--filter: there is no " + common::PathText(settings.filter));
     }
     return std::make_shared<pipeline::FilterModule>(settings.filter, settings.filterClass);
 }
@@ -44,14 +44,14 @@ std::shared_ptr<pipeline::FilterModule> LoadFilter(const RunSettings& settings) 
 void MakeFolder(const Path& folder) {
     std::error_code failure;
     std::filesystem::create_directories(folder, failure);
-    if (failure) throw UsageError("--out-dir: " + PathText(folder) + " cannot be made");
+    if (failure) throw UsageError("--out-dir: " + common::PathText(folder) + " cannot be made");
 }
 
 Path OutputOf(const RunSettings& settings, const Path& input) {
     Path output = settings.output ? *settings.output : *settings.outputFolder / input.filename();
     std::error_code ignored;
     if (std::filesystem::equivalent(input, output, ignored)) {
-        throw UsageError("the output would replace the input " + PathText(input));
+        throw UsageError("the output would replace the input " + common::PathText(input));
     }
     return output;
 }

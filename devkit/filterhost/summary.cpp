@@ -3,17 +3,18 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "devkit/filterhost/numbers.h"
-#include "devkit/pipeline/hresult.h"
+#include "devkit/common/hresult.h"
+#include "devkit/common/numbers.h"
+#include "devkit/common/text.h"
 
 namespace devkit::filterhost {
 namespace {
 
-using pipeline::Describe;
+using common::Describe;
 using pipeline::RunOutcome;
 
-std::string SizeText(const std::optional<package::PageGeometry>& page) {
-    return page ? NumberText(page->width) + " x " + NumberText(page->height) : "unknown size";
+std::string SizeText(const std::optional<package::PageDimensions>& page) {
+    return page ? common::NumberText(page->width) + " x " + common::NumberText(page->height) : "unknown size";
 }
 
 std::string PageLine(std::size_t number, const PageFacts& page) {
@@ -29,15 +30,15 @@ std::string PageLine(std::size_t number, const PageFacts& page) {
 std::string StateOf(const RunResult& result) {
     const RunOutcome& outcome = *result.outcome;
     if (outcome.hung) return "the filter hangs";
-    if (outcome.cancelled) return "cancelled, " + Describe(outcome.result);
-    return (FAILED(outcome.result) ? "failed, " : "done, ") + Describe(outcome.result);
+    if (outcome.cancelled) return "cancelled, " + common::Describe(outcome.result);
+    return (FAILED(outcome.result) ? "failed, " : "done, ") + common::Describe(outcome.result);
 }
 
 std::string RunLine(const RunResult& result) {
     std::string line = result.input + " -> " + result.output.value_or("nothing written");
     if (!result.outcome) return line + ": not run\n";
-    return line + ": " + Counted(result.outcome->parts.size(), "part") + ", " +
-           Counted(result.pages.size(), "page") + ", " + StateOf(result) + "\n";
+    return line + ": " + common::Counted(result.outcome->parts.size(), "part") + ", " +
+           common::Counted(result.pages.size(), "page") + ", " + StateOf(result) + "\n";
 }
 
 std::string ProviderLine(const prntvpt::ProviderReport& report) {
@@ -50,16 +51,16 @@ std::string ProviderLine(const prntvpt::ProviderReport& report) {
     const auto asUser = std::count_if(report.calls.begin(), report.calls.end(), [](const auto& call) {
         return call.impersonating && call.expectedToken.value_or(false);
     });
-    std::string line = "  print ticket provider: " + Counted(total, "call");
+    std::string line = "  print ticket provider: " + common::Counted(total, "call");
     if (total == 0) return line + "\n";
     line += " (" + calls + "), " + std::to_string(asUser) + " of them as the user";
-    return line + ", " + Counted(report.openHandles.size(), "handle") + " left open\n";
+    return line + ", " + common::Counted(report.openHandles.size(), "handle") + " left open\n";
 }
 
 std::string FailureLine(const RunOutcome& outcome) {
     std::string line = FAILED(outcome.initialized) ? "InitializeFilter of the filter failed with "
                                                    : "the filter failed with ";
-    line += Describe(outcome.result);
+    line += common::Describe(outcome.result);
     return outcome.lastPart.empty() ? line + ", before any part" : line + ", at " + outcome.lastPart;
 }
 

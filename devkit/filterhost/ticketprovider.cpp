@@ -11,8 +11,8 @@
 #include "devkit/filterhost/device.h"
 #include "devkit/filterhost/programfolder.h"
 #include "devkit/filterhost/usageerror.h"
-#include "devkit/pipeline/text.h"
 #include "devkit/prntvpt/provider.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -33,14 +33,14 @@ std::string DefaultPrinter() {
         throw UsageError("--printer is required: the system has no default printer");
     }
     name.resize(size - 1);
-    return pipeline::Narrow(name);
+    return platform::ToUtf8(name);
 }
 
 // The model's default ticket, read without a provider that the filter could be bound to.
 std::string DefaultTicketOf(const std::filesystem::path& device) {
     prntvpt::Provider model;
     std::string error;
-    const Json configuration{{"device", pipeline::Narrow(device.wstring())}};
+    const Json configuration{{"device", platform::ToUtf8(device.wstring())}};
     if (FAILED(model.Configure(configuration.dump().c_str(), error))) throw UsageError("--device: " + error);
     return model.DefaultTicket();
 }

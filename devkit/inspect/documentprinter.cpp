@@ -6,7 +6,7 @@
 
 #include "devkit/inspect/sizetext.h"
 #include "devkit/inspect/ticketsummary.h"
-#include "devkit/package/pagegeometry.h"
+#include "devkit/package/pagedimensions.h"
 #include "devkit/package/partname.h"
 
 namespace devkit::inspect {
@@ -54,15 +54,15 @@ class Printer {
 
     void PrintPage(std::size_t number, const FixedPage& page) {
         const std::string title = "page " + std::to_string(number) + "  " + Seen(page.name) + "  ";
-        std::optional<PageGeometry> geometry;
+        std::optional<PageDimensions> geometry;
         try {
             const std::string markup = m_document.ReadMarkup(page);
-            geometry = ReadPageGeometry(markup, m_document.GetPackage().GetLimits());
+            geometry = ReadPageDimensions(markup, m_document.GetPackage().GetLimits().page);
             Line(3, title + (geometry ? SizeText(*geometry) : "its size cannot be read") + ", " +
                         BytesText(markup.size()));
-        } catch (const StorageError&) {
+        } catch (const common::StorageError&) {
             throw;
-        } catch (const PackageError& failure) {
+        } catch (const common::Error& failure) {
             Line(3, title + failure.what());
         }
         if (geometry && geometry->bleedBox) Line(4, "BleedBox    " + BoxText(*geometry->bleedBox));
@@ -84,11 +84,11 @@ class Printer {
             title.clear();
             ++level;
             for (const std::string& setting :
-                 SummarizeTicket(bytes, *name, m_document.GetPackage().GetLimits()))
+                 SummarizeTicket(bytes, *name, m_document.GetPackage().GetLimits().structure))
                 Line(level, setting);
-        } catch (const StorageError&) {
+        } catch (const common::StorageError&) {
             throw;
-        } catch (const PackageError& failure) {
+        } catch (const common::Error& failure) {
             Line(level, title + failure.what());
         }
     }

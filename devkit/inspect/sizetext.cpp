@@ -24,14 +24,14 @@ std::string MillimetreText(double units) {
     return {text.data(), error == std::errc() ? pEnd : text.data()};
 }
 
-const char* ShapeText(const package::PageGeometry& page) {
+const char* ShapeText(const package::PageDimensions& page) {
     if (page.width > page.height) return "landscape";
     return page.width < page.height ? "portrait" : "square";
 }
 
 }  // namespace
 
-std::string SizeText(const package::PageGeometry& page) {
+std::string SizeText(const package::PageDimensions& page) {
     return NumberText(page.width) + " x " + NumberText(page.height) + " (" + MillimetreText(page.width) +
            " x " + MillimetreText(page.height) + " mm), " + ShapeText(page);
 }

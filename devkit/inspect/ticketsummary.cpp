@@ -1,13 +1,13 @@
 #include "devkit/inspect/ticketsummary.h"
 
-#include "devkit/package/packageerror.h"
-#include "devkit/package/xmlreader.h"
+#include "devkit/common/error.h"
+#include "devkit/common/xmlreader.h"
 
 namespace devkit::inspect {
 
 namespace {
 
-using package::XmlReader;
+using common::XmlReader;
 
 constexpr std::string_view kFramework =
     "http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
@@ -30,7 +30,7 @@ std::string Trimmed(std::string_view text) {
 // Follows the open features, so that an option finds the names of all that it stands in.
 class Summary {
   public:
-    void Enter(const XmlReader& reader) {
+    void Enter(const common::XmlReader& reader) {
         if (reader.Namespace() != kFramework) return;
         const int depth = reader.Depth();
         while (!m_open.empty() && m_open.back().depth >= depth) m_open.pop_back();
@@ -66,7 +66,7 @@ class Summary {
         std::string details;  // the properties of the option
     };
 
-    void EnterInOption(const XmlReader& reader, const std::string& element, const std::string& name,
+    void EnterInOption(const common::XmlReader& reader, const std::string& element, const std::string& name,
                        int depth) {
         std::string& details = m_settings.back().details;
         if (depth == 1 && (element == "ScoredProperty" || element == "Property")) {
@@ -91,10 +91,10 @@ class Summary {
 }  // namespace
 
 std::vector<std::string> SummarizeTicket(std::string_view ticket, const std::string& partName,
-                                         const package::Limits& limits) {
-    XmlReader reader(ticket, partName, limits);
+                                         const common::XmlLimits& limits) {
+    common::XmlReader reader(ticket, partName, limits);
     if (!reader.NextElement() || reader.LocalName() != "PrintTicket" || reader.Namespace() != kFramework)
-        throw package::PackageError("is no print ticket", partName);
+        throw common::Error("is no print ticket", partName);
     Summary summary;
     while (reader.NextElement()) summary.Enter(reader);
     return summary.Texts();

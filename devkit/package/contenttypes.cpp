@@ -2,9 +2,10 @@
 
 #include <utility>
 
+#include "devkit/common/text.h"
+#include "devkit/common/xmlreader.h"
+#include "devkit/common/xmlwriter.h"
 #include "devkit/package/partname.h"
-#include "devkit/package/xmlreader.h"
-#include "devkit/package/xmltext.h"
 
 namespace devkit::package {
 
@@ -47,20 +48,7 @@ std::string KeyOfExtension(std::string_view extension) { return NameKey(extensio
 
 // A content type's parameters do not tell kinds of parts apart.
 std::string WithoutParameters(std::string_view type) {
-    std::string_view bare = type.substr(0, type.find(';'));
-    const std::size_t start = bare.find_first_not_of(" \t");
-    if (start == std::string_view::npos) return {};
-    bare.remove_prefix(start);
-    return std::string(bare.substr(0, bare.find_last_not_of(" \t") + 1));
-}
-
-void AppendElement(std::string& markup, std::string_view element, std::string_view attribute,
-                   std::string_view name, std::string_view type) {
-    markup += "<";
-    markup += element;
-    markup += " ";
-    markup += attribute;
-    markup += "=\"" + EscapedAttribute(name) + "\" ContentType=\"" + EscapedAttribute(type) + "\"/>";
+    return std::string(common::Trimmed(type.substr(0, type.find(';'))));
 }
 
 }  // namespace
@@ -72,9 +60,9 @@ ContentTypes ContentTypes::Customary() {
     return types;
 }
 
-ContentTypes ContentTypes::Parse(std::string_view markup, const Limits& limits) {
+ContentTypes ContentTypes::Parse(std::string_view markup, const common::XmlLimits& limits) {
     ContentTypes types;
-    XmlReader reader(markup, "/[Content_Types].xml", limits);
+    common::XmlReader reader(markup, "/[Content_Types].xml", limits);
     while (reader.NextElement()) {
         if (reader.Depth() != 1 || reader.Namespace() != kNamespace) continue;
         std::string type = reader.Attribute("ContentType").value_or("");
@@ -114,15 +102,19 @@ bool ContentTypes::Forget(std::string_view partName) {
 }
 
 std::string ContentTypes::Markup() const {
-    std::string markup = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<Types xmlns=\"";
-    markup += kNamespace;
-    markup += "\">";
-    for (const Declaration& each : m_defaults.declarations)
-        AppendElement(markup, "Default", "Extension", each.name, each.type);
-    for (const Declaration& each : m_overrides.declarations) {
-        if (!each.name.empty()) AppendElement(markup, "Override", "PartName", each.name, each.type);
-    }
-    return markup + "</Types>";
+    common::XmlWriter writer;
+    const auto write = [&writer](const char* element, const char* attribute, const Declaration& declaration) {
+        if (declaration.name.empty()) return;
+        writer.StartElement(element);
+        writer.Attribute(attribute, declaration.name);
+        writer.Attribute("ContentType", declaration.type);
+        writer.EndElement();
+    };
+    writer.StartElement("Types");
+    writer.Attribute("xmlns", kNamespace);
+    for (const Declaration& each : m_defaults.declarations) write("Default", "Extension", each);
+    for (const Declaration& each : m_overrides.declarations) write("Override", "PartName", each);
+    return writer.Take();
 }
 
 const ContentTypes::Declaration* ContentTypes::Find(const Table& table, const std::string& key) {

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "devkit/package/limits.h"
+#include "devkit/common/limits.h"
 
 namespace devkit::package {
 
@@ -15,8 +15,8 @@ class ContentTypes {
   public:
     // What XPS producers declare, for a package whose own content types cannot be read.
     [[nodiscard]] static ContentTypes Customary();
-    // Throws PackageError when the markup cannot be read.
-    [[nodiscard]] static ContentTypes Parse(std::string_view markup, const Limits& limits);
+    // Throws common::Error when the markup cannot be read.
+    [[nodiscard]] static ContentTypes Parse(std::string_view markup, const common::XmlLimits& limits);
 
     // Without parameters; empty when none is declared.
     [[nodiscard]] std::string Of(std::string_view partName) const;

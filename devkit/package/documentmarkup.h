@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/package/limits.h"
+#include "devkit/common/limits.h"
 #include "devkit/package/xpsvocabulary.h"
 
 namespace devkit::package {
@@ -19,9 +19,9 @@ struct DocumentMarkup {
     std::vector<std::string> references;
 };
 
-// Throws PackageError, naming the part, when the markup is neither or cannot be read.
+// Throws common::Error, naming the part, when the markup is neither or cannot be read.
 [[nodiscard]] DocumentMarkup ParseDocumentMarkup(std::string_view markup, const std::string& partName,
-                                                 const Limits& limits);
+                                                 const common::XmlLimits& limits);
 
 // The markup with references to these parts, in this order, and no others. An element that is there stays
 // with all that it holds; a new one refers to the part by its absolute name. The encoding stays.

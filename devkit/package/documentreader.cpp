@@ -23,7 +23,7 @@ XpsTree DocumentReader::Read() {
     tree.sequence.name = FindStartPart(relationships);
     ReadSequence(tree.sequence);
     if (std::ranges::all_of(tree.sequence.documents, [](const auto& each) { return each.pages.empty(); }))
-        throw PackageError("has no pages", tree.sequence.name);
+        throw common::Error("has no pages", tree.sequence.name);
     for (const Relationship& each : relationships) {
         if (each.external || each.type != kThumbnailRelationship || tree.thumbnail) continue;
         if (const std::optional<PartInfo> part = Target("/", each.target)) tree.thumbnail = part->name;
@@ -38,16 +38,16 @@ std::string DocumentReader::FindStartPart(const std::vector<Relationship>& relat
         if (pStart != nullptr) Note("has several start parts, the last is taken", m_package.Where());
         pStart = &each;
     }
-    if (pStart == nullptr) throw PackageError("has no start part", m_package.Where());
+    if (pStart == nullptr) throw common::Error("has no start part", m_package.Where());
     if (pStart->type == VocabularyOf(Flavour::OpenXps).startPart) m_flavour = Flavour::OpenXps;
     const std::optional<PartInfo> part = Target("/", pStart->target);
-    if (!part) throw PackageError("the start part is missing", pStart->target);
+    if (!part) throw common::Error("the start part is missing", pStart->target);
     return part->name;
 }
 
 void DocumentReader::ReadSequence(FixedDocumentSequence& sequence) {
     const DocumentMarkup markup =
-        ParseDocumentMarkup(ReadStructure(sequence.name), sequence.name, m_package.GetLimits());
+        ParseDocumentMarkup(ReadStructure(sequence.name), sequence.name, m_package.GetLimits().structure);
     if (markup.root == DocumentRoot::FixedDocumentSequence) {
         sequence.ticket = TicketOf(sequence.name);
         AddDocuments(sequence, markup.references);
@@ -67,8 +67,9 @@ void DocumentReader::AddDocuments(FixedDocumentSequence& sequence,
     for (const std::string& reference : references) {
         std::optional<std::string> name = NextPart(sequence.name, reference);
         if (!name) continue;
-        const DocumentMarkup markup = ParseDocumentMarkup(ReadStructure(*name), *name, m_package.GetLimits());
-        if (markup.root != DocumentRoot::FixedDocument) throw PackageError("is not a fixed document", *name);
+        const DocumentMarkup markup =
+            ParseDocumentMarkup(ReadStructure(*name), *name, m_package.GetLimits().structure);
+        if (markup.root != DocumentRoot::FixedDocument) throw common::Error("is not a fixed document", *name);
         FixedDocument document;
         document.name = std::move(*name);
         document.ticket = TicketOf(document.name);
@@ -130,9 +131,9 @@ std::optional<std::string> DocumentReader::TicketOf(const std::string& part) {
 std::vector<Relationship> DocumentReader::RelationshipsOf(const std::string& part) {
     try {
         return m_package.Relationships(part);
-    } catch (const StorageError&) {
+    } catch (const common::StorageError&) {
         throw;
-    } catch (const PackageError& failure) {
+    } catch (const common::Error& failure) {
         m_findings.emplace_back(failure.what());
         return {};
     }
@@ -140,9 +141,9 @@ std::vector<Relationship> DocumentReader::RelationshipsOf(const std::string& par
 
 std::string DocumentReader::ReadStructure(const std::string& part) const {
     const std::optional<PartInfo> info = m_package.Find(part);
-    if (info && info->size > m_package.GetLimits().maxStructureBytes)
-        throw PackageError(
-            "is larger than " + std::to_string(m_package.GetLimits().maxStructureBytes) + " bytes", part);
+    if (info && info->size > m_package.GetLimits().structure.maxBytes)
+        throw common::Error(
+            "is larger than " + std::to_string(m_package.GetLimits().structure.maxBytes) + " bytes", part);
     return m_package.Read(part);
 }
 
@@ -158,13 +159,13 @@ std::optional<PartInfo> DocumentReader::Target(std::string_view source, const st
 
 std::optional<std::string> DocumentReader::NextPart(const std::string& source, const std::string& reference) {
     if (++m_references > m_package.GetLimits().maxReferences)
-        throw PackageError("refers to more than " + std::to_string(m_package.GetLimits().maxReferences) +
-                               " documents and pages",
-                           source);
+        throw common::Error("refers to more than " + std::to_string(m_package.GetLimits().maxReferences) +
+                                " documents and pages",
+                            source);
     const std::optional<PartInfo> part = Target(source, reference);
     if (!part)
-        throw PackageError("is missing", ResolveReference(source, reference) + " (from " + source + ")");
-    if (!part->whole) throw PackageError("lacks a piece", part->name);
+        throw common::Error("is missing", ResolveReference(source, reference) + " (from " + source + ")");
+    if (!part->whole) throw common::Error("lacks a piece", part->name);
     if (m_seen.insert(NameKey(part->name)).second) return part->name;
     Note("is referred to again, which is passed over", part->name);
     return std::nullopt;
@@ -172,7 +173,7 @@ std::optional<std::string> DocumentReader::NextPart(const std::string& source, c
 
 void DocumentReader::Note(std::string_view what, std::string_view where) {
     // As the error would read that it is not.
-    m_findings.emplace_back(PackageError(what, where).what());
+    m_findings.emplace_back(common::Error(what, where).what());
 }
 
 }  // namespace devkit::package

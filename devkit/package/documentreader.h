@@ -18,7 +18,7 @@ class DocumentReader {
   public:
     explicit DocumentReader(const Package& package) : m_package(package) {}
 
-    // Throws PackageError when there is no document to be had.
+    // Throws common::Error when there is no document to be had.
     [[nodiscard]] XpsTree Read();
 
     [[nodiscard]] Flavour GetFlavour() const noexcept { return m_flavour; }

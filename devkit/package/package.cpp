@@ -3,9 +3,10 @@
 #include <system_error>
 #include <utility>
 
-#include "devkit/package/file.h"
+#include "devkit/common/file.h"
 #include "devkit/package/packagestate.h"
 #include "devkit/package/partname.h"
+#include "devkit/package/zipwriter.h"
 
 namespace devkit::package {
 
@@ -24,24 +25,25 @@ bool IsInternal(std::string_view partName) {
 
 }  // namespace
 
-Package::Package(std::unique_ptr<State> state) noexcept : m_state(std::move(state)) {}
+Package::Package(std::unique_ptr<PackageState> state) noexcept : m_state(std::move(state)) {}
 Package::Package(Package&&) noexcept = default;
 Package& Package::operator=(Package&&) noexcept = default;
 Package::~Package() = default;
 
-Package Package::Open(const std::filesystem::path& file, const Limits& limits) {
-    Package package = Open(std::make_unique<FileSource>(file), PathText(file), limits);
+Package Package::Open(const std::filesystem::path& file, const common::Limits& limits) {
+    Package package = Open(std::make_unique<common::FileSource>(file), common::PathText(file), limits);
     package.m_state->file = file;
     return package;
 }
 
-Package Package::Open(std::unique_ptr<ByteSource> source, std::string where, const Limits& limits) {
-    return Package(std::make_unique<State>(std::move(source), std::move(where), limits));
+Package Package::Open(std::unique_ptr<common::ByteSource> source, std::string where,
+                      const common::Limits& limits) {
+    return Package(std::make_unique<PackageState>(std::move(source), std::move(where), limits));
 }
 
 std::vector<PartInfo> Package::Parts() const {
     std::vector<PartInfo> parts;
-    for (const State::Part& part : m_state->parts) {
+    for (const PackageState::Part& part : m_state->parts) {
         if (!part.removed && !IsInternal(part.name))
             parts.push_back({part.name, m_state->types.Of(part.name), part.size, part.whole});
     }
@@ -49,14 +51,14 @@ std::vector<PartInfo> Package::Parts() const {
 }
 
 std::optional<PartInfo> Package::Find(std::string_view name) const {
-    const State::Part* const pPart = m_state->Find(name);
+    const PackageState::Part* const pPart = m_state->Find(name);
     if (pPart == nullptr || IsInternal(name)) return std::nullopt;
     return PartInfo{pPart->name, m_state->types.Of(pPart->name), pPart->size, pPart->whole};
 }
 
 std::string Package::Read(std::string_view name) const {
-    const State::Part* const pPart = m_state->Find(name);
-    if (pPart == nullptr) throw PackageError("is missing", name);
+    const PackageState::Part* const pPart = m_state->Find(name);
+    if (pPart == nullptr) throw common::Error("is missing", name);
     return m_state->Read(*pPart, m_state->limits.maxPartBytes);
 }
 
@@ -72,7 +74,7 @@ void Package::Replace(std::string_view name, std::string bytes) {
 }
 
 void Package::Remove(std::string_view name) {
-    const State::Part* const pPart = m_state->Find(name);
+    const PackageState::Part* const pPart = m_state->Find(name);
     if (pPart == nullptr) return;
     const std::string relationships = RelationshipsPartOf(pPart->name);
     m_state->Remove(name);
@@ -80,10 +82,10 @@ void Package::Remove(std::string_view name) {
 }
 
 std::vector<Relationship> Package::Relationships(std::string_view source) const {
-    const State::Part* const pPart = m_state->Find(RelationshipsPartOf(source));
+    const PackageState::Part* const pPart = m_state->Find(RelationshipsPartOf(source));
     if (pPart == nullptr) return {};
-    return ParseRelationships(m_state->Read(*pPart, m_state->limits.maxStructureBytes), pPart->name,
-                              m_state->limits);
+    return ParseRelationships(m_state->Read(*pPart, m_state->limits.structure.maxBytes), pPart->name,
+                              m_state->limits.structure);
 }
 
 void Package::SetRelationships(std::string_view source, const std::vector<Relationship>& relationships) {
@@ -96,20 +98,20 @@ void Package::SetRelationships(std::string_view source, const std::vector<Relati
     m_state->typesChanged = m_state->types.Declare(name, kRelationshipsContentType) || m_state->typesChanged;
 }
 
-const Limits& Package::GetLimits() const noexcept { return m_state->limits; }
+const common::Limits& Package::GetLimits() const noexcept { return m_state->limits; }
 const std::string& Package::Where() const noexcept { return m_state->archive.Where(); }
 const std::vector<std::string>& Package::Findings() const noexcept { return m_state->findings; }
 
 void Package::Save(const std::filesystem::path& file) const {
     std::error_code ignored;
     if (!m_state->file.empty() && std::filesystem::equivalent(m_state->file, file, ignored))
-        throw PackageError("cannot be written over its own input", PathText(file));
-    OutputFile output(file);
+        throw common::Error("cannot be written over its own input", common::PathText(file));
+    common::OutputFile output(file);
     Save(output);
     output.Commit();
 }
 
-void Package::Save(ByteSink& sink) const {
+void Package::Save(common::ByteSink& sink) const {
     std::string contentTypes;
     WriteZip(m_state->archive, m_state->Edit(contentTypes), sink);
 }

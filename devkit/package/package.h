@@ -9,12 +9,14 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/package/limits.h"
-#include "devkit/package/packageerror.h"
+#include "devkit/common/error.h"
+#include "devkit/common/limits.h"
+#include "devkit/common/storage.h"
 #include "devkit/package/relationships.h"
-#include "devkit/package/storage.h"
 
 namespace devkit::package {
+
+class PackageState;
 
 // A part of a package. Names are absolute ("/Documents/1/Pages/1.fpage") in the spelling of the package, and
 // are found by equivalence: letter case of ASCII does not count.
@@ -27,13 +29,13 @@ struct PartInfo {
 
 // A package of the Open Packaging Conventions on a zip archive. Parts are read when they are asked for;
 // changes are kept in memory until Save. The file stays open, for reading, as long as the package lives. Not
-// for use by two threads at once. Every failure is a PackageError.
+// for use by two threads at once. Every failure is a common::Error.
 class Package {
   public:
-    [[nodiscard]] static Package Open(const std::filesystem::path& file, const Limits& limits = {});
+    [[nodiscard]] static Package Open(const std::filesystem::path& file, const common::Limits& limits = {});
     // `where` names the source in messages.
-    [[nodiscard]] static Package Open(std::unique_ptr<ByteSource> source, std::string where,
-                                      const Limits& limits = {});
+    [[nodiscard]] static Package Open(std::unique_ptr<common::ByteSource> source, std::string where,
+                                      const common::Limits& limits = {});
     Package(Package&&) noexcept;
     Package& operator=(Package&&) noexcept;
     ~Package();
@@ -59,7 +61,7 @@ class Package {
     // Replaces them; the relationships part is added, rewritten or, when there is none left, removed.
     void SetRelationships(std::string_view source, const std::vector<Relationship>& relationships);
 
-    [[nodiscard]] const Limits& GetLimits() const noexcept;
+    [[nodiscard]] const common::Limits& GetLimits() const noexcept;
     // The file's name, for messages.
     [[nodiscard]] const std::string& Where() const noexcept;
     // What is wrong with the package without keeping it from being read, one line each.
@@ -69,13 +71,12 @@ class Package {
     // keep their compressed bytes, their names and their order; a package without changes is copied byte for
     // byte. The file appears, or is replaced, when all is written; on failure nothing is left behind.
     void Save(const std::filesystem::path& file) const;
-    void Save(ByteSink& sink) const;
+    void Save(common::ByteSink& sink) const;
 
   private:
-    class State;
-    explicit Package(std::unique_ptr<State> state) noexcept;
+    explicit Package(std::unique_ptr<PackageState> state) noexcept;
 
-    std::unique_ptr<State> m_state;
+    std::unique_ptr<PackageState> m_state;
 };
 
 }  // namespace devkit::package

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "devkit/package/entryname.h"
+#include "devkit/common/error.h"
 #include "devkit/package/partname.h"
 
 namespace devkit::package {
@@ -25,40 +25,41 @@ void EachFolder(const std::string& name, Visit visit) {
 
 }  // namespace
 
-Package::State::State(std::shared_ptr<ByteSource> source, std::string where, const Limits& readLimits)
+PackageState::PackageState(std::shared_ptr<common::ByteSource> source, std::string where,
+                           const common::Limits& readLimits)
     : limits(readLimits), archive(std::move(source), std::move(where), readLimits) {
     TakeEntries();
     ReadContentTypes();
 }
 
-void Package::State::TakeEntries() {
+void PackageState::TakeEntries() {
     CheckSizes();
     for (std::size_t i = 0; i < archive.Entries().size(); ++i) TakeEntry(i);
     JoinPieces();
 }
 
-void Package::State::CheckSizes() const {
+void PackageState::CheckSizes() const {
     std::uint64_t total = 0;
     for (const ZipEntry& entry : archive.Entries()) {
         if (entry.size > limits.maxPartBytes)
-            throw PackageError("is larger than " + std::to_string(limits.maxPartBytes) + " bytes",
-                               entry.name);
+            throw common::Error("is larger than " + std::to_string(limits.maxPartBytes) + " bytes",
+                                entry.name);
         total += entry.size;
         if (total > limits.maxPackageBytes)
-            throw PackageError(
+            throw common::Error(
                 "its parts are larger than " + std::to_string(limits.maxPackageBytes) + " bytes",
                 archive.Where());
     }
 }
 
-void Package::State::TakeEntry(std::size_t index) {
+void PackageState::TakeEntry(std::size_t index) {
     const ZipEntry& entry = archive.Entries()[index];
-    if (LeavesPackage(entry.name)) throw PackageError("an entry's name leaves the package", entry.name);
+    if (LeavesPackage(entry.name)) throw common::Error("an entry's name leaves the package", entry.name);
     if (IsFolderName(entry.name)) return;
     const std::optional<PieceName> piece = ParsePieceName(entry.name);
     const std::string name = piece ? piece->part : PartNameOf(entry.name);
     if (!entry.readable && !IsContentTypes(name))
-        throw PackageError(
+        throw common::Error(
             entry.encrypted ? "is encrypted" : "is compressed in a way that packages do not use", entry.name);
     if (!piece) {
         Part part;
@@ -73,7 +74,7 @@ void Package::State::TakeEntry(std::size_t index) {
     m_interleaved[place->second].pieces.push_back({piece->number, piece->last, index});
 }
 
-void Package::State::JoinPieces() {
+void PackageState::JoinPieces() {
     for (Interleaved& each : m_interleaved) {
         std::ranges::sort(each.pieces, {}, &Piece::number);
         Part part;
@@ -86,7 +87,8 @@ void Package::State::JoinPieces() {
             part.size += archive.Entries()[each.pieces[i].entry].size;
         }
         if (part.size > limits.maxPartBytes)
-            throw PackageError("is larger than " + std::to_string(limits.maxPartBytes) + " bytes", part.name);
+            throw common::Error("is larger than " + std::to_string(limits.maxPartBytes) + " bytes",
+                                part.name);
         Register(std::move(part));
     }
     // The parts of the archive come in the order of their first entry.
@@ -96,60 +98,60 @@ void Package::State::JoinPieces() {
     m_interleavedByKey.clear();
 }
 
-void Package::State::Register(Part part) {
+void PackageState::Register(Part part) {
     if (!m_byKey.try_emplace(NameKey(part.name), parts.size()).second)
-        throw PackageError("two parts have the same name", part.name);
+        throw common::Error("two parts have the same name", part.name);
     parts.push_back(std::move(part));
 }
 
-void Package::State::ReadContentTypes() {
+void PackageState::ReadContentTypes() {
     const Part* const pPart = Find(kContentTypes);
     try {
-        if (pPart == nullptr) throw PackageError("is missing", kContentTypes);
-        types = ContentTypes::Parse(Read(*pPart, limits.maxStructureBytes), limits);
-    } catch (const StorageError&) {
+        if (pPart == nullptr) throw common::Error("is missing", kContentTypes);
+        types = ContentTypes::Parse(Read(*pPart, limits.structure.maxBytes), limits.structure);
+    } catch (const common::StorageError&) {
         throw;
-    } catch (const PackageError& failure) {
+    } catch (const common::Error& failure) {
         findings.emplace_back(failure.what());
         types = ContentTypes::Customary();
     }
 }
 
-const Package::State::Part* Package::State::Find(std::string_view name) const {
+const PackageState::Part* PackageState::Find(std::string_view name) const {
     const auto found = m_byKey.find(NameKey(name));
     if (found == m_byKey.end() || parts[found->second].removed) return nullptr;
     return &parts[found->second];
 }
 
-Package::State::Part& Package::State::Get(std::string_view name) {
-    if (Find(name) == nullptr) throw PackageError("is missing", name);
+PackageState::Part& PackageState::Get(std::string_view name) {
+    if (Find(name) == nullptr) throw common::Error("is missing", name);
     return parts[m_byKey.at(NameKey(name))];
 }
 
-std::string Package::State::Read(const Part& part, std::uint64_t most) const {
+std::string PackageState::Read(const Part& part, std::uint64_t most) const {
     if (part.bytes) return *part.bytes;
-    if (!part.whole) throw PackageError("lacks a piece", part.name);
+    if (!part.whole) throw common::Error("lacks a piece", part.name);
     std::string bytes;
     for (const std::size_t entry : part.pieces) archive.Read(entry, most - bytes.size(), bytes);
     return bytes;
 }
 
-bool Package::State::IsFolder(const std::string& key) const {
+bool PackageState::IsFolder(const std::string& key) const {
     const auto next = m_byKey.lower_bound(key + "/");
     return next != m_byKey.end() && next->first.starts_with(key + "/");
 }
 
-bool Package::State::IsTaken(const std::string& key) const {
+bool PackageState::IsTaken(const std::string& key) const {
     if (Find(key) != nullptr || IsFolder(key)) return true;
     bool insidePart = false;
     EachFolder(key, [&](const std::string& folder) { insidePart = insidePart || Find(folder) != nullptr; });
     return insidePart;
 }
 
-std::string Package::State::FreeName(std::string_view wantedName) {
+std::string PackageState::FreeName(std::string_view wantedName) {
     std::string name = MakeLegalName(wantedName);
     if (name.size() > kLongestName)
-        throw PackageError("the name of a new part is too long", name.substr(0, 64));
+        throw common::Error("the name of a new part is too long", name.substr(0, 64));
     std::string key = NameKey(name);
     if (!IsTaken(key)) return name;
     const std::size_t dot = name.rfind('.');
@@ -167,7 +169,7 @@ std::string Package::State::FreeName(std::string_view wantedName) {
     }
 }
 
-void Package::State::Put(const std::string& name, std::string bytes) {
+void PackageState::Put(const std::string& name, std::string bytes) {
     const auto found = m_byKey.find(NameKey(name));
     if (found == m_byKey.end()) {
         Part part;
@@ -181,7 +183,7 @@ void Package::State::Put(const std::string& name, std::string bytes) {
     part.bytes = std::move(bytes);
 }
 
-void Package::State::Remove(std::string_view name) {
+void PackageState::Remove(std::string_view name) {
     if (Find(name) == nullptr) return;
     Part& part = Get(name);
     part.removed = true;
@@ -189,7 +191,7 @@ void Package::State::Remove(std::string_view name) {
     typesChanged = types.Forget(name) || typesChanged;
 }
 
-void Package::State::EditPart(const Part& part, const std::string& bytes, ZipEdit& edit) {
+void PackageState::EditPart(const Part& part, const std::string& bytes, ZipEdit& edit) {
     const std::string entryName = part.name.substr(1);
     if (part.pieces.empty()) {
         edit.added.push_back({entryName, &bytes});
@@ -202,7 +204,7 @@ void Package::State::EditPart(const Part& part, const std::string& bytes, ZipEdi
     edit.removed.insert(edit.removed.end(), part.pieces.begin() + 1, part.pieces.end());
 }
 
-ZipEdit Package::State::Edit(std::string& contentTypesMarkup) const {
+ZipEdit PackageState::Edit(std::string& contentTypesMarkup) const {
     ZipEdit edit;
     if (typesChanged) contentTypesMarkup = types.Markup();
     bool typesWritten = !typesChanged;

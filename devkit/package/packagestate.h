@@ -11,14 +11,16 @@
 #include <unordered_map>
 #include <vector>
 
+#include "devkit/common/limits.h"
+#include "devkit/common/storage.h"
 #include "devkit/package/contenttypes.h"
-#include "devkit/package/package.h"
 #include "devkit/package/ziparchive.h"
+#include "devkit/package/zipwriter.h"
 
 namespace devkit::package {
 
 // The parts of a package over the entries of its archive, and what is to become of them.
-class Package::State {
+class PackageState {
   public:
     // A part as it stands: the archive's, changed, added or removed. Places are kept, so that the order of
     // the archive stays.
@@ -32,7 +34,7 @@ class Package::State {
         bool removed = false;
     };
 
-    State(std::shared_ptr<ByteSource> source, std::string where, const Limits& limits);
+    PackageState(std::shared_ptr<common::ByteSource> source, std::string where, const common::Limits& limits);
 
     // Null when there is none; a removed part is not there.
     [[nodiscard]] const Part* Find(std::string_view name) const;
@@ -47,7 +49,7 @@ class Package::State {
     // live.
     [[nodiscard]] ZipEdit Edit(std::string& contentTypesMarkup) const;
 
-    Limits limits;
+    common::Limits limits;
     ZipArchive archive;
     std::filesystem::path file;  // empty when the package was not read from a file
     std::vector<Part> parts;

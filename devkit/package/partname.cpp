@@ -1,6 +1,13 @@
 #include "devkit/package/partname.h"
 
+#include <libxml/uri.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
 #include <vector>
+
+#include "devkit/common/text.h"
 
 namespace devkit::package {
 
@@ -36,8 +43,6 @@ int EncodedByte(std::string_view text) {
     return high < 0 || low < 0 ? -1 : high * 16 + low;
 }
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 std::string Encode(char c) {
     const auto value = static_cast<unsigned char>(c);
     return {'%', kHexDigits[value >> 4], kHexDigits[value & 15]};
@@ -70,6 +75,8 @@ std::string LegalCharacters(std::string_view wanted) {
 
 bool IsRelationshipsFolder(std::string_view segment) { return NameKey(segment) == "/_rels"; }
 
+bool IsSlash(char c) { return c == '/' || c == '\\'; }
+
 }  // namespace
 
 std::string NameKey(std::string_view name) {
@@ -78,11 +85,11 @@ std::string NameKey(std::string_view name) {
     for (std::size_t i = start; i < name.size(); ++i) {
         const int byte = EncodedByte(name.substr(i));
         if (byte < 0) {
-            key += name[i] == '\\' ? '/' : Lower(name[i]);
+            key += name[i] == '\\' ? '/' : common::LowerAscii(name[i]);
         } else if (byte == '/' || byte == '\\') {
             key += '%';
         } else {
-            key += Lower(static_cast<char>(byte));
+            key += common::LowerAscii(static_cast<char>(byte));
             i += 2;
         }
     }
@@ -94,18 +101,15 @@ std::string ResolveReference(std::string_view sourcePart, std::string_view refer
     if (reference.empty() || hasScheme) return {};
     reference = reference.substr(0, reference.find('#'));
     if (reference.empty()) return std::string(sourcePart);
-    const bool absolute = reference[0] == '/' || reference[0] == '\\';
-    std::vector<std::string> path;
-    if (!absolute) {
-        path = Segments(sourcePart.substr(sourcePart.starts_with('/') ? 1 : 0));
-        path.pop_back();
-    }
-    for (const std::string& segment : Segments(reference.substr(absolute ? 1 : 0))) {
-        if (segment == ".." && !path.empty()) path.pop_back();
-        if (!segment.empty() && segment != "." && segment != "..") path.push_back(segment);
-    }
-    std::string name;
-    for (const std::string& segment : path) name += "/" + segment;
+    std::string name = "/";
+    if (!IsSlash(reference[0])) name += sourcePart.substr(0, sourcePart.rfind('/') + 1);
+    name += reference;
+    std::ranges::replace(name, '\\', '/');
+    const auto isEmpty = [](char left, char right) { return left == '/' && right == '/'; };
+    name.erase(std::unique(name.begin(), name.end(), isEmpty), name.end());
+    xmlNormalizeURIPath(name.data());
+    name.resize(std::strlen(name.data()));
+    if (name.ends_with('/')) name.pop_back();
     return name;
 }
 
@@ -124,6 +128,44 @@ std::string RelationshipsPartOf(std::string_view sourcePart) {
     const std::size_t start = slash == std::string_view::npos ? 0 : slash + 1;
     return std::string(sourcePart.substr(0, start)) + "_rels/" + std::string(sourcePart.substr(start)) +
            ".rels";
+}
+
+bool LeavesPackage(std::string_view entryName) {
+    if (!entryName.empty() && IsSlash(entryName[0])) return true;
+    if (entryName.size() > 1 && entryName[1] == ':') return true;
+    const std::string key = NameKey(entryName);
+    return key.find("/../") != std::string::npos || key.ends_with("/..");
+}
+
+bool IsFolderName(std::string_view entryName) { return entryName.empty() || IsSlash(entryName.back()); }
+
+std::optional<PieceName> ParsePieceName(std::string_view entryName) {
+    constexpr std::string_view kPiece = "].piece";
+    constexpr std::string_view kLastPiece = "].last.piece";
+    constexpr std::size_t kMostDigits = 9;
+
+    const std::size_t slash = entryName.find_last_of("/\\");
+    if (slash == std::string_view::npos || slash == 0) return std::nullopt;
+    const std::string segment = NameKey(entryName.substr(slash + 1)).substr(1);
+    PieceName name;
+    name.last = segment.ends_with(kLastPiece);
+    if (!segment.starts_with('[') || (!name.last && !segment.ends_with(kPiece))) return std::nullopt;
+
+    const char* const pStart = segment.data() + 1;
+    const char* const pEnd = segment.data() + segment.find(']');
+    if (pEnd == pStart || pEnd > pStart + kMostDigits) return std::nullopt;
+    const std::string_view rest = std::string_view(segment).substr(segment.find(']'));
+    const auto [pParsed, error] = std::from_chars(pStart, pEnd, name.number);
+    if (error != std::errc() || pParsed != pEnd || rest != (name.last ? kLastPiece : kPiece))
+        return std::nullopt;
+    name.part = PartNameOf(entryName.substr(0, slash));
+    return name;
+}
+
+std::string PartNameOf(std::string_view entryName) {
+    std::string name = "/";
+    for (const char c : entryName) name += c == '\\' ? '/' : c;
+    return name;
 }
 
 }  // namespace devkit::package

@@ -2,8 +2,8 @@
 
 #include <unordered_set>
 
-#include "devkit/package/xmlreader.h"
-#include "devkit/package/xmltext.h"
+#include "devkit/common/xmlreader.h"
+#include "devkit/common/xmlwriter.h"
 
 namespace devkit::package {
 
@@ -14,9 +14,9 @@ constexpr std::string_view kNamespace = "http://schemas.openxmlformats.org/packa
 }  // namespace
 
 std::vector<Relationship> ParseRelationships(std::string_view markup, const std::string& where,
-                                             const Limits& limits) {
+                                             const common::XmlLimits& limits) {
     std::vector<Relationship> relationships;
-    XmlReader reader(markup, where, limits);
+    common::XmlReader reader(markup, where, limits);
     while (reader.NextElement()) {
         if (reader.LocalName() != "Relationship" || reader.Namespace() != kNamespace) continue;
         relationships.push_back({reader.Attribute("Id").value_or(""), reader.Attribute("Type").value_or(""),
@@ -27,15 +27,18 @@ std::vector<Relationship> ParseRelationships(std::string_view markup, const std:
 }
 
 std::string RelationshipsMarkup(const std::vector<Relationship>& relationships) {
-    std::string markup = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<Relationships xmlns=\"";
-    markup += kNamespace;
-    markup += "\">";
+    common::XmlWriter writer;
+    writer.StartElement("Relationships");
+    writer.Attribute("xmlns", kNamespace);
     for (const Relationship& each : relationships) {
-        markup += "<Relationship Type=\"" + EscapedAttribute(each.type) + "\" Target=\"" +
-                  EscapedAttribute(each.target) + "\" Id=\"" + EscapedAttribute(each.id) + "\"";
-        markup += each.external ? " TargetMode=\"External\"/>" : "/>";
+        writer.StartElement("Relationship");
+        writer.Attribute("Type", each.type);
+        writer.Attribute("Target", each.target);
+        writer.Attribute("Id", each.id);
+        if (each.external) writer.Attribute("TargetMode", "External");
+        writer.EndElement();
     }
-    return markup + "</Relationships>";
+    return writer.Take();
 }
 
 std::string FreeId(const std::vector<Relationship>& relationships) {

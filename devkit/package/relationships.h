@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/package/limits.h"
+#include "devkit/common/limits.h"
 
 namespace devkit::package {
 
@@ -18,10 +18,10 @@ struct Relationship {
     bool operator==(const Relationship&) const = default;
 };
 
-// In the order of the markup. `where` names the relationships part in the PackageError for markup that cannot
-// be read.
+// In the order of the markup. `where` names the relationships part in the common::Error for markup that
+// cannot be read.
 [[nodiscard]] std::vector<Relationship> ParseRelationships(std::string_view markup, const std::string& where,
-                                                           const Limits& limits);
+                                                           const common::XmlLimits& limits);
 
 // UTF-8.
 [[nodiscard]] std::string RelationshipsMarkup(const std::vector<Relationship>& relationships);

@@ -185,15 +185,15 @@ void TreeWriter::AddTo(std::vector<Relationship>& relationships, std::string_vie
 }
 
 void TreeWriter::CheckPart(const std::string& name) const {
-    if (!m_package.Contains(name)) throw PackageError("the tree names a part that is missing", name);
+    if (!m_package.Contains(name)) throw common::Error("the tree names a part that is missing", name);
 }
 
 std::vector<Relationship> TreeWriter::RelationshipsOf(const std::string& source) const {
     try {
         return m_package.Relationships(source);
-    } catch (const StorageError&) {
+    } catch (const common::StorageError&) {
         throw;
-    } catch (const PackageError&) {
+    } catch (const common::Error&) {
         // The reader took relationships that cannot be read for none, with a finding.
         return {};
     }

@@ -18,7 +18,7 @@ class TreeWriter {
     TreeWriter(Package& package, Flavour flavour) noexcept : m_package(package), m_flavour(flavour) {}
 
     // New markup moves from the tree into the package; a sequence that was implied and now needs a part gets
-    // its name. Throws PackageError when the tree names a part that is not there.
+    // its name. Throws common::Error when the tree names a part that is not there.
     void Apply(const XpsTree& before, XpsTree& after);
 
   private:

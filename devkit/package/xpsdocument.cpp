@@ -7,7 +7,7 @@
 
 namespace devkit::package {
 
-XpsDocument XpsDocument::Open(const std::filesystem::path& file, const Limits& limits) {
+XpsDocument XpsDocument::Open(const std::filesystem::path& file, const common::Limits& limits) {
     return Open(Package::Open(file, limits));
 }
 
@@ -35,7 +35,7 @@ void XpsDocument::Save(const std::filesystem::path& file) {
     m_package.Save(file);
 }
 
-void XpsDocument::Save(ByteSink& sink) {
+void XpsDocument::Save(common::ByteSink& sink) {
     ApplyTree();
     m_package.Save(sink);
 }

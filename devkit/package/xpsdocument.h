@@ -12,7 +12,7 @@
 namespace devkit::package {
 
 // An XPS or OpenXPS document in a package: the tree to look at and to change, the parts behind it, and the
-// way back into a file. Every failure is a PackageError.
+// way back into a file. Every failure is a common::Error.
 //
 //     XpsDocument document = XpsDocument::Open("in.xps");
 //     FixedPage& page = document.sequence.documents[0].pages[2];
@@ -22,7 +22,8 @@ namespace devkit::package {
 class XpsDocument : public XpsTree {
   public:
     // Refuses what has no start part, no page, or refers to a document or page that is missing.
-    [[nodiscard]] static XpsDocument Open(const std::filesystem::path& file, const Limits& limits = {});
+    [[nodiscard]] static XpsDocument Open(const std::filesystem::path& file,
+                                          const common::Limits& limits = {});
     [[nodiscard]] static XpsDocument Open(Package package);
 
     [[nodiscard]] Flavour GetFlavour() const noexcept { return m_flavour; }
@@ -44,7 +45,7 @@ class XpsDocument : public XpsTree {
     // byte. A document, a page or a ticket that the tree has lost leaves the package; a lost resource stays,
     // as other parts may need it. Afterwards the pages' new markup is the package's, and unset in the tree.
     void Save(const std::filesystem::path& file);
-    void Save(ByteSink& sink);
+    void Save(common::ByteSink& sink);
 
   private:
     explicit XpsDocument(Package package) noexcept : m_package(std::move(package)) {}

@@ -7,8 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "devkit/package/packageerror.h"
-#include "devkit/package/zipowners.h"
+#include "devkit/common/error.h"
 #include "devkit/package/zipsource.h"
 
 namespace devkit::package {
@@ -23,11 +22,11 @@ std::string Lowered(const char* text) {
 }
 
 [[noreturn]] void FailToOpen(ZipSource& source, zip_error_t* pError, const std::string& where) {
-    if (source.LimitWasReached()) throw PackageError("the list of its entries is too large", where);
+    if (source.LimitWasReached()) throw common::Error("the list of its entries is too large", where);
     const std::string failure = source.TakeFailure();
-    if (!failure.empty()) throw StorageError(failure, where);
-    if (zip_error_code_zip(pError) == ZIP_ER_NOZIP) throw PackageError("is not a zip archive", where);
-    throw PackageError("is a broken zip archive (" + Lowered(zip_error_strerror(pError)) + ")", where);
+    if (!failure.empty()) throw common::StorageError(failure, where);
+    if (zip_error_code_zip(pError) == ZIP_ER_NOZIP) throw common::Error("is not a zip archive", where);
+    throw common::Error("is a broken zip archive (" + Lowered(zip_error_strerror(pError)) + ")", where);
 }
 
 std::string Explain(zip_error_t* pError) {
@@ -47,8 +46,8 @@ std::string Explain(zip_error_t* pError) {
 
 [[noreturn]] void FailToRead(ZipSource& source, zip_error_t* pError, const std::string& entry) {
     const std::string failure = source.TakeFailure();
-    if (!failure.empty()) throw StorageError(failure, entry);
-    throw PackageError(Explain(pError), entry);
+    if (!failure.empty()) throw common::StorageError(failure, entry);
+    throw common::Error(Explain(pError), entry);
 }
 
 // How long the entry's data can really be, whatever the archive says: deflate shortens to a 1,032nd at most.
@@ -59,7 +58,7 @@ std::uint64_t MostInflated(const ZipEntry& entry) {
 ZipEntry Describe(zip_t* pZip, std::size_t index, const std::string& where) {
     zip_stat_t stat;
     if (zip_stat_index(pZip, index, ZIP_FL_ENC_GUESS, &stat) != 0)
-        throw PackageError("entry " + std::to_string(index) + " cannot be read", where);
+        throw common::Error("entry " + std::to_string(index) + " cannot be read", where);
     ZipEntry entry;
     entry.name = stat.name;
     entry.size = stat.size;
@@ -73,16 +72,17 @@ ZipEntry Describe(zip_t* pZip, std::size_t index, const std::string& where) {
 }  // namespace
 
 struct ZipArchive::Reader {
-    explicit Reader(ByteSource& bytes) : source(bytes, nullptr) {}
+    explicit Reader(common::ByteSource& bytes) : source(bytes, nullptr) {}
 
     ZipSource source;  // outlives `zip`
     ZipPtr zip;
 };
 
-ZipArchive::ZipArchive(std::shared_ptr<ByteSource> source, std::string where, const Limits& limits)
+ZipArchive::ZipArchive(std::shared_ptr<common::ByteSource> source, std::string where,
+                       const common::Limits& limits)
     : m_source(std::move(source)), m_where(std::move(where)), m_reader(std::make_unique<Reader>(*m_source)) {
     // To libzip an empty file is an archive without entries.
-    if (m_source->Size() == 0) throw PackageError("is not a zip archive", m_where);
+    if (m_source->Size() == 0) throw common::Error("is not a zip archive", m_where);
     ZipError error;
     m_reader->source.LimitReading(limits.maxDirectoryBytes);
     m_reader->zip.reset(m_reader->source.Open(error.Get()));
@@ -91,7 +91,7 @@ ZipArchive::ZipArchive(std::shared_ptr<ByteSource> source, std::string where, co
 
     const zip_int64_t count = zip_get_num_entries(m_reader->zip.get(), 0);
     if (static_cast<std::uint64_t>(count) > limits.maxEntries)
-        throw PackageError("has more than " + std::to_string(limits.maxEntries) + " entries", m_where);
+        throw common::Error("has more than " + std::to_string(limits.maxEntries) + " entries", m_where);
     m_entries.reserve(static_cast<std::size_t>(count));
     std::uint64_t compressed = 0;
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
@@ -99,7 +99,7 @@ ZipArchive::ZipArchive(std::shared_ptr<ByteSource> source, std::string where, co
         const std::uint64_t size = m_entries.back().compressedSize;
         // The entries cannot fill more than the file unless they share bytes: a bomb without nesting.
         if (size > m_source->Size() - compressed)
-            throw PackageError("its entries overlap or are cut off", m_where);
+            throw common::Error("its entries overlap or are cut off", m_where);
         compressed += size;
     }
 }
@@ -108,10 +108,10 @@ ZipArchive::~ZipArchive() = default;
 
 void ZipArchive::Read(std::size_t index, std::uint64_t most, std::string& bytes) const {
     const ZipEntry& entry = m_entries.at(index);
-    if (entry.encrypted) throw PackageError("is encrypted", entry.name);
-    if (!entry.readable) throw PackageError("is compressed in a way that packages do not use", entry.name);
+    if (entry.encrypted) throw common::Error("is encrypted", entry.name);
+    if (!entry.readable) throw common::Error("is compressed in a way that packages do not use", entry.name);
     if (entry.size > most)
-        throw PackageError("is larger than " + std::to_string(most) + " bytes", entry.name);
+        throw common::Error("is larger than " + std::to_string(most) + " bytes", entry.name);
 
     const ZipFilePtr file(zip_fopen_index(m_reader->zip.get(), index, 0));
     if (!file) FailToRead(m_reader->source, zip_get_error(m_reader->zip.get()), entry.name);
@@ -123,11 +123,11 @@ void ZipArchive::Read(std::size_t index, std::uint64_t most, std::string& bytes)
         if (count < 0) FailToRead(m_reader->source, zip_file_get_error(file.get()), entry.name);
         if (count == 0) break;
         if (bytes.size() - before + static_cast<std::uint64_t>(count) > entry.size)
-            throw PackageError("its data is longer than the archive says", entry.name);
+            throw common::Error("its data is longer than the archive says", entry.name);
         bytes.append(block.data(), static_cast<std::size_t>(count));
     }
     if (bytes.size() - before != entry.size)
-        throw PackageError("its data is shorter than the archive says", entry.name);
+        throw common::Error("its data is shorter than the archive says", entry.name);
 }
 
 }  // namespace devkit::package

@@ -3,21 +3,53 @@
 #include <zip.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "devkit/package/storage.h"
+#include "devkit/common/storage.h"
 
 namespace devkit::package {
 
-// Lets libzip read from a ByteSource and, with a sink, write the changed archive there instead of over what
-// it read. Exceptions of the storage are kept from libzip's C code; TakeFailure() tells of the first one. It
-// must outlive every zip_t that uses it.
+// An archive that is given up, not written, when its owner goes.
+struct ZipDiscard {
+    void operator()(zip_t* pZip) const noexcept { zip_discard(pZip); }
+};
+using ZipPtr = std::unique_ptr<zip_t, ZipDiscard>;
+
+struct ZipFileClose {
+    void operator()(zip_file_t* pFile) const noexcept { zip_fclose(pFile); }
+};
+using ZipFilePtr = std::unique_ptr<zip_file_t, ZipFileClose>;
+
+struct ZipSourceFree {
+    void operator()(zip_source_t* pSource) const noexcept { zip_source_free(pSource); }
+};
+using ZipSourcePtr = std::unique_ptr<zip_source_t, ZipSourceFree>;
+
+// An error record of libzip, released when it goes.
+class ZipError {
+  public:
+    ZipError() noexcept { zip_error_init(&m_error); }
+    ZipError(const ZipError&) = delete;
+    ZipError& operator=(const ZipError&) = delete;
+    ~ZipError() { zip_error_fini(&m_error); }
+
+    [[nodiscard]] zip_error_t* Get() noexcept { return &m_error; }
+
+  private:
+    zip_error_t m_error{};
+};
+
+// Lets libzip read from a common::ByteSource and, with a sink, write the changed archive there instead of
+// over what it read. Exceptions of the storage are kept from libzip's C code; TakeFailure() tells of the
+// first one. It must outlive every zip_t that uses it.
 class ZipSource {
   public:
     // Both are borrowed; the sink may be null.
-    ZipSource(ByteSource& source, ByteSink* pSink) noexcept : m_source(source), m_pSink(pSink) {}
+    ZipSource(common::ByteSource& source, common::ByteSink* pSink) noexcept
+        : m_source(source), m_pSink(pSink) {}
     ZipSource(const ZipSource&) = delete;
     ZipSource& operator=(const ZipSource&) = delete;
     ~ZipSource();
@@ -39,8 +71,8 @@ class ZipSource {
     zip_int64_t Seek(std::uint64_t& position, std::uint64_t size, void* pData, zip_uint64_t length);
     zip_int64_t Stat(void* pData);
 
-    ByteSource& m_source;
-    ByteSink* m_pSink;
+    common::ByteSource& m_source;
+    common::ByteSink* m_pSink;
     std::uint64_t m_readPosition = 0;
     std::uint64_t m_writePosition = 0;
     std::uint64_t m_written = 0;

@@ -1,8 +1,9 @@
-#include <array>
+#include "devkit/package/zipwriter.h"
 
-#include "devkit/package/packageerror.h"
-#include "devkit/package/ziparchive.h"
-#include "devkit/package/zipowners.h"
+#include <array>
+#include <exception>
+
+#include "devkit/common/error.h"
 #include "devkit/package/zipsource.h"
 
 namespace devkit::package {
@@ -16,7 +17,7 @@ constexpr zip_uint16_t kEarliestDate = (1 << 5) | 1;
 
 class Writer {
   public:
-    Writer(const ZipArchive& archive, ByteSink& sink)
+    Writer(const ZipArchive& archive, common::ByteSink& sink)
         : m_archive(archive), m_source(archive.Source(), &sink) {
         ZipError error;
         m_zip.reset(m_source.Open(error.Get()));
@@ -38,8 +39,9 @@ class Writer {
   private:
     [[noreturn]] void Fail(zip_error_t* pError) {
         const std::string failure = m_source.TakeFailure();
-        if (!failure.empty()) throw StorageError("cannot be copied: " + failure, m_archive.Where());
-        throw PackageError("cannot be copied: " + std::string(zip_error_strerror(pError)), m_archive.Where());
+        if (!failure.empty()) throw common::StorageError("cannot be copied: " + failure, m_archive.Where());
+        throw common::Error("cannot be copied: " + std::string(zip_error_strerror(pError)),
+                            m_archive.Where());
     }
     void Check(zip_int64_t result) {
         if (result < 0) Fail(zip_get_error(m_zip.get()));
@@ -83,7 +85,7 @@ class Writer {
     ZipPtr m_zip;
 };
 
-void Copy(const ZipArchive& archive, ByteSink& sink) {
+void Copy(const ZipArchive& archive, common::ByteSink& sink) {
     std::array<char, 65'536> block;
     std::uint64_t offset = 0;
     while (const std::size_t count = archive.Source().ReadAt(offset, block.data(), block.size())) {
@@ -94,12 +96,12 @@ void Copy(const ZipArchive& archive, ByteSink& sink) {
 
 }  // namespace
 
-void WriteZip(const ZipArchive& archive, const ZipEdit& edit, ByteSink& sink) {
+void WriteZip(const ZipArchive& archive, const ZipEdit& edit, common::ByteSink& sink) {
     if (edit.IsEmpty()) {
         try {
             Copy(archive, sink);
         } catch (const std::exception& failure) {
-            throw StorageError("cannot be copied: " + std::string(failure.what()), archive.Where());
+            throw common::StorageError("cannot be copied: " + std::string(failure.what()), archive.Where());
         }
         return;
     }

@@ -4,15 +4,15 @@
 
 #include <atomic>
 
-#include "devkit/pipeline/comobject.h"
 #include "devkit/pipeline/documentconsumer.h"
 #include "devkit/pipeline/documentprovider.h"
+#include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {
 
-// Gives the filter its reader and its writer, of the kinds that the switches say; the same objects each time.
-// Any thread may call.
+// Gives the filter its reader and its writer, of the kinds that the behaviour say; the same objects each
+// time. Any thread may call.
 class Communicator final : public ComObject<IInterFilterCommunicator> {
   public:
     Communicator(ContextPtr context, platform::ComPtr<DocumentProvider> provider,

@@ -3,10 +3,12 @@
 #include <array>
 #include <utility>
 
-#include "devkit/pipeline/boundary.h"
+#include "devkit/common/boundary.h"
+#include "devkit/common/text.h"
+#include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/partobject.h"
-#include "devkit/pipeline/text.h"
 #include "platform/bstr.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -44,12 +46,13 @@ std::string NameOfForeign(IUnknown* pObject) {
     if (FAILED(pObject->QueryInterface(__uuidof(IPartBase), base.PutVoid()))) return {};
     BSTR uri = nullptr;
     if (FAILED(base->GetUri(&uri))) return {};
-    return Narrow(platform::Bstr::Adopt(uri).View());
+    return platform::ToUtf8(platform::Bstr::Adopt(uri).View());
 }
 
 }  // namespace
 
-DocumentConsumer::DocumentConsumer(ContextPtr context) : ComObject(std::move(context), "DocumentConsumer") {}
+DocumentConsumer::DocumentConsumer(ContextPtr context)
+    : ComIdentity(std::move(context), "DocumentConsumer") {}
 
 std::vector<SentPart> DocumentConsumer::Sent() const {
     const std::lock_guard guard(m_lock);
@@ -68,12 +71,12 @@ void DocumentConsumer::ReleaseForeignParts() {
 }
 
 HRESULT DocumentConsumer::QueryInterface(REFIID iid, void** ppObject) {
-    if (Context().GetSwitches().writer == StreamKind::Unrecognised && !IsEqualIID(iid, __uuidof(IUnknown))) {
+    if (Context().GetBehaviour().writer == StreamKind::Unrecognised && !IsEqualIID(iid, __uuidof(IUnknown))) {
         if (ppObject == nullptr) return E_POINTER;
         *ppObject = nullptr;
         return E_NOINTERFACE;
     }
-    return ComObject::QueryInterface(iid, ppObject);
+    return ComIdentity::QueryInterface(iid, ppObject);
 }
 
 HRESULT DocumentConsumer::SendXpsUnknown(IUnknown* pUnknown) {
@@ -97,7 +100,7 @@ HRESULT DocumentConsumer::SendFixedPage(IFixedPage* pFixedPage) {
 }
 
 HRESULT DocumentConsumer::CloseSender() {
-    return Guarded([&]() -> HRESULT {
+    return common::Guarded([&]() -> HRESULT {
         const std::lock_guard guard(m_lock);
         const bool closedBefore = std::exchange(m_closed, true);
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentConsumer::CloseSender"); FAILED(hr))
@@ -111,9 +114,9 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
                                           IPrintWriteStream** ppWriteStream) {
     if (ppNewPart != nullptr) *ppNewPart = nullptr;
     if (ppWriteStream != nullptr) *ppWriteStream = nullptr;
-    return Guarded([&]() -> HRESULT {
+    return common::Guarded([&]() -> HRESULT {
         const std::lock_guard guard(m_lock);
-        const std::string name = NarrowOrNull(uri);
+        const std::string name = common::Utf8OrNull(uri);
         const HRESULT planned = Context().Calls().Enter("IXpsDocumentConsumer::GetNewEmptyPart", name);
         if (FAILED(planned)) return planned;
         if (const HRESULT hr = CheckOpen("GetNewEmptyPart of " + name); FAILED(hr)) return hr;
@@ -134,7 +137,7 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
 }
 
 HRESULT DocumentConsumer::Send(const char* method, PartKind kind, IUnknown* pObject) {
-    return Guarded([&]() -> HRESULT {
+    return common::Guarded([&]() -> HRESULT {
         const std::lock_guard guard(m_lock);
         const PartPtr part = PartOf(pObject);
         const std::string title = part == nullptr ? "an object of the filter's own" : part->Title();
@@ -163,7 +166,7 @@ HRESULT DocumentConsumer::Send(const char* method, PartKind kind, IUnknown* pObj
 }
 
 HRESULT DocumentConsumer::CheckOpen(const std::string& what) {
-    if (Context().IsCancelled()) return JobCancelled;
+    if (Context().IsCancelled()) return kJobCancelled;
     return m_closed ? Context().Breach(what + " came after CloseSender") : S_OK;
 }
 

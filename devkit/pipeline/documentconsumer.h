@@ -6,15 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "devkit/pipeline/comobject.h"
-#include "devkit/pipeline/sentpart.h"
+#include "devkit/pipeline/part.h"
+#include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {
 
 // Takes the parts that a filter sends, in the pipeline's order, and holds the filter to the rules: each
-// breach is recorded and the call fails. After a cancellation every Send fails with JobCancelled, and neither
-// a late part nor a second CloseSender is a breach. Any thread may call.
+// breach is recorded and the call fails. After a cancellation every Send fails with kJobCancelled, and
+// neither a late part nor a second CloseSender is a breach. Any thread may call.
 class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
   public:
     explicit DocumentConsumer(ContextPtr context);

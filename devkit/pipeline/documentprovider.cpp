@@ -4,9 +4,8 @@
 #include <optional>
 #include <utility>
 
-#include "devkit/pipeline/boundary.h"
-#include "devkit/pipeline/partobject.h"
-#include "devkit/pipeline/ticketedobjects.h"
+#include "devkit/common/boundary.h"
+#include "devkit/pipeline/partfactory.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -42,7 +41,7 @@ PartPtr MakeXpsDocument(const JobInput& job) {
 
 DocumentProvider::DocumentProvider(ContextPtr context, std::shared_ptr<const JobInput> input,
                                    std::vector<ExtraPart> extraParts, std::function<void(unsigned)> onAsked)
-    : ComObject(std::move(context), "DocumentProvider"),
+    : ComIdentity(std::move(context), "DocumentProvider"),
       m_input(std::move(input)),
       m_extraParts(std::move(extraParts)),
       m_onAsked(std::move(onAsked)) {}
@@ -53,26 +52,26 @@ std::string DocumentProvider::LastGiven() const {
 }
 
 HRESULT DocumentProvider::QueryInterface(REFIID iid, void** ppObject) {
-    if (Context().GetSwitches().reader == StreamKind::Unrecognised && !IsEqualIID(iid, __uuidof(IUnknown))) {
+    if (Context().GetBehaviour().reader == StreamKind::Unrecognised && !IsEqualIID(iid, __uuidof(IUnknown))) {
         if (ppObject == nullptr) return E_POINTER;
         *ppObject = nullptr;
         return E_NOINTERFACE;
     }
-    return ComObject::QueryInterface(iid, ppObject);
+    return ComIdentity::QueryInterface(iid, ppObject);
 }
 
 HRESULT DocumentProvider::GetXpsPart(IUnknown** ppPart) {
     if (ppPart == nullptr) return E_POINTER;
     *ppPart = nullptr;
-    return Guarded([&]() -> HRESULT {
+    return common::Guarded([&]() -> HRESULT {
         if (m_onAsked != nullptr) m_onAsked(++m_asked);
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentProvider::GetXpsPart"); FAILED(hr))
             return hr;
-        const Switches& switches = Context().GetSwitches();
-        if (switches.slowPart.count() > 0) Context().WaitUnlessCancelled(switches.slowPart);
+        const Behaviour& behaviour = Context().GetBehaviour();
+        if (behaviour.slowPart.count() > 0) Context().WaitUnlessCancelled(behaviour.slowPart);
         if (Context().IsCancelled()) {
-            if (switches.afterCancel == AfterCancel::FailGetXpsPart) return JobCancelled;
-            if (switches.afterCancel == AfterCancel::EndOfParts) return S_OK;
+            if (behaviour.afterCancel == AfterCancel::FailGetXpsPart) return kJobCancelled;
+            if (behaviour.afterCancel == AfterCancel::EndOfParts) return S_OK;
         }
         *ppPart = NextObject().Detach();
         return S_OK;
@@ -93,9 +92,8 @@ ComPtr<IUnknown> DocumentProvider::NextObject() {
     const std::lock_guard guard(m_lock);
     m_lastGiven = part == nullptr ? "the end of the parts" : part->Title();
     if (part == nullptr) return nullptr;
-    if (part->Kind() == PartKind::XpsDocument && Context().GetSwitches().ambiguousDocument) {
-        return ComPtr<IUnknown>(
-            static_cast<IXpsDocument*>(MakeObject<AmbiguousDocumentObject>(SharedContext(), part).Get()));
+    if (part->Kind() == PartKind::XpsDocument && Context().GetBehaviour().ambiguousDocument) {
+        return MakeAmbiguousDocument(SharedContext(), part);
     }
     return MakePartObject(SharedContext(), part);
 }

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "devkit/pipeline/comobject.h"
-#include "devkit/pipeline/jobinput.h"
+#include "devkit/pipeline/job.h"
 #include "devkit/pipeline/part.h"
+#include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {

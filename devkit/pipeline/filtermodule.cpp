@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "devkit/pipeline/hresult.h"
-#include "devkit/pipeline/text.h"
+#include "devkit/common/hresult.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -24,13 +24,13 @@ Function Exported(HMODULE module, const char* name, const std::string& moduleNam
 }  // namespace
 
 FilterModule::FilterModule(const std::filesystem::path& dll, const CLSID& clsid)
-    : m_name(Narrow(dll.filename().wstring())), m_clsid(clsid) {
+    : m_name(platform::ToUtf8(dll.filename().wstring())), m_clsid(clsid) {
     const std::wstring path = std::filesystem::absolute(dll).wstring();
     // The DLL's own folder is searched for what it needs, as the pipeline's host does.
     m_module.reset(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (m_module == nullptr) {
         const HRESULT hr = HRESULT_FROM_WIN32(GetLastError());
-        throw FilterError(Narrow(path) + " cannot be loaded: " + Describe(hr), hr);
+        throw FilterError(platform::ToUtf8(path) + " cannot be loaded: " + common::Describe(hr), hr);
     }
     m_getClassObject = Exported<GetClassObject>(m_module.get(), "DllGetClassObject", m_name);
     m_canUnload = Exported<CanUnload>(m_module.get(), "DllCanUnloadNow", m_name);
@@ -41,7 +41,7 @@ ComPtr<IPrintPipelineFilter> FilterModule::CreateFilter() {
     HRESULT hr = m_getClassObject(m_clsid, __uuidof(IClassFactory), classObject.PutVoid());
     if (FAILED(hr)) hr = m_getClassObject(m_clsid, __uuidof(IPrintPipelineFilter), classObject.PutVoid());
     if (FAILED(hr) || !classObject) {
-        throw FilterError(m_name + ": DllGetClassObject answers " + Describe(hr),
+        throw FilterError(m_name + ": DllGetClassObject answers " + common::Describe(hr),
                           FAILED(hr) ? hr : E_POINTER);
     }
     ComPtr<IPrintPipelineFilter> filter;
@@ -52,7 +52,7 @@ ComPtr<IPrintPipelineFilter> FilterModule::CreateFilter() {
         hr = classObject.QueryTo(filter);
     }
     if (FAILED(hr) || !filter) {
-        throw FilterError(m_name + ": the filter cannot be created: " + Describe(hr),
+        throw FilterError(m_name + ": the filter cannot be created: " + common::Describe(hr),
                           FAILED(hr) ? hr : E_POINTER);
     }
     return filter;

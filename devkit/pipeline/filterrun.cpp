@@ -6,13 +6,13 @@
 #include <thread>
 #include <utility>
 
+#include "devkit/common/hresult.h"
 #include "devkit/pipeline/communicator.h"
 #include "devkit/pipeline/documentconsumer.h"
-#include "devkit/pipeline/hresult.h"
 #include "devkit/pipeline/pipelinecontrol.h"
 #include "devkit/pipeline/pipelinethread.h"
-#include "devkit/pipeline/propertybag.h"
-#include "devkit/pipeline/readstreamfactory.h"
+#include "devkit/pipeline/propertybags.h"
+#include "devkit/pipeline/streams.h"
 #include "platform/variant.h"
 
 namespace devkit::pipeline {
@@ -23,7 +23,7 @@ using Clock = std::chrono::steady_clock;
 
 // How long the provider waits for ShutdownOperation to return before it answers all the same: a filter whose
 // ShutdownOperation waits for its own loop to end must not be locked up by the kit.
-constexpr std::chrono::seconds shutdownFirst{1};
+constexpr std::chrono::seconds kShutdownFirst{1};
 
 void FillBag(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties) {
     if (properties.printerName) bag.Put(L"PrinterName", platform::Variant(*properties.printerName).Get());
@@ -35,7 +35,7 @@ void FillBag(PropertyBag& bag, const ContextPtr& context, const JobProperties& p
         bag.Put(L"PerUserPrintTicket", platform::Variant(factory.Get()).Get());
     }
     if (properties.driverValues) {
-        const auto values = MakeObject<DriverPropertyBag>(context, *properties.driverValues);
+        const auto values = MakeObject<DriverBag>(context, *properties.driverValues);
         bag.Put(L"DriverPropertyBag", platform::Variant(values.Get()).Get());
     }
 }
@@ -77,7 +77,7 @@ struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {
         : options(std::move(runOptions)),
           source(std::move(filterSource)),
           input(std::move(jobInput)),
-          context(std::make_shared<RunContext>(options.switches)) {}
+          context(std::make_shared<RunContext>(options.behaviour)) {}
 
     void MakeObjects();
     void Initialize();
@@ -236,7 +236,7 @@ void FilterRun::State::PartAsked(unsigned number) {
     cancelWanted = true;
     changed.notify_all();
     if (options.cancelConcurrently) return;
-    changed.wait_for(guard, shutdownFirst, [this] { return shutdownOperation.has_value(); });
+    changed.wait_for(guard, kShutdownFirst, [this] { return shutdownOperation.has_value(); });
 }
 
 void FilterRun::State::CallOnPart(unsigned number) {
@@ -295,7 +295,7 @@ void FilterRun::State::LookForLeaks() {
         context->Breach("the filter closed the handle of UserSecurityToken");
     const HRESULT canUnload = source->CanUnloadNow();
     if (canUnload != S_OK) {
-        context->Breach("DllCanUnloadNow answers " + Describe(canUnload) + " after the last release");
+        context->Breach("DllCanUnloadNow answers " + common::Describe(canUnload) + " after the last release");
     }
 }
 

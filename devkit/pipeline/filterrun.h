@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "devkit/pipeline/behaviour.h"
 #include "devkit/pipeline/documentprovider.h"
-#include "devkit/pipeline/driverpropertybag.h"
 #include "devkit/pipeline/filtermodule.h"
-#include "devkit/pipeline/jobinput.h"
+#include "devkit/pipeline/job.h"
+#include "devkit/pipeline/part.h"
+#include "devkit/pipeline/propertybags.h"
 #include "devkit/pipeline/runcontext.h"
-#include "devkit/pipeline/sentpart.h"
-#include "devkit/pipeline/switches.h"
 #include "devkit/pipeline/usertoken.h"
 
 namespace devkit::pipeline {
@@ -38,7 +38,7 @@ enum class Apartment {
 
 struct RunOptions {
     JobProperties properties;
-    Switches switches;
+    Behaviour behaviour;
     std::vector<ExtraPart> extraParts;
     Apartment apartment = Apartment::None;
     // ShutdownOperation comes from another thread when part N (from 1) is asked for; 0: never. The
@@ -71,7 +71,7 @@ struct RunOutcome {
     std::vector<std::string> inputFailures;  // parts of the input that could not be read, one line each
     std::vector<SentPart> parts;             // in sending order
     std::string lastPart;                    // what the filter was given last: "FixedPage /1.fpage"
-    std::vector<std::string> calls;          // when the switches keep them
+    std::vector<std::string> calls;          // when the behaviour keep them
     bool allFaultsStruck = true;
 
     // The whole document came through: the output may be written.

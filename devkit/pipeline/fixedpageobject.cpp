@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-#include "devkit/pipeline/partiterator.h"
-#include "devkit/pipeline/text.h"
-#include "devkit/pipeline/ticketedobjects.h"
+#include "devkit/common/text.h"
+#include "devkit/pipeline/resourceobjects.h"
+#include "platform/bstr.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -12,8 +13,9 @@ namespace {
 using Resources = std::vector<PartPtr>;
 
 Resources::iterator FindByName(Resources& parts, std::string_view name) {
-    return std::find_if(parts.begin(), parts.end(),
-                        [name](const PartPtr& part) { return EqualIgnoringCase(part->Name(), name); });
+    return std::find_if(parts.begin(), parts.end(), [name](const PartPtr& part) {
+        return common::EqualIgnoringCase(part->Name(), name);
+    });
 }
 
 bool IsPageResource(PartKind kind) {
@@ -22,6 +24,37 @@ bool IsPageResource(PartKind kind) {
 }
 
 }  // namespace
+
+PartIterator::PartIterator(ContextPtr context, const PartPtr& page)
+    : ComIdentity(std::move(context), "PartIterator " + page->Name()), m_parts(page->resources) {
+    if (page->ticket != nullptr) m_parts.insert(m_parts.begin(), page->ticket);
+}
+
+void PartIterator::Reset() {
+    Context().Calls().Note("IXpsPartIterator::Reset");
+    m_index = 0;
+}
+
+HRESULT PartIterator::Current(BSTR* pUri, IUnknown** ppPart) {
+    if (pUri != nullptr) *pUri = nullptr;
+    if (ppPart != nullptr) *ppPart = nullptr;
+    return common::Guarded([&]() -> HRESULT {
+        if (const HRESULT hr = Context().Calls().Enter("IXpsPartIterator::Current"); FAILED(hr)) return hr;
+        if (pUri == nullptr || ppPart == nullptr) return E_POINTER;
+        if (m_index >= m_parts.size()) return E_ELEMENT_NOT_FOUND;
+        platform::Bstr uri(platform::ToUtf16(m_parts[m_index]->Name()));
+        *ppPart = MakeResourceObject(SharedContext(), m_parts[m_index]).Detach();
+        *pUri = uri.Detach();
+        return S_OK;
+    });
+}
+
+BOOL PartIterator::IsDone() { return m_index >= m_parts.size() ? TRUE : FALSE; }
+
+void PartIterator::Next() {
+    Context().Calls().Note("IXpsPartIterator::Next");
+    if (m_index < m_parts.size()) ++m_index;
+}
 
 HRESULT FixedPageObject::GetPrintTicket(IPartPrintTicket** ppPrintTicket) {
     if (ppPrintTicket != nullptr) *ppPrintTicket = nullptr;
@@ -33,15 +66,15 @@ HRESULT FixedPageObject::GetPagePart(const wchar_t* uri, IUnknown** ppPart) {
     if (ppPart != nullptr) *ppPart = nullptr;
     return Call("IFixedPage::GetPagePart", [&]() -> HRESULT {
         if (uri == nullptr || ppPart == nullptr) return E_POINTER;
-        const std::string name = Narrow(uri);
+        const std::string name = platform::ToUtf8(uri);
         PartPtr found;
-        if (m_part->ticket != nullptr && EqualIgnoringCase(m_part->ticket->Name(), name)) {
+        if (m_part->ticket != nullptr && common::EqualIgnoringCase(m_part->ticket->Name(), name)) {
             found = m_part->ticket;
         } else if (const auto place = FindByName(m_part->resources, name); place != m_part->resources.end()) {
             found = *place;
         }
         if (found == nullptr) return E_ELEMENT_NOT_FOUND;
-        *ppPart = MakePartObject(SharedContext(), found).Detach();
+        *ppPart = MakeResourceObject(SharedContext(), found).Detach();
         return S_OK;
     });
 }
@@ -96,8 +129,8 @@ HRESULT FixedPageObject::DeleteResource(const wchar_t* uri) {
     return Call("IFixedPage::DeleteResource", [&]() -> HRESULT {
         if (const HRESULT hr = CheckNotSent("DeleteResource"); FAILED(hr)) return hr;
         if (uri == nullptr) return E_POINTER;
-        const std::string name = Narrow(uri);
-        if (m_part->ticket != nullptr && EqualIgnoringCase(m_part->ticket->Name(), name)) {
+        const std::string name = platform::ToUtf8(uri);
+        if (m_part->ticket != nullptr && common::EqualIgnoringCase(m_part->ticket->Name(), name)) {
             m_part->ticket = nullptr;
             return S_OK;
         }

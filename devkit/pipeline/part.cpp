@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "devkit/pipeline/text.h"
+#include "devkit/common/text.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -13,7 +13,7 @@ struct TypeOfKind {
     PartKind kind;
 };
 
-constexpr auto types = std::to_array<TypeOfKind>({
+constexpr auto kTypes = std::to_array<TypeOfKind>({
     {"application/vnd.ms-printing.printticket+xml", PartKind::PrintTicket},
     {"image/jpeg", PartKind::Image},
     {"image/png", PartKind::Image},
@@ -63,8 +63,8 @@ const char* NameOf(PartKind kind) {
 PartKind KindOfContentType(std::string_view contentType) {
     contentType = contentType.substr(0, contentType.find(';'));
     while (contentType.ends_with(' ')) contentType.remove_suffix(1);
-    for (const TypeOfKind& type : types) {
-        if (EqualIgnoringCase(type.contentType, contentType)) return type.kind;
+    for (const TypeOfKind& type : kTypes) {
+        if (common::EqualIgnoringCase(type.contentType, contentType)) return type.kind;
     }
     return PartKind::Unknown;
 }

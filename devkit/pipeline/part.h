@@ -8,8 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/pipeline/readstream.h"
-#include "devkit/pipeline/writestream.h"
+#include "devkit/pipeline/streams.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {
@@ -87,5 +86,19 @@ class Part {
 };
 
 using PartPtr = std::shared_ptr<Part>;
+
+// A part as it stood when the filter sent it. Names are the filter's own, UTF-8.
+struct SentPart {
+    PartKind kind = PartKind::Unknown;  // Unknown for all that came by SendXpsUnknown
+    std::string name;                   // empty for the XPS document and for an object that is not the kit's
+    PartPtr part;                       // null for an object that is not the kit's
+
+    // Whether the filter replaced the bytes of a part of the input.
+    [[nodiscard]] bool MarkupRewritten() const {
+        return part != nullptr && !part->IsNew() && part->IsWritten();
+    }
+    // Whether the part has another ticket than the input gave it, or none where the input gave one.
+    [[nodiscard]] bool TicketReplaced() const { return part != nullptr && part->ticket != part->inputTicket; }
+};
 
 }  // namespace devkit::pipeline

@@ -4,9 +4,9 @@
 
 #include <utility>
 
-#include "devkit/pipeline/boundary.h"
-#include "devkit/pipeline/comobject.h"
+#include "devkit/common/boundary.h"
 #include "devkit/pipeline/part.h"
+#include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 #include "platform/guid.h"
 
@@ -17,18 +17,24 @@ struct PLATFORM_UUID("6d6f9a4e-8f5b-4c1e-9a57-2d0b7f3c61e8") IKitPart : public I
     [[nodiscard]] virtual const PartPtr& GetPart() const noexcept = 0;
 };
 
+// The object's identity, with the reference of its maker.
+template <typename Object>
+[[nodiscard]] platform::ComPtr<IUnknown> MakeIdentity(const ContextPtr& context, const PartPtr& part) {
+    platform::ComPtr<IUnknown> identity;
+    static_cast<void>(MakeObject<Object>(context, part).QueryTo(identity));
+    return identity;
+}
+
 // The part that a COM object shows; null for null and for an object that is not the kit's.
 [[nodiscard]] PartPtr PartOf(IUnknown* pObject) noexcept;
-
-// A new object for the part, of the kind that the part is.
-[[nodiscard]] platform::ComPtr<IUnknown> MakePartObject(const ContextPtr& context, const PartPtr& part);
 
 // What every object of a part has.
 template <typename... Interfaces>
 class PartObject : public ComObject<Interfaces..., IKitPart> {
   public:
     PartObject(ContextPtr context, PartPtr part)
-        : ComObject<Interfaces..., IKitPart>(std::move(context), part->Title()), m_part(std::move(part)) {}
+        : platform::ComIdentity<LiveObject, Interfaces..., IKitPart>(std::move(context), part->Title()),
+          m_part(std::move(part)) {}
 
     const PartPtr& GetPart() const noexcept override { return m_part; }
 
@@ -37,7 +43,7 @@ class PartObject : public ComObject<Interfaces..., IKitPart> {
     // planned for it, and turns what the body throws into a code.
     template <typename Body>
     HRESULT Call(const char* method, Body&& body) {
-        return Guarded([&]() -> HRESULT {
+        return common::Guarded([&]() -> HRESULT {
             const HRESULT planned = this->Context().Calls().Enter(method, m_part->Name());
             return FAILED(planned) ? planned : body();
         });
@@ -56,10 +62,6 @@ class PartObject : public ComObject<Interfaces..., IKitPart> {
 // The parts of PartObject's users that are not templates.
 HRESULT GetUriOf(const Part& part, BSTR* pUri);
 HRESULT GetStreamOf(const ContextPtr& context, Part& part, IPrintReadStream** ppStream);
-// The object of the part, or the switch's answer when there is none.
-HRESULT GetObjectOf(const ContextPtr& context, const PartPtr& part, REFIID iid, void** ppObject);
-// Takes the ticket's part as the new ticket of `target`.
-HRESULT AttachTicket(RunContext& context, Part& target, IPartPrintTicket* pPrintTicket);
 // The content type as a BSTR.
 HRESULT GetContentTypeOf(const Part& part, BSTR* pContentType);
 

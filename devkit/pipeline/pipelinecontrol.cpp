@@ -1,11 +1,11 @@
 #include "devkit/pipeline/pipelinecontrol.h"
 
-#include "devkit/pipeline/boundary.h"
-#include "devkit/pipeline/hresult.h"
+#include "devkit/common/boundary.h"
+#include "devkit/common/hresult.h"
 
 namespace devkit::pipeline {
 
-PipelineControl::PipelineControl(ContextPtr context) : ComObject(std::move(context), "PipelineControl") {}
+PipelineControl::PipelineControl(ContextPtr context) : ComIdentity(std::move(context), "PipelineControl") {}
 
 std::vector<HRESULT> PipelineControl::ShutdownCodes() const {
     const std::lock_guard guard(m_lock);
@@ -18,13 +18,13 @@ unsigned PipelineControl::FinishedCount() const {
 }
 
 HRESULT PipelineControl::RequestShutdown(HRESULT reason, IImgErrorInfo* pErrorInfo) {
-    return Guarded([&]() -> HRESULT {
+    return common::Guarded([&]() -> HRESULT {
         {
             const std::lock_guard guard(m_lock);
             m_shutdownCodes.push_back(reason);
         }
         const HRESULT hr =
-            Context().Calls().Enter("IPrintPipelineManagerControl::RequestShutdown", HexOf(reason));
+            Context().Calls().Enter("IPrintPipelineManagerControl::RequestShutdown", common::HexOf(reason));
         if (FAILED(hr)) return hr;
         if (pErrorInfo != nullptr) {
             return Context().Breach("RequestShutdown was called with an error info object", E_INVALIDARG);
@@ -34,7 +34,7 @@ HRESULT PipelineControl::RequestShutdown(HRESULT reason, IImgErrorInfo* pErrorIn
 }
 
 HRESULT PipelineControl::FilterFinished() {
-    return Guarded([&] {
+    return common::Guarded([&] {
         const HRESULT hr = Context().Calls().Enter("IPrintPipelineManagerControl::FilterFinished");
         const std::lock_guard guard(m_lock);
         ++m_finished;

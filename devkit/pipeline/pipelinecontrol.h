@@ -5,7 +5,7 @@
 #include <mutex>
 #include <vector>
 
-#include "devkit/pipeline/comobject.h"
+#include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {

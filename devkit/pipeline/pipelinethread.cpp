@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "devkit/pipeline/hresult.h"
+#include "devkit/common/hresult.h"
 #include "devkit/pipeline/usertoken.h"
 
 namespace devkit::pipeline {
@@ -27,7 +27,7 @@ class SingleThreadedApartment {
     explicit SingleThreadedApartment(bool wanted) : m_entered(wanted) {
         if (!wanted) return;
         const HRESULT hr = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        if (FAILED(hr)) throw std::runtime_error("CoInitializeEx answers " + Describe(hr));
+        if (FAILED(hr)) throw std::runtime_error("CoInitializeEx answers " + common::Describe(hr));
     }
     SingleThreadedApartment(const SingleThreadedApartment&) = delete;
     SingleThreadedApartment& operator=(const SingleThreadedApartment&) = delete;

@@ -1,16 +1,17 @@
 #include "devkit/pipeline/resourceobjects.h"
 
-#include "devkit/pipeline/text.h"
+#include "devkit/common/text.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
 
-constexpr const char* plainFont = "application/vnd.ms-opentype";
-constexpr const char* obfuscatedFont = "application/vnd.ms-package.obfuscated-opentype";
+constexpr const char* kPlainFont = "application/vnd.ms-opentype";
+constexpr const char* kObfuscatedFont = "application/vnd.ms-package.obfuscated-opentype";
 
 HRESULT SetContentTypeOf(Part& part, const wchar_t* contentType) {
     if (contentType == nullptr) return E_INVALIDARG;
-    part.SetContentType(Narrow(contentType));
+    part.SetContentType(platform::ToUtf8(contentType));
     return S_OK;
 }
 
@@ -43,7 +44,8 @@ HRESULT FontObject::GetFontProperties(BSTR* pContentType, EXpsFontOptions* pOpti
     if (pContentType != nullptr) *pContentType = nullptr;
     return Call("IPartFont::GetFontProperties", [&]() -> HRESULT {
         if (pOptions == nullptr) return E_POINTER;
-        *pOptions = EqualIgnoringCase(m_part->ContentType(), obfuscatedFont) ? Font_Obfusticate : Font_Normal;
+        *pOptions = common::EqualIgnoringCase(m_part->ContentType(), kObfuscatedFont) ? Font_Obfusticate
+                                                                                      : Font_Normal;
         return GetContentTypeOf(*m_part, pContentType);
     });
 }
@@ -59,7 +61,7 @@ HRESULT FontObject::SetFontOptions(EXpsFontOptions options) {
     return Call("IPartFont::SetFontOptions", [&]() -> HRESULT {
         if (const HRESULT hr = CheckNotSent("SetFontOptions"); FAILED(hr)) return hr;
         if (options != Font_Normal && options != Font_Obfusticate) return E_INVALIDARG;
-        m_part->SetContentType(options == Font_Obfusticate ? obfuscatedFont : plainFont);
+        m_part->SetContentType(options == Font_Obfusticate ? kObfuscatedFont : kPlainFont);
         return S_OK;
     });
 }
@@ -70,6 +72,55 @@ HRESULT FontObject::GetFontRestriction(EXpsFontRestriction* pRestriction) {
         *pRestriction = Xps_Restricted_Font_Installable;
         return S_OK;
     });
+}
+
+platform::ComPtr<IUnknown> MakeResourceObject(const ContextPtr& context, const PartPtr& part) {
+    switch (part->Kind()) {
+        case PartKind::PrintTicket:
+            return MakeIdentity<PrintTicketObject>(context, part);
+        case PartKind::Image:
+            return MakeIdentity<ImageObject>(context, part);
+        case PartKind::Font:
+            return MakeIdentity<FontObject>(context, part);
+        case PartKind::ColorProfile:
+            return MakeIdentity<ColorProfileObject>(context, part);
+        case PartKind::ResourceDictionary:
+            return MakeIdentity<ResourceDictionaryObject>(context, part);
+        case PartKind::Thumbnail:
+            return MakeIdentity<ThumbnailObject>(context, part);
+        default:
+            return MakeIdentity<UnknownPartObject>(context, part);
+    }
+}
+
+HRESULT GetResourceObject(const ContextPtr& context, const PartPtr& part, REFIID iid, void** ppObject) {
+    if (ppObject == nullptr) return E_POINTER;
+    *ppObject = nullptr;
+    if (part == nullptr) {
+        return context->GetBehaviour().missingPart == MissingPart::NotFound ? E_ELEMENT_NOT_FOUND : S_OK;
+    }
+    return MakeResourceObject(context, part)->QueryInterface(iid, ppObject);
+}
+
+HRESULT GetTicketOf(const ContextPtr& context, const Part& part, IPartPrintTicket** ppPrintTicket) {
+    return GetResourceObject(context, part.ticket, __uuidof(IPartPrintTicket),
+                             reinterpret_cast<void**>(ppPrintTicket));
+}
+
+HRESULT AttachTicket(RunContext& context, Part& target, IPartPrintTicket* pPrintTicket) {
+    if (pPrintTicket == nullptr) return E_POINTER;
+    const PartPtr ticket = PartOf(pPrintTicket);
+    if (ticket == nullptr || ticket->Kind() != PartKind::PrintTicket) {
+        return context.Breach("SetPrintTicket of " + target.Title() +
+                                  " was given an object that is not one of the pipeline's print tickets",
+                              E_INVALIDARG);
+    }
+    if (ticket->IsBeingWritten()) {
+        return context.Breach("SetPrintTicket of " + target.Title() + " was given " + ticket->Title() +
+                              " while its write stream is open");
+    }
+    target.ticket = ticket;
+    return S_OK;
 }
 
 }  // namespace devkit::pipeline

@@ -58,4 +58,14 @@ class FontObject final : public StreamPartObject<IPartFont2> {
     HRESULT STDMETHODCALLTYPE GetFontRestriction(EXpsFontRestriction* pRestriction) override;
 };
 
+// A new object for the part of such a kind.
+[[nodiscard]] platform::ComPtr<IUnknown> MakeResourceObject(const ContextPtr& context, const PartPtr& part);
+
+// The object of a ticket or a thumbnail as GetPrintTicket and GetThumbnail give it: the switch says what is
+// answered where there is none.
+HRESULT GetResourceObject(const ContextPtr& context, const PartPtr& part, REFIID iid, void** ppObject);
+HRESULT GetTicketOf(const ContextPtr& context, const Part& part, IPartPrintTicket** ppPrintTicket);
+// Takes the ticket's part as the new ticket of `target`.
+HRESULT AttachTicket(RunContext& context, Part& target, IPartPrintTicket* pPrintTicket);
+
 }  // namespace devkit::pipeline

@@ -3,14 +3,19 @@
 #include <utility>
 
 namespace devkit::pipeline {
-namespace {
 
-std::atomic<std::size_t> liveObjects = 0;
+void BreachLog::Add(std::string text) {
+    const std::lock_guard guard(m_lock);
+    m_lines.push_back(std::move(text));
+}
 
-}  // namespace
+std::vector<std::string> BreachLog::Lines() const {
+    const std::lock_guard guard(m_lock);
+    return m_lines;
+}
 
-RunContext::RunContext(Switches switches)
-    : m_switches(std::move(switches)), m_calls(m_switches.faults, m_switches.keepCalls) {}
+RunContext::RunContext(Behaviour behaviour)
+    : m_behaviour(std::move(behaviour)), m_calls(m_behaviour.faults, m_behaviour.keepCalls) {}
 
 HRESULT RunContext::Breach(std::string text, HRESULT code) {
     m_breaches.Add(std::move(text));
@@ -42,7 +47,7 @@ std::vector<std::string> RunContext::LiveObjects() const {
     const std::lock_guard guard(m_liveLock);
     std::vector<std::string> lines;
     for (const auto& [serial, object] : m_live) {
-        const ULONG references = object->m_references;
+        const ULONG references = object->References();
         lines.push_back(object->m_description + ", " + std::to_string(references) +
                         (references == 1 ? " reference" : " references"));
     }
@@ -54,15 +59,11 @@ LiveObject::LiveObject(ContextPtr context, std::string description)
     const std::lock_guard guard(m_context->m_liveLock);
     m_serial = m_context->m_made++;
     m_context->m_live.emplace(m_serial, this);
-    ++liveObjects;
 }
 
 LiveObject::~LiveObject() {
     const std::lock_guard guard(m_context->m_liveLock);
     m_context->m_live.erase(m_serial);
-    --liveObjects;
 }
-
-std::size_t LiveObjectCount() noexcept { return liveObjects; }
 
 }  // namespace devkit::pipeline

@@ -12,33 +12,46 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/pipeline/breachlog.h"
-#include "devkit/pipeline/calllog.h"
-#include "devkit/pipeline/switches.h"
+#include "devkit/common/countedobject.h"
+#include "devkit/pipeline/behaviour.h"
+#include "devkit/pipeline/filtercalls.h"
+#include "platform/comobject.h"
 
 namespace devkit::pipeline {
+
+// The rules of the pipeline that a filter broke, one line of text each, in the order of their finding.
+// Any thread may add.
+class BreachLog {
+  public:
+    void Add(std::string text);
+    [[nodiscard]] std::vector<std::string> Lines() const;
+
+  private:
+    mutable std::mutex m_lock;
+    std::vector<std::string> m_lines;
+};
 
 class LiveObject;
 
 // What a call answers that comes at a time when the rules forbid it.
-inline constexpr HRESULT CallOutOfOrder = static_cast<HRESULT>(0x8000000EL);  // E_ILLEGAL_METHOD_CALL
+inline constexpr HRESULT kCallOutOfOrder = static_cast<HRESULT>(0x8000000EL);  // E_ILLEGAL_METHOD_CALL
 // What every call answers that a cancellation cuts off.
-inline constexpr HRESULT JobCancelled = static_cast<HRESULT>(0x800704C7L);  // ERROR_CANCELLED
+inline constexpr HRESULT kJobCancelled = static_cast<HRESULT>(0x800704C7L);  // ERROR_CANCELLED
 
-// Shared by all objects of one run of a filter: the switches, what was found, what is alive. The objects
+// Shared by all objects of one run of a filter: the behaviour, what was found, what is alive. The objects
 // hold it, so it outlives the run when a filter keeps one of them. Any thread may call.
 class RunContext {
   public:
-    explicit RunContext(Switches switches = {});
+    explicit RunContext(Behaviour behaviour = {});
     RunContext(const RunContext&) = delete;
     RunContext& operator=(const RunContext&) = delete;
 
-    [[nodiscard]] const Switches& GetSwitches() const noexcept { return m_switches; }
+    [[nodiscard]] const Behaviour& GetBehaviour() const noexcept { return m_behaviour; }
     [[nodiscard]] BreachLog& Breaches() noexcept { return m_breaches; }
-    [[nodiscard]] CallLog& Calls() noexcept { return m_calls; }
+    [[nodiscard]] FilterCalls& Calls() noexcept { return m_calls; }
 
     // Records a breach and gives the code that the offending call answers.
-    HRESULT Breach(std::string text, HRESULT code = CallOutOfOrder);
+    HRESULT Breach(std::string text, HRESULT code = kCallOutOfOrder);
 
     // A write stream that was let go without Close: a breach when the job succeeds, and what a failure leaves
     // behind when it does not.
@@ -61,11 +74,11 @@ class RunContext {
   private:
     friend class LiveObject;
 
-    const Switches m_switches;
+    const Behaviour m_behaviour;
     BreachLog m_breaches;
     BreachLog m_leftOpen;
     BreachLog m_inputFailures;
-    CallLog m_calls;
+    FilterCalls m_calls;
     std::atomic<bool> m_cancelled = false;
     std::mutex m_cancelLock;
     std::condition_variable m_cancelSignal;
@@ -76,19 +89,13 @@ class RunContext {
 
 using ContextPtr = std::shared_ptr<RunContext>;
 
-// The base of every COM object of the kit: its reference count, and its entry among the living.
-class LiveObject {
-  public:
-    LiveObject(const LiveObject&) = delete;
-    LiveObject& operator=(const LiveObject&) = delete;
-
+// The reference count of a COM object of the pipeline, and its entry among the living of its run.
+class LiveObject : public common::CountedObject {
   protected:
     // `description` is the kind and, where it has one, the part's name: "FixedPage /1.fpage".
     LiveObject(ContextPtr context, std::string description);
     ~LiveObject();
 
-    ULONG AddReference() noexcept { return ++m_references; }
-    [[nodiscard]] ULONG DropReference() noexcept { return --m_references; }
     [[nodiscard]] RunContext& Context() const noexcept { return *m_context; }
     [[nodiscard]] const ContextPtr& SharedContext() const noexcept { return m_context; }
 
@@ -98,10 +105,12 @@ class LiveObject {
     ContextPtr m_context;
     std::string m_description;
     unsigned m_serial = 0;
-    std::atomic<ULONG> m_references = 1;
 };
 
-// The kit's COM objects that are alive in the process, of all runs.
-[[nodiscard]] std::size_t LiveObjectCount() noexcept;
+// The identity of a COM object of the pipeline.
+template <typename First, typename... Others>
+using ComObject = platform::ComIdentity<LiveObject, First, Others...>;
+
+using platform::MakeObject;
 
 }  // namespace devkit::pipeline

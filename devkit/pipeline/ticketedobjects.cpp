@@ -1,17 +1,14 @@
 #include "devkit/pipeline/ticketedobjects.h"
 
-namespace devkit::pipeline {
+#include "devkit/pipeline/resourceobjects.h"
 
-HRESULT GetTicketOf(const ContextPtr& context, const Part& part, IPartPrintTicket** ppPrintTicket) {
-    return GetObjectOf(context, part.ticket, __uuidof(IPartPrintTicket),
-                       reinterpret_cast<void**>(ppPrintTicket));
-}
+namespace devkit::pipeline {
 
 HRESULT XpsDocumentObject::GetThumbnail(IPartThumbnail** ppThumbnail) {
     if (ppThumbnail != nullptr) *ppThumbnail = nullptr;
     return Call("IXpsDocument::GetThumbnail", [&] {
-        return GetObjectOf(SharedContext(), m_part->thumbnail, __uuidof(IPartThumbnail),
-                           reinterpret_cast<void**>(ppThumbnail));
+        return GetResourceObject(SharedContext(), m_part->thumbnail, __uuidof(IPartThumbnail),
+                                 reinterpret_cast<void**>(ppThumbnail));
     });
 }
 
@@ -31,19 +28,6 @@ HRESULT XpsDocumentObject::SetThumbnail(IPartThumbnail* pThumbnail) {
         }
         m_part->thumbnail = thumbnail;
         return S_OK;
-    });
-}
-
-HRESULT AmbiguousDocumentObject::QueryInterface(REFIID iid, void** ppObject) {
-    const HRESULT hr = XpsDocumentObject::QueryInterface(iid, ppObject);
-    if (hr != E_NOINTERFACE) return hr;
-    return Guarded([&]() -> HRESULT {
-        for (const PartKind kind :
-             {PartKind::FixedDocumentSequence, PartKind::FixedDocument, PartKind::FixedPage}) {
-            const auto other = MakePartObject(SharedContext(), std::make_shared<Part>(kind, "/ambiguous"));
-            if (SUCCEEDED(other->QueryInterface(iid, ppObject))) return S_OK;
-        }
-        return E_NOINTERFACE;
     });
 }
 

@@ -2,13 +2,10 @@
 
 #include "platform/windows.h"
 
-#include "devkit/pipeline/partobject.h"
+#include "devkit/pipeline/resourceobjects.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {
-
-// GetPrintTicket as every ticketed part has it: the switch says what a part without a ticket answers.
-HRESULT GetTicketOf(const ContextPtr& context, const Part& part, IPartPrintTicket** ppPrintTicket);
 
 // IFixedDocumentSequence and IFixedDocument, which have the same shape.
 template <typename Interface>
@@ -66,15 +63,6 @@ class XpsDocumentObject : public PartObject<IXpsDocument> {
 
     HRESULT STDMETHODCALLTYPE GetThumbnail(IPartThumbnail** ppThumbnail) override;
     HRESULT STDMETHODCALLTYPE SetThumbnail(IPartThumbnail* pThumbnail) override;
-};
-
-// An XPS document that also answers IFixedDocumentSequence, IFixedDocument and IFixedPage, each with a part
-// named "/ambiguous" that is not of the job. A filter that asks for IXpsDocument first never meets them.
-class AmbiguousDocumentObject final : public XpsDocumentObject {
-  public:
-    using XpsDocumentObject::XpsDocumentObject;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
 };
 
 }  // namespace devkit::pipeline

@@ -1,5 +1,6 @@
 #include "devkit/pipeline/usertoken.h"
 
+#include <memory>
 #include <system_error>
 
 namespace devkit::pipeline {
@@ -7,6 +8,18 @@ namespace {
 
 [[noreturn]] void ThrowLastError(const char* call) {
     throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), call);
+}
+
+struct Close {
+    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
+};
+using Handle = std::unique_ptr<void, Close>;
+
+// What the system tells one token from another by; all zeroes for a handle that is no token's.
+LUID IdOf(HANDLE token) noexcept {
+    TOKEN_STATISTICS facts{};
+    DWORD size = 0;
+    return GetTokenInformation(token, TokenStatistics, &facts, sizeof(facts), &size) ? facts.TokenId : LUID{};
 }
 
 }  // namespace
@@ -21,12 +34,18 @@ UserToken::UserToken() {
                           TokenImpersonation, &handle)) {
         ThrowLastError("DuplicateTokenEx");
     }
-    m_token.reset(handle);
+    m_token = handle;
+    m_id = IdOf(m_token);
+}
+
+UserToken::~UserToken() {
+    if (IsOpen()) CloseHandle(m_token);
 }
 
 bool UserToken::IsOpen() const noexcept {
-    DWORD flags = 0;
-    return GetHandleInformation(m_token.get(), &flags) != FALSE;
+    const LUID id = IdOf(m_token);
+    return id.LowPart == m_id.LowPart && id.HighPart == m_id.HighPart &&
+           (id.LowPart != 0 || id.HighPart != 0);
 }
 
 bool IsImpersonating() noexcept {

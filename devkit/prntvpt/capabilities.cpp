@@ -25,7 +25,7 @@ namespace {
     return group;
 }
 
-[[nodiscard]] Element ImageableSize(const PageGeometry& geometry) {
+[[nodiscard]] Element ImageableSize(const PageDimensions& geometry) {
     return Group("PageImageableSize",
                  {LengthProperty("ImageableSizeWidth", geometry.width),
                   LengthProperty("ImageableSizeHeight", geometry.height),
@@ -38,7 +38,7 @@ namespace {
 void ReplaceImageableSize(const Device& device, const Switches& switches, const Element& ticket,
                           Element& capabilities) {
     const QName name = Keyword("PageImageableSize");
-    std::optional<PageGeometry> geometry;
+    std::optional<PageDimensions> geometry;
     if (switches.variants.imageable != ImageableArea::Absent) {
         geometry = ComputeGeometry(device, ticket, switches.variants.imageable == ImageableArea::Oriented);
     }

@@ -52,7 +52,7 @@ Margins TurnMargins(const Margins& sheet, Orientation orientation) {
     return sheet;
 }
 
-std::optional<PageGeometry> ComputeGeometry(const Device& device, const Element& ticket,
+std::optional<PageDimensions> ComputeGeometry(const Device& device, const Element& ticket,
                                             bool orientationCounts) {
     const Element* const pSheet = SelectedOption(ticket, "PageMediaSize");
     if (pSheet == nullptr) return std::nullopt;
@@ -66,7 +66,7 @@ std::optional<PageGeometry> ComputeGeometry(const Device& device, const Element&
     }
     const Margins margins = TurnMargins(MarginsOf(device, *pSheet), orientation);
     // A sheet that is all margin still has an extent, because capabilities must not state none.
-    return PageGeometry{*width,
+    return PageDimensions{*width,
                         *height,
                         margins.left,
                         margins.top,

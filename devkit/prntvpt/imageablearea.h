@@ -10,7 +10,7 @@ namespace devkit::prntvpt {
 
 // A page and the part of it that can be printed on, in micrometres, as the page is looked at: turned with the
 // orientation where the device reports it so.
-struct PageGeometry {
+struct PageDimensions {
     std::int64_t width = 0;
     std::int64_t height = 0;
     std::int64_t originX = 0;
@@ -27,7 +27,7 @@ enum class Orientation { Portrait, Landscape, ReversePortrait, ReverseLandscape 
 
 // The geometry of the sheet that a valid ticket selects; nothing when its size cannot be told. When
 // `orientationCounts` is false the page is that of the sheet in portrait.
-[[nodiscard]] std::optional<PageGeometry> ComputeGeometry(const Device& device, const Element& ticket,
+[[nodiscard]] std::optional<PageDimensions> ComputeGeometry(const Device& device, const Element& ticket,
                                                           bool orientationCounts);
 
 }  // namespace devkit::prntvpt

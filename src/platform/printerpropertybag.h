@@ -23,3 +23,5 @@ struct PLATFORM_UUID("fea77364-df95-4a23-a905-019b79a8e481") IPrinterPropertyBag
 
 PLATFORM_INTERFACE_UUID(IPrinterPropertyBag, 0xfea77364, 0xdf95, 0x4a23, 0xa9, 0x05, 0x01, 0x9b, 0x79, 0xa8,
                         0xe4, 0x81)
+
+PLATFORM_INTERFACE_EXTENDS(IPrinterPropertyBag, IDispatch)

@@ -20,7 +20,7 @@ TEST_F(CancellationTest, CancellingAtEachPartFromAnotherThreadEndsTheJobEveryTim
             Configure();
             RunOptions options = Options();
             options.cancelAt = part;
-            options.switches.afterCancel = after;
+            options.behaviour.afterCancel = after;
             const RunOutcome outcome = Run(std::move(options));
             EXPECT_TRUE(outcome.cancelled);
             EXPECT_EQ(S_OK, outcome.shutdownOperation);

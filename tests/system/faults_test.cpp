@@ -12,7 +12,7 @@ using devkit::pipeline::RunOutcome;
 class FaultsTest : public FilterTest {};
 
 RunOptions With(RunOptions options, Fault fault) {
-    options.switches.faults.push_back(std::move(fault));
+    options.behaviour.faults.push_back(std::move(fault));
     return options;
 }
 
@@ -125,7 +125,7 @@ TEST_F(FaultsTest, WhateverCallFailsTheJobEndsCleanly) {
         SCOPED_TRACE("call " + std::to_string(nth));
         Configure({}, "longedge");
         RunOptions options = With(Options(), {"", "", nth, kCode, false});
-        options.switches.keepCalls = true;
+        options.behaviour.keepCalls = true;
         const RunOutcome outcome = Run(std::move(options));
         if (!outcome.allFaultsStruck) {
             EXPECT_EQ(S_OK, outcome.result);

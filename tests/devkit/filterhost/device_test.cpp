@@ -4,7 +4,7 @@
 
 #include "devkit/filterhost/programfolder.h"
 #include "devkit/filterhost/usageerror.h"
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -15,11 +15,11 @@ TEST(Device, IsFoundByNameBesideTheProgram) {
 
 TEST(Device, IsFoundByItsFolder) {
     const std::filesystem::path folder = ProgramFolder() / "devices" / "simprinter";
-    EXPECT_EQ(FindDevice(pipeline::Narrow(folder.wstring())), folder);
+    EXPECT_EQ(FindDevice(platform::ToUtf8(folder.wstring())), folder);
 }
 
 TEST(Device, AFolderWithoutAModelIsRefused) {
-    EXPECT_THROW(static_cast<void>(FindDevice(pipeline::Narrow(ProgramFolder().wstring()))), UsageError);
+    EXPECT_THROW(static_cast<void>(FindDevice(platform::ToUtf8(ProgramFolder().wstring()))), UsageError);
     EXPECT_THROW(static_cast<void>(FindDevice("typewriter")), UsageError);
 }
 

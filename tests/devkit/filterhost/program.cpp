@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "devkit/filterhost/programfolder.h"
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -67,7 +67,7 @@ std::wstring Quoted(const std::wstring& argument) {
 Ended RunProgram(const std::vector<std::string>& arguments, const char* mode) {
     const std::wstring program = (ProgramFolder() / "filterhost.exe").wstring();
     std::wstring line = Quoted(program);
-    for (const std::string& argument : arguments) line += L" " + Quoted(pipeline::Widen(argument));
+    for (const std::string& argument : arguments) line += L" " + Quoted(platform::ToUtf16(argument));
     SetEnvironmentVariableA("TESTFILTER_MODE", mode);
     Pipe out;
     Pipe error;
@@ -107,13 +107,13 @@ std::vector<std::string> RunArguments(std::vector<std::string> more) {
 }
 
 Path FreshFolder(const std::string& name) {
-    const Path folder = ProgramFolder() / "test-output" / pipeline::Widen(name);
+    const Path folder = ProgramFolder() / "test-output" / platform::ToUtf16(name);
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
     return folder;
 }
 
-std::string Text(const Path& path) { return pipeline::Narrow(path.wstring()); }
+std::string Text(const Path& path) { return platform::ToUtf8(path.wstring()); }
 
 std::string FileBytes(const Path& path) {
     std::ifstream file(path, std::ios::binary);

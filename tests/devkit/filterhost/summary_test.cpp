@@ -15,7 +15,7 @@ RunResult Finished() {
     result.outcome->parts.resize(4);
     PageFacts page;
     page.name = "/1.fpage";
-    page.before = package::PageGeometry{816, 1056, {}, {}};
+    page.before = package::PageDimensions{816, 1056, {}, {}};
     page.after = page.before;
     result.pages.push_back(page);
     return result;
@@ -32,7 +32,7 @@ TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
     PageFacts& page = result.pages[0];
     page.rewritten = true;
     page.turned = true;
-    page.after = package::PageGeometry{1056.25, 816, {}, {}};
+    page.after = package::PageDimensions{1056.25, 816, {}, {}};
     page.feedDirection = "LongEdgeFirst";
     page.mediaSize = "ISOA4";
     page.ticketReplaced = true;

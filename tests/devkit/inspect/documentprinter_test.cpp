@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "devkit/package/file.h"
+#include "devkit/common/file.h"
 
 namespace devkit::inspect {
 namespace {
@@ -94,7 +94,7 @@ TEST(DocumentPrinterTest, EveryDocumentOfTheCorpusIsShown) {
     std::filesystem::path folder = std::filesystem::path(SOURCE_FOLDER) / ".." / "shared" / "corpus";
     if (const char* pFolder = std::getenv("CORPUS_FOLDER")) folder = pFolder;
     if (!std::filesystem::is_directory(folder))
-        GTEST_SKIP() << "no corpus of documents at " << package::PathText(folder);
+        GTEST_SKIP() << "no corpus of documents at " << common::PathText(folder);
     std::size_t shown = 0;
     for (const auto& each : std::filesystem::recursive_directory_iterator(folder)) {
         if (!each.is_regular_file() || each.path().extension() == ".md") continue;
@@ -105,7 +105,7 @@ TEST(DocumentPrinterTest, EveryDocumentOfTheCorpusIsShown) {
             EXPECT_EQ(findings != std::string::npos, !document.Findings().empty()) << each.path();
             EXPECT_EQ(std::ranges::count(text, '\0'), 0) << each.path();
             ++shown;
-        } catch (const package::PackageError&) {
+        } catch (const common::Error&) {
             // What may be refused, and why, is the package's business.
         }
     }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "devkit/package/packageerror.h"
+#include "devkit/common/error.h"
 
 namespace devkit::inspect {
 namespace {
@@ -21,7 +21,7 @@ Texts Summarize(const std::string& content) {
 std::string ErrorOf(const std::string& ticket) {
     try {
         static_cast<void>(SummarizeTicket(ticket, "/ticket", {}));
-    } catch (const package::PackageError& error) {
+    } catch (const common::Error& error) {
         return error.what();
     }
     return {};

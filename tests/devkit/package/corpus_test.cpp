@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "devkit/package/file.h"
-#include "devkit/package/pagegeometry.h"
+#include "devkit/common/file.h"
+#include "devkit/package/pagedimensions.h"
 #include "devkit/package/partname.h"
 #include "temporaryfolder.h"
 #include "testpackages.h"
@@ -29,7 +29,7 @@ class CorpusTest : public testing::Test {
             m_folder = std::filesystem::path(SOURCE_FOLDER) / ".." / "shared" / "corpus";
         }
         if (!std::filesystem::is_directory(m_folder))
-            GTEST_SKIP() << "no corpus of documents at " << PathText(m_folder);
+            GTEST_SKIP() << "no corpus of documents at " << common::PathText(m_folder);
         for (const auto& each : std::filesystem::recursive_directory_iterator(m_folder)) {
             const std::string extension = NameKey(each.path().extension().string()).substr(1);
             if (extension == ".xps" || extension == ".oxps" || extension == ".dwfx")
@@ -85,13 +85,13 @@ TEST_F(CorpusTest, EveryDocumentIsReadOrRefusedForTheRightReason) {
             std::size_t pages = 0;
             for (const FixedDocument& each : document.sequence.documents) pages += each.pages.size();
             for (const PartInfo& part : document.GetPackage().Parts())
-                EXPECT_EQ(document.ReadPart(part.name).size(), part.size) << part.name;
+                EXPECT_EQ(part.size, document.ReadPart(part.name).size()) << part.name;
             table << Title(file) << "\tread\t" << pages << "\n";
         });
         if (!error.empty()) table << Title(file) << "\trefused\t" << error << "\n";
-        if (const std::size_t at = error.find(PathText(file)); at != std::string::npos)
-            error.replace(at, PathText(file).size(), "FILE");
-        EXPECT_EQ(error, expected ? refusal->second : "") << Title(file);
+        if (const std::size_t at = error.find(common::PathText(file)); at != std::string::npos)
+            error.replace(at, common::PathText(file).size(), "FILE");
+        EXPECT_EQ(expected ? refusal->second : "", error) << Title(file);
         refused += expected ? 1 : 0;
     }
     EXPECT_LT(refused, m_files.size());
@@ -101,7 +101,7 @@ TEST_F(CorpusTest, WithoutChangesTheFileIsCopiedByteForByte) {
     for (const std::filesystem::path& file : m_files) {
         if (Refusals().contains(file.filename().string())) continue;
         XpsDocument document = XpsDocument::Open(file);
-        EXPECT_EQ(SavedBytes(document), ReadFileBytes(file)) << Title(file);
+        EXPECT_EQ(ReadFileBytes(file), SavedBytes(document)) << Title(file);
     }
 }
 
@@ -142,27 +142,27 @@ void ExpectPartsKept(const XpsDocument& before, const Package& after, const std:
     const std::set<std::string> lost = LostTickets(before);
     for (const PartInfo& part : before.GetPackage().Parts()) {
         const auto kept = after.Find(part.name);
-        ASSERT_EQ(kept.has_value(), !lost.contains(NameKey(part.name))) << title << " " << part.name;
+        ASSERT_EQ(!lost.contains(NameKey(part.name)), kept.has_value()) << title << " " << part.name;
         if (!kept) continue;
-        EXPECT_EQ(BytesOrError(after, part.name), BytesOrError(before.GetPackage(), part.name)) << title;
+        EXPECT_EQ(BytesOrError(before.GetPackage(), part.name), BytesOrError(after, part.name)) << title;
         // Content types that could not be read have become the customary ones, which were taken before.
-        EXPECT_EQ(kept->contentType, part.contentType) << title << " " << part.name;
+        EXPECT_EQ(part.contentType, kept->contentType) << title << " " << part.name;
     }
 }
 
 void ExpectTreeChanged(const XpsDocument& before, const XpsDocument& after, const std::string& title) {
-    EXPECT_EQ(after.ReadPart(*after.sequence.ticket), "<job/>") << title;
-    EXPECT_EQ(after.GetPackage().Find(*after.sequence.ticket)->contentType, kPrintTicketContentType) << title;
-    ASSERT_EQ(after.sequence.documents.size(), before.sequence.documents.size()) << title;
+    EXPECT_EQ("<job/>", after.ReadPart(*after.sequence.ticket)) << title;
+    EXPECT_EQ(kPrintTicketContentType, after.GetPackage().Find(*after.sequence.ticket)->contentType) << title;
+    ASSERT_EQ(before.sequence.documents.size(), after.sequence.documents.size()) << title;
     for (std::size_t i = 0; i < after.sequence.documents.size(); ++i) {
         const FixedDocument& each = after.sequence.documents[i];
         const FixedDocument& original = before.sequence.documents[i];
-        EXPECT_EQ(each.ticket, original.ticket) << title;
-        ASSERT_EQ(each.pages.size(), original.pages.size()) << title;
+        EXPECT_EQ(original.ticket, each.ticket) << title;
+        ASSERT_EQ(original.pages.size(), each.pages.size()) << title;
         for (std::size_t j = 0; j < each.pages.size(); ++j) {
-            EXPECT_EQ(each.pages[j].name, original.pages[j].name) << title;
-            EXPECT_EQ(after.ReadPart(*each.pages[j].ticket), "<page/>") << title;
-            EXPECT_EQ(each.pages[j].resources, original.pages[j].resources) << title;
+            EXPECT_EQ(original.pages[j].name, each.pages[j].name) << title;
+            EXPECT_EQ("<page/>", after.ReadPart(*each.pages[j].ticket)) << title;
+            EXPECT_EQ(original.pages[j].resources, each.pages[j].resources) << title;
         }
     }
 }
@@ -193,12 +193,14 @@ TEST_F(CorpusTest, PageSizesAreRead) {
         const XpsDocument document = XpsDocument::Open(file);
         for (const FixedDocument& each : document.sequence.documents) {
             for (const FixedPage& page : each.pages) {
-                if (!ReadPageGeometry(document.ReadMarkup(page))) without.push_back(file.filename().string());
+                if (!ReadPageDimensions(document.ReadMarkup(page)))
+                    without.push_back(file.filename().string());
             }
         }
     }
-    EXPECT_EQ(without, (std::vector<std::string>{"violation-oxps-M2.71c.oxps", "violation-oxps-M2.74a.oxps",
-                                                 "violation-xps-M2.71c.xps"}));
+    EXPECT_EQ((std::vector<std::string>{"violation-oxps-M2.71c.oxps", "violation-oxps-M2.74a.oxps",
+                                        "violation-xps-M2.71c.xps"}),
+              without);
 }
 
 }  // namespace

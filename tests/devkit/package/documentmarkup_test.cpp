@@ -22,44 +22,44 @@ std::string Document(const std::string& content, const std::string& uri = kXps) 
 TEST(DocumentMarkupTest, ListsReferencesOfBothVocabularies) {
     const std::string pages =
         "<PageContent Source=\"1\"/><PageContent><PageContent.LinkTargets/></PageContent>";
-    EXPECT_EQ(ReferencesOf(Document(pages)), (Texts{"1", ""}));
-    EXPECT_EQ(ReferencesOf(Document(pages, kOxps)), (Texts{"1", ""}));
+    EXPECT_EQ((Texts{"1", ""}), ReferencesOf(Document(pages)));
+    EXPECT_EQ((Texts{"1", ""}), ReferencesOf(Document(pages, kOxps)));
     const DocumentMarkup sequence =
         ParseDocumentMarkup("<a:FixedDocumentSequence xmlns:a='" + kOxps +
                                 "'><a:DocumentReference Source='2'/></a:FixedDocumentSequence>",
                             "/s", {});
-    EXPECT_EQ(sequence.root, DocumentRoot::FixedDocumentSequence);
-    EXPECT_EQ(sequence.references, Texts{"2"});
+    EXPECT_EQ(DocumentRoot::FixedDocumentSequence, sequence.root);
+    EXPECT_EQ(Texts{"2"}, sequence.references);
 }
 
 TEST(DocumentMarkupTest, ElementsOfOtherNamespacesDoNotCount) {
-    EXPECT_EQ(ReferencesOf(Document("<u:PageContent Source='1'/><PageContent Source='2'/>")), Texts{"2"});
+    EXPECT_EQ(Texts{"2"}, ReferencesOf(Document("<u:PageContent Source='1'/><PageContent Source='2'/>")));
 }
 
 TEST(DocumentMarkupTest, OfAlternateContentTheFirstUnderstoodChoiceCounts) {
-    EXPECT_EQ(ReferencesOf(Document(
+    EXPECT_EQ((Texts{"2", "5"}),
+              ReferencesOf(Document(
                   "<mc:AlternateContent><mc:Choice Requires='u'><PageContent Source='1'/></mc:Choice>"
                   "<mc:Choice Requires='x'><PageContent Source='2'/></mc:Choice>"
                   "<mc:Choice Requires='x'><PageContent Source='3'/></mc:Choice>"
                   "<mc:Fallback><PageContent Source='4'/></mc:Fallback></mc:AlternateContent>"
-                  "<PageContent Source='5'/>")),
-              (Texts{"2", "5"}));
+                  "<PageContent Source='5'/>")));
 }
 
 TEST(DocumentMarkupTest, WithoutAnUnderstoodChoiceTheFallbackCounts) {
-    EXPECT_EQ(ReferencesOf(Document(
+    EXPECT_EQ((Texts{"2", "3"}),
+              ReferencesOf(Document(
                   "<mc:AlternateContent><mc:Choice Requires='x u'><PageContent Source='1'/></mc:Choice>"
                   "<mc:Fallback><PageContent Source='2'/><mc:AlternateContent><mc:Choice Requires='x'>"
                   "<PageContent "
-                  "Source='3'/></mc:Choice></mc:AlternateContent></mc:Fallback></mc:AlternateContent>")),
-              (Texts{"2", "3"}));
+                  "Source='3'/></mc:Choice></mc:AlternateContent></mc:Fallback></mc:AlternateContent>")));
 }
 
 TEST(DocumentMarkupTest, OtherMarkupIsAnError) {
-    EXPECT_EQ(ErrorOf([] { static_cast<void>(ReferencesOf("<FixedDocument/>")); }),
-              "is neither a fixed document sequence nor a fixed document, /d");
-    EXPECT_EQ(ErrorOf([] { static_cast<void>(ReferencesOf("<FixedPage xmlns='" + kXps + "'/>")); }),
-              "is neither a fixed document sequence nor a fixed document, /d");
+    EXPECT_EQ("is neither a fixed document sequence nor a fixed document, /d",
+              ErrorOf([] { static_cast<void>(ReferencesOf("<FixedDocument/>")); }));
+    EXPECT_EQ("is neither a fixed document sequence nor a fixed document, /d",
+              ErrorOf([] { static_cast<void>(ReferencesOf("<FixedPage xmlns='" + kXps + "'/>")); }));
 }
 
 TEST(DocumentMarkupTest, ReferencesThatStayKeepWhatTheyHold) {
@@ -69,11 +69,11 @@ TEST(DocumentMarkupTest, ReferencesThatStayKeepWhatTheyHold) {
         "<LinkTarget Name=\"a\"/></PageContent.LinkTargets></PageContent>"
         "<PageContent Source=\"Pages/2.fpage\"/></FixedDocument>";
     EXPECT_EQ(
-        WithReferences(markup, "/Docs/1.fdoc", {"/new&.fpage", "/docs/pages/1.FPAGE"}),
         "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<FixedDocument xmlns=\"" + kXps +
             "\"><PageContent Source=\"/new&amp;.fpage\"/><PageContent Source=\"Pages/1.fpage\" Width=\"5\">"
             "<PageContent.LinkTargets><LinkTarget Name=\"a\"/></PageContent.LinkTargets></PageContent>"
-            "</FixedDocument>\n");
+            "</FixedDocument>\n",
+        WithReferences(markup, "/Docs/1.fdoc", {"/new&.fpage", "/docs/pages/1.FPAGE"}));
 }
 
 TEST(DocumentMarkupTest, TheEncodingStays) {
@@ -84,8 +84,8 @@ TEST(DocumentMarkupTest, TheEncodingStays) {
     }
     const std::string markup = WithReferences(utf16, "/d", {"/2", "/1"});
     EXPECT_TRUE(markup.starts_with("\xFF\xFE"));
-    EXPECT_EQ(markup.size() % 2, 0U);
-    EXPECT_EQ(ReferencesOf(markup), (Texts{"/2", "1"}));
+    EXPECT_EQ(0U, markup.size() % 2);
+    EXPECT_EQ((Texts{"/2", "1"}), ReferencesOf(markup));
 }
 
 TEST(DocumentMarkupTest, ReferencesInAlternateContentAreReplacedAsWell) {
@@ -94,23 +94,23 @@ TEST(DocumentMarkupTest, ReferencesInAlternateContentAreReplacedAsWell) {
             "<mc:AlternateContent><mc:Choice Requires='x'><PageContent Source='1'/></mc:Choice><mc:Fallback>"
             "<PageContent Source='2'/></mc:Fallback></mc:AlternateContent>"),
         "/d", {"/1"});
-    EXPECT_EQ(ReferencesOf(markup), Texts{"1"});
+    EXPECT_EQ(Texts{"1"}, ReferencesOf(markup));
 }
 
 TEST(DocumentMarkupTest, NewMarkupNamesItsParts) {
-    EXPECT_EQ(NewDocumentMarkup(Flavour::OpenXps, DocumentRoot::FixedDocumentSequence, {"/a", "/b"}),
-              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<FixedDocumentSequence xmlns=\"" + kOxps +
+    EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<FixedDocumentSequence xmlns=\"" + kOxps +
                   "\"><DocumentReference Source=\"/a\"/><DocumentReference "
-                  "Source=\"/b\"/></FixedDocumentSequence>");
-    EXPECT_EQ(NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocument, {}),
-              "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n<FixedDocument xmlns=\"" + kXps +
-                  "\"></FixedDocument>");
+                  "Source=\"/b\"/></FixedDocumentSequence>",
+              NewDocumentMarkup(Flavour::OpenXps, DocumentRoot::FixedDocumentSequence, {"/a", "/b"}));
+    EXPECT_EQ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<FixedDocument xmlns=\"" + kXps + "\"/>",
+              NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocument, {}));
 }
 
 TEST(DocumentMarkupTest, WhatCannotBeParsedCannotBeRewritten) {
-    EXPECT_EQ(ErrorOf([] { static_cast<void>(WithReferences("<a", "/d", {})); }), "cannot be rewritten, /d");
-    EXPECT_EQ(ErrorOf([] { static_cast<void>(WithReferences("<!DOCTYPE a><a/>", "/d", {})); }),
-              "cannot be rewritten, /d");
+    EXPECT_EQ("is not well-formed XML (line 1: The markup breaks off), /d",
+              ErrorOf([] { static_cast<void>(WithReferences("<a", "/d", {})); }));
+    EXPECT_EQ("has a document type declaration, /d",
+              ErrorOf([] { static_cast<void>(WithReferences("<!DOCTYPE a><a/>", "/d", {})); }));
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ Texts Changed(const std::vector<RawEntry>& entries, XpsDocument& document) {
         std::string bytes = "gone";
         try {
             bytes = saved.Read("/" + entry.name);
-        } catch (const PackageError&) {
+        } catch (const common::Error&) {
         }
         if (bytes != entry.data) changed.push_back("/" + entry.name + (bytes == "gone" ? " gone" : ""));
     }
@@ -56,34 +56,34 @@ Texts Changed(const std::vector<RawEntry>& entries, XpsDocument& document) {
 
 TEST(DocumentSaveTest, AnUnchangedTreeIsCopiedByteForByte) {
     XpsDocument document = OpenDocument(Entries());
-    EXPECT_EQ(SavedBytes(document), BuildZip(Entries()));
+    EXPECT_EQ(BuildZip(Entries()), SavedBytes(document));
 }
 
 TEST(DocumentSaveTest, NewMarkupReplacesThePageAlone) {
     XpsDocument document = OpenDocument(Entries());
     Page(document, 1).markup = "<new/>";
-    EXPECT_EQ(document.ReadMarkup(Page(document, 1)), "<new/>");
-    EXPECT_EQ(Changed(Entries(), document), Texts{"/q.fpage"});
-    EXPECT_EQ(document.ReadMarkup(Page(document, 1)), "<new/>");
+    EXPECT_EQ("<new/>", document.ReadMarkup(Page(document, 1)));
+    EXPECT_EQ(Texts{"/q.fpage"}, Changed(Entries(), document));
+    EXPECT_EQ("<new/>", document.ReadMarkup(Page(document, 1)));
     XpsDocument again = Again(document);
-    EXPECT_EQ(again.ReadMarkup(Page(again, 1)), "<new/>");
+    EXPECT_EQ("<new/>", again.ReadMarkup(Page(again, 1)));
 }
 
 TEST(DocumentSaveTest, ANewPageTicketTakesThePlaceOfTheOldRelationship) {
     XpsDocument document = OpenDocument(Entries());
     Page(document, 0).ticket = document.AddPart("pagevalidator_0_\\t.xml", kPrintTicketContentType, "<new/>");
-    EXPECT_EQ(Page(document, 0).ticket, "/pagevalidator_0_/t.xml");
-    EXPECT_EQ(Changed(Entries(), document),
-              (Texts{"/[Content_Types].xml", "/_rels/p.fpage.rels", "/pagevalidator_0_/t.xml new"}));
+    EXPECT_EQ("/pagevalidator_0_/t.xml", Page(document, 0).ticket);
+    EXPECT_EQ((Texts{"/[Content_Types].xml", "/_rels/p.fpage.rels", "/pagevalidator_0_/t.xml new"}),
+              Changed(Entries(), document));
     XpsDocument again = Again(document);
-    EXPECT_EQ(Page(again, 0).ticket, "/pagevalidator_0_/t.xml");
-    EXPECT_EQ(Page(again, 0).resources, (Texts{"/a.ttf", "/b.png"}));
-    EXPECT_EQ(Page(again, 1).ticket, "/t.xml");
-    EXPECT_EQ(again.GetPackage().Find("/pagevalidator_0_/t.xml")->contentType, kPrintTicketContentType);
-    EXPECT_EQ(again.GetPackage().Relationships("/p.fpage"),
-              (std::vector<Relationship>{{"R1", kResource, "a.ttf", false},
+    EXPECT_EQ("/pagevalidator_0_/t.xml", Page(again, 0).ticket);
+    EXPECT_EQ((Texts{"/a.ttf", "/b.png"}), Page(again, 0).resources);
+    EXPECT_EQ("/t.xml", Page(again, 1).ticket);
+    EXPECT_EQ(kPrintTicketContentType, again.GetPackage().Find("/pagevalidator_0_/t.xml")->contentType);
+    EXPECT_EQ((std::vector<Relationship>{{"R1", kResource, "a.ttf", false},
                                          {"R3", kResource, "/b.png", false},
-                                         {"R2", kTicket, "/pagevalidator_0_/t.xml", false}}));
+                                         {"R2", kTicket, "/pagevalidator_0_/t.xml", false}}),
+              again.GetPackage().Relationships("/p.fpage"));
 }
 
 TEST(DocumentSaveTest, ATicketThatNothingNamesAnyMoreLeavesThePackage) {
@@ -92,13 +92,13 @@ TEST(DocumentSaveTest, ATicketThatNothingNamesAnyMoreLeavesThePackage) {
     Page(document, 0).ticket = ticket;
     Page(document, 1).ticket = ticket;
     document.sequence.ticket.reset();
-    EXPECT_EQ(Changed(Entries(), document),
-              (Texts{"/[Content_Types].xml", "/_rels/s.fdseq.rels gone", "/_rels/p.fpage.rels",
-                     "/_rels/q.fpage.rels", "/job.xml gone", "/t.xml gone", "/new.xml new"}));
+    EXPECT_EQ((Texts{"/[Content_Types].xml", "/_rels/s.fdseq.rels gone", "/_rels/p.fpage.rels",
+                     "/_rels/q.fpage.rels", "/job.xml gone", "/t.xml gone", "/new.xml new"}),
+              Changed(Entries(), document));
     XpsDocument again = Again(document);
-    EXPECT_EQ(again.sequence.ticket, std::nullopt);
-    EXPECT_EQ(Page(again, 0).ticket, "/new.xml");
-    EXPECT_EQ(Page(again, 1).ticket, "/new.xml");
+    EXPECT_EQ(std::nullopt, again.sequence.ticket);
+    EXPECT_EQ("/new.xml", Page(again, 0).ticket);
+    EXPECT_EQ("/new.xml", Page(again, 1).ticket);
 }
 
 TEST(DocumentSaveTest, TicketsCanBeGivenWhereThereWereNone) {
@@ -107,10 +107,10 @@ TEST(DocumentSaveTest, TicketsCanBeGivenWhereThereWereNone) {
     document.sequence.documents[0].ticket = document.AddPart("/j.xml", kPrintTicketContentType, "<d/>");
     Page(document, 0).ticket = document.sequence.ticket;
     XpsDocument again = Again(document);
-    EXPECT_EQ(again.sequence.ticket, "/j.xml");
-    EXPECT_EQ(again.sequence.documents[0].ticket, "/j-2.xml");
-    EXPECT_EQ(Page(again, 0).ticket, "/j.xml");
-    EXPECT_EQ(again.ReadPart("/j-2.xml"), "<d/>");
+    EXPECT_EQ("/j.xml", again.sequence.ticket);
+    EXPECT_EQ("/j-2.xml", again.sequence.documents[0].ticket);
+    EXPECT_EQ("/j.xml", Page(again, 0).ticket);
+    EXPECT_EQ("<d/>", again.ReadPart("/j-2.xml"));
 }
 
 TEST(DocumentSaveTest, BothTicketsOfAPartGiveWayToANewOne) {
@@ -120,8 +120,8 @@ TEST(DocumentSaveTest, BothTicketsOfAPartGiveWayToANewOne) {
     XpsDocument document = OpenDocument(entries);
     document.sequence.ticket = document.AddPart("/new.xml", kPrintTicketContentType, "<j/>");
     XpsDocument again = Again(document);
-    EXPECT_EQ(again.GetPackage().Relationships("/s.fdseq"),
-              (std::vector<Relationship>{{"R1", kTicket, "/new.xml", false}}));
+    EXPECT_EQ((std::vector<Relationship>{{"R1", kTicket, "/new.xml", false}}),
+              again.GetPackage().Relationships("/s.fdseq"));
     EXPECT_TRUE(again.Findings().empty());
 }
 
@@ -132,9 +132,9 @@ TEST(DocumentSaveTest, OpenXpsGetsItsOwnRelationshipTypes) {
     XpsDocument document = OpenDocument(entries);
     Page(document, 0).ticket = document.AddPart("/t", kPrintTicketContentType, "");
     Page(document, 0).resources.push_back(document.AddPart("/f.ttf", "application/vnd.ms-opentype", ""));
-    EXPECT_EQ(Again(document).GetPackage().Relationships("/p.fpage"),
-              (std::vector<Relationship>{{"R1", oxps + "/printticket", "/t", false},
-                                         {"R2", oxps + "/required-resource", "/f.ttf", false}}));
+    EXPECT_EQ((std::vector<Relationship>{{"R1", oxps + "/printticket", "/t", false},
+                                         {"R2", oxps + "/required-resource", "/f.ttf", false}}),
+              Again(document).GetPackage().Relationships("/p.fpage"));
 }
 
 TEST(DocumentSaveTest, ResourcesCanBeAddedAndDropped) {
@@ -142,11 +142,11 @@ TEST(DocumentSaveTest, ResourcesCanBeAddedAndDropped) {
     FixedPage& page = Page(document, 0);
     page.resources.erase(page.resources.begin());
     page.resources.push_back(document.AddPart("/c.png", "image/png", "c"));
-    EXPECT_EQ(Changed(Entries(), document),
-              (Texts{"/[Content_Types].xml", "/_rels/p.fpage.rels", "/c.png new"}));
+    EXPECT_EQ((Texts{"/[Content_Types].xml", "/_rels/p.fpage.rels", "/c.png new"}),
+              Changed(Entries(), document));
     XpsDocument again = Again(document);
-    EXPECT_EQ(Page(again, 0).resources, (Texts{"/b.png", "/c.png"}));
-    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
+    EXPECT_EQ((Texts{"/b.png", "/c.png"}), Page(again, 0).resources);
+    EXPECT_EQ("/t.xml", Page(again, 0).ticket);
     EXPECT_TRUE(again.GetPackage().Contains("/a.ttf"));
 }
 
@@ -154,15 +154,15 @@ TEST(DocumentSaveTest, TheThumbnailCanBeSetReplacedAndDropped) {
     XpsDocument document = OpenDocument(Entries());
     document.thumbnail = document.AddPart("/t.png", "image/png", "t");
     XpsDocument with = Again(document);
-    EXPECT_EQ(with.thumbnail, "/t.png");
+    EXPECT_EQ("/t.png", with.thumbnail);
     with.thumbnail = "/b.png";
     XpsDocument replaced = Again(with);
-    EXPECT_EQ(replaced.thumbnail, "/b.png");
-    EXPECT_EQ(replaced.GetPackage().Relationships("/").size(), 2U);
+    EXPECT_EQ("/b.png", replaced.thumbnail);
+    EXPECT_EQ(2U, replaced.GetPackage().Relationships("/").size());
     replaced.thumbnail.reset();
     XpsDocument without = Again(replaced);
-    EXPECT_EQ(without.thumbnail, std::nullopt);
-    EXPECT_EQ(without.sequence.name, "/s.fdseq");
+    EXPECT_EQ(std::nullopt, without.thumbnail);
+    EXPECT_EQ("/s.fdseq", without.sequence.name);
 }
 
 TEST(DocumentSaveTest, PagesCanBeMovedDroppedAndAdded) {
@@ -173,13 +173,13 @@ TEST(DocumentSaveTest, PagesCanBeMovedDroppedAndAdded) {
     added.name = document.AddPart("/n.fpage", kFixedPageContentType, "<n/>");
     added.ticket = "/t.xml";
     pages.insert(pages.begin(), added);
-    EXPECT_EQ(Changed(Entries(), document),
-              (Texts{"/d.fdoc", "/p.fpage gone", "/_rels/p.fpage.rels gone", "/n.fpage new"}));
+    EXPECT_EQ((Texts{"/d.fdoc", "/p.fpage gone", "/_rels/p.fpage.rels gone", "/n.fpage new"}),
+              Changed(Entries(), document));
     XpsDocument again = Again(document);
-    ASSERT_EQ(again.sequence.documents[0].pages.size(), 2U);
-    EXPECT_EQ(Page(again, 0).name, "/n.fpage");
-    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
-    EXPECT_EQ(Page(again, 1).name, "/q.fpage");
+    ASSERT_EQ(2U, again.sequence.documents[0].pages.size());
+    EXPECT_EQ("/n.fpage", Page(again, 0).name);
+    EXPECT_EQ("/t.xml", Page(again, 0).ticket);
+    EXPECT_EQ("/q.fpage", Page(again, 1).name);
 }
 
 TEST(DocumentSaveTest, DocumentsCanBeAddedAndDropped) {
@@ -189,10 +189,10 @@ TEST(DocumentSaveTest, DocumentsCanBeAddedAndDropped) {
     added.pages.push_back(Page(document, 1));
     document.sequence.documents = {added};
     XpsDocument again = Again(document);
-    ASSERT_EQ(again.sequence.documents.size(), 1U);
-    EXPECT_EQ(again.sequence.documents[0].name, "/e.fdoc");
-    EXPECT_EQ(Page(again, 0).name, "/q.fpage");
-    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
+    ASSERT_EQ(1U, again.sequence.documents.size());
+    EXPECT_EQ("/e.fdoc", again.sequence.documents[0].name);
+    EXPECT_EQ("/q.fpage", Page(again, 0).name);
+    EXPECT_EQ("/t.xml", Page(again, 0).ticket);
     EXPECT_FALSE(again.GetPackage().Contains("/d.fdoc"));
     EXPECT_FALSE(again.GetPackage().Contains("/p.fpage"));
 }
@@ -201,14 +201,14 @@ TEST(DocumentSaveTest, AnImpliedSequenceGetsAPartWhenItNeedsOne) {
     std::vector<RawEntry> entries = SmallDocument();
     EntryOf(entries, "_rels/.rels").data = Links({{kXps + "/fixedrepresentation", "/d.fdoc"}});
     XpsDocument document = OpenDocument(entries);
-    EXPECT_EQ(Changed(entries, document), Texts());
+    EXPECT_EQ(Texts(), Changed(entries, document));
     document.sequence.ticket = document.AddPart("/j.xml", kPrintTicketContentType, "<j/>");
     XpsDocument again = Again(document);
-    EXPECT_EQ(document.sequence.name, "/FixedDocumentSequence.fdseq");
+    EXPECT_EQ("/FixedDocumentSequence.fdseq", document.sequence.name);
     EXPECT_FALSE(again.sequence.implied);
-    EXPECT_EQ(again.sequence.name, "/FixedDocumentSequence.fdseq");
-    EXPECT_EQ(again.sequence.ticket, "/j.xml");
-    EXPECT_EQ(again.sequence.documents[0].name, "/d.fdoc");
+    EXPECT_EQ("/FixedDocumentSequence.fdseq", again.sequence.name);
+    EXPECT_EQ("/j.xml", again.sequence.ticket);
+    EXPECT_EQ("/d.fdoc", again.sequence.documents[0].name);
     EXPECT_TRUE(again.Findings().empty());
 }
 
@@ -216,10 +216,10 @@ TEST(DocumentSaveTest, RelationshipsThatCannotBeReadAreReplaced) {
     std::vector<RawEntry> entries = Entries();
     EntryOf(entries, "_rels/p.fpage.rels").data = "<broken";
     XpsDocument document = OpenDocument(entries);
-    EXPECT_EQ(Page(document, 0).ticket, std::nullopt);
+    EXPECT_EQ(std::nullopt, Page(document, 0).ticket);
     Page(document, 0).ticket = "/t.xml";
     XpsDocument again = Again(document);
-    EXPECT_EQ(Page(again, 0).ticket, "/t.xml");
+    EXPECT_EQ("/t.xml", Page(again, 0).ticket);
 }
 
 TEST(DocumentSaveTest, SavingTwiceGivesTheSameBytes) {
@@ -227,7 +227,7 @@ TEST(DocumentSaveTest, SavingTwiceGivesTheSameBytes) {
     Page(document, 0).markup = "<new/>";
     Page(document, 0).ticket = document.AddPart("/n.xml", kPrintTicketContentType, "<n/>");
     const std::string first = SavedBytes(document);
-    EXPECT_EQ(SavedBytes(document), first);
+    EXPECT_EQ(first, SavedBytes(document));
 }
 
 TEST(DocumentSaveTest, APartThatTheTreeNamesMustBeThere) {
@@ -238,8 +238,8 @@ TEST(DocumentSaveTest, APartThatTheTreeNamesMustBeThere) {
                               +[](XpsDocument& each) { each.sequence.documents[0].name = "/none"; }}) {
         XpsDocument document = OpenDocument(Entries());
         change(document);
-        EXPECT_EQ(ErrorOf([&] { static_cast<void>(SavedBytes(document)); }),
-                  "the tree names a part that is missing, /none");
+        EXPECT_EQ("the tree names a part that is missing, /none",
+                  ErrorOf([&] { static_cast<void>(SavedBytes(document)); }));
     }
 }
 

@@ -26,7 +26,7 @@ std::string RichPackage() {
 }
 
 // What a run does with a document: reads all of it, changes it at each level and writes it.
-void Use(Package package, ByteSink& sink) {
+void Use(Package package, common::ByteSink& sink) {
     XpsDocument document = XpsDocument::Open(std::move(package));
     for (const PartInfo& part : document.GetPackage().Parts())
         static_cast<void>(document.ReadPart(part.name));
@@ -60,13 +60,13 @@ TEST(FaultTest, EachFailingReadIsAnErrorThatSaysSo) {
         const std::string error = ErrorOf(
             [&] { Use(Package::Open(std::make_unique<MemorySource>(bytes, counter), "test.xps"), sink); });
         if (!counter->HasFailed()) {
-            EXPECT_EQ(error, "");
+            EXPECT_EQ("", error);
             break;
         }
         EXPECT_TRUE(allowed.contains(error)) << failing << ": " << error;
         seen.insert(error);
     }
-    EXPECT_EQ(seen, allowed);
+    EXPECT_EQ(allowed, seen);
 }
 
 TEST(FaultTest, EachFailingWriteIsAnErrorThatSaysSo) {
@@ -78,10 +78,10 @@ TEST(FaultTest, EachFailingWriteIsAnErrorThatSaysSo) {
         MemorySink sink(counter);
         const std::string error = ErrorOf([&] { Use(OpenBytes(bytes), sink); });
         if (!counter->HasFailed()) {
-            EXPECT_EQ(error, "");
+            EXPECT_EQ("", error);
             break;
         }
-        EXPECT_EQ(error, "cannot be copied: the disk is gone, test.xps") << failing;
+        EXPECT_EQ("cannot be copied: the disk is gone, test.xps", error) << failing;
     }
     EXPECT_GT(failing, 20U);
 }
@@ -99,32 +99,32 @@ TEST(FaultTest, AFailingReadWhileSavingLeavesNoFile) {
                     std::make_unique<MemorySource>(BuildZip(SmallDocument()), counter), "test.xps");
                 if (change) package.Replace("/p.fpage", "new");
                 package.Save(folder / "out.xps");
-            } catch (const PackageError& failure) {
+            } catch (const common::Error& failure) {
                 error = failure.what();
             }
-            EXPECT_EQ(folder.Names(), std::set<std::string>{"out.xps"});
-            EXPECT_EQ(error.empty(), ReadFileBytes(folder / "out.xps") != "old") << failing;
+            EXPECT_EQ(std::set<std::string>{"out.xps"}, folder.Names());
+            EXPECT_EQ(ReadFileBytes(folder / "out.xps") != "old", error.empty()) << failing;
             if (!counter->HasFailed()) break;
             WriteFileBytes(folder / "out.xps", "old");
         }
-        EXPECT_NE(ReadFileBytes(folder / "out.xps"), "old");
+        EXPECT_NE("old", ReadFileBytes(folder / "out.xps"));
         WriteFileBytes(folder / "out.xps", "old");
     }
 }
 
 TEST(FaultTest, TruncationAtAnyByteIsAnError) {
     const std::string bytes = RichPackage();
-    ASSERT_EQ(UseBytes(bytes), "");
+    ASSERT_EQ("", UseBytes(bytes));
     for (std::size_t length = 0; length < bytes.size(); ++length)
-        EXPECT_NE(UseBytes(bytes.substr(0, length)), "") << length;
+        EXPECT_NE("", UseBytes(bytes.substr(0, length))) << length;
 }
 
 TEST(FaultTest, EachSampleCutOffAnywhereIsAnError) {
     for (const char* name : {"minimal.xps", "utf16.xps", "names.xps"}) {
         const std::string bytes = ReadFileBytes(std::filesystem::path(SAMPLES_FOLDER) / name);
-        ASSERT_EQ(UseBytes(bytes), "") << name;
+        ASSERT_EQ("", UseBytes(bytes)) << name;
         for (std::size_t length = 0; length < bytes.size(); ++length)
-            EXPECT_NE(UseBytes(bytes.substr(0, length)), "") << name << " " << length;
+            EXPECT_NE("", UseBytes(bytes.substr(0, length))) << name << " " << length;
     }
 }
 
@@ -135,7 +135,7 @@ TEST(FaultTest, AnyDamagedByteIsAnErrorOrADocument) {
         for (const int mask : {0x01, 0xFF}) {
             std::string damaged = bytes;
             damaged[at] = static_cast<char>(damaged[at] ^ mask);
-            // Use lets nothing but a PackageError out; what a flag or a date says may change without harm.
+            // Use lets nothing but a common::Error out; what a flag or a date says may change without harm.
             errors += UseBytes(damaged).empty() ? 0 : 1;
         }
     }

@@ -52,19 +52,18 @@ void Change(XpsDocument& document) {
 TEST(LeakTest, TheCounterSeesABlock) {
     std::vector<void*> kept;
     kept.reserve(100);
-    EXPECT_EQ(BlocksLeft([&] { kept.push_back(HeapAlloc(GetProcessHeap(), 0, 100)); }), 20);
+    EXPECT_EQ(20, BlocksLeft([&] { kept.push_back(HeapAlloc(GetProcessHeap(), 0, 100)); }));
     for (void* const pBlock : kept) HeapFree(GetProcessHeap(), 0, pBlock);
 }
 
 TEST(LeakTest, ReadingChangingAndSavingLeavesNothing) {
     const TemporaryFolder folder;
     for (const char* name : {"sample.xps", "streamed.xps", "utf16.xps"}) {
-        EXPECT_EQ(BlocksLeft([&] {
+        EXPECT_EQ(0, BlocksLeft([&] {
                       XpsDocument document = XpsDocument::Open(Sample(name));
                       Change(document);
                       document.Save(folder / "out.xps");
-                  }),
-                  0)
+                  }))
             << name;
     }
 }
@@ -77,26 +76,23 @@ TEST(LeakTest, ErrorsLeaveNothing) {
     std::vector<RawEntry> checksum = SmallDocument();
     EntryOf(checksum, "s.fdseq").crc = 1;
     for (const auto& entries : {broken, typed, checksum})
-        EXPECT_EQ(BlocksLeft([&] { EXPECT_NE(OpeningError(entries), ""); }), 0);
-    EXPECT_EQ(BlocksLeft([&] {
-                  EXPECT_NE(ErrorOf([] {
+        EXPECT_EQ(0, BlocksLeft([&] { EXPECT_NE("", OpeningError(entries)); }));
+    EXPECT_EQ(0, BlocksLeft([&] {
+                  EXPECT_NE("", ErrorOf([] {
                                 static_cast<void>(OpenBytes("no zip archive, and never was one at all"));
-                            }),
-                            "");
-              }),
-              0);
+                            }));
+              }));
 }
 
 TEST(LeakTest, AFailedSaveLeavesNothing) {
     for (unsigned failing = 1; failing < 40; failing += 3) {
-        EXPECT_EQ(BlocksLeft([&] {
+        EXPECT_EQ(0, BlocksLeft([&] {
                       XpsDocument document = OpenDocument(SmallDocument());
                       document.sequence.ticket =
                           document.AddPart("/t.xml", kPrintTicketContentType, "<ticket/>");
                       MemorySink sink(std::make_shared<CallCounter>(failing));
                       static_cast<void>(ErrorOf([&] { document.Save(sink); }));
-                  }),
-                  0)
+                  }))
             << failing;
     }
 }

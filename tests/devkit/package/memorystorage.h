@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-#include "devkit/package/storage.h"
+#include "devkit/common/storage.h"
 
 namespace devkit::package {
 
@@ -31,7 +31,7 @@ class CallCounter {
 };
 
 // A package in memory.
-class MemorySource final : public ByteSource {
+class MemorySource final : public common::ByteSource {
   public:
     explicit MemorySource(std::string bytes, std::shared_ptr<CallCounter> counter = nullptr)
         : m_bytes(std::move(bytes)), m_counter(std::move(counter)) {}
@@ -53,7 +53,7 @@ class MemorySource final : public ByteSource {
     std::uint64_t m_read = 0;
 };
 
-class MemorySink final : public ByteSink {
+class MemorySink final : public common::ByteSink {
   public:
     explicit MemorySink(std::shared_ptr<CallCounter> counter = nullptr) : m_counter(std::move(counter)) {}
 

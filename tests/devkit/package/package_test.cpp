@@ -4,7 +4,7 @@
 
 #include <set>
 
-#include "devkit/package/file.h"
+#include "devkit/common/file.h"
 #include "devkit/package/ziparchive.h"
 #include "temporaryfolder.h"
 #include "testpackages.h"
@@ -39,42 +39,42 @@ std::vector<RawEntry> Interleaved() {
 TEST(PackageTest, ListsPartsInTheOrderOfTheArchive) {
     std::vector<RawEntry> entries = SmallDocument();
     entries.emplace_back("Folder/", "");
-    EXPECT_EQ(PartNames(OpenEntries(entries)), (Names{"/s.fdseq", "/d.fdoc", "/p.fpage"}));
+    EXPECT_EQ((Names{"/s.fdseq", "/d.fdoc", "/p.fpage"}), PartNames(OpenEntries(entries)));
 }
 
 TEST(PackageTest, FindsPartsByEquivalentNames) {
     const Package package = OpenEntries(SmallDocument());
     const auto page = package.Find("/P.FPage");
     ASSERT_TRUE(page);
-    EXPECT_EQ(page->name, "/p.fpage");
-    EXPECT_EQ(page->contentType, "application/vnd.ms-package.xps-fixedpage+xml");
-    EXPECT_EQ(page->size,
-              EntryOf(*std::make_unique<std::vector<RawEntry>>(SmallDocument()), "p.fpage").data.size());
+    EXPECT_EQ("/p.fpage", page->name);
+    EXPECT_EQ("application/vnd.ms-package.xps-fixedpage+xml", page->contentType);
+    EXPECT_EQ(EntryOf(*std::make_unique<std::vector<RawEntry>>(SmallDocument()), "p.fpage").data.size(),
+              page->size);
     EXPECT_TRUE(package.Contains("\\%70.fpage"));
     EXPECT_FALSE(package.Contains("/q.fpage"));
     EXPECT_FALSE(package.Contains("/_rels/.rels"));
     EXPECT_FALSE(package.Contains("/[Content_Types].xml"));
-    EXPECT_EQ(ErrorOf([&] { static_cast<void>(package.Read("/q")); }), "is missing, /q");
+    EXPECT_EQ("is missing, /q", ErrorOf([&] { static_cast<void>(package.Read("/q")); }));
 }
 
 TEST(PackageTest, JoinsThePiecesOfAnInterleavedPart) {
     const Package package = OpenEntries(Interleaved());
-    EXPECT_EQ(PartNames(package), (Names{"/P.FPAGE", "/s.fdseq", "/d.fdoc"}));
-    EXPECT_EQ(package.Read("/p.fpage"),
-              "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"100\" Height=\"200\"/>");
-    EXPECT_EQ(package.Find("/p.fpage")->size, package.Read("/p.fpage").size());
+    EXPECT_EQ((Names{"/P.FPAGE", "/s.fdseq", "/d.fdoc"}), PartNames(package));
+    EXPECT_EQ("<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"100\" Height=\"200\"/>",
+              package.Read("/p.fpage"));
+    EXPECT_EQ(package.Read("/p.fpage").size(), package.Find("/p.fpage")->size);
 }
 
 TEST(PackageTest, APartThatLacksAPieceCannotBeRead) {
     std::vector<RawEntry> entries = Interleaved();
     EntryOf(entries, "p.fpage/[1].last.piece").name = "p.fpage/[2].last.piece";
     EXPECT_FALSE(OpenEntries(entries).Find("/p.fpage")->whole);
-    EXPECT_EQ(OpeningError(entries), "lacks a piece, /P.FPAGE");
+    EXPECT_EQ("lacks a piece, /P.FPAGE", OpeningError(entries));
     EntryOf(entries, "p.fpage/[2].last.piece").name = "p.fpage/[1].piece";
-    EXPECT_EQ(OpeningError(entries), "lacks a piece, /P.FPAGE");
+    EXPECT_EQ("lacks a piece, /P.FPAGE", OpeningError(entries));
     EntryOf(entries, "p.fpage/[1].piece").name = "p.fpage/[0].piece";
-    EXPECT_EQ(ErrorOf([&] { static_cast<void>(OpenEntries(entries).Read("/p.fpage")); }),
-              "lacks a piece, /P.FPAGE");
+    EXPECT_EQ("lacks a piece, /P.FPAGE",
+              ErrorOf([&] { static_cast<void>(OpenEntries(entries).Read("/p.fpage")); }));
 }
 
 TEST(PackageTest, ReadsSizesThatStandBehindTheData) {
@@ -86,27 +86,27 @@ TEST(PackageTest, ReadsSizesThatStandBehindTheData) {
     page.crc = Crc32(std::string(300, '\0'));
     page.data = DeflatedZeros(300);
     const Package package = OpenEntries(entries);
-    EXPECT_EQ(package.Read("/p.fpage"), std::string(300, '\0'));
-    EXPECT_EQ(package.Read("/d.fdoc"), EntryOf(entries, "d.fdoc").data);
+    EXPECT_EQ(std::string(300, '\0'), package.Read("/p.fpage"));
+    EXPECT_EQ(EntryOf(entries, "d.fdoc").data, package.Read("/d.fdoc"));
 }
 
 TEST(PackageTest, EntriesWithBackslashesAreParts) {
     std::vector<RawEntry> entries = SmallDocument();
     entries.emplace_back("a\\b.xml", "x");
-    EXPECT_EQ(OpenEntries(entries).Read("/A/B.xml"), "x");
+    EXPECT_EQ("x", OpenEntries(entries).Read("/A/B.xml"));
 }
 
 TEST(PackageTest, WithoutContentTypesTheCustomaryOnesCount) {
     std::vector<RawEntry> entries = SmallDocument();
     entries.erase(entries.begin());
     Package package = OpenEntries(entries);
-    EXPECT_EQ(package.Findings(), Names{"is missing, /[Content_Types].xml"});
-    EXPECT_EQ(package.Find("/p.fpage")->contentType, "application/vnd.ms-package.xps-fixedpage+xml");
+    EXPECT_EQ(Names{"is missing, /[Content_Types].xml"}, package.Findings());
+    EXPECT_EQ("application/vnd.ms-package.xps-fixedpage+xml", package.Find("/p.fpage")->contentType);
     package.Add("/t.bin", "application/x", "1");
     const std::string saved = SavedBytes(package);
-    EXPECT_EQ(EntryNames(saved),
-              (Names{"_rels/.rels", "s.fdseq", "d.fdoc", "p.fpage", "t.bin", "[Content_Types].xml"}));
-    EXPECT_EQ(OpenBytes(saved).Find("/t.bin")->contentType, "application/x");
+    EXPECT_EQ((Names{"_rels/.rels", "s.fdseq", "d.fdoc", "p.fpage", "t.bin", "[Content_Types].xml"}),
+              EntryNames(saved));
+    EXPECT_EQ("application/x", OpenBytes(saved).Find("/t.bin")->contentType);
     EXPECT_TRUE(OpenBytes(saved).Findings().empty());
 }
 
@@ -114,17 +114,17 @@ TEST(PackageTest, EncryptedContentTypesAreReplacedOnWriting) {
     std::vector<RawEntry> entries = SmallDocument();
     entries[0].flags = 1;
     Package package = OpenEntries(entries);
-    EXPECT_EQ(package.Findings(), Names{"is encrypted, [Content_Types].xml"});
+    EXPECT_EQ(Names{"is encrypted, [Content_Types].xml"}, package.Findings());
     package.Add("/t.bin", "application/x", "1");
     const Package saved = OpenBytes(SavedBytes(package));
     EXPECT_TRUE(saved.Findings().empty());
-    EXPECT_EQ(saved.Find("/t.bin")->contentType, "application/x");
+    EXPECT_EQ("application/x", saved.Find("/t.bin")->contentType);
 }
 
 TEST(PackageTest, WithoutChangesTheArchiveIsCopiedByteForByte) {
     const std::string bytes = BuildZip(SmallDocument()) + "";
     const Package package = OpenBytes(bytes);
-    EXPECT_EQ(SavedBytes(package), bytes);
+    EXPECT_EQ(bytes, SavedBytes(package));
 }
 
 TEST(PackageTest, WhatDoesNotChangeKeepsItsCompressedBytesItsNameAndItsPlace) {
@@ -141,21 +141,21 @@ TEST(PackageTest, WhatDoesNotChangeKeepsItsCompressedBytesItsNameAndItsPlace) {
 
     Names names;
     for (const RawEntry& entry : entries) names.push_back(entry.name);
-    EXPECT_EQ(EntryNames(saved), names);
-    EXPECT_NE(saved.find(DeflatedZeros(10'000)), std::string::npos);
+    EXPECT_EQ(names, EntryNames(saved));
+    EXPECT_NE(std::string::npos, saved.find(DeflatedZeros(10'000)));
     const Package again = OpenBytes(saved);
-    EXPECT_EQ(again.Read("/d.fdoc"), "new");
+    EXPECT_EQ("new", again.Read("/d.fdoc"));
     for (const char* name : {"/p.fpage", "/s.fdseq", "/big.bin", "/_rels/.rels", "/[Content_Types].xml"})
-        EXPECT_EQ(again.Read(name), package.Read(name)) << name;
+        EXPECT_EQ(package.Read(name), again.Read(name)) << name;
 }
 
 TEST(PackageTest, NewBytesMakeAnInterleavedPartOneEntry) {
     Package package = OpenEntries(Interleaved());
     package.Replace("/p.fpage", "new");
     const std::string saved = SavedBytes(package);
-    EXPECT_EQ(EntryNames(saved),
-              (Names{"P.FPAGE", "[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc"}));
-    EXPECT_EQ(OpenBytes(saved).Read("/p.fpage"), "new");
+    EXPECT_EQ((Names{"P.FPAGE", "[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc"}),
+              EntryNames(saved));
+    EXPECT_EQ("new", OpenBytes(saved).Read("/p.fpage"));
 }
 
 TEST(PackageTest, AReplacedPartThatLackedAPieceIsWhole) {
@@ -163,9 +163,9 @@ TEST(PackageTest, AReplacedPartThatLackedAPieceIsWhole) {
     EntryOf(entries, "p.fpage/[1].last.piece").name = "p.fpage/[1].piece";
     Package package = OpenEntries(entries);
     package.Replace("/p.fpage", "new");
-    EXPECT_EQ(package.Read("/p.fpage"), "new");
+    EXPECT_EQ("new", package.Read("/p.fpage"));
     EXPECT_TRUE(package.Find("/p.fpage")->whole);
-    EXPECT_EQ(OpenBytes(SavedBytes(package)).Read("/p.fpage"), "new");
+    EXPECT_EQ("new", OpenBytes(SavedBytes(package)).Read("/p.fpage"));
 }
 
 TEST(PackageTest, SavingTwiceGivesTheSameBytes) {
@@ -177,49 +177,50 @@ TEST(PackageTest, SavingTwiceGivesTheSameBytes) {
 
 TEST(PackageTest, AddedPartsHaveContentTypes) {
     Package package = OpenEntries(SmallDocument());
-    EXPECT_EQ(package.Add("/Metadata/t.xml", "application/x", "<t/>"), "/Metadata/t.xml");
-    EXPECT_EQ(package.Add("/q.FPAGE", "application/vnd.ms-package.xps-fixedpage+xml", "<q/>"), "/q.FPAGE");
+    EXPECT_EQ("/Metadata/t.xml", package.Add("/Metadata/t.xml", "application/x", "<t/>"));
+    EXPECT_EQ("/q.FPAGE", package.Add("/q.FPAGE", "application/vnd.ms-package.xps-fixedpage+xml", "<q/>"));
     const std::string saved = SavedBytes(package);
-    EXPECT_EQ(EntryNames(saved), (Names{"[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc", "p.fpage",
-                                        "Metadata/t.xml", "q.FPAGE"}));
+    EXPECT_EQ((Names{"[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc", "p.fpage", "Metadata/t.xml",
+                     "q.FPAGE"}),
+              EntryNames(saved));
     const Package again = OpenBytes(saved);
-    EXPECT_EQ(again.Find("/metadata/t.xml")->contentType, "application/x");
-    EXPECT_EQ(again.Read("/Metadata/t.xml"), "<t/>");
+    EXPECT_EQ("application/x", again.Find("/metadata/t.xml")->contentType);
+    EXPECT_EQ("<t/>", again.Read("/Metadata/t.xml"));
     const std::string types = again.Read("/[Content_Types].xml");
-    EXPECT_NE(types.find("<Override PartName=\"/Metadata/t.xml\" ContentType=\"application/x\"/>"),
-              std::string::npos);
-    EXPECT_EQ(types.find("q.FPAGE"), std::string::npos);
+    EXPECT_NE(std::string::npos,
+              types.find("<Override PartName=\"/Metadata/t.xml\" ContentType=\"application/x\"/>"));
+    EXPECT_EQ(std::string::npos, types.find("q.FPAGE"));
 }
 
 TEST(PackageTest, AddedNamesAreLegalAndUnique) {
     Package package = OpenEntries(SmallDocument());
-    EXPECT_EQ(package.Add("P.FPAGE", "x", ""), "/P-2.FPAGE");
-    EXPECT_EQ(package.Add("/p.fpage", "x", ""), "/p-3.fpage");
-    EXPECT_EQ(package.Add("\\a\\..\\b c", "x", ""), "/a/b%20c");
-    EXPECT_EQ(package.Add("/a/B%20C", "x", ""), "/a/B%20C-2");
-    EXPECT_EQ(package.Add("/[Content_Types].xml", "x", ""), "/%5BContent_Types%5D-2.xml");
-    EXPECT_EQ(package.Add("/a/.x", "x", ""), "/a/.x");
-    EXPECT_EQ(package.Add("/a/.x", "x", ""), "/a/.x-2");
+    EXPECT_EQ("/P-2.FPAGE", package.Add("P.FPAGE", "x", ""));
+    EXPECT_EQ("/p-3.fpage", package.Add("/p.fpage", "x", ""));
+    EXPECT_EQ("/a/b%20c", package.Add("\\a\\..\\b c", "x", ""));
+    EXPECT_EQ("/a/B%20C-2", package.Add("/a/B%20C", "x", ""));
+    EXPECT_EQ("/%5BContent_Types%5D-2.xml", package.Add("/[Content_Types].xml", "x", ""));
+    EXPECT_EQ("/a/.x", package.Add("/a/.x", "x", ""));
+    EXPECT_EQ("/a/.x-2", package.Add("/a/.x", "x", ""));
 }
 
 TEST(PackageTest, ANewNameNeitherStartsNorContinuesThatOfAPart) {
     Package package = OpenEntries(SmallDocument());
-    EXPECT_EQ(package.Add("/P.fpage/t.xml", "x", ""), "/P.fpage-2/t.xml");
-    EXPECT_EQ(package.Add("/a/b/c.xml", "x", ""), "/a/b/c.xml");
-    EXPECT_EQ(package.Add("/A/b", "x", ""), "/A/b-2");
+    EXPECT_EQ("/P.fpage-2/t.xml", package.Add("/P.fpage/t.xml", "x", ""));
+    EXPECT_EQ("/a/b/c.xml", package.Add("/a/b/c.xml", "x", ""));
+    EXPECT_EQ("/A/b-2", package.Add("/A/b", "x", ""));
 }
 
 TEST(PackageTest, ManyPartsOfOneWantedNameAreQuick) {
     Package package = OpenEntries(SmallDocument());
     std::string last;
     for (int i = 0; i < 20'000; ++i) last = package.Add("/Metadata/ticket.xml", "x", "");
-    EXPECT_EQ(last, "/Metadata/ticket-20000.xml");
+    EXPECT_EQ("/Metadata/ticket-20000.xml", last);
 }
 
 TEST(PackageTest, ANameThatIsTooLongIsAnError) {
     Package package = OpenEntries(SmallDocument());
-    EXPECT_EQ(ErrorOf([&] { package.Add(std::string(5'000, 'a'), "x", ""); }),
-              "the name of a new part is too long, /" + std::string(63, 'a'));
+    EXPECT_EQ("the name of a new part is too long, /" + std::string(63, 'a'),
+              ErrorOf([&] { package.Add(std::string(5'000, 'a'), "x", ""); }));
 }
 
 TEST(PackageTest, RemovedPartsLoseTheirRelationshipsAndContentTypes) {
@@ -233,34 +234,34 @@ TEST(PackageTest, RemovedPartsLoseTheirRelationshipsAndContentTypes) {
     saved.Remove("/none");
     EXPECT_FALSE(saved.Contains("/t.xml"));
     const std::string bytes = SavedBytes(saved);
-    EXPECT_EQ(EntryNames(bytes), (Names{"[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc"}));
-    EXPECT_EQ(OpenBytes(bytes).Read("/[Content_Types].xml").find("t.xml"), std::string::npos);
+    EXPECT_EQ((Names{"[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc"}), EntryNames(bytes));
+    EXPECT_EQ(std::string::npos, OpenBytes(bytes).Read("/[Content_Types].xml").find("t.xml"));
 }
 
 TEST(PackageTest, ARemovedNameCanBeUsedAgain) {
     Package package = OpenEntries(SmallDocument());
     package.Remove("/p.fpage");
-    EXPECT_EQ(package.Add("/P.fpage", "application/x", "again"), "/P.fpage");
+    EXPECT_EQ("/P.fpage", package.Add("/P.fpage", "application/x", "again"));
     const std::string bytes = SavedBytes(package);
-    EXPECT_EQ(OpenBytes(bytes).Read("/p.fpage"), "again");
-    EXPECT_EQ(OpenBytes(bytes).Find("/p.fpage")->contentType, "application/x");
+    EXPECT_EQ("again", OpenBytes(bytes).Read("/p.fpage"));
+    EXPECT_EQ("application/x", OpenBytes(bytes).Find("/p.fpage")->contentType);
 }
 
 TEST(PackageTest, RelationshipsAreReadReplacedAndRemoved) {
     Package package = OpenEntries(SmallDocument());
-    ASSERT_EQ(package.Relationships("/").size(), 1U);
-    EXPECT_EQ(package.Relationships("/")[0].target, "/s.fdseq");
+    ASSERT_EQ(1U, package.Relationships("/").size());
+    EXPECT_EQ("/s.fdseq", package.Relationships("/")[0].target);
     EXPECT_TRUE(package.Relationships("/p.fpage").empty());
 
     const std::vector<Relationship> links = {{"R1", "urn:a", "../x", false},
                                              {"R2", "urn:b", "http://y", true}};
     package.SetRelationships("/p.fpage", links);
-    EXPECT_EQ(package.Relationships("/P.fpage"), links);
+    EXPECT_EQ(links, package.Relationships("/P.fpage"));
     Package saved = OpenBytes(SavedBytes(package));
-    EXPECT_EQ(saved.Relationships("/p.fpage"), links);
+    EXPECT_EQ(links, saved.Relationships("/p.fpage"));
     saved.SetRelationships("/p.fpage", {});
-    EXPECT_EQ(EntryNames(SavedBytes(saved)),
-              (Names{"[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc", "p.fpage"}));
+    EXPECT_EQ((Names{"[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc", "p.fpage"}),
+              EntryNames(SavedBytes(saved)));
 }
 
 TEST(PackageTest, WithoutADefaultForRelationshipsTheNewPartDeclaresItself) {
@@ -269,35 +270,35 @@ TEST(PackageTest, WithoutADefaultForRelationshipsTheNewPartDeclaresItself) {
     Package package = OpenEntries(entries);
     package.SetRelationships("/p.fpage", {{"R1", "urn:a", "/x", false}});
     EXPECT_NE(
-        OpenBytes(SavedBytes(package)).Read("/[Content_Types].xml").find("PartName=\"/_rels/p.fpage.rels\""),
-        std::string::npos);
+        std::string::npos,
+        OpenBytes(SavedBytes(package)).Read("/[Content_Types].xml").find("PartName=\"/_rels/p.fpage.rels\""));
 }
 
 TEST(PackageTest, SavesToAFile) {
     const TemporaryFolder folder;
     WriteFileBytes(folder / "in.xps", BuildZip(SmallDocument()));
     Package package = Package::Open(folder / "in.xps");
-    EXPECT_EQ(package.Where(), PathText(folder / "in.xps"));
+    EXPECT_EQ(common::PathText(folder / "in.xps"), package.Where());
     package.Replace("/p.fpage", "new");
     package.Save(folder / "out.xps");
-    EXPECT_EQ(folder.Names(), (std::set<std::string>{"in.xps", "out.xps"}));
-    EXPECT_EQ(Package::Open(folder / "out.xps").Read("/p.fpage"), "new");
-    EXPECT_EQ(ReadFileBytes(folder / "in.xps"), BuildZip(SmallDocument()));
+    EXPECT_EQ((std::set<std::string>{"in.xps", "out.xps"}), folder.Names());
+    EXPECT_EQ("new", Package::Open(folder / "out.xps").Read("/p.fpage"));
+    EXPECT_EQ(BuildZip(SmallDocument()), ReadFileBytes(folder / "in.xps"));
 }
 
 TEST(PackageTest, IsNotWrittenOverItsOwnInput) {
     const TemporaryFolder folder;
     WriteFileBytes(folder / "in.xps", BuildZip(SmallDocument()));
     const Package package = Package::Open(folder / "in.xps");
-    EXPECT_EQ(ErrorOf([&] { package.Save(folder / "." / "IN.xps"); }),
-              "cannot be written over its own input, " + PathText(folder / "." / "IN.xps"));
-    EXPECT_EQ(ReadFileBytes(folder / "in.xps"), BuildZip(SmallDocument()));
+    EXPECT_EQ("cannot be written over its own input, " + common::PathText(folder / "." / "IN.xps"),
+              ErrorOf([&] { package.Save(folder / "." / "IN.xps"); }));
+    EXPECT_EQ(BuildZip(SmallDocument()), ReadFileBytes(folder / "in.xps"));
 }
 
 TEST(PackageTest, WhatCannotBeWrittenLeavesNothing) {
     const TemporaryFolder folder;
     const Package package = OpenEntries(SmallDocument());
-    EXPECT_NE(ErrorOf([&] { package.Save(folder / "none" / "out.xps"); }), "");
+    EXPECT_NE("", ErrorOf([&] { package.Save(folder / "none" / "out.xps"); }));
     EXPECT_TRUE(folder.Names().empty());
 }
 

@@ -15,11 +15,11 @@ TEST(RelationshipsTest, ComeInTheOrderOfTheMarkup) {
 
 TEST(RelationshipsTest, AreWrittenAsTheirSchemaHasThem) {
     EXPECT_EQ(
-        RelationshipsMarkup({{"R1", "urn:t", "/a<b\t", false}, {"R2", "urn:t", "u", true}}),
-        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\r\n"
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
         "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
         "<Relationship Type=\"urn:t\" Target=\"/a&lt;b&#9;\" Id=\"R1\"/>"
-        "<Relationship Type=\"urn:t\" Target=\"u\" Id=\"R2\" TargetMode=\"External\"/></Relationships>");
+        "<Relationship Type=\"urn:t\" Target=\"u\" Id=\"R2\" TargetMode=\"External\"/></Relationships>",
+        RelationshipsMarkup({{"R1", "urn:t", "/a<b\t", false}, {"R2", "urn:t", "u", true}}));
 }
 
 TEST(RelationshipsTest, ElementsOfOtherNamespacesDoNotCount) {
@@ -32,19 +32,19 @@ TEST(RelationshipsTest, MissingAttributesAreEmpty) {
         "<r:Relationships xmlns:r='http://schemas.openxmlformats.org/package/2006/relationships'>"
         "<r:Relationship/></r:Relationships>",
         "/r", {});
-    ASSERT_EQ(relationships.size(), 1U);
-    EXPECT_EQ(relationships[0], Relationship());
+    ASSERT_EQ(1U, relationships.size());
+    EXPECT_EQ(Relationship(), relationships[0]);
 }
 
 TEST(RelationshipsTest, AFreeIdIsTheFirstThatIsNotTaken) {
-    EXPECT_EQ(FreeId({}), "R1");
-    EXPECT_EQ(FreeId({{"R1", "", "", false}, {"R3", "", "", false}, {"x", "", "", false}}), "R2");
+    EXPECT_EQ("R1", FreeId({}));
+    EXPECT_EQ("R2", FreeId({{"R1", "", "", false}, {"R3", "", "", false}, {"x", "", "", false}}));
 }
 
 TEST(RelationshipsTest, MarkupThatCannotBeReadIsAnErrorThatNamesThePart) {
     EXPECT_EQ(
-        ErrorOf([] { static_cast<void>(ParseRelationships("<a></b>", "/_rels/.rels", {})); }),
-        "is not well-formed XML (line 1: Opening and ending tag mismatch: a line 1 and b), /_rels/.rels");
+        "is not well-formed XML (line 1: Opening and ending tag mismatch: a line 1 and b), /_rels/.rels",
+        ErrorOf([] { static_cast<void>(ParseRelationships("<a></b>", "/_rels/.rels", {})); }));
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <filesystem>
 
-#include "devkit/package/pagegeometry.h"
+#include "devkit/package/pagedimensions.h"
 #include "devkit/package/xpsdocument.h"
 
 namespace devkit::package {
@@ -24,7 +24,7 @@ Texts Outline(const XpsDocument& document) {
     for (const FixedDocument& each : document.sequence.documents) {
         lines.push_back(line(each.name, each.ticket));
         for (const FixedPage& page : each.pages) {
-            const auto size = ReadPageGeometry(document.ReadMarkup(page));
+            const auto size = ReadPageDimensions(document.ReadMarkup(page));
             lines.push_back(line(page.name, page.ticket) + " " + std::to_string(std::lround(size->width)) +
                             "x" + std::to_string(std::lround(size->height)));
         }
@@ -52,52 +52,52 @@ const Texts kSampleOutline = {
 TEST(SamplesTest, TheSampleIsReadInBothVocabulariesAndInterleaved) {
     for (const char* name : {"sample.xps", "sample.oxps", "streamed.xps"}) {
         const XpsDocument document = Sample(name);
-        EXPECT_EQ(Outline(document), kSampleOutline) << name;
-        EXPECT_EQ(document.thumbnail, "/Metadata/thumbnail.png") << name;
+        EXPECT_EQ(kSampleOutline, Outline(document)) << name;
+        EXPECT_EQ("/Metadata/thumbnail.png", document.thumbnail) << name;
         EXPECT_TRUE(document.Findings().empty()) << name;
-        EXPECT_EQ(document.GetFlavour(),
-                  std::string(name) == "sample.oxps" ? Flavour::OpenXps : Flavour::MicrosoftXps);
+        EXPECT_EQ(std::string(name) == "sample.oxps" ? Flavour::OpenXps : Flavour::MicrosoftXps,
+                  document.GetFlavour());
     }
 }
 
 TEST(SamplesTest, TheInterleavedSampleHoldsTheSamePartsAsTheSample) {
     const XpsDocument plain = Sample("sample.xps");
     const XpsDocument streamed = Sample("streamed.xps");
-    ASSERT_EQ(streamed.GetPackage().Parts().size(), plain.GetPackage().Parts().size());
+    ASSERT_EQ(plain.GetPackage().Parts().size(), streamed.GetPackage().Parts().size());
     for (const PartInfo& part : plain.GetPackage().Parts()) {
-        EXPECT_EQ(streamed.ReadPart(part.name), plain.ReadPart(part.name)) << part.name;
-        EXPECT_EQ(streamed.GetPackage().Find(part.name)->contentType, part.contentType) << part.name;
+        EXPECT_EQ(plain.ReadPart(part.name), streamed.ReadPart(part.name)) << part.name;
+        EXPECT_EQ(part.contentType, streamed.GetPackage().Find(part.name)->contentType) << part.name;
     }
 }
 
 TEST(SamplesTest, ResourcesOfPagesAreFound) {
     const XpsDocument document = Sample("sample.xps");
     const std::string font = "/Resources/Fonts/3F2504E0-4F89-41D3-9A0C-0305E82C3301.odttf";
-    EXPECT_EQ(document.sequence.documents[0].pages[3].resources,
-              (Texts{font, "/Resources/Images/corners.png"}));
-    EXPECT_EQ(document.GetPackage().Find(font)->contentType,
-              "application/vnd.ms-package.obfuscated-opentype");
-    EXPECT_EQ(Sample("resources.xps").sequence.documents[0].pages[1].resources,
-              Texts{"/Resources/colours.dict"});
+    EXPECT_EQ((Texts{font, "/Resources/Images/corners.png"}),
+              document.sequence.documents[0].pages[3].resources);
+    EXPECT_EQ("application/vnd.ms-package.obfuscated-opentype",
+              document.GetPackage().Find(font)->contentType);
+    EXPECT_EQ(Texts{"/Resources/colours.dict"},
+              Sample("resources.xps").sequence.documents[0].pages[1].resources);
 }
 
 TEST(SamplesTest, NamesAreFoundInAnySpelling) {
-    EXPECT_EQ(Outline(Sample("names.xps")),
-              (Texts{"/docs/sequence.xml /docs/tickets/job.xml", "/docs/one/document.xml -",
-                     "/docs/one/A%20Page.xml /docs/tickets/page.xml 794x1123"}));
+    EXPECT_EQ((Texts{"/docs/sequence.xml /docs/tickets/job.xml", "/docs/one/document.xml -",
+                     "/docs/one/A%20Page.xml /docs/tickets/page.xml 794x1123"}),
+              Outline(Sample("names.xps")));
     const XpsDocument document = Sample("names.xps");
-    EXPECT_EQ(document.GetPackage().Find("/docs/one/a page.XML")->contentType, kFixedPageContentType);
-    EXPECT_EQ(document.GetPackage().Find("/docs/tickets/JOB.xml")->contentType, kPrintTicketContentType);
+    EXPECT_EQ(kFixedPageContentType, document.GetPackage().Find("/docs/one/a page.XML")->contentType);
+    EXPECT_EQ(kPrintTicketContentType, document.GetPackage().Find("/docs/tickets/JOB.xml")->contentType);
     EXPECT_TRUE(document.Findings().empty());
 }
 
 TEST(SamplesTest, Utf16IsReadWithAndWithoutADeclaration) {
-    EXPECT_EQ(Outline(Sample("utf16.xps")), (Texts{"/s.fdseq -", "/d.fdoc -", "/p.fpage - 794x1123"}));
-    EXPECT_EQ(Sample("utf16.xps").GetPackage().Find("/p.fpage")->contentType, kFixedPageContentType);
+    EXPECT_EQ((Texts{"/s.fdseq -", "/d.fdoc -", "/p.fpage - 794x1123"}), Outline(Sample("utf16.xps")));
+    EXPECT_EQ(kFixedPageContentType, Sample("utf16.xps").GetPackage().Find("/p.fpage")->contentType);
 }
 
 TEST(SamplesTest, TheSmallestSampleIsRead) {
-    EXPECT_EQ(Outline(Sample("minimal.xps")), (Texts{"/s.fdseq -", "/d.fdoc -", "/p.fpage - 794x1123"}));
+    EXPECT_EQ((Texts{"/s.fdseq -", "/d.fdoc -", "/p.fpage - 794x1123"}), Outline(Sample("minimal.xps")));
 }
 
 }  // namespace

@@ -9,9 +9,14 @@
 #include "devkit/package/package.h"
 #include "devkit/package/xpsdocument.h"
 #include "memorystorage.h"
+#include "temporaryfolder.h"
 #include "zipbuilder.h"
 
 namespace devkit::package {
+
+using tests::ReadFileBytes;
+using tests::TemporaryFolder;
+using tests::WriteFileBytes;
 
 inline const std::string kXps = "http://schemas.microsoft.com/xps/2005/06";
 
@@ -49,16 +54,17 @@ inline RawEntry& EntryOf(std::vector<RawEntry>& entries, const std::string& name
     return RelationshipsMarkup(relationships);
 }
 
-[[nodiscard]] inline Package OpenBytes(std::string bytes, const Limits& limits = {}) {
+[[nodiscard]] inline Package OpenBytes(std::string bytes, const common::Limits& limits = {}) {
     return Package::Open(std::make_unique<MemorySource>(std::move(bytes)), "test.xps", limits);
 }
 
-[[nodiscard]] inline Package OpenEntries(const std::vector<RawEntry>& entries, const Limits& limits = {}) {
+[[nodiscard]] inline Package OpenEntries(const std::vector<RawEntry>& entries,
+                                         const common::Limits& limits = {}) {
     return OpenBytes(BuildZip(entries), limits);
 }
 
 [[nodiscard]] inline XpsDocument OpenDocument(const std::vector<RawEntry>& entries,
-                                              const Limits& limits = {}) {
+                                              const common::Limits& limits = {}) {
     return XpsDocument::Open(OpenEntries(entries, limits));
 }
 
@@ -69,19 +75,19 @@ template <typename Saved>
     return sink.bytes;
 }
 
-// What the action's PackageError says; empty when there is none.
+// What the action's common::Error says; empty when there is none.
 template <typename Action>
 [[nodiscard]] std::string ErrorOf(Action&& action) {
     try {
         std::forward<Action>(action)();
-    } catch (const PackageError& error) {
+    } catch (const common::Error& error) {
         return error.what();
     }
     return {};
 }
 
 [[nodiscard]] inline std::string OpeningError(const std::vector<RawEntry>& entries,
-                                              const Limits& limits = {}) {
+                                              const common::Limits& limits = {}) {
     return ErrorOf([&] { static_cast<void>(OpenDocument(entries, limits)); });
 }
 

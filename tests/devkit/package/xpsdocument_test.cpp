@@ -22,17 +22,17 @@ std::string Document(const Texts& pages) {
 
 TEST(XpsDocumentTest, ReadsTheSmallestDocument) {
     const XpsDocument document = OpenDocument(SmallDocument());
-    EXPECT_EQ(document.GetFlavour(), Flavour::MicrosoftXps);
-    EXPECT_EQ(document.sequence.name, "/s.fdseq");
+    EXPECT_EQ(Flavour::MicrosoftXps, document.GetFlavour());
+    EXPECT_EQ("/s.fdseq", document.sequence.name);
     EXPECT_FALSE(document.sequence.implied);
-    EXPECT_EQ(document.sequence.ticket, std::nullopt);
-    EXPECT_EQ(document.thumbnail, std::nullopt);
-    ASSERT_EQ(document.sequence.documents.size(), 1U);
-    EXPECT_EQ(document.sequence.documents[0].name, "/d.fdoc");
-    ASSERT_EQ(document.sequence.documents[0].pages.size(), 1U);
-    EXPECT_EQ(document.sequence.documents[0].pages[0].name, "/p.fpage");
+    EXPECT_EQ(std::nullopt, document.sequence.ticket);
+    EXPECT_EQ(std::nullopt, document.thumbnail);
+    ASSERT_EQ(1U, document.sequence.documents.size());
+    EXPECT_EQ("/d.fdoc", document.sequence.documents[0].name);
+    ASSERT_EQ(1U, document.sequence.documents[0].pages.size());
+    EXPECT_EQ("/p.fpage", document.sequence.documents[0].pages[0].name);
     EXPECT_TRUE(document.Findings().empty());
-    EXPECT_EQ(document.ReadMarkup(document.sequence.documents[0].pages[0]), document.ReadPart("/p.fpage"));
+    EXPECT_EQ(document.ReadPart("/p.fpage"), document.ReadMarkup(document.sequence.documents[0].pages[0]));
 }
 
 TEST(XpsDocumentTest, FindsTicketsAtTheThreeLevelsTheThumbnailAndResources) {
@@ -50,12 +50,12 @@ TEST(XpsDocumentTest, FindsTicketsAtTheThreeLevelsTheThumbnailAndResources) {
                              "font2.ttf", "frag"})
         entries.emplace_back(name, name);
     const XpsDocument document = OpenDocument(entries);
-    EXPECT_EQ(document.thumbnail, "/meta/t.png");
-    EXPECT_EQ(document.sequence.ticket, "/meta/job.xml");
-    EXPECT_EQ(document.sequence.documents[0].ticket, "/meta/document.xml");
+    EXPECT_EQ("/meta/t.png", document.thumbnail);
+    EXPECT_EQ("/meta/job.xml", document.sequence.ticket);
+    EXPECT_EQ("/meta/document.xml", document.sequence.documents[0].ticket);
     const FixedPage& page = document.sequence.documents[0].pages[0];
-    EXPECT_EQ(page.ticket, "/meta/page.xml");
-    EXPECT_EQ(page.resources, (Texts{"/font.odttf", "/font2.ttf"}));
+    EXPECT_EQ("/meta/page.xml", page.ticket);
+    EXPECT_EQ((Texts{"/font.odttf", "/font2.ttf"}), page.resources);
     EXPECT_TRUE(document.Findings().empty());
 }
 
@@ -71,9 +71,9 @@ TEST(XpsDocumentTest, ReadsOpenXps) {
     entries.emplace_back("t", "");
     entries.emplace_back("f", "");
     const XpsDocument document = OpenDocument(entries);
-    EXPECT_EQ(document.GetFlavour(), Flavour::OpenXps);
-    EXPECT_EQ(document.sequence.documents[0].pages[0].ticket, "/t");
-    EXPECT_EQ(document.sequence.documents[0].pages[0].resources, Texts{"/f"});
+    EXPECT_EQ(Flavour::OpenXps, document.GetFlavour());
+    EXPECT_EQ("/t", document.sequence.documents[0].pages[0].ticket);
+    EXPECT_EQ(Texts{"/f"}, document.sequence.documents[0].pages[0].resources);
 }
 
 TEST(XpsDocumentTest, DocumentsAndPagesComeInSendingOrder) {
@@ -87,7 +87,7 @@ TEST(XpsDocumentTest, DocumentsAndPagesComeInSendingOrder) {
         order.push_back(each.name);
         for (const FixedPage& page : each.pages) order.push_back(page.name);
     }
-    EXPECT_EQ(order, (Texts{"/b.fdoc", "/3.fpage", "/1.fpage", "/2.fpage", "/d.fdoc", "/p.fpage"}));
+    EXPECT_EQ((Texts{"/b.fdoc", "/3.fpage", "/1.fpage", "/2.fpage", "/d.fdoc", "/p.fpage"}), order);
 }
 
 TEST(XpsDocumentTest, AStartPartThatIsADocumentImpliesASequence) {
@@ -97,19 +97,19 @@ TEST(XpsDocumentTest, AStartPartThatIsADocumentImpliesASequence) {
     entries.emplace_back("t", "");
     const XpsDocument document = OpenDocument(entries);
     EXPECT_TRUE(document.sequence.implied);
-    EXPECT_EQ(document.sequence.name, "/FixedDocumentSequence.fdseq");
-    EXPECT_EQ(document.sequence.ticket, std::nullopt);
-    ASSERT_EQ(document.sequence.documents.size(), 1U);
-    EXPECT_EQ(document.sequence.documents[0].ticket, "/t");
-    EXPECT_EQ(document.Findings(), Texts{"is the start part, but a fixed document, /d.fdoc"});
+    EXPECT_EQ("/FixedDocumentSequence.fdseq", document.sequence.name);
+    EXPECT_EQ(std::nullopt, document.sequence.ticket);
+    ASSERT_EQ(1U, document.sequence.documents.size());
+    EXPECT_EQ("/t", document.sequence.documents[0].ticket);
+    EXPECT_EQ(Texts{"is the start part, but a fixed document, /d.fdoc"}, document.Findings());
 }
 
 TEST(XpsDocumentTest, OfTwoStartPartsTheLastCounts) {
     std::vector<RawEntry> entries = SmallDocument();
     EntryOf(entries, "_rels/.rels").data = Links({{kStart, "/none"}, {kStart, "/s.fdseq"}});
     const XpsDocument document = OpenDocument(entries);
-    EXPECT_EQ(document.sequence.name, "/s.fdseq");
-    EXPECT_EQ(document.Findings(), Texts{"has several start parts, the last is taken, test.xps"});
+    EXPECT_EQ("/s.fdseq", document.sequence.name);
+    EXPECT_EQ(Texts{"has several start parts, the last is taken, test.xps"}, document.Findings());
 }
 
 TEST(XpsDocumentTest, OfTwoTicketsTheFirstCounts) {
@@ -118,9 +118,10 @@ TEST(XpsDocumentTest, OfTwoTicketsTheFirstCounts) {
     entries.emplace_back("a", "");
     entries.emplace_back("b", "");
     const XpsDocument document = OpenDocument(entries);
-    EXPECT_EQ(document.sequence.documents[0].pages[0].ticket, "/a");
-    EXPECT_EQ(document.Findings(), (Texts{"the print ticket 'none' is missing, /p.fpage",
-                                          "has several print tickets, the first is taken, /p.fpage"}));
+    EXPECT_EQ("/a", document.sequence.documents[0].pages[0].ticket);
+    EXPECT_EQ((Texts{"the print ticket 'none' is missing, /p.fpage",
+                     "has several print tickets, the first is taken, /p.fpage"}),
+              document.Findings());
 }
 
 TEST(XpsDocumentTest, APageOrDocumentCountsOnce) {
@@ -128,10 +129,11 @@ TEST(XpsDocumentTest, APageOrDocumentCountsOnce) {
     EntryOf(entries, "s.fdseq").data = Sequence({"/d.fdoc", "/D.fdoc"});
     EntryOf(entries, "d.fdoc").data = Document({"/p.fpage", "/p.fpage"});
     const XpsDocument document = OpenDocument(entries);
-    ASSERT_EQ(document.sequence.documents.size(), 1U);
-    EXPECT_EQ(document.sequence.documents[0].pages.size(), 1U);
-    EXPECT_EQ(document.Findings(), (Texts{"is referred to again, which is passed over, /p.fpage",
-                                          "is referred to again, which is passed over, /d.fdoc"}));
+    ASSERT_EQ(1U, document.sequence.documents.size());
+    EXPECT_EQ(1U, document.sequence.documents[0].pages.size());
+    EXPECT_EQ((Texts{"is referred to again, which is passed over, /p.fpage",
+                     "is referred to again, which is passed over, /d.fdoc"}),
+              document.Findings());
 }
 
 TEST(XpsDocumentTest, WhatIsMissingWithoutNeedIsAFinding) {
@@ -142,43 +144,43 @@ TEST(XpsDocumentTest, WhatIsMissingWithoutNeedIsAFinding) {
     entries.emplace_back("e.fdoc", Document({}));
     const XpsDocument document = OpenDocument(entries);
     EXPECT_EQ(
-        document.Findings(),
         (Texts{"is not well-formed XML (line 1: Couldn't find end of Start Tag broken), /_rels/d.fdoc.rels",
-               "the resource '/none.ttf' is missing, /p.fpage", "has no pages, /e.fdoc"}));
+               "the resource '/none.ttf' is missing, /p.fpage", "has no pages, /e.fdoc"}),
+        document.Findings());
 }
 
 TEST(XpsDocumentTest, ANameThatReadsAsAFragmentIsFound) {
     std::vector<RawEntry> entries = SmallDocument();
     EntryOf(entries, "d.fdoc").data = Document({"/a#b.fpage"});
     entries.emplace_back("a#b.fpage", "");
-    EXPECT_EQ(OpenDocument(entries).sequence.documents[0].pages[0].name, "/a#b.fpage");
+    EXPECT_EQ("/a#b.fpage", OpenDocument(entries).sequence.documents[0].pages[0].name);
 }
 
 TEST(XpsDocumentTest, WithoutADocumentToBeHadItIsRefused) {
     std::vector<RawEntry> entries = SmallDocument();
     EntryOf(entries, "_rels/.rels").data = Links({{"urn:other", "/s.fdseq"}});
-    EXPECT_EQ(OpeningError(entries), "has no start part, test.xps");
+    EXPECT_EQ("has no start part, test.xps", OpeningError(entries));
     EntryOf(entries, "_rels/.rels").data = Links({{kStart, "none.fdseq"}});
-    EXPECT_EQ(OpeningError(entries), "the start part is missing, none.fdseq");
+    EXPECT_EQ("the start part is missing, none.fdseq", OpeningError(entries));
     EntryOf(entries, "_rels/.rels").data = "<Relationships";
-    EXPECT_EQ(OpeningError(entries),
-              "is not well-formed XML (line 1: Couldn't find end of Start Tag Relationships), /_rels/.rels");
+    EXPECT_EQ("is not well-formed XML (line 1: Couldn't find end of Start Tag Relationships), /_rels/.rels",
+              OpeningError(entries));
 
     entries = SmallDocument();
     EntryOf(entries, "s.fdseq").data = Sequence({});
-    EXPECT_EQ(OpeningError(entries), "has no pages, /s.fdseq");
+    EXPECT_EQ("has no pages, /s.fdseq", OpeningError(entries));
     EntryOf(entries, "s.fdseq").data = Sequence({"x/none.fdoc"});
-    EXPECT_EQ(OpeningError(entries), "is missing, /x/none.fdoc (from /s.fdseq)");
+    EXPECT_EQ("is missing, /x/none.fdoc (from /s.fdseq)", OpeningError(entries));
     EntryOf(entries, "s.fdseq").data = Sequence({"p.fpage"});
-    EXPECT_EQ(OpeningError(entries), "is neither a fixed document sequence nor a fixed document, /p.fpage");
+    EXPECT_EQ("is neither a fixed document sequence nor a fixed document, /p.fpage", OpeningError(entries));
     EntryOf(entries, "s.fdseq").data = Sequence({"s.fdseq"});
-    EXPECT_EQ(OpeningError(entries), "is not a fixed document, /s.fdseq");
+    EXPECT_EQ("is not a fixed document, /s.fdseq", OpeningError(entries));
     EntryOf(entries, "s.fdseq").data = "<!DOCTYPE x>" + Sequence({"d.fdoc"}).substr(40);
-    EXPECT_EQ(OpeningError(entries), "has a document type declaration, /s.fdseq");
+    EXPECT_EQ("has a document type declaration, /s.fdseq", OpeningError(entries));
 
     entries = SmallDocument();
     EntryOf(entries, "d.fdoc").data = Document({"/none.fpage"});
-    EXPECT_EQ(OpeningError(entries), "is missing, /none.fpage (from /d.fdoc)");
+    EXPECT_EQ("is missing, /none.fpage (from /d.fdoc)", OpeningError(entries));
 }
 
 }  // namespace

@@ -17,12 +17,12 @@ class CommunicatorTest : public PipelineTest {
     }
     static ComPtr<IUnknown> Reader(Communicator& communicator, HRESULT expected = S_OK) {
         void* reader = nullptr;
-        EXPECT_EQ(communicator.RequestReader(&reader), expected);
+        EXPECT_EQ(expected, communicator.RequestReader(&reader));
         return ComPtr<IUnknown>::Adopt(static_cast<IXpsDocumentProvider*>(reader));
     }
     static ComPtr<IUnknown> Writer(Communicator& communicator, HRESULT expected = S_OK) {
         void* writer = nullptr;
-        EXPECT_EQ(communicator.RequestWriter(&writer), expected);
+        EXPECT_EQ(expected, communicator.RequestWriter(&writer));
         return ComPtr<IUnknown>::Adopt(static_cast<IXpsDocumentConsumer*>(writer));
     }
 };
@@ -34,34 +34,34 @@ TEST_F(CommunicatorTest, GivesTheXpsStreamsTheSameEachTime) {
     EXPECT_FALSE(communicator->WriterGiven());
     const auto reader = Reader(*communicator.Get());
     const auto writer = Writer(*communicator.Get());
-    EXPECT_EQ(reader.QueryTo(provider), S_OK);
-    EXPECT_EQ(writer.QueryTo(consumer), S_OK);
-    EXPECT_EQ(reader.Get(), Reader(*communicator.Get()).Get());
-    EXPECT_EQ(writer.Get(), Writer(*communicator.Get()).Get());
+    EXPECT_EQ(S_OK, reader.QueryTo(provider));
+    EXPECT_EQ(S_OK, writer.QueryTo(consumer));
+    EXPECT_EQ(Reader(*communicator.Get()).Get(), reader.Get());
+    EXPECT_EQ(Writer(*communicator.Get()).Get(), writer.Get());
     EXPECT_TRUE(communicator->WriterGiven());
 }
 
 TEST_F(CommunicatorTest, GivesStreamsThatAnswerIUnknownAloneWhenSwitched) {
-    Switches switches;
-    switches.reader = StreamKind::Unrecognised;
-    switches.writer = StreamKind::Unrecognised;
-    Use(switches);
+    Behaviour behaviour;
+    behaviour.reader = StreamKind::Unrecognised;
+    behaviour.writer = StreamKind::Unrecognised;
+    Use(behaviour);
     const auto communicator = Make();
     ComPtr<IXpsDocumentProvider> provider;
     ComPtr<IXpsDocumentConsumer> consumer;
     ComPtr<IUnknown> identity;
-    EXPECT_EQ(Reader(*communicator.Get()).QueryTo(provider), E_NOINTERFACE);
-    EXPECT_EQ(Writer(*communicator.Get()).QueryTo(consumer), E_NOINTERFACE);
-    EXPECT_EQ(Reader(*communicator.Get()).QueryTo(identity), S_OK);
-    EXPECT_EQ(Reader(*communicator.Get())->QueryInterface(__uuidof(IXpsDocumentProvider), nullptr),
-              E_POINTER);
+    EXPECT_EQ(E_NOINTERFACE, Reader(*communicator.Get()).QueryTo(provider));
+    EXPECT_EQ(E_NOINTERFACE, Writer(*communicator.Get()).QueryTo(consumer));
+    EXPECT_EQ(S_OK, Reader(*communicator.Get()).QueryTo(identity));
+    EXPECT_EQ(E_POINTER,
+              Reader(*communicator.Get())->QueryInterface(__uuidof(IXpsDocumentProvider), nullptr));
 }
 
 TEST_F(CommunicatorTest, GivesNothingWhenSwitched) {
-    Switches switches;
-    switches.reader = StreamKind::None;
-    switches.writer = StreamKind::None;
-    Use(switches);
+    Behaviour behaviour;
+    behaviour.reader = StreamKind::None;
+    behaviour.writer = StreamKind::None;
+    Use(behaviour);
     const auto communicator = Make();
     EXPECT_FALSE(Reader(*communicator.Get()));
     EXPECT_FALSE(Writer(*communicator.Get()));
@@ -69,9 +69,9 @@ TEST_F(CommunicatorTest, GivesNothingWhenSwitched) {
 }
 
 TEST_F(CommunicatorTest, FailsAsPlanned) {
-    Switches switches = Failing("RequestReader", E_ACCESSDENIED);
-    switches.faults.push_back({"RequestWriter", "", 1, E_OUTOFMEMORY, false});
-    Use(switches);
+    Behaviour behaviour = Failing("RequestReader", E_ACCESSDENIED);
+    behaviour.faults.push_back({"RequestWriter", "", 1, E_OUTOFMEMORY, false});
+    Use(behaviour);
     const auto communicator = Make();
     EXPECT_FALSE(Reader(*communicator.Get(), E_ACCESSDENIED));
     EXPECT_FALSE(Writer(*communicator.Get(), E_OUTOFMEMORY));
@@ -80,8 +80,8 @@ TEST_F(CommunicatorTest, FailsAsPlanned) {
 
 TEST_F(CommunicatorTest, RefusesNullPointers) {
     const auto communicator = Make();
-    EXPECT_EQ(communicator->RequestReader(nullptr), E_POINTER);
-    EXPECT_EQ(communicator->RequestWriter(nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, communicator->RequestReader(nullptr));
+    EXPECT_EQ(E_POINTER, communicator->RequestWriter(nullptr));
 }
 
 }  // namespace

@@ -17,17 +17,17 @@ class DocumentConsumerTest : public PartsTest {
     }
     // Brings the consumer to where pages may be sent.
     DocumentConsumer& ReadyForPages() {
-        EXPECT_EQ(Consumer().SendXpsDocument(XpsDocument().Get()), S_OK);
-        EXPECT_EQ(Consumer().SendFixedDocumentSequence(Sequence().Get()), S_OK);
-        EXPECT_EQ(Consumer().SendFixedDocument(FirstDocument().Get()), S_OK);
+        EXPECT_EQ(S_OK, Consumer().SendXpsDocument(XpsDocument().Get()));
+        EXPECT_EQ(S_OK, Consumer().SendFixedDocumentSequence(Sequence().Get()));
+        EXPECT_EQ(S_OK, Consumer().SendFixedDocument(FirstDocument().Get()));
         return Consumer();
     }
     HRESULT NewEmptyPart(REFIID iid, const wchar_t* uri = L"/new") {
         ComPtr<IUnknown> part;
         ComPtr<IPrintWriteStream> stream;
         const HRESULT hr = Consumer().GetNewEmptyPart(uri, iid, part.PutVoid(), stream.Put());
-        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(part));
-        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(stream));
+        EXPECT_EQ(static_cast<bool>(part), SUCCEEDED(hr));
+        EXPECT_EQ(static_cast<bool>(stream), SUCCEEDED(hr));
         if (stream) stream->Close();
         return hr;
     }
@@ -42,165 +42,165 @@ class DocumentConsumerTest : public PartsTest {
 
 TEST_F(DocumentConsumerTest, TakesPartsInOrderAndTheEnd) {
     ReadyForPages();
-    EXPECT_EQ(Consumer().SendFixedPage(FirstPage().Get()), S_OK);
-    EXPECT_EQ(Consumer().SendFixedPage(SecondPage().Get()), S_OK);
+    EXPECT_EQ(S_OK, Consumer().SendFixedPage(FirstPage().Get()));
+    EXPECT_EQ(S_OK, Consumer().SendFixedPage(SecondPage().Get()));
     EXPECT_FALSE(Consumer().IsClosed());
-    EXPECT_EQ(Consumer().CloseSender(), S_OK);
+    EXPECT_EQ(S_OK, Consumer().CloseSender());
     EXPECT_TRUE(Consumer().IsClosed());
-    EXPECT_EQ(Consumer().Sent().size(), 5U);
-    EXPECT_EQ(Breaches(), Lines{});
+    EXPECT_EQ(5U, Consumer().Sent().size());
+    EXPECT_EQ(Lines{}, Breaches());
 }
 
 TEST_F(DocumentConsumerTest, ASecondXpsDocumentIsABreachThoughItIsAnotherObject) {
-    EXPECT_EQ(Consumer().SendXpsDocument(XpsDocument().Get()), S_OK);
-    EXPECT_EQ(Consumer().SendXpsDocument(XpsDocument().Get()), CallOutOfOrder);
-    EXPECT_EQ(Breaches(), Lines{"a second XpsDocument was sent"});
+    EXPECT_EQ(S_OK, Consumer().SendXpsDocument(XpsDocument().Get()));
+    EXPECT_EQ(kCallOutOfOrder, Consumer().SendXpsDocument(XpsDocument().Get()));
+    EXPECT_EQ(Lines{"a second XpsDocument was sent"}, Breaches());
 }
 
 TEST_F(DocumentConsumerTest, ASecondSequenceIsABreachThoughItIsAnotherObject) {
     ReadyForPages();
-    EXPECT_EQ(Consumer().SendFixedDocumentSequence(Sequence().Get()), CallOutOfOrder);
-    EXPECT_EQ(Breaches(), Lines{"a second FixedDocumentSequence was sent"});
+    EXPECT_EQ(kCallOutOfOrder, Consumer().SendFixedDocumentSequence(Sequence().Get()));
+    EXPECT_EQ(Lines{"a second FixedDocumentSequence was sent"}, Breaches());
 }
 
 TEST_F(DocumentConsumerTest, APartSentTwiceIsABreachThroughAnyOfItsObjects) {
     ReadyForPages();
     const auto page = FirstPage();
-    EXPECT_EQ(Consumer().SendFixedPage(page.Get()), S_OK);
-    EXPECT_EQ(Consumer().SendFixedPage(page.Get()), CallOutOfOrder);
-    EXPECT_EQ(Breaches(), Lines{"FixedPage /1/1.fpage was sent twice"});
-    EXPECT_EQ(Consumer().Sent().size(), 4U);
+    EXPECT_EQ(S_OK, Consumer().SendFixedPage(page.Get()));
+    EXPECT_EQ(kCallOutOfOrder, Consumer().SendFixedPage(page.Get()));
+    EXPECT_EQ(Lines{"FixedPage /1/1.fpage was sent twice"}, Breaches());
+    EXPECT_EQ(4U, Consumer().Sent().size());
 }
 
 TEST_F(DocumentConsumerTest, NothingMayComeAfterCloseSender) {
-    EXPECT_EQ(Consumer().SendXpsDocument(XpsDocument().Get()), S_OK);
-    EXPECT_EQ(Consumer().CloseSender(), S_OK);
-    EXPECT_EQ(Consumer().SendFixedDocumentSequence(Sequence().Get()), CallOutOfOrder);
-    EXPECT_EQ(Consumer().SendXpsUnknown(MakeObject<PipelineControl>(Context()).Get()), CallOutOfOrder);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartPrintTicket)), CallOutOfOrder);
-    EXPECT_EQ(Consumer().CloseSender(), CallOutOfOrder);
-    EXPECT_EQ(Breaches(),
-              (Lines{"SendFixedDocumentSequence of FixedDocumentSequence /seq.fdseq came after CloseSender",
+    EXPECT_EQ(S_OK, Consumer().SendXpsDocument(XpsDocument().Get()));
+    EXPECT_EQ(S_OK, Consumer().CloseSender());
+    EXPECT_EQ(kCallOutOfOrder, Consumer().SendFixedDocumentSequence(Sequence().Get()));
+    EXPECT_EQ(kCallOutOfOrder, Consumer().SendXpsUnknown(MakeObject<PipelineControl>(Context()).Get()));
+    EXPECT_EQ(kCallOutOfOrder, NewEmptyPart(__uuidof(IPartPrintTicket)));
+    EXPECT_EQ(kCallOutOfOrder, Consumer().CloseSender());
+    EXPECT_EQ((Lines{"SendFixedDocumentSequence of FixedDocumentSequence /seq.fdseq came after CloseSender",
                      "SendXpsUnknown of an object of the filter's own came after CloseSender",
-                     "GetNewEmptyPart of /new came after CloseSender", "CloseSender was called twice"}));
+                     "GetNewEmptyPart of /new came after CloseSender", "CloseSender was called twice"}),
+              Breaches());
 }
 
 TEST_F(DocumentConsumerTest, ACancelledJobMayCloseTwiceAndItsPartsFailQuietly) {
     ReadyForPages();
     const auto page = FirstPage();
     Context()->Cancel();
-    EXPECT_EQ(Consumer().CloseSender(), S_OK);
-    EXPECT_EQ(Consumer().SendFixedPage(page.Get()), JobCancelled);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartPrintTicket)), JobCancelled);
-    EXPECT_EQ(Consumer().CloseSender(), S_OK);
-    EXPECT_EQ(Breaches(), Lines{});
+    EXPECT_EQ(S_OK, Consumer().CloseSender());
+    EXPECT_EQ(kJobCancelled, Consumer().SendFixedPage(page.Get()));
+    EXPECT_EQ(kJobCancelled, NewEmptyPart(__uuidof(IPartPrintTicket)));
+    EXPECT_EQ(S_OK, Consumer().CloseSender());
+    EXPECT_EQ(Lines{}, Breaches());
 }
 
 TEST_F(DocumentConsumerTest, MakesPartsOfThePermittedKindsAlone) {
-    EXPECT_EQ(NewEmptyPart(__uuidof(IFixedDocument)), S_OK);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IFixedPage)), S_OK);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartImage)), S_OK);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartThumbnail)), S_OK);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartFont)), S_OK);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartPrintTicket)), S_OK);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartColorProfile)), S_OK);
-    EXPECT_EQ(Breaches(), Lines{});
-    EXPECT_EQ(NewEmptyPart(__uuidof(IXpsDocument)), E_NOINTERFACE);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IFixedDocumentSequence)), E_NOINTERFACE);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartResourceDictionary)), E_NOINTERFACE);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IPartBase)), E_NOINTERFACE);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IUnknown)), E_NOINTERFACE);
-    EXPECT_EQ(Breaches(), Lines(5, "GetNewEmptyPart of /new asks for an interface that it cannot make"));
+    EXPECT_EQ(S_OK, NewEmptyPart(__uuidof(IFixedDocument)));
+    EXPECT_EQ(S_OK, NewEmptyPart(__uuidof(IFixedPage)));
+    EXPECT_EQ(S_OK, NewEmptyPart(__uuidof(IPartImage)));
+    EXPECT_EQ(S_OK, NewEmptyPart(__uuidof(IPartThumbnail)));
+    EXPECT_EQ(S_OK, NewEmptyPart(__uuidof(IPartFont)));
+    EXPECT_EQ(S_OK, NewEmptyPart(__uuidof(IPartPrintTicket)));
+    EXPECT_EQ(S_OK, NewEmptyPart(__uuidof(IPartColorProfile)));
+    EXPECT_EQ(Lines{}, Breaches());
+    EXPECT_EQ(E_NOINTERFACE, NewEmptyPart(__uuidof(IXpsDocument)));
+    EXPECT_EQ(E_NOINTERFACE, NewEmptyPart(__uuidof(IFixedDocumentSequence)));
+    EXPECT_EQ(E_NOINTERFACE, NewEmptyPart(__uuidof(IPartResourceDictionary)));
+    EXPECT_EQ(E_NOINTERFACE, NewEmptyPart(__uuidof(IPartBase)));
+    EXPECT_EQ(E_NOINTERFACE, NewEmptyPart(__uuidof(IUnknown)));
+    EXPECT_EQ(Lines(5, "GetNewEmptyPart of /new asks for an interface that it cannot make"), Breaches());
 }
 
 TEST_F(DocumentConsumerTest, ANewPartKeepsTheNameAsTheFilterGaveIt) {
-    EXPECT_EQ(UriOf(NewPart<IPartPrintTicket>(L"/a\\b .xml", "").Get()), L"/a\\b .xml");
+    EXPECT_EQ(L"/a\\b .xml", UriOf(NewPart<IPartPrintTicket>(L"/a\\b .xml", "").Get()));
 }
 
 TEST_F(DocumentConsumerTest, ANewPartsStreamMustBeClosedBeforeItIsAttached) {
     ComPtr<IPartPrintTicket> ticket;
     ComPtr<IPrintWriteStream> stream;
-    ASSERT_EQ(
-        Consumer().GetNewEmptyPart(L"/t.xml", __uuidof(IPartPrintTicket), ticket.PutVoid(), stream.Put()),
-        S_OK);
+    ASSERT_EQ(S_OK, Consumer().GetNewEmptyPart(L"/t.xml", __uuidof(IPartPrintTicket), ticket.PutVoid(),
+                                               stream.Put()));
     const auto page = FirstPage();
-    EXPECT_EQ(page->SetPrintTicket(ticket.Get()), CallOutOfOrder);
-    EXPECT_EQ(Breaches(),
-              Lines{"SetPrintTicket of FixedPage /1/1.fpage was given PrintTicket /t.xml while its "
-                    "write stream is open"});
+    EXPECT_EQ(kCallOutOfOrder, page->SetPrintTicket(ticket.Get()));
+    EXPECT_EQ(Lines{"SetPrintTicket of FixedPage /1/1.fpage was given PrintTicket /t.xml while its "
+                    "write stream is open"},
+              Breaches());
     stream->Close();
-    EXPECT_EQ(page->SetPrintTicket(ticket.Get()), S_OK);
+    EXPECT_EQ(S_OK, page->SetPrintTicket(ticket.Get()));
 }
 
 TEST_F(DocumentConsumerTest, ANewPageCanBeSentOnceItIsWritten) {
     ReadyForPages();
     const auto page = NewPart<IFixedPage>(L"/extra.fpage", "<FixedPage/>");
-    EXPECT_EQ(Consumer().SendFixedPage(page.Get()), S_OK);
+    EXPECT_EQ(S_OK, Consumer().SendFixedPage(page.Get()));
     const std::vector<SentPart> sent = Consumer().Sent();
-    EXPECT_EQ(sent.back().name, "/extra.fpage");
+    EXPECT_EQ("/extra.fpage", sent.back().name);
     EXPECT_TRUE(sent.back().part->IsNew());
-    EXPECT_EQ(*sent.back().part->Read(), "<FixedPage/>");
+    EXPECT_EQ("<FixedPage/>", *sent.back().part->Read());
 }
 
 TEST_F(DocumentConsumerTest, AllChangesToASentPageAreBreaches) {
     ReadyForPages();
     const auto page = FirstPage();
-    ASSERT_EQ(Consumer().SendFixedPage(page.Get()), S_OK);
+    ASSERT_EQ(S_OK, Consumer().SendFixedPage(page.Get()));
     ComPtr<IPrintWriteStream> stream;
-    EXPECT_EQ(page->GetWriteStream(stream.Put()), CallOutOfOrder);
-    EXPECT_EQ(page->SetPrintTicket(nullptr), CallOutOfOrder);
-    EXPECT_EQ(page->SetPagePart(nullptr), CallOutOfOrder);
-    EXPECT_EQ(page->DeleteResource(L"/1/image.png"), CallOutOfOrder);
-    EXPECT_EQ(page->SetPartCompression(Compression_Fast), CallOutOfOrder);
-    EXPECT_EQ(Breaches(), (Lines{"GetWriteStream changes FixedPage /1/1.fpage, which was already sent",
-                                 "SetPrintTicket changes FixedPage /1/1.fpage, which was already sent",
-                                 "SetPagePart changes FixedPage /1/1.fpage, which was already sent",
-                                 "DeleteResource changes FixedPage /1/1.fpage, which was already sent",
-                                 "SetPartCompression changes FixedPage /1/1.fpage, which was already sent"}));
+    EXPECT_EQ(kCallOutOfOrder, page->GetWriteStream(stream.Put()));
+    EXPECT_EQ(kCallOutOfOrder, page->SetPrintTicket(nullptr));
+    EXPECT_EQ(kCallOutOfOrder, page->SetPagePart(nullptr));
+    EXPECT_EQ(kCallOutOfOrder, page->DeleteResource(L"/1/image.png"));
+    EXPECT_EQ(kCallOutOfOrder, page->SetPartCompression(Compression_Fast));
+    EXPECT_EQ((Lines{"GetWriteStream changes FixedPage /1/1.fpage, which was already sent",
+                     "SetPrintTicket changes FixedPage /1/1.fpage, which was already sent",
+                     "SetPagePart changes FixedPage /1/1.fpage, which was already sent",
+                     "DeleteResource changes FixedPage /1/1.fpage, which was already sent",
+                     "SetPartCompression changes FixedPage /1/1.fpage, which was already sent"}),
+              Breaches());
 }
 
 TEST_F(DocumentConsumerTest, RefusesNullPointers) {
-    EXPECT_EQ(Consumer().SendXpsDocument(nullptr), E_POINTER);
-    EXPECT_EQ(Consumer().SendFixedDocumentSequence(nullptr), E_POINTER);
-    EXPECT_EQ(Consumer().SendFixedDocument(nullptr), E_POINTER);
-    EXPECT_EQ(Consumer().SendFixedPage(nullptr), E_POINTER);
-    EXPECT_EQ(Consumer().SendXpsUnknown(nullptr), E_POINTER);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IFixedPage), nullptr), E_POINTER);
-    EXPECT_EQ(Consumer().GetNewEmptyPart(L"/new", __uuidof(IFixedPage), nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(Breaches().size(), 7U);
+    EXPECT_EQ(E_POINTER, Consumer().SendXpsDocument(nullptr));
+    EXPECT_EQ(E_POINTER, Consumer().SendFixedDocumentSequence(nullptr));
+    EXPECT_EQ(E_POINTER, Consumer().SendFixedDocument(nullptr));
+    EXPECT_EQ(E_POINTER, Consumer().SendFixedPage(nullptr));
+    EXPECT_EQ(E_POINTER, Consumer().SendXpsUnknown(nullptr));
+    EXPECT_EQ(E_POINTER, NewEmptyPart(__uuidof(IFixedPage), nullptr));
+    EXPECT_EQ(E_POINTER, Consumer().GetNewEmptyPart(L"/new", __uuidof(IFixedPage), nullptr, nullptr));
+    EXPECT_EQ(7U, Breaches().size());
 }
 
 TEST_F(DocumentConsumerTest, HoldsAForeignObjectUntilItIsToldToReleaseIt) {
     ComPtr<PipelineControl> foreign = MakeObject<PipelineControl>(Context());
-    EXPECT_EQ(Consumer().SendXpsUnknown(foreign.Get()), S_OK);
-    EXPECT_EQ(foreign->AddRef(), 3U);
-    EXPECT_EQ(foreign->Release(), 2U);
+    EXPECT_EQ(S_OK, Consumer().SendXpsUnknown(foreign.Get()));
+    EXPECT_EQ(3U, foreign->AddRef());
+    EXPECT_EQ(2U, foreign->Release());
     Consumer().ReleaseForeignParts();
-    EXPECT_EQ(foreign->AddRef(), 2U);
-    EXPECT_EQ(foreign->Release(), 1U);
+    EXPECT_EQ(2U, foreign->AddRef());
+    EXPECT_EQ(1U, foreign->Release());
 }
 
 TEST_F(DocumentConsumerTest, AResourceMayBeSentAsAnUnknownPart) {
     ComPtr<IUnknown> image;
-    ASSERT_EQ(FirstPage()->GetPagePart(L"/1/image.png", image.Put()), S_OK);
-    EXPECT_EQ(Consumer().SendXpsUnknown(image.Get()), S_OK);
-    ASSERT_EQ(Consumer().Sent().size(), 1U);
-    EXPECT_EQ(Consumer().Sent()[0].kind, PartKind::Unknown);
-    EXPECT_EQ(Consumer().Sent()[0].name, "/1/image.png");
+    ASSERT_EQ(S_OK, FirstPage()->GetPagePart(L"/1/image.png", image.Put()));
+    EXPECT_EQ(S_OK, Consumer().SendXpsUnknown(image.Get()));
+    ASSERT_EQ(1U, Consumer().Sent().size());
+    EXPECT_EQ(PartKind::Unknown, Consumer().Sent()[0].kind);
+    EXPECT_EQ("/1/image.png", Consumer().Sent()[0].name);
 }
 
 TEST_F(DocumentConsumerTest, EachSendFailsAsPlannedAndNothingIsTaken) {
-    Switches switches;
-    switches.faults.push_back({"", "", 1, E_OUTOFMEMORY, true});
+    Behaviour behaviour;
+    behaviour.faults.push_back({"", "", 1, E_OUTOFMEMORY, true});
     const auto document = XpsDocument();
-    Use(switches);
-    EXPECT_EQ(Consumer().SendXpsDocument(document.Get()), E_OUTOFMEMORY);
-    EXPECT_EQ(Consumer().SendXpsUnknown(document.Get()), E_OUTOFMEMORY);
-    EXPECT_EQ(NewEmptyPart(__uuidof(IFixedPage)), E_OUTOFMEMORY);
-    EXPECT_EQ(Consumer().CloseSender(), E_OUTOFMEMORY);
+    Use(behaviour);
+    EXPECT_EQ(E_OUTOFMEMORY, Consumer().SendXpsDocument(document.Get()));
+    EXPECT_EQ(E_OUTOFMEMORY, Consumer().SendXpsUnknown(document.Get()));
+    EXPECT_EQ(E_OUTOFMEMORY, NewEmptyPart(__uuidof(IFixedPage)));
+    EXPECT_EQ(E_OUTOFMEMORY, Consumer().CloseSender());
     EXPECT_TRUE(Consumer().IsClosed());
     EXPECT_TRUE(Consumer().Sent().empty());
-    EXPECT_EQ(Breaches(), Lines{});
+    EXPECT_EQ(Lines{}, Breaches());
 }
 
 }  // namespace

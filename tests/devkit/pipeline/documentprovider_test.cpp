@@ -19,7 +19,7 @@ class DocumentProviderTest : public PipelineTest {
     static std::string Next(DocumentProvider& provider) {
         ComPtr<IUnknown> part;
         const HRESULT hr = provider.GetXpsPart(part.Put());
-        if (FAILED(hr)) return hr == JobCancelled ? "(cancelled)" : "(failed)";
+        if (FAILED(hr)) return hr == kJobCancelled ? "(cancelled)" : "(failed)";
         if (!part) return "(end)";
         const PartPtr known = PartOf(part.Get());
         return known == nullptr ? "(foreign)" : known->Title();
@@ -33,27 +33,27 @@ class DocumentProviderTest : public PipelineTest {
 
 TEST_F(DocumentProviderTest, GivesTheDocumentTheSequenceThenEachDocumentWithItsPages) {
     const auto provider = Provider(SampleJob());
-    EXPECT_EQ(NextOnes(*provider.Get(), 9),
-              (Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "FixedDocument /1/1.fdoc",
+    EXPECT_EQ((Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "FixedDocument /1/1.fdoc",
                      "FixedPage /1/1.fpage", "FixedPage /1/2.fpage", "FixedDocument /2/2.fdoc",
-                     "FixedPage /2/1.fpage", "(end)", "(end)"}));
+                     "FixedPage /2/1.fpage", "(end)", "(end)"}),
+              NextOnes(*provider.Get(), 9));
 }
 
 TEST_F(DocumentProviderTest, ADocumentWithoutPagesIsFollowedByTheNext) {
     const auto job = SampleJob();
     job->documents[0].pages.clear();
     const auto provider = Provider(job);
-    EXPECT_EQ(NextOnes(*provider.Get(), 6),
-              (Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "FixedDocument /1/1.fdoc",
-                     "FixedDocument /2/2.fdoc", "FixedPage /2/1.fpage", "(end)"}));
+    EXPECT_EQ((Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "FixedDocument /1/1.fdoc",
+                     "FixedDocument /2/2.fdoc", "FixedPage /2/1.fpage", "(end)"}),
+              NextOnes(*provider.Get(), 6));
 }
 
 TEST_F(DocumentProviderTest, AJobWithoutDocumentsEndsAfterTheSequence) {
     const auto job = SampleJob();
     job->documents.clear();
     const auto provider = Provider(job);
-    EXPECT_EQ(NextOnes(*provider.Get(), 3),
-              (Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "(end)"}));
+    EXPECT_EQ((Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "(end)"}),
+              NextOnes(*provider.Get(), 3));
 }
 
 TEST_F(DocumentProviderTest, PartsAreReadOnlyWhenTheyAreAskedFor) {
@@ -67,7 +67,7 @@ TEST_F(DocumentProviderTest, PartsAreReadOnlyWhenTheyAreAskedFor) {
     job->documents[0].pages[0].markup.read = counting;
     const auto provider = Provider(job);
     NextOnes(*provider.Get(), 8);
-    EXPECT_EQ(reads, 0U);
+    EXPECT_EQ(0U, reads);
 }
 
 TEST_F(DocumentProviderTest, PutsExtraPartsWhereTheyAreDue) {
@@ -75,49 +75,49 @@ TEST_F(DocumentProviderTest, PutsExtraPartsWhereTheyAreDue) {
         return ComPtr<IUnknown>(MakeObject<PipelineControl>(context).Get());
     };
     const auto provider = Provider(SampleJob(), {{1, make}, {3, make}, {8, make}});
-    EXPECT_EQ(NextOnes(*provider.Get(), 11),
-              (Lines{"(foreign)", "XpsDocument", "FixedDocumentSequence /seq.fdseq", "(foreign)",
+    EXPECT_EQ((Lines{"(foreign)", "XpsDocument", "FixedDocumentSequence /seq.fdseq", "(foreign)",
                      "FixedDocument /1/1.fdoc", "FixedPage /1/1.fpage", "FixedPage /1/2.fpage",
-                     "FixedDocument /2/2.fdoc", "FixedPage /2/1.fpage", "(foreign)", "(end)"}));
+                     "FixedDocument /2/2.fdoc", "FixedPage /2/1.fpage", "(foreign)", "(end)"}),
+              NextOnes(*provider.Get(), 11));
 }
 
 TEST_F(DocumentProviderTest, FailsAtThePartThatIsPlanned) {
     Use(Failing("GetXpsPart", E_ABORT, {}, 3));
     const auto provider = Provider(SampleJob());
-    EXPECT_EQ(NextOnes(*provider.Get(), 3),
-              (Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "(failed)"}));
+    EXPECT_EQ((Lines{"XpsDocument", "FixedDocumentSequence /seq.fdseq", "(failed)"}),
+              NextOnes(*provider.Get(), 3));
 }
 
 TEST_F(DocumentProviderTest, FailsAfterACancellation) {
     const auto provider = Provider(SampleJob());
-    EXPECT_EQ(Next(*provider.Get()), "XpsDocument");
+    EXPECT_EQ("XpsDocument", Next(*provider.Get()));
     Context()->Cancel();
-    EXPECT_EQ(Next(*provider.Get()), "(cancelled)");
+    EXPECT_EQ("(cancelled)", Next(*provider.Get()));
 }
 
 TEST_F(DocumentProviderTest, EndsOrGoesOnAfterACancellationWhenSwitched) {
-    Switches switches;
-    switches.afterCancel = AfterCancel::EndOfParts;
-    Use(switches);
+    Behaviour behaviour;
+    behaviour.afterCancel = AfterCancel::EndOfParts;
+    Use(behaviour);
     Context()->Cancel();
-    EXPECT_EQ(Next(*Provider(SampleJob()).Get()), "(end)");
-    switches.afterCancel = AfterCancel::KeepGiving;
-    Use(switches);
+    EXPECT_EQ("(end)", Next(*Provider(SampleJob()).Get()));
+    behaviour.afterCancel = AfterCancel::KeepGiving;
+    Use(behaviour);
     Context()->Cancel();
-    EXPECT_EQ(Next(*Provider(SampleJob()).Get()), "XpsDocument");
+    EXPECT_EQ("XpsDocument", Next(*Provider(SampleJob()).Get()));
 }
 
 TEST_F(DocumentProviderTest, RefusesANullPointer) {
-    EXPECT_EQ(Provider(SampleJob())->GetXpsPart(nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, Provider(SampleJob())->GetXpsPart(nullptr));
 }
 
 TEST_F(DocumentProviderTest, NamesWhatItGaveLast) {
     const auto provider = Provider(SampleJob());
-    EXPECT_EQ(provider->LastGiven(), "");
+    EXPECT_EQ("", provider->LastGiven());
     Next(*provider.Get());
-    EXPECT_EQ(provider->LastGiven(), "XpsDocument");
+    EXPECT_EQ("XpsDocument", provider->LastGiven());
     NextOnes(*provider.Get(), 7);
-    EXPECT_EQ(provider->LastGiven(), "the end of the parts");
+    EXPECT_EQ("the end of the parts", provider->LastGiven());
 }
 
 }  // namespace

@@ -20,41 +20,41 @@ HRESULT CodeOf(const std::filesystem::path& dll, const CLSID& clsid, std::string
 }
 
 TEST(FilterModule, MakesAFilterThroughTheClassFactory) {
-    FilterModule module(TestFilterPath(), testfilter::ClassId);
-    EXPECT_EQ(module.CanUnloadNow(), S_OK);
+    FilterModule module(TestFilterPath(), testfilter::kClassId);
+    EXPECT_EQ(S_OK, module.CanUnloadNow());
     platform::ComPtr<IPrintPipelineFilter> filter = module.CreateFilter();
     EXPECT_TRUE(filter);
-    EXPECT_EQ(module.CanUnloadNow(), S_FALSE);
+    EXPECT_EQ(S_FALSE, module.CanUnloadNow());
     filter.Reset();
-    EXPECT_EQ(module.CanUnloadNow(), S_OK);
+    EXPECT_EQ(S_OK, module.CanUnloadNow());
 }
 
 TEST(FilterModule, TakesAFilterThatIsGivenOutDirectly) {
-    FilterModule module(TestFilterPath(), testfilter::DirectClassId);
+    FilterModule module(TestFilterPath(), testfilter::kDirectClassId);
     EXPECT_TRUE(module.CreateFilter());
-    EXPECT_EQ(module.CanUnloadNow(), S_OK);
+    EXPECT_EQ(S_OK, module.CanUnloadNow());
 }
 
 TEST(FilterModule, TellsThatTheFileIsMissing) {
     std::string text;
-    EXPECT_EQ(CodeOf(TestFilterPath().replace_filename("nowhere.dll"), testfilter::ClassId, text),
-              HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND),
+              CodeOf(TestFilterPath().replace_filename("nowhere.dll"), testfilter::kClassId, text));
     EXPECT_TRUE(text.ends_with("nowhere.dll cannot be loaded: 0x8007007E ERROR_MOD_NOT_FOUND")) << text;
 }
 
 TEST(FilterModule, TellsThatAnExportIsMissing) {
     std::string text;
     wchar_t system[MAX_PATH];
-    ASSERT_NE(GetSystemDirectoryW(system, MAX_PATH), 0U);
-    EXPECT_EQ(CodeOf(std::filesystem::path(system) / "version.dll", testfilter::ClassId, text),
-              HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND));
-    EXPECT_EQ(text, "version.dll does not export DllGetClassObject");
+    ASSERT_NE(0U, GetSystemDirectoryW(system, MAX_PATH));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND),
+              CodeOf(std::filesystem::path(system) / "version.dll", testfilter::kClassId, text));
+    EXPECT_EQ("version.dll does not export DllGetClassObject", text);
 }
 
 TEST(FilterModule, TellsThatTheClassIsUnknown) {
     std::string text;
-    EXPECT_EQ(CodeOf(TestFilterPath(), __uuidof(IPrintPipelineFilter), text), CLASS_E_CLASSNOTAVAILABLE);
-    EXPECT_EQ(text, "testfilter.dll: DllGetClassObject answers 0x80040111 CLASS_E_CLASSNOTAVAILABLE");
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, CodeOf(TestFilterPath(), __uuidof(IPrintPipelineFilter), text));
+    EXPECT_EQ("testfilter.dll: DllGetClassObject answers 0x80040111 CLASS_E_CLASSNOTAVAILABLE", text);
 }
 
 }  // namespace

@@ -6,14 +6,14 @@
 #include "devkit/pipeline/fixture.h"
 #include "devkit/pipeline/testfilter/testfilter.h"
 #include "devkit/pipeline/testmodule.h"
-#include "devkit/pipeline/text.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
 
 using platform::ComPtr;
 
-constexpr HRESULT cancelled = static_cast<HRESULT>(0x800704C7L);
+constexpr HRESULT kCancelled = static_cast<HRESULT>(0x800704C7L);
 
 // "KIND NAME" of each part that was sent.
 Lines Titles(const RunOutcome& outcome) {
@@ -25,7 +25,7 @@ Lines Titles(const RunOutcome& outcome) {
     return titles;
 }
 
-const Lines allParts{"XpsDocument",
+const Lines kAllParts{"XpsDocument",
                      "FixedDocumentSequence /seq.fdseq",
                      "FixedDocument /1/1.fdoc",
                      "FixedPage /1/1.fpage",
@@ -47,19 +47,19 @@ class FilterRunTest : public PipelineTest {
         return options;
     }
     static std::shared_ptr<FilterSource> Module() {
-        return std::make_shared<FilterModule>(TestFilterPath(), testfilter::ClassId);
+        return std::make_shared<FilterModule>(TestFilterPath(), testfilter::kClassId);
     }
 };
 
 TEST_F(FilterRunTest, SendsEveryPartThroughInOrder) {
     const RunOutcome outcome = Run(L"");
-    EXPECT_EQ(outcome.initialized, S_OK);
-    EXPECT_EQ(outcome.result, S_OK);
-    EXPECT_EQ(outcome.shutdownCodes, std::vector<HRESULT>{});
-    EXPECT_EQ(outcome.shutdownOperation, std::nullopt);
-    EXPECT_EQ(outcome.breaches, Lines{});
-    EXPECT_EQ(Titles(outcome), allParts);
-    EXPECT_EQ(outcome.lastPart, "the end of the parts");
+    EXPECT_EQ(S_OK, outcome.initialized);
+    EXPECT_EQ(S_OK, outcome.result);
+    EXPECT_EQ(std::vector<HRESULT>{}, outcome.shutdownCodes);
+    EXPECT_EQ(std::nullopt, outcome.shutdownOperation);
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    EXPECT_EQ(kAllParts, Titles(outcome));
+    EXPECT_EQ("the end of the parts", outcome.lastPart);
     EXPECT_TRUE(outcome.senderClosed);
     EXPECT_TRUE(outcome.IsWhole());
     for (const SentPart& part : outcome.parts) {
@@ -70,46 +70,48 @@ TEST_F(FilterRunTest, SendsEveryPartThroughInOrder) {
 
 TEST_F(FilterRunTest, RecordsRewrittenMarkup) {
     const RunOutcome outcome = Run(L"rewrite");
-    EXPECT_EQ(outcome.breaches, Lines{});
-    ASSERT_EQ(Titles(outcome), allParts);
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    ASSERT_EQ(kAllParts, Titles(outcome));
     EXPECT_FALSE(outcome.parts[2].MarkupRewritten());
     EXPECT_TRUE(outcome.parts[3].MarkupRewritten());
-    EXPECT_EQ(*outcome.parts[3].part->Read(),
-              "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"1056\" Height=\"816\" "
-              "xml:lang=\"en\"><!-- /1/1.fpage --></FixedPage>");
-    EXPECT_EQ(*outcome.parts[3].part->ReadInput(),
-              "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"816\" Height=\"1056\" "
-              "xml:lang=\"en\"><!-- /1/1.fpage --></FixedPage>");
+    EXPECT_EQ(
+        "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"1056\" Height=\"816\" "
+        "xml:lang=\"en\"><!-- /1/1.fpage --></FixedPage>",
+        *outcome.parts[3].part->Read());
+    EXPECT_EQ(
+        "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"816\" Height=\"1056\" "
+        "xml:lang=\"en\"><!-- /1/1.fpage --></FixedPage>",
+        *outcome.parts[3].part->ReadInput());
 }
 
 TEST_F(FilterRunTest, RecordsNewTicketsUnderTheNamesThatTheFilterGives) {
     const RunOutcome outcome = Run(L"ticket");
-    EXPECT_EQ(outcome.breaches, Lines{});
-    ASSERT_EQ(Titles(outcome), allParts);
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    ASSERT_EQ(kAllParts, Titles(outcome));
     EXPECT_TRUE(outcome.parts[3].TicketReplaced());
-    EXPECT_EQ(outcome.parts[3].part->inputTicket->Name(), "/1/1_PT.xml");
-    EXPECT_EQ(outcome.parts[3].part->ticket->Name(), "/Tickets\\made_1.xml");
+    EXPECT_EQ("/1/1_PT.xml", outcome.parts[3].part->inputTicket->Name());
+    EXPECT_EQ("/Tickets\\made_1.xml", outcome.parts[3].part->ticket->Name());
     EXPECT_TRUE(outcome.parts[3].part->ticket->IsNew());
     EXPECT_TRUE(outcome.parts[4].TicketReplaced());
-    EXPECT_EQ(outcome.parts[4].part->inputTicket, nullptr);
+    EXPECT_EQ(nullptr, outcome.parts[4].part->inputTicket);
     EXPECT_FALSE(outcome.parts[2].TicketReplaced());
 }
 
 TEST_F(FilterRunTest, ADroppedPageIsNoBreach) {
     const RunOutcome outcome = Run(L"drop-first-page");
-    EXPECT_EQ(outcome.breaches, Lines{});
-    Lines expected = allParts;
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    Lines expected = kAllParts;
     expected.erase(expected.begin() + 3);
-    EXPECT_EQ(Titles(outcome), expected);
+    EXPECT_EQ(expected, Titles(outcome));
     EXPECT_TRUE(outcome.IsWhole());
 }
 
 TEST_F(FilterRunTest, AnObjectOfTheFiltersOwnIsTakenAndReleased) {
     const RunOutcome outcome = Run(L"own-part");
-    EXPECT_EQ(outcome.breaches, Lines{});
-    Lines expected = allParts;
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    Lines expected = kAllParts;
     expected.insert(expected.begin() + 1, "Unknown");
-    EXPECT_EQ(Titles(outcome), expected);
+    EXPECT_EQ(expected, Titles(outcome));
 }
 
 struct Misbehaviour {
@@ -118,15 +120,17 @@ struct Misbehaviour {
     Lines breaches;
 };
 
-void PrintTo(const Misbehaviour& misbehaviour, std::ostream* out) { *out << Narrow(misbehaviour.mode); }
+void PrintTo(const Misbehaviour& misbehaviour, std::ostream* out) {
+    *out << platform::ToUtf8(misbehaviour.mode);
+}
 
 class FilterRunBreachTest : public FilterRunTest, public testing::WithParamInterface<Misbehaviour> {};
 
 TEST_P(FilterRunBreachTest, IsFound) {
     const Misbehaviour& expected = GetParam();
     const RunOutcome outcome = Run(expected.mode);
-    EXPECT_EQ(outcome.result, expected.result);
-    EXPECT_EQ(outcome.breaches, expected.breaches);
+    EXPECT_EQ(expected.result, outcome.result);
+    EXPECT_EQ(expected.breaches, outcome.breaches);
     EXPECT_FALSE(outcome.hung);
 }
 
@@ -141,19 +145,20 @@ INSTANTIATE_TEST_SUITE_P(
         Misbehaviour{L"new-part-after-close", S_OK, {"GetNewEmptyPart of /late.xml came after CloseSender"}},
         Misbehaviour{
             L"send-after-close",
-            CallOutOfOrder,
+            kCallOutOfOrder,
             {"SendFixedPage of FixedPage /1/1.fpage came after CloseSender", "CloseSender was called twice"}},
-        Misbehaviour{L"send-page-twice", CallOutOfOrder, {"FixedPage /1/1.fpage was sent twice"}},
+        Misbehaviour{L"send-page-twice", kCallOutOfOrder, {"FixedPage /1/1.fpage was sent twice"}},
         Misbehaviour{
-            L"send-sequence-twice", CallOutOfOrder, {"FixedDocumentSequence /seq.fdseq was sent twice"}},
+            L"send-sequence-twice", kCallOutOfOrder, {"FixedDocumentSequence /seq.fdseq was sent twice"}},
         Misbehaviour{L"no-document",
-                     CallOutOfOrder,
+                     kCallOutOfOrder,
                      {"FixedDocumentSequence /seq.fdseq was sent before the XpsDocument"}},
         Misbehaviour{L"no-sequence",
-                     CallOutOfOrder,
+                     kCallOutOfOrder,
                      {"FixedDocument /1/1.fdoc was sent before the FixedDocumentSequence"}},
-        Misbehaviour{
-            L"no-fixed-document", CallOutOfOrder, {"FixedPage /1/1.fpage was sent before any FixedDocument"}},
+        Misbehaviour{L"no-fixed-document",
+                     kCallOutOfOrder,
+                     {"FixedPage /1/1.fpage was sent before any FixedDocument"}},
         Misbehaviour{L"page-as-unknown", E_INVALIDARG, {"SendXpsUnknown was given FixedPage /1/1.fpage"}},
         Misbehaviour{L"null-page", E_POINTER, {"SendFixedPage was called with a null pointer"}},
         Misbehaviour{L"new-sequence",
@@ -165,11 +170,11 @@ INSTANTIATE_TEST_SUITE_P(
             {"DeleteResource of FixedPage /1/1.fpage names /nowhere.png, which the page does not have"}},
         Misbehaviour{
             L"ticket-unclosed",
-            CallOutOfOrder,
+            kCallOutOfOrder,
             {"SetPrintTicket of FixedPage /1/1.fpage was given PrintTicket /Tickets\\made_1.xml while its "
              "write stream is open"}},
         Misbehaviour{L"rewrite-unclosed",
-                     CallOutOfOrder,
+                     kCallOutOfOrder,
                      {"FixedPage /1/1.fpage was sent while its write stream is open"}},
         Misbehaviour{L"write-after-send",
                      S_OK,
@@ -193,44 +198,44 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(FilterRunTest, AStreamThatIsNeverClosedIsABreachOfAJobThatSucceeds) {
     const RunOutcome outcome = Run(L"unused-open-part");
-    EXPECT_EQ(outcome.result, S_OK);
-    EXPECT_EQ(outcome.breaches, Lines(3, "the write stream of /unused.xml was released without Close"));
-    EXPECT_EQ(Run(L"unused-open-part", CancelAt(6)).breaches, Lines{});
+    EXPECT_EQ(S_OK, outcome.result);
+    EXPECT_EQ(Lines(3, "the write stream of /unused.xml was released without Close"), outcome.breaches);
+    EXPECT_EQ(Lines{}, Run(L"unused-open-part", CancelAt(6)).breaches);
 }
 
 TEST_F(FilterRunTest, ALeakedPageIsFound) {
     ExpectLeaked(1);
-    EXPECT_EQ(Run(L"leak-page").breaches, Lines{"never released: FixedPage /1/1.fpage, 1 reference"});
+    EXPECT_EQ(Lines{"never released: FixedPage /1/1.fpage, 1 reference"}, Run(L"leak-page").breaches);
 }
 
 TEST_F(FilterRunTest, AFilterThatKeepsItselfAliveIsFoundWithAllThatItHolds) {
     ExpectLeaked(6);
     EXPECT_EQ(
-        Run(L"leak-self").breaches,
         (Lines{"the filter is still referenced 1 times beside the host's own reference",
                "never released: DocumentProvider, 2 references",
                "never released: DocumentConsumer, 2 references",
                "never released: PipelineControl, 1 reference", "never released: PropertyBag, 1 reference",
                "never released: Communicator, 1 reference", "never released: DriverPropertyBag, 1 reference",
-               "DllCanUnloadNow answers 0x00000001 S_FALSE after the last release"}));
+               "DllCanUnloadNow answers 0x00000001 S_FALSE after the last release"}),
+        Run(L"leak-self").breaches);
 }
 
 TEST_F(FilterRunTest, AnExceptionThatLeavesAMethodIsABreach) {
-    EXPECT_EQ(Run(L"throw-initialize").breaches, Lines{"an exception left InitializeFilter"});
+    EXPECT_EQ(Lines{"an exception left InitializeFilter"}, Run(L"throw-initialize").breaches);
     const RunOutcome started = Run(L"throw");
-    EXPECT_EQ(started.result, E_UNEXPECTED);
-    EXPECT_EQ(started.breaches, (Lines{"an exception left StartOperation", "CloseSender was never called"}));
+    EXPECT_EQ(E_UNEXPECTED, started.result);
+    EXPECT_EQ((Lines{"an exception left StartOperation", "CloseSender was never called"}), started.breaches);
     const RunOutcome cancelledOne = Run(L"throw-shutdown", CancelAt(2));
-    EXPECT_EQ(cancelledOne.shutdownOperation, E_UNEXPECTED);
-    EXPECT_EQ(cancelledOne.breaches, Lines{"an exception left ShutdownOperation"});
+    EXPECT_EQ(E_UNEXPECTED, cancelledOne.shutdownOperation);
+    EXPECT_EQ(Lines{"an exception left ShutdownOperation"}, cancelledOne.breaches);
 }
 
 TEST_F(FilterRunTest, ADocumentThatAnswersEveryInterfaceIsSentAsADocument) {
     RunOptions options;
-    options.switches.ambiguousDocument = true;
+    options.behaviour.ambiguousDocument = true;
     const RunOutcome outcome = Run(L"", std::move(options));
-    EXPECT_EQ(outcome.breaches, Lines{});
-    EXPECT_EQ(Titles(outcome), allParts);
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    EXPECT_EQ(kAllParts, Titles(outcome));
 }
 
 // Lets the filters that hang go at the end of the test, and waits until all that they held is gone.
@@ -238,13 +243,13 @@ class HangingFilterTest : public FilterRunTest {
   protected:
     void TearDown() override {
         SetEvent(m_release);
-        for (int i = 0; i < 60000 && LiveObjectCount() != m_before; ++i) Sleep(1);
+        for (int i = 0; i < 60000 && common::LiveObjectCount() != m_before; ++i) Sleep(1);
         CloseHandle(m_release);
         FilterRunTest::TearDown();
     }
 
   private:
-    const std::size_t m_before = LiveObjectCount();
+    const std::size_t m_before = common::LiveObjectCount();
     const HANDLE m_release = CreateEventW(
         nullptr, TRUE, FALSE, (L"testfilter-release-" + std::to_wstring(GetCurrentProcessId())).c_str());
 };
@@ -254,39 +259,39 @@ TEST_F(HangingFilterTest, IsLeftBehindInStartOperation) {
     options.stopTimeout = std::chrono::milliseconds(50);
     const RunOutcome outcome = Run(L"hang-after-failure", std::move(options));
     EXPECT_TRUE(outcome.hung);
-    EXPECT_EQ(outcome.result, E_PENDING);
-    EXPECT_EQ(outcome.shutdownOperation, S_OK);
-    EXPECT_EQ(outcome.breaches, Lines{"StartOperation did not return within 50 ms of ShutdownOperation"});
+    EXPECT_EQ(E_PENDING, outcome.result);
+    EXPECT_EQ(S_OK, outcome.shutdownOperation);
+    EXPECT_EQ(Lines{"StartOperation did not return within 50 ms of ShutdownOperation"}, outcome.breaches);
     EXPECT_FALSE(outcome.IsWhole());
 }
 
 TEST_F(HangingFilterTest, IsLeftBehindInShutdownOperation) {
     RunOptions options = CancelAt(1);
     options.cancelConcurrently = true;
-    options.switches.slowPart = std::chrono::seconds(60);
+    options.behaviour.slowPart = std::chrono::seconds(60);
     options.stopTimeout = std::chrono::milliseconds(50);
     const RunOutcome outcome = Run(L"hang-in-shutdown", std::move(options));
     EXPECT_TRUE(outcome.hung);
-    EXPECT_EQ(outcome.result, cancelled);
-    EXPECT_EQ(outcome.shutdownOperation, std::nullopt);
-    EXPECT_EQ(outcome.breaches, Lines{"ShutdownOperation did not return within 50 ms of its call"});
+    EXPECT_EQ(kCancelled, outcome.result);
+    EXPECT_EQ(std::nullopt, outcome.shutdownOperation);
+    EXPECT_EQ(Lines{"ShutdownOperation did not return within 50 ms of its call"}, outcome.breaches);
 }
 
 TEST_F(FilterRunTest, AFailureIsReportedWithItsCode) {
     const RunOutcome outcome = Run(L"fail");
-    EXPECT_EQ(outcome.result, E_ABORT);
-    EXPECT_EQ(outcome.shutdownCodes, std::vector<HRESULT>{E_ABORT});
-    EXPECT_EQ(outcome.lastPart, "FixedPage /1/1.fpage");
-    EXPECT_EQ(outcome.breaches, Lines{});
+    EXPECT_EQ(E_ABORT, outcome.result);
+    EXPECT_EQ(std::vector<HRESULT>{E_ABORT}, outcome.shutdownCodes);
+    EXPECT_EQ("FixedPage /1/1.fpage", outcome.lastPart);
+    EXPECT_EQ(Lines{}, outcome.breaches);
     EXPECT_FALSE(outcome.IsWhole());
 }
 
 TEST_F(FilterRunTest, AFailureOfInitializeFilterEndsTheRun) {
     const RunOutcome outcome = Run(L"fail-initialize");
-    EXPECT_EQ(outcome.initialized, E_ABORT);
-    EXPECT_EQ(outcome.result, E_ABORT);
-    EXPECT_EQ(Titles(outcome), Lines{});
-    EXPECT_EQ(outcome.breaches, Lines{});
+    EXPECT_EQ(E_ABORT, outcome.initialized);
+    EXPECT_EQ(E_ABORT, outcome.result);
+    EXPECT_EQ(Lines{}, Titles(outcome));
+    EXPECT_EQ(Lines{}, outcome.breaches);
 }
 
 TEST_F(FilterRunTest, AMissingClassIsAFilterError) {
@@ -297,31 +302,31 @@ TEST_F(FilterRunTest, AMissingClassIsAFilterError) {
 
 TEST_F(FilterRunTest, ShortReadsAndShortWritesAndALateEndFlagCarryTheSameBytes) {
     RunOptions options;
-    options.switches.maxBytesPerRead = 1;
-    options.switches.maxBytesPerWrite = 3;
-    options.switches.endFlag = EndFlag::AfterLastData;
+    options.behaviour.maxBytesPerRead = 1;
+    options.behaviour.maxBytesPerWrite = 3;
+    options.behaviour.endFlag = EndFlag::AfterLastData;
     const RunOutcome outcome = Run(L"rewrite", std::move(options));
-    EXPECT_EQ(outcome.breaches, Lines{});
-    ASSERT_EQ(Titles(outcome), allParts);
-    EXPECT_EQ(*outcome.parts[3].part->Read(), *Run(L"rewrite").parts[3].part->Read());
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    ASSERT_EQ(kAllParts, Titles(outcome));
+    EXPECT_EQ(*Run(L"rewrite").parts[3].part->Read(), *outcome.parts[3].part->Read());
 }
 
 TEST_F(FilterRunTest, EveryPlannedFaultComesOutAsItsCode) {
-    const std::size_t before = LiveObjectCount();
+    const std::size_t before = common::LiveObjectCount();
     unsigned failed = 0;
     for (unsigned nth = 1;; ++nth) {
         ASSERT_LT(nth, 1000U);
         RunOptions options;
-        options.switches.faults.push_back({"", "", nth, E_OUTOFMEMORY, false});
+        options.behaviour.faults.push_back({"", "", nth, E_OUTOFMEMORY, false});
         const RunOutcome outcome = Run(L"rewrite", std::move(options));
         if (!outcome.allFaultsStruck) break;
         ++failed;
         // The filter reads its mode with two calls whose failure it takes for "no mode".
         EXPECT_TRUE(outcome.result == E_OUTOFMEMORY || (outcome.result == S_OK && nth <= 2)) << nth;
         for (const std::string& breach : outcome.breaches) {
-            EXPECT_EQ(breach, "CloseSender was never called") << nth;
+            EXPECT_EQ("CloseSender was never called", breach) << nth;
         }
-        EXPECT_EQ(LiveObjectCount(), before) << nth;
+        EXPECT_EQ(before, common::LiveObjectCount()) << nth;
     }
     EXPECT_GT(failed, 30U);
 }
@@ -332,17 +337,16 @@ TEST_F(FilterRunTest, UnreadableInputIsToldApartFromAFailureOfTheFilter) {
     RunOptions options;
     options.properties.driverValues = DriverValues{{L"TestFilterMode", L"rewrite"}};
     const RunOutcome outcome = FilterRun(Module(), job, std::move(options)).Run();
-    EXPECT_EQ(outcome.result, HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
-    EXPECT_EQ(outcome.inputFailures, Lines{"/1/2.fpage: damaged"});
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), outcome.result);
+    EXPECT_EQ(Lines{"/1/2.fpage: damaged"}, outcome.inputFailures);
     EXPECT_FALSE(outcome.IsWhole());
 }
 
 TEST_F(FilterRunTest, KeepsTheCallsWhenAsked) {
     RunOptions options;
-    options.switches.keepCalls = true;
+    options.behaviour.keepCalls = true;
     const RunOutcome outcome = Run(L"fail", std::move(options));
     EXPECT_EQ(
-        outcome.calls,
         (Lines{"IPrintPipelinePropertyBag::GetProperty DriverPropertyBag",
                "IPrinterPropertyBag::GetString TestFilterMode", "IInterFilterCommunicator::RequestReader",
                "IInterFilterCommunicator::RequestWriter", "IXpsDocumentProvider::GetXpsPart",
@@ -350,56 +354,57 @@ TEST_F(FilterRunTest, KeepsTheCallsWhenAsked) {
                "IXpsDocumentConsumer::SendFixedDocumentSequence /seq.fdseq",
                "IXpsDocumentProvider::GetXpsPart", "IXpsDocumentConsumer::SendFixedDocument /1/1.fdoc",
                "IXpsDocumentProvider::GetXpsPart", "IPrintPipelineManagerControl::RequestShutdown 0x80004004",
-               "IXpsDocumentConsumer::CloseSender"}));
+               "IXpsDocumentConsumer::CloseSender"}),
+        outcome.calls);
 }
 
 TEST_F(FilterRunTest, CancellingAtEachPartEndsTheRun) {
-    const std::size_t before = LiveObjectCount();
-    for (unsigned part = 1; part <= allParts.size() + 1; ++part) {
+    const std::size_t before = common::LiveObjectCount();
+    for (unsigned part = 1; part <= kAllParts.size() + 1; ++part) {
         const RunOutcome outcome = Run(L"close-on-shutdown", CancelAt(part));
-        EXPECT_EQ(outcome.result, cancelled) << part;
+        EXPECT_EQ(kCancelled, outcome.result) << part;
         EXPECT_TRUE(outcome.cancelled) << part;
-        EXPECT_EQ(outcome.shutdownOperation, S_OK) << part;
-        EXPECT_EQ(outcome.finishedCount, 1U) << part;
-        EXPECT_EQ(outcome.breaches, Lines{}) << part;
-        EXPECT_EQ(Titles(outcome), Lines(allParts.begin(), allParts.begin() + part - 1)) << part;
+        EXPECT_EQ(S_OK, outcome.shutdownOperation) << part;
+        EXPECT_EQ(1U, outcome.finishedCount) << part;
+        EXPECT_EQ(Lines{}, outcome.breaches) << part;
+        EXPECT_EQ(Lines(kAllParts.begin(), kAllParts.begin() + part - 1), Titles(outcome)) << part;
         EXPECT_FALSE(outcome.IsWhole()) << part;
-        EXPECT_EQ(LiveObjectCount(), before) << part;
+        EXPECT_EQ(before, common::LiveObjectCount()) << part;
     }
 }
 
 TEST_F(FilterRunTest, CancellingAlongsideTheFilterEndsTheRun) {
-    for (unsigned part = 1; part <= allParts.size() + 1; ++part) {
+    for (unsigned part = 1; part <= kAllParts.size() + 1; ++part) {
         RunOptions options = CancelAt(part);
         options.cancelConcurrently = true;
         const RunOutcome outcome = Run(L"", std::move(options));
         EXPECT_FALSE(outcome.hung) << part;
-        EXPECT_TRUE(outcome.result == cancelled || outcome.result == S_OK) << part;
-        EXPECT_EQ(outcome.breaches, Lines{}) << part;
+        EXPECT_TRUE(outcome.result == kCancelled || outcome.result == S_OK) << part;
+        EXPECT_EQ(Lines{}, outcome.breaches) << part;
     }
 }
 
 TEST_F(FilterRunTest, CancellingCanEndThePartsWithoutAFailure) {
     RunOptions options = CancelAt(3);
-    options.switches.afterCancel = AfterCancel::EndOfParts;
+    options.behaviour.afterCancel = AfterCancel::EndOfParts;
     const RunOutcome outcome = Run(L"", std::move(options));
-    EXPECT_EQ(outcome.result, S_OK);
-    EXPECT_EQ(Titles(outcome).size(), 2U);
+    EXPECT_EQ(S_OK, outcome.result);
+    EXPECT_EQ(2U, Titles(outcome).size());
     EXPECT_FALSE(outcome.IsWhole());
-    EXPECT_EQ(outcome.breaches, Lines{});
+    EXPECT_EQ(Lines{}, outcome.breaches);
 }
 
 TEST_F(FilterRunTest, CancellingCanKeepThePartsComingAndFailTheSending) {
     RunOptions options = CancelAt(3);
-    options.switches.afterCancel = AfterCancel::KeepGiving;
+    options.behaviour.afterCancel = AfterCancel::KeepGiving;
     const RunOutcome outcome = Run(L"fail-silently", std::move(options));
-    EXPECT_EQ(outcome.result, cancelled);
-    EXPECT_EQ(Titles(outcome).size(), 2U);
+    EXPECT_EQ(kCancelled, outcome.result);
+    EXPECT_EQ(2U, Titles(outcome).size());
 }
 
 TEST_F(FilterRunTest, AFilterThatWaitsForShutdownIsEndedByIt) {
     const RunOutcome outcome = Run(L"hang-until-shutdown", CancelAt(1));
-    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_EQ(kCancelled, outcome.result);
     EXPECT_FALSE(outcome.hung);
 }
 
@@ -407,7 +412,7 @@ TEST_F(FilterRunTest, ATimeoutCancels) {
     RunOptions options;
     options.timeout = std::chrono::milliseconds(50);
     const RunOutcome outcome = Run(L"hang-until-shutdown", std::move(options));
-    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_EQ(kCancelled, outcome.result);
     EXPECT_TRUE(outcome.cancelled);
 }
 
@@ -418,24 +423,24 @@ TEST_F(FilterRunTest, AnotherThreadMayCancel) {
     std::thread user([&] { run.Cancel(); });
     const RunOutcome outcome = run.Run();
     user.join();
-    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_EQ(kCancelled, outcome.result);
 }
 
 TEST_F(FilterRunTest, ASlowPartIsCutShortByACancellation) {
     RunOptions options = CancelAt(1);
-    options.switches.slowPart = std::chrono::seconds(120);
+    options.behaviour.slowPart = std::chrono::seconds(120);
     const auto start = std::chrono::steady_clock::now();
     const RunOutcome outcome = Run(L"", std::move(options));
-    EXPECT_EQ(outcome.result, cancelled);
+    EXPECT_EQ(kCancelled, outcome.result);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 
 TEST_F(FilterRunTest, ThePropertiesAreThoseThatWereAskedFor) {
     RunOptions options;
-    options.switches.faults.push_back({"GetString", "TestFilterMode", 1, E_FAIL, false});
+    options.behaviour.faults.push_back({"GetString", "TestFilterMode", 1, E_FAIL, false});
     options.properties.driverValues = std::nullopt;
     const RunOutcome outcome = Run(L"", std::move(options));
-    EXPECT_EQ(outcome.result, S_OK);
+    EXPECT_EQ(S_OK, outcome.result);
     EXPECT_FALSE(outcome.allFaultsStruck);
 }
 
@@ -446,14 +451,14 @@ TEST_F(FilterRunTest, APipelineThreadInASingleThreadedApartmentIsSetUpAndTakenDo
     options.apartment = Apartment::SingleThreaded;
     options.onPipelineThread = [&]() -> std::shared_ptr<void> {
         APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
-        EXPECT_EQ(CoGetApartmentType(&type, &qualifier), S_OK);
+        EXPECT_EQ(S_OK, CoGetApartmentType(&type, &qualifier));
         ++alive;
         return {nullptr, [&](void*) { --alive; }};
     };
     const RunOutcome outcome = Run(L"", std::move(options));
-    EXPECT_EQ(outcome.breaches, Lines{});
+    EXPECT_EQ(Lines{}, outcome.breaches);
     EXPECT_TRUE(type == APTTYPE_STA || type == APTTYPE_MAINSTA) << type;
-    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(0, alive);
 }
 
 TEST_F(FilterRunTest, TellsWhichPartsAreAskedFor) {
@@ -461,7 +466,7 @@ TEST_F(FilterRunTest, TellsWhichPartsAreAskedFor) {
     RunOptions options;
     options.onPart = [&](unsigned number) { numbers.push_back(number); };
     static_cast<void>(Run(L"", std::move(options)));
-    EXPECT_EQ(numbers, (std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_EQ((std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}), numbers);
 }
 
 }  // namespace

@@ -1,17 +1,17 @@
 #include "devkit/pipeline/fixture.h"
 
-#include "devkit/pipeline/text.h"
+#include "devkit/common/text.h"
 #include "platform/bstr.h"
 
 namespace devkit::pipeline {
 namespace {
 
-constexpr const char* ticketType = "application/vnd.ms-printing.printticket+xml";
-constexpr const char* pageType = "application/vnd.ms-package.xps-fixedpage+xml";
+constexpr const char* kTicketType = "application/vnd.ms-printing.printticket+xml";
+constexpr const char* kPageType = "application/vnd.ms-package.xps-fixedpage+xml";
 
 InputPart Page(const std::string& name) {
     return InMemory(
-        name, pageType,
+        name, kPageType,
         "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"816\" Height=\"1056\" "
         "xml:lang=\"en\"><!-- " +
             name + " --></FixedPage>");
@@ -33,14 +33,14 @@ std::shared_ptr<JobInput> SampleJob() {
     job->thumbnail = InMemory("/thumbnail.png", "image/png", "thumbnail");
     job->sequence =
         InMemory("/seq.fdseq", "application/vnd.ms-package.xps-fixeddocumentsequence+xml", "sequence");
-    job->ticket = InMemory("/job_PT.xml", ticketType, "job ticket");
+    job->ticket = InMemory("/job_PT.xml", kTicketType, "job ticket");
     const char* const documentType = "application/vnd.ms-package.xps-fixeddocument+xml";
     DocumentInput first{InMemory("/1/1.fdoc", documentType, "document 1"),
-                        InMemory("/1/PT.xml", ticketType, "document ticket"),
+                        InMemory("/1/PT.xml", kTicketType, "document ticket"),
                         {}};
     first.pages.push_back(
         {Page("/1/1.fpage"),
-         InMemory("/1/1_PT.xml", ticketType, "page ticket"),
+         InMemory("/1/1_PT.xml", kTicketType, "page ticket"),
          {Resource("/1/font.odttf", "application/vnd.ms-package.obfuscated-opentype"),
           Resource("/1/image.png", "image/png"),
           Resource("/1/profile.icc", "application/vnd.ms-color.iccprofile"),
@@ -75,10 +75,10 @@ const ContextPtr& PipelineTest::Context() {
     return m_context;
 }
 
-Switches PipelineTest::Failing(std::string method, HRESULT code, std::string argument, unsigned nth) {
-    Switches switches;
-    switches.faults.push_back({std::move(method), std::move(argument), nth, code, false});
-    return switches;
+Behaviour PipelineTest::Failing(std::string method, HRESULT code, std::string argument, unsigned nth) {
+    Behaviour behaviour;
+    behaviour.faults.push_back({std::move(method), std::move(argument), nth, code, false});
+    return behaviour;
 }
 
 }  // namespace devkit::pipeline

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "devkit/pipeline/jobinput.h"
+#include "devkit/pipeline/job.h"
 #include "devkit/pipeline/runcontext.h"
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
@@ -26,22 +26,22 @@ namespace devkit::pipeline {
 [[nodiscard]] std::string ReadAll(IPrintReadStream* pStream);
 [[nodiscard]] std::wstring UriOf(IPartBase* pPart);
 
-// Makes a context with its switches, and sees that the test releases all of the kit's objects.
+// Makes a context with its behaviour, and sees that the test releases all of the kit's objects.
 class PipelineTest : public testing::Test {
   protected:
-    void TearDown() override { EXPECT_EQ(LiveObjectCount(), m_liveBefore + m_leaked); }
+    void TearDown() override { EXPECT_EQ(common::LiveObjectCount(), m_liveBefore + m_leaked); }
     // The test leaks so many objects on purpose.
     void ExpectLeaked(std::size_t count) { m_leaked = count; }
 
-    // The context of the test's objects; later switches make a new one.
+    // The context of the test's objects; later behaviour make a new one.
     [[nodiscard]] const ContextPtr& Context();
-    void Use(Switches switches) { m_context = std::make_shared<RunContext>(std::move(switches)); }
+    void Use(Behaviour behaviour) { m_context = std::make_shared<RunContext>(std::move(behaviour)); }
     [[nodiscard]] std::vector<std::string> Breaches() { return Context()->Breaches().Lines(); }
     // A switch that fails the nth call of the method.
-    static Switches Failing(std::string method, HRESULT code, std::string argument = {}, unsigned nth = 1);
+    static Behaviour Failing(std::string method, HRESULT code, std::string argument = {}, unsigned nth = 1);
 
   private:
-    const std::size_t m_liveBefore = LiveObjectCount();
+    const std::size_t m_liveBefore = common::LiveObjectCount();
     std::size_t m_leaked = 0;
     ContextPtr m_context;
 };

@@ -6,18 +6,18 @@ namespace devkit::pipeline {
 namespace {
 
 TEST(Part, KnowsAResourcesKindByItsContentType) {
-    EXPECT_EQ(KindOfContentType("image/png"), PartKind::Image);
-    EXPECT_EQ(KindOfContentType("IMAGE/JPEG"), PartKind::Image);
-    EXPECT_EQ(KindOfContentType("image/tiff; charset=x"), PartKind::Image);
-    EXPECT_EQ(KindOfContentType("image/vnd.ms-photo ; a=b"), PartKind::Image);
-    EXPECT_EQ(KindOfContentType("application/vnd.ms-opentype"), PartKind::Font);
-    EXPECT_EQ(KindOfContentType("application/vnd.ms-package.obfuscated-opentype"), PartKind::Font);
-    EXPECT_EQ(KindOfContentType("application/vnd.ms-color.iccprofile"), PartKind::ColorProfile);
-    EXPECT_EQ(KindOfContentType("application/vnd.ms-package.xps-resourcedictionary+xml"),
-              PartKind::ResourceDictionary);
-    EXPECT_EQ(KindOfContentType("application/vnd.ms-printing.printticket+xml"), PartKind::PrintTicket);
-    EXPECT_EQ(KindOfContentType("image/gif"), PartKind::Unknown);
-    EXPECT_EQ(KindOfContentType(""), PartKind::Unknown);
+    EXPECT_EQ(PartKind::Image, KindOfContentType("image/png"));
+    EXPECT_EQ(PartKind::Image, KindOfContentType("IMAGE/JPEG"));
+    EXPECT_EQ(PartKind::Image, KindOfContentType("image/tiff; charset=x"));
+    EXPECT_EQ(PartKind::Image, KindOfContentType("image/vnd.ms-photo ; a=b"));
+    EXPECT_EQ(PartKind::Font, KindOfContentType("application/vnd.ms-opentype"));
+    EXPECT_EQ(PartKind::Font, KindOfContentType("application/vnd.ms-package.obfuscated-opentype"));
+    EXPECT_EQ(PartKind::ColorProfile, KindOfContentType("application/vnd.ms-color.iccprofile"));
+    EXPECT_EQ(PartKind::ResourceDictionary,
+              KindOfContentType("application/vnd.ms-package.xps-resourcedictionary+xml"));
+    EXPECT_EQ(PartKind::PrintTicket, KindOfContentType("application/vnd.ms-printing.printticket+xml"));
+    EXPECT_EQ(PartKind::Unknown, KindOfContentType("image/gif"));
+    EXPECT_EQ(PartKind::Unknown, KindOfContentType(""));
 }
 
 TEST(Part, ReadsTheInputOnceWhileItsBytesAreHeld) {
@@ -26,52 +26,52 @@ TEST(Part, ReadsTheInputOnceWhileItsBytesAreHeld) {
                                                  ++reads;
                                                  return std::make_shared<const std::string>("markup");
                                              }});
-    EXPECT_EQ(reads, 0);
+    EXPECT_EQ(0, reads);
     {
         const Bytes first = part.Read();
         const Bytes second = part.Read();
-        EXPECT_EQ(*second, "markup");
-        EXPECT_EQ(reads, 1);
+        EXPECT_EQ("markup", *second);
+        EXPECT_EQ(1, reads);
     }
-    EXPECT_EQ(*part.Read(), "markup");
-    EXPECT_EQ(reads, 2);
+    EXPECT_EQ("markup", *part.Read());
+    EXPECT_EQ(2, reads);
 }
 
 TEST(Part, OldBytesStayReadableUntilTheNewOnesAreClosed) {
     Part part(PartKind::FixedPage, InMemory("/1.fpage", "", "old"));
     const auto writing = part.BeginWriting();
-    ASSERT_NE(writing, nullptr);
+    ASSERT_NE(nullptr, writing);
     EXPECT_TRUE(part.IsBeingWritten());
-    EXPECT_EQ(part.BeginWriting(), nullptr);
+    EXPECT_EQ(nullptr, part.BeginWriting());
     writing->Append("new", 3);
-    EXPECT_EQ(*part.Read(), "old");
+    EXPECT_EQ("old", *part.Read());
     EXPECT_FALSE(part.IsWritten());
     writing->Close();
     EXPECT_FALSE(part.IsBeingWritten());
     EXPECT_TRUE(part.IsWritten());
-    EXPECT_EQ(*part.Read(), "new");
-    EXPECT_EQ(*part.ReadInput(), "old");
+    EXPECT_EQ("new", *part.Read());
+    EXPECT_EQ("old", *part.ReadInput());
 }
 
 TEST(Part, CanBeWrittenAgain) {
     Part part(PartKind::FixedPage, InMemory("/1.fpage", "", "old"));
     part.BeginWriting()->Close();
-    EXPECT_EQ(*part.Read(), "");
+    EXPECT_EQ("", *part.Read());
     const auto writing = part.BeginWriting();
     writing->Append("again", 5);
     writing->Close();
-    EXPECT_EQ(*part.Read(), "again");
+    EXPECT_EQ("again", *part.Read());
 }
 
 TEST(Part, ANewOneHasNoBytesUntilItIsWritten) {
     Part part(PartKind::PrintTicket, "/new.xml");
     EXPECT_TRUE(part.IsNew());
-    EXPECT_EQ(*part.Read(), "");
-    EXPECT_EQ(part.Title(), "PrintTicket /new.xml");
+    EXPECT_EQ("", *part.Read());
+    EXPECT_EQ("PrintTicket /new.xml", part.Title());
 }
 
 TEST(Part, WithoutANameIsTitledByItsKind) {
-    EXPECT_EQ(Part(PartKind::XpsDocument, std::string()).Title(), "XpsDocument");
+    EXPECT_EQ("XpsDocument", Part(PartKind::XpsDocument, std::string()).Title());
 }
 
 }  // namespace

@@ -9,34 +9,34 @@ class PipelineControlTest : public PipelineTest {};
 
 TEST_F(PipelineControlTest, KeepsTheCodesInOrder) {
     const auto control = MakeObject<PipelineControl>(Context());
-    EXPECT_EQ(control->RequestShutdown(E_ABORT, nullptr), S_OK);
-    EXPECT_EQ(control->RequestShutdown(S_OK, nullptr), S_OK);
-    EXPECT_EQ(control->ShutdownCodes(), (std::vector<HRESULT>{E_ABORT, S_OK}));
+    EXPECT_EQ(S_OK, control->RequestShutdown(E_ABORT, nullptr));
+    EXPECT_EQ(S_OK, control->RequestShutdown(S_OK, nullptr));
+    EXPECT_EQ((std::vector<HRESULT>{E_ABORT, S_OK}), control->ShutdownCodes());
 }
 
 TEST_F(PipelineControlTest, AnErrorInfoIsABreachAndTheCodeIsKept) {
     const auto control = MakeObject<PipelineControl>(Context());
     int place = 0;
-    EXPECT_EQ(control->RequestShutdown(E_ABORT, reinterpret_cast<IImgErrorInfo*>(&place)), E_INVALIDARG);
-    EXPECT_EQ(control->ShutdownCodes(), std::vector<HRESULT>{E_ABORT});
-    EXPECT_EQ(Breaches(), Lines{"RequestShutdown was called with an error info object"});
+    EXPECT_EQ(E_INVALIDARG, control->RequestShutdown(E_ABORT, reinterpret_cast<IImgErrorInfo*>(&place)));
+    EXPECT_EQ(std::vector<HRESULT>{E_ABORT}, control->ShutdownCodes());
+    EXPECT_EQ(Lines{"RequestShutdown was called with an error info object"}, Breaches());
 }
 
 TEST_F(PipelineControlTest, CountsFilterFinished) {
     const auto control = MakeObject<PipelineControl>(Context());
-    EXPECT_EQ(control->FinishedCount(), 0U);
-    EXPECT_EQ(control->FilterFinished(), S_OK);
-    EXPECT_EQ(control->FilterFinished(), S_OK);
-    EXPECT_EQ(control->FinishedCount(), 2U);
+    EXPECT_EQ(0U, control->FinishedCount());
+    EXPECT_EQ(S_OK, control->FilterFinished());
+    EXPECT_EQ(S_OK, control->FilterFinished());
+    EXPECT_EQ(2U, control->FinishedCount());
 }
 
 TEST_F(PipelineControlTest, FailsAsPlanned) {
-    Switches switches = Failing("RequestShutdown", E_HANDLE);
-    switches.faults.push_back({"FilterFinished", "", 1, E_UNEXPECTED, false});
-    Use(switches);
+    Behaviour behaviour = Failing("RequestShutdown", E_HANDLE);
+    behaviour.faults.push_back({"FilterFinished", "", 1, E_UNEXPECTED, false});
+    Use(behaviour);
     const auto control = MakeObject<PipelineControl>(Context());
-    EXPECT_EQ(control->RequestShutdown(E_ABORT, nullptr), E_HANDLE);
-    EXPECT_EQ(control->FilterFinished(), E_UNEXPECTED);
+    EXPECT_EQ(E_HANDLE, control->RequestShutdown(E_ABORT, nullptr));
+    EXPECT_EQ(E_UNEXPECTED, control->FilterFinished());
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ class ResourceObjectsTest : public PartsTest {
     ComPtr<Interface> Resource(const wchar_t* uri) {
         ComPtr<IUnknown> part;
         ComPtr<Interface> resource;
-        EXPECT_EQ(FirstPage()->GetPagePart(uri, part.Put()), S_OK);
-        EXPECT_EQ(part.QueryTo(resource), S_OK);
+        EXPECT_EQ(S_OK, FirstPage()->GetPagePart(uri, part.Put()));
+        EXPECT_EQ(S_OK, part.QueryTo(resource));
         return resource;
     }
 };
@@ -24,36 +24,36 @@ class ResourceObjectsTest : public PartsTest {
 TEST_F(ResourceObjectsTest, AnImageHasItsContentType) {
     const auto image = Resource<IPartImage>(L"/1/image.png");
     Bstr type;
-    EXPECT_EQ(image->GetImageProperties(type.Put()), S_OK);
-    EXPECT_EQ(type.View(), L"image/png");
-    EXPECT_EQ(image->SetImageContent(L"image/jpeg"), S_OK);
-    EXPECT_EQ(image->GetImageProperties(type.Put()), S_OK);
-    EXPECT_EQ(type.View(), L"image/jpeg");
-    EXPECT_EQ(image->SetImageContent(nullptr), E_INVALIDARG);
+    EXPECT_EQ(S_OK, image->GetImageProperties(type.Put()));
+    EXPECT_EQ(L"image/png", type.View());
+    EXPECT_EQ(S_OK, image->SetImageContent(L"image/jpeg"));
+    EXPECT_EQ(S_OK, image->GetImageProperties(type.Put()));
+    EXPECT_EQ(L"image/jpeg", type.View());
+    EXPECT_EQ(E_INVALIDARG, image->SetImageContent(nullptr));
 }
 
 TEST_F(ResourceObjectsTest, AFontsOptionsFollowFromItsContentType) {
     const auto font = Resource<IPartFont2>(L"/1/font.odttf");
     Bstr type;
     EXpsFontOptions options = Font_Normal;
-    EXPECT_EQ(font->GetFontProperties(type.Put(), &options), S_OK);
-    EXPECT_EQ(type.View(), L"application/vnd.ms-package.obfuscated-opentype");
-    EXPECT_EQ(options, Font_Obfusticate);
-    EXPECT_EQ(font->SetFontOptions(Font_Normal), S_OK);
-    EXPECT_EQ(font->GetFontProperties(type.Put(), &options), S_OK);
-    EXPECT_EQ(type.View(), L"application/vnd.ms-opentype");
-    EXPECT_EQ(options, Font_Normal);
-    EXPECT_EQ(font->SetFontOptions(static_cast<EXpsFontOptions>(2)), E_INVALIDARG);
-    EXPECT_EQ(font->GetFontProperties(type.Put(), nullptr), E_POINTER);
+    EXPECT_EQ(S_OK, font->GetFontProperties(type.Put(), &options));
+    EXPECT_EQ(L"application/vnd.ms-package.obfuscated-opentype", type.View());
+    EXPECT_EQ(Font_Obfusticate, options);
+    EXPECT_EQ(S_OK, font->SetFontOptions(Font_Normal));
+    EXPECT_EQ(S_OK, font->GetFontProperties(type.Put(), &options));
+    EXPECT_EQ(L"application/vnd.ms-opentype", type.View());
+    EXPECT_EQ(Font_Normal, options);
+    EXPECT_EQ(E_INVALIDARG, font->SetFontOptions(static_cast<EXpsFontOptions>(2)));
+    EXPECT_EQ(E_POINTER, font->GetFontProperties(type.Put(), nullptr));
     EXpsFontRestriction restriction = Xps_Restricted_Font_Editable;
-    EXPECT_EQ(font->GetFontRestriction(&restriction), S_OK);
-    EXPECT_EQ(restriction, Xps_Restricted_Font_Installable);
+    EXPECT_EQ(S_OK, font->GetFontRestriction(&restriction));
+    EXPECT_EQ(Xps_Restricted_Font_Installable, restriction);
 }
 
 TEST_F(ResourceObjectsTest, AResourceIsReadable) {
     ComPtr<IPrintReadStream> stream;
-    ASSERT_EQ(Resource<IPartResourceDictionary>(L"/1/styles.dict")->GetStream(stream.Put()), S_OK);
-    EXPECT_EQ(ReadAll(stream.Get()), "bytes of /1/styles.dict");
+    ASSERT_EQ(S_OK, Resource<IPartResourceDictionary>(L"/1/styles.dict")->GetStream(stream.Put()));
+    EXPECT_EQ("bytes of /1/styles.dict", ReadAll(stream.Get()));
 }
 
 TEST_F(ResourceObjectsTest, AllInterfacesOfAFontComeFromOneObject) {
@@ -62,11 +62,11 @@ TEST_F(ResourceObjectsTest, AllInterfacesOfAFontComeFromOneObject) {
     ComPtr<IPartBase> base;
     ComPtr<IUnknown> ofFont;
     ComPtr<IUnknown> ofBase;
-    EXPECT_EQ(font.QueryTo(plain), S_OK);
-    EXPECT_EQ(font.QueryTo(base), S_OK);
-    EXPECT_EQ(font.QueryTo(ofFont), S_OK);
-    EXPECT_EQ(base.QueryTo(ofBase), S_OK);
-    EXPECT_EQ(ofFont.Get(), ofBase.Get());
+    EXPECT_EQ(S_OK, font.QueryTo(plain));
+    EXPECT_EQ(S_OK, font.QueryTo(base));
+    EXPECT_EQ(S_OK, font.QueryTo(ofFont));
+    EXPECT_EQ(S_OK, base.QueryTo(ofBase));
+    EXPECT_EQ(ofBase.Get(), ofFont.Get());
 }
 
 }  // namespace

@@ -4,20 +4,24 @@
 
 #include <thread>
 
+#include "devkit/pipeline/fixture.h"
+
 namespace devkit::pipeline {
 namespace {
 
+using platform::ComPtr;
+
 TEST(RunContext, RecordsABreachAndGivesItsCode) {
     RunContext context;
-    EXPECT_EQ(context.Breach("one"), CallOutOfOrder);
-    EXPECT_EQ(context.Breach("two", E_INVALIDARG), E_INVALIDARG);
-    EXPECT_EQ(context.Breaches().Lines(), (std::vector<std::string>{"one", "two"}));
+    EXPECT_EQ(kCallOutOfOrder, context.Breach("one"));
+    EXPECT_EQ(E_INVALIDARG, context.Breach("two", E_INVALIDARG));
+    EXPECT_EQ((std::vector<std::string>{"one", "two"}), context.Breaches().Lines());
 }
 
 TEST(RunContext, KeepsInputFailuresApartFromBreaches) {
     RunContext context;
     context.InputFailed("/1.fpage: damaged");
-    EXPECT_EQ(context.InputFailures(), std::vector<std::string>{"/1.fpage: damaged"});
+    EXPECT_EQ(std::vector<std::string>{"/1.fpage: damaged"}, context.InputFailures());
     EXPECT_TRUE(context.Breaches().Lines().empty());
 }
 
@@ -30,6 +34,38 @@ TEST(RunContext, ACancellationEndsAWait) {
     canceller.join();
     EXPECT_TRUE(context.IsCancelled());
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(50));
+}
+
+class Control final : public ComObject<IPrintPipelineManagerControl, IPrintWriteStreamFlush> {
+  public:
+    explicit Control(ContextPtr context) : ComIdentity(std::move(context), "Control") {}
+    HRESULT STDMETHODCALLTYPE RequestShutdown(HRESULT, IImgErrorInfo*) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE FilterFinished() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE FlushData() override { return S_FALSE; }
+};
+
+class ComObjectTest : public PipelineTest {
+  protected:
+    // How many more of the kit's objects live than at the start of the test.
+    [[nodiscard]] std::size_t Living() const { return common::LiveObjectCount() - m_before; }
+
+  private:
+    const std::size_t m_before = common::LiveObjectCount();
+};
+
+TEST_F(ComObjectTest, IsCountedAmongTheLivingUntilTheLastRelease) {
+    ComPtr<Control> object = MakeObject<Control>(Context());
+    EXPECT_EQ(1U, Living());
+    EXPECT_EQ(Lines{"Control, 1 reference"}, Context()->LiveObjects());
+    const ComPtr<Control> second(object);
+    EXPECT_EQ(Lines{"Control, 2 references"}, Context()->LiveObjects());
+    object.Reset();
+    EXPECT_EQ(1U, Living());
+}
+
+TEST_F(ComObjectTest, OutlivesTheOwnerOfItsContext) {
+    const ComPtr<Control> object = MakeObject<Control>(std::make_shared<RunContext>());
+    EXPECT_EQ(1U, Living());
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ constexpr Margins Sheet{3000, 5000, 4000, 12700};
 }
 
 [[nodiscard]] Numbers Geometry(const Device& device, const Element& ticket, bool orientationCounts = true) {
-    const std::optional<PageGeometry> page = ComputeGeometry(device, ticket, orientationCounts);
+    const std::optional<PageDimensions> page = ComputeGeometry(device, ticket, orientationCounts);
     if (!page) return {};
     return {page->width, page->height, page->originX, page->originY, page->extentX, page->extentY};
 }

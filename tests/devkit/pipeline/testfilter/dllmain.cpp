@@ -33,8 +33,8 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) {
     static Factory factory;
     if (ppObject == nullptr) return E_POINTER;
     *ppObject = nullptr;
-    if (IsEqualCLSID(classId, testfilter::ClassId)) return factory.QueryInterface(iid, ppObject);
-    if (IsEqualCLSID(classId, testfilter::DirectClassId)) {
+    if (IsEqualCLSID(classId, testfilter::kClassId)) return factory.QueryInterface(iid, ppObject);
+    if (IsEqualCLSID(classId, testfilter::kDirectClassId)) {
         return platform::ComPtr<IPrintPipelineFilter>::Adopt(new TestFilter)->QueryInterface(iid, ppObject);
     }
     return CLASS_E_CLASSNOTAVAILABLE;

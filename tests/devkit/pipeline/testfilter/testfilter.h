@@ -11,11 +11,11 @@
 namespace testfilter {
 
 // {C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}
-inline constexpr CLSID ClassId = {
+inline constexpr CLSID kClassId = {
     0xc1d7f0a2, 0x35d4, 0x4e0b, {0x9c, 0x53, 0x6b, 0x1c, 0x5a, 0x7e, 0x9d, 0x10}};
 // The same filter, given out by DllGetClassObject without a factory.
 // {C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D11}
-inline constexpr CLSID DirectClassId = {
+inline constexpr CLSID kDirectClassId = {
     0xc1d7f0a2, 0x35d4, 0x4e0b, {0x9c, 0x53, 0x6b, 0x1c, 0x5a, 0x7e, 0x9d, 0x11}};
 
 // The objects of the module that are alive.

@@ -1,0 +1,70 @@
+#include "devkit/pipeline/filtercalls.h"
+
+#include <algorithm>
+
+namespace devkit::pipeline {
+namespace {
+
+bool IsMethod(std::string_view wanted, std::string_view method) {
+    return wanted.empty() || wanted == method || method.ends_with("::" + std::string(wanted));
+}
+
+}  // namespace
+
+FilterCalls::FilterCalls(std::vector<Fault> faults, bool keepText) : m_keepText(keepText) {
+    for (Fault& fault : faults) m_faults.push_back({std::move(fault), 0});
+}
+
+HRESULT FilterCalls::Enter(std::string_view method, std::string_view argument) {
+    const std::lock_guard guard(m_lock);
+    Record(method, argument);
+    return Strike(method, argument);
+}
+
+void FilterCalls::Note(std::string_view method, std::string_view argument) {
+    const std::lock_guard guard(m_lock);
+    Record(method, argument);
+}
+
+void FilterCalls::Record(std::string_view method, std::string_view argument) {
+    ++m_total;
+    auto count = m_counts.find(method);
+    if (count == m_counts.end()) count = m_counts.emplace(method, 0).first;
+    ++count->second;
+    if (!m_keepText) return;
+    std::string& line = m_text.emplace_back(method);
+    if (!argument.empty()) line.append(" ").append(argument);
+}
+
+HRESULT FilterCalls::Strike(std::string_view method, std::string_view argument) {
+    HRESULT result = S_OK;
+    for (Planned& planned : m_faults) {
+        const Fault& fault = planned.fault;
+        if (!IsMethod(fault.method, method)) continue;
+        if (!fault.argument.empty() && fault.argument != argument) continue;
+        ++planned.seen;
+        const bool strikes = planned.seen == fault.nth || (fault.onwards && planned.seen > fault.nth);
+        if (strikes && SUCCEEDED(result)) result = fault.code;
+    }
+    return result;
+}
+
+unsigned FilterCalls::Count(std::string_view method) const {
+    const std::lock_guard guard(m_lock);
+    if (method.empty()) return m_total;
+    const auto count = m_counts.find(method);
+    return count == m_counts.end() ? 0 : count->second;
+}
+
+bool FilterCalls::AllFaultsStruck() const {
+    const std::lock_guard guard(m_lock);
+    return std::all_of(m_faults.begin(), m_faults.end(),
+                       [](const Planned& planned) { return planned.seen >= planned.fault.nth; });
+}
+
+std::vector<std::string> FilterCalls::Text() const {
+    const std::lock_guard guard(m_lock);
+    return m_text;
+}
+
+}  // namespace devkit::pipeline

@@ -1,0 +1,134 @@
+#include "devkit/pipeline/job.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace devkit::pipeline {
+namespace {
+
+using Document = std::shared_ptr<const package::XpsDocument>;
+
+InputPart MakePart(const Document& document, const std::string& name) {
+    const std::optional<package::PartInfo> info = document->GetPackage().Find(name);
+    return {name, info ? info->contentType : std::string(),
+            [document, name] { return std::make_shared<const std::string>(document->ReadPart(name)); }};
+}
+
+std::optional<InputPart> MakePart(const Document& document, const std::optional<std::string>& name) {
+    return name ? std::optional(MakePart(document, *name)) : std::nullopt;
+}
+
+PageInput MakePage(const Document& document, const package::FixedPage& page) {
+    PageInput input{MakePart(document, page.name), MakePart(document, page.ticket), {}};
+    for (const std::string& name : page.resources) {
+        InputPart resource = MakePart(document, name);
+        const PartKind kind = KindOfContentType(resource.contentType);
+        input.resources.push_back({kind, std::move(resource)});
+    }
+    return input;
+}
+
+constexpr std::string_view kFixedDocumentContentType = "application/vnd.ms-package.xps-fixeddocument+xml";
+constexpr std::string_view kUnknownContentType = "application/octet-stream";
+
+std::string ContentTypeOfNew(const Part& part) {
+    switch (part.Kind()) {
+        case PartKind::FixedDocument:
+            return std::string(kFixedDocumentContentType);
+        case PartKind::FixedPage:
+            return std::string(package::kFixedPageContentType);
+        case PartKind::PrintTicket:
+            return std::string(package::kPrintTicketContentType);
+        case PartKind::ColorProfile:
+            return "application/vnd.ms-color.iccprofile";
+        case PartKind::Font:
+            return part.ContentType().empty() ? "application/vnd.ms-opentype" : part.ContentType();
+        case PartKind::Image:
+        case PartKind::Thumbnail:
+            return part.ContentType().empty() ? "image/png" : part.ContentType();
+        default:
+            return std::string(kUnknownContentType);
+    }
+}
+
+// Builds the tree of the output from the parts in their order.
+class TreeBuilder {
+  public:
+    explicit TreeBuilder(package::XpsDocument& document) : m_document(document) {}
+
+    void Add(const SentPart& sent) {
+        switch (sent.kind) {
+            case PartKind::XpsDocument:
+                m_document.thumbnail = NameInPackage(sent.part->thumbnail);
+                break;
+            case PartKind::FixedDocumentSequence:
+                m_document.sequence.ticket = NameInPackage(sent.part->ticket);
+                break;
+            case PartKind::FixedDocument:
+                m_documents.push_back({*NameInPackage(sent.part), NameInPackage(sent.part->ticket), {}});
+                break;
+            case PartKind::FixedPage:
+                m_documents.back().pages.push_back(MakePage(sent));
+                break;
+            default:
+                break;
+        }
+    }
+
+    void Finish() { m_document.sequence.documents = std::move(m_documents); }
+
+  private:
+    package::FixedPage MakePage(const SentPart& sent) {
+        package::FixedPage page;
+        page.name = *NameInPackage(sent.part);
+        if (sent.MarkupRewritten()) page.markup = *sent.part->Read();
+        page.ticket = NameInPackage(sent.part->ticket);
+        for (const PartPtr& resource : sent.part->resources)
+            page.resources.push_back(*NameInPackage(resource));
+        return page;
+    }
+
+    // The part's name in the package. A part that the filter made is added the first time that it is met.
+    std::optional<std::string> NameInPackage(const PartPtr& part) {
+        if (part == nullptr) return std::nullopt;
+        if (!part->IsNew()) return part->Name();
+        auto place = m_added.find(part);
+        if (place == m_added.end()) {
+            std::string name = m_document.AddPart(part->Name(), ContentTypeOfNew(*part), *part->Read());
+            place = m_added.emplace(part, std::move(name)).first;
+        }
+        return place->second;
+    }
+
+    package::XpsDocument& m_document;
+    std::vector<package::FixedDocument> m_documents;
+    std::map<PartPtr, std::string> m_added;
+};
+
+}  // namespace
+
+std::shared_ptr<const JobInput> MakeJobInput(const Document& document) {
+    const auto job = std::make_shared<JobInput>();
+    const package::FixedDocumentSequence& sequence = document->sequence;
+    job->thumbnail = MakePart(document, document->thumbnail);
+    job->sequence = MakePart(document, sequence.name);
+    job->ticket = MakePart(document, sequence.ticket);
+    for (const package::FixedDocument& fixedDocument : sequence.documents) {
+        DocumentInput input{
+            MakePart(document, fixedDocument.name), MakePart(document, fixedDocument.ticket), {}};
+        for (const package::FixedPage& page : fixedDocument.pages)
+            input.pages.push_back(MakePage(document, page));
+        job->documents.push_back(std::move(input));
+    }
+    return job;
+}
+
+void ApplySentParts(package::XpsDocument& document, const std::vector<SentPart>& parts) {
+    TreeBuilder builder(document);
+    for (const SentPart& sent : parts) builder.Add(sent);
+    builder.Finish();
+}
+
+}  // namespace devkit::pipeline

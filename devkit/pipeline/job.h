@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "devkit/package/xpsdocument.h"
+#include "devkit/pipeline/part.h"
+
+namespace devkit::pipeline {
+
+// The document that a run sends through the filter. It is read only, so one input can serve many runs, one
+// after the other.
+
+struct ResourceInput {
+    PartKind kind = PartKind::Unknown;
+    InputPart part;
+};
+
+struct PageInput {
+    InputPart markup;
+    std::optional<InputPart> ticket;
+    std::vector<ResourceInput> resources;
+};
+
+struct DocumentInput {
+    InputPart markup;
+    std::optional<InputPart> ticket;
+    std::vector<PageInput> pages;
+};
+
+struct JobInput {
+    std::optional<InputPart> thumbnail;
+    InputPart sequence;
+    std::optional<InputPart> ticket;
+    std::vector<DocumentInput> documents;
+};
+
+// The tree of a document as it stands. Parts are read from the document when the filter asks for them; the
+// input keeps it alive. Throws common::Error.
+[[nodiscard]] std::shared_ptr<const JobInput> MakeJobInput(
+    const std::shared_ptr<const package::XpsDocument>& document);
+
+// Puts what the filter sent into the tree of the document that it was read from: pages and documents in their
+// sending order, rewritten markup, tickets, resources and thumbnail. Parts that the filter made get a legal
+// and unique name near to the one it gave. The parts must hold a FixedDocumentSequence. Throws
+// common::Error.
+void ApplySentParts(package::XpsDocument& document, const std::vector<SentPart>& parts);
+
+}  // namespace devkit::pipeline

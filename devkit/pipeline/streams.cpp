@@ -1,0 +1,117 @@
+#include "devkit/pipeline/streams.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "devkit/common/boundary.h"
+
+namespace devkit::pipeline {
+
+ReadStream::ReadStream(ContextPtr context, const std::string& name, Bytes bytes)
+    : ComIdentity(std::move(context), "ReadStream " + name), m_name(name), m_bytes(std::move(bytes)) {}
+
+HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) {
+    if (pNewPosition != nullptr) *pNewPosition = 0;
+    if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::Seek", m_name); FAILED(hr)) return hr;
+    std::int64_t start = 0;
+    switch (origin) {
+        case STREAM_SEEK_SET:
+            break;
+        case STREAM_SEEK_CUR:
+            start = static_cast<std::int64_t>(m_position);
+            break;
+        case STREAM_SEEK_END:
+            start = static_cast<std::int64_t>(m_bytes->size());
+            break;
+        default:
+            return STG_E_INVALIDFUNCTION;
+    }
+    if (offset < -start || offset > std::numeric_limits<std::int64_t>::max() - start) return STG_E_SEEKERROR;
+    m_position = static_cast<std::uint64_t>(start + offset);
+    if (pNewPosition != nullptr) *pNewPosition = m_position;
+    return S_OK;
+}
+
+HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOOL* pEndOfFile) {
+    if (pcbRead != nullptr) *pcbRead = 0;
+    if (pEndOfFile != nullptr) *pEndOfFile = FALSE;
+    if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::ReadBytes", m_name); FAILED(hr))
+        return hr;
+    if (pBuffer == nullptr || pcbRead == nullptr || pEndOfFile == nullptr) {
+        return Context().Breach("ReadBytes of " + m_name + " was called with a null pointer", E_POINTER);
+    }
+    const Behaviour& behaviour = Context().GetBehaviour();
+    const std::uint64_t size = m_bytes->size();
+    const std::uint64_t left = m_position < size ? size - m_position : 0;
+    ULONG count = static_cast<ULONG>(std::min<std::uint64_t>(cbWanted, left));
+    if (behaviour.maxBytesPerRead != 0) count = std::min(count, behaviour.maxBytesPerRead);
+    std::memcpy(pBuffer, m_bytes->data() + (count == 0 ? 0 : m_position), count);
+    m_position += count;
+    *pcbRead = count;
+    const bool atEnd = m_position >= size;
+    *pEndOfFile = atEnd && (count == 0 || behaviour.endFlag == EndFlag::WithLastData) ? TRUE : FALSE;
+    return S_OK;
+}
+
+ReadStreamFactory::ReadStreamFactory(ContextPtr context, std::string name, Bytes bytes)
+    : ComIdentity(std::move(context), "ReadStreamFactory " + name),
+      m_name(std::move(name)),
+      m_bytes(std::move(bytes)) {}
+
+HRESULT ReadStreamFactory::GetStream(IPrintReadStream** ppStream) {
+    if (ppStream == nullptr) return E_POINTER;
+    *ppStream = nullptr;
+    return common::Guarded([&]() -> HRESULT {
+        if (const HRESULT hr = Context().Calls().Enter("IPrintReadStreamFactory::GetStream", m_name);
+            FAILED(hr)) {
+            return hr;
+        }
+        *ppStream = MakeObject<ReadStream>(SharedContext(), m_name, m_bytes).Detach();
+        return S_OK;
+    });
+}
+
+void Writing::Close() { m_closed = std::make_shared<const std::string>(std::exchange(m_open, {})); }
+
+WriteStream::WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<Writing> writing)
+    : ComIdentity(std::move(context), "WriteStream " + name), m_name(name), m_writing(std::move(writing)) {}
+
+WriteStream::~WriteStream() {
+    if (!m_writing->IsClosed())
+        Context().LeftOpen("the write stream of " + m_name + " was released without Close");
+}
+
+HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) {
+    if (pcbWritten != nullptr) *pcbWritten = 0;
+    return common::Guarded([&]() -> HRESULT {
+        if (const HRESULT hr = Context().Calls().Enter("IPrintWriteStream::WriteBytes", m_name); FAILED(hr))
+            return hr;
+        if (pBuffer == nullptr || pcbWritten == nullptr) {
+            return Context().Breach("WriteBytes of " + m_name + " was called with a null pointer", E_POINTER);
+        }
+        if (m_writing->IsClosed()) return Context().Breach("WriteBytes of " + m_name + " came after Close");
+        const ULONG most = Context().GetBehaviour().maxBytesPerWrite;
+        const ULONG count = most == 0 ? cb : std::min(cb, most);
+        m_writing->Append(pBuffer, count);
+        *pcbWritten = count;
+        return S_OK;
+    });
+}
+
+void WriteStream::Close() {
+    static_cast<void>(common::Guarded([&]() -> HRESULT {
+        Context().Calls().Note("IPrintWriteStream::Close", m_name);
+        if (m_writing->IsClosed())
+            return Context().Breach("the write stream of " + m_name + " was closed twice");
+        m_writing->Close();
+        return S_OK;
+    }));
+}
+
+HRESULT WriteStream::FlushData() {
+    return Context().Calls().Enter("IPrintWriteStreamFlush::FlushData", m_name);
+}
+
+}  // namespace devkit::pipeline

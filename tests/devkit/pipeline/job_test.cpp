@@ -1,0 +1,178 @@
+#include "devkit/pipeline/job.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "devkit/pipeline/filterrun.h"
+#include "devkit/pipeline/fixture.h"
+#include "devkit/pipeline/testfilter/testfilter.h"
+#include "devkit/pipeline/testmodule.h"
+
+namespace devkit::pipeline {
+namespace {
+
+using package::XpsDocument;
+using Path = std::filesystem::path;
+
+TEST(JobInput, HasTheTreeOfTheDocument) {
+    const auto document = std::make_shared<XpsDocument>(
+        XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / "sample.xps"));
+    const auto job = MakeJobInput(document);
+    ASSERT_TRUE(job->thumbnail && job->ticket);
+    EXPECT_EQ(*document->thumbnail, job->thumbnail->name);
+    EXPECT_EQ(document->sequence.name, job->sequence.name);
+    EXPECT_EQ(*document->sequence.ticket, job->ticket->name);
+    EXPECT_EQ("application/vnd.ms-printing.printticket+xml", job->ticket->contentType);
+    EXPECT_EQ(document->ReadPart(job->ticket->name), *job->ticket->read());
+    ASSERT_EQ(document->sequence.documents.size(), job->documents.size());
+    for (std::size_t i = 0; i < job->documents.size(); ++i) {
+        const package::FixedDocument& expected = document->sequence.documents[i];
+        EXPECT_EQ(expected.name, job->documents[i].markup.name);
+        EXPECT_EQ(expected.ticket.has_value(), job->documents[i].ticket.has_value());
+        ASSERT_EQ(expected.pages.size(), job->documents[i].pages.size());
+        for (std::size_t j = 0; j < expected.pages.size(); ++j) {
+            const PageInput& page = job->documents[i].pages[j];
+            EXPECT_EQ(expected.pages[j].name, page.markup.name);
+            EXPECT_EQ(document->ReadMarkup(expected.pages[j]), *page.markup.read());
+            EXPECT_EQ(expected.pages[j].ticket.has_value(), page.ticket.has_value());
+            ASSERT_EQ(expected.pages[j].resources.size(), page.resources.size());
+        }
+    }
+}
+
+TEST(JobInput, KeepsTheDocumentAlive) {
+    std::shared_ptr<const JobInput> job;
+    {
+        const auto document = std::make_shared<XpsDocument>(
+            XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / "minimal.xps"));
+        job = MakeJobInput(document);
+    }
+    EXPECT_NE(std::string::npos, job->documents[0].pages[0].markup.read()->find("FixedPage"));
+}
+
+std::string FileBytes(const Path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// Sends real documents through the test filter and reads what comes out.
+class OutputPackageTest : public PipelineTest {
+  protected:
+    static Path Sample() { return Path(SAMPLES_FOLDER) / "sample.xps"; }
+    static Path Output() { return ProgramFolder() / "outputpackage_test.xps"; }
+
+    // The document after the filter, written and read again.
+    XpsDocument Through(const wchar_t* mode) {
+        const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(Sample()));
+        RunOptions options;
+        options.properties.driverValues = DriverValues{{L"TestFilterMode", mode}};
+        const auto module = std::make_shared<FilterModule>(TestFilterPath(), testfilter::kClassId);
+        const RunOutcome outcome = FilterRun(module, MakeJobInput(document), std::move(options)).Run();
+        EXPECT_EQ(Lines{}, outcome.breaches);
+        EXPECT_TRUE(outcome.IsWhole());
+        ApplySentParts(*document, outcome.parts);
+        document->Save(Output());
+        return XpsDocument::Open(Output());
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        std::filesystem::remove(Output(), ignored);
+        PipelineTest::TearDown();
+    }
+};
+
+TEST_F(OutputPackageTest, WhatWasNotChangedIsTheSameFile) {
+    static_cast<void>(Through(L""));
+    EXPECT_EQ(FileBytes(Sample()), FileBytes(Output()));
+}
+
+TEST_F(OutputPackageTest, NewTicketsHangOnTheirPagesUnderLegalNames) {
+    const XpsDocument before = XpsDocument::Open(Sample());
+    const XpsDocument after = Through(L"ticket");
+    EXPECT_EQ(Lines{}, after.Findings());
+    EXPECT_EQ(before.sequence.ticket, after.sequence.ticket);
+    unsigned number = 0;
+    for (std::size_t i = 0; i < after.sequence.documents.size(); ++i) {
+        const package::FixedDocument& document = after.sequence.documents[i];
+        EXPECT_EQ(before.sequence.documents[i].ticket, document.ticket);
+        for (const package::FixedPage& page : document.pages) {
+            ASSERT_TRUE(page.ticket);
+            EXPECT_EQ("/Tickets/made_" + std::to_string(++number) + ".xml", *page.ticket);
+            EXPECT_TRUE(after.ReadPart(*page.ticket).starts_with("<psf:PrintTicket"));
+        }
+    }
+    EXPECT_EQ(10U, number);
+}
+
+TEST_F(OutputPackageTest, RewrittenMarkupTakesThePlaceOfTheOld) {
+    const XpsDocument before = XpsDocument::Open(Sample());
+    const XpsDocument after = Through(L"rewrite");
+    const std::string old = before.ReadMarkup(before.sequence.documents[1].pages[0]);
+    std::string expected = old;
+    expected.replace(expected.find("Width=\"816\""), 11, "Width=\"1056\"");
+    expected.replace(expected.find("Height=\"1056\""), 13, "Height=\"816\"");
+    EXPECT_EQ(expected, after.ReadMarkup(after.sequence.documents[1].pages[0]));
+    EXPECT_EQ(before.sequence.documents[1].pages[0].resources,
+              after.sequence.documents[1].pages[0].resources);
+}
+
+TEST_F(OutputPackageTest, APageThatWasNotSentIsLeftOut) {
+    const XpsDocument before = XpsDocument::Open(Sample());
+    const XpsDocument after = Through(L"drop-first-page");
+    EXPECT_EQ(Lines{}, after.Findings());
+    ASSERT_EQ(before.sequence.documents[0].pages.size() - 1, after.sequence.documents[0].pages.size());
+    EXPECT_EQ(before.sequence.documents[0].pages[1].name, after.sequence.documents[0].pages[0].name);
+    EXPECT_FALSE(after.GetPackage().Contains(before.sequence.documents[0].pages[0].name));
+}
+
+TEST_F(OutputPackageTest, PartsOfEveryKindThatTheFilterMakesAreAdded) {
+    const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(Sample()));
+    const auto made = [](PartKind kind, const char* name, const std::string& bytes) {
+        const PartPtr part = std::make_shared<Part>(kind, name);
+        const auto writing = part->BeginWriting();
+        writing->Append(bytes.data(), bytes.size());
+        writing->Close();
+        return part;
+    };
+    const PartPtr start = std::make_shared<Part>(PartKind::XpsDocument, std::string());
+    start->thumbnail = made(PartKind::Thumbnail, "/thumb", "thumbnail");
+    start->thumbnail->SetContentType("image/jpeg");
+    const PartPtr sequence = std::make_shared<Part>(PartKind::FixedDocumentSequence, std::string());
+    sequence->ticket = made(PartKind::PrintTicket, "/same.xml", "job");
+    const PartPtr fixedDocument = made(PartKind::FixedDocument, "/New Document.fdoc", "");
+    const PartPtr page = made(PartKind::FixedPage, "/new.fpage", "<FixedPage/>");
+    page->ticket = made(PartKind::PrintTicket, "/SAME.xml", "page");
+    page->resources = {made(PartKind::Image, "/a\\image", "image"), made(PartKind::Font, "/font", "font"),
+                       made(PartKind::ColorProfile, "/profile", "profile")};
+    ApplySentParts(*document, {{PartKind::XpsDocument, "", start},
+                               {PartKind::FixedDocumentSequence, "", sequence},
+                               {PartKind::FixedDocument, "", fixedDocument},
+                               {PartKind::FixedPage, "", page},
+                               {PartKind::Unknown, "", nullptr}});
+    document->Save(Output());
+    const XpsDocument after = XpsDocument::Open(Output());
+    EXPECT_EQ(Lines{}, after.Findings());
+    const auto typeOf = [&](const std::string& name) { return after.GetPackage().Find(name)->contentType; };
+    ASSERT_TRUE(after.thumbnail);
+    EXPECT_EQ("image/jpeg", typeOf(*after.thumbnail));
+    ASSERT_EQ(1U, after.sequence.documents.size());
+    EXPECT_EQ("/New%20Document.fdoc", after.sequence.documents[0].name);
+    ASSERT_EQ(1U, after.sequence.documents[0].pages.size());
+    const package::FixedPage& written = after.sequence.documents[0].pages[0];
+    EXPECT_EQ("<FixedPage/>", after.ReadMarkup(written));
+    ASSERT_TRUE(after.sequence.ticket && written.ticket);
+    EXPECT_NE(*written.ticket, *after.sequence.ticket);
+    EXPECT_EQ("job", after.ReadPart(*after.sequence.ticket));
+    EXPECT_EQ("page", after.ReadPart(*written.ticket));
+    ASSERT_EQ(3U, written.resources.size());
+    EXPECT_EQ("/a/image", written.resources[0]);
+    EXPECT_EQ("image/png", typeOf(written.resources[0]));
+    EXPECT_EQ("application/vnd.ms-opentype", typeOf(written.resources[1]));
+    EXPECT_EQ("application/vnd.ms-color.iccprofile", typeOf(written.resources[2]));
+}
+
+}  // namespace
+}  // namespace devkit::pipeline
