@@ -20,19 +20,29 @@ struct CreatableKind {
     PartKind kind;
 };
 
-// The interfaces that the platform's documentation permits for a new part; Unknown for any other.
+// The interfaces that the platform's documentation permits for a new part, and the remaining ones of the
+// parts of a page; Unknown for any other.
 PartKind CreatableKindOf(REFIID iid) {
-    const std::array<CreatableKind, 7> kinds{{{__uuidof(IFixedDocument), PartKind::FixedDocument},
-                                              {__uuidof(IFixedPage), PartKind::FixedPage},
-                                              {__uuidof(IPartImage), PartKind::Image},
-                                              {__uuidof(IPartThumbnail), PartKind::Thumbnail},
-                                              {__uuidof(IPartFont), PartKind::Font},
-                                              {__uuidof(IPartPrintTicket), PartKind::PrintTicket},
-                                              {__uuidof(IPartColorProfile), PartKind::ColorProfile}}};
+    const std::array<CreatableKind, 9> kinds{
+        {{__uuidof(IFixedDocument), PartKind::FixedDocument},
+         {__uuidof(IFixedPage), PartKind::FixedPage},
+         {__uuidof(IPartImage), PartKind::Image},
+         {__uuidof(IPartThumbnail), PartKind::Thumbnail},
+         {__uuidof(IPartFont), PartKind::Font},
+         {__uuidof(IPartFont2), PartKind::Font},
+         {__uuidof(IPartPrintTicket), PartKind::PrintTicket},
+         {__uuidof(IPartColorProfile), PartKind::ColorProfile},
+         {__uuidof(IPartResourceDictionary), PartKind::ResourceDictionary}}};
     for (const CreatableKind& creatable : kinds) {
         if (IsEqualIID(creatable.iid, iid)) return creatable.kind;
     }
     return PartKind::Unknown;
+}
+
+std::string TextOf(REFIID iid) {
+    std::array<wchar_t, 39> text{};
+    StringFromGUID2(iid, text.data(), static_cast<int>(text.size()));
+    return platform::ToUtf8(text.data());
 }
 
 bool HasSendMethod(PartKind kind) {
@@ -125,8 +135,9 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
         }
         const PartKind kind = CreatableKindOf(iid);
         if (kind == PartKind::Unknown) {
-            return Context().Breach(
-                "GetNewEmptyPart of " + name + " asks for an interface that it cannot make", E_NOINTERFACE);
+            return Context().Breach("GetNewEmptyPart of " + name + " asks for " + TextOf(iid) +
+                                        ", which is not the interface of a part that it makes",
+                                    E_NOINTERFACE);
         }
         const PartPtr part = std::make_shared<Part>(kind, name);
         ComPtr<WriteStream> stream = MakeObject<WriteStream>(SharedContext(), name, part->BeginWriting());

@@ -18,9 +18,10 @@ Resources::iterator FindByName(Resources& parts, std::string_view name) {
     });
 }
 
-bool IsPageResource(PartKind kind) {
-    return kind == PartKind::Image || kind == PartKind::Font || kind == PartKind::ColorProfile ||
-           kind == PartKind::ResourceDictionary || kind == PartKind::Thumbnail || kind == PartKind::Unknown;
+// What the part iterator gives can be put back.
+bool IsPagePart(PartKind kind) {
+    return kind != PartKind::XpsDocument && kind != PartKind::FixedDocumentSequence &&
+           kind != PartKind::FixedDocument && kind != PartKind::FixedPage;
 }
 
 }  // namespace
@@ -107,16 +108,19 @@ HRESULT FixedPageObject::SetPagePart(IUnknown* pPart) {
         if (const HRESULT hr = CheckNotSent("SetPagePart"); FAILED(hr)) return hr;
         if (pPart == nullptr) return E_POINTER;
         const PartPtr part = PartOf(pPart);
-        if (part == nullptr || !IsPageResource(part->Kind())) {
+        if (part == nullptr || !IsPagePart(part->Kind())) {
             return Context().Breach(
-                "SetPagePart was given an object that is not one of the pipeline's resources", E_INVALIDARG);
+                "SetPagePart was given an object that is not one of the pipeline's parts of a page",
+                E_INVALIDARG);
         }
         if (part->IsBeingWritten()) {
             return Context().Breach("SetPagePart was given " + part->Title() +
                                     " while its write stream is open");
         }
         const auto place = FindByName(m_part->resources, part->Name());
-        if (place == m_part->resources.end()) {
+        if (part->Kind() == PartKind::PrintTicket) {
+            m_part->ticket = part;
+        } else if (place == m_part->resources.end()) {
             m_part->resources.push_back(part);
         } else {
             *place = part;

@@ -39,7 +39,8 @@ class FixedPageObject final : public StreamPartObject<IFixedPage> {
     // One stream at a time.
     HRESULT STDMETHODCALLTYPE GetWriteStream(IPrintWriteStream** ppWriteStream) override;
     HRESULT STDMETHODCALLTYPE SetPrintTicket(IPartPrintTicket* pPrintTicket) override;
-    // A resource of the same name is replaced.
+    // Takes every part that the iterator gives: a ticket becomes the page's ticket, a resource of the same
+    // name is replaced.
     HRESULT STDMETHODCALLTYPE SetPagePart(IUnknown* pPart) override;
     // Dissociates a resource or the ticket. E_ELEMENT_NOT_FOUND, and a breach, when the page has none of that
     // name.

@@ -43,6 +43,8 @@ std::string ContentTypeOfNew(const Part& part) {
             return std::string(package::kPrintTicketContentType);
         case PartKind::ColorProfile:
             return "application/vnd.ms-color.iccprofile";
+        case PartKind::ResourceDictionary:
+            return "application/vnd.ms-package.xps-resourcedictionary+xml";
         case PartKind::Font:
             return part.ContentType().empty() ? "application/vnd.ms-opentype" : part.ContentType();
         case PartKind::Image:

@@ -26,12 +26,12 @@ Lines Titles(const RunOutcome& outcome) {
 }
 
 const Lines kAllParts{"XpsDocument",
-                     "FixedDocumentSequence /seq.fdseq",
-                     "FixedDocument /1/1.fdoc",
-                     "FixedPage /1/1.fpage",
-                     "FixedPage /1/2.fpage",
-                     "FixedDocument /2/2.fdoc",
-                     "FixedPage /2/1.fpage"};
+                      "FixedDocumentSequence /seq.fdseq",
+                      "FixedDocument /1/1.fdoc",
+                      "FixedPage /1/1.fpage",
+                      "FixedPage /1/2.fpage",
+                      "FixedDocument /2/2.fdoc",
+                      "FixedPage /2/1.fpage"};
 
 class FilterRunTest : public PipelineTest {
   protected:
@@ -163,7 +163,9 @@ INSTANTIATE_TEST_SUITE_P(
         Misbehaviour{L"null-page", E_POINTER, {"SendFixedPage was called with a null pointer"}},
         Misbehaviour{L"new-sequence",
                      E_NOINTERFACE,
-                     {"GetNewEmptyPart of /new.fdseq asks for an interface that it cannot make"}},
+                     {"GetNewEmptyPart of /new.fdseq asks for {8028D181-2C32-4249-8493-1BFB22045574}, which "
+                      "is not the "
+                      "interface of a part that it makes"}},
         Misbehaviour{
             L"delete-unknown",
             E_ELEMENT_NOT_FOUND,

@@ -2,6 +2,7 @@
 
 #include "devkit/pipeline/pageobjects.h"
 #include "platform/bstr.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -144,7 +145,7 @@ TEST_F(FixedPageObjectTest, TakesANewResourceInThePlaceOfOneOfTheSameName) {
 TEST_F(FixedPageObjectTest, RefusesAResourceThatIsNone) {
     const auto page = FirstPage();
     EXPECT_EQ(E_INVALIDARG, page->SetPagePart(SecondPage().Get()));
-    EXPECT_EQ(Lines{"SetPagePart was given an object that is not one of the pipeline's resources"},
+    EXPECT_EQ(Lines{"SetPagePart was given an object that is not one of the pipeline's parts of a page"},
               Breaches());
 }
 
@@ -229,7 +230,7 @@ class PartIteratorTest : public PartsTest {
 };
 
 const std::vector<std::wstring> kPartsOfTheFirstPage{L"/1/1_PT.xml",    L"/1/font.odttf",  L"/1/image.png",
-                                                    L"/1/profile.icc", L"/1/styles.dict", L"/1/other.bin"};
+                                                     L"/1/profile.icc", L"/1/styles.dict", L"/1/other.bin"};
 
 TEST_F(PartIteratorTest, GoesOverTheTicketAndTheResources) {
     const auto page = FirstPage();
@@ -267,6 +268,21 @@ TEST_F(PartIteratorTest, RefusesNullPointers) {
     ComPtr<IUnknown> part;
     EXPECT_EQ(E_POINTER, iterator->Current(nullptr, part.Put()));
     EXPECT_EQ(E_POINTER, iterator->Current(uri.Put(), nullptr));
+}
+
+TEST_F(PartIteratorTest, EveryPartThatItGivesCanBePutIntoAnotherPage) {
+    const auto from = FirstPage();
+    const auto to = SecondPage();
+    const auto iterator = IteratorOf(*from.Get());
+    for (; !iterator->IsDone(); iterator->Next()) {
+        platform::Bstr uri;
+        ComPtr<IUnknown> part;
+        ASSERT_EQ(S_OK, iterator->Current(uri.Put(), part.Put()));
+        EXPECT_EQ(S_OK, to->SetPagePart(part.Get())) << platform::ToUtf8(uri.View());
+    }
+    EXPECT_EQ(kPartsOfTheFirstPage, Rest(*IteratorOf(*to.Get()).Get()));
+    EXPECT_EQ(L"/1/1_PT.xml", TicketNameOf(*to.Get()));
+    EXPECT_EQ(Lines{}, Breaches());
 }
 
 }  // namespace

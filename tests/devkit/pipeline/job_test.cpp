@@ -146,7 +146,8 @@ TEST_F(OutputPackageTest, PartsOfEveryKindThatTheFilterMakesAreAdded) {
     const PartPtr page = made(PartKind::FixedPage, "/new.fpage", "<FixedPage/>");
     page->ticket = made(PartKind::PrintTicket, "/SAME.xml", "page");
     page->resources = {made(PartKind::Image, "/a\\image", "image"), made(PartKind::Font, "/font", "font"),
-                       made(PartKind::ColorProfile, "/profile", "profile")};
+                       made(PartKind::ColorProfile, "/profile", "profile"),
+                       made(PartKind::ResourceDictionary, "/styles", "<ResourceDictionary/>")};
     ApplySentParts(*document, {{PartKind::XpsDocument, "", start},
                                {PartKind::FixedDocumentSequence, "", sequence},
                                {PartKind::FixedDocument, "", fixedDocument},
@@ -167,11 +168,12 @@ TEST_F(OutputPackageTest, PartsOfEveryKindThatTheFilterMakesAreAdded) {
     EXPECT_NE(*written.ticket, *after.sequence.ticket);
     EXPECT_EQ("job", after.ReadPart(*after.sequence.ticket));
     EXPECT_EQ("page", after.ReadPart(*written.ticket));
-    ASSERT_EQ(3U, written.resources.size());
+    ASSERT_EQ(4U, written.resources.size());
     EXPECT_EQ("/a/image", written.resources[0]);
     EXPECT_EQ("image/png", typeOf(written.resources[0]));
     EXPECT_EQ("application/vnd.ms-opentype", typeOf(written.resources[1]));
     EXPECT_EQ("application/vnd.ms-color.iccprofile", typeOf(written.resources[2]));
+    EXPECT_EQ("application/vnd.ms-package.xps-resourcedictionary+xml", typeOf(written.resources[3]));
 }
 
 }  // namespace
