@@ -1,6 +1,7 @@
 #include "devkit/common/hresult.h"
 
 #include <array>
+#include <charconv>
 #include <cstdio>
 
 namespace devkit::common {
@@ -79,6 +80,17 @@ std::string HexOf(HRESULT hr) {
 std::string NameOf(HRESULT hr) {
     const char* name = Find(hr);
     return name == nullptr ? HexOf(hr) : name;
+}
+
+std::optional<HRESULT> ParseHresult(std::string_view text) {
+    for (const Named& named : kNames) {
+        if (text == named.name) return static_cast<HRESULT>(named.code);
+    }
+    if (!text.starts_with("0x")) return std::nullopt;
+    unsigned long code = 0;
+    const auto [pEnd, error] = std::from_chars(text.data() + 2, text.data() + text.size(), code, 16);
+    if (error != std::errc() || pEnd != text.data() + text.size()) return std::nullopt;
+    return static_cast<HRESULT>(code);
 }
 
 std::string Describe(HRESULT hr) {

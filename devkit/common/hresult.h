@@ -2,7 +2,9 @@
 
 #include "platform/windows.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace devkit::common {
 
@@ -12,5 +14,7 @@ namespace devkit::common {
 [[nodiscard]] std::string NameOf(HRESULT hr);
 // "0x80004005 E_FAIL", or the number alone.
 [[nodiscard]] std::string Describe(HRESULT hr);
+// The code that a number ("0x80004005") or a constant's name stands for; nothing for any other text.
+[[nodiscard]] std::optional<HRESULT> ParseHresult(std::string_view text);
 
 }  // namespace devkit::common

@@ -1,12 +1,19 @@
 #include "devkit/pipeline/filtercalls.h"
 
-#include <algorithm>
+#include "devkit/common/hresult.h"
 
 namespace devkit::pipeline {
 namespace {
 
 bool IsMethod(std::string_view wanted, std::string_view method) {
     return wanted.empty() || wanted == method || method.ends_with("::" + std::string(wanted));
+}
+
+std::string TextOf(const Fault& fault) {
+    std::string text = fault.method;
+    if (!fault.argument.empty()) text += "(" + fault.argument + ")";
+    text += "@" + std::to_string(fault.nth) + (fault.onwards ? "+" : "");
+    return text + "=" + common::Describe(fault.code);
 }
 
 }  // namespace
@@ -56,10 +63,13 @@ unsigned FilterCalls::Count(std::string_view method) const {
     return count == m_counts.end() ? 0 : count->second;
 }
 
-bool FilterCalls::AllFaultsStruck() const {
+std::vector<std::string> FilterCalls::UnstruckFaults() const {
     const std::lock_guard guard(m_lock);
-    return std::all_of(m_faults.begin(), m_faults.end(),
-                       [](const Planned& planned) { return planned.seen >= planned.fault.nth; });
+    std::vector<std::string> texts;
+    for (const Planned& planned : m_faults) {
+        if (planned.seen < planned.fault.nth) texts.push_back(TextOf(planned.fault));
+    }
+    return texts;
 }
 
 std::vector<std::string> FilterCalls::Text() const {

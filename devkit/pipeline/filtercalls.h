@@ -35,8 +35,9 @@ class FilterCalls {
 
     // How often the method (as "Interface::Method") was called; all calls together for an empty name.
     [[nodiscard]] unsigned Count(std::string_view method) const;
-    // Whether every fault has struck.
-    [[nodiscard]] bool AllFaultsStruck() const;
+    // The faults that have not struck, as the switch that plans them says it: "GetXpsPart@9=0x80004005
+    // E_FAIL".
+    [[nodiscard]] std::vector<std::string> UnstruckFaults() const;
     // The calls in order, "Interface::Method" or "Interface::Method ARGUMENT", when the text is kept.
     [[nodiscard]] std::vector<std::string> Text() const;
 

@@ -252,7 +252,7 @@ void FilterRun::State::CollectReports() {
     outcome.lastPart = provider->LastGiven();
     outcome.inputFailures = context->InputFailures();
     outcome.calls = context->Calls().Text();
-    outcome.allFaultsStruck = context->Calls().AllFaultsStruck();
+    outcome.unstruckFaults = context->Calls().UnstruckFaults();
     const std::string limit = std::to_string(options.stopTimeout.count()) + " ms of ";
     if (outcome.hung && outcome.shutdownOperation) {
         context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
@@ -274,6 +274,9 @@ void FilterRun::State::ReleaseAll() {
     if (references != 1) {
         context->Breach("the filter is still referenced " + std::to_string(references - 1) +
                         " times beside the host's own reference");
+    }
+    if (options.lastRelease == LastRelease::OtherThread) {
+        std::thread([this] { filter.Reset(); }).join();
     }
     filter.Reset();
     communicator.Reset();

@@ -15,47 +15,10 @@
 #include "devkit/pipeline/job.h"
 #include "devkit/pipeline/part.h"
 #include "devkit/pipeline/propertybags.h"
-#include "devkit/pipeline/runcontext.h"
+#include "devkit/pipeline/runoptions.h"
 #include "devkit/pipeline/usertoken.h"
 
 namespace devkit::pipeline {
-
-// The properties of a job's bag. What is null or absent is not in the bag.
-struct JobProperties {
-    std::optional<std::wstring> printerName = L"SimPrinter";
-    Bytes userTicket;  // "PerUserPrintTicket"
-    // "UserSecurityToken"; the filter is expected not to close it.
-    std::shared_ptr<const UserToken> userToken = std::make_shared<const UserToken>();
-    // "PrinterHandle", borrowed. A null handle is put into the bag as such: a printer that does not exist.
-    std::optional<HANDLE> printerHandle = nullptr;
-    std::optional<DriverValues> driverValues = DriverValues();  // "DriverPropertyBag"
-};
-
-enum class Apartment {
-    None,            // the pipeline thread has not entered COM
-    SingleThreaded,  // it stands in a single-threaded apartment of its own
-};
-
-struct RunOptions {
-    JobProperties properties;
-    Behaviour behaviour;
-    std::vector<ExtraPart> extraParts;
-    Apartment apartment = Apartment::None;
-    // ShutdownOperation comes from another thread when part N (from 1) is asked for; 0: never. The
-    // provider waits with its answer until ShutdownOperation has returned, at most one second, or does not
-    // wait at all when `cancelConcurrently` is set.
-    unsigned cancelAt = 0;
-    bool cancelConcurrently = false;
-    // How long StartOperation may take to return after ShutdownOperation.
-    std::chrono::milliseconds stopTimeout{30000};
-    // Cancels the job after that time, when it is not zero.
-    std::chrono::milliseconds timeout{0};
-    // Called on the pipeline thread before StartOperation, once the thread stands in its apartment; what it
-    // returns is destroyed there after StartOperation.
-    std::function<std::shared_ptr<void>()> onPipelineThread;
-    // Called on the pipeline thread with the number of each part that is asked for, until the run is over.
-    std::function<void(unsigned)> onPart;
-};
 
 // What became of a run.
 struct RunOutcome {
@@ -66,13 +29,13 @@ struct RunOutcome {
     std::optional<HRESULT> shutdownOperation;  // what ShutdownOperation answered, when it was called
     bool hung = false;                         // StartOperation did not return in time
     bool cancelled = false;
-    bool senderClosed = false;               // CloseSender was called
-    std::vector<std::string> breaches;       // one line each
-    std::vector<std::string> inputFailures;  // parts of the input that could not be read, one line each
-    std::vector<SentPart> parts;             // in sending order
-    std::string lastPart;                    // what the filter was given last: "FixedPage /1.fpage"
-    std::vector<std::string> calls;          // when the behaviour keep them
-    bool allFaultsStruck = true;
+    bool senderClosed = false;                // CloseSender was called
+    std::vector<std::string> breaches;        // one line each
+    std::vector<std::string> inputFailures;   // parts of the input that could not be read, one line each
+    std::vector<SentPart> parts;              // in sending order
+    std::string lastPart;                     // what the filter was given last: "FixedPage /1.fpage"
+    std::vector<std::string> calls;           // when the behaviour keep them
+    std::vector<std::string> unstruckFaults;  // "GetXpsPart@9=0x80004005 E_FAIL"
 
     // The whole document came through: the output may be written.
     [[nodiscard]] bool IsWhole() const;

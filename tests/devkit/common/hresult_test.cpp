@@ -21,5 +21,14 @@ TEST(Hresult, IsDescribedByNumberAndName) {
     EXPECT_EQ("0x80041234", Describe(static_cast<HRESULT>(0x80041234L)));
 }
 
+TEST(Hresult, IsReadFromItsNumberOrItsName) {
+    EXPECT_EQ(E_FAIL, ParseHresult("E_FAIL"));
+    EXPECT_EQ(S_OK, ParseHresult("S_OK"));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_CANCELLED), ParseHresult("ERROR_CANCELLED"));
+    EXPECT_EQ(static_cast<HRESULT>(0x80041234L), ParseHresult("0x80041234"));
+    for (const char* text : {"", "E_NOTHING", "0x", "0x8000400G", "80004005", "0x180004005", "0x80004005 "})
+        EXPECT_EQ(std::nullopt, ParseHresult(text)) << text;
+}
+
 }  // namespace
 }  // namespace devkit::common

@@ -32,9 +32,9 @@ TEST(FilterCalls, FailsTheNthCallOfTheMethodAlone) {
     FilterCalls log({{"IA::First", "", 2, E_ABORT, false}});
     EXPECT_EQ(S_OK, log.Enter("IA::First"));
     EXPECT_EQ(S_OK, log.Enter("IA::Second"));
-    EXPECT_FALSE(log.AllFaultsStruck());
+    EXPECT_EQ(Lines{"IA::First@2=0x80004004 E_ABORT"}, log.UnstruckFaults());
     EXPECT_EQ(E_ABORT, log.Enter("IA::First"));
-    EXPECT_TRUE(log.AllFaultsStruck());
+    EXPECT_EQ(Lines{}, log.UnstruckFaults());
     EXPECT_EQ(S_OK, log.Enter("IA::First"));
 }
 
@@ -70,6 +70,11 @@ TEST(FilterCalls, PassesOverMethodsThatCannotFail) {
     EXPECT_EQ(S_OK, log.Enter("IA::First"));
     log.Note("IA::Close");
     EXPECT_EQ(E_ABORT, log.Enter("IA::First"));
+}
+
+TEST(FilterCalls, TellsAFaultThatHasNotStruckAsItWasPlanned) {
+    const FilterCalls log({{"GetString", "KoraNsPrefix", 3, E_FAIL, true}});
+    EXPECT_EQ(Lines{"GetString(KoraNsPrefix)@3+=0x80004005 E_FAIL"}, log.UnstruckFaults());
 }
 
 }  // namespace

@@ -14,27 +14,7 @@ using platform::Bstr;
 using platform::ComPtr;
 
 // An object of the filter's own that goes down the pipeline as a part of an unknown kind.
-class OwnPart final : public IUnknown {
-  public:
-    OwnPart() noexcept { ++liveObjects; }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
-        *ppObject = IsEqualIID(iid, __uuidof(IUnknown)) ? this : nullptr;
-        if (*ppObject == nullptr) return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) delete this;
-        return left;
-    }
-
-  private:
-    ~OwnPart() { --liveObjects; }
-    std::atomic<ULONG> m_references = 1;
-};
+class OwnPart final : public platform::ComIdentity<CountedObject, IUnknown> {};
 
 HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
     text.clear();
@@ -74,23 +54,6 @@ void ReplaceFirst(std::string& text, const std::string& what, const std::string&
 }  // namespace
 
 std::atomic<long> liveObjects = 0;
-
-HRESULT TestFilter::QueryInterface(REFIID iid, void** ppObject) {
-    if (ppObject == nullptr) return E_POINTER;
-    const bool known = IsEqualIID(iid, __uuidof(IUnknown)) || IsEqualIID(iid, __uuidof(IPrintPipelineFilter));
-    *ppObject = known ? this : nullptr;
-    if (!known) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
-}
-
-ULONG TestFilter::AddRef() { return ++m_references; }
-
-ULONG TestFilter::Release() {
-    const ULONG left = --m_references;
-    if (left == 0) delete this;
-    return left;
-}
 
 HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                      IPrintPipelinePropertyBag* pIPropertyBag,

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <string>
 
+#include "platform/comobject.h"
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
 
@@ -21,17 +22,16 @@ inline constexpr CLSID kDirectClassId = {
 // The objects of the module that are alive.
 extern std::atomic<long> liveObjects;
 
+class CountedObject : public platform::ReferenceCount {
+  protected:
+    CountedObject() noexcept { ++liveObjects; }
+    ~CountedObject() { --liveObjects; }
+};
+
 // A filter that passes every part on as it came, and misbehaves in the one way that the string
 // "TestFilterMode" of the driver property bag names, or else the environment variable TESTFILTER_MODE.
-class TestFilter final : public IPrintPipelineFilter {
+class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipelineFilter> {
   public:
-    TestFilter() noexcept { ++liveObjects; }
-    TestFilter(const TestFilter&) = delete;
-    TestFilter& operator=(const TestFilter&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override;
-    ULONG STDMETHODCALLTYPE Release() override;
     HRESULT STDMETHODCALLTYPE InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                                IPrintPipelinePropertyBag* pIPropertyBag,
                                                IPrintPipelineManagerControl* pIPipelineControl) override;
@@ -39,8 +39,6 @@ class TestFilter final : public IPrintPipelineFilter {
     HRESULT STDMETHODCALLTYPE StartOperation() override;
 
   private:
-    ~TestFilter() { --liveObjects; }
-
     [[nodiscard]] bool Is(const char* mode) const { return m_mode == mode; }
     [[nodiscard]] std::string ReadMode();
     HRESULT PassParts();
@@ -53,7 +51,6 @@ class TestFilter final : public IPrintPipelineFilter {
     HRESULT UseToken(bool close);
     HRESULT Finish(HRESULT hr);
 
-    std::atomic<ULONG> m_references = 1;
     std::atomic<bool> m_stop = false;
     std::string m_mode;
     unsigned m_pages = 0;

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devkit/pipeline/behaviour.h"
+#include "devkit/pipeline/documentprovider.h"
+#include "devkit/pipeline/propertybags.h"
+#include "devkit/pipeline/usertoken.h"
+
+namespace devkit::pipeline {
+
+// The properties of a job's bag. What is null or absent is not in the bag.
+struct JobProperties {
+    std::optional<std::wstring> printerName = L"SimPrinter";
+    Bytes userTicket;  // "PerUserPrintTicket"
+    // "UserSecurityToken"; the filter is expected not to close it.
+    std::shared_ptr<const UserToken> userToken = std::make_shared<const UserToken>();
+    // "PrinterHandle", borrowed. A null handle is put into the bag as such: a printer that does not exist.
+    std::optional<HANDLE> printerHandle = nullptr;
+    std::optional<DriverValues> driverValues = DriverValues();  // "DriverPropertyBag"
+};
+
+enum class Apartment {
+    None,            // the pipeline thread has not entered COM
+    SingleThreaded,  // it stands in a single-threaded apartment of its own
+};
+
+// Where the pipeline lets the filter go.
+enum class LastRelease {
+    Caller,       // on the thread that made it
+    OtherThread,  // on a fresh thread that has not entered COM
+};
+
+struct RunOptions {
+    JobProperties properties;
+    Behaviour behaviour;
+    std::vector<ExtraPart> extraParts;
+    Apartment apartment = Apartment::None;
+    LastRelease lastRelease = LastRelease::Caller;
+    // ShutdownOperation comes from another thread when part N (from 1) is asked for; 0: never. The
+    // provider waits with its answer until ShutdownOperation has returned, at most one second, or does not
+    // wait at all when `cancelConcurrently` is set.
+    unsigned cancelAt = 0;
+    bool cancelConcurrently = false;
+    // How long StartOperation may take to return after ShutdownOperation.
+    std::chrono::milliseconds stopTimeout{30000};
+    // Cancels the job after that time, when it is not zero.
+    std::chrono::milliseconds timeout{0};
+    // Called on the pipeline thread before StartOperation, once the thread stands in its apartment; what it
+    // returns is destroyed there after StartOperation.
+    std::function<std::shared_ptr<void>()> onPipelineThread;
+    // Called on the pipeline thread with the number of each part that is asked for, until the run is over.
+    std::function<void(unsigned)> onPart;
+};
+
+// A switch that is not known, or a value that it does not take: one line.
+class SwitchError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Sets what the text "KEY=VALUE" says. Throws SwitchError. The keys and their values:
+//
+//     fail=CALL[@N[+]]=CODE   call N (from 1, and with "+" all later ones) of "Interface::Method" or
+//     "Method",
+//                             or of "Method(ARGUMENT)" alone, fails; CODE is a number or a constant's name
+//     short-reads=N           ReadBytes gives at most N bytes          short-writes=N   WriteBytes takes at
+//     most N end-flag=with-data|alone                        missing-ticket=failure|null
+//     after-cancel=fail|end|continue                  cancel=waits|concurrent
+//     reader=xps|unknown|null                         writer=xps|unknown|null
+//     ambiguous-document=on|off                       slow-part=MILLISECONDS
+//     apartment=none|single                           last-release=caller|other-thread
+void ApplySwitch(RunOptions& options, std::string_view text);
+
+}  // namespace devkit::pipeline
