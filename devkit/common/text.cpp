@@ -1,6 +1,7 @@
 #include "devkit/common/text.h"
 
 #include <algorithm>
+#include <array>
 
 #include "platform/utf.h"
 
@@ -32,6 +33,12 @@ std::string Counted(std::size_t count, std::string_view what) {
     text.append(" ").append(what);
     if (count != 1) text += 's';
     return text;
+}
+
+std::string TextOf(REFGUID guid) {
+    std::array<wchar_t, 39> text{};
+    StringFromGUID2(guid, text.data(), static_cast<int>(text.size()));
+    return platform::ToUtf8(text.data());
 }
 
 std::string Utf8OrNull(const wchar_t* text) { return text == nullptr ? "(null)" : platform::ToUtf8(text); }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/windows.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -19,6 +21,9 @@ namespace devkit::common {
 
 // "3 pages", "1 page".
 [[nodiscard]] std::string Counted(std::size_t count, std::string_view what);
+
+// "{00000000-0000-0000-C000-000000000046}".
+[[nodiscard]] std::string TextOf(REFGUID guid);
 
 // As UTF-8; "(null)" for a null pointer.
 [[nodiscard]] std::string Utf8OrNull(const wchar_t* text);

@@ -11,7 +11,7 @@
 
 namespace devkit::pipeline {
 
-// Gives the filter its reader and its writer, of the kinds that the behaviour say; the same objects each
+// Gives the filter its reader and its writer, of the kinds that the behaviour says; the same objects each
 // time. Any thread may call.
 class Communicator final : public ComObject<IInterFilterCommunicator> {
   public:

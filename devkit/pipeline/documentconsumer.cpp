@@ -39,12 +39,6 @@ PartKind CreatableKindOf(REFIID iid) {
     return PartKind::Unknown;
 }
 
-std::string TextOf(REFIID iid) {
-    std::array<wchar_t, 39> text{};
-    StringFromGUID2(iid, text.data(), static_cast<int>(text.size()));
-    return platform::ToUtf8(text.data());
-}
-
 bool HasSendMethod(PartKind kind) {
     return kind == PartKind::XpsDocument || kind == PartKind::FixedDocumentSequence ||
            kind == PartKind::FixedDocument || kind == PartKind::FixedPage;
@@ -135,7 +129,7 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
         }
         const PartKind kind = CreatableKindOf(iid);
         if (kind == PartKind::Unknown) {
-            return Context().Breach("GetNewEmptyPart of " + name + " asks for " + TextOf(iid) +
+            return Context().Breach("GetNewEmptyPart of " + name + " asks for " + common::TextOf(iid) +
                                         ", which is not the interface of a part that it makes",
                                     E_NOINTERFACE);
         }

@@ -13,6 +13,7 @@
 #include "devkit/pipeline/pipelinethread.h"
 #include "devkit/pipeline/propertybags.h"
 #include "devkit/pipeline/streams.h"
+#include "platform/utf.h"
 #include "platform/variant.h"
 
 namespace devkit::pipeline {
@@ -25,19 +26,53 @@ using Clock = std::chrono::steady_clock;
 // ShutdownOperation waits for its own loop to end must not be locked up by the kit.
 constexpr std::chrono::seconds kShutdownFirst{1};
 
-void FillBag(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties) {
-    if (properties.printerName) bag.Put(L"PrinterName", platform::Variant(*properties.printerName).Get());
+// Puts an object that the bag alone then holds.
+template <typename Object, typename... Arguments>
+platform::ComPtr<Object> PutObject(PropertyBag& bag, const wchar_t* name, Arguments&&... arguments) {
+    platform::ComPtr<Object> object = MakeObject<Object>(std::forward<Arguments>(arguments)...);
+    bag.Put(name, platform::Variant(static_cast<IUnknown*>(object.Get())).Get());
+    return object;
+}
+
+void PutTexts(PropertyBag& bag, const JobProperties& properties) {
+    const std::pair<const wchar_t*, const std::optional<std::wstring>&> texts[] = {
+        {L"PrinterName", properties.printerName},
+        {L"PrintOutputFileName", properties.outputFile},
+        {L"DriverMultiContentType", properties.contentType}};
+    for (const auto& [name, text] : texts) {
+        if (text) bag.PutValue(name, *text);
+    }
+}
+
+void PutStreams(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties) {
+    const auto put = [&](const wchar_t* name, const Bytes& bytes, Available available) {
+        if (bytes == nullptr) return;
+        PutObject<ReadStreamFactory>(bag, name, context, platform::ToUtf8(name), bytes, available);
+    };
+    put(L"PerUserPrintTicket", properties.userTicket, Available::Always);
+    put(L"JobPrintTicket", properties.jobTicket, Available::AfterInitialize);
+    put(L"PrintDeviceCapabilities", properties.deviceCapabilities, Available::Always);
+}
+
+// Gives the report that counts, null when the job has none.
+ComPtr<ProgressReport> FillBag(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties) {
+    PutTexts(bag, properties);
+    PutStreams(bag, context, properties);
     if (properties.printerHandle) bag.PutHandle(L"PrinterHandle", *properties.printerHandle);
     if (properties.userToken != nullptr) bag.PutHandle(L"UserSecurityToken", properties.userToken->Get());
-    if (properties.userTicket != nullptr) {
-        const auto factory =
-            MakeObject<ReadStreamFactory>(context, "PerUserPrintTicket", properties.userTicket);
-        bag.Put(L"PerUserPrintTicket", platform::Variant(factory.Get()).Get());
-    }
+    if (properties.jobId) bag.PutValue(L"PrintJobId", *properties.jobId);
     if (properties.driverValues) {
-        const auto values = MakeObject<DriverBag>(context, *properties.driverValues);
-        bag.Put(L"DriverPropertyBag", platform::Variant(values.Get()).Get());
+        PutObject<DriverBag>(bag, L"DriverPropertyBag", context, "DriverPropertyBag",
+                             *properties.driverValues);
     }
+    if (properties.queueValues) {
+        PutObject<DriverBag>(bag, L"QueuePropertyBag", context, "QueuePropertyBag", *properties.queueValues);
+    }
+    if (properties.hasPrintClassFactory) PutObject<PrintClassFactory>(bag, L"PrintClassFactory", context);
+    ComPtr<ProgressReport> progress;
+    if (properties.hasProgressReport) progress = PutObject<ProgressReport>(bag, L"ProgressReport", context);
+    for (const auto& [name, value] : properties.more) bag.PutValue(name, value);
+    return progress;
 }
 
 // The references to an object, the caller's own among them, as far as its Release tells.
@@ -99,6 +134,7 @@ struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {
     ComPtr<DocumentConsumer> consumer;
     ComPtr<PipelineControl> control;
     ComPtr<PropertyBag> bag;
+    ComPtr<ProgressReport> progress;  // null without
     ComPtr<Communicator> communicator;
     ComPtr<IPrintPipelineFilter> filter;
     RunOutcome outcome;
@@ -162,13 +198,15 @@ void FilterRun::State::MakeObjects() {
     control = MakeObject<PipelineControl>(context);
     bag = MakeObject<PropertyBag>(context);
     communicator = MakeObject<Communicator>(context, provider, consumer);
-    FillBag(*bag.Get(), context, options.properties);
+    progress = FillBag(*bag.Get(), context, options.properties);
 }
 
 void FilterRun::State::Initialize() {
+    context->SetInitializing(true);
     outcome.initialized = CallFilter(*context, "InitializeFilter", [this] {
         return filter->InitializeFilter(communicator.Get(), bag.Get(), control.Get());
     });
+    context->SetInitializing(false);
     if (FAILED(outcome.initialized)) outcome.result = outcome.initialized;
 }
 
@@ -252,6 +290,8 @@ void FilterRun::State::CollectReports() {
     outcome.lastPart = provider->LastGiven();
     outcome.inputFailures = context->InputFailures();
     outcome.calls = context->Calls().Text();
+    outcome.missing = context->MissingThings();
+    if (progress) outcome.progress = progress->Counts();
     outcome.unstruckFaults = context->Calls().UnstruckFaults();
     const std::string limit = std::to_string(options.stopTimeout.count()) + " ms of ";
     if (outcome.hung && outcome.shutdownOperation) {
@@ -280,6 +320,7 @@ void FilterRun::State::ReleaseAll() {
     }
     filter.Reset();
     communicator.Reset();
+    progress.Reset();
     bag.Reset();
     control.Reset();
     consumer.Reset();

@@ -14,6 +14,7 @@
 #include "devkit/pipeline/filtermodule.h"
 #include "devkit/pipeline/job.h"
 #include "devkit/pipeline/part.h"
+#include "devkit/pipeline/pipelinecontrol.h"
 #include "devkit/pipeline/propertybags.h"
 #include "devkit/pipeline/runoptions.h"
 #include "devkit/pipeline/usertoken.h"
@@ -29,12 +30,14 @@ struct RunOutcome {
     std::optional<HRESULT> shutdownOperation;  // what ShutdownOperation answered, when it was called
     bool hung = false;                         // StartOperation did not return in time
     bool cancelled = false;
-    bool senderClosed = false;                // CloseSender was called
-    std::vector<std::string> breaches;        // one line each
-    std::vector<std::string> inputFailures;   // parts of the input that could not be read, one line each
-    std::vector<SentPart> parts;              // in sending order
-    std::string lastPart;                     // what the filter was given last: "FixedPage /1.fpage"
-    std::vector<std::string> calls;           // when the behaviour keep them
+    bool senderClosed = false;               // CloseSender was called
+    std::vector<std::string> breaches;       // one line each
+    std::vector<std::string> inputFailures;  // parts of the input that could not be read, one line each
+    std::vector<SentPart> parts;             // in sending order
+    std::string lastPart;                    // what the filter was given last: "FixedPage /1.fpage"
+    std::vector<std::string> calls;          // when the behaviour keeps them
+    std::vector<std::string> missing;  // what the filter asked for and the job does not have: "property X"
+    ProgressCounts progress;           // what the filter reported
     std::vector<std::string> unstruckFaults;  // "GetXpsPart@9=0x80004005 E_FAIL"
 
     // The whole document came through: the output may be written.

@@ -2,6 +2,7 @@
 
 #include "devkit/common/boundary.h"
 #include "devkit/common/hresult.h"
+#include "devkit/common/text.h"
 
 namespace devkit::pipeline {
 
@@ -39,6 +40,47 @@ HRESULT PipelineControl::FilterFinished() {
         const std::lock_guard guard(m_lock);
         ++m_finished;
         return hr;
+    });
+}
+
+ProgressReport::ProgressReport(ContextPtr context) : ComIdentity(std::move(context), "ProgressReport") {}
+
+ProgressCounts ProgressReport::Counts() const {
+    const std::lock_guard guard(m_lock);
+    return m_counts;
+}
+
+HRESULT ProgressReport::ReportProgress(EXpsJobConsumption consumption) {
+    return common::Guarded([&]() -> HRESULT {
+        const HRESULT hr = Context().Calls().Enter("IPrintPipelineProgressReport::ReportProgress");
+        if (FAILED(hr)) return hr;
+        const std::lock_guard guard(m_lock);
+        switch (consumption) {
+            case XpsJob_DocumentSequenceAdded:
+                ++m_counts.sequences;
+                return S_OK;
+            case XpsJob_FixedDocumentAdded:
+                ++m_counts.documents;
+                return S_OK;
+            case XpsJob_FixedPageAdded:
+                ++m_counts.pages;
+                return S_OK;
+        }
+        return E_INVALIDARG;
+    });
+}
+
+PrintClassFactory::PrintClassFactory(ContextPtr context)
+    : ComIdentity(std::move(context), "PrintClassFactory") {}
+
+HRESULT PrintClassFactory::GetPrintClassObject(const wchar_t*, REFIID iid, void** ppObject) {
+    if (ppObject == nullptr) return E_POINTER;
+    *ppObject = nullptr;
+    return common::Guarded([&]() -> HRESULT {
+        const HRESULT hr = Context().Calls().Enter("IPrintClassObjectFactory::GetPrintClassObject");
+        if (FAILED(hr)) return hr;
+        Context().Missing("print class " + common::TextOf(iid));
+        return E_NOINTERFACE;
     });
 }
 

@@ -29,4 +29,38 @@ class PipelineControl final : public ComObject<IPrintPipelineManagerControl> {
     unsigned m_finished = 0;
 };
 
+// How often the filter reported that it has used up a part of each kind.
+struct ProgressCounts {
+    unsigned sequences = 0;
+    unsigned documents = 0;
+    unsigned pages = 0;
+
+    bool operator==(const ProgressCounts&) const = default;
+};
+
+// The object of the "ProgressReport" property: counts. Any thread may call.
+class ProgressReport final : public ComObject<IPrintPipelineProgressReport> {
+  public:
+    explicit ProgressReport(ContextPtr context);
+
+    [[nodiscard]] ProgressCounts Counts() const;
+
+    // E_INVALIDARG for a kind that is none.
+    HRESULT STDMETHODCALLTYPE ReportProgress(EXpsJobConsumption consumption) override;
+
+  private:
+    mutable std::mutex m_lock;
+    ProgressCounts m_counts;
+};
+
+// The object of the "PrintClassFactory" property. It has no class to give: each is noted as missing, by its
+// interface, and refused with E_NOINTERFACE.
+class PrintClassFactory final : public ComObject<IPrintClassObjectFactory> {
+  public:
+    explicit PrintClassFactory(ContextPtr context);
+
+    HRESULT STDMETHODCALLTYPE GetPrintClassObject(const wchar_t* printer, REFIID iid,
+                                                  void** ppObject) override;
+};
+
 }  // namespace devkit::pipeline

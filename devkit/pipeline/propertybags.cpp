@@ -31,6 +31,24 @@ void PropertyBag::Put(std::wstring_view name, const VARIANT& value) {
     if (FAILED(hr)) throw std::system_error(hr, std::system_category(), "property " + platform::ToUtf8(name));
 }
 
+void PropertyBag::PutValue(std::wstring_view name, const PropertyValue& value) {
+    platform::Variant variant;
+    if (const auto* const pText = std::get_if<std::wstring>(&value))
+        return Put(name, platform::Variant(*pText).Get());
+    VARIANT& target = *variant.Put();
+    if (const auto* const pFlag = std::get_if<bool>(&value)) {
+        target.vt = VT_BOOL;
+        target.boolVal = *pFlag ? VARIANT_TRUE : VARIANT_FALSE;
+    } else if (const auto* const pNumber = std::get_if<LONG>(&value)) {
+        target.vt = VT_I4;
+        target.lVal = *pNumber;
+    } else {
+        target.vt = VT_UI4;
+        target.ulVal = std::get<ULONG>(value);
+    }
+    Put(name, target);
+}
+
 void PropertyBag::PutHandle(std::wstring_view name, HANDLE handle) {
     VARIANT value;
     VariantInit(&value);
@@ -71,7 +89,9 @@ HRESULT PropertyBag::GetProperty(const wchar_t* name, VARIANT* value) {
         if (name == nullptr || value == nullptr) return E_INVALIDARG;
         const std::lock_guard guard(m_lock);
         const auto found = m_values.find(std::wstring_view(name));
-        return found == m_values.end() ? kPropertyMissing : CopyValue(found->second.Get(), *value);
+        if (found != m_values.end()) return CopyValue(found->second.Get(), *value);
+        Context().Missing("property " + platform::ToUtf8(name));
+        return kPropertyMissing;
     });
 }
 
@@ -85,8 +105,8 @@ BOOL PropertyBag::DeleteProperty(const wchar_t* name) {
     return TRUE;
 }
 
-DriverBag::DriverBag(ContextPtr context, DriverValues values)
-    : ComIdentity(std::move(context), "DriverPropertyBag"), m_values(std::move(values)) {}
+DriverBag::DriverBag(ContextPtr context, std::string name, DriverValues values)
+    : ComIdentity(std::move(context), name), m_name(std::move(name)), m_values(std::move(values)) {}
 
 template <typename Value>
 HRESULT DriverBag::Find(const char* method, BSTR name, const Value** ppValue) {
@@ -94,9 +114,10 @@ HRESULT DriverBag::Find(const char* method, BSTR name, const Value** ppValue) {
     if (const HRESULT hr = Context().Calls().Enter(method, common::Utf8OrNull(name)); FAILED(hr)) return hr;
     const auto found =
         m_values.find(name == nullptr ? std::wstring() : std::wstring(name, SysStringLen(name)));
-    if (found == m_values.end()) return E_ELEMENT_NOT_FOUND;
-    *ppValue = std::get_if<Value>(&found->second);
-    return *ppValue == nullptr ? E_ELEMENT_NOT_FOUND : S_OK;
+    if (found != m_values.end()) *ppValue = std::get_if<Value>(&found->second);
+    if (*ppValue != nullptr) return S_OK;
+    Context().Missing("property " + common::Utf8OrNull(name) + " of " + m_name);
+    return E_ELEMENT_NOT_FOUND;
 }
 
 HRESULT DriverBag::GetBool(BSTR name, BOOL* pValue) {

@@ -18,6 +18,11 @@ namespace devkit::pipeline {
 // What GetProperty answers for a name that the bag does not hold.
 inline constexpr HRESULT kPropertyMissing = E_ELEMENT_NOT_FOUND;
 
+// A value of either bag that needs no object: VT_BOOL, VT_I4, VT_UI4 or VT_BSTR in the pipeline's.
+using PropertyValue = std::variant<bool, LONG, ULONG, std::wstring>;
+using PropertyValues = std::map<std::wstring, PropertyValue>;
+using DriverValues = PropertyValues;
+
 // The pipeline's property bag. Names are compared exactly. Values are copied in and out: texts and objects
 // get a copy or a reference of their own, a bare VT_BYREF is copied as it stands, because VariantCopy refuses
 // it. Any thread may call.
@@ -27,12 +32,13 @@ class PropertyBag final : public ComObject<IPrintPipelinePropertyBag> {
 
     // Puts or replaces a value. Throws std::system_error when it cannot be copied.
     void Put(std::wstring_view name, const VARIANT& value);
+    void PutValue(std::wstring_view name, const PropertyValue& value);
     // Puts a borrowed handle as a bare VT_BYREF.
     void PutHandle(std::wstring_view name, HANDLE handle);
 
     // Replaces a value that is there. E_INVALIDARG for a null pointer.
     HRESULT STDMETHODCALLTYPE AddProperty(const wchar_t* name, const VARIANT* value) override;
-    // kPropertyMissing, with the value VT_EMPTY, when there is none of the name.
+    // kPropertyMissing, with the value VT_EMPTY, when there is none of the name, which the context is told.
     HRESULT STDMETHODCALLTYPE GetProperty(const wchar_t* name, VARIANT* value) override;
     BOOL STDMETHODCALLTYPE DeleteProperty(const wchar_t* name) override;
 
@@ -43,15 +49,13 @@ class PropertyBag final : public ComObject<IPrintPipelinePropertyBag> {
     std::map<std::wstring, platform::Variant, std::less<>> m_values;
 };
 
-using DriverValue = std::variant<bool, LONG, std::wstring>;
-using DriverValues = std::map<std::wstring, DriverValue>;
-
-// The driver property bag: named values that the driver was installed with, read only. A name that is not
-// there, or is there with another type, answers E_ELEMENT_NOT_FOUND; the methods that write, blocks and
-// streams answer E_NOTIMPL. Any thread may call.
+// The driver's or the queue's property bag: named values that the driver was installed with, read only. A
+// name that is not there, which the context is told, or is there with another type, answers
+// E_ELEMENT_NOT_FOUND; the methods that write, blocks and streams answer E_NOTIMPL. Any thread may call.
 class DriverBag final : public ComObject<IPrinterPropertyBag> {
   public:
-    DriverBag(ContextPtr context, DriverValues values);
+    // `name` is the bag's in the pipeline's bag.
+    DriverBag(ContextPtr context, std::string name, DriverValues values);
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* pCount) override;
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** ppInfo) override;
@@ -77,6 +81,7 @@ class DriverBag final : public ComObject<IPrinterPropertyBag> {
     template <typename Value>
     HRESULT Find(const char* method, BSTR name, const Value** ppValue);
 
+    const std::string m_name;
     const DriverValues m_values;
 };
 

@@ -1,5 +1,6 @@
 #include "devkit/pipeline/runcontext.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace devkit::pipeline {
@@ -29,6 +30,16 @@ std::vector<std::string> RunContext::LeftOpen() const { return m_leftOpen.Lines(
 void RunContext::InputFailed(std::string text) { m_inputFailures.Add(std::move(text)); }
 
 std::vector<std::string> RunContext::InputFailures() const { return m_inputFailures.Lines(); }
+
+void RunContext::Missing(const std::string& what) {
+    const std::lock_guard guard(m_missingLock);
+    if (std::ranges::find(m_missing, what) == m_missing.end()) m_missing.push_back(what);
+}
+
+std::vector<std::string> RunContext::MissingThings() const {
+    const std::lock_guard guard(m_missingLock);
+    return m_missing;
+}
 
 void RunContext::Cancel() {
     {

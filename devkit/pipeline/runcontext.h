@@ -62,6 +62,14 @@ class RunContext {
     void InputFailed(std::string text);
     [[nodiscard]] std::vector<std::string> InputFailures() const;
 
+    // Something that the filter asked for and that the job does not have, told once.
+    void Missing(const std::string& what);
+    [[nodiscard]] std::vector<std::string> MissingThings() const;
+
+    // Whether InitializeFilter has not returned yet.
+    void SetInitializing(bool isInitializing) noexcept { m_isInitializing = isInitializing; }
+    [[nodiscard]] bool IsInitializing() const noexcept { return m_isInitializing; }
+
     void Cancel();
     [[nodiscard]] bool IsCancelled() const noexcept { return m_cancelled; }
     // Waits for the time given, or until the job is cancelled.
@@ -78,6 +86,9 @@ class RunContext {
     BreachLog m_breaches;
     BreachLog m_leftOpen;
     BreachLog m_inputFailures;
+    mutable std::mutex m_missingLock;
+    std::vector<std::string> m_missing;
+    std::atomic<bool> m_isInitializing = false;
     FilterCalls m_calls;
     std::atomic<bool> m_cancelled = false;
     std::mutex m_cancelLock;

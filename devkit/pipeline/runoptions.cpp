@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "devkit/common/hresult.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -13,8 +14,9 @@ namespace {
     throw SwitchError(std::string(key) + "=" + std::string(value) + ": " + std::string(wanted));
 }
 
-unsigned NumberOf(std::string_view key, std::string_view value) {
-    unsigned number = 0;
+template <typename Number = unsigned>
+Number NumberOf(std::string_view key, std::string_view value) {
+    Number number = 0;
     const auto [pEnd, error] = std::from_chars(value.data(), value.data() + value.size(), number);
     if (error != std::errc() || pEnd != value.data() + value.size())
         Refuse(key, value, "is not a whole number");
@@ -149,6 +151,23 @@ void ApplySwitch(RunOptions& options, std::string_view text) {
     std::string known;
     for (const Switch& each : kSwitches) known.append(known.empty() ? "" : ", ").append(each.key);
     throw SwitchError(std::string(key) + " is not a switch of the pipeline (" + known + ")");
+}
+
+PropertyValues::value_type ParseProperty(std::string_view text) {
+    constexpr std::string_view kWanted = "is not NAME=TYPE:VALUE";
+    const std::size_t equals = text.find('=');
+    const std::size_t colon = text.find(':', equals == std::string_view::npos ? text.size() : equals);
+    if (equals == 0 || colon == std::string_view::npos)
+        throw SwitchError(std::string(text) + " " + std::string(kWanted));
+    const std::string_view key = text.substr(0, equals);
+    const std::string_view type = text.substr(equals + 1, colon - equals - 1);
+    const std::string_view value = text.substr(colon + 1);
+    const std::wstring name = platform::ToUtf16(key);
+    if (type == "string") return {name, platform::ToUtf16(value)};
+    if (type == "int") return {name, NumberOf<LONG>(key, value)};
+    if (type == "uint") return {name, NumberOf<ULONG>(key, value)};
+    if (type == "bool") return {name, ChoiceOf<bool>(key, value, {{"true", true}, {"false", false}})};
+    Refuse(key, type, "is none of the types bool, int, uint, string");
 }
 
 }  // namespace devkit::pipeline

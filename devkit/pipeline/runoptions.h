@@ -27,6 +27,15 @@ struct JobProperties {
     // "PrinterHandle", borrowed. A null handle is put into the bag as such: a printer that does not exist.
     std::optional<HANDLE> printerHandle = nullptr;
     std::optional<DriverValues> driverValues = DriverValues();  // "DriverPropertyBag"
+    std::optional<DriverValues> queueValues;                    // "QueuePropertyBag"
+    std::optional<ULONG> jobId = 1;                             // "PrintJobId"
+    std::optional<std::wstring> outputFile;                     // "PrintOutputFileName"
+    std::optional<std::wstring> contentType;  // "DriverMultiContentType": "XPS" or "OpenXPS"
+    Bytes jobTicket;                          // "JobPrintTicket", which waits for the job
+    Bytes deviceCapabilities;                 // "PrintDeviceCapabilities"
+    bool hasProgressReport = true;            // "ProgressReport"
+    bool hasPrintClassFactory = true;         // "PrintClassFactory"
+    PropertyValues more;                      // under names of their own, or instead of any of the others
 };
 
 enum class Apartment {
@@ -80,5 +89,9 @@ class SwitchError : public std::runtime_error {
 //     ambiguous-document=on|off                       slow-part=MILLISECONDS
 //     apartment=none|single                           last-release=caller|other-thread
 void ApplySwitch(RunOptions& options, std::string_view text);
+
+// Reads "NAME=TYPE:VALUE", a property with its value: bool:true or bool:false, int:N, uint:N or string:TEXT.
+// Throws SwitchError.
+[[nodiscard]] PropertyValues::value_type ParseProperty(std::string_view text);
 
 }  // namespace devkit::pipeline

@@ -55,10 +55,11 @@ HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOO
     return S_OK;
 }
 
-ReadStreamFactory::ReadStreamFactory(ContextPtr context, std::string name, Bytes bytes)
+ReadStreamFactory::ReadStreamFactory(ContextPtr context, std::string name, Bytes bytes, Available available)
     : ComIdentity(std::move(context), "ReadStreamFactory " + name),
       m_name(std::move(name)),
-      m_bytes(std::move(bytes)) {}
+      m_bytes(std::move(bytes)),
+      m_available(available) {}
 
 HRESULT ReadStreamFactory::GetStream(IPrintReadStream** ppStream) {
     if (ppStream == nullptr) return E_POINTER;
@@ -67,6 +68,10 @@ HRESULT ReadStreamFactory::GetStream(IPrintReadStream** ppStream) {
         if (const HRESULT hr = Context().Calls().Enter("IPrintReadStreamFactory::GetStream", m_name);
             FAILED(hr)) {
             return hr;
+        }
+        if (m_available == Available::AfterInitialize && Context().IsInitializing()) {
+            return Context().Breach("GetStream of " + m_name +
+                                    " was called in InitializeFilter, where it never returns");
         }
         *ppStream = MakeObject<ReadStream>(SharedContext(), m_name, m_bytes).Detach();
         return S_OK;

@@ -15,7 +15,7 @@ namespace devkit::pipeline {
 using Bytes = std::shared_ptr<const std::string>;
 
 // A read stream over bytes in memory, for one thread at a time. Reads deliver at most what the behaviour
-// allow. A position after the end is permitted and reads nothing; one before the start gives STG_E_SEEKERROR,
+// allows. A position after the end is permitted and reads nothing; one before the start gives STG_E_SEEKERROR,
 // an unknown origin STG_E_INVALIDFUNCTION, and the position stays.
 class ReadStream final : public ComObject<IPrintReadStream> {
   public:
@@ -32,16 +32,24 @@ class ReadStream final : public ComObject<IPrintReadStream> {
     std::uint64_t m_position = 0;
 };
 
-// The object of the "PerUserPrintTicket" property: each call gives a new stream at its start.
+// When a factory's stream can be had.
+enum class Available {
+    Always,
+    AfterInitialize,  // in InitializeFilter the platform's GetStream would wait for ever: a breach
+};
+
+// The object of "PerUserPrintTicket" and its like: each call gives a new stream at its start.
 class ReadStreamFactory final : public ComObject<IPrintReadStreamFactory> {
   public:
-    ReadStreamFactory(ContextPtr context, std::string name, Bytes bytes);
+    ReadStreamFactory(ContextPtr context, std::string name, Bytes bytes,
+                      Available available = Available::Always);
 
     HRESULT STDMETHODCALLTYPE GetStream(IPrintReadStream** ppStream) override;
 
   private:
     std::string m_name;
     Bytes m_bytes;
+    Available m_available;
 };
 
 // What was written for one part, shared by the write stream and the part.

@@ -184,6 +184,11 @@ struct PLATFORM_UUID("edc12c7c-ed40-4ea5-96a6-5e4397497a61") IPrintPipelineProgr
     virtual HRESULT STDMETHODCALLTYPE ReportProgress(EXpsJobConsumption consumption) = 0;
 };
 
+struct PLATFORM_UUID("9af593dd-9b02-48a8-9bad-69ace423f88b") IPrintClassObjectFactory : public IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE GetPrintClassObject(const wchar_t* printer, REFIID iid,
+                                                          void** ppObject) = 0;
+};
+
 PLATFORM_INTERFACE_UUID(IPrintPipelineManagerControl, 0xaa3e4910, 0x5889, 0x4681, 0x91, 0xef, 0x82, 0x3a,
                         0xd4, 0xed, 0x4e, 0x44)
 PLATFORM_INTERFACE_UUID(IInterFilterCommunicator, 0x4daf1e69, 0x81fd, 0x462d, 0x94, 0x0f, 0x8c, 0xd3, 0xdd,
@@ -232,6 +237,8 @@ PLATFORM_INTERFACE_UUID(IXpsDocumentConsumer, 0x4368d8a2, 0x4181, 0x4a9f, 0xb2, 
                         0x9b, 0xa0)
 PLATFORM_INTERFACE_UUID(IPrintPipelineProgressReport, 0xedc12c7c, 0xed40, 0x4ea5, 0x96, 0xa6, 0x5e, 0x43,
                         0x97, 0x49, 0x7a, 0x61)
+PLATFORM_INTERFACE_UUID(IPrintClassObjectFactory, 0x9af593dd, 0x9b02, 0x48a8, 0x9b, 0xad, 0x69, 0xac, 0xe4,
+                        0x23, 0xf8, 0x8b)
 
 PLATFORM_INTERFACE_EXTENDS(IPartPrintTicket, IPartBase)
 PLATFORM_INTERFACE_EXTENDS(IPartColorProfile, IPartBase)

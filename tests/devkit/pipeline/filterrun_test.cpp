@@ -1,12 +1,15 @@
 #include "devkit/pipeline/filterrun.h"
 
 #include <atomic>
+#include <map>
 #include <thread>
 
 #include "devkit/pipeline/fixture.h"
+#include "devkit/pipeline/scriptedfilter.h"
 #include "devkit/pipeline/testfilter/testfilter.h"
 #include "devkit/pipeline/testmodule.h"
 #include "platform/utf.h"
+#include "platform/variant.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -469,6 +472,125 @@ TEST_F(FilterRunTest, TellsWhichPartsAreAskedFor) {
     options.onPart = [&](unsigned number) { numbers.push_back(number); };
     static_cast<void>(Run(L"", std::move(options)));
     EXPECT_EQ((std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}), numbers);
+}
+
+// Runs a filter of the test program that does this in StartOperation.
+RunOutcome RunScript(FilterScript script, RunOptions options = {}) {
+    return FilterRun(std::make_shared<ScriptedSource>(std::move(script)), SampleJob(), std::move(options))
+        .Run();
+}
+
+// The type of a property, VT_EMPTY when there is none.
+VARTYPE TypeOf(GivenToFilter& given, const wchar_t* name) {
+    platform::Variant value;
+    return SUCCEEDED(given.bag->GetProperty(name, value.Put())) ? value.Type()
+                                                                : static_cast<VARTYPE>(VT_EMPTY);
+}
+
+TEST_F(FilterRunTest, TheBagHasTheDocumentedEntries) {
+    RunOptions options;
+    JobProperties& properties = options.properties;
+    properties.userTicket = std::make_shared<const std::string>("user");
+    properties.jobTicket = std::make_shared<const std::string>("job");
+    properties.deviceCapabilities = std::make_shared<const std::string>("device");
+    properties.outputFile = L"out.xps";
+    properties.contentType = L"OpenXPS";
+    properties.queueValues = DriverValues{{L"Queue", LONG{1}}};
+    properties.more = {{L"Own", ULONG{5}}, {L"PrintJobId", ULONG{77}}};
+    std::map<std::wstring, VARTYPE> types;
+    const RunOutcome outcome = RunScript(
+        {.start =
+             [&](GivenToFilter& given) {
+                 for (const wchar_t* name :
+                      {L"PrinterName", L"PrinterHandle", L"UserSecurityToken", L"PerUserPrintTicket",
+                       L"PrintJobId", L"ProgressReport", L"PrintClassFactory", L"DriverPropertyBag",
+                       L"QueuePropertyBag", L"PrintOutputFileName", L"DriverMultiContentType",
+                       L"JobPrintTicket", L"PrintDeviceCapabilities", L"Own"})
+                     types[name] = TypeOf(given, name);
+                 return S_OK;
+             }},
+        std::move(options));
+    const std::map<std::wstring, VARTYPE> expected{{L"PrinterName", VT_BSTR},
+                                                   {L"PrinterHandle", VT_BYREF},
+                                                   {L"UserSecurityToken", VT_BYREF},
+                                                   {L"PerUserPrintTicket", VT_UNKNOWN},
+                                                   {L"PrintJobId", VT_UI4},
+                                                   {L"ProgressReport", VT_UNKNOWN},
+                                                   {L"PrintClassFactory", VT_UNKNOWN},
+                                                   {L"DriverPropertyBag", VT_UNKNOWN},
+                                                   {L"QueuePropertyBag", VT_UNKNOWN},
+                                                   {L"PrintOutputFileName", VT_BSTR},
+                                                   {L"DriverMultiContentType", VT_BSTR},
+                                                   {L"JobPrintTicket", VT_UNKNOWN},
+                                                   {L"PrintDeviceCapabilities", VT_UNKNOWN},
+                                                   {L"Own", VT_UI4}};
+    EXPECT_EQ(expected, types);
+    EXPECT_EQ(Lines{}, outcome.missing);
+}
+
+TEST_F(FilterRunTest, TellsWhatTheFilterAskedForInVain) {
+    const RunOutcome outcome = RunScript({.start = [](GivenToFilter& given) {
+        TypeOf(given, L"PerUserPrintTicket");
+        TypeOf(given, L"IPrintCoreHelper");
+        return S_OK;
+    }});
+    EXPECT_EQ((Lines{"property PerUserPrintTicket", "property IPrintCoreHelper"}), outcome.missing);
+}
+
+TEST_F(FilterRunTest, CountsTheProgressThatTheFilterReports) {
+    const RunOutcome outcome = RunScript({.start = [](GivenToFilter& given) {
+        platform::Variant value;
+        platform::ComPtr<IPrintPipelineProgressReport> report;
+        EXPECT_EQ(S_OK, given.bag->GetProperty(L"ProgressReport", value.Put()));
+        EXPECT_EQ(TRUE, given.bag->DeleteProperty(L"ProgressReport"));
+        EXPECT_EQ(S_OK, platform::ComPtr<IUnknown>(value.Unknown()).QueryTo(report));
+        EXPECT_EQ(S_OK, report->ReportProgress(XpsJob_FixedPageAdded));
+        return report->ReportProgress(XpsJob_FixedPageAdded);
+    }});
+    EXPECT_EQ((ProgressCounts{0, 0, 2}), outcome.progress);
+}
+
+TEST_F(FilterRunTest, TheJobsTicketIsNotToBeHadInInitializeFilter) {
+    RunOptions options;
+    options.properties.jobTicket = std::make_shared<const std::string>("job");
+    const auto getTicket = [](GivenToFilter& given) {
+        platform::Variant value;
+        platform::ComPtr<IPrintReadStreamFactory> factory;
+        platform::ComPtr<IPrintReadStream> stream;
+        EXPECT_EQ(S_OK, given.bag->GetProperty(L"JobPrintTicket", value.Put()));
+        EXPECT_EQ(S_OK, platform::ComPtr<IUnknown>(value.Unknown()).QueryTo(factory));
+        return factory->GetStream(stream.Put());
+    };
+    HRESULT early = S_OK;
+    HRESULT late = E_FAIL;
+    const RunOutcome outcome = RunScript({.initialize =
+                                              [&](GivenToFilter& given) {
+                                                  early = getTicket(given);
+                                                  return S_OK;
+                                              },
+                                          .start =
+                                              [&](GivenToFilter& given) {
+                                                  late = getTicket(given);
+                                                  return S_OK;
+                                              }},
+                                         std::move(options));
+    EXPECT_EQ(kCallOutOfOrder, early);
+    EXPECT_EQ(S_OK, late);
+    ASSERT_FALSE(outcome.breaches.empty());
+    EXPECT_EQ("GetStream of JobPrintTicket was called in InitializeFilter, where it never returns",
+              outcome.breaches.front());
+}
+
+TEST_F(FilterRunTest, TheLastReleaseComesFromTheThreadThatIsAskedFor) {
+    for (const LastRelease lastRelease : {LastRelease::Caller, LastRelease::OtherThread}) {
+        RunOptions options;
+        options.lastRelease = lastRelease;
+        DWORD thread = 0;
+        static_cast<void>(
+            RunScript({.released = [&] { thread = GetCurrentThreadId(); }}, std::move(options)));
+        EXPECT_NE(0U, thread);
+        EXPECT_EQ(lastRelease == LastRelease::Caller, thread == GetCurrentThreadId());
+    }
 }
 
 }  // namespace

@@ -26,14 +26,14 @@ namespace devkit::pipeline {
 [[nodiscard]] std::string ReadAll(IPrintReadStream* pStream);
 [[nodiscard]] std::wstring UriOf(IPartBase* pPart);
 
-// Makes a context with its behaviour, and sees that the test releases all of the kit's objects.
+// Makes a context with a behaviour, and sees that the test releases all of the kit's objects.
 class PipelineTest : public testing::Test {
   protected:
     void TearDown() override { EXPECT_EQ(common::LiveObjectCount(), m_liveBefore + m_leaked); }
     // The test leaks so many objects on purpose.
     void ExpectLeaked(std::size_t count) { m_leaked = count; }
 
-    // The context of the test's objects; later behaviour make a new one.
+    // The context of the test's objects; a later behaviour makes a new one.
     [[nodiscard]] const ContextPtr& Context();
     void Use(Behaviour behaviour) { m_context = std::make_shared<RunContext>(std::move(behaviour)); }
     [[nodiscard]] std::vector<std::string> Breaches() { return Context()->Breaches().Lines(); }

@@ -39,5 +39,37 @@ TEST_F(PipelineControlTest, FailsAsPlanned) {
     EXPECT_EQ(E_UNEXPECTED, control->FilterFinished());
 }
 
+class ProgressReportTest : public PipelineTest {};
+
+TEST_F(ProgressReportTest, CountsEachKind) {
+    const auto report = MakeObject<ProgressReport>(Context());
+    EXPECT_EQ(S_OK, report->ReportProgress(XpsJob_DocumentSequenceAdded));
+    EXPECT_EQ(S_OK, report->ReportProgress(XpsJob_FixedDocumentAdded));
+    EXPECT_EQ(S_OK, report->ReportProgress(XpsJob_FixedPageAdded));
+    EXPECT_EQ(S_OK, report->ReportProgress(XpsJob_FixedDocumentAdded));
+    EXPECT_EQ(S_OK, report->ReportProgress(XpsJob_FixedPageAdded));
+    EXPECT_EQ(S_OK, report->ReportProgress(XpsJob_FixedPageAdded));
+    EXPECT_EQ(E_INVALIDARG, report->ReportProgress(static_cast<EXpsJobConsumption>(3)));
+    EXPECT_EQ((ProgressCounts{1, 2, 3}), report->Counts());
+}
+
+TEST_F(ProgressReportTest, AnswersTheFailureThatIsPlanned) {
+    Use(Failing("ReportProgress", E_ABORT));
+    const auto report = MakeObject<ProgressReport>(Context());
+    EXPECT_EQ(E_ABORT, report->ReportProgress(XpsJob_FixedPageAdded));
+    EXPECT_EQ(ProgressCounts{}, report->Counts());
+}
+
+class PrintClassFactoryTest : public PipelineTest {};
+
+TEST_F(PrintClassFactoryTest, RefusesEachClassAndTellsIt) {
+    const auto factory = MakeObject<PrintClassFactory>(Context());
+    void* object = factory.Get();
+    EXPECT_EQ(E_NOINTERFACE, factory->GetPrintClassObject(L"Printer", __uuidof(IFixedPage), &object));
+    EXPECT_EQ(nullptr, object);
+    EXPECT_EQ(E_POINTER, factory->GetPrintClassObject(L"Printer", __uuidof(IFixedPage), nullptr));
+    EXPECT_EQ(Lines{"print class {3D9F6448-7E95-4CB5-94FB-0180C2883A57}"}, Context()->MissingThings());
+}
+
 }  // namespace
 }  // namespace devkit::pipeline

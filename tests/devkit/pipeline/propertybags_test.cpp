@@ -127,7 +127,8 @@ class DriverPropertyBagTest : public PipelineTest {
   protected:
     ComPtr<DriverBag> Bag() {
         return MakeObject<DriverBag>(
-            Context(), DriverValues{{L"KoraNsPrefix", L"krk"}, {L"KoraTeskType", 2L}, {L"Flag", true}});
+            Context(), "DriverPropertyBag",
+            DriverValues{{L"KoraNsPrefix", L"krk"}, {L"KoraTeskType", 2L}, {L"Flag", true}});
     }
 };
 
@@ -185,6 +186,45 @@ TEST_F(DriverPropertyBagTest, FailsForTheNameThatIsPlanned) {
     Use(Failing("IPrinterPropertyBag::GetString", E_ACCESSDENIED, "KoraNsPrefix"));
     Bstr text;
     EXPECT_EQ(E_ACCESSDENIED, Bag()->GetString(Bstr(L"KoraNsPrefix").Get(), text.Put()));
+}
+
+TEST_F(DriverPropertyBagTest, TellsWhatItWasAskedForInVain) {
+    const auto bag = Bag();
+    Bstr text;
+    BOOL flag = FALSE;
+    EXPECT_EQ(E_ELEMENT_NOT_FOUND, bag->GetString(Bstr(L"Nowhere").Get(), text.Put()));
+    EXPECT_EQ(E_ELEMENT_NOT_FOUND, bag->GetBool(Bstr(L"KoraTeskType").Get(), &flag));
+    EXPECT_EQ(E_ELEMENT_NOT_FOUND, bag->GetString(Bstr(L"Nowhere").Get(), text.Put()));
+    EXPECT_EQ((Lines{"property Nowhere of DriverPropertyBag", "property KoraTeskType of DriverPropertyBag"}),
+              Context()->MissingThings());
+}
+
+TEST_F(PropertyBagTest, PutsEachTypeOfValue) {
+    const auto bag = MakeObject<PropertyBag>(Context());
+    bag->PutValue(L"flag", true);
+    bag->PutValue(L"number", LONG{-3});
+    bag->PutValue(L"count", ULONG{4'000'000'000});
+    bag->PutValue(L"text", std::wstring(L"words"));
+    Variant value;
+    ASSERT_EQ(S_OK, bag->GetProperty(L"flag", value.Put()));
+    EXPECT_EQ(VT_BOOL, value.Type());
+    EXPECT_EQ(VARIANT_TRUE, value.Get().boolVal);
+    ASSERT_EQ(S_OK, bag->GetProperty(L"number", value.Put()));
+    EXPECT_EQ(VT_I4, value.Type());
+    EXPECT_EQ(-3, value.Get().lVal);
+    ASSERT_EQ(S_OK, bag->GetProperty(L"count", value.Put()));
+    EXPECT_EQ(VT_UI4, value.Type());
+    EXPECT_EQ(4'000'000'000U, value.Get().ulVal);
+    ASSERT_EQ(S_OK, bag->GetProperty(L"text", value.Put()));
+    EXPECT_EQ(std::wstring_view(L"words"), std::wstring_view(value.Text()));
+}
+
+TEST_F(PropertyBagTest, TellsWhatItWasAskedForInVain) {
+    const auto bag = MakeObject<PropertyBag>(Context());
+    Variant value;
+    EXPECT_EQ(kPropertyMissing, bag->GetProperty(L"MergedDataFilePath", value.Put()));
+    EXPECT_EQ(kPropertyMissing, bag->GetProperty(L"MergedDataFilePath", value.Put()));
+    EXPECT_EQ(Lines{"property MergedDataFilePath"}, Context()->MissingThings());
 }
 
 }  // namespace

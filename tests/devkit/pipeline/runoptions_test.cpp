@@ -96,5 +96,33 @@ TEST(PipelineSwitches, WhatCannotBeIsRefusedInALine) {
     EXPECT_EQ("fail=x: is not a whole number", Refusal("fail=GetXpsPart@x=E_FAIL"));
 }
 
+std::string PropertyRefusal(std::string_view text) {
+    try {
+        static_cast<void>(ParseProperty(text));
+        return "(taken)";
+    } catch (const SwitchError& error) {
+        return error.what();
+    }
+}
+
+TEST(PropertyText, HasANameATypeAndAValue) {
+    EXPECT_EQ((PropertyValues::value_type{L"Name", L"a=b:c"}), ParseProperty("Name=string:a=b:c"));
+    EXPECT_EQ((PropertyValues::value_type{L"Name", L""}), ParseProperty("Name=string:"));
+    EXPECT_EQ((PropertyValues::value_type{L"Name", LONG{-7}}), ParseProperty("Name=int:-7"));
+    EXPECT_EQ((PropertyValues::value_type{L"Name", ULONG{4'294'967'295}}),
+              ParseProperty("Name=uint:4294967295"));
+    EXPECT_EQ((PropertyValues::value_type{L"\u00dc", true}), ParseProperty("\xC3\x9C=bool:true"));
+}
+
+TEST(PropertyText, WhatCannotBeIsRefusedInALine) {
+    EXPECT_EQ("Name is not NAME=TYPE:VALUE", PropertyRefusal("Name"));
+    EXPECT_EQ("a:b is not NAME=TYPE:VALUE", PropertyRefusal("a:b"));
+    EXPECT_EQ("=int:1 is not NAME=TYPE:VALUE", PropertyRefusal("=int:1"));
+    EXPECT_EQ("Name=real: is none of the types bool, int, uint, string", PropertyRefusal("Name=real:1"));
+    EXPECT_EQ("Name=2147483648: is not a whole number", PropertyRefusal("Name=int:2147483648"));
+    EXPECT_EQ("Name=-1: is not a whole number", PropertyRefusal("Name=uint:-1"));
+    EXPECT_EQ("Name=1: is none of true, false", PropertyRefusal("Name=bool:1"));
+}
+
 }  // namespace
 }  // namespace devkit::pipeline

@@ -239,5 +239,20 @@ TEST_F(WriteStreamTest, CanBeFlushed) {
     stream->Close();
 }
 
+TEST_F(ReadStreamFactoryTest, OneThatWaitsForTheJobRefusesInInitializeFilter) {
+    const auto factory = MakeObject<ReadStreamFactory>(Context(), "JobPrintTicket",
+                                                       std::make_shared<const std::string>("ticket"),
+                                                       Available::AfterInitialize);
+    Context()->SetInitializing(true);
+    ComPtr<IPrintReadStream> stream;
+    EXPECT_EQ(kCallOutOfOrder, factory->GetStream(stream.Put()));
+    EXPECT_FALSE(stream);
+    Context()->SetInitializing(false);
+    EXPECT_EQ(S_OK, factory->GetStream(stream.Put()));
+    EXPECT_EQ("ticket", ReadAll(stream.Get()));
+    EXPECT_EQ(Lines{"GetStream of JobPrintTicket was called in InitializeFilter, where it never returns"},
+              Breaches());
+}
+
 }  // namespace
 }  // namespace devkit::pipeline
