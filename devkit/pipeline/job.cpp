@@ -46,7 +46,7 @@ std::string ContentTypeOfNew(const Part& part) {
         case PartKind::ResourceDictionary:
             return "application/vnd.ms-package.xps-resourcedictionary+xml";
         case PartKind::Font:
-            return part.ContentType().empty() ? "application/vnd.ms-opentype" : part.ContentType();
+            return part.ContentType().empty() ? std::string(kPlainFont) : part.ContentType();
         case PartKind::Image:
         case PartKind::Thumbnail:
             return part.ContentType().empty() ? "image/png" : part.ContentType();
@@ -98,7 +98,8 @@ class TreeBuilder {
         if (!part->IsNew()) return part->Name();
         auto place = m_added.find(part);
         if (place == m_added.end()) {
-            std::string name = m_document.AddPart(part->Name(), ContentTypeOfNew(*part), *part->Read());
+            std::string name =
+                m_document.AddPart(part->Name(), ContentTypeOfNew(*part), *part->ReadPackaged());
             place = m_added.emplace(part, std::move(name)).first;
         }
         return place->second;

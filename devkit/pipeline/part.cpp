@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "devkit/common/text.h"
+#include "devkit/pipeline/fontobfuscation.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -19,8 +20,8 @@ constexpr auto kTypes = std::to_array<TypeOfKind>({
     {"image/png", PartKind::Image},
     {"image/tiff", PartKind::Image},
     {"image/vnd.ms-photo", PartKind::Image},
-    {"application/vnd.ms-opentype", PartKind::Font},
-    {"application/vnd.ms-package.obfuscated-opentype", PartKind::Font},
+    {kPlainFont, PartKind::Font},
+    {kObfuscatedFont, PartKind::Font},
     {"application/vnd.ms-color.iccprofile", PartKind::ColorProfile},
     {"application/vnd.ms-package.xps-resourcedictionary+xml", PartKind::ResourceDictionary},
 });
@@ -69,7 +70,8 @@ PartKind KindOfContentType(std::string_view contentType) {
     return PartKind::Unknown;
 }
 
-Part::Part(PartKind kind, InputPart input) : m_kind(kind), m_input(std::move(input)) {}
+Part::Part(PartKind kind, InputPart input)
+    : m_kind(kind), m_input(std::move(input)), m_inputType(m_input.contentType) {}
 
 Part::Part(PartKind kind, std::string name) : m_kind(kind), m_input{std::move(name), {}, nullptr} {}
 
@@ -80,6 +82,20 @@ std::string Part::Title() const {
 Bytes Part::Read() {
     TakeWritten();
     return m_written != nullptr ? m_written : ReadInput();
+}
+
+Bytes Part::ReadPlain() {
+    const Bytes bytes = Read();
+    const bool isObfuscated = m_kind == PartKind::Font && !IsNew() && m_written == nullptr &&
+                              common::EqualIgnoringCase(m_inputType, kObfuscatedFont);
+    if (!isObfuscated) return bytes;
+    return std::make_shared<const std::string>(ToggleObfuscation(*bytes, Name()));
+}
+
+Bytes Part::ReadPackaged() {
+    const Bytes bytes = Read();
+    if (!obfuscate || !IsNew()) return bytes;
+    return std::make_shared<const std::string>(ToggleObfuscation(*bytes, Name()));
 }
 
 Bytes Part::ReadInput() {

@@ -27,6 +27,10 @@ enum class PartKind {
     Unknown,
 };
 
+// The content types of fonts.
+inline constexpr std::string_view kPlainFont = "application/vnd.ms-opentype";
+inline constexpr std::string_view kObfuscatedFont = "application/vnd.ms-package.obfuscated-opentype";
+
 // "FixedPage".
 [[nodiscard]] const char* NameOf(PartKind kind);
 // The kind of a page's resource by its content type, with no regard to letter case or parameters.
@@ -58,6 +62,10 @@ class Part {
     // The bytes as they stand: what was last written and closed, else the input's, else none. Throws what
     // the input's reader throws.
     [[nodiscard]] Bytes Read();
+    // The bytes as a filter reads and writes them: those of an obfuscated font of the input are made plain.
+    [[nodiscard]] Bytes ReadPlain();
+    // The bytes as a package has them: those of a new font that is to be obfuscated are.
+    [[nodiscard]] Bytes ReadPackaged();
     // The input's bytes, none for a new part.
     [[nodiscard]] Bytes ReadInput();
     // Whether the part has bytes that the filter wrote.
@@ -69,6 +77,7 @@ class Part {
 
     EXpsCompressionOptions compression = Compression_Normal;
     bool sent = false;
+    bool obfuscate = false;  // a font that the filter wants obfuscated
 
     std::shared_ptr<Part> ticket;                  // of a sequence, document or page
     std::shared_ptr<Part> inputTicket;             // what the input has for it
@@ -80,6 +89,7 @@ class Part {
 
     PartKind m_kind;
     InputPart m_input;
+    std::string m_inputType;  // the content type that the input has
     std::weak_ptr<const std::string> m_read;
     std::shared_ptr<Writing> m_writing;
     Bytes m_written;

@@ -37,7 +37,7 @@ HRESULT GetStreamOf(const ContextPtr& context, Part& part, IPrintReadStream** pp
     if (ppStream == nullptr) return E_POINTER;
     Bytes bytes;
     try {
-        bytes = part.Read();
+        bytes = part.ReadPlain();
     } catch (const std::exception& error) {
         context->InputFailed(part.Name() + ": " + error.what());
         return kInputUnreadable;

@@ -1,13 +1,11 @@
 #include "devkit/pipeline/resourceobjects.h"
 
 #include "devkit/common/text.h"
+#include "devkit/pipeline/fontobfuscation.h"
 #include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
-
-constexpr const char* kPlainFont = "application/vnd.ms-opentype";
-constexpr const char* kObfuscatedFont = "application/vnd.ms-package.obfuscated-opentype";
 
 HRESULT SetContentTypeOf(Part& part, const wchar_t* contentType) {
     if (contentType == nullptr) return E_INVALIDARG;
@@ -61,8 +59,12 @@ HRESULT FontObject::SetFontOptions(EXpsFontOptions options) {
     return Call("IPartFont::SetFontOptions", [&]() -> HRESULT {
         if (const HRESULT hr = CheckNotSent("SetFontOptions"); FAILED(hr)) return hr;
         if (options != Font_Normal && options != Font_Obfusticate) return E_INVALIDARG;
-        m_part->SetContentType(options == Font_Obfusticate ? kObfuscatedFont : kPlainFont);
-        return S_OK;
+        m_part->obfuscate = options == Font_Obfusticate;
+        m_part->SetContentType(std::string(m_part->obfuscate ? kObfuscatedFont : kPlainFont));
+        if (!m_part->obfuscate || IsNamedByGuid(m_part->Name())) return S_OK;
+        return Context().Breach(
+            "SetFontOptions obfuscates " + m_part->Title() + ", whose name holds no GUID to do it with",
+            S_OK);
     });
 }
 

@@ -46,7 +46,9 @@ class ThumbnailObject final : public StreamPartObject<IPartThumbnail> {
     HRESULT STDMETHODCALLTYPE SetThumbnailContent(const wchar_t* contentType) override;
 };
 
-// The font options tell an obfuscated font from a plain one; setting them also sets the content type.
+// The font options tell an obfuscated font from a plain one; setting them also sets the content type, and
+// says what becomes of a new font when it is written into a package. A filter reads and writes plain fonts. A
+// name without a GUID, which obfuscation needs, is a breach; such a font stays plain.
 class FontObject final : public StreamPartObject<IPartFont2> {
   public:
     using StreamPartObject::StreamPartObject;

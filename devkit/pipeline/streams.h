@@ -15,8 +15,8 @@ namespace devkit::pipeline {
 using Bytes = std::shared_ptr<const std::string>;
 
 // A read stream over bytes in memory, for one thread at a time. Reads deliver at most what the behaviour
-// allows. A position after the end is permitted and reads nothing; one before the start gives STG_E_SEEKERROR,
-// an unknown origin STG_E_INVALIDFUNCTION, and the position stays.
+// allows. A position after the end is permitted and reads nothing; one before the start gives
+// STG_E_SEEKERROR, an unknown origin STG_E_INVALIDFUNCTION, and the position stays.
 class ReadStream final : public ComObject<IPrintReadStream> {
   public:
     // `name` is the part's, for descriptions.

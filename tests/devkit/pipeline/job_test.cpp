@@ -43,6 +43,21 @@ TEST(JobInput, HasTheTreeOfTheDocument) {
     }
 }
 
+TEST(JobInput, ObfuscatedFontsAreReadAsPlainOnes) {
+    const auto job = MakeJobInput(std::make_shared<XpsDocument>(
+        XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / "sample.xps")));
+    unsigned fonts = 0;
+    for (const ResourceInput& resource : job->documents[0].pages[0].resources) {
+        if (resource.kind != PartKind::Font) continue;
+        ++fonts;
+        Part part(resource.kind, resource.part);
+        EXPECT_EQ(std::string("\0\1\0\0", 4), part.ReadPlain()->substr(0, 4));
+        EXPECT_NE(*part.ReadPlain(), *part.Read());
+        EXPECT_EQ(part.ReadPlain()->substr(32), part.Read()->substr(32));
+    }
+    EXPECT_EQ(1U, fonts);
+}
+
 TEST(JobInput, KeepsTheDocumentAlive) {
     std::shared_ptr<const JobInput> job;
     {

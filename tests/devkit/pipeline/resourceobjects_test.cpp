@@ -1,7 +1,10 @@
 #include "devkit/pipeline/resourceobjects.h"
 
+#include "devkit/pipeline/fontobfuscation.h"
 #include "devkit/pipeline/pageobjects.h"
+#include "devkit/pipeline/partobject.h"
 #include "platform/bstr.h"
+#include "platform/utf.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -48,6 +51,29 @@ TEST_F(ResourceObjectsTest, AFontsOptionsFollowFromItsContentType) {
     EXpsFontRestriction restriction = Xps_Restricted_Font_Editable;
     EXPECT_EQ(S_OK, font->GetFontRestriction(&restriction));
     EXPECT_EQ(Xps_Restricted_Font_Installable, restriction);
+}
+
+TEST_F(ResourceObjectsTest, ANewFontIsObfuscatedOnItsWayIntoThePackageAlone) {
+    const std::string plain(40, 'x');
+    const wchar_t* const name = L"/00112233-4455-6677-8899-AABBCCDDEEFF.odttf";
+    const auto font = NewPart<IPartFont>(name, plain);
+    EXPECT_EQ(S_OK, font->SetFontOptions(Font_Obfusticate));
+    ComPtr<IPrintReadStream> stream;
+    ASSERT_EQ(S_OK, font->GetStream(stream.Put()));
+    EXPECT_EQ(plain, ReadAll(stream.Get()));
+    EXPECT_EQ(ToggleObfuscation(plain, platform::ToUtf8(name)), *PartOf(font.Get())->ReadPackaged());
+    EXPECT_EQ(S_OK, font->SetFontOptions(Font_Normal));
+    EXPECT_EQ(plain, *PartOf(font.Get())->ReadPackaged());
+    EXPECT_EQ(Lines{}, Breaches());
+}
+
+TEST_F(ResourceObjectsTest, AFontWithoutAGuidInItsNameCannotBeObfuscated) {
+    const auto font = NewPart<IPartFont>(L"/Fonts/new.odttf", "bytes");
+    EXPECT_EQ(S_OK, font->SetFontOptions(Font_Obfusticate));
+    EXPECT_EQ("bytes", *PartOf(font.Get())->ReadPackaged());
+    EXPECT_EQ(
+        Lines{"SetFontOptions obfuscates Font /Fonts/new.odttf, whose name holds no GUID to do it with"},
+        Breaches());
 }
 
 TEST_F(ResourceObjectsTest, AResourceIsReadable) {
