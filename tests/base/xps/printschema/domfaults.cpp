@@ -97,7 +97,7 @@ void InstallInDocument(IXMLDOMDocument2* pDocument, Saves saves) {
     document.Any<DocumentLoadXml, BSTR, VARIANT_BOOL*>();
     document.Any<DocumentPutAsync, VARIANT_BOOL>();
     document.Any<DocumentSetProperty, BSTR, VARIANT>();
-    if (saves == Saves::Counted) document.Named<DocumentSave, DomCall::Save, VARIANT>();
+    if (saves == Saves::Counted) document.Any<DocumentSave, VARIANT>();
 }
 
 void InstallInMap(IXMLDOMNamedNodeMap* pMap) {

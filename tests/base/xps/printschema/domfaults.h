@@ -24,7 +24,6 @@ enum class DomCall {
     SetNamedItem,
     CreateAttribute,
     PutValue,
-    Save,
 };
 
 // While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes,

@@ -47,8 +47,7 @@ FakePlatformProvider::~FakePlatformProvider() { currentProvider = nullptr; }
 FakePlatformProvider& FakePlatformProvider::Current() { return *currentProvider; }
 
 void FakePlatformProvider::TextIsFreed(BSTR text) {
-    if (currentProvider == nullptr || currentProvider->m_errorTexts.erase(text) == 0) return;
-    if (currentProvider->m_onErrorTextFreed) currentProvider->m_onErrorTextFreed();
+    if (currentProvider != nullptr) currentProvider->m_errorTexts.erase(text);
 }
 
 HRESULT FakePlatformProvider::Enter(const std::string& call, HPTPROVIDER provider) {

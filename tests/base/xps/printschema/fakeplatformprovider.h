@@ -43,8 +43,6 @@ class FakePlatformProvider {
     std::string m_capabilities;
     // Handed out with every failure unless it is empty.
     std::wstring m_errorText;
-    // Called when the caller frees a text that was handed out.
-    std::function<void()> m_onErrorTextFreed;
 
     std::vector<std::string> m_breaches;
     std::set<HPTPROVIDER> m_openHandles;

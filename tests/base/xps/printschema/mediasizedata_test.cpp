@@ -521,7 +521,7 @@ TEST_P(MediaSizeDataTicketTest, TheSizeOfAnOptionThatIsNotSelectedIsNotRead) {
 TEST_P(MediaSizeDataTicketTest, OneLengthOfEachOfTwoOptionsIsNoSize) {
     const std::wstring height = OptionOfSize(L"CustomMediaSize", std::nullopt);
     const std::wstring first =
-        height.substr(0, height.size() - 2) + L">" + ScoredProperty(L"MediaSizeHeight", 1) + L"</psf:Option>";
+        height.substr(0, height.size() - 2) + L">" + Length(L"MediaSizeHeight", 1) + L"</psf:Option>";
     const Dom ticket =
         LoadDomFromString(TwoSizes(first, OptionOfSize(L"CustomMediaSize", MediaDimensions{2, 3})));
     EXPECT_THROW(MediaSizeData().Read(ticket.Get()), std::runtime_error);

@@ -266,34 +266,6 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas
     EXPECT_NE(DomText(Get(kPTJobScope).Get()).find(L"krk:B"), std::wstring::npos);
 }
 
-TEST_P(ProviderFaultTest, AMergeIsTracedByItsParentItsDeltaAndItsResult) {
-    Open();
-    const Dom before = Get(kPTJobScope);
-    std::vector<std::size_t> merges;
-    FailEachCall([&](std::size_t nth) {
-        const auto ticket = MakeMock<tests::MockPrintTicket>(m_calls, L"/ticket", tests::Bytes(Delta));
-        const auto part = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job",
-                                                                     ComPtr<IPartPrintTicket>(ticket.Get()));
-        m_calls.Clear();
-        bool hasFailed = false;
-        HRESULT thrown = S_OK;
-        {
-            const DomFaults faults(DomCall::Save, nth, Injected);
-            thrown = ThrownCode([&] { EXPECT_EQ(m_provider.SetJobTicket(part.Get(), nullptr), S_OK); });
-            hasFailed = faults.HasFailed();
-        }
-        EXPECT_EQ(thrown, hasFailed ? Injected : S_OK) << "text " << nth;
-        EXPECT_EQ(Get(kPTJobScope).Get() == before.Get(), hasFailed) << "text " << nth;
-        std::size_t count = 0;
-        for (const std::string& call : m_calls.Calls()) count += call.starts_with("PTMerge");
-        merges.push_back(count);
-        return hasFailed;
-    });
-    // The texts of the parent and of the delta are made before the platform is called, that of the result
-    // after it.
-    EXPECT_EQ(merges, (std::vector<std::size_t>{0, 0, 1, 1}));
-}
-
 TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
     Open();
     const Dom extra = LoadDomFromString(Delta);
