@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "thrown.h"
+
 namespace base::logging {
 namespace {
 
@@ -26,12 +28,9 @@ TEST(CheckTest, ThrowIfFailedThrowsHresultErrorWithTheCodeAndTheThrowingLine) {
 
 TEST(CheckTest, ThrowIfNullThrowsInvalidArgumentWithTheMessage) {
     const int* pointer = nullptr;
-    try {
-        ThrowIfNull(pointer, "pointer is null.");
-        FAIL();
-    } catch (const std::invalid_argument& error) {
-        EXPECT_TRUE(std::string(error.what()).ends_with(" : pointer is null.\n"));
-    }
+    const std::string thrown =
+        tests::Thrown<std::invalid_argument>([&] { ThrowIfNull(pointer, "pointer is null."); });
+    EXPECT_TRUE(thrown.ends_with("check_test.cpp(LINE) : pointer is null.\n")) << thrown;
     const int value = 0;
     EXPECT_NO_THROW(ThrowIfNull(&value, "value is null."));
 }

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "importseam.h"
+#include "thrown.h"
 
 namespace {
 
@@ -57,21 +57,16 @@ namespace {
 
 const HANDLE kPrinter = reinterpret_cast<HANDLE>(0x1234);
 
+constexpr char kFailure[] = "base/utility/driverinfo.cpp(LINE) : GetPrinterDriver was failed.\n";
+
 class DriverInfoTest : public testing::Test {
   protected:
     DriverInfoTest() { g_pSpooler = &m_spooler; }
     ~DriverInfoTest() override { g_pSpooler = nullptr; }
 
-    // The message of the std::runtime_error that reading the record throws, without file and line.
-    static std::optional<std::string> Failure() {
-        try {
-            const DriverInfo info(kPrinter);
-        } catch (const std::runtime_error& error) {
-            const std::string message = error.what();
-            EXPECT_EQ(0u, message.rfind("base/utility/driverinfo.cpp(", 0)) << message;
-            return message.substr(message.find(") : "));
-        }
-        return std::nullopt;
+    // What reading the record throws.
+    static std::string Failure() {
+        return tests::Thrown<std::runtime_error>([] { const DriverInfo info(kPrinter); });
     }
 
     Spooler m_spooler;
@@ -105,13 +100,13 @@ TEST_F(DriverInfoTest, ARecordWithoutADataFileHasNoDirectory) {
 
 TEST_F(DriverInfoTest, ASpoolerThatTellsNoSizeIsAFailure) {
     m_spooler.knowsSize = false;
-    EXPECT_EQ(") : GetPrinterDriver was failed.\n", Failure());
+    EXPECT_EQ(kFailure, Failure());
     EXPECT_EQ(1u, m_spooler.calls.size());
 }
 
 TEST_F(DriverInfoTest, ASpoolerThatRefusesTheRecordIsAFailure) {
     m_spooler.givesRecord = false;
-    EXPECT_EQ(") : GetPrinterDriver was failed.\n", Failure());
+    EXPECT_EQ(kFailure, Failure());
     EXPECT_EQ(2u, m_spooler.calls.size());
 }
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <thread>
 
-#include "base/logging/exceptions.h"
 #include "importseam.h"
+#include "thrown.h"
 
 namespace {
 
@@ -103,15 +103,13 @@ TEST_F(SafeCoInitTest, AThreadInASingleThreadedApartmentIsNotUninitialised) {
 }
 
 TEST_F(SafeCoInitTest, AnyOtherFailureIsThrownAndNothingIsTakenBack) {
-    g_enterResult = E_OUTOFMEMORY;
-    try {
-        const SafeCoInit apartment;
-        FAIL() << "nothing was thrown";
-    } catch (const exception::HresultError& error) {
-        EXPECT_EQ(E_OUTOFMEMORY, error.GetHresult());
+    for (const HRESULT failure : {E_OUTOFMEMORY, E_INVALIDARG, E_UNEXPECTED}) {
+        g_entries = 0;
+        g_enterResult = failure;
+        EXPECT_EQ(failure, tests::ThrownCode([] { const SafeCoInit apartment; }));
+        EXPECT_EQ(1, g_entries);
+        EXPECT_EQ(0, g_exits);
     }
-    EXPECT_EQ(1, g_entries);
-    EXPECT_EQ(0, g_exits);
 }
 
 }  // namespace

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <exception>
+#include <string>
+#include <typeinfo>
+#include <utility>
+
+#include "base/logging/exceptions.h"
+
+namespace tests {
+
+// What a body threw.
+struct ThrownException {
+    const std::type_info* pType = nullptr;  // exact; null for nothing and for what is no std::exception
+    HRESULT code = S_OK;                    // an HresultError's own, E_FAIL for any other std::exception
+    std::string text;                       // with LINE in the place of the number of the throwing line
+};
+
+[[nodiscard]] inline std::string WithoutLineNumber(std::string text) {
+    const std::size_t open = text.find('(');
+    const std::size_t close = text.find(')');
+    if (close != std::string::npos && open < close) text.replace(open + 1, close - open - 1, "LINE");
+    return text;
+}
+
+template <typename Body>
+[[nodiscard]] ThrownException Catch(Body&& body) {
+    try {
+        body();
+    } catch (const base::exception::HresultError& failure) {
+        return {&typeid(failure), failure.GetHresult(), WithoutLineNumber(failure.what())};
+    } catch (const std::exception& failure) {
+        return {&typeid(failure), E_FAIL, WithoutLineNumber(failure.what())};
+    } catch (...) {
+        return {nullptr, E_UNEXPECTED, "what was thrown is no std::exception"};
+    }
+    return {nullptr, S_OK, "nothing was thrown"};
+}
+
+// The message of the exception of exactly this type that the body throws; what else happens is told in words.
+template <typename Exception, typename Body>
+[[nodiscard]] std::string Thrown(Body&& body) {
+    const ThrownException thrown = Catch(std::forward<Body>(body));
+    const bool isOther = thrown.pType != nullptr && *thrown.pType != typeid(Exception);
+    return isOther ? std::string("a ") + thrown.pType->name() + ": " + thrown.text : thrown.text;
+}
+
+// The code of the HresultError that the body throws; S_OK when it throws nothing. Any other exception passes
+// through.
+template <typename Body>
+[[nodiscard]] HRESULT ThrownCode(Body&& body) {
+    try {
+        body();
+    } catch (const base::exception::HresultError& failure) {
+        return failure.GetHresult();
+    }
+    return S_OK;
+}
+
+}  // namespace tests
