@@ -24,6 +24,8 @@ class MockReadStream : public MockObject<IPrintReadStream> {
     void SetShortReads(ULONG most) { m_most = most; }
     // The end flag comes alone, after the last data, and not with it.
     void SetEndAfterData() { m_endAfterData = true; }
+    // A read that is made to fail has given this many bytes before it does.
+    void SetGivenByFailure(ULONG count) { m_givenByFailure = count; }
 
     HRESULT STDMETHODCALLTYPE Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) override {
         const HRESULT hr = m_calls.Enter("Seek " + std::to_string(offset) + " " + std::to_string(origin));
@@ -38,14 +40,14 @@ class MockReadStream : public MockObject<IPrintReadStream> {
     HRESULT STDMETHODCALLTYPE ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead,
                                         BOOL* pEndOfFile) override {
         const HRESULT hr = m_calls.Enter("ReadBytes " + std::to_string(cbWanted));
-        if (FAILED(hr)) return hr;
+        if (FAILED(hr) && m_givenByFailure == 0) return hr;
         const LONGLONG left = std::max<LONGLONG>(static_cast<LONGLONG>(m_bytes.size()) - m_position, 0);
-        const LONGLONG read = std::min<LONGLONG>({left, cbWanted, m_most});
+        const LONGLONG read = std::min<LONGLONG>({left, cbWanted, FAILED(hr) ? m_givenByFailure : m_most});
         if (read != 0) std::memcpy(pBuffer, m_bytes.data() + m_position, static_cast<std::size_t>(read));
         m_position += read;
         *pcbRead = static_cast<ULONG>(read);
         *pEndOfFile = read == left && (read == 0 || !m_endAfterData);
-        return S_OK;
+        return hr;
     }
 
   private:
@@ -53,6 +55,7 @@ class MockReadStream : public MockObject<IPrintReadStream> {
     std::string m_bytes;
     LONGLONG m_position = 0;
     ULONG m_most = std::numeric_limits<ULONG>::max();
+    ULONG m_givenByFailure = 0;
     bool m_endAfterData = false;
 };
 
@@ -63,16 +66,18 @@ class MockWriteStream : public MockObject<IPrintWriteStream> {
 
     // No write takes more than this.
     void SetShortWrites(ULONG most) { m_most = most; }
+    // A write that is made to fail has taken this many bytes before it does.
+    void SetTakenByFailure(ULONG count) { m_takenByFailure = count; }
     [[nodiscard]] const std::string& Bytes() const noexcept { return m_bytes; }
     [[nodiscard]] int Closes() const noexcept { return m_closes; }
 
     HRESULT STDMETHODCALLTYPE WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) override {
         const HRESULT hr = m_calls.Enter("WriteBytes " + std::to_string(cb));
-        if (FAILED(hr)) return hr;
-        if (m_closes != 0) return STG_E_INVALIDFUNCTION;
-        *pcbWritten = std::min(cb, m_most);
+        if (FAILED(hr) && m_takenByFailure == 0) return hr;
+        if (m_closes != 0) return FAILED(hr) ? hr : STG_E_INVALIDFUNCTION;
+        *pcbWritten = std::min(cb, FAILED(hr) ? m_takenByFailure : m_most);
         m_bytes.append(static_cast<const char*>(pBuffer), *pcbWritten);
-        return S_OK;
+        return hr;
     }
     void STDMETHODCALLTYPE Close() override {
         static_cast<void>(m_calls.Enter("Close"));
@@ -83,6 +88,7 @@ class MockWriteStream : public MockObject<IPrintWriteStream> {
     CallRecorder& m_calls;
     std::string m_bytes;
     ULONG m_most = std::numeric_limits<ULONG>::max();
+    ULONG m_takenByFailure = 0;
     int m_closes = 0;
 };
 

@@ -53,9 +53,9 @@ std::streamsize PrintWriteStreamBuffer::xsgetn(char* pBuffer, std::streamsize co
     }
     ULONG read = 0;
     BOOL endOfFile = FALSE;
-    if (FAILED(m_pReadStream->ReadBytes(pBuffer, OneCall(count), &read, &endOfFile))) return 0;
+    const HRESULT hr = m_pReadStream->ReadBytes(pBuffer, OneCall(count), &read, &endOfFile);
     m_read += read;
-    return static_cast<std::streamsize>(read);
+    return FAILED(hr) ? 0 : static_cast<std::streamsize>(read);
 }
 
 std::streamsize PrintWriteStreamBuffer::xsputn(const char* pBuffer, std::streamsize count) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <functional>
 #include <istream>
 #include <ostream>
 #include <stdexcept>
@@ -11,6 +10,7 @@
 
 #include "base/io/streamadaptertest.h"
 #include "mockstreams.h"
+#include "thrown.h"
 
 namespace base::io {
 namespace {
@@ -40,17 +40,12 @@ class ReadingBufferTest : public testing::Test {
 
 long long Position(std::streampos position) { return static_cast<std::streamoff>(position); }
 
-// The message of the exception of this type that the body throws, without file and line.
-template <typename Exception>
-std::string Thrown(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const Exception& error) {
-        const std::string message = error.what();
-        EXPECT_EQ(0u, message.rfind("base/io/printwritestreambuffer.cpp(", 0)) << message;
-        return message.substr(message.find(") : "));
-    }
-    return "nothing was thrown";
+// The message of the exception of this type that the body throws, behind the file and the line.
+template <typename Exception, typename Body>
+std::string Thrown(Body&& body) {
+    const std::string file = "base/io/printwritestreambuffer.cpp(LINE) : ";
+    const std::string message = tests::Thrown<Exception>(body);
+    return message.starts_with(file) ? message.substr(file.size()) : message;
 }
 
 TEST_F(WritingBufferTest, HoldsTheStreamAndLetsItGoWithoutClosingIt) {
@@ -89,12 +84,27 @@ TEST_F(WritingBufferTest, WritesABlockWithOneCall) {
 
 TEST_F(WritingBufferTest, ABlockThatCannotBeWrittenThrows) {
     m_calls.FailNth(1, E_FAIL);
-    EXPECT_EQ(") : IPrintWriteStream::WriteBytes failed.\n",
+    EXPECT_EQ("IPrintWriteStream::WriteBytes failed.\n",
               Thrown<std::overflow_error>([&] { m_buffer.sputn("hello", 5); }));
 }
 
+TEST_F(WritingBufferTest, AFailingWriteCountsWhatWasWrittenBeforeItFailed) {
+    m_pTarget->SetTakenByFailure(1);
+    m_calls.FailNth(1, E_FAIL);
+    EXPECT_EQ(kEof, m_buffer.sputc('a'));
+    EXPECT_EQ(1, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kOut)));
+    m_pTarget->SetTakenByFailure(3);
+    m_calls.FailNth(1, E_FAIL);
+    EXPECT_THROW(m_buffer.sputn("hello", 5), std::overflow_error);
+    EXPECT_EQ(4, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kOut)));
+    m_calls.FailNth(1, E_FAIL);
+    EXPECT_THROW(m_buffer.pubseekoff(9, std::ios_base::cur, kOut), std::overflow_error);
+    EXPECT_EQ(7, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kOut)));
+    EXPECT_EQ("ahel", m_pTarget->Bytes().substr(0, 4));
+}
+
 TEST_F(WritingBufferTest, ReadingThrows) {
-    const std::string expected = ") : read data from buffer which to use for write.\n";
+    const std::string expected = "read data from buffer which to use for write.\n";
     std::array<char, 4> block{};
     EXPECT_EQ(expected, Thrown<std::logic_error>([&] { m_buffer.sbumpc(); }));
     EXPECT_EQ(expected, Thrown<std::logic_error>([&] { m_buffer.sgetc(); }));
@@ -142,7 +152,7 @@ TEST_F(WritingBufferTest, SeekoffOfASideThatTheBufferDoesNotHaveCannotBeDone) {
 
 TEST_F(WritingBufferTest, AnUnknownDirectionThrowsUnlessTheOffsetIsNegative) {
     const auto direction = static_cast<std::ios_base::seekdir>(3);
-    EXPECT_EQ(") : invalide std::ios_base::seekdir\n",
+    EXPECT_EQ("invalide std::ios_base::seekdir\n",
               Thrown<std::invalid_argument>([&] { m_buffer.pubseekoff(0, direction, kOut); }));
     EXPECT_EQ(-1, Position(m_buffer.pubseekoff(-1, direction, kOut)));
 }
@@ -216,8 +226,19 @@ TEST_F(ReadingBufferTest, ABlockThatCannotBeReadIsEmpty) {
     EXPECT_EQ(0, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kIn)));
 }
 
+TEST_F(ReadingBufferTest, AFailingReadCountsWhatWasReadBeforeItFailed) {
+    std::array<char, 4> block{};
+    m_pSource->SetGivenByFailure(2);
+    m_calls.FailNth(1, E_FAIL);
+    EXPECT_EQ(0, m_buffer.sgetn(block.data(), 4));
+    EXPECT_EQ(2, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kIn)));
+    m_calls.FailNth(1, E_FAIL);
+    EXPECT_EQ(kEof, m_buffer.sbumpc());
+    EXPECT_EQ(3, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kIn)));
+}
+
 TEST_F(ReadingBufferTest, WritingABlockThrowsAndWritingACharacterIsEndOfFile) {
-    EXPECT_EQ(") : write data from buffer which to use for read.\n",
+    EXPECT_EQ("write data from buffer which to use for read.\n",
               Thrown<std::logic_error>([&] { m_buffer.sputn("x", 1); }));
     EXPECT_EQ(kEof, m_buffer.sputc('x'));
     EXPECT_EQ(Calls{}, m_calls.Calls());

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "base/io/streamadaptertest.h"
-#include "base/logging/exceptions.h"
 #include "mockstreams.h"
+#include "thrown.h"
 
 namespace base::io {
 namespace {
@@ -12,6 +12,7 @@ namespace {
 using platform::ComPtr;
 using tests::MakeMock;
 using tests::MockWriteStream;
+using tests::ThrownCode;
 
 class PrintWriteStreamToIStreamTest : public StreamAdapterTest {
   protected:
@@ -19,22 +20,19 @@ class PrintWriteStreamToIStreamTest : public StreamAdapterTest {
 };
 
 HRESULT CreationFailure(IPrintWriteStream* pStream) {
-    try {
-        const ComPtr<IStream> pAdapter = CreatePrintWriteStreamToIStream(pStream);
-    } catch (const exception::HresultError& error) {
-        return error.GetHresult();
-    }
-    return S_OK;
+    return ThrownCode([&] { const ComPtr<IStream> pAdapter = CreatePrintWriteStreamToIStream(pStream); });
 }
 
 TEST_F(PrintWriteStreamToIStreamTest, ANullStreamIsRefused) {
     EXPECT_EQ(E_POINTER, CreationFailure(nullptr));
 }
 
-TEST_F(PrintWriteStreamToIStreamTest, ASystemThatCannotTellTheTimeIsAFailure) {
-    g_clock = {0, 1, E_ABORT};
-    EXPECT_EQ(E_ABORT, CreationFailure(m_pTarget.Get()));
-    EXPECT_EQ(1u, m_pTarget->References());
+TEST_F(PrintWriteStreamToIStreamTest, ASystemThatCannotTellTheTimeIsAFailureAtEachOfTheThreeTimes) {
+    for (int failing = 1; failing <= 3; ++failing) {
+        g_clock = {0, failing, E_ABORT};
+        EXPECT_EQ(E_ABORT, CreationFailure(m_pTarget.Get())) << failing;
+        EXPECT_EQ(1u, m_pTarget->References());
+    }
 }
 
 TEST_F(PrintWriteStreamToIStreamTest, HoldsTheStreamAndLetsItGoWithoutClosingIt) {
@@ -109,6 +107,16 @@ TEST_F(PrintWriteStreamToIStreamTest, AFailingWriteIsReturnedAndCountsNothing) {
     EXPECT_EQ(0u, StatOf(*pAdapter.Get()).cbSize.QuadPart);
 }
 
+TEST_F(PrintWriteStreamToIStreamTest, AFailingWriteCountsWhatWasWrittenBeforeItFailed) {
+    const ComPtr<IStream> pAdapter = CreatePrintWriteStreamToIStream(m_pTarget.Get());
+    m_pTarget->SetTakenByFailure(2);
+    m_calls.Fail("WriteBytes 3", STG_E_MEDIUMFULL);
+    ULONG written = 0;
+    EXPECT_EQ(STG_E_MEDIUMFULL, pAdapter->Write("abc", 3, &written));
+    EXPECT_EQ(2u, written);
+    EXPECT_EQ(2u, StatOf(*pAdapter.Get()).cbSize.QuadPart);
+}
+
 TEST_F(PrintWriteStreamToIStreamTest, WriteReturnsTheFailureToTellTheTimeAndWritesNothing) {
     const ComPtr<IStream> pAdapter = CreatePrintWriteStreamToIStream(m_pTarget.Get());
     g_clock.callsUntilFailure = 1;
@@ -118,7 +126,7 @@ TEST_F(PrintWriteStreamToIStreamTest, WriteReturnsTheFailureToTellTheTimeAndWrit
     EXPECT_EQ("", m_pTarget->Bytes());
 }
 
-TEST_F(PrintWriteStreamToIStreamTest, StatWithFlag1ReturnsNoNameAndAllocatesNothing) {
+TEST_F(PrintWriteStreamToIStreamTest, StatWithAnyFlagReturnsNoNameAndAllocatesNothing) {
     const ComPtr<IStream> pAdapter = CreatePrintWriteStreamToIStream(m_pTarget.Get());
     ExpectNoName(*pAdapter.Get());
     EXPECT_EQ(E_POINTER, pAdapter->Stat(nullptr, STATFLAG_NONAME));

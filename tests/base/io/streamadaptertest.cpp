@@ -82,11 +82,13 @@ void StreamAdapterTest::ExpectSameDescription(const STATSTG& record) {
 
 void StreamAdapterTest::ExpectNoName(IStream& stream) {
     STATSTG record;
-    FillMemory(&record, sizeof(record), 0xCC);
-    EXPECT_EQ(S_OK, stream.Stat(&record, STATFLAG_NONAME));
-    EXPECT_EQ(nullptr, record.pwcsName);
-    ExpectSameDescription(record);
-    EXPECT_EQ(std::vector<std::size_t>{}, g_allocator.sizes);
+    for (const DWORD flag : {DWORD{STATFLAG_NONAME}, DWORD{STATFLAG_NOOPEN}, DWORD{3}, DWORD{0x80000000}}) {
+        FillMemory(&record, sizeof(record), 0xCC);
+        EXPECT_EQ(S_OK, stream.Stat(&record, flag)) << flag;
+        EXPECT_EQ(nullptr, record.pwcsName) << flag;
+        ExpectSameDescription(record);
+        EXPECT_EQ(std::vector<std::size_t>{}, g_allocator.sizes) << flag;
+    }
 
     g_allocator.fails = true;
     FillMemory(&record, sizeof(record), 0xCC);

@@ -46,7 +46,7 @@ class StreamAdapterTest : public testing::Test {
     // A Stat with no flag, its name moved to pName.
     static STATSTG StatOf(IStream& stream, std::wstring* pName = nullptr);
     static void ExpectSameDescription(const STATSTG& record);
-    // Flag 1 and an allocation that fails.
+    // Any flag but 0, and an allocation that fails.
     static void ExpectNoName(IStream& stream);
 
     tests::CallRecorder m_calls;
