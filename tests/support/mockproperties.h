@@ -16,7 +16,8 @@
 namespace tests {
 
 // The pipeline's property bag; calls are noted as "GetProperty NAME". A name that was not set answers
-// E_ELEMENT_NOT_FOUND.
+// E_ELEMENT_NOT_FOUND. A call that is made to fail leaves the value behind all the same, for the caller to
+// clear.
 class MockPropertyBag : public MockObject<IPrintPipelinePropertyBag> {
   public:
     explicit MockPropertyBag(CallRecorder& calls) : m_calls(calls) {}
@@ -36,16 +37,15 @@ class MockPropertyBag : public MockObject<IPrintPipelinePropertyBag> {
     HRESULT STDMETHODCALLTYPE AddProperty(const wchar_t*, const VARIANT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetProperty(const wchar_t* name, VARIANT* pValue) override {
         const HRESULT hr = m_calls.Enter("GetProperty " + Narrow(name));
-        if (FAILED(hr)) return hr;
         const auto found = m_values.find(name);
-        if (found == m_values.end()) return E_ELEMENT_NOT_FOUND;
+        if (found == m_values.end()) return FAILED(hr) ? hr : E_ELEMENT_NOT_FOUND;
         const Value& value = found->second;
         VariantInit(pValue);
         pValue->vt = value.type;
         if (value.type == VT_BSTR) pValue->bstrVal = platform::Bstr(value.text).Detach();
         if (value.type == VT_UNKNOWN) pValue->punkVal = platform::ComPtr<IUnknown>(value.object).Detach();
         if (value.type == VT_BYREF) pValue->byref = value.handle;
-        return S_OK;
+        return hr;
     }
     BOOL STDMETHODCALLTYPE DeleteProperty(const wchar_t*) override { return FALSE; }
 
@@ -61,7 +61,8 @@ class MockPropertyBag : public MockObject<IPrintPipelinePropertyBag> {
     std::map<std::wstring, Value> m_values;
 };
 
-// The driver's property bag; calls are noted as "GetInt32 NAME" and "GetString NAME". Only these two work.
+// The driver's property bag; calls are noted as "GetInt32 NAME" and "GetString NAME". Only these two work. A
+// call that is made to fail leaves the value behind all the same, for the caller to free.
 class MockPrinterPropertyBag : public MockObject<IPrinterPropertyBag> {
   public:
     explicit MockPrinterPropertyBag(CallRecorder& calls) : m_calls(calls) {}
@@ -71,20 +72,18 @@ class MockPrinterPropertyBag : public MockObject<IPrinterPropertyBag> {
 
     HRESULT STDMETHODCALLTYPE GetInt32(BSTR name, LONG* pValue) override {
         const HRESULT hr = m_calls.Enter("GetInt32 " + Narrow(name));
-        if (FAILED(hr)) return hr;
         const auto found = m_numbers.find(name);
-        if (found == m_numbers.end()) return E_ELEMENT_NOT_FOUND;
+        if (found == m_numbers.end()) return FAILED(hr) ? hr : E_ELEMENT_NOT_FOUND;
         *pValue = found->second;
-        return S_OK;
+        return hr;
     }
     HRESULT STDMETHODCALLTYPE GetString(BSTR name, BSTR* pValue) override {
         *pValue = nullptr;
         const HRESULT hr = m_calls.Enter("GetString " + Narrow(name));
-        if (FAILED(hr)) return hr;
         const auto found = m_texts.find(name);
-        if (found == m_texts.end()) return E_ELEMENT_NOT_FOUND;
+        if (found == m_texts.end()) return FAILED(hr) ? hr : E_ELEMENT_NOT_FOUND;
         *pValue = platform::Bstr(found->second).Detach();
-        return S_OK;
+        return hr;
     }
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "mockproperties.h"
 #include "mockstreams.h"
 #include "platform/comptr.h"
+#include "thrown.h"
 
 namespace base::xps::filterpipeline {
 namespace {
@@ -70,6 +72,7 @@ class ListingFilter final : public XpsDocumentProviderFilterBase {
     explicit ListingFilter(tests::CallRecorder& calls)
         : XpsDocumentProviderFilterBase(std::make_unique<FakeTicketProvider>(calls)), m_calls(calls) {}
 
+    using XpsDocumentProviderFilterBase::DoOperation;
     using XpsDocumentProviderFilterBase::GetPrintTicketProvider;
 
   private:
@@ -93,14 +96,37 @@ class ListingFilter final : public XpsDocumentProviderFilterBase {
     std::vector<IUnknown*> m_parts;
 };
 
-// A part of two kinds, the one that is asked for first last.
-class TwoKinds final : public tests::MockObject<IFixedDocument, IXpsDocument> {
+// A part that is of the given kinds and of no other.
+class PartOfKinds final
+    : public tests::MockObject<IFixedPage, IFixedDocument, IFixedDocumentSequence, IXpsDocument> {
   public:
-    HRESULT STDMETHODCALLTYPE GetThumbnail(IPartThumbnail**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetThumbnail(IPartThumbnail*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetUri(BSTR*) override { return E_NOTIMPL; }
+    explicit PartOfKinds(std::vector<IID> kinds) : m_kinds(std::move(kinds)) {}
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
+        *ppObject = nullptr;
+        if (std::ranges::find(m_kinds, iid) == m_kinds.end()) return E_NOINTERFACE;
+        return ComIdentity::QueryInterface(iid, ppObject);
+    }
+
+    HRESULT STDMETHODCALLTYPE GetUri(BSTR* pUri) override {
+        *pUri = platform::Bstr(L"/part").Detach();
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE GetPrintTicket(IPartPrintTicket**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SetPrintTicket(IPartPrintTicket*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetThumbnail(IPartThumbnail**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetThumbnail(IPartThumbnail*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetStream(IPrintReadStream**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetPartCompression(EXpsCompressionOptions*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetPartCompression(EXpsCompressionOptions) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetPagePart(const wchar_t*, IUnknown**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetWriteStream(IPrintWriteStream**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetPagePart(IUnknown*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE DeleteResource(const wchar_t*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetXpsPartIterator(IXpsPartIterator**) override { return E_NOTIMPL; }
+
+  private:
+    const std::vector<IID> m_kinds;
 };
 
 class PartLoopTest : public tests::DomTest {
@@ -113,6 +139,12 @@ class PartLoopTest : public tests::DomTest {
         m_pCommunicator->SetReader(m_pReader.Get());
     }
 
+    // A new reader without parts and a new filter.
+    void Renew() {
+        m_pReader = MakeMock<tests::MockDocumentProvider>(m_calls);
+        m_pCommunicator->SetReader(m_pReader.Get());
+        m_pFilter = ComPtr<ListingFilter>::Adopt(new ListingFilter(m_calls));
+    }
     HRESULT Run() {
         EXPECT_EQ(S_OK, m_pFilter->InitializeFilter(m_pCommunicator.Get(), m_pBag.Get(), m_pControl.Get()));
         m_calls.Clear();
@@ -175,8 +207,34 @@ TEST_F(PartLoopTest, EachPartGoesFirstToTheTicketProviderAndThenToTheHandlerOfIt
     EXPECT_EQ(1u, pOther->References());
 }
 
+TEST_F(PartLoopTest, APartOfTwoKindsIsTakenForTheOneThatStandsFirstInTheOrderOfTheQueries) {
+    struct Kind {
+        IID iid;
+        Calls handled;
+    };
+    const std::vector<Kind> kinds = {
+        {__uuidof(IXpsDocument), {"OnXpsDocument"}},
+        {__uuidof(IFixedDocumentSequence), {"SetJobTicket /part", "OnFixedDocumentSequence"}},
+        {__uuidof(IFixedDocument), {"SetDocumentTicket /part", "OnFixedDocument"}},
+        {__uuidof(IFixedPage), {"SetPageTicket /part", "OnFixedPage"}}};
+    for (std::size_t first = 0; first < kinds.size(); ++first) {
+        for (std::size_t second = first + 1; second < kinds.size(); ++second) {
+            SCOPED_TRACE(kinds[first].handled.back() + " before " + kinds[second].handled.back());
+            Renew();
+            const auto pPart = MakeMock<PartOfKinds>(std::vector{kinds[first].iid, kinds[second].iid});
+            m_pReader->Add(static_cast<IXpsDocument*>(pPart.Get()));
+            EXPECT_EQ(S_OK, Run());
+            const Calls handled = Joined({"GetXpsPart"}, kinds[first].handled);
+            EXPECT_EQ(OpenedThen(Joined(handled, {"GetXpsPart", "Close provider"})), m_calls.Calls());
+            EXPECT_EQ(1u, pPart->References());
+        }
+    }
+}
+
 TEST_F(PartLoopTest, APartThatIsBothAnIXpsDocumentAndSomethingElseGoesToOnXpsDocumentOnly) {
-    const auto pPart = MakeMock<TwoKinds>();
+    const auto pPart =
+        MakeMock<PartOfKinds>(std::vector<IID>{__uuidof(IFixedPage), __uuidof(IFixedDocument),
+                                               __uuidof(IFixedDocumentSequence), __uuidof(IXpsDocument)});
     m_pReader->Add(static_cast<IFixedDocument*>(pPart.Get()));
     EXPECT_EQ(S_OK, Run());
     EXPECT_EQ(OpenedThen({"GetXpsPart", "OnXpsDocument", "GetXpsPart", "Close provider"}), m_calls.Calls());
@@ -267,6 +325,12 @@ TEST_F(PartLoopTest, AMissingReaderIsALogicErrorAfterThePipelineWasAskedToShutDo
         m_calls.Calls());
 }
 
+TEST_F(PartLoopTest, AMissingReaderThrowsALogicErrorWithABareMessage) {
+    m_pCommunicator->SetReader(nullptr);
+    EXPECT_EQ(S_OK, m_pFilter->InitializeFilter(m_pCommunicator.Get(), m_pBag.Get(), m_pControl.Get()));
+    EXPECT_EQ("m_pReader could not get.", tests::Thrown<std::logic_error>([&] { m_pFilter->DoOperation(); }));
+}
+
 TEST_F(PartLoopTest, AFailureToCloseTheTicketProviderDoesNotChangeTheResult) {
     EXPECT_EQ(S_OK, m_pFilter->InitializeFilter(m_pCommunicator.Get(), m_pBag.Get(), m_pControl.Get()));
     m_calls.Clear();
@@ -291,14 +355,12 @@ TEST_F(PartLoopTest, WhateverCallFailsTheOperationEndsWithItsCodeReportedOnce) {
     for (bool failed = true; failed;) {
         // The run makes 22 calls.
         ASSERT_LT(nth, 23u);
-        m_pReader = MakeMock<tests::MockDocumentProvider>(m_calls);
+        Renew();
         m_pReader->Add(MakeMock<tests::MockXpsDocument>().Get());
         m_pReader->Add(MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/s.fdseq").Get());
         m_pReader->Add(MakeMock<tests::MockFixedDocument>(m_calls, L"/d.fdoc").Get());
         m_pReader->Add(MakeMock<tests::MockFixedPage>(m_calls, L"/1.fpage", "<FixedPage/>").Get());
         m_pReader->Add(MakeMock<tests::MockUnknown>().Get());
-        m_pCommunicator->SetReader(m_pReader.Get());
-        m_pFilter = ComPtr<ListingFilter>::Adopt(new ListingFilter(m_calls));
         ASSERT_EQ(S_OK, m_pFilter->InitializeFilter(m_pCommunicator.Get(), m_pBag.Get(), m_pControl.Get()));
         m_calls.Clear();
         m_calls.FailNth(++nth, kCode);

@@ -169,8 +169,15 @@ TEST_F(XpsFilterBaseTest, ADriverPropertyBagThatCannotBeReadYieldsSOkWithAnEmpty
         EXPECT_EQ(S_OK, Initialize()) << what;
         EXPECT_EQ(L"", PrivatePrefix()) << what;
     };
-    m_pBag->SetObject(L"DriverPropertyBag", MakeMock<tests::MockPrinterPropertyBag>(m_calls).Get());
+    const auto pDriverBag = MakeMock<tests::MockPrinterPropertyBag>(m_calls);
+    m_pBag->SetObject(L"DriverPropertyBag", pDriverBag.Get());
     expectEmpty("no such string");
+    pDriverBag->SetText(L"KoraNsPrefix", L"krk");
+    m_calls.Fail("GetString KoraNsPrefix", E_FAIL);
+    expectEmpty("a string that fails to be read and is left behind");
+    m_calls.Fail("GetProperty DriverPropertyBag", E_FAIL);
+    expectEmpty("a bag that fails to be read and is left behind");
+    EXPECT_EQ(2u, pDriverBag->References());
     m_pBag->SetObject(L"DriverPropertyBag", MakeMock<tests::MockUnknown>().Get());
     expectEmpty("another kind of object");
     m_pBag->SetObject(L"DriverPropertyBag", nullptr);
