@@ -57,6 +57,7 @@ class TestedFilter final : public PageValidateXpsFilter {
   public:
     using PageValidateXpsFilter::PageValidateXpsFilter;
 
+    using PageValidateXpsFilter::DoOperation;
     using PageValidateXpsFilter::OnFixedDocument;
     using PageValidateXpsFilter::OnFixedDocumentSequence;
     using PageValidateXpsFilter::OnFixedPage;

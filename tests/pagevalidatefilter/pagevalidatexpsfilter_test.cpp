@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "base/logging/exceptions.h"
 #include "pagevalidatefilter/filterjob.h"
 #include "pagevalidatefilter/module.h"
+#include "thrown.h"
 
 namespace pagevalidatefilter {
 namespace {
@@ -144,6 +144,11 @@ TEST_F(PageValidateXpsFilterTest, AMissingWriterIsALogicErrorBeforeTheTicketsAre
               m_calls.Calls());
 }
 
+TEST_F(PageValidateXpsFilterTest, AMissingWriterThrowsALogicErrorWithABareMessage) {
+    m_pCommunicator->SetWriter(nullptr);
+    EXPECT_EQ("m_pWriter could not get.", tests::Thrown<std::logic_error>([&] { m_pFilter->DoOperation(); }));
+}
+
 TEST_F(PageValidateXpsFilterTest, AWriterThatCannotBeClosedGivesTheResultAndIsNotReported) {
     m_calls.Fail("CloseSender", RPC_E_DISCONNECTED);
     EXPECT_EQ(RPC_E_DISCONNECTED, Run());
@@ -166,19 +171,13 @@ TEST_F(PageValidateXpsFilterTest, TheWriterIsHeldUntilTheFilterGoes) {
     EXPECT_EQ(1u, m_pCommunicator->References());
 }
 
-// The message of the std::invalid_argument that the handler throws, with its file and without its line.
+// What the handler throws for a null part.
 std::string Refusal(const std::function<void()>& handler) {
-    try {
-        handler();
-    } catch (const std::invalid_argument& error) {
-        const std::string message = error.what();
-        return message.substr(0, message.find('(')) + message.substr(message.find(") : ") + 1);
-    }
-    return "nothing was thrown";
+    return tests::Thrown<std::invalid_argument>(handler);
 }
 
 TEST_F(PageValidateXpsFilterTest, EachHandlerRefusesANullPartWithItsMessage) {
-    const std::string file = "pagevalidatefilter/pagevalidatexpsfilter.cpp : ";
+    const std::string file = "pagevalidatefilter/pagevalidatexpsfilter.cpp(LINE) : ";
     EXPECT_EQ(file + "pXpsDocument is null.\n", Refusal([&] { m_pFilter->OnXpsDocument(nullptr); }));
     EXPECT_EQ(file + "pFixedDocSequence is null.\n",
               Refusal([&] { m_pFilter->OnFixedDocumentSequence(nullptr); }));
