@@ -1,38 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
 #include <string>
 
+#include "failingallocation.h"
 #include "pagevalidatefilter/filterjob.h"
 #include "pagevalidatefilter/module.h"
 #include "pagevalidatefilter/pagevalidatexpsfilter.h"
 #include "platform/comptr.h"
-
-namespace {
-
-// How many more allocations of this thread succeed before one fails; none fails while it is negative.
-thread_local long g_allocationsLeft = -1;
-thread_local bool g_hasFailed = false;
-
-void* Allocate(std::size_t size) noexcept {
-    if (g_allocationsLeft == 0 && !g_hasFailed) {
-        g_hasFailed = true;
-        return nullptr;
-    }
-    if (g_allocationsLeft > 0) --g_allocationsLeft;
-    return std::malloc(size == 0 ? 1 : size);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    if (void* pBlock = Allocate(size)) return pBlock;
-    throw std::bad_alloc();
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void operator delete(void* pBlock) noexcept { std::free(pBlock); }
-void operator delete(void* pBlock, std::size_t) noexcept { std::free(pBlock); }
 
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** ppObject);
 
@@ -40,20 +14,7 @@ namespace pagevalidatefilter {
 namespace {
 
 using platform::ComPtr;
-
-// Fails the nth allocation that this thread makes while the object lives.
-class FailingAllocation {
-  public:
-    explicit FailingAllocation(long nth) {
-        g_hasFailed = false;
-        g_allocationsLeft = nth - 1;
-    }
-    FailingAllocation(const FailingAllocation&) = delete;
-    FailingAllocation& operator=(const FailingAllocation&) = delete;
-    ~FailingAllocation() { g_allocationsLeft = -1; }
-
-    [[nodiscard]] bool HasFailed() const noexcept { return g_hasFailed; }
-};
+using tests::FailingAllocation;
 
 TEST(AllocationFailureTest, DllGetClassObjectAnswersOutOfMemoryAndLeavesTheModuleCountAsItWas) {
     void* pFactory = &pFactory;

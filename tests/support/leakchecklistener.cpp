@@ -1,13 +1,25 @@
 #include "leakchecklistener.h"
 
+#include "livecount.h"
 #include "mockobject.h"
 
 namespace tests {
+namespace {
 
-void LeakCheckListener::OnTestStart(const testing::TestInfo&) { m_liveBefore = g_liveMocks; }
+const LiveCount kMocks("mock objects", [] { return static_cast<long>(g_liveMocks); });
+
+}  // namespace
+
+void LeakCheckListener::OnTestStart(const testing::TestInfo&) {
+    m_liveBefore.clear();
+    for (const LiveCount::Kind& kind : LiveCount::Kinds()) m_liveBefore.push_back(kind.count());
+}
 
 void LeakCheckListener::OnTestEnd(const testing::TestInfo&) {
-    EXPECT_EQ(m_liveBefore, g_liveMocks) << "mock objects are still alive";
+    const std::vector<LiveCount::Kind>& kinds = LiveCount::Kinds();
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        EXPECT_EQ(m_liveBefore[i], kinds[i].count()) << kinds[i].what << " are still alive";
+    }
 }
 
 }  // namespace tests

@@ -2,16 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace tests {
 
-// Fails a test after which more mock objects live than before it.
+// Fails a test after which more, or fewer, mock objects or objects of another LiveCount live than before it.
 class LeakCheckListener : public testing::EmptyTestEventListener {
   public:
     void OnTestStart(const testing::TestInfo& test) override;
     void OnTestEnd(const testing::TestInfo& test) override;
 
   private:
-    int m_liveBefore = 0;
+    std::vector<long> m_liveBefore;
 };
 
 }  // namespace tests

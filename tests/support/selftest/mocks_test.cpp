@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "callrecorder.h"
+#include "devkit/msxml/domdocument.h"
 #include "leakchecklistener.h"
 #include "mockobject.h"
 #include "mockparts.h"
@@ -16,6 +17,17 @@ TEST(LeakCheckListenerTest, FailsATestThatLeavesAMockAlive) {
     listener.OnTestStart(thisTest);
     auto pLeaked = MakeMock<MockUnknown>();
     EXPECT_NONFATAL_FAILURE(listener.OnTestEnd(thisTest), "mock objects are still alive");
+    pLeaked.Reset();
+    listener.OnTestEnd(thisTest);
+}
+
+TEST(LeakCheckListenerTest, FailsATestThatLeavesAnObjectOfTheKitAlive) {
+    const testing::TestInfo& thisTest = *testing::UnitTest::GetInstance()->current_test_info();
+    LeakCheckListener listener;
+    listener.OnTestStart(thisTest);
+    platform::ComPtr<IUnknown> pLeaked;
+    ASSERT_EQ(S_OK, devkit::msxml::CreateDomDocument(__uuidof(IUnknown), pLeaked.PutVoid()));
+    EXPECT_NONFATAL_FAILURE(listener.OnTestEnd(thisTest), "objects of the kit's DOM are still alive");
     pLeaked.Reset();
     listener.OnTestEnd(thisTest);
 }
