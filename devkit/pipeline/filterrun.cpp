@@ -245,6 +245,7 @@ void FilterRun::State::WaitForEnd() {
             shutdownStarted = true;
             deadline = Clock::now() + options.stopTimeout;
             StartShutdown();
+            changed.notify_all();
         }
         if (deadline == Clock::time_point::max()) {
             changed.wait(guard);
@@ -273,8 +274,9 @@ void FilterRun::State::PartAsked(unsigned number) {
     std::unique_lock guard(lock);
     cancelWanted = true;
     changed.notify_all();
-    if (options.cancelConcurrently) return;
-    changed.wait_for(guard, kShutdownFirst, [this] { return shutdownOperation.has_value(); });
+    changed.wait_for(guard, kShutdownFirst, [this] {
+        return options.cancelConcurrently ? shutdownStarted : shutdownOperation.has_value();
+    });
 }
 
 void FilterRun::State::CallOnPart(unsigned number) {

@@ -56,8 +56,8 @@ struct RunOptions {
     Apartment apartment = Apartment::None;
     LastRelease lastRelease = LastRelease::Caller;
     // ShutdownOperation comes from another thread when part N (from 1) is asked for; 0: never. The
-    // provider waits with its answer until ShutdownOperation has returned, at most one second, or does not
-    // wait at all when `cancelConcurrently` is set.
+    // provider waits with its answer until ShutdownOperation has returned or, when `cancelConcurrently` is
+    // set, until it is about to be called; at most one second.
     unsigned cancelAt = 0;
     bool cancelConcurrently = false;
     // How long StartOperation may take to return after ShutdownOperation.
