@@ -1,5 +1,5 @@
-// What nearly every source of the product and the kit reads, compiled once (PAGEVALIDATE_PRECOMPILE). A source still
-// includes what it uses: ./test.sh --clang and --tidy compile without this file.
+// What nearly every source of the product and the kit reads, compiled once (PAGEVALIDATE_PRECOMPILE). A
+// source still includes what it uses: ./test.sh --clang and --tidy compile without this file.
 #include "platform/windows.h"
 
 #include <algorithm>

@@ -18,7 +18,9 @@ Json NameOrNull(const PartPtr& part) { return part == nullptr ? Json() : Json(pa
 
 Json WidthOf(const std::optional<package::PageDimensions>& page) { return page ? Json(page->width) : Json(); }
 
-Json HeightOf(const std::optional<package::PageDimensions>& page) { return page ? Json(page->height) : Json(); }
+Json HeightOf(const std::optional<package::PageDimensions>& page) {
+    return page ? Json(page->height) : Json();
+}
 
 Json ShutdownOf(const RunOutcome& outcome) {
     return outcome.shutdownCodes.empty() ? Json() : Json(common::HexOf(outcome.shutdownCodes.front()));

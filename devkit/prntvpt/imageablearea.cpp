@@ -53,7 +53,7 @@ Margins TurnMargins(const Margins& sheet, Orientation orientation) {
 }
 
 std::optional<PageDimensions> ComputeGeometry(const Device& device, const Element& ticket,
-                                            bool orientationCounts) {
+                                              bool orientationCounts) {
     const Element* const pSheet = SelectedOption(ticket, "PageMediaSize");
     if (pSheet == nullptr) return std::nullopt;
     std::optional<std::int64_t> width = Length(*pSheet, "MediaSizeWidth", ticket);
@@ -67,11 +67,11 @@ std::optional<PageDimensions> ComputeGeometry(const Device& device, const Elemen
     const Margins margins = TurnMargins(MarginsOf(device, *pSheet), orientation);
     // A sheet that is all margin still has an extent, because capabilities must not state none.
     return PageDimensions{*width,
-                        *height,
-                        margins.left,
-                        margins.top,
-                        std::max<std::int64_t>(*width - margins.left - margins.right, 1),
-                        std::max<std::int64_t>(*height - margins.top - margins.bottom, 1)};
+                          *height,
+                          margins.left,
+                          margins.top,
+                          std::max<std::int64_t>(*width - margins.left - margins.right, 1),
+                          std::max<std::int64_t>(*height - margins.top - margins.bottom, 1)};
 }
 
 }  // namespace devkit::prntvpt

@@ -28,6 +28,6 @@ enum class Orientation { Portrait, Landscape, ReversePortrait, ReverseLandscape 
 // The geometry of the sheet that a valid ticket selects; nothing when its size cannot be told. When
 // `orientationCounts` is false the page is that of the sheet in portrait.
 [[nodiscard]] std::optional<PageDimensions> ComputeGeometry(const Device& device, const Element& ticket,
-                                                          bool orientationCounts);
+                                                            bool orientationCounts);
 
 }  // namespace devkit::prntvpt
