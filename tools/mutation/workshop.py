@@ -26,12 +26,24 @@ class Plan:
     def __init__(self, build, sources, programs):
         self.build = build
         self.sources = sources  # the product's folder
-        self.programs = {name: build.program(name) for name in programs}
         self.libraries = {}  # DLLs that programs load: what they are linked of
-        for program in self.programs.values():
+        self.programs = {}
+        for name in programs:
+            program = build.program(name)
             for loaded in program.loads:
                 if loaded.endswith(".dll") and loaded not in self.libraries:
                     self.libraries[loaded] = build.program(loaded)
+            if self.tests_product(program):
+                self.programs[name] = program
+
+    def tests_product(self, program):
+        """Whether it links the product or a DLL made of it, or has the tests of headers."""
+        loaded = [self.libraries[name] for name in program.loads if name in self.libraries]
+        if any(map(self.product_archives, [program, *loaded])):
+            return True
+        folders = {os.path.dirname(self.build.compile_commands[name][0]) for name in program.objects}
+        return any(os.path.isdir(os.path.join(self.build.root, self.sources, os.path.relpath(folder, "tests")))
+                   for folder in folders if folder.startswith("tests/"))
 
     def members(self, program):
         return {*program.objects, *(member for archive in program.libraries.values() for member in archive)}
