@@ -1,5 +1,7 @@
 #include <benchmark/benchmark.h>
 
+#include <utility>
+
 #include "base/xps/fixedpagesaxconvertor.h"
 #include "bench/glyphpage.h"
 
@@ -8,24 +10,31 @@ namespace {
 
 constexpr std::int64_t kMegabyte = 1024 * 1024;
 
-void Report(benchmark::State& state, std::uint64_t bytesPerPage) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(bytesPerPage) * state.iterations());
-}
-
 void Floor(benchmark::State& state) {
     GlyphPageStream page(static_cast<std::uint64_t>(state.range(0) * kMegabyte));
     for (auto _ : state) ParseOnly(page);
-    Report(state, page.Size());
+    state.SetBytesProcessed(static_cast<std::int64_t>(page.Size()) * state.iterations());
 }
 
 void Rewrite(benchmark::State& state) {
     GlyphPage page(static_cast<std::uint64_t>(state.range(0) * kMegabyte));
     for (auto _ : state) base::xps::FixedPageSaxConvertor().Convert(page);
-    Report(state, page.m_input.Size());
+    state.SetBytesProcessed(static_cast<std::int64_t>(page.m_input.Size()) * state.iterations());
 }
 
-BENCHMARK(Floor)->ArgName("MB")->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(Rewrite)->ArgName("MB")->Arg(1)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond)->UseRealTime();
+// Each floor right before what it is the floor of.
+const bool g_registered = [] {
+    for (const std::int64_t size : {1, 10, 100}) {
+        for (const auto& [name, run] : {std::pair("Floor", &Floor), std::pair("Rewrite", &Rewrite)}) {
+            benchmark::RegisterBenchmark(name, run)
+                ->ArgName("MB")
+                ->Arg(size)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+        }
+    }
+    return true;
+}();
 
 }  // namespace
 }  // namespace bench
