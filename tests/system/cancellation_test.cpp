@@ -4,7 +4,7 @@ namespace systemtest {
 namespace {
 
 using devkit::pipeline::AfterCancel;
-using devkit::pipeline::JobCancelled;
+using devkit::pipeline::kJobCancelled;
 using devkit::pipeline::RunOptions;
 using devkit::pipeline::RunOutcome;
 
@@ -30,8 +30,8 @@ class CancellationTest : public FilterTest {
         EXPECT_FALSE(outcome.IsWhole());
         const bool isRefused =
             after == AfterCancel::FailGetXpsPart || (after == AfterCancel::KeepGiving && part != kQuestions);
-        EXPECT_EQ(isRefused ? JobCancelled : S_OK, outcome.result);
-        EXPECT_EQ(isRefused ? std::vector<HRESULT>{JobCancelled} : std::vector<HRESULT>{},
+        EXPECT_EQ(isRefused ? kJobCancelled : S_OK, outcome.result);
+        EXPECT_EQ(isRefused ? std::vector<HRESULT>{kJobCancelled} : std::vector<HRESULT>{},
                   outcome.shutdownCodes);
         EXPECT_EQ(part - 1, outcome.parts.size());
         ExpectNothingLeft(outcome);

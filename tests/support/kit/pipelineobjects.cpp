@@ -1,10 +1,9 @@
-#include "devkit/pipeline/runcontext.h"
+#include "devkit/common/countedobject.h"
 #include "livecount.h"
 
 namespace {
 
-const tests::LiveCount kPipelineObjects("objects of the kit's pipeline", [] {
-    return static_cast<long>(devkit::pipeline::LiveObjectCount());
-});
+const tests::LiveCount kKitObjects("objects of the kit",
+                                   [] { return static_cast<long>(devkit::common::LiveObjectCount()); });
 
 }  // namespace
