@@ -44,7 +44,7 @@ std::string PageTicket(const char* color) {
                R"( xmlns:psk="http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords">)"
                R"(<psf:Feature name="psk:PageOrientation"><psf:Option name="psk:Portrait"/></psf:Feature>)"
                R"(<psf:Feature name="psk:PageOutputColor"><psf:Option name="psk:)") +
-           color + R"("/></psf:Option></psf:Feature></psf:PrintTicket>)";
+           color + R"("/></psf:Feature></psf:PrintTicket>)";
 }
 
 ComPtr<IXMLDOMDocument2> LoadFrom(IStream* pStream) {
