@@ -4,19 +4,12 @@
 
 #include <source_location>
 #include <stdexcept>
-#include <string>
 #include <string_view>
 
 #include "base/logging/exceptions.h"
+#include "base/logging/log.h"
 
 namespace base::logging {
-
-// The throwing file's path relative to the source root, so that a message does not depend on where it was
-// built.
-[[nodiscard]] const char* SourcePath(const std::source_location& where) noexcept;
-
-// "FILE(LINE) : MESSAGE\n" for the place that is given.
-[[nodiscard]] std::string Located(std::string_view message, const std::source_location& where);
 
 // Throws Exception with the located message.
 template <typename Exception>

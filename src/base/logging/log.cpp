@@ -4,8 +4,6 @@
 #include <cwchar>
 #include <stdexcept>
 
-#include "base/logging/check.h"
-
 namespace base::logging {
 namespace {
 
@@ -32,14 +30,14 @@ int Print(wchar_t* buffer, std::size_t count, const wchar_t* format, va_list arg
 
 template <typename Character>
 std::basic_string<Character> FormatInto(const Character* format, va_list arguments) {
-    if (format == nullptr) Throw<std::invalid_argument>("pMessage is null.");
+    if (format == nullptr) throw std::invalid_argument(Located("pMessage is null."));
     ArgumentsCopy measured(arguments);
     const int length = Measure(format, measured.m_arguments);
-    if (length < 0) Throw<std::runtime_error>("the format cannot be printed.");
+    if (length < 0) throw std::runtime_error(Located("the format cannot be printed."));
     std::basic_string<Character> text(static_cast<std::size_t>(length), Character());
     // A string's storage has room for the terminator behind its last character.
     if (Print(text.data(), text.size() + 1, format, arguments) != length) {
-        Throw<std::runtime_error>("the format cannot be printed.");
+        throw std::runtime_error(Located("the format cannot be printed."));
     }
     return text;
 }
@@ -50,7 +48,7 @@ std::string FormatV(const char* format, va_list arguments) { return FormatInto(f
 std::wstring FormatV(const wchar_t* format, va_list arguments) { return FormatInto(format, arguments); }
 
 std::string Format(const char* format, ...) {
-    if (format == nullptr) Throw<std::invalid_argument>("pMessage is null");
+    if (format == nullptr) throw std::invalid_argument(Located("pMessage is null"));
     va_list started;
     va_start(started, format);
     ArgumentsCopy arguments(started);
@@ -59,12 +57,28 @@ std::string Format(const char* format, ...) {
 }
 
 std::wstring Format(const wchar_t* format, ...) {
-    if (format == nullptr) Throw<std::invalid_argument>("pMessage is null");
+    if (format == nullptr) throw std::invalid_argument(Located("pMessage is null"));
     va_list started;
     va_start(started, format);
     ArgumentsCopy arguments(started);
     va_end(started);
     return FormatV(format, arguments.m_arguments);
+}
+
+const char* SourcePath(const std::source_location& where) noexcept {
+    const std::string_view path = where.file_name();
+    for (std::size_t end = path.size(); (end = path.rfind("src", end)) != std::string_view::npos; --end) {
+        const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
+        const bool startsHere = end == 0 || isSeparator(path[end - 1]);
+        if (startsHere && end + 3 < path.size() && isSeparator(path[end + 3])) return path.data() + end + 4;
+        if (end == 0) break;
+    }
+    return path.data();
+}
+
+std::string Located(std::string_view message, const std::source_location& where) {
+    return Format("%s(%d) : %s\n", SourcePath(where), static_cast<int>(where.line()),
+                  std::string(message).c_str());
 }
 
 }  // namespace base::logging

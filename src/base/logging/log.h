@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdarg>
+#include <source_location>
 #include <string>
+#include <string_view>
 
 namespace base::logging {
 
@@ -16,5 +18,13 @@ std::string Format(const char* format, ...)
 std::wstring Format(const wchar_t* format, ...);
 std::string FormatV(const char* format, va_list arguments);
 std::wstring FormatV(const wchar_t* format, va_list arguments);
+
+// The throwing file's path relative to the source root, so that a message does not depend on where it was
+// built.
+[[nodiscard]] const char* SourcePath(const std::source_location& where) noexcept;
+
+// "FILE(LINE) : MESSAGE\n" for the place that is given.
+[[nodiscard]] std::string Located(std::string_view message,
+                                  const std::source_location& where = std::source_location::current());
 
 }  // namespace base::logging
