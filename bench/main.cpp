@@ -11,7 +11,7 @@
 #include "base/xps/fixedpagesaxconvertor.h"
 #include "bench/glyphpage.h"
 #include "closingline.h"
-#include "devkit/msxml/domregistration.h"
+#include "devkit/msxml/com/domregistration.h"
 
 namespace {
 

@@ -8,6 +8,7 @@ processes worked is measured again. When that does not help, it says so, prints 
 import argparse
 import json
 import os
+import re
 import statistics
 import subprocess
 import sys
@@ -155,7 +156,7 @@ class Bench:
             with open(path, encoding="utf-8") as file:
                 for run in json.load(file)["benchmarks"]:
                     if run["run_type"] == "iteration" and not run.get("error_occurred"):
-                        name = run["run_name"].removesuffix("/real_time").removesuffix("/manual_time")
+                        name = re.sub(r"/(real_time|manual_time|iterations:\d+)", "", run["run_name"])
                         times.setdefault(name, []).append(run["real_time"])
         return times
 

@@ -16,7 +16,7 @@
 #include "devkit/filterhost/summary.h"
 #include "devkit/filterhost/ticketprovider.h"
 #include "devkit/filterhost/usageerror.h"
-#include "devkit/msxml/domregistration.h"
+#include "devkit/msxml/com/domregistration.h"
 
 namespace devkit::filterhost {
 namespace {

@@ -1,7 +1,6 @@
 #include "devkit/prntvpt/provider.h"
 
 #include "devkit/prntvpt/delay.h"
-#include "devkit/prntvpt/providerrun.h"
 #include "devkit/prntvpt/text.h"
 
 namespace devkit::prntvpt {

@@ -2,9 +2,12 @@
 
 #include "platform/windows.h"
 
+#include <exception>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
+#include <utility>
 
 #include "devkit/prntvpt/calllog.h"
 #include "devkit/prntvpt/configuration.h"
@@ -67,5 +70,25 @@ class Provider {
     CallLog m_log;
     HandleRegistry m_handles;
 };
+
+template <typename Body>
+HRESULT Provider::Run(const char* function, const Body& body) noexcept {
+    try {
+        LoggedCall call = m_log.Begin(function);
+        try {
+            call.result = body(call);
+        } catch (const std::bad_alloc&) {
+            call.result = E_OUTOFMEMORY;
+        } catch (const std::exception& error) {
+            m_log.Note(std::string(function) + ": " + error.what());
+            call.result = E_UNEXPECTED;
+        }
+        const HRESULT result = call.result;
+        m_log.Add(std::move(call));
+        return result;
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
 
 }  // namespace devkit::prntvpt

@@ -6,8 +6,8 @@
 
 #include <optional>
 
-#include "devkit/msxml/domdocument.h"
-#include "devkit/msxml/domregistration.h"
+#include "devkit/msxml/com/domdocument.h"
+#include "devkit/msxml/com/domregistration.h"
 
 namespace tests {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "devkit/msxml/domdocument.h"
+#include "devkit/msxml/com/domdocument.h"
 
 namespace systemtest {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "devkit/msxml/domregistration.h"
+#include "devkit/msxml/com/domregistration.h"
 #include "devkit/package/xpsdocument.h"
 #include "devkit/pipeline/filterrun.h"
 #include "devkit/prntvpt/simulatedprovider.h"

@@ -25,8 +25,9 @@
 #include "base/xps/filterpipeline/defaultprinttickets.h"
 #include "base/xps/printschema/printschemahandler.h"
 #include "base/xps/printschema/printticketprovider.h"
+#include "base/xps/printschema/ticketdocument.h"
 #include "callrecorder.h"
-#include "devkit/msxml/domregistration.h"
+#include "devkit/msxml/com/domregistration.h"
 #include "devkit/prntvpt/simulatedprovider.h"
 #include "mockparts.h"
 #include "platform/bstr.h"
@@ -134,7 +135,12 @@ class Job {
 };
 
 void Save(IXMLDOMDocument2* pTicket, const fs::path& file) {
-    ThrowIfFailed(pTicket->save(platform::Variant(file.wstring()).Get()));
+    ComPtr<IStream> pStream;
+    ThrowIfFailed(CreateStreamOnHGlobal(nullptr, TRUE, pStream.Put()));
+    ThrowIfFailed(pTicket->save(platform::Variant(static_cast<IUnknown*>(pStream.Get())).Get()));
+    std::string bytes;
+    ThrowIfFailed(base::xps::printschema::ReadTicketBytes(pStream.Get(), bytes));
+    std::ofstream(file, std::ios::binary) << bytes;
 }
 
 void MergeFile(const fs::path& file, const std::string& baseTicket, const fs::path& out) {

@@ -17,14 +17,14 @@ namespace devkit::msxml::tests {
 template <typename Interface>
 class ScriptedStream : public Interface {
   public:
-    static constexpr int never = std::numeric_limits<int>::max();
+    static constexpr int kNever = std::numeric_limits<int>::max();
 
     explicit ScriptedStream(std::string_view content = {}) : m_content(content) {}
-    ~ScriptedStream() { EXPECT_EQ(m_references, 1U) << "references to the stream are left"; }
+    ~ScriptedStream() { EXPECT_EQ(1U, m_references) << "references to the stream are left"; }
 
-    ULONG step = 0xFFFFFFFF;  // the most that one call takes or gives
-    HRESULT success = S_OK;   // what a call that works returns
-    int failingCall = never;  // the call that fails, counted from 1
+    ULONG step = 0xFFFFFFFF;   // the most that one call takes or gives
+    HRESULT success = S_OK;    // what a call that works returns
+    int failingCall = kNever;  // the call that fails, counted from 1
     HRESULT failure = STG_E_READFAULT;
     int calls = 0;
     std::string written;

@@ -1,4 +1,4 @@
-#include "devkit/msxml/domdocument.h"
+#include "devkit/msxml/com/domdocument.h"
 #include "livecount.h"
 
 namespace {

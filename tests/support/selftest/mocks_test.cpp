@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "callrecorder.h"
-#include "devkit/msxml/domdocument.h"
+#include "devkit/msxml/com/domdocument.h"
 #include "leakchecklistener.h"
 #include "mockobject.h"
 #include "mockparts.h"

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "devkit/msxml/domdocument.h"
-#include "devkit/msxml/domregistration.h"
+#include "devkit/msxml/com/domdocument.h"
+#include "devkit/msxml/com/domregistration.h"
 
 namespace tests {
 
