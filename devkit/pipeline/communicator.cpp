@@ -6,31 +6,31 @@
 
 namespace devkit::pipeline {
 
-Communicator::Communicator(ContextPtr context, platform::ComPtr<DocumentProvider> provider,
-                           platform::ComPtr<DocumentConsumer> consumer)
+Communicator::Communicator(ContextPtr context, StreamEnd reader, StreamEnd writer)
     : ComIdentity(std::move(context), "Communicator"),
-      m_provider(std::move(provider)),
-      m_consumer(std::move(consumer)) {}
+      m_reader(std::move(reader)),
+      m_writer(std::move(writer)) {}
 
 HRESULT Communicator::RequestReader(void** ppReader) {
-    return Request("IInterFilterCommunicator::RequestReader", Context().GetBehaviour().reader,
-                   static_cast<IXpsDocumentProvider*>(m_provider.Get()), ppReader);
+    return Request("IInterFilterCommunicator::RequestReader", Context().GetBehaviour().reader, m_reader,
+                   ppReader);
 }
 
 HRESULT Communicator::RequestWriter(void** ppWriter) {
     const HRESULT hr = Request("IInterFilterCommunicator::RequestWriter", Context().GetBehaviour().writer,
-                               static_cast<IXpsDocumentConsumer*>(m_consumer.Get()), ppWriter);
+                               m_writer, ppWriter);
     if (SUCCEEDED(hr) && *ppWriter != nullptr) m_writerGiven = true;
     return hr;
 }
 
-template <typename Interface>
-HRESULT Communicator::Request(const char* method, StreamKind kind, Interface* pStream, void** ppStream) {
+HRESULT Communicator::Request(const char* method, StreamKind kind, const StreamEnd& end, void** ppStream) {
     if (ppStream == nullptr) return E_POINTER;
     *ppStream = nullptr;
     return common::Guarded([&]() -> HRESULT {
         if (const HRESULT hr = Context().Calls().Enter(method); FAILED(hr)) return hr;
-        if (kind != StreamKind::None) *ppStream = platform::ComPtr<Interface>(pStream).Detach();
+        if (kind == StreamKind::None) return S_OK;
+        end.owner->AddRef();
+        *ppStream = end.pInterface;
         return S_OK;
     });
 }

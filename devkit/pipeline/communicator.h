@@ -4,19 +4,29 @@
 
 #include <atomic>
 
-#include "devkit/pipeline/documentconsumer.h"
-#include "devkit/pipeline/documentprovider.h"
 #include "devkit/pipeline/runcontext.h"
+#include "platform/comptr.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {
+
+// An object as an interface of its own, as the out pointers of the communicator give it.
+struct StreamEnd {
+    template <typename Interface, typename Object>
+    [[nodiscard]] static StreamEnd Of(const platform::ComPtr<Object>& object) {
+        Interface* const pInterface = object.Get();
+        return {platform::ComPtr<IUnknown>(pInterface), pInterface};
+    }
+
+    platform::ComPtr<IUnknown> owner;
+    void* pInterface = nullptr;
+};
 
 // Gives the filter its reader and its writer, of the kinds that the behaviour says; the same objects each
 // time. Any thread may call.
 class Communicator final : public ComObject<IInterFilterCommunicator> {
   public:
-    Communicator(ContextPtr context, platform::ComPtr<DocumentProvider> provider,
-                 platform::ComPtr<DocumentConsumer> consumer);
+    Communicator(ContextPtr context, StreamEnd reader, StreamEnd writer);
 
     // Whether the filter was given a writer.
     [[nodiscard]] bool WriterGiven() const noexcept { return m_writerGiven; }
@@ -25,11 +35,10 @@ class Communicator final : public ComObject<IInterFilterCommunicator> {
     HRESULT STDMETHODCALLTYPE RequestWriter(void** ppWriter) override;
 
   private:
-    template <typename Interface>
-    HRESULT Request(const char* method, StreamKind kind, Interface* pStream, void** ppStream);
+    HRESULT Request(const char* method, StreamKind kind, const StreamEnd& end, void** ppStream);
 
-    const platform::ComPtr<DocumentProvider> m_provider;
-    const platform::ComPtr<DocumentConsumer> m_consumer;
+    const StreamEnd m_reader;
+    const StreamEnd m_writer;
     std::atomic<bool> m_writerGiven = false;
 };
 

@@ -55,8 +55,8 @@ std::string NameOfForeign(IUnknown* pObject) {
 
 }  // namespace
 
-DocumentConsumer::DocumentConsumer(ContextPtr context)
-    : ComIdentity(std::move(context), "DocumentConsumer") {}
+DocumentConsumer::DocumentConsumer(ContextPtr context, std::shared_ptr<PartChannel> next)
+    : ComIdentity(std::move(context), "DocumentConsumer"), m_next(std::move(next)) {}
 
 std::vector<SentPart> DocumentConsumer::Sent() const {
     const std::lock_guard guard(m_lock);
@@ -110,6 +110,7 @@ HRESULT DocumentConsumer::CloseSender() {
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentConsumer::CloseSender"); FAILED(hr))
             return hr;
         if (closedBefore && !Context().IsCancelled()) return Context().Breach("CloseSender was called twice");
+        if (m_next != nullptr) m_next->Close();
         return S_OK;
     });
 }
@@ -143,31 +144,44 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
 
 HRESULT DocumentConsumer::Send(const char* method, PartKind kind, IUnknown* pObject) {
     return common::Guarded([&]() -> HRESULT {
-        const std::lock_guard guard(m_lock);
         const PartPtr part = PartOf(pObject);
-        const std::string title = part == nullptr ? "an object of the filter's own" : part->Title();
-        const HRESULT planned = Context().Calls().Enter(std::string("IXpsDocumentConsumer::") + method,
-                                                        part == nullptr ? std::string() : part->Name());
-        if (FAILED(planned)) return planned;
-        if (pObject == nullptr) {
-            return Context().Breach(std::string(method) + " was called with a null pointer", E_POINTER);
-        }
-        if (const HRESULT hr = CheckOpen(std::string(method) + " of " + title); FAILED(hr)) return hr;
-        if (kind == PartKind::Unknown ? part != nullptr && HasSendMethod(part->Kind())
-                                      : part == nullptr || part->Kind() != kind) {
-            return Context().Breach(std::string(method) + " was given " + title, E_INVALIDARG);
-        }
+        const HRESULT hr = Take(method, kind, pObject, part);
+        if (FAILED(hr) || m_next == nullptr) return hr;
+        // Without the lock: the channel may have to wait for room.
         if (part == nullptr) {
-            m_foreign.emplace_back(pObject);
-            m_sent.push_back({PartKind::Unknown, NameOfForeign(pObject), nullptr});
-            return S_OK;
+            m_next->Put(ComPtr<IUnknown>(pObject));
+        } else {
+            m_next->Put(part);
         }
-        if (part->sent) return Context().Breach(part->Title() + " was sent twice");
-        if (const HRESULT hr = CheckOrder(kind, title); FAILED(hr)) return hr;
-        if (const HRESULT hr = CheckWhole(*part); FAILED(hr)) return hr;
-        Record(kind, part);
-        return S_OK;
+        return hr;
     });
+}
+
+HRESULT DocumentConsumer::Take(const char* method, PartKind kind, IUnknown* pObject, const PartPtr& part) {
+    const std::lock_guard guard(m_lock);
+    const std::string title = part == nullptr ? "an object of the filter's own" : part->Title();
+    const HRESULT planned = Context().Calls().Enter(std::string("IXpsDocumentConsumer::") + method,
+                                                    part == nullptr ? std::string() : part->Name());
+    if (FAILED(planned)) return planned;
+    if (pObject == nullptr) {
+        return Context().Breach(std::string(method) + " was called with a null pointer", E_POINTER);
+    }
+    if (const HRESULT hr = CheckOpen(std::string(method) + " of " + title); FAILED(hr)) return hr;
+    if (kind == PartKind::Unknown ? part != nullptr && HasSendMethod(part->Kind())
+                                  : part == nullptr || part->Kind() != kind) {
+        return Context().Breach(std::string(method) + " was given " + title, E_INVALIDARG);
+    }
+    if (part == nullptr) {
+        // The next filter holds its own reference, if there is one.
+        if (m_next == nullptr) m_foreign.emplace_back(pObject);
+        m_sent.push_back({PartKind::Unknown, NameOfForeign(pObject), nullptr});
+        return S_OK;
+    }
+    if (part->sent) return Context().Breach(part->Title() + " was sent twice");
+    if (const HRESULT hr = CheckOrder(kind, title); FAILED(hr)) return hr;
+    if (const HRESULT hr = CheckWhole(*part); FAILED(hr)) return hr;
+    Record(kind, part);
+    return S_OK;
 }
 
 HRESULT DocumentConsumer::CheckOpen(const std::string& what) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "devkit/pipeline/part.h"
+#include "devkit/pipeline/partsource.h"
 #include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 
@@ -17,7 +17,8 @@ namespace devkit::pipeline {
 // neither a late part nor a second CloseSender is a breach. Any thread may call.
 class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
   public:
-    explicit DocumentConsumer(ContextPtr context);
+    // What is sent goes on to the next filter through the channel, where there is one.
+    explicit DocumentConsumer(ContextPtr context, std::shared_ptr<PartChannel> next = nullptr);
 
     // What was sent, in order.
     [[nodiscard]] std::vector<SentPart> Sent() const;
@@ -47,11 +48,13 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
     };
 
     HRESULT Send(const char* method, PartKind kind, IUnknown* pObject);
+    HRESULT Take(const char* method, PartKind kind, IUnknown* pObject, const PartPtr& part);
     HRESULT CheckOpen(const std::string& what);
     HRESULT CheckOrder(PartKind kind, const std::string& title);
     HRESULT CheckWhole(Part& part);
     void Record(PartKind kind, const PartPtr& part);
 
+    const std::shared_ptr<PartChannel> m_next;
     mutable std::mutex m_lock;
     bool m_closed = false;
     Counts m_counts;

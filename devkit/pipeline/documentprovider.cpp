@@ -8,41 +8,13 @@
 #include "devkit/pipeline/partfactory.h"
 
 namespace devkit::pipeline {
-namespace {
 
 using platform::ComPtr;
 
-PartPtr MakeTicket(const std::optional<InputPart>& ticket) {
-    return ticket ? std::make_shared<Part>(PartKind::PrintTicket, *ticket) : nullptr;
-}
-
-PartPtr MakeTicketed(PartKind kind, const InputPart& markup, const std::optional<InputPart>& ticket) {
-    PartPtr part = std::make_shared<Part>(kind, markup);
-    part->ticket = MakeTicket(ticket);
-    part->inputTicket = part->ticket;
-    return part;
-}
-
-PartPtr MakePage(const PageInput& page) {
-    PartPtr part = MakeTicketed(PartKind::FixedPage, page.markup, page.ticket);
-    for (const ResourceInput& resource : page.resources) {
-        part->resources.push_back(std::make_shared<Part>(resource.kind, resource.part));
-    }
-    return part;
-}
-
-PartPtr MakeXpsDocument(const JobInput& job) {
-    PartPtr part = std::make_shared<Part>(PartKind::XpsDocument, std::string());
-    if (job.thumbnail) part->thumbnail = std::make_shared<Part>(PartKind::Thumbnail, *job.thumbnail);
-    return part;
-}
-
-}  // namespace
-
-DocumentProvider::DocumentProvider(ContextPtr context, std::shared_ptr<const JobInput> input,
+DocumentProvider::DocumentProvider(ContextPtr context, std::shared_ptr<PartSource> source,
                                    std::vector<ExtraPart> extraParts, std::function<void(unsigned)> onAsked)
     : ComIdentity(std::move(context), "DocumentProvider"),
-      m_input(std::move(input)),
+      m_source(std::move(source)),
       m_extraParts(std::move(extraParts)),
       m_onAsked(std::move(onAsked)) {}
 
@@ -73,52 +45,45 @@ HRESULT DocumentProvider::GetXpsPart(IUnknown** ppPart) {
             if (behaviour.afterCancel == AfterCancel::FailGetXpsPart) return kJobCancelled;
             if (behaviour.afterCancel == AfterCancel::EndOfParts) return S_OK;
         }
-        *ppPart = NextObject().Detach();
-        return S_OK;
+        return GiveNext(ppPart);
     });
 }
 
-ComPtr<IUnknown> DocumentProvider::NextObject() {
-    const auto extra = std::find_if(m_extraParts.begin(), m_extraParts.end(),
-                                    [this](const ExtraPart& part) { return part.before == m_next; });
+HRESULT DocumentProvider::GiveNext(IUnknown** ppPart) {
+    const unsigned number = m_next++;
+    const auto extra = std::ranges::find(m_extraParts, number, &ExtraPart::before);
     if (extra != m_extraParts.end()) {
-        ComPtr<IUnknown> object = extra->make(SharedContext());
+        *ppPart = extra->make(SharedContext()).Detach();
         m_extraParts.erase(extra);
-        const std::lock_guard guard(m_lock);
-        m_lastGiven = "an extra part";
-        return object;
+        --m_next;
+        SetLastGiven("an extra part");
+        return S_OK;
     }
-    const PartPtr part = NextPart();
-    const std::lock_guard guard(m_lock);
-    m_lastGiven = part == nullptr ? "the end of the parts" : part->Title();
-    if (part == nullptr) return nullptr;
-    if (part->Kind() == PartKind::XpsDocument && Context().GetBehaviour().ambiguousDocument) {
-        return MakeAmbiguousDocument(SharedContext(), part);
+    std::optional<GivenPart> given = m_source->Next();
+    // The filter before this one is cut off, and this one with it.
+    if (!given) return kJobCancelled;
+    SetLastGiven(given->IsEnd()           ? "the end of the parts"
+                 : given->part == nullptr ? "an object"
+                                          : given->part->Title());
+    if (given->IsEnd()) {
+        --m_next;
+    } else {
+        *ppPart = ObjectOf(std::move(*given)).Detach();
     }
-    return MakePartObject(SharedContext(), part);
+    return S_OK;
 }
 
-PartPtr DocumentProvider::NextPart() {
-    const unsigned number = m_next++;
-    if (number == 1) return MakeXpsDocument(*m_input);
-    if (number == 2) return MakeTicketed(PartKind::FixedDocumentSequence, m_input->sequence, m_input->ticket);
-    if (m_document == m_input->documents.size()) {
-        --m_next;
-        return nullptr;
-    }
-    const DocumentInput& document = m_input->documents[m_document];
-    if (!m_inDocument) {
-        m_inDocument = !document.pages.empty();
-        if (!m_inDocument) ++m_document;
-        return MakeTicketed(PartKind::FixedDocument, document.markup, document.ticket);
-    }
-    const PageInput& page = document.pages[m_page++];
-    if (m_page == document.pages.size()) {
-        m_inDocument = false;
-        m_page = 0;
-        ++m_document;
-    }
-    return MakePage(page);
+ComPtr<IUnknown> DocumentProvider::ObjectOf(GivenPart given) const {
+    if (given.part == nullptr) return std::move(given.foreign);
+    const bool isAmbiguous =
+        given.part->Kind() == PartKind::XpsDocument && Context().GetBehaviour().ambiguousDocument;
+    return isAmbiguous ? MakeAmbiguousDocument(SharedContext(), given.part)
+                       : MakePartObject(SharedContext(), given.part);
+}
+
+void DocumentProvider::SetLastGiven(std::string text) {
+    const std::lock_guard guard(m_lock);
+    m_lastGiven = std::move(text);
 }
 
 }  // namespace devkit::pipeline

@@ -2,15 +2,13 @@
 
 #include "platform/windows.h"
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
-#include "devkit/pipeline/job.h"
-#include "devkit/pipeline/part.h"
+#include "devkit/pipeline/partsource.h"
 #include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
 
@@ -23,13 +21,12 @@ struct ExtraPart {
     std::function<platform::ComPtr<IUnknown>(const ContextPtr&)> make;
 };
 
-// Gives the parts of a document in the pipeline's order: the XPS document, the sequence, then each document
-// followed by its pages; at the end S_OK and null, as often as it is asked.
+// Gives what its source has, one part after the other; at the end S_OK and null, as often as it is asked.
 class DocumentProvider final : public ComObject<IXpsDocumentProvider> {
   public:
-    // The input must outlive the provider. `onAsked` is called with the number of each GetXpsPart call
+    // `onAsked` is called with the number of each GetXpsPart call
     // (counted from 1) before it answers; it may be empty.
-    DocumentProvider(ContextPtr context, std::shared_ptr<const JobInput> input,
+    DocumentProvider(ContextPtr context, std::shared_ptr<PartSource> source,
                      std::vector<ExtraPart> extraParts, std::function<void(unsigned)> onAsked);
 
     // What was last given out ("FixedPage /1.fpage"), empty before the first part. Any thread may ask.
@@ -39,18 +36,15 @@ class DocumentProvider final : public ComObject<IXpsDocumentProvider> {
     HRESULT STDMETHODCALLTYPE GetXpsPart(IUnknown** ppPart) override;
 
   private:
-    // The next part of the input, null at the end.
-    PartPtr NextPart();
-    platform::ComPtr<IUnknown> NextObject();
+    HRESULT GiveNext(IUnknown** ppPart);
+    [[nodiscard]] platform::ComPtr<IUnknown> ObjectOf(GivenPart given) const;
+    void SetLastGiven(std::string text);
 
-    const std::shared_ptr<const JobInput> m_input;
+    const std::shared_ptr<PartSource> m_source;
     std::vector<ExtraPart> m_extraParts;
     const std::function<void(unsigned)> m_onAsked;
     unsigned m_asked = 0;
-    unsigned m_next = 1;  // the number of the next part of the input
-    std::size_t m_document = 0;
-    std::size_t m_page = 0;
-    bool m_inDocument = false;
+    unsigned m_next = 1;  // the number of the next part of the source
     mutable std::mutex m_lock;
     std::string m_lastGiven;
 };

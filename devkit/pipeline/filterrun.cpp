@@ -1,348 +1,289 @@
 #include "devkit/pipeline/filterrun.h"
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <chrono>
 #include <utility>
 
-#include "devkit/common/hresult.h"
-#include "devkit/pipeline/communicator.h"
-#include "devkit/pipeline/documentconsumer.h"
-#include "devkit/pipeline/pipelinecontrol.h"
-#include "devkit/pipeline/pipelinethread.h"
-#include "devkit/pipeline/propertybags.h"
-#include "devkit/pipeline/streams.h"
-#include "platform/utf.h"
-#include "platform/variant.h"
+#include "devkit/common/error.h"
+#include "devkit/pipeline/bytechannel.h"
+#include "devkit/pipeline/partsource.h"
 
 namespace devkit::pipeline {
 namespace {
 
-using platform::ComPtr;
 using Clock = std::chrono::steady_clock;
 
-// How long the provider waits for ShutdownOperation to return before it answers all the same: a filter whose
-// ShutdownOperation waits for its own loop to end must not be locked up by the kit.
-constexpr std::chrono::seconds kShutdownFirst{1};
+// What goes from one stage to the next.
+struct Link {
+    // Of what the next stage reads.
+    std::shared_ptr<PartChannel> parts;
+    std::shared_ptr<ByteChannel> bytes;
+    // What a stage writes for one that reads parts.
+    std::shared_ptr<Writing> written;
 
-// Puts an object that the bag alone then holds.
-template <typename Object, typename... Arguments>
-platform::ComPtr<Object> PutObject(PropertyBag& bag, const wchar_t* name, Arguments&&... arguments) {
-    platform::ComPtr<Object> object = MakeObject<Object>(std::forward<Arguments>(arguments)...);
-    bag.Put(name, platform::Variant(static_cast<IUnknown*>(object.Get())).Get());
-    return object;
-}
-
-void PutTexts(PropertyBag& bag, const JobProperties& properties) {
-    const std::pair<const wchar_t*, const std::optional<std::wstring>&> texts[] = {
-        {L"PrinterName", properties.printerName},
-        {L"PrintOutputFileName", properties.outputFile},
-        {L"DriverMultiContentType", properties.contentType}};
-    for (const auto& [name, text] : texts) {
-        if (text) bag.PutValue(name, *text);
+    void Close() const {
+        if (parts != nullptr) parts->Close();
+        if (bytes != nullptr) bytes->Close();
     }
-}
-
-void PutStreams(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties) {
-    const auto put = [&](const wchar_t* name, const Bytes& bytes, Available available) {
-        if (bytes == nullptr) return;
-        PutObject<ReadStreamFactory>(bag, name, context, platform::ToUtf8(name), bytes, available);
-    };
-    put(L"PerUserPrintTicket", properties.userTicket, Available::Always);
-    put(L"JobPrintTicket", properties.jobTicket, Available::AfterInitialize);
-    put(L"PrintDeviceCapabilities", properties.deviceCapabilities, Available::Always);
-}
-
-// Gives the report that counts, null when the job has none.
-ComPtr<ProgressReport> FillBag(PropertyBag& bag, const ContextPtr& context, const JobProperties& properties) {
-    PutTexts(bag, properties);
-    PutStreams(bag, context, properties);
-    if (properties.printerHandle) bag.PutHandle(L"PrinterHandle", *properties.printerHandle);
-    if (properties.userToken != nullptr) bag.PutHandle(L"UserSecurityToken", properties.userToken->Get());
-    if (properties.jobId) bag.PutValue(L"PrintJobId", *properties.jobId);
-    if (properties.driverValues) {
-        PutObject<DriverBag>(bag, L"DriverPropertyBag", context, "DriverPropertyBag",
-                             *properties.driverValues);
+    void Abandon() const {
+        if (parts != nullptr) parts->Abandon();
+        if (bytes != nullptr) bytes->Abandon();
     }
-    if (properties.queueValues) {
-        PutObject<DriverBag>(bag, L"QueuePropertyBag", context, "QueuePropertyBag", *properties.queueValues);
-    }
-    if (properties.hasPrintClassFactory) PutObject<PrintClassFactory>(bag, L"PrintClassFactory", context);
-    ComPtr<ProgressReport> progress;
-    if (properties.hasProgressReport) progress = PutObject<ProgressReport>(bag, L"ProgressReport", context);
-    for (const auto& [name, value] : properties.more) bag.PutValue(name, value);
-    return progress;
-}
+};
 
-// The references to an object, the caller's own among them, as far as its Release tells.
-ULONG ReferencesTo(IUnknown& object) {
-    object.AddRef();
-    return object.Release();
-}
-
-// Joins a thread that has ended its work, leaves one that hangs to itself.
-void LetGo(std::thread& thread, bool ended) {
-    if (!thread.joinable()) return;
-    if (ended) {
-        thread.join();
-    } else {
-        thread.detach();
-    }
+void Append(WritableBytes& target, const std::string& bytes) {
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    for (std::size_t at = 0; at < bytes.size(); at += kPiece)
+        target.Append(bytes.data() + at, std::min(kPiece, bytes.size() - at));
 }
 
 }  // namespace
 
-bool RunOutcome::IsWhole() const {
-    const auto sent = [this](PartKind kind) {
-        return std::any_of(parts.begin(), parts.end(),
-                           [kind](const SentPart& part) { return part.kind == kind; });
-    };
-    return SUCCEEDED(result) && !hung && !cancelled && senderClosed && inputFailures.empty() &&
-           std::all_of(shutdownCodes.begin(), shutdownCodes.end(),
-                       [](HRESULT hr) { return SUCCEEDED(hr); }) &&
-           sent(PartKind::XpsDocument) && sent(PartKind::FixedDocumentSequence);
-}
-
-// What the calling thread, the pipeline thread and the thread of ShutdownOperation share. A thread that hangs
-// keeps it alive.
+// What the calling thread and the pipeline threads share. A thread that hangs keeps it alive.
 struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {
-    State(std::shared_ptr<FilterSource> filterSource, std::shared_ptr<const JobInput> jobInput,
-          RunOptions runOptions)
-        : options(std::move(runOptions)),
-          source(std::move(filterSource)),
-          input(std::move(jobInput)),
-          context(std::make_shared<RunContext>(options.behaviour)) {}
+    State(std::vector<ChainedFilter> chained, ChainInput chainInput, RunOptions runOptions)
+        : filters(std::move(chained)), input(std::move(chainInput)), options(std::move(runOptions)) {}
 
-    void MakeObjects();
-    void Initialize();
-    void StartThread();
-    void StartShutdown();
-    void WaitForEnd();
-    void PartAsked(unsigned number);
-    void CallOnPart(unsigned number);
-    void CollectReports();
-    void ReleaseAll();
-    void LookForLeaks();
-    void LookForOpenStreams();
+    void MakeStages();
+    [[nodiscard]] StageEnds EndsOf(std::size_t index);
+    [[nodiscard]] RunOptions OptionsOf(std::size_t index) const;
+    void Start();
+    void Wait();
+    void Stop();
+    [[nodiscard]] bool IsOver() const;
+    [[nodiscard]] bool MustStop() const;
+    void CancelAtPart(unsigned number);
+    void StageEnded(std::size_t index, HRESULT result);
+    void HandOver(std::size_t index);
+    [[nodiscard]] const std::shared_ptr<const JobInput>& JobOf(std::size_t index) const;
+    [[nodiscard]] std::string Package(std::size_t index) const;
 
+    const std::vector<ChainedFilter> filters;
+    const ChainInput input;
     const RunOptions options;
-    const std::shared_ptr<FilterSource> source;
-    const std::shared_ptr<const JobInput> input;
-    const ContextPtr context;
-    ComPtr<DocumentProvider> provider;
-    ComPtr<DocumentConsumer> consumer;
-    ComPtr<PipelineControl> control;
-    ComPtr<PropertyBag> bag;
-    ComPtr<ProgressReport> progress;  // null without
-    ComPtr<Communicator> communicator;
-    ComPtr<IPrintPipelineFilter> filter;
-    RunOutcome outcome;
-    std::thread pipelineThread;
-    std::thread shutdownThread;
-
-    std::mutex hookLock;
-    bool abandoned = false;  // the filter hangs: what the caller has given may be gone when it wakes up
-
-    std::mutex lock;
-    std::condition_variable changed;
-    std::optional<HRESULT> result;             // StartOperation returned
-    bool cancelWanted = false;                 // somebody asked for a cancellation
-    bool shutdownStarted = false;              // ShutdownOperation was called
-    std::optional<HRESULT> shutdownOperation;  // ShutdownOperation returned
+    const std::shared_ptr<RunSignal> signal = std::make_shared<RunSignal>();
+    std::vector<Link> links;  // behind each stage but the last
+    // The document whose parts a stage reads where no stage before it hands them on; set before it gets any.
+    std::vector<std::shared_ptr<const JobInput>> jobs;
+    std::shared_ptr<Writing> lastWritten;
+    Bytes lastPackaged;
+    std::vector<std::shared_ptr<FilterStage>> stages;
+    bool cancelWanted = false;  // with the signal's lock
+    bool isStopping = false;
 };
 
 FilterRun::FilterRun(std::shared_ptr<FilterSource> source, std::shared_ptr<const JobInput> input,
                      RunOptions options)
-    : m_state(std::make_shared<State>(std::move(source), std::move(input), std::move(options))) {}
+    : FilterRun({{{}, std::move(source)}}, {std::move(input), nullptr}, std::move(options)) {}
+
+FilterRun::FilterRun(std::vector<ChainedFilter> filters, ChainInput input, RunOptions options)
+    : m_state(std::make_shared<State>(std::move(filters), std::move(input), std::move(options))) {}
 
 FilterRun::~FilterRun() = default;
 
-RunOutcome FilterRun::Run() {
+RunOutcome FilterRun::Run() { return std::move(RunChain().back()); }
+
+std::vector<RunOutcome> FilterRun::RunChain() {
     State& state = *m_state;
-    state.MakeObjects();
-    state.Initialize();
-    if (SUCCEEDED(state.outcome.initialized)) {
-        state.StartThread();
-        state.WaitForEnd();
-    }
-    state.CollectReports();
-    if (!state.outcome.hung) {
-        state.ReleaseAll();
-        state.LookForLeaks();
-        state.LookForOpenStreams();
-    }
-    state.outcome.breaches = state.context->Breaches().Lines();
-    return std::move(state.outcome);
+    state.MakeStages();
+    state.Start();
+    state.Wait();
+    const auto each = [&state](auto action) {
+        for (const auto& stage : state.stages) action(*stage);
+    };
+    each([](FilterStage& stage) { stage.Join(); });
+    each([](FilterStage& stage) { stage.Report(); });
+    for (const Link& link : state.links) link.Abandon();
+    each([](FilterStage& stage) { stage.Release(); });
+    each([](FilterStage& stage) { stage.LookForLeftovers(); });
+    std::vector<RunOutcome> outcomes;
+    each([&outcomes](FilterStage& stage) { outcomes.push_back(stage.TakeOutcome()); });
+    outcomes.back().bytes = state.lastWritten != nullptr ? state.lastWritten->Written() : state.lastPackaged;
+    return outcomes;
 }
 
 void FilterRun::Cancel() {
     {
-        const std::lock_guard guard(m_state->lock);
+        const std::lock_guard guard(m_state->signal->lock);
         m_state->cancelWanted = true;
     }
-    m_state->changed.notify_all();
+    m_state->signal->changed.notify_all();
 }
 
 std::string FilterRun::LastPart() const {
-    return m_state->provider ? m_state->provider->LastGiven() : std::string();
+    return m_state->stages.empty() ? std::string() : m_state->stages.front()->LastPart();
 }
 
-void FilterRun::State::MakeObjects() {
-    filter = source->CreateFilter();
-    provider = MakeObject<DocumentProvider>(context, input, options.extraParts,
-                                            [state = weak_from_this()](unsigned number) {
-                                                if (const auto alive = state.lock()) alive->PartAsked(number);
-                                            });
-    consumer = MakeObject<DocumentConsumer>(context);
-    control = MakeObject<PipelineControl>(context);
-    bag = MakeObject<PropertyBag>(context);
-    communicator = MakeObject<Communicator>(context, provider, consumer);
-    progress = FillBag(*bag.Get(), context, options.properties);
-}
-
-void FilterRun::State::Initialize() {
-    context->SetInitializing(true);
-    outcome.initialized = CallFilter(*context, "InitializeFilter", [this] {
-        return filter->InitializeFilter(communicator.Get(), bag.Get(), control.Get());
-    });
-    context->SetInitializing(false);
-    if (FAILED(outcome.initialized)) outcome.result = outcome.initialized;
-}
-
-void FilterRun::State::StartThread() {
-    pipelineThread = std::thread([state = shared_from_this()] {
-        const HRESULT returned = RunPipelineThread(*state->filter.Get(), *state->context,
-                                                   state->options.apartment == Apartment::SingleThreaded,
-                                                   state->options.onPipelineThread);
-        {
-            const std::lock_guard guard(state->lock);
-            state->result = returned;
+void FilterRun::State::MakeStages() {
+    jobs.resize(filters.size());
+    for (std::size_t i = 0; i + 1 < filters.size(); ++i) {
+        Link& link = links.emplace_back();
+        const bool readsParts = filters[i + 1].input == DataKind::Xps;
+        if (readsParts) {
+            link.parts = std::make_shared<PartChannel>();
+        } else {
+            link.bytes = std::make_shared<ByteChannel>();
         }
-        state->changed.notify_all();
-    });
+        if (readsParts && filters[i].output == DataKind::Stream) link.written = std::make_shared<Writing>();
+    }
+    for (std::size_t i = 0; i < filters.size(); ++i) {
+        auto stage = std::make_shared<FilterStage>(filters[i].name, filters[i].source, OptionsOf(i),
+                                                   EndsOf(i), signal);
+        stage->MakeObjects();
+        stage->onEnded = [state = weak_from_this(), i](HRESULT result) {
+            if (const auto alive = state.lock()) alive->StageEnded(i, result);
+        };
+        stages.push_back(std::move(stage));
+    }
+    stages.front()->onAsked = [state = weak_from_this()](unsigned number) {
+        if (const auto alive = state.lock()) alive->CancelAtPart(number);
+    };
 }
 
-void FilterRun::State::StartShutdown() {
-    context->Cancel();
-    shutdownThread = std::thread([state = shared_from_this()] {
-        const HRESULT returned = CallFilter(*state->context, "ShutdownOperation",
-                                            [&] { return state->filter->ShutdownOperation(); });
-        {
-            const std::lock_guard guard(state->lock);
-            state->shutdownOperation = returned;
+StageEnds FilterRun::State::EndsOf(std::size_t index) {
+    StageEnds ends;
+    ends.output = filters[index].output;
+    const bool readsParts = filters[index].input == DataKind::Xps;
+    if (index > 0) {
+        const Link& before = links[index - 1];
+        ends.parts = before.parts;
+        ends.bytes = before.bytes;
+    } else if (readsParts) {
+        jobs[0] = input.job != nullptr ? input.job : MakeJobInput(input.bytes, "the input");
+        ends.parts = std::make_shared<JobParts>(jobs[0]);
+    } else {
+        ends.bytes = MakeReadable(input.bytes);
+    }
+    if (index + 1 == filters.size()) {
+        if (ends.output == DataKind::Stream) ends.written = lastWritten = std::make_shared<Writing>();
+        return ends;
+    }
+    const Link& behind = links[index];
+    if (ends.output == DataKind::Xps && filters[index + 1].input == DataKind::Xps)
+        ends.nextParts = behind.parts;
+    if (ends.output == DataKind::Stream) {
+        if (behind.written != nullptr) {
+            ends.written = behind.written;
+        } else {
+            ends.written = behind.bytes;
         }
-        state->changed.notify_all();
-    });
+    }
+    return ends;
 }
 
-void FilterRun::State::WaitForEnd() {
-    const bool limited = options.timeout.count() > 0;
-    Clock::time_point deadline = limited ? Clock::now() + options.timeout : Clock::time_point::max();
-    std::unique_lock guard(lock);
-    while (!result || (shutdownStarted && !shutdownOperation)) {
-        if (cancelWanted && !shutdownStarted && !result) {
-            shutdownStarted = true;
+RunOptions FilterRun::State::OptionsOf(std::size_t index) const {
+    RunOptions own = options;
+    if (index > 0) {
+        own.extraParts.clear();
+        own.onPart = nullptr;
+    }
+    return own;
+}
+
+void FilterRun::State::Start() {
+    for (const auto& stage : stages) {
+        if (FAILED(stage->Initialize())) return;
+    }
+    for (const auto& stage : stages) stage->Start();
+}
+
+bool FilterRun::State::IsOver() const {
+    return std::ranges::all_of(stages, [](const auto& stage) { return stage->IsOver(); });
+}
+
+bool FilterRun::State::MustStop() const {
+    const bool isRunning = std::ranges::any_of(stages, [](const auto& stage) { return stage->IsRunning(); });
+    const bool hasFailed = std::ranges::any_of(stages, [](const auto& stage) { return stage->HasFailed(); });
+    return isRunning && !isStopping && (cancelWanted || hasFailed);
+}
+
+void FilterRun::State::Wait() {
+    Clock::time_point deadline =
+        options.timeout.count() > 0 ? Clock::now() + options.timeout : Clock::time_point::max();
+    std::unique_lock guard(signal->lock);
+    while (!IsOver()) {
+        if (MustStop()) {
             deadline = Clock::now() + options.stopTimeout;
-            StartShutdown();
-            changed.notify_all();
+            Stop();
         }
         if (deadline == Clock::time_point::max()) {
-            changed.wait(guard);
-        } else if (changed.wait_until(guard, deadline) == std::cv_status::timeout &&
+            signal->changed.wait(guard);
+        } else if (signal->changed.wait_until(guard, deadline) == std::cv_status::timeout &&
                    Clock::now() >= deadline) {
-            if (shutdownStarted) break;
+            if (isStopping) break;
             cancelWanted = true;
         }
     }
-    outcome.cancelled = shutdownStarted;
-    outcome.shutdownOperation = shutdownOperation;
-    outcome.hung = !result || (shutdownStarted && !shutdownOperation);
-    if (result) outcome.result = *result;
-    guard.unlock();
-    if (outcome.hung) {
-        const std::lock_guard hook(hookLock);
-        abandoned = true;
-    }
-    LetGo(pipelineThread, result.has_value());
-    LetGo(shutdownThread, shutdownOperation.has_value());
 }
 
-void FilterRun::State::PartAsked(unsigned number) {
-    CallOnPart(number);
+void FilterRun::State::Stop() {
+    isStopping = true;
+    for (const auto& stage : stages) {
+        if (stage->IsRunning()) stage->StartShutdown();
+    }
+    for (const Link& link : links) link.Abandon();
+    signal->changed.notify_all();
+}
+
+void FilterRun::State::CancelAtPart(unsigned number) {
     if (number != options.cancelAt) return;
-    std::unique_lock guard(lock);
+    std::unique_lock guard(signal->lock);
     cancelWanted = true;
-    changed.notify_all();
-    changed.wait_for(guard, kShutdownFirst, [this] {
-        return options.cancelConcurrently ? shutdownStarted : shutdownOperation.has_value();
-    });
+    signal->changed.notify_all();
+    stages.front()->WaitForShutdown(guard, options.cancelConcurrently);
 }
 
-void FilterRun::State::CallOnPart(unsigned number) {
-    const std::lock_guard guard(hookLock);
-    if (options.onPart != nullptr && !abandoned) options.onPart(number);
-}
-
-void FilterRun::State::CollectReports() {
-    outcome.shutdownCodes = control->ShutdownCodes();
-    outcome.finishedCount = control->FinishedCount();
-    outcome.senderClosed = consumer->IsClosed();
-    outcome.parts = consumer->Sent();
-    outcome.lastPart = provider->LastGiven();
-    outcome.inputFailures = context->InputFailures();
-    outcome.calls = context->Calls().Text();
-    outcome.missing = context->MissingThings();
-    if (progress) outcome.progress = progress->Counts();
-    outcome.unstruckFaults = context->Calls().UnstruckFaults();
-    const std::string limit = std::to_string(options.stopTimeout.count()) + " ms of ";
-    if (outcome.hung && outcome.shutdownOperation) {
-        context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
-    } else if (outcome.hung) {
-        context->Breach("ShutdownOperation did not return within " + limit + "its call");
-    } else if (communicator->WriterGiven() && !outcome.senderClosed) {
-        context->Breach("CloseSender was never called");
-    } else if (SUCCEEDED(outcome.result) && !outcome.cancelled &&
-               std::none_of(outcome.parts.begin(), outcome.parts.end(), [](const SentPart& part) {
-                   return part.kind == PartKind::FixedDocumentSequence;
-               })) {
-        context->Breach("the filter succeeded without having sent the FixedDocumentSequence");
+void FilterRun::State::StageEnded(std::size_t index, HRESULT result) {
+    // What is sent to a filter that has ended is dropped.
+    if (index > 0) links[index - 1].Abandon();
+    const FilterStage& stage = *stages[index];
+    bool isWhole = SUCCEEDED(result) && !stage.HasAskedForShutdown() && !stage.Context()->IsCancelled();
+    try {
+        if (isWhole) HandOver(index);
+    } catch (const std::exception& error) {
+        stage.Context()->InputFailed("what the filter sent cannot be handed on: " +
+                                     std::string(error.what()));
+        isWhole = false;
+    }
+    if (index == links.size()) return;
+    if (isWhole) {
+        links[index].Close();
+    } else {
+        links[index].Abandon();
     }
 }
 
-void FilterRun::State::ReleaseAll() {
-    consumer->ReleaseForeignParts();
-    const ULONG references = ReferencesTo(*filter.Get());
-    if (references != 1) {
-        context->Breach("the filter is still referenced " + std::to_string(references - 1) +
-                        " times beside the host's own reference");
+// Turns what a stage sent into what the next one reads, where these are of two kinds. The last one's parts
+// are packaged where the caller does not have the document that they belong to.
+void FilterRun::State::HandOver(std::size_t index) {
+    if (index == links.size()) {
+        const bool isCallers = filters[index].output == DataKind::Stream || JobOf(index) == input.job;
+        if (!isCallers) lastPackaged = std::make_shared<const std::string>(Package(index));
+        return;
     }
-    if (options.lastRelease == LastRelease::OtherThread) {
-        std::thread([this] { filter.Reset(); }).join();
+    const Link& link = links[index];
+    if (filters[index].output == DataKind::Xps && link.bytes != nullptr) {
+        Append(*link.bytes, Package(index));
+    } else if (link.written != nullptr) {
+        if (!link.written->IsClosed()) throw common::Error("the output was not closed");
+        jobs[index + 1] = MakeJobInput(link.written->Written(), "the output of " + filters[index].name);
+        JobParts parts(jobs[index + 1]);
+        for (auto next = parts.Next(); next && !next->IsEnd(); next = parts.Next())
+            link.parts->Put(next->part);
     }
-    filter.Reset();
-    communicator.Reset();
-    progress.Reset();
-    bag.Reset();
-    control.Reset();
-    consumer.Reset();
-    provider.Reset();
 }
 
-void FilterRun::State::LookForOpenStreams() {
-    if (FAILED(outcome.result) || outcome.cancelled) return;
-    for (const std::string& stream : context->LeftOpen()) context->Breach(stream);
+// The document that the parts belong to that a stage sends.
+const std::shared_ptr<const JobInput>& FilterRun::State::JobOf(std::size_t index) const {
+    while (index > 0 && filters[index - 1].output == DataKind::Xps) --index;
+    return jobs[index];
 }
 
-void FilterRun::State::LookForLeaks() {
-    for (const std::string& object : context->LiveObjects()) context->Breach("never released: " + object);
-    const auto& userToken = options.properties.userToken;
-    if (userToken != nullptr && !userToken->IsOpen())
-        context->Breach("the filter closed the handle of UserSecurityToken");
-    const HRESULT canUnload = source->CanUnloadNow();
-    if (canUnload != S_OK) {
-        context->Breach("DllCanUnloadNow answers " + common::Describe(canUnload) + " after the last release");
-    }
+std::string FilterRun::State::Package(std::size_t index) const {
+    const std::shared_ptr<const JobInput>& job = JobOf(index);
+    if (job == nullptr || job->package == nullptr)
+        throw common::Error("there is no document to package it with");
+    return job->package(stages[index]->Sent());
 }
 
 }  // namespace devkit::pipeline

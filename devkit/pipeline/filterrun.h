@@ -2,65 +2,60 @@
 
 #include "platform/windows.h"
 
-#include <chrono>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "devkit/pipeline/behaviour.h"
-#include "devkit/pipeline/documentprovider.h"
 #include "devkit/pipeline/filtermodule.h"
+#include "devkit/pipeline/filterstage.h"
 #include "devkit/pipeline/job.h"
-#include "devkit/pipeline/part.h"
-#include "devkit/pipeline/pipelinecontrol.h"
-#include "devkit/pipeline/propertybags.h"
 #include "devkit/pipeline/runoptions.h"
-#include "devkit/pipeline/usertoken.h"
 
 namespace devkit::pipeline {
 
-// What became of a run.
-struct RunOutcome {
-    HRESULT initialized = E_PENDING;     // InitializeFilter; StartOperation is not called when it failed
-    HRESULT result = E_PENDING;          // StartOperation, or what stopped the run before it
-    std::vector<HRESULT> shutdownCodes;  // RequestShutdown, in order
-    unsigned finishedCount = 0;          // FilterFinished
-    std::optional<HRESULT> shutdownOperation;  // what ShutdownOperation answered, when it was called
-    bool hung = false;                         // StartOperation did not return in time
-    bool cancelled = false;
-    bool senderClosed = false;               // CloseSender was called
-    std::vector<std::string> breaches;       // one line each
-    std::vector<std::string> inputFailures;  // parts of the input that could not be read, one line each
-    std::vector<SentPart> parts;             // in sending order
-    std::string lastPart;                    // what the filter was given last: "FixedPage /1.fpage"
-    std::vector<std::string> calls;          // when the behaviour keeps them
-    std::vector<std::string> missing;  // what the filter asked for and the job does not have: "property X"
-    ProgressCounts progress;           // what the filter reported
-    std::vector<std::string> unstruckFaults;  // "GetXpsPart@9=0x80004005 E_FAIL"
-
-    // The whole document came through: the output may be written.
-    [[nodiscard]] bool IsWhole() const;
+// A filter in its place in a chain, with what it reads and writes.
+struct ChainedFilter {
+    std::string name;  // tells it from the others in what is told of the run
+    std::shared_ptr<FilterSource> source;
+    DataKind input = DataKind::Xps;
+    DataKind output = DataKind::Xps;
 };
 
-// Sends a document through a filter as the print filter pipeline would: makes the filter, initialises it on
-// the calling thread, runs StartOperation on a pipeline thread of its own, releases everything and looks at
-// what is left over. A filter that hangs leaves its thread, and all that the thread uses, behind;
-// outcome.hung says so, and the filter's module must then stay loaded.
+// What a chain begins with: a document for a filter that reads parts, the bytes of a package for one that
+// reads a stream; with the bytes alone, a document is read from them.
+struct ChainInput {
+    std::shared_ptr<const JobInput> job;
+    Bytes bytes;
+};
+
+// Sends a document through a filter, or a chain of them, as the print filter pipeline would: makes the
+// filters, initialises them on the calling thread in their order, runs StartOperation of each on a pipeline
+// thread of its own, releases everything and looks at what is left over. Between the filters parts and bytes
+// are handed on as they are sent; between one that sends parts and one that reads a stream, or the other way
+// round, a package of them. A cancellation comes to every filter, a filter's failure to all others. A filter
+// that hangs leaves its thread, and all that the thread uses, behind; outcome.hung says so, and the filter's
+// module must then stay loaded.
 class FilterRun {
   public:
     FilterRun(std::shared_ptr<FilterSource> source, std::shared_ptr<const JobInput> input,
               RunOptions options);
+    // The options hold for each filter; extra parts, the cancellation at a part and the call for each part
+    // concern the first.
+    FilterRun(std::vector<ChainedFilter> filters, ChainInput input, RunOptions options);
     ~FilterRun();
 
-    // Throws FilterError when the filter cannot be made. Call it once. The calling thread must have entered
-    // COM.
+    // Throws FilterError when a filter cannot be made, common::Error when the input is no document. Call one
+    // of them once. The calling thread must have entered COM.
+    //
+    // What became of the last filter, which is the only one of a run of one filter.
     [[nodiscard]] RunOutcome Run();
+    // What became of each, in their order.
+    [[nodiscard]] std::vector<RunOutcome> RunChain();
 
     // Cancels the job as a user would; any thread may call, at any time.
     void Cancel();
-    // What the filter was given last ("FixedPage /1.fpage"), empty before the first part; any thread may ask.
+    // What the first filter was given last ("FixedPage /1.fpage"), empty before the first part; any thread
+    // may ask.
     [[nodiscard]] std::string LastPart() const;
 
   private:

@@ -1,19 +1,30 @@
 #include "devkit/pipeline/job.h"
 
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "devkit/common/storage.h"
 namespace devkit::pipeline {
 namespace {
 
-using Document = std::shared_ptr<const package::XpsDocument>;
+// A document that several filters read, each on its own thread; its package takes one at a time.
+struct SharedDocument {
+    std::shared_ptr<const package::XpsDocument> document;
+    std::shared_ptr<std::mutex> lock = std::make_shared<std::mutex>();
+
+    const package::XpsDocument* operator->() const noexcept { return document.get(); }
+};
+using Document = SharedDocument;
 
 InputPart MakePart(const Document& document, const std::string& name) {
     const std::optional<package::PartInfo> info = document->GetPackage().Find(name);
-    return {name, info ? info->contentType : std::string(),
-            [document, name] { return std::make_shared<const std::string>(document->ReadPart(name)); }};
+    return {name, info ? info->contentType : std::string(), [document, name] {
+                const std::lock_guard guard(*document.lock);
+                return std::make_shared<const std::string>(document->ReadPart(name));
+            }};
 }
 
 std::optional<InputPart> MakePart(const Document& document, const std::optional<std::string>& name) {
@@ -53,6 +64,22 @@ std::string ContentTypeOfNew(const Part& part) {
         default:
             return std::string(kUnknownContentType);
     }
+}
+
+std::shared_ptr<JobInput> TreeOf(const Document& document) {
+    const auto job = std::make_shared<JobInput>();
+    const package::FixedDocumentSequence& sequence = document->sequence;
+    job->thumbnail = MakePart(document, document->thumbnail);
+    job->sequence = MakePart(document, sequence.name);
+    job->ticket = MakePart(document, sequence.ticket);
+    for (const package::FixedDocument& fixedDocument : sequence.documents) {
+        DocumentInput input{
+            MakePart(document, fixedDocument.name), MakePart(document, fixedDocument.ticket), {}};
+        for (const package::FixedPage& page : fixedDocument.pages)
+            input.pages.push_back(MakePage(document, page));
+        job->documents.push_back(std::move(input));
+    }
+    return job;
 }
 
 // Builds the tree of the output from the parts in their order.
@@ -112,20 +139,26 @@ class TreeBuilder {
 
 }  // namespace
 
-std::shared_ptr<const JobInput> MakeJobInput(const Document& document) {
-    const auto job = std::make_shared<JobInput>();
-    const package::FixedDocumentSequence& sequence = document->sequence;
-    job->thumbnail = MakePart(document, document->thumbnail);
-    job->sequence = MakePart(document, sequence.name);
-    job->ticket = MakePart(document, sequence.ticket);
-    for (const package::FixedDocument& fixedDocument : sequence.documents) {
-        DocumentInput input{
-            MakePart(document, fixedDocument.name), MakePart(document, fixedDocument.ticket), {}};
-        for (const package::FixedPage& page : fixedDocument.pages)
-            input.pages.push_back(MakePage(document, page));
-        job->documents.push_back(std::move(input));
-    }
+std::shared_ptr<const JobInput> MakeJobInput(const std::shared_ptr<const package::XpsDocument>& document) {
+    return TreeOf({document});
+}
+
+std::shared_ptr<const JobInput> MakeJobInput(const std::shared_ptr<package::XpsDocument>& document) {
+    const Document shared{document};
+    const std::shared_ptr<JobInput> job = TreeOf(shared);
+    job->package = [document, lock = shared.lock](const std::vector<SentPart>& parts) {
+        const std::lock_guard guard(*lock);
+        ApplySentParts(*document, parts);
+        common::MemorySink sink;
+        document->Save(sink);
+        return sink.Take();
+    };
     return job;
+}
+
+std::shared_ptr<const JobInput> MakeJobInput(const Bytes& package, const std::string& where) {
+    return MakeJobInput(std::make_shared<package::XpsDocument>(package::XpsDocument::Open(
+        package::Package::Open(std::make_unique<common::MemorySource>(package), where))));
 }
 
 void ApplySentParts(package::XpsDocument& document, const std::vector<SentPart>& parts) {

@@ -3,8 +3,10 @@
 #include "platform/windows.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "devkit/package/xpsdocument.h"
@@ -37,12 +39,20 @@ struct JobInput {
     InputPart sequence;
     std::optional<InputPart> ticket;
     std::vector<DocumentInput> documents;
+    // The bytes of the document with what a filter made of it. Unset when the document is not to be changed.
+    // Throws common::Error. May be called once, when nothing more is read.
+    std::function<std::string(const std::vector<SentPart>& parts)> package;
 };
 
 // The tree of a document as it stands. Parts are read from the document when the filter asks for them; the
 // input keeps it alive. Throws common::Error.
 [[nodiscard]] std::shared_ptr<const JobInput> MakeJobInput(
     const std::shared_ptr<const package::XpsDocument>& document);
+// The same of a document that may be changed, so that the job can be packaged.
+[[nodiscard]] std::shared_ptr<const JobInput> MakeJobInput(
+    const std::shared_ptr<package::XpsDocument>& document);
+// The document that these are the bytes of. Throws common::Error, naming it by `where`.
+[[nodiscard]] std::shared_ptr<const JobInput> MakeJobInput(const Bytes& package, const std::string& where);
 
 // Puts what the filter sent into the tree of the document that it was read from: pages and documents in their
 // sending order, rewritten markup, tickets, resources and thumbnail. Parts that the filter made get a legal

@@ -73,7 +73,19 @@ PartKind KindOfContentType(std::string_view contentType) {
 Part::Part(PartKind kind, InputPart input)
     : m_kind(kind), m_input(std::move(input)), m_inputType(m_input.contentType) {}
 
-Part::Part(PartKind kind, std::string name) : m_kind(kind), m_input{std::move(name), {}, nullptr} {}
+Part::Part(PartKind kind, std::string name)
+    : m_kind(kind), m_input{std::move(name), {}, nullptr}, m_isNew(true) {}
+
+Part::Part(HandedOn, Part& part)
+    : compression(part.compression),
+      obfuscate(part.obfuscate),
+      m_kind(part.m_kind),
+      m_input(part.m_input),
+      m_isNew(part.m_isNew),
+      m_wasWritten(part.IsWritten()),
+      m_inputType(part.m_inputType) {
+    if (part.m_written != nullptr) m_input.read = [bytes = part.m_written] { return bytes; };
+}
 
 std::string Part::Title() const {
     return m_input.name.empty() ? NameOf(m_kind) : std::string(NameOf(m_kind)) + " " + m_input.name;
@@ -86,7 +98,7 @@ Bytes Part::Read() {
 
 Bytes Part::ReadPlain() {
     const Bytes bytes = Read();
-    const bool isObfuscated = m_kind == PartKind::Font && !IsNew() && m_written == nullptr &&
+    const bool isObfuscated = m_kind == PartKind::Font && !IsNew() && !IsWritten() &&
                               common::EqualIgnoringCase(m_inputType, kObfuscatedFont);
     if (!isObfuscated) return bytes;
     return std::make_shared<const std::string>(ToggleObfuscation(*bytes, Name()));
@@ -110,7 +122,7 @@ Bytes Part::ReadInput() {
 
 bool Part::IsWritten() {
     TakeWritten();
-    return m_written != nullptr;
+    return m_wasWritten || m_written != nullptr;
 }
 
 bool Part::IsBeingWritten() {

@@ -50,12 +50,16 @@ class Part {
     Part(PartKind kind, InputPart input);
     // A part that the filter makes; its bytes come with BeginWriting.
     Part(PartKind kind, std::string name);
+    // The part as the next filter gets it: its bytes as they stand, without the parts that hang on it.
+    struct HandedOn {};
+    Part(HandedOn, Part& part);
 
     [[nodiscard]] PartKind Kind() const noexcept { return m_kind; }
     [[nodiscard]] const std::string& Name() const noexcept { return m_input.name; }
     [[nodiscard]] const std::string& ContentType() const noexcept { return m_input.contentType; }
     void SetContentType(std::string type) { m_input.contentType = std::move(type); }
-    [[nodiscard]] bool IsNew() const noexcept { return m_input.read == nullptr; }
+    // Whether a filter made it, this one or one before it.
+    [[nodiscard]] bool IsNew() const noexcept { return m_isNew; }
     // "FixedPage /Documents/1/Pages/1.fpage".
     [[nodiscard]] std::string Title() const;
 
@@ -66,9 +70,9 @@ class Part {
     [[nodiscard]] Bytes ReadPlain();
     // The bytes as a package has them: those of a new font that is to be obfuscated are.
     [[nodiscard]] Bytes ReadPackaged();
-    // The input's bytes, none for a new part.
+    // The bytes as this filter was given them, none for a part that it makes.
     [[nodiscard]] Bytes ReadInput();
-    // Whether the part has bytes that the filter wrote.
+    // Whether the part has bytes that a filter wrote, this one or one before it.
     [[nodiscard]] bool IsWritten();
     // Whether a write stream is open.
     [[nodiscard]] bool IsBeingWritten();
@@ -89,7 +93,9 @@ class Part {
 
     PartKind m_kind;
     InputPart m_input;
-    std::string m_inputType;  // the content type that the input has
+    bool m_isNew = false;
+    bool m_wasWritten = false;  // by a filter before this one
+    std::string m_inputType;    // the content type that the input has
     std::weak_ptr<const std::string> m_read;
     std::shared_ptr<Writing> m_writing;
     Bytes m_written;

@@ -13,30 +13,9 @@
 
 #include "devkit/pipeline/behaviour.h"
 #include "devkit/pipeline/documentprovider.h"
-#include "devkit/pipeline/propertybags.h"
-#include "devkit/pipeline/usertoken.h"
+#include "devkit/pipeline/jobproperties.h"
 
 namespace devkit::pipeline {
-
-// The properties of a job's bag. What is null or absent is not in the bag.
-struct JobProperties {
-    std::optional<std::wstring> printerName = L"SimPrinter";
-    Bytes userTicket;  // "PerUserPrintTicket"
-    // "UserSecurityToken"; the filter is expected not to close it.
-    std::shared_ptr<const UserToken> userToken = std::make_shared<const UserToken>();
-    // "PrinterHandle", borrowed. A null handle is put into the bag as such: a printer that does not exist.
-    std::optional<HANDLE> printerHandle = nullptr;
-    std::optional<DriverValues> driverValues = DriverValues();  // "DriverPropertyBag"
-    std::optional<DriverValues> queueValues;                    // "QueuePropertyBag"
-    std::optional<ULONG> jobId = 1;                             // "PrintJobId"
-    std::optional<std::wstring> outputFile;                     // "PrintOutputFileName"
-    std::optional<std::wstring> contentType;  // "DriverMultiContentType": "XPS" or "OpenXPS"
-    Bytes jobTicket;                          // "JobPrintTicket", which waits for the job
-    Bytes deviceCapabilities;                 // "PrintDeviceCapabilities"
-    bool hasProgressReport = true;            // "ProgressReport"
-    bool hasPrintClassFactory = true;         // "PrintClassFactory"
-    PropertyValues more;                      // under names of their own, or instead of any of the others
-};
 
 enum class Apartment {
     None,            // the pipeline thread has not entered COM

@@ -1,7 +1,6 @@
 #include "devkit/pipeline/streams.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -9,7 +8,35 @@
 
 namespace devkit::pipeline {
 
+namespace {
+
+class MemoryBytes final : public ReadableBytes {
+  public:
+    explicit MemoryBytes(Bytes bytes) : m_bytes(std::move(bytes)) {}
+
+    std::uint64_t Size() override { return m_bytes->size(); }
+    std::size_t ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size, bool& isEnd) override {
+        const std::uint64_t left = offset < m_bytes->size() ? m_bytes->size() - offset : 0;
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, left));
+        if (count != 0) m_bytes->copy(static_cast<char*>(pBuffer), count, static_cast<std::size_t>(offset));
+        isEnd = count == left;
+        return count;
+    }
+
+  private:
+    const Bytes m_bytes;
+};
+
+}  // namespace
+
+std::shared_ptr<ReadableBytes> MakeReadable(Bytes bytes) {
+    return std::make_shared<MemoryBytes>(std::move(bytes));
+}
+
 ReadStream::ReadStream(ContextPtr context, const std::string& name, Bytes bytes)
+    : ReadStream(std::move(context), name, MakeReadable(std::move(bytes))) {}
+
+ReadStream::ReadStream(ContextPtr context, const std::string& name, std::shared_ptr<ReadableBytes> bytes)
     : ComIdentity(std::move(context), "ReadStream " + name), m_name(name), m_bytes(std::move(bytes)) {}
 
 HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) {
@@ -23,7 +50,7 @@ HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition)
             start = static_cast<std::int64_t>(m_position);
             break;
         case STREAM_SEEK_END:
-            start = static_cast<std::int64_t>(m_bytes->size());
+            start = static_cast<std::int64_t>(m_bytes->Size());
             break;
         default:
             return STG_E_INVALIDFUNCTION;
@@ -43,15 +70,13 @@ HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOO
         return Context().Breach("ReadBytes of " + m_name + " was called with a null pointer", E_POINTER);
     }
     const Behaviour& behaviour = Context().GetBehaviour();
-    const std::uint64_t size = m_bytes->size();
-    const std::uint64_t left = m_position < size ? size - m_position : 0;
-    ULONG count = static_cast<ULONG>(std::min<std::uint64_t>(cbWanted, left));
-    if (behaviour.maxBytesPerRead != 0) count = std::min(count, behaviour.maxBytesPerRead);
-    std::memcpy(pBuffer, m_bytes->data() + (count == 0 ? 0 : m_position), count);
+    const ULONG most = behaviour.maxBytesPerRead;
+    bool isEnd = false;
+    const std::size_t count =
+        m_bytes->ReadAt(m_position, pBuffer, most == 0 ? cbWanted : std::min(cbWanted, most), isEnd);
     m_position += count;
-    *pcbRead = count;
-    const bool atEnd = m_position >= size;
-    *pEndOfFile = atEnd && (count == 0 || behaviour.endFlag == EndFlag::WithLastData) ? TRUE : FALSE;
+    *pcbRead = static_cast<ULONG>(count);
+    *pEndOfFile = isEnd && (count == 0 || behaviour.endFlag == EndFlag::WithLastData) ? TRUE : FALSE;
     return S_OK;
 }
 
@@ -80,11 +105,11 @@ HRESULT ReadStreamFactory::GetStream(IPrintReadStream** ppStream) {
 
 void Writing::Close() { m_closed = std::make_shared<const std::string>(std::exchange(m_open, {})); }
 
-WriteStream::WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<Writing> writing)
-    : ComIdentity(std::move(context), "WriteStream " + name), m_name(name), m_writing(std::move(writing)) {}
+WriteStream::WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<WritableBytes> target)
+    : ComIdentity(std::move(context), "WriteStream " + name), m_name(name), m_target(std::move(target)) {}
 
 WriteStream::~WriteStream() {
-    if (!m_writing->IsClosed())
+    if (!m_target->IsClosed())
         Context().LeftOpen("the write stream of " + m_name + " was released without Close");
 }
 
@@ -96,10 +121,10 @@ HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten
         if (pBuffer == nullptr || pcbWritten == nullptr) {
             return Context().Breach("WriteBytes of " + m_name + " was called with a null pointer", E_POINTER);
         }
-        if (m_writing->IsClosed()) return Context().Breach("WriteBytes of " + m_name + " came after Close");
+        if (m_target->IsClosed()) return Context().Breach("WriteBytes of " + m_name + " came after Close");
         const ULONG most = Context().GetBehaviour().maxBytesPerWrite;
         const ULONG count = most == 0 ? cb : std::min(cb, most);
-        m_writing->Append(pBuffer, count);
+        m_target->Append(pBuffer, count);
         *pcbWritten = count;
         return S_OK;
     });
@@ -108,9 +133,9 @@ HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten
 void WriteStream::Close() {
     static_cast<void>(common::Guarded([&]() -> HRESULT {
         Context().Calls().Note("IPrintWriteStream::Close", m_name);
-        if (m_writing->IsClosed())
+        if (m_target->IsClosed())
             return Context().Breach("the write stream of " + m_name + " was closed twice");
-        m_writing->Close();
+        m_target->Close();
         return S_OK;
     }));
 }

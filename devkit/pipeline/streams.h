@@ -14,13 +14,36 @@ namespace devkit::pipeline {
 // The bytes of a part, never changed once they are shared.
 using Bytes = std::shared_ptr<const std::string>;
 
-// A read stream over bytes in memory, for one thread at a time. Reads deliver at most what the behaviour
-// allows. A position after the end is permitted and reads nothing; one before the start gives
-// STG_E_SEEKERROR, an unknown origin STG_E_INVALIDFUNCTION, and the position stays.
+// What a read stream reads.
+class ReadableBytes {
+  public:
+    virtual ~ReadableBytes() = default;
+    // How many there are; may wait for the end.
+    [[nodiscard]] virtual std::uint64_t Size() = 0;
+    // Up to `size` bytes from `offset`, none past the end; may wait for the first of them. `isEnd` tells
+    // whether none follow.
+    virtual std::size_t ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size, bool& isEnd) = 0;
+};
+
+[[nodiscard]] std::shared_ptr<ReadableBytes> MakeReadable(Bytes bytes);
+
+// What a write stream writes to.
+class WritableBytes {
+  public:
+    virtual ~WritableBytes() = default;
+    virtual void Append(const void* pBytes, std::size_t size) = 0;
+    virtual void Close() = 0;
+    [[nodiscard]] virtual bool IsClosed() const = 0;
+};
+
+// A read stream, for one thread at a time. Reads deliver at most what the behaviour allows. A position after
+// the end is permitted and reads nothing; one before the start gives STG_E_SEEKERROR, an unknown origin
+// STG_E_INVALIDFUNCTION, and the position stays.
 class ReadStream final : public ComObject<IPrintReadStream> {
   public:
     // `name` is the part's, for descriptions.
     ReadStream(ContextPtr context, const std::string& name, Bytes bytes);
+    ReadStream(ContextPtr context, const std::string& name, std::shared_ptr<ReadableBytes> bytes);
 
     HRESULT STDMETHODCALLTYPE Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) override;
     HRESULT STDMETHODCALLTYPE ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead,
@@ -28,7 +51,7 @@ class ReadStream final : public ComObject<IPrintReadStream> {
 
   private:
     std::string m_name;
-    Bytes m_bytes;
+    std::shared_ptr<ReadableBytes> m_bytes;
     std::uint64_t m_position = 0;
 };
 
@@ -53,26 +76,28 @@ class ReadStreamFactory final : public ComObject<IPrintReadStreamFactory> {
 };
 
 // What was written for one part, shared by the write stream and the part.
-class Writing {
+class Writing final : public WritableBytes {
   public:
-    // Whether the stream was closed; only then the bytes count.
-    [[nodiscard]] bool IsClosed() const noexcept { return m_closed != nullptr; }
+    // Only when the stream was closed do the bytes count.
+    [[nodiscard]] bool IsClosed() const override { return m_closed != nullptr; }
     // What was written, null until the stream was closed.
     [[nodiscard]] const Bytes& Written() const noexcept { return m_closed; }
 
-    void Append(const void* data, std::size_t size) { m_open.append(static_cast<const char*>(data), size); }
-    void Close();
+    void Append(const void* pBytes, std::size_t size) override {
+        m_open.append(static_cast<const char*>(pBytes), size);
+    }
+    void Close() override;
 
   private:
     std::string m_open;
     Bytes m_closed;
 };
 
-// A write stream into memory, for one thread at a time. Writing or closing after Close is a breach; releasing
+// A write stream, for one thread at a time. Writing or closing after Close is a breach; releasing
 // without Close is noted in the context.
 class WriteStream final : public ComObject<IPrintWriteStream, IPrintWriteStreamFlush> {
   public:
-    WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<Writing> writing);
+    WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<WritableBytes> target);
 
     HRESULT STDMETHODCALLTYPE WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) override;
     void STDMETHODCALLTYPE Close() override;
@@ -82,7 +107,7 @@ class WriteStream final : public ComObject<IPrintWriteStream, IPrintWriteStreamF
     ~WriteStream() override;
 
     std::string m_name;
-    std::shared_ptr<Writing> m_writing;
+    std::shared_ptr<WritableBytes> m_target;
 };
 
 }  // namespace devkit::pipeline

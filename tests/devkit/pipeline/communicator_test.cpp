@@ -1,5 +1,7 @@
 #include "devkit/pipeline/communicator.h"
 
+#include "devkit/pipeline/documentconsumer.h"
+#include "devkit/pipeline/documentprovider.h"
 #include "devkit/pipeline/fixture.h"
 
 namespace devkit::pipeline {
@@ -12,8 +14,9 @@ class CommunicatorTest : public PipelineTest {
     ComPtr<Communicator> Make() {
         return MakeObject<Communicator>(
             Context(),
-            MakeObject<DocumentProvider>(Context(), SampleJob(), std::vector<ExtraPart>(), nullptr),
-            MakeObject<DocumentConsumer>(Context()));
+            StreamEnd::Of<IXpsDocumentProvider>(MakeObject<DocumentProvider>(
+                Context(), std::make_shared<JobParts>(SampleJob()), std::vector<ExtraPart>(), nullptr)),
+            StreamEnd::Of<IXpsDocumentConsumer>(MakeObject<DocumentConsumer>(Context())));
     }
     static ComPtr<IUnknown> Reader(Communicator& communicator, HRESULT expected = S_OK) {
         void* reader = nullptr;
@@ -76,6 +79,26 @@ TEST_F(CommunicatorTest, FailsAsPlanned) {
     EXPECT_FALSE(Reader(*communicator.Get(), E_ACCESSDENIED));
     EXPECT_FALSE(Writer(*communicator.Get(), E_OUTOFMEMORY));
     EXPECT_FALSE(communicator->WriterGiven());
+}
+
+TEST_F(CommunicatorTest, GivesByteStreamsAsTheInterfacesThatTheyAre) {
+    const auto target = std::make_shared<Writing>();
+    const auto communicator = MakeObject<Communicator>(
+        Context(),
+        StreamEnd::Of<IPrintReadStream>(
+            MakeObject<ReadStream>(Context(), "input", std::make_shared<const std::string>("bytes"))),
+        StreamEnd::Of<IPrintWriteStream>(MakeObject<WriteStream>(Context(), "output", target)));
+    void* end = nullptr;
+    ASSERT_EQ(S_OK, communicator->RequestReader(&end));
+    const auto reader = ComPtr<IPrintReadStream>::Adopt(static_cast<IPrintReadStream*>(end));
+    EXPECT_EQ("bytes", ReadAll(reader.Get()));
+    ASSERT_EQ(S_OK, communicator->RequestWriter(&end));
+    const auto writer = ComPtr<IPrintWriteStream>::Adopt(static_cast<IPrintWriteStream*>(end));
+    ULONG count = 0;
+    EXPECT_EQ(S_OK, writer->WriteBytes("new", 3, &count));
+    writer->Close();
+    ASSERT_TRUE(target->Written());
+    EXPECT_EQ("new", *target->Written());
 }
 
 TEST_F(CommunicatorTest, RefusesNullPointers) {

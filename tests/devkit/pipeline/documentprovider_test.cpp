@@ -13,7 +13,8 @@ class DocumentProviderTest : public PipelineTest {
   protected:
     ComPtr<DocumentProvider> Provider(std::shared_ptr<const JobInput> job,
                                       std::vector<ExtraPart> extra = {}) {
-        return MakeObject<DocumentProvider>(Context(), std::move(job), std::move(extra), nullptr);
+        return MakeObject<DocumentProvider>(Context(), std::make_shared<JobParts>(std::move(job)),
+                                            std::move(extra), nullptr);
     }
 
     static std::string Next(DocumentProvider& provider) {

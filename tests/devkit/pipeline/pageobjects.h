@@ -11,8 +11,8 @@ class PartsTest : public PipelineTest {
   protected:
     // Part N of the job, counted from 1.
     platform::ComPtr<IUnknown> PartNumber(unsigned number, std::shared_ptr<JobInput> job = SampleJob()) {
-        const auto provider =
-            MakeObject<DocumentProvider>(Context(), std::move(job), std::vector<ExtraPart>(), nullptr);
+        const auto provider = MakeObject<DocumentProvider>(
+            Context(), std::make_shared<JobParts>(std::move(job)), std::vector<ExtraPart>(), nullptr);
         platform::ComPtr<IUnknown> part;
         for (unsigned i = 0; i < number; ++i) EXPECT_EQ(provider->GetXpsPart(part.Put()), S_OK);
         return part;

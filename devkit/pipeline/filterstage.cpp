@@ -1,0 +1,237 @@
+#include "devkit/pipeline/filterstage.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "devkit/common/hresult.h"
+#include "devkit/pipeline/pipelinethread.h"
+#include "platform/utf.h"
+#include "platform/variant.h"
+
+namespace devkit::pipeline {
+namespace {
+
+using platform::ComPtr;
+
+// How long the provider waits for ShutdownOperation to return before it answers all the same: a filter whose
+// ShutdownOperation waits for its own loop to end must not be locked up by the kit.
+constexpr std::chrono::seconds kShutdownFirst{1};
+
+// The references to an object, the caller's own among them, as far as its Release tells.
+ULONG ReferencesTo(IUnknown& object) {
+    object.AddRef();
+    return object.Release();
+}
+
+// Joins a thread that has ended its work, leaves one that hangs to itself.
+void LetGo(std::thread& thread, bool ended) {
+    if (!thread.joinable()) return;
+    if (ended) {
+        thread.join();
+    } else {
+        thread.detach();
+    }
+}
+
+}  // namespace
+
+bool RunOutcome::IsWhole() const {
+    const auto sent = [this](PartKind kind) {
+        return std::any_of(parts.begin(), parts.end(),
+                           [kind](const SentPart& part) { return part.kind == kind; });
+    };
+    return SUCCEEDED(result) && !hung && !cancelled && senderClosed && inputFailures.empty() &&
+           std::all_of(shutdownCodes.begin(), shutdownCodes.end(),
+                       [](HRESULT hr) { return SUCCEEDED(hr); }) &&
+           (output == DataKind::Stream ||
+            (sent(PartKind::XpsDocument) && sent(PartKind::FixedDocumentSequence)));
+}
+
+FilterStage::FilterStage(std::string name, std::shared_ptr<FilterSource> source, RunOptions options,
+                         StageEnds ends, std::shared_ptr<RunSignal> signal)
+    : m_options(std::move(options)),
+      m_source(std::move(source)),
+      m_ends(std::move(ends)),
+      m_signal(std::move(signal)),
+      m_context(std::make_shared<RunContext>(m_options.behaviour)) {
+    m_outcome.filter = std::move(name);
+    m_outcome.output = m_ends.output;
+}
+
+void FilterStage::MakeObjects() {
+    m_filter = m_source->CreateFilter();
+    StreamEnd reader = MakeReader();
+    StreamEnd writer = MakeWriter();
+    m_control = MakeObject<PipelineControl>(m_context);
+    m_bag = MakeObject<PropertyBag>(m_context);
+    m_communicator = MakeObject<Communicator>(m_context, std::move(reader), std::move(writer));
+    m_progress = pipeline::FillBag(*m_bag.Get(), m_context, m_options.properties);
+}
+
+StreamEnd FilterStage::MakeReader() {
+    if (m_ends.bytes != nullptr) {
+        return StreamEnd::Of<IPrintReadStream>(MakeObject<ReadStream>(m_context, "the input", m_ends.bytes));
+    }
+    m_provider = MakeObject<DocumentProvider>(m_context, m_ends.parts, m_options.extraParts,
+                                              [stage = weak_from_this()](unsigned number) {
+                                                  if (const auto alive = stage.lock())
+                                                      alive->PartAsked(number);
+                                              });
+    return StreamEnd::Of<IXpsDocumentProvider>(m_provider);
+}
+
+StreamEnd FilterStage::MakeWriter() {
+    if (m_ends.output == DataKind::Stream) {
+        return StreamEnd::Of<IPrintWriteStream>(
+            MakeObject<WriteStream>(m_context, "the output", m_ends.written));
+    }
+    m_consumer = MakeObject<DocumentConsumer>(m_context, m_ends.nextParts);
+    return StreamEnd::Of<IXpsDocumentConsumer>(m_consumer);
+}
+
+HRESULT FilterStage::Initialize() {
+    m_context->SetInitializing(true);
+    m_outcome.initialized = CallFilter(*m_context, "InitializeFilter", [this] {
+        return m_filter->InitializeFilter(m_communicator.Get(), m_bag.Get(), m_control.Get());
+    });
+    m_context->SetInitializing(false);
+    if (FAILED(m_outcome.initialized)) m_outcome.result = m_outcome.initialized;
+    return m_outcome.initialized;
+}
+
+void FilterStage::Start() {
+    m_started = true;
+    m_pipelineThread = std::thread([stage = shared_from_this()] {
+        const HRESULT returned = RunPipelineThread(*stage->m_filter.Get(), *stage->m_context,
+                                                   stage->m_options.apartment == Apartment::SingleThreaded,
+                                                   stage->m_options.onPipelineThread);
+        if (stage->onEnded) stage->onEnded(returned);
+        {
+            const std::lock_guard guard(stage->m_signal->lock);
+            stage->m_result = returned;
+        }
+        stage->m_signal->changed.notify_all();
+    });
+}
+
+void FilterStage::StartShutdown() {
+    m_shutdownStarted = true;
+    m_context->Cancel();
+    m_shutdownThread = std::thread([stage = shared_from_this()] {
+        const HRESULT returned = CallFilter(*stage->m_context, "ShutdownOperation",
+                                            [&] { return stage->m_filter->ShutdownOperation(); });
+        {
+            const std::lock_guard guard(stage->m_signal->lock);
+            stage->m_shutdownOperation = returned;
+        }
+        stage->m_signal->changed.notify_all();
+    });
+}
+
+bool FilterStage::HasAskedForShutdown() const {
+    return std::ranges::any_of(m_control->ShutdownCodes(), [](HRESULT hr) { return FAILED(hr); });
+}
+
+bool FilterStage::HasFailed() const { return m_result && (FAILED(*m_result) || HasAskedForShutdown()); }
+
+void FilterStage::PartAsked(unsigned number) {
+    {
+        const std::lock_guard guard(m_hookLock);
+        if (m_options.onPart != nullptr && !m_abandoned) m_options.onPart(number);
+    }
+    if (onAsked) onAsked(number);
+}
+
+void FilterStage::WaitForShutdown(std::unique_lock<std::mutex>& guard, bool isStartEnough) {
+    m_signal->changed.wait_for(guard, kShutdownFirst, [this, isStartEnough] {
+        return isStartEnough ? m_shutdownStarted : m_shutdownOperation.has_value();
+    });
+}
+
+void FilterStage::Join() {
+    m_outcome.cancelled = m_shutdownStarted;
+    m_outcome.shutdownOperation = m_shutdownOperation;
+    m_outcome.hung = !IsOver();
+    if (m_result) m_outcome.result = *m_result;
+    if (m_outcome.hung) {
+        const std::lock_guard guard(m_hookLock);
+        m_abandoned = true;
+    }
+    LetGo(m_pipelineThread, m_result.has_value());
+    LetGo(m_shutdownThread, m_shutdownOperation.has_value());
+}
+
+void FilterStage::Report() {
+    m_outcome.shutdownCodes = m_control->ShutdownCodes();
+    m_outcome.finishedCount = m_control->FinishedCount();
+    m_outcome.senderClosed = m_consumer ? m_consumer->IsClosed() : m_ends.written->IsClosed();
+    if (m_consumer) m_outcome.parts = m_consumer->Sent();
+    if (m_provider) m_outcome.lastPart = m_provider->LastGiven();
+    m_outcome.inputFailures = m_context->InputFailures();
+    m_outcome.calls = m_context->Calls().Text();
+    m_outcome.missing = m_context->MissingThings();
+    if (m_progress) m_outcome.progress = m_progress->Counts();
+    m_outcome.unstruckFaults = m_context->Calls().UnstruckFaults();
+    ReportBreaches();
+}
+
+void FilterStage::ReportBreaches() {
+    const std::string limit = std::to_string(m_options.stopTimeout.count()) + " ms of ";
+    const bool isWithoutSequence =
+        m_consumer && std::ranges::none_of(m_outcome.parts, [](const SentPart& part) {
+            return part.kind == PartKind::FixedDocumentSequence;
+        });
+    if (m_outcome.hung && m_outcome.shutdownOperation) {
+        m_context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
+    } else if (m_outcome.hung) {
+        m_context->Breach("ShutdownOperation did not return within " + limit + "its call");
+    } else if (m_consumer && m_communicator->WriterGiven() && !m_outcome.senderClosed) {
+        m_context->Breach("CloseSender was never called");
+    } else if (SUCCEEDED(m_outcome.result) && !m_outcome.cancelled && isWithoutSequence) {
+        m_context->Breach("the filter succeeded without having sent the FixedDocumentSequence");
+    }
+}
+
+void FilterStage::Release() {
+    if (m_outcome.hung) return;
+    if (m_consumer) m_consumer->ReleaseForeignParts();
+    const ULONG references = ReferencesTo(*m_filter.Get());
+    if (references != 1) {
+        m_context->Breach("the filter is still referenced " + std::to_string(references - 1) +
+                          " times beside the host's own reference");
+    }
+    if (m_options.lastRelease == LastRelease::OtherThread) {
+        std::thread([this] { m_filter.Reset(); }).join();
+    }
+    m_filter.Reset();
+    m_communicator.Reset();
+    m_progress.Reset();
+    m_bag.Reset();
+    m_control.Reset();
+    m_consumer.Reset();
+    m_provider.Reset();
+}
+
+void FilterStage::LookForLeftovers() {
+    if (m_outcome.hung) return;
+    for (const std::string& object : m_context->LiveObjects()) m_context->Breach("never released: " + object);
+    const auto& userToken = m_options.properties.userToken;
+    if (userToken != nullptr && !userToken->IsOpen())
+        m_context->Breach("the filter closed the handle of UserSecurityToken");
+    const HRESULT canUnload = m_source->CanUnloadNow();
+    if (canUnload != S_OK) {
+        m_context->Breach("DllCanUnloadNow answers " + common::Describe(canUnload) +
+                          " after the last release");
+    }
+    if (FAILED(m_outcome.result) || m_outcome.cancelled) return;
+    for (const std::string& stream : m_context->LeftOpen()) m_context->Breach(stream);
+}
+
+RunOutcome FilterStage::TakeOutcome() {
+    m_outcome.breaches = m_context->Breaches().Lines();
+    return std::move(m_outcome);
+}
+
+std::string FilterStage::LastPart() const { return m_provider ? m_provider->LastGiven() : std::string(); }
+
+}  // namespace devkit::pipeline
