@@ -185,7 +185,7 @@ void FilterStage::ReportBreaches() {
         m_context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
     } else if (m_outcome.hung) {
         m_context->Breach("ShutdownOperation did not return within " + limit + "its call");
-    } else if (m_consumer && m_communicator->WriterGiven() && !m_outcome.senderClosed) {
+    } else if (m_started && m_consumer && m_communicator->WriterGiven() && !m_outcome.senderClosed) {
         m_context->Breach("CloseSender was never called");
     } else if (SUCCEEDED(m_outcome.result) && !m_outcome.cancelled && isWithoutSequence) {
         m_context->Breach("the filter succeeded without having sent the FixedDocumentSequence");

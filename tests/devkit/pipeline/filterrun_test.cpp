@@ -489,6 +489,16 @@ VARTYPE TypeOf(GivenToFilter& given, const wchar_t* name) {
                                                                 : static_cast<VARTYPE>(VT_EMPTY);
 }
 
+TEST_F(FilterRunTest, AFilterThatFailsToInitialiseNeedNotCloseTheWriterThatItTook) {
+    const RunOutcome outcome = RunScript({.initialize = [](GivenToFilter& given) {
+        ComPtr<IXpsDocumentConsumer> writer;
+        EXPECT_EQ(S_OK, given.communicator->RequestWriter(writer.PutVoid()));
+        return E_FAIL;
+    }});
+    EXPECT_EQ(E_FAIL, outcome.result);
+    EXPECT_EQ(Lines{}, outcome.breaches);
+}
+
 TEST_F(FilterRunTest, TheBagHasTheDocumentedEntries) {
     RunOptions options;
     JobProperties& properties = options.properties;
