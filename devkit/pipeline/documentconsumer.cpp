@@ -110,7 +110,7 @@ HRESULT DocumentConsumer::CloseSender() {
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentConsumer::CloseSender"); FAILED(hr))
             return hr;
         if (closedBefore && !Context().IsCancelled()) return Context().Breach("CloseSender was called twice");
-        if (m_next != nullptr) m_next->Close();
+        // The next filter learns of the end when this one has ended well; after a failure it is cut off.
         return S_OK;
     });
 }
