@@ -167,7 +167,9 @@ class Workshop:
     def archive(self, original, members):
         copy = os.path.join(self.folder, os.path.basename(original))
         if not os.path.exists(copy):
-            self.call([self.build.archiver, "qcs", "--thin", copy, *members], RuntimeError)
+            # By their full paths: the linker looks for the members of a thin archive from where the archive lies.
+            paths = [os.path.join(self.build.folder, member) for member in members]
+            self.call([self.build.archiver, "qcs", "--thin", copy, *paths], RuntimeError)
         return copy
 
     def compile(self, name, file):
