@@ -5,8 +5,8 @@
 
 #include "base/xml/xmlmarger.h"
 #include "base/xml/xmlutility.h"
-#include "base/xps/printschema/namespaces.h"
 #include "base/xps/printschema/printticketstructurecomparator.h"
+#include "base/xps/printschema/schemabase.h"
 
 namespace bench {
 namespace {

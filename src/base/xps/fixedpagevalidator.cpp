@@ -7,9 +7,7 @@
 #include "base/logging/check.h"
 #include "base/xps/fixedpagecontenthandler.h"
 #include "base/xps/fixedpagesaxconvertor.h"
-#include "base/xps/nextorientation.h"
 #include "base/xps/pageticket.h"
-#include "base/xps/printschema/mediascalefactor.h"
 #include "base/xps/printschema/mediasizetable.h"
 #include "platform/bstr.h"
 
@@ -88,7 +86,7 @@ void FixedPageValidator::NormalizeOrientation() {
         return;
     }
     m_mediaSize.Rotate();
-    m_pageOrientation.SetOptionId(NextOrientation(orientation));
+    m_pageOrientation.SetOptionId(PageOrientationData::Next(orientation));
 }
 
 bool FixedPageValidator::MustTurn() const noexcept {

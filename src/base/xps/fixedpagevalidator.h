@@ -3,7 +3,7 @@
 #include "platform/windows.h"
 
 #include "base/xps/fixedpagesource.h"
-#include "base/xps/printschema/imageablearea.h"
+#include "base/xps/printschema/imageableareahandler.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/mediasizedata.h"
 #include "base/xps/printschema/pageorientationdata.h"

@@ -7,7 +7,7 @@
 #include "base/logging/check.h"
 #include "base/logging/log.h"
 #include "base/xml/xmlutility.h"
-#include "base/xps/printschema/namespaces.h"
+#include "base/xps/printschema/schemabase.h"
 #include "base/xps/printschema/ticketdocument.h"
 #include "platform/variant.h"
 

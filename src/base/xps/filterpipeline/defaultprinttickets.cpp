@@ -6,7 +6,7 @@
 #include "base/logging/log.h"
 #include "base/xml/xmlutility.h"
 #include "base/xps/filterpipeline/driverpropertybag.h"
-#include "base/xps/printschema/namespaces.h"
+#include "base/xps/printschema/schemabase.h"
 
 namespace base::xps::filterpipeline {
 namespace {

@@ -1,5 +1,6 @@
 #include "base/xps/printschema/imageableareahandler.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -33,6 +34,14 @@ namespace {
     return handler.PropertyQuery({SchemaNamespace::Keywords, propertyName});
 }
 
+[[nodiscard]] bool HasArea(const MediaDimensions& size) noexcept { return size.width > 0 && size.height > 0; }
+
+[[nodiscard]] MediaDimensions SizeToFill(const MediaSizeOption& medium, ImageableAreaSource* pSource) {
+    ImageableAreaInfo area;
+    const bool known = pSource != nullptr && SUCCEEDED(pSource->GetImageableArea(medium, area));
+    return known ? area.extent : medium.size;
+}
+
 }  // namespace
 
 HRESULT ImageableAreaHandler::GetImageableArea(const MediaSizeOption& mediaSize, ImageableAreaInfo& area) {
@@ -55,6 +64,14 @@ HRESULT ImageableAreaHandler::GetImageableArea(const MediaSizeOption& mediaSize,
         if (FAILED(hr)) return hr;
     }
     return S_OK;
+}
+
+double MediaScaleFactor(const MediaDimensions& current, const MediaSizeOption& fallback,
+                        ImageableAreaSource* pSource) {
+    const MediaDimensions filled = SizeToFill(fallback, pSource);
+    if (!HasArea(current) || !HasArea(filled)) return 1.0;
+    return std::min(static_cast<double>(filled.width) / current.width,
+                    static_cast<double>(filled.height) / current.height);
 }
 
 }  // namespace base::xps::printschema

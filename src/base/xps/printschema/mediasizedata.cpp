@@ -1,12 +1,13 @@
 #include "base/xps/printschema/mediasizedata.h"
 
+#include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "base/logging/check.h"
 #include "base/logging/exceptions.h"
-#include "base/xps/printschema/measurementsystem.h"
 #include "base/xps/printschema/privateprefix.h"
 #include "platform/comptr.h"
 
@@ -27,6 +28,15 @@ void AppendLength(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, co
     ThrowIfFailed(handler.CreateIntegerScoredProperty(name, micrometres, pProperty.Put()));
     ComPtr<IXMLDOMNode> pAppended;
     ThrowIfFailed(pOption->appendChild(pProperty.Get(), pAppended.Put()));
+}
+
+// By the user's locale, which counts as metric when it cannot be asked. Any setting but exactly "1" means the
+// metric system.
+[[nodiscard]] bool IsUserLocaleMetric() noexcept {
+    wchar_t setting[2] = {};
+    const int length =
+        GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_IMEASURE, setting, static_cast<int>(std::size(setting)));
+    return length == 0 || std::wstring_view(setting) != L"1";
 }
 
 [[nodiscard]] MediaSizeOption UsualMediaSize() {

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "base/xps/printschema/mediasizetable.h"
-#include "base/xps/printschema/printablemediarange.h"
+#include "base/xps/printschema/printablemediasizedata.h"
 #include "base/xps/printschema/printschema.h"
 #include "base/xps/printschema/printticketfunctionoption.h"
 #include "base/xps/printschema/printticketprovider.h"

@@ -1,5 +1,7 @@
 #include "base/xps/printschema/pageorientationdata.h"
 
+#include "base/logging/check.h"
+
 namespace base::xps::printschema {
 
 PageOrientationData::PageOrientationData() : PrintTicketFunctionOption(0, Portrait) {}
@@ -14,6 +16,21 @@ const SchemaBase& PageOrientationData::GetFeatureNames() const {
 
 const SchemaBase& PageOrientationData::GetOptionNames() const {
     return PageOrientationOptionNames::Instance();
+}
+
+std::int32_t PageOrientationData::Next(std::int32_t optionId) {
+    switch (optionId) {
+        case Landscape:
+            return Portrait;
+        case Portrait:
+            return ReverseLandscape;
+        case ReverseLandscape:
+            return ReversePortrait;
+        case ReversePortrait:
+            return Landscape;
+        default:
+            logging::Throw<exception::Error>("Unexpected Option Id.");
+    }
 }
 
 }  // namespace base::xps::printschema

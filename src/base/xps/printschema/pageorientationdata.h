@@ -23,6 +23,10 @@ class PageOrientationData : public PrintTicketFunctionOption {
     [[nodiscard]] std::uint32_t FeatureIndexOfScope(Scope scope) const override;
     [[nodiscard]] const SchemaBase& GetFeatureNames() const override;
     [[nodiscard]] const SchemaBase& GetOptionNames() const override;
+
+    // The option that a page of the given one has after a quarter turn of its sheet: the next in the order of
+    // the constants, and the first after the last. base::exception::Error for an id that is none of the four.
+    [[nodiscard]] static std::int32_t Next(std::int32_t optionId);
 };
 
 }  // namespace base::xps::printschema

@@ -4,11 +4,23 @@
 
 #include <cstdint>
 
-#include "base/xps/printschema/printablemediarange.h"
+#include "base/xps/printschema/mediasizetable.h"
 #include "base/xps/printschema/printschema.h"
 #include "base/xps/printschema/printticketfunctionoption.h"
 
 namespace base::xps::printschema {
+
+// The sheets that the printer accepts: from the minimum to the maximum, both included, width and height each
+// for itself.
+struct PrintableMediaRange {
+    MediaDimensions minimum;
+    MediaDimensions maximum;
+
+    [[nodiscard]] constexpr bool Contains(const MediaDimensions& size) const noexcept {
+        return size.height <= maximum.height && size.width <= maximum.width &&
+               size.height >= minimum.height && size.width >= minimum.width;
+    }
+};
 
 // The maker's own feature that states the smallest and the largest sheet that the printer accepts.
 class PrintableMediaSizeData : public PrintTicketFunctionOption {

@@ -6,7 +6,6 @@
 
 #include "base/logging/check.h"
 #include "base/logging/exceptions.h"
-#include "base/xps/printschema/namespaces.h"
 #include "platform/inorder.h"
 #include "platform/variant.h"
 

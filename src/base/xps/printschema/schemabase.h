@@ -7,6 +7,16 @@
 
 namespace base::xps::printschema {
 
+// The namespaces of print tickets and capabilities.
+inline constexpr wchar_t kFrameworkNamespace[] =
+    L"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
+inline constexpr wchar_t kKeywordsNamespace[] =
+    L"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
+// The maker's own: every private feature, option and property of the driver is in it.
+inline constexpr wchar_t kPrivateNamespace[] = L"http://schemas.pagevalidate.example/printing/ptpc/2008/11";
+inline constexpr wchar_t kXmlSchemaNamespace[] = L"http://www.w3.org/2001/XMLSchema";
+inline constexpr wchar_t kXmlSchemaInstanceNamespace[] = L"http://www.w3.org/2001/XMLSchema-instance";
+
 // Which namespace a name belongs to. What its prefix is in a document is known to PrintSchemaHandler.
 enum class SchemaNamespace : std::uint32_t {
     Keywords = 0,

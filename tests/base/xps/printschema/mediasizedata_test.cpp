@@ -449,16 +449,27 @@ TEST_P(MediaSizeSelectionTest, TheLimitsAreInTheRange) {
 TEST_P(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
     Put(kPTJobScope, L"ISOA3");
     const MediaDimensions most = {215900, 297000};
-    {
-        const MeasurementSetting metric(L"0");
-        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4}));
+    for (const wchar_t* setting : {L"0", L"2", L""}) {
+        const MeasurementSetting metric(setting);
+        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4})) << setting;
     }
     {
         const MeasurementSetting us(L"1");
         EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"NorthAmericaLetter", 94, Letter}));
     }
-    const MeasurementSetting unreadable(std::nullopt);
-    EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4}));
+    for (const auto& setting :
+         {std::optional<std::wstring_view>(), std::optional<std::wstring_view>(L"11")}) {
+        const MeasurementSetting unreadable(setting);
+        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4}));
+    }
+}
+
+TEST_P(MediaSizeSelectionTest, WithoutAReplacementTheSystemsOwnLocaleDecides) {
+    Put(kPTJobScope, L"ISOA3");
+    wchar_t setting[2] = {};
+    ASSERT_NE(0, GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_IMEASURE, setting, 2));
+    EXPECT_EQ(setting[0] == L'1' ? L"NorthAmericaLetter" : L"ISOA4",
+              Select({1, 1}, {215900, 297000}, Scope::Job).keyword);
 }
 
 TEST_P(MediaSizeSelectionTest, ARangeThatNothingFitsGivesItsSmallestSheet) {

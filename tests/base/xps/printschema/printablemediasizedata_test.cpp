@@ -9,7 +9,6 @@
 
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
-#include "base/xps/printschema/namespaces.h"
 #include "domtext.h"
 #include "handlertest.h"
 #include "platform/comptr.h"

@@ -1,10 +1,9 @@
 // Finding and reading elements.
 
+#include <limits>
 #include <optional>
 
 #include "base/xps/printschema/printschemahandler.h"
-#include "base/xps/printschema/valuetext.h"
-#include "base/xps/printschema/xpathliteral.h"
 #include "platform/inorder.h"
 #include "platform/variant.h"
 
@@ -18,6 +17,54 @@ using platform::Variant;
 using platform::Yielded;
 
 namespace {
+
+// The text as an XPath 1.0 string: between double quotes, or, since XPath knows no escapes, put together from
+// pieces when it holds a double quote itself.
+[[nodiscard]] std::wstring XPathLiteral(std::wstring_view text) {
+    std::wstring pieces = L"\"";
+    for (const wchar_t character : text) {
+        if (character == L'"') {
+            pieces += L"\", '\"', \"";
+        } else {
+            pieces += character;
+        }
+    }
+    pieces += L'"';
+    return text.find(L'"') == std::wstring_view::npos ? pieces : L"concat(" + pieces + L")";
+}
+
+// White space as XML has it.
+[[nodiscard]] std::wstring_view Trimmed(std::wstring_view text) {
+    constexpr std::wstring_view space = L" \t\r\n";
+    const std::size_t first = text.find_first_not_of(space);
+    if (first == std::wstring_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(space) - first + 1);
+}
+
+// A decimal number with an optional sign and white space round it; nothing when it is not one or does not
+// fit into 32 bits.
+[[nodiscard]] std::optional<std::int32_t> ParseInteger(std::wstring_view text) {
+    std::wstring_view digits = Trimmed(text);
+    const bool isNegative = digits.starts_with(L'-');
+    if (isNegative || digits.starts_with(L'+')) digits.remove_prefix(1);
+    if (digits.empty()) return std::nullopt;
+
+    constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
+    std::int64_t value = 0;
+    for (const wchar_t digit : digits) {
+        if (digit < L'0' || digit > L'9') return std::nullopt;
+        value = value * 10 + (digit - L'0');
+        if (value > limit + (isNegative ? 1 : 0)) return std::nullopt;
+    }
+    return static_cast<std::int32_t>(isNegative ? -value : value);
+}
+
+// What follows the first colon of a qualified name with white space round it; a bare word as it is.
+[[nodiscard]] std::wstring_view LocalPart(std::wstring_view text) {
+    const std::wstring_view name = Trimmed(text);
+    const std::size_t colon = name.find(L':');
+    return colon == std::wstring_view::npos ? name : name.substr(colon + 1);
+}
 
 // What the feature classes are told when there is no such thing.
 [[nodiscard]] HRESULT FailedIfAbsent(HRESULT hr) noexcept {

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/xps/printschema/printschemahandler.h"
 #include "handlertest.h"
@@ -27,6 +29,11 @@ constexpr SchemaNamespace Private = SchemaNamespace::Private;
 const Qname JobInputBin = {Keywords, L"JobInputBin"};
 const Qname FeedDirection = {Keywords, L"FeedDirection"};
 
+// The property psk:P with a value.
+std::wstring PropertyOf(std::wstring_view value) {
+    return tests::Property(L"psk:P", L"<psf:Value>" + std::wstring(value) + L"</psf:Value>");
+}
+
 class SchemaReadingTest : public HandlerTest {
   protected:
     const PrintTicketHandler& Open(std::wstring_view body, std::wstring_view declarations = {}) {
@@ -35,6 +42,11 @@ class SchemaReadingTest : public HandlerTest {
         return *m_handler;
     }
     IXMLDOMDocument2* Document() { return m_pTicket.Get(); }
+
+    HRESULT ReadIntegerOf(std::wstring_view text, std::int32_t& value) {
+        const PrintTicketHandler& handler = Open(PropertyOf(text));
+        return handler.ReadInteger(handler.PropertyQuery({Keywords, L"P"}), &value);
+    }
 
   private:
     Dom m_pTicket;
@@ -79,6 +91,15 @@ TEST_P(SchemaReadingTest, QueriesNameElementsWithTheDocumentsPrefixes) {
     EXPECT_EQ(handler.PropertyQuery(bound), L"//psf:Property[@name = \"krk:MinWidth\"]");
     EXPECT_EQ(handler.ScoredPropertyQuery(FeedDirection),
               L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]");
+}
+
+TEST_P(SchemaReadingTest, ADoubleQuoteInANameIsAPieceOfItsOwnInAQuery) {
+    const PrintTicketHandler& handler = Open(L"");
+    EXPECT_EQ(L"//psf:Feature[@name = \"psk:it's\"]", handler.FeatureQuery({Keywords, L"it's"}));
+    EXPECT_EQ(L"//psf:Feature[@name = concat(\"psk:a\", '\"', \"b'c\")]",
+              handler.FeatureQuery({Keywords, L"a\"b'c"}));
+    EXPECT_EQ(L"//psf:Property[@name = concat(\"psk:\", '\"', \"\")]",
+              handler.PropertyQuery({Keywords, L"\""}));
 }
 
 TEST_P(SchemaReadingTest, SelectSingleNodeTakesTheFirstMatchInDocumentOrder) {
@@ -200,22 +221,50 @@ TEST_P(SchemaReadingTest, GetValueTellsWhatIsMissing) {
     EXPECT_TRUE(FAILED(handler.GetValue(L"//undeclared:Value", text.Put())));
 }
 
-TEST_P(SchemaReadingTest, ReadIntegerTakesANumberWithWhiteSpaceRoundIt) {
-    const PrintTicketHandler& handler =
-        Open(L"<psf:Property name=\"psk:P\"><psf:Value>\n  -210000\t</psf:Value></psf:Property>");
-    std::int32_t value = 0;
-    EXPECT_EQ(handler.ReadInteger(handler.PropertyQuery({Keywords, L"P"}), &value), S_OK);
-    EXPECT_EQ(value, -210000);
+TEST_P(SchemaReadingTest, ReadIntegerTakesEvery32BitNumberInTheFormsOfASchemaInteger) {
+    const std::pair<const wchar_t*, std::int32_t> numbers[] = {
+        {L"0", 0},
+        {L"210000", 210000},
+        {L"-300", -300},
+        {L"2147483647", 2147483647},
+        {L"-2147483648", -2147483647 - 1},
+        {L"+12", 12},
+        {L"-0", 0},
+        {L"00000000000000012", 12},
+        {L"\n  -210000\t", -210000},
+        {L" \t\r\n5 ", 5},
+    };
+    for (const auto& [text, number] : numbers) {
+        std::int32_t value = 7;
+        EXPECT_EQ(S_OK, ReadIntegerOf(text, value)) << text;
+        EXPECT_EQ(number, value) << text;
+    }
 }
 
 TEST_P(SchemaReadingTest, AnythingThatIsNo32BitIntegerIsAFailingReadAndNever0) {
-    for (const wchar_t* text : {L"", L"  ", L"12px", L"1.5", L"2147483648", L"psk:None", L"0x10"}) {
-        const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"><psf:Value>" +
-                                                 std::wstring(text) + L"</psf:Value></psf:Property>");
+    const std::wstring digits(1000, L'9');
+    for (const wchar_t* text : {L"",           L"  ",          L"+",
+                                L"-",          L"+-5",         L"--5",
+                                L"- 5",        L"1 2",         L"12px",
+                                L"1.0",        L"1.5",         L"1e3",
+                                L"0x10",       L"1,000",       L"psk:None",
+                                L"\u0661",     L"\uFF11",      L"\u00A05",
+                                L"2147483648", L"-2147483649", L"18446744073709551616",
+                                digits.c_str()}) {
         std::int32_t value = 7;
-        EXPECT_EQ(handler.ReadInteger(handler.PropertyQuery({Keywords, L"P"}), &value), NoInteger) << text;
-        EXPECT_EQ(value, 7) << text;
+        EXPECT_EQ(NoInteger, ReadIntegerOf(text, value)) << text;
+        EXPECT_EQ(7, value) << text;
     }
+}
+
+TEST_P(SchemaReadingTest, ReadIntegerDoesNotDependOnTheLocale) {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "German_Germany.1252");
+    std::int32_t value = 7;
+    EXPECT_EQ(NoInteger, ReadIntegerOf(L"1.000", value));
+    EXPECT_EQ(S_OK, ReadIntegerOf(L"1000", value));
+    EXPECT_EQ(1000, value);
+    std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST_P(SchemaReadingTest, ReadIntegerTellsWhatIsMissing) {
@@ -230,13 +279,19 @@ TEST_P(SchemaReadingTest, ReadIntegerTellsWhatIsMissing) {
 TEST_P(SchemaReadingTest, ReadLocalNameTakesAnyPrefixAndABareWord) {
     for (const wchar_t* text :
          {L"psk:LongEdgeFirst", L"any:LongEdgeFirst", L"LongEdgeFirst", L"\n psk:LongEdgeFirst\t"}) {
-        const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"><psf:Value>" +
-                                                 std::wstring(text) + L"</psf:Value></psf:Property>");
+        const PrintTicketHandler& handler = Open(PropertyOf(text));
         EXPECT_EQ(L"LongEdgeFirst", LocalNameIn(handler, PropertyKind::Plain));
         EXPECT_EQ(L"0x80070490", LocalNameIn(handler, PropertyKind::Scored));
     }
     const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"/>");
     EXPECT_EQ(L"0x80070490", LocalNameIn(handler, PropertyKind::Plain));
+    EXPECT_EQ(L"b:c", LocalNameIn(Open(PropertyOf(L"a:b:c")), PropertyKind::Plain));
+    EXPECT_EQ(L"", LocalNameIn(Open(PropertyOf(L"psk:")), PropertyKind::Plain));
+    EXPECT_EQ(L"", LocalNameIn(Open(PropertyOf(L"")), PropertyKind::Plain));
+}
+
+TEST_P(SchemaReadingTest, ReadingBelowANodeRefusesNullPointers) {
+    const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"/>");
     Node pRoot;
     ASSERT_EQ(S_OK, handler.SelectSingleNode(L"/*", pRoot.Put()));
     const Qname name = {Keywords, L"P"};

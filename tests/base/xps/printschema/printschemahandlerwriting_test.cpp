@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 
-#include "base/xps/printschema/namespaces.h"
 #include "base/xps/printschema/printschemahandler.h"
 #include "domtext.h"
 #include "handlertest.h"
