@@ -121,7 +121,7 @@ void FixedPageValidator::RewriteTicket() {
     if (SUCCEEDED(found) && oldTicket) {
         ComPtr<IPrintReadStream> reader;
         logging::ThrowIfFailed(oldTicket->GetStream(reader.Put()));
-        document = LoadTicket(reader.Get());
+        document = LoadPageTicket(reader.Get());
         platform::Bstr uri;
         logging::ThrowIfFailed(oldTicket->GetUri(uri.Put()));
         oldName = uri.View();

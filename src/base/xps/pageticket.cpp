@@ -15,14 +15,11 @@ namespace base::xps {
 
 using platform::ComPtr;
 
-ComPtr<IXMLDOMDocument2> LoadTicket(IPrintReadStream* pReader, const std::source_location& where) {
+ComPtr<IXMLDOMDocument2> LoadPageTicket(IPrintReadStream* pReader, const std::source_location& where) {
     logging::ThrowIfNull(pReader, "pReader is null.", where);
     const ComPtr<IStream> stream = io::CreatePrintReadStreamToIStream(pReader);
     ComPtr<IXMLDOMDocument2> document;
-    logging::ThrowIfFailed(printschema::CreateTicket(document), where);
-    VARIANT_BOOL isLoaded = VARIANT_FALSE;
-    logging::ThrowIfFailed(document->load(platform::Variant(stream.Get()).Get(), &isLoaded), where);
-    if (isLoaded != VARIANT_TRUE) logging::ThrowHresult(E_FAIL, where);
+    logging::ThrowIfFailed(printschema::LoadTicketFromHere(stream.Get(), document), where);
     return document;
 }
 

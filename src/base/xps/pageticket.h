@@ -16,7 +16,7 @@ namespace base::xps {
 
 // std::invalid_argument for a null stream, HresultError with E_FAIL for a ticket that is not well formed and
 // with the failing call's own code otherwise. The messages name the caller's source.
-[[nodiscard]] platform::ComPtr<IXMLDOMDocument2> LoadTicket(
+[[nodiscard]] platform::ComPtr<IXMLDOMDocument2> LoadPageTicket(
     IPrintReadStream* pReader, const std::source_location& where = std::source_location::current());
 
 // A ticket without any feature.

@@ -23,7 +23,7 @@ class PageTicketTest : public tests::DomTest {
   protected:
     HRESULT ResultOfLoading(IPrintReadStream* pReader) {
         try {
-            (void)LoadTicket(pReader);
+            (void)LoadPageTicket(pReader);
             return S_OK;
         } catch (const exception::HresultError& error) {
             return error.GetHresult();
@@ -35,23 +35,23 @@ class PageTicketTest : public tests::DomTest {
 
 TEST_F(PageTicketTest, LoadsAndSavesATicket) {
     const auto reader = tests::MakeMock<tests::MockReadStream>(m_calls, kTicket);
-    const auto document = LoadTicket(reader.Get());
+    const auto document = LoadPageTicket(reader.Get());
     const auto writer = tests::MakeMock<tests::MockWriteStream>(m_calls);
     SaveTicket(document.Get(), writer.Get());
     EXPECT_EQ(0, writer->Closes());
 
-    const auto saved = LoadTicket(tests::MakeMock<tests::MockReadStream>(m_calls, writer->Bytes()).Get());
+    const auto saved = LoadPageTicket(tests::MakeMock<tests::MockReadStream>(m_calls, writer->Bytes()).Get());
     EXPECT_EQ(tests::DomText(document.Get()), tests::DomText(saved.Get()));
     EXPECT_EQ(1u, reader->References());
     EXPECT_EQ(1u, writer->References());
 }
 
 TEST_F(PageTicketTest, LoadsFromAStreamThatGivesAFewBytesAtATime) {
-    const auto whole = LoadTicket(tests::MakeMock<tests::MockReadStream>(m_calls, kTicket).Get());
+    const auto whole = LoadPageTicket(tests::MakeMock<tests::MockReadStream>(m_calls, kTicket).Get());
     for (const ULONG most : {1, 3, 10}) {
         const auto reader = tests::MakeMock<tests::MockReadStream>(m_calls, kTicket);
         reader->SetShortReads(most);
-        EXPECT_EQ(tests::DomText(whole.Get()), tests::DomText(LoadTicket(reader.Get()).Get())) << most;
+        EXPECT_EQ(tests::DomText(whole.Get()), tests::DomText(LoadPageTicket(reader.Get()).Get())) << most;
     }
 }
 
@@ -80,7 +80,7 @@ std::string MessageOf(void (*action)()) {
 }
 
 TEST_F(PageTicketTest, NullArgumentsAreNamed) {
-    EXPECT_EQ(" : pReader is null.\n", MessageOf([] { (void)LoadTicket(nullptr); }));
+    EXPECT_EQ(" : pReader is null.\n", MessageOf([] { (void)LoadPageTicket(nullptr); }));
     EXPECT_EQ(" : pDOMDocument is null.\n", MessageOf([] { SaveTicket(nullptr, nullptr); }));
     EXPECT_EQ(" : pWriter is null.\n", MessageOf([] { SaveTicket(CreateEmptyTicket().Get(), nullptr); }));
 }

@@ -12,23 +12,7 @@ namespace base::xps::printschema {
 using platform::ComPtr;
 using platform::InOrder;
 
-namespace {
-
 using Ticket = ComPtr<IXMLDOMDocument2>;
-
-// From where the stream stands.
-[[nodiscard]] HRESULT Load(IStream* pStream, Ticket& ticket) {
-    Ticket loaded;
-    VARIANT_BOOL isWellFormed = VARIANT_FALSE;
-    const platform::Variant source(static_cast<IUnknown*>(pStream));
-    const HRESULT hr = InOrder([&] { return CreateTicket(loaded); },
-                               [&] { return loaded->load(source.Get(), &isWellFormed); },
-                               [&] { return isWellFormed == VARIANT_TRUE ? S_OK : E_FAIL; });
-    if (SUCCEEDED(hr)) ticket = std::move(loaded);
-    return hr;
-}
-
-}  // namespace
 
 HRESULT CreateTicket(Ticket& ticket) {
     Ticket created;
@@ -44,9 +28,19 @@ HRESULT CreateTicket(Ticket& ticket) {
 
 HRESULT Rewind(IStream* pStream) { return pStream->Seek({}, STREAM_SEEK_SET, nullptr); }
 
+HRESULT LoadTicketFromHere(IStream* pStream, Ticket& ticket) {
+    Ticket loaded;
+    VARIANT_BOOL isWellFormed = VARIANT_FALSE;
+    const platform::Variant source(static_cast<IUnknown*>(pStream));
+    const HRESULT hr = InOrder([&] { return CreateTicket(loaded); },
+                               [&] { return loaded->load(source.Get(), &isWellFormed); },
+                               [&] { return isWellFormed == VARIANT_TRUE ? S_OK : E_FAIL; });
+    if (SUCCEEDED(hr)) ticket = std::move(loaded);
+    return hr;
+}
+
 HRESULT LoadTicket(IStream* pStream, Ticket& ticket) {
-    const HRESULT hr = Rewind(pStream);
-    return FAILED(hr) ? hr : Load(pStream, ticket);
+    return InOrder([&] { return Rewind(pStream); }, [&] { return LoadTicketFromHere(pStream, ticket); });
 }
 
 HRESULT WrapTicketStream(IPrintReadStream* pStream, ComPtr<IStream>& stream) {
@@ -89,8 +83,8 @@ HRESULT OpenTicketStream(IXMLDOMDocument2* pTicket, ComPtr<IStream>& stream) {
 
 HRESULT CopyTicket(IXMLDOMDocument2* pSource, Ticket& copy) {
     ComPtr<IStream> stream;
-    const HRESULT hr = OpenTicketStream(pSource, stream);
-    return FAILED(hr) ? hr : Load(stream.Get(), copy);
+    return InOrder([&] { return OpenTicketStream(pSource, stream); },
+                   [&] { return LoadTicketFromHere(stream.Get(), copy); });
 }
 
 bool HasRootElement(IXMLDOMDocument2* pDocument) {

@@ -8,8 +8,8 @@
 #include "platform/filterpipeline.h"
 #include "platform/msxml6.h"
 
-// How tickets get into documents and out of them. A ticket that is handed in is replaced by a success and
-// stays what it was after a failure.
+// How tickets get into documents and out of them. Failures are answered and not thrown. A ticket that is
+// handed in is replaced by a success and stays what it was after a failure.
 namespace base::xps::printschema {
 
 // An empty document that loads synchronously.
@@ -20,6 +20,8 @@ namespace base::xps::printschema {
 // Loads a stream from its start. E_FAIL for what is not well formed; a stream that cannot be rewound fails
 // with its own code.
 [[nodiscard]] HRESULT LoadTicket(IStream* pStream, platform::ComPtr<IXMLDOMDocument2>& ticket);
+// The same from where the stream stands.
+[[nodiscard]] HRESULT LoadTicketFromHere(IStream* pStream, platform::ComPtr<IXMLDOMDocument2>& ticket);
 // A pipeline stream as a document takes it. E_OUTOFMEMORY when it cannot be wrapped.
 [[nodiscard]] HRESULT WrapTicketStream(IPrintReadStream* pStream, platform::ComPtr<IStream>& stream);
 
