@@ -162,6 +162,7 @@ class PrintSchemaHandler {
                                       std::wstring_view text) const;
 
     [[nodiscard]] HRESULT RemoveParametersOf(IXMLDOMNode* pFeature) const;
+    [[nodiscard]] HRESULT RemoveParameterOf(IXMLDOMNode* pReference) const;
     [[nodiscard]] HRESULT RemoveParameters(std::wstring_view name) const;
 
     platform::ComPtr<IXMLDOMDocument2> m_pDocument;

@@ -11,11 +11,24 @@ namespace base::xps::printschema {
 
 using platform::Bstr;
 using platform::ComPtr;
+using platform::InOrder;
+using platform::InOrderWhileFound;
 using platform::Variant;
+using platform::Yielded;
 
 namespace {
 
 constexpr std::wstring_view kIntegerType = L"integer";
+
+// What an operation has made goes to the caller when all of it has succeeded.
+template <typename Interface>
+[[nodiscard]] HRESULT HandOut(HRESULT made, ComPtr<Interface>& pMade, Interface** ppMade) noexcept {
+    if (SUCCEEDED(made)) *ppMade = pMade.Detach();
+    return made;
+}
+
+// Where there is nothing to do, all is done.
+[[nodiscard]] HRESULT DoneIfAbsent(HRESULT hr) noexcept { return hr == S_FALSE ? S_OK : hr; }
 
 [[nodiscard]] HRESULT Append(IXMLDOMNode* pParent, IXMLDOMNode* pChild) {
     ComPtr<IXMLDOMNode> pAppended;
@@ -27,10 +40,12 @@ template <typename Node>
 [[nodiscard]] HRESULT CreateNode(IXMLDOMDocument2* pDocument, DOMNodeType type, std::wstring_view name,
                                  std::wstring_view namespaceUri, ComPtr<Node>& pCreated) {
     ComPtr<IXMLDOMNode> pNode;
-    const HRESULT created = pDocument->createNode(Variant(static_cast<LONG>(type)).Get(), Bstr(name).Get(),
-                                                  Bstr(namespaceUri).Get(), pNode.Put());
-    if (FAILED(created)) return created;
-    return pNode ? pNode.QueryTo(pCreated) : E_FAIL;
+    return InOrder(
+        [&] {
+            return pDocument->createNode(Variant(static_cast<LONG>(type)).Get(), Bstr(name).Get(),
+                                         Bstr(namespaceUri).Get(), pNode.Put());
+        },
+        [&] { return pNode ? pNode.QueryTo(pCreated) : E_FAIL; });
 }
 
 [[nodiscard]] bool IsKeywordParameter(std::wstring_view name) noexcept {
@@ -45,11 +60,10 @@ template <typename Node>
 
 [[nodiscard]] HRESULT RemoveNode(IXMLDOMNode* pNode) {
     ComPtr<IXMLDOMNode> pParent;
-    const HRESULT found = pNode->get_parentNode(pParent.Put());
-    if (FAILED(found)) return found;
-    if (!pParent) return E_FAIL;
     ComPtr<IXMLDOMNode> pRemoved;
-    return pParent->removeChild(pNode, pRemoved.Put());
+    return DoneIfAbsent(
+        InOrder([&] { return pNode->get_parentNode(pParent.Put()); },
+                [&] { return pParent ? pParent->removeChild(pNode, pRemoved.Put()) : E_FAIL; }));
 }
 
 }  // namespace
@@ -62,8 +76,7 @@ HRESULT PrintSchemaHandler::CreateElement(std::wstring_view localName, std::wstr
     ComPtr<IXMLDOMElement> pElement;
     const HRESULT created =
         CreateNode(m_pDocument.Get(), NODE_ELEMENT, ElementName(localName), namespaceUri, pElement);
-    if (SUCCEEDED(created)) *ppElement = pElement.Detach();
-    return created;
+    return HandOut(created, pElement, ppElement);
 }
 
 HRESULT PrintSchemaHandler::SetAttribute(IXMLDOMElement* pElement, std::wstring_view name,
@@ -71,35 +84,31 @@ HRESULT PrintSchemaHandler::SetAttribute(IXMLDOMElement* pElement, std::wstring_
     if (pElement == nullptr) return E_POINTER;
     if (name.empty()) return E_INVALIDARG;
     ComPtr<IXMLDOMAttribute> pAttribute;
-    const HRESULT created = CreateNode(m_pDocument.Get(), NODE_ATTRIBUTE, name, namespaceUri, pAttribute);
-    if (FAILED(created)) return created;
-    const HRESULT valued = pAttribute->put_value(Variant(value).Get());
-    if (FAILED(valued)) return valued;
     ComPtr<IXMLDOMAttribute> pReplaced;
-    return pElement->setAttributeNode(pAttribute.Get(), pReplaced.Put());
+    return InOrder(
+        [&] { return CreateNode(m_pDocument.Get(), NODE_ATTRIBUTE, name, namespaceUri, pAttribute); },
+        [&] { return pAttribute->put_value(Variant(value).Get()); },
+        [&] { return pElement->setAttributeNode(pAttribute.Get(), pReplaced.Put()); });
 }
 
 HRESULT PrintSchemaHandler::CreateNamed(std::wstring_view elementName, std::wstring_view name,
                                         IXMLDOMElement** ppElement) const {
     ComPtr<IXMLDOMElement> pElement;
-    const HRESULT created = CreateElement(elementName, kFrameworkNamespace, pElement.Put());
-    if (FAILED(created)) return created;
-    const HRESULT named = SetAttribute(pElement.Get(), L"name", {}, name);
-    if (SUCCEEDED(named)) *ppElement = pElement.Detach();
-    return named;
+    const HRESULT created =
+        InOrder([&] { return CreateElement(elementName, kFrameworkNamespace, pElement.Put()); },
+                [&] { return SetAttribute(pElement.Get(), L"name", {}, name); });
+    return HandOut(created, pElement, ppElement);
 }
 
 HRESULT PrintSchemaHandler::AppendValue(IXMLDOMElement* pParent, std::wstring_view type,
                                         std::wstring_view text) const {
+    const std::wstring typeName = std::wstring(m_instancePrefix.View()) + L"type";
+    const std::wstring qualifiedType = std::wstring(m_schemaPrefix.View()).append(type);
     ComPtr<IXMLDOMElement> pValue;
-    const HRESULT created = CreateElement(L"Value", kFrameworkNamespace, pValue.Put());
-    if (FAILED(created)) return created;
-    const HRESULT typed =
-        SetAttribute(pValue.Get(), std::wstring(m_instancePrefix.View()) + L"type",
-                     kXmlSchemaInstanceNamespace, std::wstring(m_schemaPrefix.View()).append(type));
-    if (FAILED(typed)) return typed;
-    const HRESULT written = pValue->put_text(Bstr(text).Get());
-    return FAILED(written) ? written : Append(pParent, pValue.Get());
+    return InOrder(
+        [&] { return CreateElement(L"Value", kFrameworkNamespace, pValue.Put()); },
+        [&] { return SetAttribute(pValue.Get(), typeName, kXmlSchemaInstanceNamespace, qualifiedType); },
+        [&] { return pValue->put_text(Bstr(text).Get()); }, [&] { return Append(pParent, pValue.Get()); });
 }
 
 HRESULT PrintSchemaHandler::CreateQualified(std::wstring_view elementName, const Qname& name,
@@ -116,11 +125,9 @@ HRESULT PrintSchemaHandler::CreateQualifiedWithValue(std::wstring_view elementNa
     if (ppElement == nullptr) return E_POINTER;
     *ppElement = nullptr;
     ComPtr<IXMLDOMElement> pElement;
-    const HRESULT created = CreateQualified(elementName, name, pElement.Put());
-    if (FAILED(created)) return created;
-    const HRESULT valued = AppendValue(pElement.Get(), type, text);
-    if (SUCCEEDED(valued)) *ppElement = pElement.Detach();
-    return valued;
+    const HRESULT created = InOrder([&] { return CreateQualified(elementName, name, pElement.Put()); },
+                                    [&] { return AppendValue(pElement.Get(), type, text); });
+    return HandOut(created, pElement, ppElement);
 }
 
 HRESULT PrintSchemaHandler::CreateProperty(const Qname& name, IXMLDOMElement** ppProperty) const {
@@ -164,15 +171,14 @@ HRESULT PrintSchemaHandler::CreateParameter(std::wstring_view name, std::wstring
     const Qname parameter = {IsKeywordParameter(name) ? SchemaNamespace::Keywords : SchemaNamespace::Private,
                              std::wstring(name)};
     ComPtr<IXMLDOMElement> pReference;
-    const HRESULT referred = CreateQualified(L"ParameterRef", parameter, pReference.Put());
-    if (FAILED(referred)) return referred;
     ComPtr<IXMLDOMElement> pInitializer;
-    const HRESULT initialized =
-        CreateQualifiedWithValue(L"ParameterInit", parameter, type, text, pInitializer.Put());
-    if (FAILED(initialized)) return initialized;
-    *ppReference = pReference.Detach();
-    *ppInitializer = pInitializer.Detach();
-    return S_OK;
+    const HRESULT created = InOrder(
+        [&] { return CreateQualified(L"ParameterRef", parameter, pReference.Put()); },
+        [&] {
+            return CreateQualifiedWithValue(L"ParameterInit", parameter, type, text, pInitializer.Put());
+        });
+    return InOrder([&] { return HandOut(created, pReference, ppReference); },
+                   [&] { return HandOut(S_OK, pInitializer, ppInitializer); });
 }
 
 HRESULT PrintSchemaHandler::CreateIntegerParameter(std::wstring_view name, std::int32_t value,
@@ -187,16 +193,12 @@ HRESULT PrintSchemaHandler::CreateFeatureOption(const Qname& feature, const Qnam
     *ppFeature = nullptr;
     *ppOption = nullptr;
     ComPtr<IXMLDOMElement> pFeature;
-    const HRESULT featured = CreateQualified(L"Feature", feature, pFeature.Put());
-    if (FAILED(featured)) return featured;
     ComPtr<IXMLDOMElement> pOption;
-    const HRESULT optioned = CreateQualified(L"Option", option, pOption.Put());
-    if (FAILED(optioned)) return optioned;
-    const HRESULT appended = Append(pFeature.Get(), pOption.Get());
-    if (FAILED(appended)) return appended;
-    *ppFeature = pFeature.Detach();
-    *ppOption = pOption.Detach();
-    return S_OK;
+    const HRESULT created = InOrder([&] { return CreateQualified(L"Feature", feature, pFeature.Put()); },
+                                    [&] { return CreateQualified(L"Option", option, pOption.Put()); },
+                                    [&] { return Append(pFeature.Get(), pOption.Get()); });
+    return InOrder([&] { return HandOut(created, pFeature, ppFeature); },
+                   [&] { return HandOut(S_OK, pOption, ppOption); });
 }
 
 HRESULT PrintSchemaHandler::AppendToRoot(IXMLDOMNode* pNode) const {
@@ -210,15 +212,14 @@ HRESULT PrintSchemaHandler::AppendToRoot(IXMLDOMNode* pNode) const {
 HRESULT PrintSchemaHandler::RemoveFeature(const Qname& feature) const {
     if (feature.localName.empty()) return E_INVALIDARG;
     const std::wstring query = FeatureQuery(feature);
-    for (;;) {
+    HRESULT removed = S_OK;
+    while (removed == S_OK) {
         ComPtr<IXMLDOMNode> pFeature;
-        const HRESULT selected = SelectSingleNode(query, pFeature.Put());
-        if (selected != S_OK) return FAILED(selected) ? selected : S_OK;
-        const HRESULT cleared = RemoveParametersOf(pFeature.Get());
-        if (FAILED(cleared)) return cleared;
-        const HRESULT removed = RemoveNode(pFeature.Get());
-        if (FAILED(removed)) return removed;
+        removed = InOrderWhileFound([&] { return SelectSingleNode(query, pFeature.Put()); },
+                                    [&] { return RemoveParametersOf(pFeature.Get()); },
+                                    [&] { return RemoveNode(pFeature.Get()); });
     }
+    return DoneIfAbsent(removed);
 }
 
 HRESULT PrintSchemaHandler::RemoveParametersOf(IXMLDOMNode* pFeature) const {
@@ -227,26 +228,30 @@ HRESULT PrintSchemaHandler::RemoveParametersOf(IXMLDOMNode* pFeature) const {
         pFeature->selectNodes(Bstr(L".//" + ElementName(L"ParameterRef")).Get(), pReferences.Put());
     if (FAILED(selected)) return selected;
     if (!pReferences) return E_FAIL;
-    for (long index = 0;; ++index) {
+    HRESULT removed = S_OK;
+    for (long index = 0; removed == S_OK; ++index) {
         ComPtr<IXMLDOMNode> pReference;
-        const HRESULT got = platform::Yielded(pReferences->get_item(index, pReference.Put()), pReference);
-        if (got != S_OK) return FAILED(got) ? got : S_OK;
-        Bstr name;
-        const HRESULT named = GetAttribute(pReference.Get(), L"name", name.Put());
-        if (FAILED(named)) return named;
-        const HRESULT removed = named == S_OK ? RemoveParameters(name.View()) : S_OK;
-        if (FAILED(removed)) return removed;
+        removed = InOrderWhileFound(
+            [&] { return Yielded(pReferences->get_item(index, pReference.Put()), pReference); },
+            [&] { return RemoveParameterOf(pReference.Get()); });
     }
+    return DoneIfAbsent(removed);
+}
+
+HRESULT PrintSchemaHandler::RemoveParameterOf(IXMLDOMNode* pReference) const {
+    Bstr name;
+    return DoneIfAbsent(InOrderWhileFound([&] { return GetAttribute(pReference, L"name", name.Put()); },
+                                          [&] { return RemoveParameters(name.View()); }));
 }
 
 HRESULT PrintSchemaHandler::RemoveParameters(std::wstring_view name) const {
-    for (;;) {
+    HRESULT removed = S_OK;
+    while (removed == S_OK) {
         ComPtr<IXMLDOMNode> pParameter;
-        const HRESULT found = FindParameter(name, pParameter.Put());
-        if (found != S_OK) return FAILED(found) ? found : S_OK;
-        const HRESULT removed = RemoveNode(pParameter.Get());
-        if (FAILED(removed)) return removed;
+        removed = InOrderWhileFound([&] { return FindParameter(name, pParameter.Put()); },
+                                    [&] { return RemoveNode(pParameter.Get()); });
     }
+    return DoneIfAbsent(removed);
 }
 
 }  // namespace base::xps::printschema

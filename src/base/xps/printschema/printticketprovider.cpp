@@ -57,20 +57,23 @@ HRESULT PrintTicketProvider::Open(IPrintReadStream* pBaseTicket, BSTR printerNam
     if (SysStringLen(printerName) == 0) return E_INVALIDARG;
 
     const Impersonation user(m_userToken);
-    if (FAILED(user.Result())) return user.Result();
-    HPTPROVIDER provider = nullptr;
-    const HRESULT opened = PTOpenProvider(printerName, kSchemaVersion, &provider);
-    if (FAILED(opened)) return opened;
-    m_provider.reset(provider);
-
     ComPtr<IStream> stream;
-    const HRESULT wrapped = WrapTicketStream(pBaseTicket, stream);
-    if (FAILED(wrapped)) return wrapped;
-    Ticket base;
-    const HRESULT loaded = LoadTicket(stream.Get(), base);
-    ReleaseTickets();
-    if (SUCCEEDED(loaded)) Store(m_base, std::move(base));
-    return loaded;
+    return InOrder([&] { return user.Result(); }, [&] { return OpenPrinter(printerName); },
+                   [&] { return WrapTicketStream(pBaseTicket, stream); },
+                   [&] {
+                       Ticket base;
+                       const HRESULT loaded = LoadTicket(stream.Get(), base);
+                       ReleaseTickets();
+                       if (SUCCEEDED(loaded)) Store(m_base, std::move(base));
+                       return loaded;
+                   });
+}
+
+HRESULT PrintTicketProvider::OpenPrinter(BSTR name) {
+    HPTPROVIDER provider = nullptr;
+    const HRESULT opened = PTOpenProvider(name, kSchemaVersion, &provider);
+    if (SUCCEEDED(opened)) m_provider.reset(provider);
+    return opened;
 }
 
 HRESULT PrintTicketProvider::Close() {
@@ -282,17 +285,19 @@ HRESULT PrintTicketProvider::MergeDelta(EPrintTicketScope scope, Origin origin) 
     if (!parent.pTicket) return E_PENDING;
     origin.parentVersion = VersionOf(parent);
     ComPtr<IStream> resultStream;
-    const HRESULT merged = InOrder([&] { return MergeOnPlatform(scope, origin.pDelta.Get(), resultStream); },
-                                   [&] { return ReadTicketBytes(resultStream.Get(), origin.resultBytes); });
-    if (FAILED(merged)) return merged;
+    return InOrder([&] { return MergeOnPlatform(scope, origin.pDelta.Get(), resultStream); },
+                   [&] { return ReadTicketBytes(resultStream.Get(), origin.resultBytes); },
+                   [&] { return StoreResult(scope, resultStream.Get(), std::move(origin)); });
+}
 
+HRESULT PrintTicketProvider::StoreResult(EPrintTicketScope scope, IStream* pResult, Origin origin) {
     const std::optional<Origin>& before = SlotOf(scope).origin;
     if (IsMadeOf(scope, origin.pExtra.Get()) && !origin.partBytes.empty() &&
         before->partBytes == origin.partBytes && before->resultBytes == origin.resultBytes) {
         return S_OK;
     }
     Ticket result;
-    const HRESULT loaded = LoadTicket(resultStream.Get(), result);
+    const HRESULT loaded = LoadTicket(pResult, result);
     if (FAILED(loaded)) return loaded;
     PutBack(result.Get(), origin.pDelta.Get());
     if (origin.pExtra) PutBack(result.Get(), origin.pExtra.Get());

@@ -139,6 +139,7 @@ class PrintTicketProvider {
     void Store(Slot& slot, Ticket pTicket, std::optional<Origin> origin = std::nullopt) noexcept;
     [[nodiscard]] bool IsMadeOf(EPrintTicketScope scope, IXMLDOMDocument2* pExtra) const noexcept;
 
+    [[nodiscard]] HRESULT OpenPrinter(BSTR name);
     [[nodiscard]] HRESULT Derive(EPrintTicketScope scope);
     void Clear(EPrintTicketScope scope) noexcept;
     void ReleaseTickets() noexcept;
@@ -149,6 +150,7 @@ class PrintTicketProvider {
     [[nodiscard]] HRESULT MergePart(EPrintTicketScope scope, IPrintReadStream* pStream,
                                     IXMLDOMDocument2* pExtra);
     [[nodiscard]] HRESULT MergeDelta(EPrintTicketScope scope, Origin origin);
+    [[nodiscard]] HRESULT StoreResult(EPrintTicketScope scope, IStream* pResult, Origin origin);
     [[nodiscard]] HRESULT MergeOnPlatform(EPrintTicketScope scope, IXMLDOMDocument2* pDelta,
                                           platform::ComPtr<IStream>& result);
     [[nodiscard]] HRESULT WriteCapabilities(IXMLDOMDocument2* pTicket, IXMLDOMDocument2* pCapabilities);

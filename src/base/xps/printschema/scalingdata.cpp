@@ -7,11 +7,13 @@
 
 #include "base/logging/check.h"
 #include "platform/comptr.h"
+#include "platform/inorder.h"
 
 namespace base::xps::printschema {
 
 using logging::ThrowIfFailed;
 using platform::ComPtr;
+using platform::InOrder;
 
 namespace {
 
@@ -48,23 +50,20 @@ class ParameterWriter {
 
   private:
     [[nodiscard]] HRESULT TryWrite(const wchar_t* name, std::int32_t value) const {
+        const Qname property = {SchemaNamespace::Keywords, name};
         ComPtr<IXMLDOMElement> pReference;
         ComPtr<IXMLDOMElement> pInitializer;
-        const HRESULT created =
-            m_handler.CreateIntegerParameter(m_feature + name, value, pReference.Put(), pInitializer.Put());
-        if (FAILED(created)) return created;
-        const HRESULT placed = PlaceReference(name, pReference.Get());
-        return FAILED(placed) ? placed : m_handler.AppendToRoot(pInitializer.Get());
-    }
-
-    [[nodiscard]] HRESULT PlaceReference(const wchar_t* name, IXMLDOMElement* pReference) const {
         ComPtr<IXMLDOMElement> pProperty;
-        const HRESULT created =
-            m_handler.CreateScoredProperty({SchemaNamespace::Keywords, name}, pProperty.Put());
-        if (FAILED(created)) return created;
         ComPtr<IXMLDOMNode> pAppended;
-        const HRESULT filled = pProperty->appendChild(pReference, pAppended.Put());
-        return FAILED(filled) ? filled : m_pOption->appendChild(pProperty.Get(), pAppended.Put());
+        return InOrder(
+            [&] {
+                return m_handler.CreateIntegerParameter(m_feature + name, value, pReference.Put(),
+                                                        pInitializer.Put());
+            },
+            [&] { return m_handler.CreateScoredProperty(property, pProperty.Put()); },
+            [&] { return pProperty->appendChild(pReference.Get(), pAppended.Put()); },
+            [&] { return m_pOption->appendChild(pProperty.Get(), pAppended.Put()); },
+            [&] { return m_handler.AppendToRoot(pInitializer.Get()); });
     }
 
     const PrintSchemaHandler& m_handler;
