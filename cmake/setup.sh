@@ -5,13 +5,13 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine}
 # A bare container has no locale, and without one names outside ASCII cannot be opened under Wine.
 export LC_ALL=C.UTF-8 LANG=C.UTF-8
-# Debian's own Python: the packages below give it the imaging library.
+# Debian's own Python: the packages below give it the imaging and the font library.
 python=/usr/bin/python3
 
-# What compiling takes, and what running and judging takes besides.
+# What building takes, the samples included, and what running and judging takes besides.
 build_packages=(ca-certificates cmake dpkg-dev g++-mingw-w64-x86-64-posix libcli11-dev libz-mingw-w64-dev ninja-build
-  nlohmann-json3-dev procps python3)
-run_packages=(libgxps-utils libxml2-utils mupdf-tools python3-pil wine64)
+  nlohmann-json3-dev procps python3 python3-fonttools python3-pil)
+run_packages=(libgxps-utils libxml2-utils mupdf-tools wine64)
 
 step() { printf '== %s\n' "$*"; }
 fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }

@@ -48,7 +48,7 @@ TEST(DocumentPrinterTest, ShowsTheWholeSample) {
              "\n        ticket  /Documents/1/Metadata/Portrait_PT.xml  as above\n",
              "\n        BleedBox    -12,-12,840,1080\n        ContentBox  48,48,720,960\n",
              "\n      stamp:JobStamp = stamp:Confidential\n",
-             "\n        resource  /Resources/Images/corners.png  image/png, 161 bytes\n",
+             "\n        resource  /Resources/Images/corners.png  image/png, 185 bytes\n",
              "\n      page 2  /Documents/2/Pages/2.fpage  1056 x 816 (279.4 x 215.9 mm), landscape, ",
          })
         EXPECT_NE(text.find(part), std::string::npos) << part << text;
