@@ -5,7 +5,7 @@
 
 #include "devkit/filterhost/ticketfacts.h"
 #include "devkit/pipeline/part.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 
 namespace devkit::filterhost {
 

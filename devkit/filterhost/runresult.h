@@ -9,7 +9,7 @@
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/pagefacts.h"
 #include "devkit/pipeline/filterrun.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 
 namespace devkit::filterhost {
 

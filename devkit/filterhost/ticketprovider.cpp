@@ -11,7 +11,7 @@
 #include "devkit/filterhost/device.h"
 #include "devkit/filterhost/programfolder.h"
 #include "devkit/filterhost/usageerror.h"
-#include "devkit/prntvpt/provider.h"
+#include "devkit/prntvpt/api/provider.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "devkit/filterhost/settings.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 
 namespace devkit::filterhost {
 

@@ -14,7 +14,7 @@
 #include "devkit/msxml/com/domregistration.h"
 #include "devkit/package/xpsdocument.h"
 #include "devkit/pipeline/filterrun.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 
 namespace systemtest {
 

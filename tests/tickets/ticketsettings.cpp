@@ -28,7 +28,7 @@
 #include "base/xps/printschema/ticketdocument.h"
 #include "callrecorder.h"
 #include "devkit/msxml/com/domregistration.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 #include "mockparts.h"
 #include "platform/bstr.h"
 #include "platform/variant.h"

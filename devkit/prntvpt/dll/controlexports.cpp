@@ -2,7 +2,7 @@
 #include <cstring>
 #include <string>
 
-#include "devkit/prntvpt/control.h"
+#include "devkit/prntvpt/control/control.h"
 #include "devkit/prntvpt/dll/instance.h"
 
 using devkit::prntvpt::Instance;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "devkit/prntvpt/provider.h"
+#include "devkit/prntvpt/api/provider.h"
 
 namespace devkit::prntvpt {
 

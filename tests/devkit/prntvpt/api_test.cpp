@@ -3,7 +3,7 @@
 #include <thread>
 #include <utility>
 
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/names.h"
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "providertest.h"

@@ -1,6 +1,6 @@
 #include <cctype>
 
-#include "devkit/prntvpt/frameworkreader.h"
+#include "devkit/printschema/reader.h"
 #include "providertest.h"
 #include "ticketsummary.h"
 

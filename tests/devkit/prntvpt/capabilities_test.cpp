@@ -1,9 +1,9 @@
-#include "devkit/prntvpt/capabilities.h"
+#include "devkit/prntvpt/merge/capabilities.h"
 
 #include <map>
 
-#include "devkit/prntvpt/frameworkreader.h"
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/names.h"
+#include "devkit/printschema/reader.h"
 #include "memorystream.h"
 #include "providertest.h"
 #include "ticketsummary.h"

@@ -1,10 +1,10 @@
-#include "devkit/prntvpt/configuration.h"
+#include "devkit/prntvpt/api/configuration.h"
 
 #include <fstream>
 
 #include <nlohmann/json.hpp>
 
-#include "devkit/prntvpt/text.h"
+#include "devkit/printschema/text.h"
 #include "providertest.h"
 #include "ticketsummary.h"
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "beside.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "providertest.h"

@@ -1,6 +1,6 @@
 #include <set>
 
-#include "devkit/prntvpt/configuration.h"
+#include "devkit/prntvpt/api/configuration.h"
 #include "providertest.h"
 #include "ticketsummary.h"
 

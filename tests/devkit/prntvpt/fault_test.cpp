@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/fault.h"
+#include "devkit/prntvpt/api/fault.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include <chrono>
 #include <cstdint>
 
-#include "devkit/prntvpt/formaterror.h"
-#include "devkit/prntvpt/frameworkreader.h"
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/formaterror.h"
+#include "devkit/printschema/names.h"
+#include "devkit/printschema/reader.h"
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "providertest.h"

@@ -1,9 +1,9 @@
-#include "devkit/prntvpt/frameworkreader.h"
+#include "devkit/printschema/reader.h"
 
 #include <gtest/gtest.h>
 
-#include "devkit/prntvpt/formaterror.h"
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/formaterror.h"
+#include "devkit/printschema/names.h"
 #include "ticketsummary.h"
 
 namespace devkit::prntvpt {

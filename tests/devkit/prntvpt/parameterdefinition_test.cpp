@@ -1,11 +1,11 @@
-#include "devkit/prntvpt/parameterdefinition.h"
+#include "devkit/prntvpt/device/parameterdefinition.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "devkit/prntvpt/formaterror.h"
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/formaterror.h"
+#include "devkit/printschema/names.h"
 
 namespace devkit::prntvpt {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "devkit/prntvpt/text.h"
+#include "devkit/printschema/text.h"
 #include "memorystream.h"
 #include "platform/bstr.h"
 

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/prntvpt/provider.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/api/provider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 #include "platform/prntvpt.h"
 
 namespace devkit::prntvpt {

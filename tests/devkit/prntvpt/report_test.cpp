@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/report.h"
+#include "devkit/prntvpt/api/report.h"
 
 #include <nlohmann/json.hpp>
 

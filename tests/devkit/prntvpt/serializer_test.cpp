@@ -1,8 +1,8 @@
-#include "devkit/prntvpt/serializer.h"
+#include "devkit/prntvpt/merge/serializer.h"
 
 #include <gtest/gtest.h>
 
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/names.h"
 #include "ticketsummary.h"
 
 namespace devkit::prntvpt {

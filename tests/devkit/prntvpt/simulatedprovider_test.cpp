@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 
 #include <cstdint>
 #include <fstream>

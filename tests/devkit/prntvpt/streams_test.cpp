@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/streams.h"
+#include "devkit/prntvpt/api/streams.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "devkit/prntvpt/switches.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <stdexcept>
+
+#include "devkit/prntvpt/merge/behaviour.h"
 
 namespace devkit::prntvpt {
 namespace {

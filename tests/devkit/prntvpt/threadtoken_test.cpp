@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/threadtoken.h"
+#include "devkit/prntvpt/api/threadtoken.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "ticketsummary.h"
 
-#include "devkit/prntvpt/frameworkreader.h"
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/names.h"
+#include "devkit/printschema/reader.h"
 
 namespace devkit::prntvpt {
 namespace {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/prntvpt/element.h"
+#include "devkit/printschema/element.h"
 
 namespace devkit::prntvpt {
 

@@ -1,7 +1,7 @@
-#include "devkit/prntvpt/validation.h"
+#include "devkit/prntvpt/merge/validation.h"
 
-#include "devkit/prntvpt/frameworkreader.h"
-#include "devkit/prntvpt/schemanames.h"
+#include "devkit/printschema/names.h"
+#include "devkit/printschema/reader.h"
 #include "providertest.h"
 #include "ticketsummary.h"
 

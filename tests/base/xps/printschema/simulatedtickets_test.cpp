@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/xml/xmlutility.h"
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 #include "handlertest.h"
 #include "importseam.h"
 #include "platform/prntvpt.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "devkit/prntvpt/simulatedprovider.h"
+#include "devkit/prntvpt/client/simulatedprovider.h"
 
 // importprobe PRINTER [PRNTVPT.DLL DEVICE-FOLDER]: lets importer.dll open and close the printer, after
 // loading the simulated provider when one is named, and prints what came of it: the result, and how many

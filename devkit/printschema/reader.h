@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devkit/printschema/element.h"
+
+namespace devkit::prntvpt {
+
+// What a document that defines a name twice is worth.
+enum class Duplicates { Refuse, KeepFirst };
+// A ScoredProperty that has a Value and a ParameterRef.
+enum class MixedValues { KeepFirst, Refuse };
+
+struct PrefixBinding {
+    std::string prefix;
+    std::string uri;
+};
+
+struct FrameworkDocument {
+    Element root;
+    // Every prefix that the document declares, once, with its first namespace; not the default namespace.
+    std::vector<PrefixBinding> prefixes;
+};
+
+// Reads a document of the Print Schema Framework whose root is to be `root`. Throws FormatError for what the
+// framework forbids: another root or version, elements in the wrong place, missing or unbound names, private
+// attributes, text outside Value, more than one value where one is allowed, more than ten elements of one
+// kind inside each other, a name twice among siblings (Option may repeat). Elements of other namespaces are
+// skipped.
+[[nodiscard]] FrameworkDocument ReadFramework(std::string_view bytes, Tag root,
+                                              Duplicates duplicates = Duplicates::Refuse,
+                                              MixedValues mixedValues = MixedValues::Refuse);
+
+}  // namespace devkit::prntvpt

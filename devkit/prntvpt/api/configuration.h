@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "devkit/prntvpt/api/fault.h"
+#include "devkit/prntvpt/device/device.h"
+#include "devkit/prntvpt/merge/behaviour.h"
+
+namespace devkit::prntvpt {
+
+// A configuration that makes no sense, or whose device model does not; one line.
+class ConfigurationError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// What a simulation runs with. It does not change, but for the counters of the faults.
+struct Configuration {
+    std::filesystem::path folder;
+    Device device;
+    Switches switches;
+    std::unique_ptr<FaultPlan> pFaults;
+    bool recordTickets = true;
+
+    // The names compare as those of files do, without regard to case.
+    [[nodiscard]] bool HasPrinter(std::wstring_view name) const;
+};
+
+// Reads the JSON of control.h and the device model that it names. ConfigurationError.
+[[nodiscard]] std::shared_ptr<const Configuration> ParseConfiguration(std::string_view json);
+
+}  // namespace devkit::prntvpt

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+#include <utility>
+
+#include "devkit/prntvpt/api/configuration.h"
+#include "devkit/prntvpt/api/fault.h"
+#include "devkit/prntvpt/api/handleregistry.h"
+#include "devkit/prntvpt/api/providerlog.h"
+#include "platform/prntvpt.h"
+
+namespace devkit::prntvpt {
+
+// A simulation of prntvpt: the functions of the platform with their arguments and results, and the control
+// over them that control.h describes. No function throws. Any thread may use it.
+class Provider {
+  public:
+    // E_INVALIDARG with one line in `error`; what was in force stays.
+    [[nodiscard]] HRESULT Configure(const char* pJson, std::string& error) noexcept;
+    [[nodiscard]] HRESULT ExpectToken(HANDLE token) noexcept;
+    // Empty when memory is short, and before Configure.
+    [[nodiscard]] std::string Report() const noexcept;
+    [[nodiscard]] std::string DefaultTicket() const noexcept;
+    void Reset() noexcept;
+    void Finish() noexcept;
+    void ThreadEnded(DWORD thread) noexcept;
+
+    [[nodiscard]] HRESULT QuerySchemaVersionSupport(PCWSTR printer, DWORD* pMaxVersion) noexcept;
+    [[nodiscard]] HRESULT OpenProvider(PCWSTR printer, DWORD version, HPTPROVIDER* pProvider) noexcept;
+    [[nodiscard]] HRESULT OpenProviderEx(PCWSTR printer, DWORD maxVersion, DWORD preferredVersion,
+                                         HPTPROVIDER* pProvider, DWORD* pUsedVersion) noexcept;
+    [[nodiscard]] HRESULT CloseProvider(HPTPROVIDER provider) noexcept;
+    [[nodiscard]] HRESULT MergeAndValidatePrintTicket(HPTPROVIDER provider, IStream* pBase, IStream* pDelta,
+                                                      EPrintTicketScope scope, IStream* pResult,
+                                                      BSTR* pError) noexcept;
+    [[nodiscard]] HRESULT GetPrintCapabilities(HPTPROVIDER provider, IStream* pTicket, IStream* pCapabilities,
+                                               BSTR* pError) noexcept;
+    // Nothing gives out memory of its own, so there is nothing but null to release.
+    [[nodiscard]] HRESULT ReleaseMemory(const void* pBuffer) noexcept;
+    // What the simulation does not do.
+    [[nodiscard]] HRESULT NotImplemented(const char* function) noexcept;
+
+  private:
+    using ConfigurationPtr = std::shared_ptr<const Configuration>;
+
+    // Runs the body of a function, a call of LoggedCall& that returns HRESULT: logs it, and turns what it
+    // throws into a result.
+    template <typename Body>
+    HRESULT Run(const char* function, const Body& body) noexcept;
+
+    // Reads PRNTVPT_CONFIGURATION when nothing else has configured the provider.
+    [[nodiscard]] ConfigurationPtr CurrentConfiguration() const;
+    [[nodiscard]] HRESULT Open(PCWSTR printer, HPTPROVIDER* pProvider, LoggedCall& call);
+    [[nodiscard]] HRESULT FindPrinter(PCWSTR printer, const ConfigurationPtr& configuration) const;
+    [[nodiscard]] HRESULT Merge(const Configuration& configuration, IStream* pBase, IStream* pDelta,
+                                EPrintTicketScope scope, IStream* pResult, BSTR* pError, LoggedCall& call);
+    [[nodiscard]] HRESULT WriteCapabilities(const Configuration& configuration, IStream* pTicket,
+                                            IStream* pCapabilities, BSTR* pError, LoggedCall& call);
+    void NoteToken(const LoggedCall& call);
+
+    mutable std::mutex m_lock;
+    mutable ConfigurationPtr m_configuration;
+    mutable bool m_environmentRead = false;
+    CallLog m_log;
+    HandleRegistry m_handles;
+};
+
+template <typename Body>
+HRESULT Provider::Run(const char* function, const Body& body) noexcept {
+    try {
+        LoggedCall call = m_log.Begin(function);
+        try {
+            call.result = body(call);
+        } catch (const std::bad_alloc&) {
+            call.result = E_OUTOFMEMORY;
+        } catch (const std::exception& error) {
+            m_log.Note(std::string(function) + ": " + error.what());
+            call.result = E_UNEXPECTED;
+        }
+        const HRESULT result = call.result;
+        m_log.Add(std::move(call));
+        return result;
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+}  // namespace devkit::prntvpt

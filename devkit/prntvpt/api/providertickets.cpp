@@ -1,0 +1,180 @@
+#include <algorithm>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "devkit/printschema/formaterror.h"
+#include "devkit/printschema/reader.h"
+#include "devkit/printschema/text.h"
+#include "devkit/printschema/xmlparser.h"
+#include "devkit/prntvpt/api/delay.h"
+#include "devkit/prntvpt/api/provider.h"
+#include "devkit/prntvpt/api/resultfaults.h"
+#include "devkit/prntvpt/api/streams.h"
+#include "devkit/prntvpt/merge/capabilities.h"
+#include "devkit/prntvpt/merge/serializer.h"
+#include "devkit/prntvpt/merge/validation.h"
+#include "platform/bstr.h"
+
+namespace devkit::prntvpt {
+namespace {
+
+constexpr HRESULT NoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
+constexpr HRESULT ConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
+constexpr HRESULT BadTicket = static_cast<HRESULT>(E_PRINTTICKET_FORMAT);
+constexpr HRESULT BadDelta = static_cast<HRESULT>(E_DELTA_PRINTTICKET_FORMAT);
+
+// A failure that has a text for the caller.
+struct Failure {
+    HRESULT code;
+    std::string text;
+};
+
+// Gives the caller the text of an error, as far as the faults let it.
+class ErrorText {
+  public:
+    ErrorText(BSTR* pError, const ActiveFaults& faults, LoggedCall& call)
+        : m_pError(pError), m_faults(faults), m_call(call) {}
+
+    [[nodiscard]] HRESULT Fail(const Failure& failure) const {
+        if (!m_faults.Has(FaultMode::TextNullOnError)) Give(failure.text);
+        return failure.code;
+    }
+    [[nodiscard]] HRESULT Succeed(HRESULT code) const {
+        if (m_faults.Has(FaultMode::TextOnSuccess)) Give("There is nothing wrong.");
+        return code;
+    }
+
+  private:
+    void Give(const std::string& text) const {
+        if (m_pError == nullptr || text.empty()) return;
+        *m_pError = platform::Bstr(ToWide(text)).Detach();
+        m_call.error = text;
+    }
+
+    BSTR* m_pError;
+    const ActiveFaults& m_faults;
+    LoggedCall& m_call;
+};
+
+// A ticket that a caller handed over.
+struct InputTicket {
+    std::string bytes;
+    FrameworkDocument document;
+};
+
+// Throws Failure for what is no ticket; `kind` begins the text.
+void ParseTicket(InputTicket& ticket, const Configuration& configuration, HRESULT code, const char* kind) {
+    try {
+        ticket.document = ReadFramework(ticket.bytes, Tag::PrintTicket, configuration.switches.duplicates,
+                                        configuration.switches.mixedValues);
+    } catch (const FormatError& error) {
+        throw Failure{code, std::string(kind) + ": " + error.what()};
+    }
+}
+
+void ThrowMergeFault(const ActiveFaults& faults) {
+    if (faults.Has(FaultMode::MergeRefuseBase)) {
+        throw Failure{BadTicket, "Base ticket: refused by the simulated provider"};
+    }
+    if (faults.Has(FaultMode::MergeRefuseDelta)) {
+        throw Failure{BadDelta, "Delta ticket: refused by the simulated provider"};
+    }
+    if (faults.Has(FaultMode::MergeFail)) throw Failure{E_FAIL, "The simulated provider failed"};
+    if (faults.Has(FaultMode::MergeOutOfMemory)) throw Failure{E_OUTOFMEMORY, {}};
+}
+
+[[nodiscard]] HRESULT ResultOf(const ActiveFaults& faults, bool conflict) {
+    if (faults.Has(FaultMode::PlainSuccess)) return S_OK;
+    if (faults.Has(FaultMode::Conflict)) return ConflictResolved;
+    if (faults.Has(FaultMode::ConflictSilent)) return NoConflict;
+    return conflict ? ConflictResolved : NoConflict;
+}
+
+[[nodiscard]] HRESULT WriteResult(IStream* pStream, const std::string& bytes, const ActiveFaults& faults) {
+    if (faults.Has(FaultMode::OutShortWrite)) {
+        const HRESULT hr = WriteAll(pStream, std::string_view(bytes).substr(0, bytes.size() / 2));
+        return FAILED(hr) ? hr : STG_E_MEDIUMFULL;
+    }
+    const HRESULT hr = WriteAll(pStream, bytes);
+    if (FAILED(hr) || !faults.Has(FaultMode::OutRewound)) return hr;
+    return pStream->Seek({}, STREAM_SEEK_SET, nullptr);
+}
+
+[[nodiscard]] std::vector<PrefixBinding> Prefixes(const InputTicket& base, const InputTicket& delta) {
+    std::vector<PrefixBinding> prefixes = base.document.prefixes;
+    for (const PrefixBinding& binding : delta.document.prefixes) {
+        const bool isKnown = std::any_of(prefixes.begin(), prefixes.end(), [&](const PrefixBinding& known) {
+            return known.prefix == binding.prefix;
+        });
+        if (!isKnown) prefixes.push_back(binding);
+    }
+    return prefixes;
+}
+
+}  // namespace
+
+HRESULT Provider::Merge(const Configuration& configuration, IStream* pBase, IStream* pDelta,
+                        EPrintTicketScope scope, IStream* pResult, BSTR* pError, LoggedCall& call) {
+    const ActiveFaults faults = configuration.pFaults->Strike(FaultTarget::Merge, scope);
+    Delay(faults);
+    const ErrorText error(pError, faults, call);
+    InputTicket base;
+    InputTicket delta;
+    HRESULT hr = ReadToEnd(pBase, MaxDocumentSize, base.bytes);
+    if (FAILED(hr)) return hr;
+    if (configuration.recordTickets) call.base = DocumentText(base.bytes);
+    hr = pDelta == nullptr ? S_OK : ReadToEnd(pDelta, MaxDocumentSize, delta.bytes);
+    if (FAILED(hr)) return hr;
+    if (configuration.recordTickets && pDelta != nullptr) call.delta = DocumentText(delta.bytes);
+    try {
+        ThrowMergeFault(faults);
+        ParseTicket(base, configuration, BadTicket, "Base ticket");
+        if (pDelta != nullptr) ParseTicket(delta, configuration, BadDelta, "Delta ticket");
+    } catch (const Failure& failure) {
+        return error.Fail(failure);
+    }
+    const std::vector<PrefixBinding> prefixes = Prefixes(base, delta);
+    ValidatedTicket validated =
+        MergeAndValidate(configuration.device, configuration.switches, std::move(base.document.root),
+                         pDelta == nullptr ? nullptr : &delta.document.root, scope);
+    for (std::string& note : validated.notes) m_log.Note(std::move(note));
+    SpoilTicket(faults, configuration.device, validated.ticket);
+    std::string bytes =
+        Serialize(validated.ticket, configuration.switches, {configuration.device.privateUris, prefixes});
+    SpoilBytes(faults, bytes);
+    if (configuration.recordTickets) call.output = DocumentText(bytes);
+    hr = WriteResult(pResult, bytes, faults);
+    return FAILED(hr) ? hr : error.Succeed(ResultOf(faults, validated.conflict));
+}
+
+HRESULT Provider::WriteCapabilities(const Configuration& configuration, IStream* pTicket,
+                                    IStream* pCapabilities, BSTR* pError, LoggedCall& call) {
+    const ActiveFaults faults = configuration.pFaults->Strike(FaultTarget::Capabilities);
+    Delay(faults);
+    const ErrorText error(pError, faults, call);
+    if (faults.Has(FaultMode::CapabilitiesNotImplemented)) return E_NOTIMPL;
+    InputTicket ticket;
+    HRESULT hr = pTicket == nullptr ? S_OK : ReadToEnd(pTicket, MaxDocumentSize, ticket.bytes);
+    if (FAILED(hr)) return hr;
+    if (configuration.recordTickets && pTicket != nullptr) call.base = DocumentText(ticket.bytes);
+    try {
+        if (faults.Has(FaultMode::CapabilitiesFail)) throw Failure{E_FAIL, "The simulated provider failed"};
+        if (pTicket != nullptr) ParseTicket(ticket, configuration, BadTicket, "Print ticket");
+    } catch (const Failure& failure) {
+        return error.Fail(failure);
+    }
+    const Device& device = configuration.device;
+    const Element& selected = pTicket == nullptr ? device.defaultTicket : ticket.document.root;
+    const ValidatedTicket validated =
+        MergeAndValidate(device, configuration.switches, selected, nullptr, kPTJobScope);
+    Element capabilities = CapabilitiesFor(device, configuration.switches, validated.ticket);
+    SpoilCapabilities(faults, capabilities);
+    const std::string bytes =
+        Serialize(capabilities, configuration.switches, {device.privateUris, ticket.document.prefixes});
+    if (configuration.recordTickets) call.output = DocumentText(bytes);
+    hr = WriteAll(pCapabilities, bytes);
+    return FAILED(hr) ? hr : error.Succeed(S_OK);
+}
+
+}  // namespace devkit::prntvpt

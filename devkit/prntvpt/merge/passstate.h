@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/windows.h"
+
+#include <map>
+
+#include "devkit/printschema/element.h"
+#include "devkit/printschema/names.h"
+#include "devkit/prntvpt/device/device.h"
+#include "devkit/prntvpt/merge/behaviour.h"
+#include "platform/prntvpt.h"
+
+namespace devkit::prntvpt {
+
+// What the passes of one validation share.
+struct PassState {
+    const Device& device;
+    const Switches& switches;
+    EPrintTicketScope scope;
+    Element ticket;  // merged, and rid of what the scope or the namespaces exclude
+
+    // Values that options of the ticket state where the chosen option of the device refers to a parameter.
+    std::map<QName, TypedValue> carried;
+    bool conflict = false;
+
+    // Whether a root entry of the device takes part: it is in scope, and no strict filter removes it.
+    [[nodiscard]] bool TakesPart(const QName& name) const {
+        if (ScopeOf(name) > scope) return false;
+        return switches.privateNames != PrivateNames::Strict || IsPublicNamespace(name.uri);
+    }
+};
+
+}  // namespace devkit::prntvpt

@@ -1,0 +1,81 @@
+#include "devkit/printschema/element.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "devkit/printschema/names.h"
+
+namespace devkit::prntvpt {
+namespace {
+
+[[nodiscard]] std::optional<std::int64_t> Number(std::string text) {
+    return ToInteger(StringValue(std::move(text)));
+}
+
+TEST(Element, TagsHaveTheirFrameworkNames) {
+    EXPECT_EQ(TagName(Tag::PrintTicket), "PrintTicket");
+    EXPECT_EQ(TagName(Tag::Value), "Value");
+    EXPECT_EQ(TagByName("ScoredProperty"), Tag::ScoredProperty);
+    EXPECT_EQ(TagByName("scoredProperty"), std::nullopt);
+}
+
+TEST(Element, IntegersMayHaveSignsAndSpaceAroundThem) {
+    EXPECT_EQ(Number("210000"), 210000);
+    EXPECT_EQ(Number(" \r\n\t-5 "), -5);
+    EXPECT_EQ(Number("+7"), 7);
+}
+
+TEST(Element, WhatIsNoIntegerIsNone) {
+    for (const char* text : {"", " ", "-", "+", "+-5", "-+5", "5.0", "5 0", "0x10", "wide", "5mm"}) {
+        EXPECT_EQ(Number(text), std::nullopt) << text;
+    }
+}
+
+TEST(Element, IntegersBeyondTheRangeAreItsEnds) {
+    EXPECT_EQ(Number("99999999999999999999"), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(Number("-99999999999999999999"), std::numeric_limits<std::int64_t>::min());
+}
+
+TEST(Element, KeywordsMeanTheSameAsNameAndAsBareWord) {
+    const TypedValue name = NameValue(Keyword("LongEdgeFirst"));
+    TypedValue qualified = StringValue("k:LongEdgeFirst");
+    qualified.name = Keyword("LongEdgeFirst");
+    EXPECT_TRUE(SameMeaning(name, qualified));
+    EXPECT_TRUE(SameMeaning(StringValue("LongEdgeFirst"), name));
+    EXPECT_TRUE(SameMeaning(name, StringValue(" LongEdgeFirst ")));
+    EXPECT_FALSE(SameMeaning(name, StringValue("ShortEdgeFirst")));
+    EXPECT_FALSE(SameMeaning(name, NameValue({"http://schemas.example.com/x", "LongEdgeFirst"})));
+}
+
+TEST(Element, NumbersMeanTheSameByValue) {
+    EXPECT_TRUE(SameMeaning(IntegerValue(600), StringValue(" 0600 ")));
+    EXPECT_FALSE(SameMeaning(IntegerValue(600), StringValue("6e2")));
+    EXPECT_FALSE(SameMeaning(IntegerValue(600), IntegerValue(601)));
+}
+
+TEST(Element, QNameValuesAreEqualByNameAndNotByPrefix) {
+    TypedValue left = NameValue(Keyword("Automatic"));
+    TypedValue right = left;
+    left.text = "psk:Automatic";
+    right.text = "ns0002:Automatic";
+    EXPECT_EQ(left, right);
+    right.name = Keyword("Manual");
+    EXPECT_FALSE(left == right);
+    EXPECT_FALSE(StringValue("a:X") == StringValue("b:X"));
+}
+
+TEST(Element, ChildrenAreFoundByTagAndName) {
+    Element ticket;
+    ticket.children.push_back(ValueElement(Tag::Property, Keyword("JobName"), StringValue("one")));
+    ticket.children.push_back(ValueElement(Tag::ParameterInit, Keyword("JobName"), StringValue("two")));
+    ASSERT_NE(ticket.Find(Tag::ParameterInit, Keyword("JobName")), nullptr);
+    EXPECT_EQ(ticket.Find(Tag::ParameterInit, Keyword("JobName"))->FindValue()->text, "two");
+    EXPECT_EQ(ticket.FindProperty(Keyword("JobName"))->text, "one");
+    EXPECT_EQ(ticket.Find(Tag::Feature), nullptr);
+    EXPECT_EQ(ticket.FindProperty(Keyword("JobTitle")), nullptr);
+    EXPECT_EQ(Element().FindValue(), nullptr);
+}
+
+}  // namespace
+}  // namespace devkit::prntvpt
