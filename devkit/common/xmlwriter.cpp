@@ -53,7 +53,9 @@ void XmlWriter::Comment(std::string_view text) {
 }
 
 void XmlWriter::Instruction(const std::string& target, std::string_view text) {
-    Check(xmlTextWriterWritePI(m_writer.get(), XmlText(target.c_str()), XmlText(std::string(text).c_str())));
+    const std::string content(text);
+    Check(xmlTextWriterWritePI(m_writer.get(), XmlText(target.c_str()),
+                               content.empty() ? nullptr : XmlText(content.c_str())));
 }
 
 void XmlWriter::Raw(std::string_view markup) {

@@ -6,8 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "devkit/filterhost/programfolder.h"
-#include "devkit/filterhost/usageerror.h"
+#include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/files.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {
@@ -15,7 +15,7 @@ namespace {
 
 using Path = std::filesystem::path;
 
-constexpr const char* description =
+constexpr const char* kDescription =
     "Runs an XPS print filter over documents, without a printer or a spooler.\n"
     "\n"
     "Exit status: 0 done, 1 the filter failed, 2 wrong usage, 3 an input cannot be\n"
@@ -140,7 +140,7 @@ std::string FirstLine(const std::string& text) { return text.substr(0, text.find
 std::string VersionText() { return "filterhost 1.0.0"; }
 
 Command ParseCommandLine(std::vector<std::string> arguments) {
-    CLI::App app(description, "filterhost");
+    CLI::App app(kDescription, "filterhost");
     app.require_subcommand(1);
     // A path may start with a slash.
     app.allow_windows_style_options(false);

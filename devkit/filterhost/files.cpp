@@ -1,9 +1,18 @@
 #include "devkit/filterhost/files.h"
 
+#include "platform/windows.h"
+
 #include "devkit/common/file.h"
-#include "devkit/filterhost/usageerror.h"
+#include "devkit/filterhost/exitstatus.h"
 
 namespace devkit::filterhost {
+
+std::filesystem::path ProgramFolder() {
+    // The longest path that Windows knows.
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return std::filesystem::path(path).parent_path();
+}
 
 std::string ReadFile(const std::filesystem::path& path, std::string_view option) try {
     common::FileSource file(path);

@@ -8,6 +8,9 @@
 
 namespace devkit::filterhost {
 
+// The folder that holds the running program.
+[[nodiscard]] std::filesystem::path ProgramFolder();
+
 // The whole file. Throws UsageError with `option` in front.
 [[nodiscard]] std::string ReadFile(const std::filesystem::path& path, std::string_view option);
 // Writes the file, which appears when it is whole. Throws UsageError with `option` in front.

@@ -21,6 +21,7 @@ namespace {
 using common::PathText;
 using package::XpsDocument;
 using pipeline::RunOutcome;
+using printschema::TicketFacts;
 using Path = std::filesystem::path;
 
 std::size_t CountPages(const package::XpsTree& tree) {
@@ -113,13 +114,18 @@ void HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, RunResul
     Progress progress(result.input, parts, !m_settings.quiet);
     options.onPart = [&progress](unsigned number) { progress.Asked(number); };
     const std::shared_ptr<const pipeline::JobInput> job = pipeline::MakeJobInput(document);
-    pipeline::FilterRun run(m_filter, job, std::move(options));
-    m_provider.BeginRun(token, pages);
-    const CancelOnInterrupt interrupt(run);
-    const CrashReport crash(result.input, [&run] { return run.LastPart(); });
-    result.outcome = run.Run();
+    // Shared with the provider: a filter that hangs may call it when this is over.
+    const auto run = std::make_shared<pipeline::FilterRun>(m_filter, job, std::move(options));
+    const auto tickets = std::make_shared<MadeTickets>();
+    m_provider.BeginRun(token, pages, [run = std::weak_ptr(run), tickets](const prntvpt::ProviderCall& call) {
+        if (const auto alive = run.lock()) tickets->Add(call, alive->LastPart());
+    });
+    const CancelOnInterrupt interrupt(*run);
+    const CrashReport crash(result.input, [&run] { return run->LastPart(); });
+    result.outcome = run->Run();
     result.breaches = result.outcome->breaches;
-    if (!result.outcome->hung) result.provider = m_provider.EndRun();
+    result.provider = m_provider.EndRun(result.outcome->hung);
+    result.tickets = tickets->Take();
     AddProviderFindings(result);
 }
 
@@ -142,7 +148,8 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
 void HostedRun::LookAtPages(RunResult& result) const {
     const std::vector<pipeline::SentPart>& parts = result.outcome->parts;
     std::vector<TicketFacts> tickets;
-    if (result.provider) tickets = EffectiveTickets(parts, *result.provider, *m_userTicket);
+    if (result.provider)
+        tickets = EffectiveTickets(parts, result.tickets, printschema::ReadFacts(*m_userTicket));
     for (const pipeline::SentPart& part : parts) {
         if (part.kind != pipeline::PartKind::FixedPage) continue;
         const std::size_t number = result.pages.size();

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <memory>
 
-#include "devkit/filterhost/printerhandle.h"
 #include "devkit/filterhost/runresult.h"
 #include "devkit/filterhost/settings.h"
 #include "devkit/filterhost/ticketprovider.h"

@@ -1,14 +1,13 @@
-#include "devkit/filterhost/inspectcommand.h"
-
 #include <algorithm>
 #include <new>
 #include <sstream>
 #include <string>
 
 #include "devkit/common/file.h"
+#include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
+#include "devkit/filterhost/documentprinter.h"
 #include "devkit/filterhost/files.h"
-#include "devkit/inspect/documentprinter.h"
 #include "devkit/package/xpsdocument.h"
 
 namespace devkit::filterhost {
@@ -18,7 +17,7 @@ ExitStatus InspectOne(const std::filesystem::path& input) {
     const std::string name = common::PathText(input);
     try {
         std::ostringstream tree;
-        inspect::PrintDocument(tree, package::XpsDocument::Open(input));
+        PrintDocument(tree, package::XpsDocument::Open(input));
         PrintOut(name + ":\n" + tree.str());
         return Done;
     } catch (const common::Error& error) {

@@ -7,11 +7,9 @@
 #include <vector>
 
 #include "devkit/filterhost/commandline.h"
+#include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/exitstatus.h"
-#include "devkit/filterhost/inspectcommand.h"
-#include "devkit/filterhost/runcommand.h"
-#include "devkit/filterhost/usageerror.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {

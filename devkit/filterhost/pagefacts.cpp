@@ -35,9 +35,9 @@ std::optional<std::array<double, 6>> ReadMatrix(std::string_view text) {
 
 // Whether the matrix turns by a right angle, whatever it scales and moves.
 bool TurnsByARightAngle(const std::array<double, 6>& matrix) {
-    constexpr double nothing = 1e-3;
-    return std::abs(matrix[0]) < nothing && std::abs(matrix[3]) < nothing && std::abs(matrix[1]) > nothing &&
-           std::abs(matrix[2]) > nothing;
+    constexpr double kNothing = 1e-3;
+    return std::abs(matrix[0]) < kNothing && std::abs(matrix[3]) < kNothing &&
+           std::abs(matrix[1]) > kNothing && std::abs(matrix[2]) > kNothing;
 }
 
 // Whether the first element in the page is a canvas that turns by a right angle.
@@ -63,7 +63,7 @@ void LookAtMarkup(const std::string& markup, PageFacts& facts) {
 
 }  // namespace
 
-PageFacts LookAtPage(const pipeline::SentPart& page, const TicketFacts& effective) {
+PageFacts LookAtPage(const pipeline::SentPart& page, const printschema::TicketFacts& effective) {
     const PartPtr& part = page.part;
     PageFacts facts;
     facts.name = page.name;
@@ -80,7 +80,8 @@ PageFacts LookAtPage(const pipeline::SentPart& page, const TicketFacts& effectiv
     LookAtMarkup(*after, facts);
     facts.feedDirection = effective.feedDirection;
     const bool ownTicket = facts.ticketReplaced && part->ticket != nullptr;
-    facts.mediaSize = ownTicket ? ReadTicketFacts(*part->ticket->Read()).mediaSize : effective.mediaSize;
+    facts.mediaSize =
+        ownTicket ? printschema::ReadFacts(*part->ticket->Read()).mediaSize : effective.mediaSize;
     return facts;
 }
 

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "devkit/filterhost/ticketfacts.h"
 #include "devkit/package/pagedimensions.h"
 #include "devkit/pipeline/part.h"
+#include "devkit/printschema/summary.h"
 
 namespace devkit::filterhost {
 
@@ -29,6 +29,6 @@ struct PageFacts {
 
 // `effective` is what the tickets say that held for the page. Throws common::Error when the input
 // cannot be read.
-[[nodiscard]] PageFacts LookAtPage(const pipeline::SentPart& page, const TicketFacts& effective);
+[[nodiscard]] PageFacts LookAtPage(const pipeline::SentPart& page, const printschema::TicketFacts& effective);
 
 }  // namespace devkit::filterhost

@@ -7,8 +7,8 @@
 namespace devkit::filterhost {
 namespace {
 
-constexpr std::chrono::milliseconds firstAfter{500};
-constexpr std::chrono::milliseconds interval{100};
+constexpr std::chrono::milliseconds kFirstAfter{500};
+constexpr std::chrono::milliseconds kInterval{100};
 
 }  // namespace
 
@@ -16,7 +16,7 @@ Progress::Progress(std::string input, std::size_t total, bool wanted)
     : m_input(std::move(input)),
       m_total(total),
       m_shown(wanted && ErrorIsConsole()),
-      m_next(Clock::now() + firstAfter) {}
+      m_next(Clock::now() + kFirstAfter) {}
 
 Progress::~Progress() {
     if (m_length > 0) PrintError("\r" + std::string(m_length, ' ') + "\r");
@@ -24,7 +24,7 @@ Progress::~Progress() {
 
 void Progress::Asked(unsigned number) {
     if (!m_shown || Clock::now() < m_next) return;
-    m_next = Clock::now() + interval;
+    m_next = Clock::now() + kInterval;
     const std::string text = m_input + ": part " + std::to_string(number) + " of " + std::to_string(m_total);
     m_length = text.size();
     PrintError("\r" + text);

@@ -1,5 +1,3 @@
-#include "devkit/filterhost/runcommand.h"
-
 #include "platform/windows.h"
 
 #include <algorithm>
@@ -9,13 +7,14 @@
 #include <vector>
 
 #include "devkit/common/file.h"
+#include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
+#include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
 #include "devkit/filterhost/hostedrun.h"
 #include "devkit/filterhost/report.h"
 #include "devkit/filterhost/summary.h"
 #include "devkit/filterhost/ticketprovider.h"
-#include "devkit/filterhost/usageerror.h"
 #include "devkit/msxml/com/domregistration.h"
 
 namespace devkit::filterhost {

@@ -6,10 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "devkit/filterhost/effectivetickets.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/pagefacts.h"
 #include "devkit/pipeline/filterrun.h"
-#include "devkit/prntvpt/client/simulatedprovider.h"
+#include "devkit/prntvpt/control/messages.h"
 
 namespace devkit::filterhost {
 
@@ -23,6 +24,7 @@ struct RunResult {
     std::vector<std::string> findings;  // what is odd about the input or the pages, but breaks no rule
     std::vector<PageFacts> pages;       // of the FixedPages among the outcome's parts, in their order
     std::optional<prntvpt::ProviderReport> provider;
+    std::vector<MadeTicket> tickets;  // what the simulated provider made, in the order of the calls
     ExitStatus status = Done;
 };
 

@@ -10,7 +10,7 @@
 namespace devkit::filterhost {
 
 // {8A9F4692-E8BA-4533-B859-E56B1EA16586}, the page-validation filter.
-inline constexpr CLSID DefaultFilterClass = {
+inline constexpr CLSID kDefaultFilterClass = {
     0x8a9f4692, 0xe8ba, 0x4533, {0xb8, 0x59, 0xe5, 0x6b, 0x1e, 0xa1, 0x65, 0x86}};
 
 // What `filterhost run` was asked for. Texts are UTF-8.
@@ -19,7 +19,7 @@ struct RunSettings {
     std::optional<std::filesystem::path> output;
     std::optional<std::filesystem::path> outputFolder;
     std::filesystem::path filter;
-    CLSID filterClass = DefaultFilterClass;
+    CLSID filterClass = kDefaultFilterClass;
     std::string device = "simprinter";
     std::optional<std::string> printer;
     std::optional<std::filesystem::path> userTicket;

@@ -5,26 +5,16 @@
 #include <winspool.h>
 
 #include <filesystem>
+#include <utility>
 
-#include <nlohmann/json.hpp>
-
-#include "devkit/filterhost/device.h"
-#include "devkit/filterhost/programfolder.h"
-#include "devkit/filterhost/usageerror.h"
-#include "devkit/prntvpt/api/provider.h"
+#include "devkit/filterhost/devicefolder.h"
+#include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/files.h"
+#include "devkit/prntvpt/api/configuration.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
-
-using Json = nlohmann::json;
-
-// The first printer of the configuration that a report shows.
-std::string FirstPrinter(const std::string& report) {
-    const Json json = Json::parse(report, nullptr, false);
-    const Json::json_pointer path("/configuration/printers/0");
-    return json.is_object() && json.contains(path) ? json.at(path).get<std::string>() : std::string();
-}
 
 std::string DefaultPrinter() {
     std::wstring name(1024, L'\0');
@@ -38,17 +28,27 @@ std::string DefaultPrinter() {
 
 // The model's default ticket, read without a provider that the filter could be bound to.
 std::string DefaultTicketOf(const std::filesystem::path& device) {
-    prntvpt::Provider model;
-    std::string error;
-    const Json configuration{{"device", platform::ToUtf8(device.wstring())}};
-    if (FAILED(model.Configure(configuration.dump().c_str(), error))) throw UsageError("--device: " + error);
-    return model.DefaultTicket();
+    try {
+        prntvpt::ProviderSettings settings;
+        settings.device = device;
+        return prntvpt::DefaultTicketOf(*prntvpt::MakeConfiguration(settings));
+    } catch (const prntvpt::ConfigurationError& error) {
+        throw UsageError(std::string("--device: ") + error.what());
+    }
 }
 
 }  // namespace
 
+PrinterHandle::PrinterHandle(const std::wstring& name) {
+    std::wstring writable = name;
+    HANDLE handle = nullptr;
+    if (OpenPrinterW(writable.data(), &handle, nullptr)) m_handle.reset(handle);
+}
+
+void PrinterHandle::Close::operator()(HANDLE handle) const noexcept { ClosePrinter(handle); }
+
 TicketProvider::TicketProvider(const RunSettings& settings) {
-    const std::filesystem::path device = FindDevice(settings.device);
+    const std::filesystem::path device = FindDeviceFolder(settings.device);
     if (settings.systemProvider) {
         m_printer = settings.printer ? *settings.printer : DefaultPrinter();
         m_defaultTicket = DefaultTicketOf(device);
@@ -63,7 +63,7 @@ TicketProvider::TicketProvider(const RunSettings& settings) {
     } catch (const std::runtime_error& error) {
         throw UsageError(error.what());
     }
-    m_printer = settings.printer ? *settings.printer : FirstPrinter(m_simulated->Report().json);
+    m_printer = settings.printer ? *settings.printer : m_simulated->Report().configuration->printers.front();
     m_defaultTicket = m_simulated->DefaultTicket();
 }
 
@@ -72,14 +72,18 @@ void TicketProvider::Configure(bool recordTickets) {
     m_simulated->Configure(m_settings);
 }
 
-void TicketProvider::BeginRun(HANDLE userToken, std::size_t pages) {
+void TicketProvider::BeginRun(HANDLE userToken, std::size_t pages,
+                              prntvpt::SimulatedProvider::Listener listener) {
     if (!m_simulated) return;
-    Configure(pages <= MaxRecordedPages);
+    Configure(pages <= kMaxRecordedPages);
     m_simulated->ExpectToken(userToken);
+    m_simulated->Listen(std::move(listener));
 }
 
-std::optional<prntvpt::ProviderReport> TicketProvider::EndRun() {
+std::optional<prntvpt::ProviderReport> TicketProvider::EndRun(bool hung) {
     if (!m_simulated) return std::nullopt;
+    m_simulated->Listen({});
+    if (hung) return std::nullopt;
     m_simulated->Finish();
     return m_simulated->Report();
 }

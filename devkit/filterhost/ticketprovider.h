@@ -3,6 +3,7 @@
 #include "platform/windows.h"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -11,11 +12,27 @@
 
 namespace devkit::filterhost {
 
+// A handle of the printer, where the system has one of that name.
+class PrinterHandle {
+  public:
+    explicit PrinterHandle(const std::wstring& name);
+
+    // Borrowed; null when the system does not know the printer.
+    [[nodiscard]] HANDLE Get() const noexcept { return m_handle.get(); }
+
+  private:
+    struct Close {
+        void operator()(HANDLE handle) const noexcept;
+    };
+
+    std::unique_ptr<void, Close> m_handle;
+};
+
 // The print ticket provider that the filter will be bound to: the simulated one, loaded and set up, or the
 // system's own. Make it before the filter is loaded.
 class TicketProvider {
   public:
-    static constexpr std::size_t MaxRecordedPages = 2000;
+    static constexpr std::size_t kMaxRecordedPages = 2000;
 
     // Throws UsageError when the settings make no sense.
     explicit TicketProvider(const RunSettings& settings);
@@ -24,11 +41,13 @@ class TicketProvider {
     // The default print ticket of the device model.
     [[nodiscard]] const std::string& DefaultTicket() const noexcept { return m_defaultTicket; }
 
-    // A run over so many pages begins, with that token as its user's. The tickets of a run of more than
-    // MaxRecordedPages pages are not kept in the report: it would grow with each.
-    void BeginRun(HANDLE userToken, std::size_t pages);
-    // The run is over. What the simulated provider saw; nothing for the system's.
-    [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun();
+    // A run over so many pages begins, with that token as its user's. The simulated provider tells `listener`
+    // of each call when it ends, on the thread of the call. The texts of tickets are not kept in a run of
+    // more than kMaxRecordedPages pages: the report would grow with each.
+    void BeginRun(HANDLE userToken, std::size_t pages, prntvpt::SimulatedProvider::Listener listener);
+    // The run is over, and nobody listens any longer. What the simulated provider saw; nothing for the
+    // system's, nor when the filter `hung` and may still be at it.
+    [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun(bool hung);
 
   private:
     void Configure(bool recordTickets);

@@ -6,21 +6,15 @@
 #include <limits>
 #include <utility>
 
+#include "devkit/common/text.h"
 #include "devkit/printschema/names.h"
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 namespace {
 
-constexpr std::array<std::string_view, TagCount> TagNames{
+constexpr std::array<std::string_view, kTagCount> kTagNames{
     "PrintTicket", "PrintCapabilities", "Feature",       "Option",       "ScoredProperty",
     "Property",    "ParameterDef",      "ParameterInit", "ParameterRef", "Value"};
-
-[[nodiscard]] std::string_view Trim(std::string_view text) {
-    constexpr std::string_view Space = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(Space);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(Space) - first + 1);
-}
 
 [[nodiscard]] const QName* NameOf(const TypedValue& value) {
     return value.name && value.type == SchemaType("QName") ? &*value.name : nullptr;
@@ -28,12 +22,12 @@ constexpr std::array<std::string_view, TagCount> TagNames{
 
 }  // namespace
 
-std::string_view TagName(Tag tag) { return TagNames[static_cast<std::size_t>(tag)]; }
+std::string_view TagName(Tag tag) { return kTagNames[static_cast<std::size_t>(tag)]; }
 
 std::optional<Tag> TagByName(std::string_view name) {
-    const auto found = std::find(TagNames.begin(), TagNames.end(), name);
-    if (found == TagNames.end()) return std::nullopt;
-    return static_cast<Tag>(found - TagNames.begin());
+    const auto found = std::find(kTagNames.begin(), kTagNames.end(), name);
+    if (found == kTagNames.end()) return std::nullopt;
+    return static_cast<Tag>(found - kTagNames.begin());
 }
 
 bool operator==(const TypedValue& left, const TypedValue& right) {
@@ -59,13 +53,15 @@ bool SameMeaning(const TypedValue& left, const TypedValue& right) {
     const std::optional<std::int64_t> leftNumber = ToInteger(left);
     if (leftNumber) return leftNumber == ToInteger(right);
     if (left.name && right.name) return *left.name == *right.name;
-    const std::string_view leftWord = left.name ? std::string_view(left.name->local) : Trim(left.text);
-    const std::string_view rightWord = right.name ? std::string_view(right.name->local) : Trim(right.text);
+    const std::string_view leftWord =
+        left.name ? std::string_view(left.name->local) : common::Trimmed(left.text);
+    const std::string_view rightWord =
+        right.name ? std::string_view(right.name->local) : common::Trimmed(right.text);
     return leftWord == rightWord;
 }
 
 std::optional<std::int64_t> ToInteger(const TypedValue& value) {
-    std::string_view text = Trim(value.text);
+    std::string_view text = common::Trimmed(value.text);
     const bool negative = text.starts_with('-');
     // XML Schema allows a plus sign, from_chars does not.
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
@@ -117,4 +113,4 @@ Element ValueElement(Tag tag, QName name, TypedValue value) {
     return element;
 }
 
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

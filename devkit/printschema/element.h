@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "devkit/printschema/qname.h"
+#include "devkit/printschema/names.h"
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 
 // The elements of the Print Schema Framework.
 enum class Tag : std::uint8_t {
@@ -23,7 +23,7 @@ enum class Tag : std::uint8_t {
     ParameterRef,
     Value,
 };
-inline constexpr std::size_t TagCount = 10;
+inline constexpr std::size_t kTagCount = 10;
 
 [[nodiscard]] std::string_view TagName(Tag tag);
 [[nodiscard]] std::optional<Tag> TagByName(std::string_view name);
@@ -74,4 +74,4 @@ struct Element {
 // An element with a single Value child, as ScoredProperty, Property and ParameterInit are.
 [[nodiscard]] Element ValueElement(Tag tag, QName name, TypedValue value);
 
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 namespace {
 
 struct ScopeNames {
@@ -13,24 +13,24 @@ struct ScopeNames {
     std::string_view name;
 };
 
-constexpr std::array<ScopeNames, 3> Scopes{{{kPTPageScope, "Page", "page"},
-                                            {kPTDocumentScope, "Document", "document"},
-                                            {kPTJobScope, "Job", "job"}}};
+constexpr std::array<ScopeNames, 3> kScopes{{{kPTPageScope, "Page", "page"},
+                                             {kPTDocumentScope, "Document", "document"},
+                                             {kPTJobScope, "Job", "job"}}};
 
 }  // namespace
 
 bool IsPublicNamespace(std::string_view uri) {
-    return uri == FrameworkUri || uri == KeywordsUri || uri == KeywordsV11Uri;
+    return uri == kFrameworkUri || uri == kKeywordsUri || uri == kKeywordsV11Uri;
 }
 
-QName Keyword(std::string_view local) { return {std::string(KeywordsUri), std::string(local)}; }
+QName Keyword(std::string_view local) { return {std::string(kKeywordsUri), std::string(local)}; }
 
-QName FrameworkName(std::string_view local) { return {std::string(FrameworkUri), std::string(local)}; }
+QName FrameworkName(std::string_view local) { return {std::string(kFrameworkUri), std::string(local)}; }
 
-QName SchemaType(std::string_view local) { return {std::string(SchemaUri), std::string(local)}; }
+QName SchemaType(std::string_view local) { return {std::string(kSchemaUri), std::string(local)}; }
 
 std::optional<EPrintTicketScope> ScopePrefixOf(std::string_view local) {
-    for (const ScopeNames& names : Scopes) {
+    for (const ScopeNames& names : kScopes) {
         if (local.starts_with(names.prefix)) return names.scope;
     }
     return std::nullopt;
@@ -39,17 +39,17 @@ std::optional<EPrintTicketScope> ScopePrefixOf(std::string_view local) {
 EPrintTicketScope ScopeOf(const QName& name) { return ScopePrefixOf(name.local).value_or(kPTJobScope); }
 
 std::string_view ScopeName(EPrintTicketScope scope) {
-    for (const ScopeNames& names : Scopes) {
+    for (const ScopeNames& names : kScopes) {
         if (names.scope == scope) return names.name;
     }
     return "none";
 }
 
 std::optional<EPrintTicketScope> ScopeByName(std::string_view name) {
-    for (const ScopeNames& names : Scopes) {
+    for (const ScopeNames& names : kScopes) {
         if (names.name == name) return names.scope;
     }
     return std::nullopt;
 }
 
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

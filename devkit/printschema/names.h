@@ -2,23 +2,33 @@
 
 #include "platform/windows.h"
 
+#include <compare>
 #include <optional>
+#include <string>
 #include <string_view>
 
-#include "devkit/printschema/qname.h"
 #include "platform/prntvpt.h"
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
+
+// A name with its namespace. Prefixes end where a document is read and begin where one is written; in between
+// there are only these.
+struct QName {
+    std::string uri;
+    std::string local;
+
+    friend auto operator<=>(const QName&, const QName&) = default;
+};
 
 // Namespaces of the Print Schema and of XML Schema.
-inline constexpr std::string_view FrameworkUri =
+inline constexpr std::string_view kFrameworkUri =
     "http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
-inline constexpr std::string_view KeywordsUri =
+inline constexpr std::string_view kKeywordsUri =
     "http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
-inline constexpr std::string_view KeywordsV11Uri =
+inline constexpr std::string_view kKeywordsV11Uri =
     "http://schemas.microsoft.com/windows/2013/05/printing/printschemakeywordsv11";
-inline constexpr std::string_view InstanceUri = "http://www.w3.org/2001/XMLSchema-instance";
-inline constexpr std::string_view SchemaUri = "http://www.w3.org/2001/XMLSchema";
+inline constexpr std::string_view kInstanceUri = "http://www.w3.org/2001/XMLSchema-instance";
+inline constexpr std::string_view kSchemaUri = "http://www.w3.org/2001/XMLSchema";
 
 // Whether every provider knows the names of this namespace: the framework and the public keywords.
 [[nodiscard]] bool IsPublicNamespace(std::string_view uri);
@@ -39,4 +49,4 @@ inline constexpr std::string_view SchemaUri = "http://www.w3.org/2001/XMLSchema"
 [[nodiscard]] std::string_view ScopeName(EPrintTicketScope scope);
 [[nodiscard]] std::optional<EPrintTicketScope> ScopeByName(std::string_view name);
 
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

@@ -1,24 +1,24 @@
 #include "devkit/printschema/reader.h"
 
+#include <libxml/tree.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <set>
 #include <utility>
 
-#include "devkit/printschema/formaterror.h"
+#include "devkit/common/error.h"
+#include "devkit/common/xmlreader.h"
 #include "devkit/printschema/names.h"
 #include "devkit/printschema/rules.h"
-#include "devkit/printschema/xmlparser.h"
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 namespace {
 
-constexpr int MaxNesting = 10;
+using common::View;
 
-[[nodiscard]] std::string_view View(const xmlChar* pText) {
-    return pText == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(pText));
-}
+constexpr int kMaxNesting = 10;
 
 [[nodiscard]] std::string_view UriOf(const xmlNs* pNamespace) {
     return pNamespace == nullptr ? std::string_view() : View(pNamespace->href);
@@ -41,8 +41,7 @@ constexpr int MaxNesting = 10;
     if (colon == 0 || colon == std::string_view::npos || colon + 1 == text.size()) return std::nullopt;
     if (text.find(':', colon + 1) != std::string_view::npos) return std::nullopt;
     const std::string prefix(text.substr(0, colon));
-    const xmlNs* const pNamespace =
-        xmlSearchNs(pNode->doc, pNode, reinterpret_cast<const xmlChar*>(prefix.c_str()));
+    const xmlNs* const pNamespace = xmlSearchNs(pNode->doc, pNode, common::XmlText(prefix.c_str()));
     if (pNamespace == nullptr) return std::nullopt;
     return QName{std::string(UriOf(pNamespace)), std::string(text.substr(colon + 1))};
 }
@@ -59,7 +58,7 @@ class Reader {
         : m_duplicates(duplicates), m_mixedValues(mixedValues) {}
 
     [[nodiscard]] FrameworkDocument Read(xmlNode* pRoot, Tag root) {
-        if (UriOf(pRoot->ns) != FrameworkUri || View(pRoot->name) != TagName(root)) {
+        if (UriOf(pRoot->ns) != kFrameworkUri || View(pRoot->name) != TagName(root)) {
             throw FormatError("The root element is not " + std::string(TagName(root)));
         }
         m_document.root = ReadElement(pRoot, root);
@@ -69,7 +68,7 @@ class Reader {
   private:
     [[nodiscard]] Element ReadElement(xmlNode* pNode, Tag tag) {
         int& depth = m_depth[static_cast<std::size_t>(tag)];
-        if (++depth > MaxNesting) {
+        if (++depth > kMaxNesting) {
             throw FormatError("More than ten " + std::string(TagName(tag)) + " elements inside each other");
         }
         NotePrefixes(pNode);
@@ -107,7 +106,7 @@ class Reader {
                 hasVersion = true;
             } else if (uri.empty() && local == "constrained" && element.tag == Tag::Option) {
                 element.constrained = RequireName(pNode, text);
-            } else if (uri == InstanceUri && local == "type" && element.tag == Tag::Value) {
+            } else if (uri == kInstanceUri && local == "type" && element.tag == Tag::Value) {
                 element.value.type = RequireName(pNode, text);
             } else if (!IsIgnoredAttribute(uri, local)) {
                 throw FormatError("The attribute \"" + std::string(local) + "\" is not allowed on " +
@@ -149,7 +148,7 @@ class Reader {
                 continue;
             }
             const std::string_view uri = UriOf(pChild->ns);
-            if (uri != FrameworkUri && !uri.empty()) continue;
+            if (uri != kFrameworkUri && !uri.empty()) continue;
             const std::optional<Tag> tag = uri.empty() ? std::optional<Tag>() : TagByName(View(pChild->name));
             if (!tag || !MayContain(element.tag, *tag)) {
                 throw FormatError("The element \"" + std::string(View(pChild->name)) +
@@ -196,15 +195,21 @@ class Reader {
     MixedValues m_mixedValues;
     FrameworkDocument m_document;
     std::set<std::string, std::less<>> m_prefixes;
-    std::array<int, TagCount> m_depth{};
+    std::array<int, kTagCount> m_depth{};
 };
 
 }  // namespace
 
 FrameworkDocument ReadFramework(std::string_view bytes, Tag root, Duplicates duplicates,
                                 MixedValues mixedValues) {
-    const XmlDocument document = ParseXml(bytes);
-    return Reader(duplicates, mixedValues).Read(xmlDocGetRootElement(document.get()), root);
+    common::XmlLimits limits;
+    limits.maxBytes = kMaxDocumentSize;
+    try {
+        const common::XmlDocument document = common::ParseXml(bytes, {}, limits);
+        return Reader(duplicates, mixedValues).Read(xmlDocGetRootElement(document.get()), root);
+    } catch (const common::XmlError& error) {
+        throw FormatError(error.what());
+    }
 }
 
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

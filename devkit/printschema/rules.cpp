@@ -5,10 +5,10 @@
 
 #include "devkit/printschema/names.h"
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 namespace {
 
-constexpr std::string_view XmlUri = "http://www.w3.org/XML/1998/namespace";
+constexpr std::string_view kXmlUri = "http://www.w3.org/XML/1998/namespace";
 
 [[nodiscard]] bool IsOneOf(Tag tag, std::initializer_list<Tag> tags) {
     return std::find(tags.begin(), tags.end(), tag) != tags.end();
@@ -48,7 +48,8 @@ bool MayHaveName(Tag tag) { return !IsRoot(tag) && tag != Tag::Value; }
 bool MustHaveName(Tag tag) { return MayHaveName(tag) && tag != Tag::Option; }
 
 bool IsIgnoredAttribute(std::string_view uri, std::string_view local) {
-    return (uri.empty() && local == "propagate") || uri == XmlUri || (uri == InstanceUri && local != "type");
+    return (uri.empty() && local == "propagate") || uri == kXmlUri ||
+           (uri == kInstanceUri && local != "type");
 }
 
 std::string DuplicateKind(Tag tag) {
@@ -57,4 +58,4 @@ std::string DuplicateKind(Tag tag) {
     return "feature or parameter";
 }
 
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

@@ -5,7 +5,7 @@
 
 #include "devkit/printschema/element.h"
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 
 // The rules of the Print Schema Framework on elements and attributes.
 
@@ -20,4 +20,4 @@ namespace devkit::prntvpt {
 // How the platform calls what is defined twice: "feature or parameter".
 [[nodiscard]] std::string DuplicateKind(Tag tag);
 
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "devkit/prntvpt/api/fault.h"
+#include "devkit/prntvpt/control/messages.h"
 #include "devkit/prntvpt/device/device.h"
 #include "devkit/prntvpt/merge/behaviour.h"
 
@@ -23,15 +24,22 @@ class ConfigurationError : public std::runtime_error {
 struct Configuration {
     std::filesystem::path folder;
     Device device;
-    Switches switches;
+    Behaviour behaviour;
     std::unique_ptr<FaultPlan> pFaults;
     bool recordTickets = true;
 
     // The names compare as those of files do, without regard to case.
     [[nodiscard]] bool HasPrinter(std::wstring_view name) const;
+    // As a report shows it.
+    [[nodiscard]] ProviderConfiguration Describe() const;
 };
 
-// Reads the JSON of control.h and the device model that it names. ConfigurationError.
+// Reads the device model that the settings name. ConfigurationError.
+[[nodiscard]] std::shared_ptr<const Configuration> MakeConfiguration(const ProviderSettings& settings);
+// The same for the JSON of control.h.
 [[nodiscard]] std::shared_ptr<const Configuration> ParseConfiguration(std::string_view json);
+
+// The default ticket of the device with its variants, written as the behaviour wants it.
+[[nodiscard]] std::string DefaultTicketOf(const Configuration& configuration);
 
 }  // namespace devkit::prntvpt

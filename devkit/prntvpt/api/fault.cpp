@@ -9,6 +9,9 @@
 #include "devkit/printschema/names.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 enum class Argument { None, Optional, Feature, Number };
@@ -22,7 +25,7 @@ struct ModeRow {
     Argument argument = Argument::None;
 };
 
-constexpr std::array<ModeRow, 26> Modes{{
+constexpr std::array<ModeRow, 26> kModes{{
     {"open-denied", FaultMode::OpenDenied, Reach::Open},
     {"open-gone", FaultMode::OpenGone, Reach::Open},
     {"open-rpc", FaultMode::OpenRpc, Reach::Open},
@@ -52,7 +55,7 @@ constexpr std::array<ModeRow, 26> Modes{{
 }};
 
 [[nodiscard]] const ModeRow& RowOf(FaultMode mode) {
-    return *std::find_if(Modes.begin(), Modes.end(), [&](const ModeRow& row) { return row.mode == mode; });
+    return *std::find_if(kModes.begin(), kModes.end(), [&](const ModeRow& row) { return row.mode == mode; });
 }
 
 [[nodiscard]] bool Reaches(const Fault& fault, FaultTarget target, std::optional<EPrintTicketScope> scope) {
@@ -118,8 +121,8 @@ Fault ParseFault(std::string_view text) {
     const std::string_view name = rest.substr(0, colon);
     if (colon != std::string_view::npos) fault.argument = rest.substr(colon + 1);
     const auto row =
-        std::find_if(Modes.begin(), Modes.end(), [&](const ModeRow& mode) { return mode.name == name; });
-    if (row == Modes.end()) throw Refuse(text, "there is no such mode");
+        std::find_if(kModes.begin(), kModes.end(), [&](const ModeRow& mode) { return mode.name == name; });
+    if (row == kModes.end()) throw Refuse(text, "there is no such mode");
     if (fault.scope && row->reach != Reach::Merge && row->reach != Reach::All) {
         throw Refuse(text, "only merges have a scope");
     }
@@ -132,6 +135,11 @@ const Fault* ActiveFaults::Find(FaultMode mode) const {
     const auto found = std::find_if(m_faults.begin(), m_faults.end(),
                                     [&](const Fault& fault) { return fault.mode == mode; });
     return found == m_faults.end() ? nullptr : &*found;
+}
+
+void ActiveFaults::Delay() const {
+    if (const Fault* const pFault = Find(FaultMode::Slow))
+        Sleep(static_cast<DWORD>(std::stoul(pFault->argument)));
 }
 
 FaultPlan::FaultPlan(std::vector<Fault> faults) : m_faults(std::move(faults)), m_counts(m_faults.size()) {}

@@ -66,6 +66,8 @@ class ActiveFaults {
 
     [[nodiscard]] const Fault* Find(FaultMode mode) const;
     [[nodiscard]] bool Has(FaultMode mode) const { return Find(mode) != nullptr; }
+    // Waits as long as the faults want it.
+    void Delay() const;
 
   private:
     std::vector<Fault> m_faults;

@@ -6,8 +6,8 @@ namespace devkit::prntvpt {
 namespace {
 
 // Far from zero and from what a program has at hand, and a multiple of four as handles are.
-constexpr std::uint64_t FirstHandle = 0x50540000;
-constexpr std::uint64_t HandleStep = 4;
+constexpr std::uint64_t kFirstHandle = 0x50540000;
+constexpr std::uint64_t kHandleStep = 4;
 
 [[nodiscard]] std::string Number(std::uint64_t number) { return std::to_string(number); }
 
@@ -17,7 +17,7 @@ std::uint64_t HandleNumber(HPTPROVIDER handle) noexcept { return reinterpret_cas
 
 HPTPROVIDER HandleRegistry::Open(std::string printer, std::shared_ptr<const Configuration> configuration) {
     const std::lock_guard guard(m_lock);
-    const std::uint64_t number = FirstHandle + HandleStep * ++m_last;
+    const std::uint64_t number = kFirstHandle + kHandleStep * ++m_last;
     m_handles[number] = {std::move(printer), GetCurrentThreadId(), true, false, std::move(configuration)};
     return reinterpret_cast<HPTPROVIDER>(static_cast<std::uintptr_t>(number));
 }
@@ -37,7 +37,7 @@ HandleRegistry::State* HandleRegistry::FindOpen(std::uint64_t number, const std:
 
 bool HandleRegistry::CheckThread(const State& state, std::uint64_t number, const char* stop,
                                  const std::string& what) {
-    const ThreadRule rule = state.configuration->switches.threadRule;
+    const ThreadRule rule = state.configuration->behaviour.threadRule;
     const DWORD thread = GetCurrentThreadId();
     if (state.thread == thread || rule == ThreadRule::Off) return true;
     m_breaches.push_back({stop, what + ": the handle " + Number(number) + " belongs to thread " +
@@ -54,11 +54,11 @@ std::shared_ptr<const Configuration> HandleRegistry::Use(HPTPROVIDER handle, con
 }
 
 bool HandleRegistry::Close(HPTPROVIDER handle) {
-    constexpr const char* Function = "PTCloseProvider";
+    constexpr const char* kFunction = "PTCloseProvider";
     const std::lock_guard guard(m_lock);
     const std::uint64_t number = HandleNumber(handle);
-    State* const pState = FindOpen(number, Function);
-    if (pState == nullptr || !CheckThread(*pState, number, "A011", Function)) return false;
+    State* const pState = FindOpen(number, kFunction);
+    if (pState == nullptr || !CheckThread(*pState, number, "A011", kFunction)) return false;
     pState->open = false;
     pState->configuration.reset();
     return true;
@@ -82,16 +82,16 @@ void HandleRegistry::Finish() {
     for (auto& [number, state] : m_handles) NoteLeak(number, state);
 }
 
-std::vector<HandleEntry> HandleRegistry::OpenHandles() const {
+std::vector<OpenHandle> HandleRegistry::OpenHandles() const {
     const std::lock_guard guard(m_lock);
-    std::vector<HandleEntry> entries;
+    std::vector<OpenHandle> entries;
     for (const auto& [number, state] : m_handles) {
         if (state.open) entries.push_back({number, state.printer, state.thread});
     }
     return entries;
 }
 
-std::vector<Breach> HandleRegistry::Breaches() const {
+std::vector<ProviderBreach> HandleRegistry::Breaches() const {
     const std::lock_guard guard(m_lock);
     return m_breaches;
 }

@@ -10,21 +10,10 @@
 #include <vector>
 
 #include "devkit/prntvpt/api/configuration.h"
+#include "devkit/prntvpt/control/messages.h"
 #include "platform/prntvpt.h"
 
 namespace devkit::prntvpt {
-
-// A rule of the provider that its caller broke, with the stop that Application Verifier has for it.
-struct Breach {
-    std::string stop;
-    std::string text;
-};
-
-struct HandleEntry {
-    std::uint64_t handle = 0;
-    std::string printer;
-    DWORD thread = 0;
-};
 
 // The handles that were given out. A handle is a number and never an address, so that one that was closed, or
 // never given out, is told apart safely; none comes twice. Any thread may use it.
@@ -43,8 +32,8 @@ class HandleRegistry {
     // What is open is a breach.
     void Finish();
 
-    [[nodiscard]] std::vector<HandleEntry> OpenHandles() const;
-    [[nodiscard]] std::vector<Breach> Breaches() const;
+    [[nodiscard]] std::vector<OpenHandle> OpenHandles() const;
+    [[nodiscard]] std::vector<ProviderBreach> Breaches() const;
     // Forgets the breaches. Handles stay as they are.
     void Reset();
 
@@ -65,7 +54,7 @@ class HandleRegistry {
     mutable std::mutex m_lock;
     std::uint64_t m_last = 0;
     std::map<std::uint64_t, State> m_handles;
-    std::vector<Breach> m_breaches;
+    std::vector<ProviderBreach> m_breaches;
 };
 
 // The handle as it is written in a report.

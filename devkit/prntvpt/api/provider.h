@@ -3,6 +3,7 @@
 #include "platform/windows.h"
 
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -18,15 +19,16 @@
 namespace devkit::prntvpt {
 
 // A simulation of prntvpt: the functions of the platform with their arguments and results, and the control
-// over them that control.h describes. No function throws. Any thread may use it.
+// over them that control.h describes. Any thread may use it.
 class Provider {
   public:
     // E_INVALIDARG with one line in `error`; what was in force stays.
     [[nodiscard]] HRESULT Configure(const char* pJson, std::string& error) noexcept;
     [[nodiscard]] HRESULT ExpectToken(HANDLE token) noexcept;
-    // Empty when memory is short, and before Configure.
-    [[nodiscard]] std::string Report() const noexcept;
-    [[nodiscard]] std::string DefaultTicket() const noexcept;
+    [[nodiscard]] ProviderReport Report() const;
+    // Empty before Configure.
+    [[nodiscard]] std::string DefaultTicket() const;
+    void Listen(std::function<void(const ProviderCall&)> listener);
     void Reset() noexcept;
     void Finish() noexcept;
     void ThreadEnded(DWORD thread) noexcept;
@@ -49,46 +51,43 @@ class Provider {
   private:
     using ConfigurationPtr = std::shared_ptr<const Configuration>;
 
-    // Runs the body of a function, a call of LoggedCall& that returns HRESULT: logs it, and turns what it
+    // Runs the body of a function, a call of ProviderCall& that returns HRESULT: logs it, and turns what it
     // throws into a result.
     template <typename Body>
-    HRESULT Run(const char* function, const Body& body) noexcept;
+    HRESULT Run(const char* function, const Body& body) noexcept {
+        try {
+            ProviderCall call = m_log.Begin(function);
+            try {
+                call.result = body(call);
+            } catch (const std::bad_alloc&) {
+                call.result = E_OUTOFMEMORY;
+            } catch (const std::exception& error) {
+                m_log.Note(std::string(function) + ": " + error.what());
+                call.result = E_UNEXPECTED;
+            }
+            const HRESULT result = call.result;
+            m_log.Add(std::move(call));
+            return result;
+        } catch (...) {
+            return E_OUTOFMEMORY;
+        }
+    }
 
     // Reads PRNTVPT_CONFIGURATION when nothing else has configured the provider.
     [[nodiscard]] ConfigurationPtr CurrentConfiguration() const;
-    [[nodiscard]] HRESULT Open(PCWSTR printer, HPTPROVIDER* pProvider, LoggedCall& call);
+    [[nodiscard]] HRESULT Open(PCWSTR printer, HPTPROVIDER* pProvider, ProviderCall& call);
     [[nodiscard]] HRESULT FindPrinter(PCWSTR printer, const ConfigurationPtr& configuration) const;
     [[nodiscard]] HRESULT Merge(const Configuration& configuration, IStream* pBase, IStream* pDelta,
-                                EPrintTicketScope scope, IStream* pResult, BSTR* pError, LoggedCall& call);
+                                EPrintTicketScope scope, IStream* pResult, BSTR* pError, ProviderCall& call);
     [[nodiscard]] HRESULT WriteCapabilities(const Configuration& configuration, IStream* pTicket,
-                                            IStream* pCapabilities, BSTR* pError, LoggedCall& call);
-    void NoteToken(const LoggedCall& call);
+                                            IStream* pCapabilities, BSTR* pError, ProviderCall& call);
+    void NoteToken(const ProviderCall& call);
 
     mutable std::mutex m_lock;
     mutable ConfigurationPtr m_configuration;
     mutable bool m_environmentRead = false;
-    CallLog m_log;
+    ProviderLog m_log;
     HandleRegistry m_handles;
 };
-
-template <typename Body>
-HRESULT Provider::Run(const char* function, const Body& body) noexcept {
-    try {
-        LoggedCall call = m_log.Begin(function);
-        try {
-            call.result = body(call);
-        } catch (const std::bad_alloc&) {
-            call.result = E_OUTOFMEMORY;
-        } catch (const std::exception& error) {
-            m_log.Note(std::string(function) + ": " + error.what());
-            call.result = E_UNEXPECTED;
-        }
-        const HRESULT result = call.result;
-        m_log.Add(std::move(call));
-        return result;
-    } catch (...) {
-        return E_OUTOFMEMORY;
-    }
-}
 
 }  // namespace devkit::prntvpt

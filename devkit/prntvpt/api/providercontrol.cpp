@@ -1,15 +1,13 @@
 #include <fstream>
 #include <iterator>
 
-#include "devkit/printschema/text.h"
 #include "devkit/prntvpt/api/provider.h"
-#include "devkit/prntvpt/api/report.h"
-#include "devkit/prntvpt/merge/serializer.h"
+#include "platform/utf.h"
 
 namespace devkit::prntvpt {
 namespace {
 
-constexpr const wchar_t* EnvironmentVariable = L"PRNTVPT_CONFIGURATION";
+constexpr const wchar_t* kEnvironmentVariable = L"PRNTVPT_CONFIGURATION";
 
 [[nodiscard]] std::wstring ReadVariable(const wchar_t* name) {
     const DWORD size = GetEnvironmentVariableW(name, nullptr, 0);
@@ -41,23 +39,26 @@ HRESULT Provider::Configure(const char* pJson, std::string& error) noexcept {
 
 HRESULT Provider::ExpectToken(HANDLE token) noexcept { return m_log.ExpectToken(token); }
 
-std::string Provider::Report() const noexcept {
-    try {
-        return WriteReport(CurrentConfiguration().get(), m_log, m_handles);
-    } catch (...) {
-        return {};
+ProviderReport Provider::Report() const {
+    ProviderReport report;
+    if (const ConfigurationPtr configuration = CurrentConfiguration()) {
+        report.configuration = configuration->Describe();
     }
+    report.calls = m_log.Calls();
+    report.counts = m_log.Counts();
+    report.openHandles = m_handles.OpenHandles();
+    report.breaches = m_handles.Breaches();
+    report.notes = m_log.Notes();
+    return report;
 }
 
-std::string Provider::DefaultTicket() const noexcept {
-    try {
-        const ConfigurationPtr configuration = CurrentConfiguration();
-        if (!configuration) return {};
-        const Device& device = configuration->device;
-        return Serialize(device.defaultTicket, configuration->switches, {device.privateUris, {}});
-    } catch (...) {
-        return {};
-    }
+std::string Provider::DefaultTicket() const {
+    const ConfigurationPtr configuration = CurrentConfiguration();
+    return configuration ? DefaultTicketOf(*configuration) : std::string();
+}
+
+void Provider::Listen(std::function<void(const ProviderCall&)> listener) {
+    m_log.Listen(std::move(listener));
 }
 
 void Provider::Reset() noexcept {
@@ -87,7 +88,7 @@ Provider::ConfigurationPtr Provider::CurrentConfiguration() const {
     const std::lock_guard guard(m_lock);
     if (m_environmentRead) return m_configuration;
     m_environmentRead = true;
-    const std::wstring path = ReadVariable(EnvironmentVariable);
+    const std::wstring path = ReadVariable(kEnvironmentVariable);
     if (path.empty()) return m_configuration;
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
     const std::string json{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

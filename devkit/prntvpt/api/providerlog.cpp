@@ -14,9 +14,9 @@ namespace {
 
 }  // namespace
 
-LoggedCall CallLog::Begin(const char* function) {
+ProviderCall ProviderLog::Begin(const char* function) {
     const ThreadToken token = QueryThreadToken();
-    LoggedCall call;
+    ProviderCall call;
     call.function = function;
     call.thread = GetCurrentThreadId();
     call.impersonating = token.impersonating;
@@ -26,17 +26,24 @@ LoggedCall CallLog::Begin(const char* function) {
     return call;
 }
 
-void CallLog::Add(LoggedCall call) {
+void ProviderLog::Add(ProviderCall call) {
+    std::function<void(const ProviderCall&)> listener;
+    {
+        const std::lock_guard guard(m_lock);
+        listener = m_listener;
+    }
+    // Unlocked, because a listener may ask for the report.
+    if (listener) listener(call);
     const std::lock_guard guard(m_lock);
     m_calls.push_back(std::move(call));
 }
 
-void CallLog::Note(std::string text) {
+void ProviderLog::Note(std::string text) {
     const std::lock_guard guard(m_lock);
     m_notes.push_back(std::move(text));
 }
 
-HRESULT CallLog::ExpectToken(HANDLE token) {
+HRESULT ProviderLog::ExpectToken(HANDLE token) {
     std::optional<LUID> id;
     if (token != nullptr) {
         const HRESULT hr = GetTokenId(token, id.emplace());
@@ -47,31 +54,38 @@ HRESULT CallLog::ExpectToken(HANDLE token) {
     return S_OK;
 }
 
-std::vector<LoggedCall> CallLog::Calls() const {
-    std::vector<LoggedCall> calls;
+void ProviderLog::Listen(std::function<void(const ProviderCall&)> listener) {
+    const std::lock_guard guard(m_lock);
+    m_listener = std::move(listener);
+}
+
+std::vector<ProviderCall> ProviderLog::Calls() const {
+    std::vector<ProviderCall> calls;
     {
         const std::lock_guard guard(m_lock);
         calls = m_calls;
     }
-    std::sort(calls.begin(), calls.end(),
-              [](const LoggedCall& left, const LoggedCall& right) { return left.sequence < right.sequence; });
+    std::sort(calls.begin(), calls.end(), [](const ProviderCall& left, const ProviderCall& right) {
+        return left.sequence < right.sequence;
+    });
     return calls;
 }
 
-std::map<std::string, std::uint64_t> CallLog::Counts() const {
+std::map<std::string, std::uint64_t> ProviderLog::Counts() const {
     const std::lock_guard guard(m_lock);
     std::map<std::string, std::uint64_t> counts;
-    for (const LoggedCall& call : m_calls) ++counts[call.function];
+    for (const ProviderCall& call : m_calls) ++counts[call.function];
     return counts;
 }
 
-std::vector<std::string> CallLog::Notes() const {
+std::vector<std::string> ProviderLog::Notes() const {
     const std::lock_guard guard(m_lock);
     return m_notes;
 }
 
-void CallLog::Reset() {
+void ProviderLog::Reset() {
     const std::lock_guard guard(m_lock);
+    m_sequence = 0;
     m_calls.clear();
     m_notes.clear();
 }

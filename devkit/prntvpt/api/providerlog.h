@@ -3,44 +3,34 @@
 #include "platform/windows.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "platform/prntvpt.h"
+#include "devkit/prntvpt/control/messages.h"
 
 namespace devkit::prntvpt {
 
-struct LoggedCall {
-    std::uint64_t sequence = 0;
-    std::string function;
-    std::optional<std::uint64_t> handle;
-    std::optional<EPrintTicketScope> scope;
-    DWORD thread = 0;
-    bool impersonating = false;
-    std::optional<bool> expectedToken;
-    HRESULT result = S_OK;
-    std::optional<std::string> base;
-    std::optional<std::string> delta;
-    std::optional<std::string> output;
-    std::optional<std::string> error;
-};
-
 // The calls of the provider's functions, with what their threads impersonated. Any thread may use it.
-class CallLog {
+class ProviderLog {
   public:
     // A record of a call that starts now on this thread.
-    [[nodiscard]] LoggedCall Begin(const char* function);
-    void Add(LoggedCall call);
+    [[nodiscard]] ProviderCall Begin(const char* function);
+    // Tells the listener, too.
+    void Add(ProviderCall call);
     void Note(std::string text);
 
     // Null: no token is expected. Fails when the token cannot be queried, and leaves what was expected.
     [[nodiscard]] HRESULT ExpectToken(HANDLE token);
 
+    // Called with each call when it ends, on its thread; what is empty is not called.
+    void Listen(std::function<void(const ProviderCall&)> listener);
+
     // In the order of their start; calls that have not returned are missing.
-    [[nodiscard]] std::vector<LoggedCall> Calls() const;
+    [[nodiscard]] std::vector<ProviderCall> Calls() const;
     [[nodiscard]] std::map<std::string, std::uint64_t> Counts() const;
     [[nodiscard]] std::vector<std::string> Notes() const;
     void Reset();
@@ -49,7 +39,8 @@ class CallLog {
     mutable std::mutex m_lock;
     std::uint64_t m_sequence = 0;
     std::optional<LUID> m_expected;
-    std::vector<LoggedCall> m_calls;
+    std::function<void(const ProviderCall&)> m_listener;
+    std::vector<ProviderCall> m_calls;
     std::vector<std::string> m_notes;
 };
 

@@ -3,11 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "devkit/printschema/formaterror.h"
 #include "devkit/printschema/reader.h"
-#include "devkit/printschema/text.h"
-#include "devkit/printschema/xmlparser.h"
-#include "devkit/prntvpt/api/delay.h"
 #include "devkit/prntvpt/api/provider.h"
 #include "devkit/prntvpt/api/resultfaults.h"
 #include "devkit/prntvpt/api/streams.h"
@@ -15,14 +11,18 @@
 #include "devkit/prntvpt/merge/serializer.h"
 #include "devkit/prntvpt/merge/validation.h"
 #include "platform/bstr.h"
+#include "platform/utf.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
-constexpr HRESULT NoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
-constexpr HRESULT ConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
-constexpr HRESULT BadTicket = static_cast<HRESULT>(E_PRINTTICKET_FORMAT);
-constexpr HRESULT BadDelta = static_cast<HRESULT>(E_DELTA_PRINTTICKET_FORMAT);
+constexpr HRESULT kNoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
+constexpr HRESULT kConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
+constexpr HRESULT kBadTicket = static_cast<HRESULT>(E_PRINTTICKET_FORMAT);
+constexpr HRESULT kBadDelta = static_cast<HRESULT>(E_DELTA_PRINTTICKET_FORMAT);
 
 // A failure that has a text for the caller.
 struct Failure {
@@ -33,7 +33,7 @@ struct Failure {
 // Gives the caller the text of an error, as far as the faults let it.
 class ErrorText {
   public:
-    ErrorText(BSTR* pError, const ActiveFaults& faults, LoggedCall& call)
+    ErrorText(BSTR* pError, const ActiveFaults& faults, ProviderCall& call)
         : m_pError(pError), m_faults(faults), m_call(call) {}
 
     [[nodiscard]] HRESULT Fail(const Failure& failure) const {
@@ -48,13 +48,13 @@ class ErrorText {
   private:
     void Give(const std::string& text) const {
         if (m_pError == nullptr || text.empty()) return;
-        *m_pError = platform::Bstr(ToWide(text)).Detach();
+        *m_pError = platform::Bstr(platform::ToUtf16(text)).Detach();
         m_call.error = text;
     }
 
     BSTR* m_pError;
     const ActiveFaults& m_faults;
-    LoggedCall& m_call;
+    ProviderCall& m_call;
 };
 
 // A ticket that a caller handed over.
@@ -66,8 +66,8 @@ struct InputTicket {
 // Throws Failure for what is no ticket; `kind` begins the text.
 void ParseTicket(InputTicket& ticket, const Configuration& configuration, HRESULT code, const char* kind) {
     try {
-        ticket.document = ReadFramework(ticket.bytes, Tag::PrintTicket, configuration.switches.duplicates,
-                                        configuration.switches.mixedValues);
+        ticket.document = ReadFramework(ticket.bytes, Tag::PrintTicket, configuration.behaviour.duplicates,
+                                        configuration.behaviour.mixedValues);
     } catch (const FormatError& error) {
         throw Failure{code, std::string(kind) + ": " + error.what()};
     }
@@ -75,10 +75,10 @@ void ParseTicket(InputTicket& ticket, const Configuration& configuration, HRESUL
 
 void ThrowMergeFault(const ActiveFaults& faults) {
     if (faults.Has(FaultMode::MergeRefuseBase)) {
-        throw Failure{BadTicket, "Base ticket: refused by the simulated provider"};
+        throw Failure{kBadTicket, "Base ticket: refused by the simulated provider"};
     }
     if (faults.Has(FaultMode::MergeRefuseDelta)) {
-        throw Failure{BadDelta, "Delta ticket: refused by the simulated provider"};
+        throw Failure{kBadDelta, "Delta ticket: refused by the simulated provider"};
     }
     if (faults.Has(FaultMode::MergeFail)) throw Failure{E_FAIL, "The simulated provider failed"};
     if (faults.Has(FaultMode::MergeOutOfMemory)) throw Failure{E_OUTOFMEMORY, {}};
@@ -86,9 +86,9 @@ void ThrowMergeFault(const ActiveFaults& faults) {
 
 [[nodiscard]] HRESULT ResultOf(const ActiveFaults& faults, bool conflict) {
     if (faults.Has(FaultMode::PlainSuccess)) return S_OK;
-    if (faults.Has(FaultMode::Conflict)) return ConflictResolved;
-    if (faults.Has(FaultMode::ConflictSilent)) return NoConflict;
-    return conflict ? ConflictResolved : NoConflict;
+    if (faults.Has(FaultMode::Conflict)) return kConflictResolved;
+    if (faults.Has(FaultMode::ConflictSilent)) return kNoConflict;
+    return conflict ? kConflictResolved : kNoConflict;
 }
 
 [[nodiscard]] HRESULT WriteResult(IStream* pStream, const std::string& bytes, const ActiveFaults& faults) {
@@ -115,63 +115,64 @@ void ThrowMergeFault(const ActiveFaults& faults) {
 }  // namespace
 
 HRESULT Provider::Merge(const Configuration& configuration, IStream* pBase, IStream* pDelta,
-                        EPrintTicketScope scope, IStream* pResult, BSTR* pError, LoggedCall& call) {
+                        EPrintTicketScope scope, IStream* pResult, BSTR* pError, ProviderCall& call) {
     const ActiveFaults faults = configuration.pFaults->Strike(FaultTarget::Merge, scope);
-    Delay(faults);
+    faults.Delay();
     const ErrorText error(pError, faults, call);
     InputTicket base;
     InputTicket delta;
-    HRESULT hr = ReadToEnd(pBase, MaxDocumentSize, base.bytes);
+    HRESULT hr = ReadToEnd(pBase, kMaxDocumentSize, base.bytes);
     if (FAILED(hr)) return hr;
     if (configuration.recordTickets) call.base = DocumentText(base.bytes);
-    hr = pDelta == nullptr ? S_OK : ReadToEnd(pDelta, MaxDocumentSize, delta.bytes);
+    hr = pDelta == nullptr ? S_OK : ReadToEnd(pDelta, kMaxDocumentSize, delta.bytes);
     if (FAILED(hr)) return hr;
     if (configuration.recordTickets && pDelta != nullptr) call.delta = DocumentText(delta.bytes);
     try {
         ThrowMergeFault(faults);
-        ParseTicket(base, configuration, BadTicket, "Base ticket");
-        if (pDelta != nullptr) ParseTicket(delta, configuration, BadDelta, "Delta ticket");
+        ParseTicket(base, configuration, kBadTicket, "Base ticket");
+        if (pDelta != nullptr) ParseTicket(delta, configuration, kBadDelta, "Delta ticket");
     } catch (const Failure& failure) {
         return error.Fail(failure);
     }
     const std::vector<PrefixBinding> prefixes = Prefixes(base, delta);
     ValidatedTicket validated =
-        MergeAndValidate(configuration.device, configuration.switches, std::move(base.document.root),
+        MergeAndValidate(configuration.device, configuration.behaviour, std::move(base.document.root),
                          pDelta == nullptr ? nullptr : &delta.document.root, scope);
     for (std::string& note : validated.notes) m_log.Note(std::move(note));
     SpoilTicket(faults, configuration.device, validated.ticket);
     std::string bytes =
-        Serialize(validated.ticket, configuration.switches, {configuration.device.privateUris, prefixes});
+        Serialize(validated.ticket, configuration.behaviour, {configuration.device.privateUris, prefixes});
     SpoilBytes(faults, bytes);
     if (configuration.recordTickets) call.output = DocumentText(bytes);
+    call.facts = FactsOf(validated.ticket);
     hr = WriteResult(pResult, bytes, faults);
     return FAILED(hr) ? hr : error.Succeed(ResultOf(faults, validated.conflict));
 }
 
 HRESULT Provider::WriteCapabilities(const Configuration& configuration, IStream* pTicket,
-                                    IStream* pCapabilities, BSTR* pError, LoggedCall& call) {
+                                    IStream* pCapabilities, BSTR* pError, ProviderCall& call) {
     const ActiveFaults faults = configuration.pFaults->Strike(FaultTarget::Capabilities);
-    Delay(faults);
+    faults.Delay();
     const ErrorText error(pError, faults, call);
     if (faults.Has(FaultMode::CapabilitiesNotImplemented)) return E_NOTIMPL;
     InputTicket ticket;
-    HRESULT hr = pTicket == nullptr ? S_OK : ReadToEnd(pTicket, MaxDocumentSize, ticket.bytes);
+    HRESULT hr = pTicket == nullptr ? S_OK : ReadToEnd(pTicket, kMaxDocumentSize, ticket.bytes);
     if (FAILED(hr)) return hr;
     if (configuration.recordTickets && pTicket != nullptr) call.base = DocumentText(ticket.bytes);
     try {
         if (faults.Has(FaultMode::CapabilitiesFail)) throw Failure{E_FAIL, "The simulated provider failed"};
-        if (pTicket != nullptr) ParseTicket(ticket, configuration, BadTicket, "Print ticket");
+        if (pTicket != nullptr) ParseTicket(ticket, configuration, kBadTicket, "Print ticket");
     } catch (const Failure& failure) {
         return error.Fail(failure);
     }
     const Device& device = configuration.device;
     const Element& selected = pTicket == nullptr ? device.defaultTicket : ticket.document.root;
     const ValidatedTicket validated =
-        MergeAndValidate(device, configuration.switches, selected, nullptr, kPTJobScope);
-    Element capabilities = CapabilitiesFor(device, configuration.switches, validated.ticket);
+        MergeAndValidate(device, configuration.behaviour, selected, nullptr, kPTJobScope);
+    Element capabilities = CapabilitiesFor(device, configuration.behaviour, validated.ticket);
     SpoilCapabilities(faults, capabilities);
     const std::string bytes =
-        Serialize(capabilities, configuration.switches, {device.privateUris, ticket.document.prefixes});
+        Serialize(capabilities, configuration.behaviour, {device.privateUris, ticket.document.prefixes});
     if (configuration.recordTickets) call.output = DocumentText(bytes);
     hr = WriteAll(pCapabilities, bytes);
     return FAILED(hr) ? hr : error.Succeed(S_OK);

@@ -16,4 +16,8 @@ namespace devkit::prntvpt {
 // more.
 [[nodiscard]] HRESULT WriteAll(IStream* pStream, std::string_view bytes);
 
+// The bytes of a document as UTF-8 without a byte order mark: UTF-16 of either byte order is told by its mark
+// or by the zero in its first character.
+[[nodiscard]] std::string DocumentText(std::string_view bytes);
+
 }  // namespace devkit::prntvpt

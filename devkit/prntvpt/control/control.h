@@ -57,11 +57,13 @@
 //
 // REPORT, one JSON object:
 //   "configuration"  {"device", "printers", "switches": every switch with its value, "faults": list}
-//   "calls"          in the order of their start: {"function", "handle" (number or null), "scope" ("job",
+//   "calls"          in the order of their start: {"sequence" (the number of the call, from 1), "function",
+//                    "handle" (number or null), "scope" ("job",
 //                    "document", "page" or null), "thread", "impersonating", "expected_token" (boolean, null
 //                    when none is expected), "result" ("0x00040001"), "base", "delta", "output" (texts as
-//                    read and written, null when there was none), "error" (text of the BSTR or null)}; the
-//                    ticket of PTGetPrintCapabilities is its "base"
+//                    read and written, null when there was none), "media_size", "feed_direction" (what the
+//                    ticket that was written says about the sheet, or null), "error" (text of the BSTR or
+//                    null)}; the ticket of PTGetPrintCapabilities is its "base"
 //   "counts"         {function: calls}, only functions that were called
 //   "open_handles"   list of {"handle", "printer", "thread"}
 //   "breaches"       list of {"stop", "text"}: A00E a handle used after its closing, A00F a handle that was
@@ -79,6 +81,12 @@ using SimConfigureFunction = HRESULT WINAPI(const char* pConfiguration, char* pE
 // The id of the token that the calls are expected to run under is taken from this one, which stays the
 // caller's; null: none is expected. HRESULT of the system when the token cannot be queried.
 using SimExpectTokenFunction = HRESULT WINAPI(HANDLE token);
+
+// Is given each call when it ends, on the thread of the call: one element of "calls" as JSON. It must not
+// throw.
+using SimListener = void WINAPI(void* pContext, const char* pCall);
+// Null: nobody listens. A listener that is replaced may still be in a call on another thread.
+using SimListenFunction = void WINAPI(SimListener* pListener, void* pContext);
 
 // Size of the text with its zero, in bytes; the text is written when cb is enough. It can have grown by the
 // next call.

@@ -5,10 +5,13 @@
 #include "devkit/printschema/names.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 void NoteUri(const std::string& uri, std::vector<std::string>& uris) {
-    if (IsPublicNamespace(uri) || uri == SchemaUri) return;
+    if (IsPublicNamespace(uri) || uri == kSchemaUri) return;
     if (std::find(uris.begin(), uris.end(), uri) == uris.end()) uris.push_back(uri);
 }
 

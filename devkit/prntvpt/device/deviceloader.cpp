@@ -7,19 +7,21 @@
 
 #include <nlohmann/json.hpp>
 
-#include "devkit/printschema/formaterror.h"
 #include "devkit/printschema/reader.h"
-#include "devkit/printschema/text.h"
 #include "devkit/prntvpt/device/device.h"
+#include "platform/utf.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 using Json = nlohmann::json;
 using Path = std::filesystem::path;
 using Prefixes = std::vector<PrefixBinding>;
 
-constexpr int MaxExtensions = 8;
+constexpr int kMaxExtensions = 8;
 
 // What is wrong in device.json; whoever knows the path adds it.
 class Problem : public std::runtime_error {
@@ -29,7 +31,7 @@ class Problem : public std::runtime_error {
 
 [[nodiscard]] std::string ReadFile(const Path& path) {
     std::ifstream file(path, std::ios::binary);
-    if (!file) throw DeviceError(ToUtf8(path.native()) + ": cannot be read");
+    if (!file) throw DeviceError(platform::ToUtf8(path.native()) + ": cannot be read");
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
@@ -118,7 +120,7 @@ void ReadDocument(const Path& path, Tag root, Element& element, Prefixes* pPrefi
         element = std::move(document.root);
         if (pPrefixes != nullptr) *pPrefixes = std::move(document.prefixes);
     } catch (const FormatError& error) {
-        throw DeviceError(ToUtf8(path.native()) + ": " + error.what());
+        throw DeviceError(platform::ToUtf8(path.native()) + ": " + error.what());
     }
 }
 
@@ -128,17 +130,17 @@ void ReadModel(const Path& folder, int extensions, Device& device, Prefixes& pre
     try {
         const Json json = Json::parse(text);
         if (json.contains("extends")) {
-            if (extensions == MaxExtensions) throw Problem("too many models extend each other");
-            const Path extended = ToWide(json.at("extends").get<std::string>());
+            if (extensions == kMaxExtensions) throw Problem("too many models extend each other");
+            const Path extended = platform::ToUtf16(json.at("extends").get<std::string>());
             ReadModel((folder / extended).lexically_normal(), extensions + 1, device, prefixes);
         }
         ReadDocument(folder / "capabilities.xml", Tag::PrintCapabilities, device.capabilities, &prefixes);
         ReadDocument(folder / "default-ticket.xml", Tag::PrintTicket, device.defaultTicket, nullptr);
         ReadSettings(json, prefixes, device);
     } catch (const Json::exception& error) {
-        throw DeviceError(ToUtf8(path.native()) + ": " + error.what());
+        throw DeviceError(platform::ToUtf8(path.native()) + ": " + error.what());
     } catch (const Problem& problem) {
-        throw DeviceError(ToUtf8(path.native()) + ": " + problem.what());
+        throw DeviceError(platform::ToUtf8(path.native()) + ": " + problem.what());
     }
 }
 
@@ -151,12 +153,12 @@ Device LoadDevice(const Path& folder) {
         ReadModel(folder, 0, device, prefixes);
         device.Index();
     } catch (const FormatError& error) {
-        throw DeviceError(ToUtf8((folder / "capabilities.xml").native()) + ": " + error.what());
+        throw DeviceError(platform::ToUtf8((folder / "capabilities.xml").native()) + ": " + error.what());
     } catch (const std::filesystem::filesystem_error& error) {
-        throw DeviceError(ToUtf8(folder.native()) + ": " + error.what());
+        throw DeviceError(platform::ToUtf8(folder.native()) + ": " + error.what());
     }
     if (device.printers.empty()) {
-        throw DeviceError(ToUtf8((folder / "device.json").native()) + ": no printers are named");
+        throw DeviceError(platform::ToUtf8((folder / "device.json").native()) + ": no printers are named");
     }
     return device;
 }

@@ -6,10 +6,13 @@
 #include <string>
 #include <utility>
 
-#include "devkit/printschema/formaterror.h"
 #include "devkit/printschema/names.h"
+#include "devkit/printschema/reader.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 [[nodiscard]] std::optional<double> ToDecimal(const TypedValue& value) {

@@ -7,6 +7,11 @@
 
 namespace devkit::prntvpt {
 
+using printschema::Element;
+using printschema::QName;
+using printschema::Tag;
+using printschema::TypedValue;
+
 enum class ParameterKind { Integer, Decimal, Text };
 
 enum class Mandatory {

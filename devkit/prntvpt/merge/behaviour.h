@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "devkit/printschema/reader.h"
+#include "devkit/prntvpt/device/variants.h"
 
 namespace devkit::prntvpt {
 
@@ -20,32 +21,16 @@ enum class Fallback { Default, Nearest };
 enum class OptionProperties { Strip, KeepPerfect };
 enum class ThreadRule { Enforce, Warn, Off };
 
-enum class BinScope { Job, Document, Page };
-enum class FeedStatement { ScoredProperty, Property, Absent };
-enum class ImageableArea { Oriented, Portrait, Absent };
-
-// How the device differs from its model.
-struct Variants {
-    BinScope bins = BinScope::Job;
-    bool noScaling = false;
-    bool noCopies = false;
-    FeedStatement feed = FeedStatement::ScoredProperty;
-    ImageableArea imageable = ImageableArea::Oriented;
-    bool letterDefault = false;
-    unsigned snapshotBytes = 0;
-    bool privateSizeNames = false;
-};
-
 // How the provider behaves where its documentation leaves room. control.h describes each.
-struct Switches {
+struct Behaviour {
     PrivateNames privateNames = PrivateNames::Known;
     StrictExtent strictExtent = StrictExtent::Features;
     PrefixStyle prefixes = PrefixStyle::Standard;
     ElementOrder order = ElementOrder::Device;
     Encoding encoding = Encoding::Utf8;
     Layout layout = Layout::None;
-    Duplicates duplicates = Duplicates::Refuse;
-    MixedValues mixedValues = MixedValues::KeepFirst;
+    printschema::Duplicates duplicates = printschema::Duplicates::Refuse;
+    printschema::MixedValues mixedValues = printschema::MixedValues::KeepFirst;
     Orphans orphans = Orphans::Keep;
     Fallback fallback = Fallback::Default;
     OptionProperties optionProperties = OptionProperties::Strip;
@@ -55,9 +40,9 @@ struct Switches {
 };
 
 // Sets one switch. std::invalid_argument, one line, when there is no such key or value.
-void SetSwitch(Switches& switches, std::string_view key, std::string_view value);
+void SetSwitch(Behaviour& behaviour, std::string_view key, std::string_view value);
 
 // Every switch as "KEY=VALUE", in a fixed order.
-[[nodiscard]] std::vector<std::string> DescribeSwitches(const Switches& switches);
+[[nodiscard]] std::vector<std::string> DescribeSwitches(const Behaviour& behaviour);
 
 }  // namespace devkit::prntvpt

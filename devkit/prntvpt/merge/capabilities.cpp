@@ -6,11 +6,14 @@
 #include <vector>
 
 #include "devkit/printschema/names.h"
+#include "devkit/prntvpt/device/imageablesize.h"
+#include "devkit/prntvpt/device/selection.h"
 #include "devkit/prntvpt/merge/constraintpass.h"
-#include "devkit/prntvpt/merge/featurepass.h"
-#include "devkit/prntvpt/merge/imageablesize.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 [[nodiscard]] Element LengthProperty(std::string_view name, std::int64_t length) {
@@ -25,31 +28,30 @@ namespace {
     return group;
 }
 
-[[nodiscard]] Element ImageableSize(const PageDimensions& geometry) {
-    return Group("PageImageableSize",
-                 {LengthProperty("ImageableSizeWidth", geometry.width),
-                  LengthProperty("ImageableSizeHeight", geometry.height),
-                  Group("ImageableArea", {LengthProperty("OriginWidth", geometry.originX),
-                                          LengthProperty("OriginHeight", geometry.originY),
-                                          LengthProperty("ExtentWidth", geometry.extentX),
-                                          LengthProperty("ExtentHeight", geometry.extentY)})});
+[[nodiscard]] Element DescribeSize(const ImageableSize& size) {
+    return Group(
+        "PageImageableSize",
+        {LengthProperty("ImageableSizeWidth", size.width), LengthProperty("ImageableSizeHeight", size.height),
+         Group("ImageableArea",
+               {LengthProperty("OriginWidth", size.originX), LengthProperty("OriginHeight", size.originY),
+                LengthProperty("ExtentWidth", size.extentX), LengthProperty("ExtentHeight", size.extentY)})});
 }
 
-void ReplaceImageableSize(const Device& device, const Switches& switches, const Element& ticket,
+void ReplaceImageableSize(const Device& device, const Behaviour& behaviour, const Element& ticket,
                           Element& capabilities) {
     const QName name = Keyword("PageImageableSize");
-    std::optional<PageDimensions> geometry;
-    if (switches.variants.imageable != ImageableArea::Absent) {
-        geometry = ComputeGeometry(device, ticket, switches.variants.imageable == ImageableArea::Oriented);
+    std::optional<ImageableSize> size;
+    if (behaviour.variants.imageable != ImageableArea::Absent) {
+        size = ImageableSizeOf(device, ticket, behaviour.variants.imageable == ImageableArea::Oriented);
     }
     Element* const pPresent = capabilities.Find(Tag::Property, name);
-    if (!geometry) {
+    if (!size) {
         std::erase_if(capabilities.children,
                       [&](const Element& child) { return child.tag == Tag::Property && child.name == name; });
     } else if (pPresent != nullptr) {
-        *pPresent = ImageableSize(*geometry);
+        *pPresent = DescribeSize(*size);
     } else {
-        capabilities.children.push_back(ImageableSize(*geometry));
+        capabilities.children.push_back(DescribeSize(*size));
     }
 }
 
@@ -89,10 +91,10 @@ void MarkOptions(const Device& device, const Element& ticket, Element& capabilit
 
 }  // namespace
 
-Element CapabilitiesFor(const Device& device, const Switches& switches, const Element& ticket) {
+Element CapabilitiesFor(const Device& device, const Behaviour& behaviour, const Element& ticket) {
     Element capabilities = device.capabilities;
     MarkOptions(device, ticket, capabilities);
-    ReplaceImageableSize(device, switches, ticket, capabilities);
+    ReplaceImageableSize(device, behaviour, ticket, capabilities);
     return capabilities;
 }
 

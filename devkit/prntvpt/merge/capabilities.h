@@ -9,6 +9,7 @@ namespace devkit::prntvpt {
 // The device's capabilities for a valid ticket of job scope: the options that a constraint would take back
 // are marked, and PageImageableSize is that of the ticket's sheet. What features, options and parameters
 // there are does not depend on the ticket.
-[[nodiscard]] Element CapabilitiesFor(const Device& device, const Switches& switches, const Element& ticket);
+[[nodiscard]] Element CapabilitiesFor(const Device& device, const Behaviour& behaviour,
+                                      const Element& ticket);
 
 }  // namespace devkit::prntvpt

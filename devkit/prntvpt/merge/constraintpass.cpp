@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <optional>
 
-#include "devkit/prntvpt/merge/featurepass.h"
+#include "devkit/prntvpt/device/selection.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 // More rounds than any sensible set of constraints needs; a circle of constraints ends here.
-constexpr int MaxRounds = 32;
+constexpr int kMaxRounds = 32;
 
 [[nodiscard]] bool IsOneOf(const std::optional<QName>& name, const std::vector<QName>& names) {
     return name && std::find(names.begin(), names.end(), *name) != names.end();
@@ -61,10 +64,12 @@ bool Violates(const Constraint& constraint, const std::vector<Element>& features
     return Meets(constraint.when, features) && Meets(constraint.with, features);
 }
 
+// One constraint's resolution can violate another that was met before, so all are tried again until nothing
+// changes. Their order in the model decides which setting gives way.
 bool ResolveConstraints(const Device& device, std::vector<Element>& features) {
     bool changedAny = false;
     bool changed = true;
-    for (int round = 0; changed && round < MaxRounds; ++round) {
+    for (int round = 0; changed && round < kMaxRounds; ++round) {
         changed = false;
         for (const Constraint& constraint : device.constraints) {
             if (Violates(constraint, features) && Select(device, constraint, features)) changed = true;

@@ -9,6 +9,9 @@
 #include "devkit/printschema/names.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 void AddOnce(std::string_view uri, std::vector<std::string>& uris) {
@@ -27,29 +30,31 @@ void Collect(const Element& element, std::vector<std::string>& uris) {
 }
 
 [[nodiscard]] std::string StandardPrefix(std::string_view uri) {
-    if (uri == FrameworkUri) return "psf";
-    if (uri == InstanceUri) return "xsi";
-    if (uri == SchemaUri) return "xsd";
-    if (uri == KeywordsUri) return "psk";
-    if (uri == KeywordsV11Uri) return "pskv11";
+    if (uri == kFrameworkUri) return "psf";
+    if (uri == kInstanceUri) return "xsi";
+    if (uri == kSchemaUri) return "xsd";
+    if (uri == kKeywordsUri) return "psk";
+    if (uri == kKeywordsV11Uri) return "pskv11";
     return {};
 }
 
-// The namespaces that the document declares: psf, xsi, xsd, private ones, psk and later keywords.
+// The namespaces that the document declares: psf, xsi, xsd, private ones, psk and later keywords. That is the
+// order of the system's own drivers, whose root declares them all, used or not.
 [[nodiscard]] std::vector<std::string> UrisOf(const std::vector<std::string>& used,
                                               const std::vector<std::string>& privateUris) {
-    std::vector<std::string> uris{std::string(FrameworkUri), std::string(InstanceUri),
-                                  std::string(SchemaUri)};
+    std::vector<std::string> uris{std::string(kFrameworkUri), std::string(kInstanceUri),
+                                  std::string(kSchemaUri)};
     for (const std::string& uri : privateUris) AddOnce(uri, uris);
     for (const std::string& uri : used) {
         if (StandardPrefix(uri).empty()) AddOnce(uri, uris);
     }
-    AddOnce(KeywordsUri, uris);
+    AddOnce(kKeywordsUri, uris);
     for (const std::string& uri : used) AddOnce(uri, uris);
     return uris;
 }
 
-// The prefixes of the input, each on another namespace than it had there.
+// The prefixes of the input, each on another namespace than it had there: nobody may carry a prefix from one
+// ticket into another without its namespace.
 class Collision {
   public:
     explicit Collision(std::vector<PrefixBinding> input) : m_free(std::move(input)) {}
@@ -89,19 +94,20 @@ NamespacePlan::NamespacePlan(PrefixStyle style, const Element& root,
     Collect(root, used);
     const std::vector<std::string> uris = UrisOf(used, privateUris);
     Assign(style, uris, inputPrefixes);
-    const bool namesFramework = std::find(used.begin(), used.end(), FrameworkUri) != used.end();
+    const bool namesFramework = std::find(used.begin(), used.end(), kFrameworkUri) != used.end();
     Declare(style, uris, namesFramework);
 }
 
 void NamespacePlan::Assign(PrefixStyle style, const std::vector<std::string>& uris,
                            const std::vector<PrefixBinding>& inputPrefixes) {
+    // First the prefixes that the style prescribes, then numbers for the rest, none of them twice.
     std::set<std::string, std::less<>> taken;
     if (style == PrefixStyle::Collide) {
         Collision collision(inputPrefixes);
         for (const std::string& uri : uris) m_prefixes[uri] = collision.Take(uri);
     } else if (style == PrefixStyle::Mangled) {
         int number = 1;
-        for (const std::string_view uri : {FrameworkUri, KeywordsUri, InstanceUri, SchemaUri}) {
+        for (const std::string_view uri : {kFrameworkUri, kKeywordsUri, kInstanceUri, kSchemaUri}) {
             m_prefixes[std::string(uri)] = Numbered(number++);
         }
     }
@@ -112,6 +118,7 @@ void NamespacePlan::Assign(PrefixStyle style, const std::vector<std::string>& ur
         }
         taken.insert(prefix);
     }
+    // Four public namespaces have the first numbers under that style.
     int number = style == PrefixStyle::Mangled ? 5 : 0;
     for (const std::string& uri : uris) {
         std::string& prefix = m_prefixes[uri];
@@ -122,14 +129,14 @@ void NamespacePlan::Assign(PrefixStyle style, const std::vector<std::string>& ur
 
 void NamespacePlan::Declare(PrefixStyle style, const std::vector<std::string>& uris, bool namesFramework) {
     const bool isDefault = style == PrefixStyle::DefaultNamespace;
-    m_elementPrefix = isDefault ? "" : PrefixOf(FrameworkUri) + ":";
+    m_elementPrefix = isDefault ? "" : PrefixOf(kFrameworkUri) + ":";
     for (const std::string& uri : uris) {
-        if (uri == FrameworkUri && isDefault) {
+        if (uri == kFrameworkUri && isDefault) {
             m_declarations.push_back({"", uri});
             if (!namesFramework) continue;
         }
         m_declarations.push_back({PrefixOf(uri), uri});
-        if (uri == SchemaUri) m_leading = m_declarations.size();
+        if (uri == kSchemaUri) m_leading = m_declarations.size();
     }
 }
 

@@ -17,7 +17,7 @@ class NamespacePlan {
     // `privateUris` come first among the private ones, so that the device's own is ns0000; `inputPrefixes`
     // are those that prefixes=collide binds to other namespaces.
     NamespacePlan(PrefixStyle style, const Element& root, const std::vector<std::string>& privateUris,
-                  const std::vector<PrefixBinding>& inputPrefixes);
+                  const std::vector<printschema::PrefixBinding>& inputPrefixes);
 
     // "psf:" or, where the framework is the default namespace, nothing.
     [[nodiscard]] const std::string& ElementPrefix() const noexcept { return m_elementPrefix; }
@@ -28,17 +28,19 @@ class NamespacePlan {
 
     // What the root declares, in the order of writing: framework, instance, schema, private ones, keywords.
     // An empty prefix is the default namespace.
-    [[nodiscard]] const std::vector<PrefixBinding>& Declarations() const noexcept { return m_declarations; }
+    [[nodiscard]] const std::vector<printschema::PrefixBinding>& Declarations() const noexcept {
+        return m_declarations;
+    }
     // How many of them come before the version attribute.
     [[nodiscard]] std::size_t LeadingDeclarations() const noexcept { return m_leading; }
 
   private:
     void Assign(PrefixStyle style, const std::vector<std::string>& uris,
-                const std::vector<PrefixBinding>& inputPrefixes);
+                const std::vector<printschema::PrefixBinding>& inputPrefixes);
     void Declare(PrefixStyle style, const std::vector<std::string>& uris, bool namesFramework);
 
     std::map<std::string, std::string, std::less<>> m_prefixes;  // by URI
-    std::vector<PrefixBinding> m_declarations;
+    std::vector<printschema::PrefixBinding> m_declarations;
     std::string m_elementPrefix;
     std::size_t m_leading = 0;
 };

@@ -7,9 +7,13 @@
 #include <optional>
 
 #include "devkit/printschema/names.h"
+#include "devkit/prntvpt/device/selection.h"
 #include "devkit/prntvpt/merge/optionscore.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 using Choices = std::vector<ChosenOption>;
@@ -29,12 +33,12 @@ struct Candidate {
     OptionScore score;
 };
 
-// The best of the options, the first of equals.
+// The best of the options, the first of equals: the order of the capabilities is the device's preference.
 [[nodiscard]] Candidate FindBest(const Element& asked, const Element& offeredFeature,
-                                 const ParameterSource& parameters, const Switches& switches) {
+                                 const ParameterSource& parameters, const Behaviour& behaviour) {
     Candidate best;
     for (const Element& offered : offeredFeature.children) {
-        if (offered.tag != Tag::Option || !IsSelectable(offered, switches)) continue;
+        if (offered.tag != Tag::Option || !IsSelectable(offered, behaviour)) continue;
         const OptionScore score = ScoreOption(asked, offered, parameters);
         if (!score.Matches()) continue;
         if (best.pOption == nullptr || score.score > best.score.score) best = {&offered, score};
@@ -42,7 +46,8 @@ struct Candidate {
     return best;
 }
 
-// The device has what is asked for, but it cannot be selected.
+// The device has what is asked for, but it cannot be selected. Then the default is better than the next best
+// match: who asks for a tray that is not fitted wants no other tray that happens to hold the same paper.
 [[nodiscard]] bool IsBarred(const Element& asked, const Candidate& best, const Element& offeredFeature) {
     if (!asked.name || best.score.nameEqual) return false;
     return std::any_of(
@@ -68,7 +73,7 @@ struct Candidate {
     const Element* pNearest = nullptr;
     double least = std::numeric_limits<double>::max();
     for (const Element& offered : offeredFeature.children) {
-        if (offered.tag != Tag::Option || !IsSelectable(offered, state.switches)) continue;
+        if (offered.tag != Tag::Option || !IsSelectable(offered, state.behaviour)) continue;
         const Element none;
         const auto offeredWidth = NumberOf(offered, widthName, none);
         const auto offeredHeight = NumberOf(offered, heightName, none);
@@ -86,13 +91,13 @@ struct Candidate {
 
 // What stands for one option of the ticket, none when the device has nothing like it.
 [[nodiscard]] ChosenOption ChooseFor(const Element& asked, const Element& offeredFeature, PassState& state) {
-    const Candidate best = FindBest(asked, offeredFeature, {state.ticket, state.device}, state.switches);
+    const Candidate best = FindBest(asked, offeredFeature, {state.ticket, state.device}, state.behaviour);
     if (best.pOption != nullptr && !IsBarred(asked, best, offeredFeature)) {
         if (!best.score.nameEqual && !best.score.exact) state.conflict = true;
         return {best.pOption, &asked, best.score.exact};
     }
     state.conflict = true;
-    if (state.switches.fallback == Fallback::Nearest && offeredFeature.name == Keyword("PageMediaSize")) {
+    if (state.behaviour.fallback == Fallback::Nearest && offeredFeature.name == Keyword("PageMediaSize")) {
         return {FindNearestSheet(asked, offeredFeature, state), nullptr, false};
     }
     return {};
@@ -105,14 +110,14 @@ struct Candidate {
     if (pDefaultFeature != nullptr) {
         for (const Element& option : pDefaultFeature->children) {
             if (option.tag != Tag::Option) continue;
-            const Candidate best = FindBest(option, offeredFeature, parameters, state.switches);
+            const Candidate best = FindBest(option, offeredFeature, parameters, state.behaviour);
             if (best.pOption != nullptr && best.score.exact) choices.push_back({best.pOption, nullptr, true});
         }
     }
     if (!choices.empty()) return choices;
     const auto first = std::find_if(
         offeredFeature.children.begin(), offeredFeature.children.end(), [&](const Element& offered) {
-            return offered.tag == Tag::Option && IsSelectable(offered, state.switches);
+            return offered.tag == Tag::Option && IsSelectable(offered, state.behaviour);
         });
     if (first != offeredFeature.children.end()) choices.push_back({&*first, nullptr, true});
     return choices;
@@ -135,11 +140,11 @@ void Reduce(Choices& choices, PassState& state) {
 
 }  // namespace
 
-bool IsSelectable(const Element& option, const Switches& switches) {
+bool IsSelectable(const Element& option, const Behaviour& behaviour) {
     if (option.constrained == Keyword("AdminSettings")) return false;
     if (option.constrained == Keyword("DeviceSettings")) return false;
     const bool strict =
-        switches.privateNames == PrivateNames::Strict && switches.strictExtent == StrictExtent::Options;
+        behaviour.privateNames == PrivateNames::Strict && behaviour.strictExtent == StrictExtent::Options;
     return !strict || !option.name || IsPublicNamespace(option.name->uri);
 }
 

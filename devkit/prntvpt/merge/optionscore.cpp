@@ -4,19 +4,27 @@
 #include <cmath>
 #include <cstdint>
 
+#include "devkit/prntvpt/device/selection.h"
+
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
-constexpr int NameScore = 1000;
-constexpr int PropertyScore = 10;
-constexpr int MaxDistance = 9;
+// The platform documents what counts, a common name above all and the scored properties after it, and leaves
+// the numbers to the provider. A name outweighs any number of properties that a real option has; an equal
+// property outweighs the greatest distance of another, so that one thing in common is always worth having.
+constexpr int kNameScore = 1000;
+constexpr int kPropertyScore = 10;
+constexpr int kMaxDistance = 9;
 
 // From 1 to 9, by how much the numbers differ in proportion to the greater.
 [[nodiscard]] int Distance(std::int64_t left, std::int64_t right) {
     const double wide =
         std::max({std::abs(static_cast<double>(left)), std::abs(static_cast<double>(right)), 1.0});
     const double part = std::abs(static_cast<double>(left) - static_cast<double>(right)) / wide;
-    return std::clamp(static_cast<int>(part * (MaxDistance + 1)), 1, MaxDistance);
+    return std::clamp(static_cast<int>(part * (kMaxDistance + 1)), 1, kMaxDistance);
 }
 
 struct PropertyMatch {
@@ -27,18 +35,18 @@ struct PropertyMatch {
 [[nodiscard]] PropertyMatch CompareWithParameter(const Element& asked, const QName& parameter,
                                                  const ParameterSource& parameters) {
     const Element* const pReference = asked.Find(Tag::ParameterRef);
-    if (pReference != nullptr && pReference->name == parameter) return {true, PropertyScore};
+    if (pReference != nullptr && pReference->name == parameter) return {true, kPropertyScore};
     const TypedValue* const pValue = ResolveValue(asked, parameters.ticket);
     const ParameterDefinition* const pDefinition = parameters.device.FindParameter(parameter);
     if (pValue == nullptr || pDefinition == nullptr || !pDefinition->Accepts(*pValue)) return {};
-    return {true, PropertyScore};
+    return {true, kPropertyScore};
 }
 
 [[nodiscard]] PropertyMatch CompareWithValue(const Element& asked, const TypedValue& offered,
                                              const ParameterSource& parameters) {
     const TypedValue* const pValue = ResolveValue(asked, parameters.ticket);
     if (pValue == nullptr) return {};
-    if (SameMeaning(*pValue, offered)) return {true, PropertyScore};
+    if (SameMeaning(*pValue, offered)) return {true, kPropertyScore};
     const auto left = ToInteger(*pValue);
     const auto right = ToInteger(offered);
     return {false, left && right ? -Distance(*left, *right) : 0};
@@ -74,19 +82,12 @@ void CompareProperties(const Element& asked, const Element& offered, const Param
 OptionScore ScoreOption(const Element& asked, const Element& offered, const ParameterSource& parameters) {
     OptionScore result;
     result.nameEqual = asked.name && asked.name == offered.name;
-    result.score = result.nameEqual ? NameScore : 0;
+    result.score = result.nameEqual ? kNameScore : 0;
     result.exact = true;
     CompareProperties(asked, offered, parameters, result);
     // An option without a name is what its scored properties say.
     result.exact = result.exact && (result.nameEqual || !asked.name);
     return result;
-}
-
-const TypedValue* ResolveValue(const Element& scoredProperty, const Element& ticket) {
-    const Element* const pReference = scoredProperty.Find(Tag::ParameterRef);
-    if (pReference == nullptr) return scoredProperty.FindValue();
-    const Element* const pInit = ticket.Find(Tag::ParameterInit, *pReference->name);
-    return pInit == nullptr ? nullptr : pInit->FindValue();
 }
 
 }  // namespace devkit::prntvpt

@@ -25,7 +25,4 @@ struct OptionScore {
 [[nodiscard]] OptionScore ScoreOption(const Element& asked, const Element& offered,
                                       const ParameterSource& parameters);
 
-// The value of a scored property of the ticket, through its reference to a parameter; null when it has none.
-[[nodiscard]] const TypedValue* ResolveValue(const Element& scoredProperty, const Element& ticket);
-
 }  // namespace devkit::prntvpt

@@ -15,7 +15,7 @@ namespace devkit::prntvpt {
 // What the passes of one validation share.
 struct PassState {
     const Device& device;
-    const Switches& switches;
+    const Behaviour& behaviour;
     EPrintTicketScope scope;
     Element ticket;  // merged, and rid of what the scope or the namespaces exclude
 
@@ -25,8 +25,8 @@ struct PassState {
 
     // Whether a root entry of the device takes part: it is in scope, and no strict filter removes it.
     [[nodiscard]] bool TakesPart(const QName& name) const {
-        if (ScopeOf(name) > scope) return false;
-        return switches.privateNames != PrivateNames::Strict || IsPublicNamespace(name.uri);
+        if (printschema::ScopeOf(name) > scope) return false;
+        return behaviour.privateNames != PrivateNames::Strict || printschema::IsPublicNamespace(name.uri);
     }
 };
 

@@ -10,12 +10,12 @@
 namespace devkit::prntvpt {
 
 struct SerializerInput {
-    std::vector<std::string> privateUris;      // the device's, the first is ns0000
-    std::vector<PrefixBinding> inputPrefixes;  // of the tickets that the document was made from
+    std::vector<std::string> privateUris;                   // the device's, the first is ns0000
+    std::vector<printschema::PrefixBinding> inputPrefixes;  // of the tickets that the document was made from
 };
 
 // The bytes of the document as the switches prefixes, order, encoding and whitespace want them.
-[[nodiscard]] std::string Serialize(const Element& root, const Switches& switches,
+[[nodiscard]] std::string Serialize(const Element& root, const Behaviour& behaviour,
                                     const SerializerInput& input);
 
 }  // namespace devkit::prntvpt

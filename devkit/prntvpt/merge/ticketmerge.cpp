@@ -6,6 +6,9 @@
 #include "devkit/printschema/names.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 [[nodiscard]] bool IsForeign(const Element& element, const Device& device) {
@@ -69,17 +72,17 @@ Element MergeTickets(Element base, const Element* pDelta) {
     return base;
 }
 
-NamespaceFilterResult FilterNamespaces(Element& ticket, const Device& device, const Switches& switches) {
+NamespaceFilterResult FilterNamespaces(Element& ticket, const Device& device, const Behaviour& behaviour) {
     NamespaceFilterResult result;
-    if (switches.privateNames == PrivateNames::All) {
+    if (behaviour.privateNames == PrivateNames::All) {
         for (const Element& entry : ticket.children) {
             if (IsForeign(entry, device)) result.foreign.push_back(entry);
         }
         std::erase_if(ticket.children, [&](const Element& entry) { return IsForeign(entry, device); });
     }
     result.removed = RemoveForeign(ticket, device);
-    if (switches.privateNames == PrivateNames::Strict) {
-        const bool alsoOptions = switches.strictExtent == StrictExtent::Options;
+    if (behaviour.privateNames == PrivateNames::Strict) {
+        const bool alsoOptions = behaviour.strictExtent == StrictExtent::Options;
         result.removed = RemovePrivate(ticket, true, alsoOptions) || result.removed;
     }
     return result;

@@ -35,6 +35,6 @@ struct NamespaceFilterResult {
 // Removes what has a name of a namespace that the device does not know, at any level; under private=strict
 // also the root entries, and with strict=options the options, whose names are not public.
 [[nodiscard]] NamespaceFilterResult FilterNamespaces(Element& ticket, const Device& device,
-                                                     const Switches& switches);
+                                                     const Behaviour& behaviour);
 
 }  // namespace devkit::prntvpt

@@ -8,13 +8,15 @@
 #include <set>
 #include <utility>
 
+#include "devkit/prntvpt/device/selection.h"
 #include "devkit/prntvpt/merge/constraintpass.h"
-#include "devkit/prntvpt/merge/featurepass.h"
-#include "devkit/prntvpt/merge/parameterpass.h"
-#include "devkit/prntvpt/merge/passstate.h"
+#include "devkit/prntvpt/merge/passes.h"
 #include "devkit/prntvpt/merge/ticketmerge.h"
 
 namespace devkit::prntvpt {
+
+using namespace printschema;
+
 namespace {
 
 [[nodiscard]] std::set<QName> Difference(const std::set<QName>& left, const std::set<QName>& right) {
@@ -41,7 +43,7 @@ void Append(std::vector<Element>&& elements, Element& ticket) {
     std::move(elements.begin(), elements.end(), std::back_inserter(ticket.children));
 }
 
-[[nodiscard]] ValidatedTicket Validate(const Device& device, const Switches& switches, Element base,
+[[nodiscard]] ValidatedTicket Validate(const Device& device, const Behaviour& behaviour, Element base,
                                        const Element* pDelta, EPrintTicketScope scope) {
     ValidatedTicket result;
     KeepScope(base, scope, result.notes);
@@ -49,10 +51,11 @@ void Append(std::vector<Element>&& elements, Element& ticket) {
     if (pDelta != nullptr) KeepScope(delta.emplace(*pDelta), scope, result.notes);
     Element merged = MergeTickets(std::move(base), delta ? &*delta : nullptr);
 
-    PassState state{device, switches, scope, merged, {}, false};
-    NamespaceFilterResult filtered = FilterNamespaces(state.ticket, device, switches);
-    state.conflict = filtered.removed && switches.dropIsConflict;
+    PassState state{device, behaviour, scope, merged, {}, false};
+    NamespaceFilterResult filtered = FilterNamespaces(state.ticket, device, behaviour);
+    state.conflict = filtered.removed && behaviour.dropIsConflict;
 
+    // Features come first: which parameters are needed follows from the options that are selected in the end.
     std::vector<Element> features = ValidateFeatures(state);
     const std::set<QName> referencesBefore = ReferencesOf(features);
     if (ResolveConstraints(device, features)) state.conflict = true;
@@ -65,18 +68,18 @@ void Append(std::vector<Element>&& elements, Element& ticket) {
         if (entry.tag == Tag::Property) result.ticket.children.push_back(entry);
     }
     Append(std::move(filtered.foreign), result.ticket);
-    if (switches.order == ElementOrder::Input) OrderAsInput(result.ticket, merged);
+    if (behaviour.order == ElementOrder::Input) OrderAsInput(result.ticket, merged);
     result.conflict = state.conflict;
     return result;
 }
 
 }  // namespace
 
-ValidatedTicket MergeAndValidate(const Device& device, const Switches& switches, Element base,
+ValidatedTicket MergeAndValidate(const Device& device, const Behaviour& behaviour, Element base,
                                  const Element* pDelta, EPrintTicketScope scope) {
-    ValidatedTicket result = Validate(device, switches, std::move(base), pDelta, scope);
+    ValidatedTicket result = Validate(device, behaviour, std::move(base), pDelta, scope);
 #ifndef NDEBUG
-    const ValidatedTicket again = Validate(device, switches, result.ticket, nullptr, scope);
+    const ValidatedTicket again = Validate(device, behaviour, result.ticket, nullptr, scope);
     assert(!again.conflict && again.ticket == result.ticket);
 #endif
     return result;

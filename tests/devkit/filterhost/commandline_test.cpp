@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "devkit/filterhost/programfolder.h"
-#include "devkit/filterhost/usageerror.h"
+#include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/files.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -28,22 +28,22 @@ std::string Refusal(Arguments arguments) {
 
 TEST(CommandLine, HasDocumentedDefaults) {
     const RunSettings settings = SettingsOf({"-o", "out.xps"});
-    EXPECT_EQ(settings.inputs, std::vector<std::filesystem::path>{"in.xps"});
-    EXPECT_EQ(settings.output, "out.xps");
-    EXPECT_EQ(settings.outputFolder, std::nullopt);
-    EXPECT_EQ(settings.filter, ProgramFolder() / "pagevalidatefilter.dll");
-    EXPECT_TRUE(IsEqualCLSID(settings.filterClass, DefaultFilterClass));
-    EXPECT_EQ(settings.device, "simprinter");
-    EXPECT_EQ(settings.printer, std::nullopt);
-    EXPECT_EQ(settings.userTicket, std::nullopt);
-    EXPECT_EQ(settings.nsPrefix, "krk");
-    EXPECT_EQ(settings.teskType, std::nullopt);
+    EXPECT_EQ(std::vector<std::filesystem::path>{"in.xps"}, settings.inputs);
+    EXPECT_EQ("out.xps", settings.output);
+    EXPECT_EQ(std::nullopt, settings.outputFolder);
+    EXPECT_EQ(ProgramFolder() / "pagevalidatefilter.dll", settings.filter);
+    EXPECT_TRUE(IsEqualCLSID(settings.filterClass, kDefaultFilterClass));
+    EXPECT_EQ("simprinter", settings.device);
+    EXPECT_EQ(std::nullopt, settings.printer);
+    EXPECT_EQ(std::nullopt, settings.userTicket);
+    EXPECT_EQ("krk", settings.nsPrefix);
+    EXPECT_EQ(std::nullopt, settings.teskType);
     EXPECT_TRUE(settings.driverProperties);
-    EXPECT_EQ(settings.providerSwitches, Arguments{});
+    EXPECT_EQ(Arguments{}, settings.providerSwitches);
     EXPECT_FALSE(settings.systemProvider);
-    EXPECT_EQ(settings.json, std::nullopt);
+    EXPECT_EQ(std::nullopt, settings.json);
     EXPECT_FALSE(settings.quiet);
-    EXPECT_EQ(settings.cancelAt, 0U);
+    EXPECT_EQ(0U, settings.cancelAt);
 }
 
 TEST(CommandLine, TakesEveryOption) {
@@ -74,19 +74,19 @@ TEST(CommandLine, TakesEveryOption) {
                                              "--cancel-at",
                                              "7",
                                              "--no-driver-properties"});
-    EXPECT_EQ(settings.inputs, (std::vector<std::filesystem::path>{"in.xps", "second.xps"}));
-    EXPECT_EQ(settings.outputFolder, "out");
-    EXPECT_EQ(settings.filter, "f.dll");
-    EXPECT_EQ(settings.filterClass.Data1, 0xCDB62FC0);
-    EXPECT_EQ(settings.device, "longedge");
-    EXPECT_EQ(settings.printer, "Kontor 3");
-    EXPECT_EQ(settings.userTicket, "t.xml");
-    EXPECT_EQ(settings.nsPrefix, "abc");
-    EXPECT_EQ(settings.teskType, -2);
-    EXPECT_EQ(settings.providerSwitches, (Arguments{"private=strict", "fault=merge-fail@2:page"}));
-    EXPECT_EQ(settings.json, "r.json");
+    EXPECT_EQ((std::vector<std::filesystem::path>{"in.xps", "second.xps"}), settings.inputs);
+    EXPECT_EQ("out", settings.outputFolder);
+    EXPECT_EQ("f.dll", settings.filter);
+    EXPECT_EQ(0xCDB62FC0, settings.filterClass.Data1);
+    EXPECT_EQ("longedge", settings.device);
+    EXPECT_EQ("Kontor 3", settings.printer);
+    EXPECT_EQ("t.xml", settings.userTicket);
+    EXPECT_EQ("abc", settings.nsPrefix);
+    EXPECT_EQ(-2, settings.teskType);
+    EXPECT_EQ((Arguments{"private=strict", "fault=merge-fail@2:page"}), settings.providerSwitches);
+    EXPECT_EQ("r.json", settings.json);
     EXPECT_TRUE(settings.quiet);
-    EXPECT_EQ(settings.cancelAt, 7U);
+    EXPECT_EQ(7U, settings.cancelAt);
     EXPECT_FALSE(settings.driverProperties);
 }
 
@@ -97,41 +97,41 @@ TEST(CommandLine, TakesTheSystemsProvider) {
 TEST(CommandLine, AProviderSwitchTakesOneValueAndLeavesTheInputsAlone) {
     const RunSettings settings =
         SettingsOf({"--provider", "order=reversed", "second.xps", "--out-dir", "out"});
-    EXPECT_EQ(settings.providerSwitches, Arguments{"order=reversed"});
-    EXPECT_EQ(settings.inputs.size(), 2U);
+    EXPECT_EQ(Arguments{"order=reversed"}, settings.providerSwitches);
+    EXPECT_EQ(2U, settings.inputs.size());
 }
 
 TEST(CommandLine, PathsMayStartWithASlashOrHoldAnyLetter) {
     const RunSettings settings = SettingsOf({"/tmp/b.xps", "\xE5\x8D\xB0.xps", "--out-dir", "/tmp/out"});
-    EXPECT_EQ(settings.inputs[1], "/tmp/b.xps");
-    EXPECT_EQ(settings.inputs[2], L"\u5370.xps");
-    EXPECT_EQ(settings.outputFolder, "/tmp/out");
+    EXPECT_EQ("/tmp/b.xps", settings.inputs[1]);
+    EXPECT_EQ(L"\u5370.xps", settings.inputs[2]);
+    EXPECT_EQ("/tmp/out", settings.outputFolder);
 }
 
 TEST(CommandLine, RefusesWhatMakesNoSense) {
-    EXPECT_EQ(Refusal({}), "A subcommand is required");
-    EXPECT_EQ(Refusal({"run"}), "INPUT is required");
-    EXPECT_EQ(Refusal({"inspect"}), "INPUT is required");
-    EXPECT_EQ(Refusal({"run", "a.xps"}), "one of -o and --out-dir is required");
-    EXPECT_EQ(Refusal({"run", "a.xps", "-o", "b", "--out-dir", "c"}), "-o excludes --out-dir");
-    EXPECT_EQ(Refusal({"run", "a.xps", "b.xps", "-o", "c"}),
-              "-o is for one INPUT; use --out-dir for several");
-    EXPECT_EQ(Refusal({"run", "x/a.xps", "y/A.XPS", "--out-dir", "c"}),
-              "--out-dir: two inputs are named A.XPS");
-    EXPECT_EQ(Refusal({"run", "a.xps", "-o", "b", "--clsid", "Excel.Application"}),
-              "--clsid: \"Excel.Application\" is not of the form {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}");
-    EXPECT_EQ(Refusal({"run", "a.xps", "-o", "b", "--provider", "strict"}),
-              "--provider: \"strict\" is neither KEY=VALUE nor system");
-    EXPECT_EQ(Refusal({"run", "a.xps", "-o", "b", "--provider", "system", "--provider", "a=b"}),
-              "--provider: the system's print ticket provider has no switches");
-    EXPECT_EQ(Refusal({"run", "a.xps", "-o", "b", "--colour"}),
-              "The following argument was not expected: --colour");
+    EXPECT_EQ("A subcommand is required", Refusal({}));
+    EXPECT_EQ("INPUT is required", Refusal({"run"}));
+    EXPECT_EQ("INPUT is required", Refusal({"inspect"}));
+    EXPECT_EQ("one of -o and --out-dir is required", Refusal({"run", "a.xps"}));
+    EXPECT_EQ("-o excludes --out-dir", Refusal({"run", "a.xps", "-o", "b", "--out-dir", "c"}));
+    EXPECT_EQ("-o is for one INPUT; use --out-dir for several",
+              Refusal({"run", "a.xps", "b.xps", "-o", "c"}));
+    EXPECT_EQ("--out-dir: two inputs are named A.XPS",
+              Refusal({"run", "x/a.xps", "y/A.XPS", "--out-dir", "c"}));
+    EXPECT_EQ("--clsid: \"Excel.Application\" is not of the form {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}",
+              Refusal({"run", "a.xps", "-o", "b", "--clsid", "Excel.Application"}));
+    EXPECT_EQ("--provider: \"strict\" is neither KEY=VALUE nor system",
+              Refusal({"run", "a.xps", "-o", "b", "--provider", "strict"}));
+    EXPECT_EQ("--provider: the system's print ticket provider has no switches",
+              Refusal({"run", "a.xps", "-o", "b", "--provider", "system", "--provider", "a=b"}));
+    EXPECT_EQ("The following argument was not expected: --colour",
+              Refusal({"run", "a.xps", "-o", "b", "--colour"}));
     EXPECT_FALSE(Refusal({"run", "a.xps", "-o", "b", "--cancel-at", "-1"}).empty());
     EXPECT_FALSE(Refusal({"run", "a.xps", "-o", "b", "--tesk-type", "two"}).empty());
 }
 
 TEST(CommandLine, AnswersHelpForEachCommand) {
-    EXPECT_EQ(std::get<Answer>(ParseCommandLine({"--version"})).text, "filterhost 1.0.0\n");
+    EXPECT_EQ("filterhost 1.0.0\n", std::get<Answer>(ParseCommandLine({"--version"})).text);
     EXPECT_NE(std::get<Answer>(ParseCommandLine({"--help"})).text.find("Exit status: 0 done"),
               std::string::npos);
     EXPECT_NE(

@@ -10,104 +10,94 @@ namespace {
 using pipeline::Part;
 using pipeline::PartKind;
 using pipeline::SentPart;
+using printschema::TicketFacts;
 
-std::string Feature(const std::string& name, const std::string& option, const std::string& content = {}) {
-    return "<psf:Feature name=\"psk:" + name + "\"><psf:Option name=\"psk:" + option + "\">" + content +
-           "</psf:Option></psf:Feature>";
-}
+const TicketFacts kUser{"User", std::nullopt};
 
-std::string Ticket(const std::string& content) {
-    return "<psf:PrintTicket xmlns:psf=\"http://schemas.microsoft.com/windows/2003/08/printing/"
-           "printschemaframework\">" +
-           content + "</psf:PrintTicket>";
-}
-
-std::string Sheet(const std::string& name) { return Ticket(Feature("PageMediaSize", name)); }
-
-SentPart Sent(PartKind kind, bool ticket) {
-    SentPart sent{kind, "/part", std::make_shared<Part>(kind, "/part")};
+SentPart Sent(PartKind kind, const char* name, bool ticket) {
+    SentPart sent{kind, name, std::make_shared<Part>(kind, name)};
     if (ticket) sent.part->inputTicket = std::make_shared<Part>(PartKind::PrintTicket, "/ticket.xml");
     return sent;
 }
+SentPart Sequence(bool ticket) { return Sent(PartKind::FixedDocumentSequence, "/s", ticket); }
+SentPart Document(const char* name, bool ticket) { return Sent(PartKind::FixedDocument, name, ticket); }
+SentPart Page(const char* name, bool ticket) { return Sent(PartKind::FixedPage, name, ticket); }
 
-prntvpt::ProviderCall Merge(const char* scope, const std::string& output, HRESULT result = S_OK) {
-    prntvpt::ProviderCall call;
-    call.function = "PTMergeAndValidatePrintTicket";
-    call.scope = scope;
-    call.output = output;
-    call.result = result;
-    return call;
+MadeTicket Made(const char* part, const char* scope, const char* sheet) {
+    return {part, scope, {sheet, std::nullopt}};
 }
 
-std::vector<std::string> Sheets(const std::vector<TicketFacts>& facts) {
+std::vector<std::string> Sheets(const std::vector<SentPart>& parts, const std::vector<MadeTicket>& tickets) {
     std::vector<std::string> names;
-    for (const TicketFacts& each : facts) names.push_back(each.mediaSize.value_or("unset"));
+    for (const TicketFacts& each : EffectiveTickets(parts, tickets, kUser)) {
+        names.push_back(each.mediaSize.value_or("unset"));
+    }
     return names;
 }
 
-TEST(EffectiveTickets, APageHasItsOwnMergeOrWhatHoldsAroundIt) {
-    const std::vector<SentPart> parts{
-        Sent(PartKind::XpsDocument, false),  Sent(PartKind::FixedDocumentSequence, true),
-        Sent(PartKind::FixedDocument, true), Sent(PartKind::FixedPage, false),
-        Sent(PartKind::FixedPage, true),     Sent(PartKind::FixedDocument, false),
-        Sent(PartKind::FixedPage, false)};
-    prntvpt::ProviderReport report;
-    report.calls = {Merge("job", Sheet("Job")), Merge("document", Sheet("Document")),
-                    Merge("page", Sheet("Page"))};
-    EXPECT_EQ(Sheets(EffectiveTickets(parts, report, Sheet("User"))),
-              (std::vector<std::string>{"Document", "Page", "Job"}));
+using Names = std::vector<std::string>;
+
+TEST(EffectiveTickets, APageHasItsOwnOrWhatHoldsAroundIt) {
+    const std::vector<SentPart> parts{Sent(PartKind::XpsDocument, "", false),
+                                      Sequence(true),
+                                      Document("/d1", true),
+                                      Page("/1", false),
+                                      Page("/2", true),
+                                      Document("/d2", false),
+                                      Page("/3", false)};
+    EXPECT_EQ((Names{"Document", "Page", "Job"}),
+              Sheets(parts, {Made("FixedDocumentSequence /s", "job", "Job"),
+                             Made("FixedDocument /d1", "document", "Document"),
+                             Made("FixedPage /2", "page", "Page")}));
 }
 
 TEST(EffectiveTickets, WithoutTicketsTheUsersHolds) {
-    const std::vector<SentPart> parts{Sent(PartKind::FixedDocumentSequence, false),
-                                      Sent(PartKind::FixedDocument, false), Sent(PartKind::FixedPage, false)};
-    EXPECT_EQ(Sheets(EffectiveTickets(parts, {}, Sheet("User"))), std::vector<std::string>{"User"});
+    EXPECT_EQ(Names{"User"}, Sheets({Sequence(false), Document("/d", false), Page("/1", false)}, {}));
 }
 
-TEST(EffectiveTickets, WhatThePagesMergeLeavesOutComesFromTheWiderScope) {
-    const std::vector<SentPart> parts{Sent(PartKind::FixedDocumentSequence, true),
-                                      Sent(PartKind::FixedDocument, false), Sent(PartKind::FixedPage, true)};
-    prntvpt::ProviderReport report;
-    report.calls = {
-        Merge("job",
-              Ticket(Feature("PageMediaSize", "Job") +
-                     Feature("JobInputBin", "Tray",
-                             "<psf:ScoredProperty name=\"psk:FeedDirection\"><psf:Value>psk:LongEdgeFirst"
-                             "</psf:Value></psf:ScoredProperty>"))),
-        Merge("page", Sheet("Page"))};
-    const std::vector<TicketFacts> facts = EffectiveTickets(parts, report, Sheet("User"));
-    ASSERT_EQ(facts.size(), 1U);
-    EXPECT_EQ(facts[0].mediaSize, "Page");
-    EXPECT_EQ(facts[0].feedDirection, "LongEdgeFirst");
+TEST(EffectiveTickets, BelongToTheirPartsInWhateverOrderTheyWereMade) {
+    EXPECT_EQ((Names{"One", "Two"}),
+              Sheets({Sequence(false), Document("/d", false), Page("/1", true), Page("/2", true)},
+                     {Made("FixedPage /2", "page", "Two"), Made("FixedPage /1", "page", "One")}));
 }
 
-TEST(EffectiveTickets, NothingIsSaidWhereMergesCannotBeToldApart) {
-    const std::vector<SentPart> parts{Sent(PartKind::FixedDocumentSequence, false),
-                                      Sent(PartKind::FixedDocument, false), Sent(PartKind::FixedPage, true),
-                                      Sent(PartKind::FixedPage, false)};
-    prntvpt::ProviderReport report;
-    report.calls = {Merge("page", Sheet("One")), Merge("page", Sheet("Two"))};
-    EXPECT_EQ(Sheets(EffectiveTickets(parts, report, Sheet("User"))),
-              (std::vector<std::string>{"unset", "User"}));
+TEST(EffectiveTickets, WhatThePagesLeavesOutComesFromTheWiderScope) {
+    const std::vector<SentPart> parts{Sequence(true), Document("/d", false), Page("/1", true)};
+    const std::vector<TicketFacts> facts =
+        EffectiveTickets(parts,
+                         {{"FixedDocumentSequence /s", "job", {"Job", "LongEdgeFirst"}},
+                          {"FixedPage /1", "page", {"Page", std::nullopt}}},
+                         kUser);
+    ASSERT_EQ(1U, facts.size());
+    EXPECT_EQ("Page", facts[0].mediaSize);
+    EXPECT_EQ("LongEdgeFirst", facts[0].feedDirection);
 }
 
-TEST(EffectiveTickets, NothingIsSaidWhereTheTicketsWereNotKept) {
-    const std::vector<SentPart> parts{Sent(PartKind::FixedPage, true)};
-    prntvpt::ProviderReport report;
-    report.calls = {Merge("page", {})};
-    report.calls[0].output.reset();
-    EXPECT_EQ(Sheets(EffectiveTickets(parts, report, Sheet("User"))), std::vector<std::string>{"unset"});
+TEST(EffectiveTickets, NothingIsSaidWhereNoneOrSeveralWereMadeForAPartWithATicket) {
+    const std::vector<SentPart> parts{Sequence(false), Document("/d", false), Page("/1", true),
+                                      Page("/2", true), Page("/3", false)};
+    EXPECT_EQ((Names{"unset", "unset", "User"}),
+              Sheets(parts, {Made("FixedPage /1", "page", "One"), Made("FixedPage /1", "page", "Two"),
+                             Made("FixedPage /2", "job", "Other scope")}));
 }
 
-TEST(EffectiveTickets, FailedMergesAndOtherCallsDoNotCount) {
-    const std::vector<SentPart> parts{Sent(PartKind::FixedPage, true)};
-    prntvpt::ProviderReport report;
-    report.calls = {Merge("page", Sheet("Failed"), E_FAIL), Merge("page", Sheet("Good"))};
-    report.calls[0].output.reset();
-    prntvpt::ProviderCall capabilities = Merge("page", "");
-    capabilities.function = "PTGetPrintCapabilities";
-    report.calls.push_back(capabilities);
-    EXPECT_EQ(Sheets(EffectiveTickets(parts, report, Sheet("User"))), std::vector<std::string>{"Good"});
+TEST(MadeTickets, AreOfMergesThatSucceeded) {
+    MadeTickets made;
+    prntvpt::ProviderCall call;
+    call.function = "PTMergeAndValidatePrintTicket";
+    call.scope = "page";
+    call.facts.mediaSize = "Good";
+    made.Add(call, "FixedPage /1");
+    call.result = E_FAIL;
+    made.Add(call, "FixedPage /2");
+    call.result = S_OK;
+    call.function = "PTGetPrintCapabilities";
+    made.Add(call, "FixedPage /3");
+    const std::vector<MadeTicket> tickets = made.Take();
+    ASSERT_EQ(1U, tickets.size());
+    EXPECT_EQ("FixedPage /1", tickets[0].part);
+    EXPECT_EQ("page", tickets[0].scope);
+    EXPECT_EQ("Good", tickets[0].facts.mediaSize);
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "devkit/filterhost/files.h"
 #include "devkit/filterhost/program.h"
-#include "devkit/filterhost/programfolder.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -14,33 +14,34 @@ using Json = nlohmann::json;
 using Path = std::filesystem::path;
 using Lines = std::vector<std::string>;
 
-constexpr const char* domNote =
+constexpr const char* kDomNote =
     "filterhost: the system's DOM document lacks what filters need; the kit's own takes its place\n";
 
 // What was written to standard error, without the note that depends on the system.
 std::string WithoutNote(std::string text) {
-    if (text.starts_with(domNote)) text.erase(0, std::string(domNote).size());
+    if (text.starts_with(kDomNote)) text.erase(0, std::string(kDomNote).size());
     return text;
 }
 
 TEST(FilterHost, AFaithfulFilterGivesStatus0AndTheSameBytes) {
     const Path output = FreshFolder("faithful") / "out.xps";
     const Ended ended = RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}));
-    EXPECT_EQ(ended.status, 0U);
-    EXPECT_EQ(WithoutNote(ended.error), "");
+    EXPECT_EQ(0U, ended.status);
+    EXPECT_EQ("", WithoutNote(ended.error));
     EXPECT_TRUE(ended.out.starts_with(Text(Sample("sample.xps")) + " -> " + Text(output) +
                                       ": 15 parts, 10 pages, done, 0x00000000 S_OK\n"))
         << ended.out;
-    EXPECT_EQ(FileBytes(output), FileBytes(Sample("sample.xps")));
+    EXPECT_EQ(FileBytes(Sample("sample.xps")), FileBytes(output));
 }
 
 TEST(FilterHost, AFailingFilterGivesStatus1AndNoOutput) {
     const Path output = FreshFolder("failing") / "out.xps";
     const Ended ended = RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}), "fail");
-    EXPECT_EQ(ended.status, 1U);
-    EXPECT_EQ(WithoutNote(ended.error), "filterhost: " + Text(Sample("sample.xps")) +
-                                            ": the filter failed with 0x80004004 E_ABORT, at FixedPage "
-                                            "/Documents/1/Pages/1.fpage\n");
+    EXPECT_EQ(1U, ended.status);
+    EXPECT_EQ("filterhost: " + Text(Sample("sample.xps")) +
+                  ": the filter failed with 0x80004004 E_ABORT, at FixedPage "
+                  "/Documents/1/Pages/1.fpage\n",
+              WithoutNote(ended.error));
     EXPECT_FALSE(std::filesystem::exists(output));
 }
 
@@ -48,24 +49,24 @@ TEST(FilterHost, AFilterThatCannotBeInitialisedGivesStatus1) {
     const Path output = FreshFolder("uninitialised") / "out.xps";
     const Ended ended =
         RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "fail-initialize");
-    EXPECT_EQ(ended.status, 1U);
-    EXPECT_EQ(WithoutNote(ended.error),
-              "filterhost: " + Text(Sample("minimal.xps")) +
-                  ": InitializeFilter of the filter failed with 0x80004004 E_ABORT, before any part\n");
+    EXPECT_EQ(1U, ended.status);
+    EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) +
+                  ": InitializeFilter of the filter failed with 0x80004004 E_ABORT, before any part\n",
+              WithoutNote(ended.error));
 }
 
 TEST(FilterHost, WrongUsageGivesStatus2AndOneLine) {
     const Ended ended = RunProgram({"run", "in.xps"});
-    EXPECT_EQ(ended.status, 2U);
-    EXPECT_EQ(ended.out, "");
-    EXPECT_EQ(ended.error, "filterhost: one of -o and --out-dir is required\n");
+    EXPECT_EQ(2U, ended.status);
+    EXPECT_EQ("", ended.out);
+    EXPECT_EQ("filterhost: one of -o and --out-dir is required\n", ended.error);
 }
 
 TEST(FilterHost, AMissingFilterGivesStatus2) {
     const Ended ended =
         RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--filter", "nowhere.dll"});
-    EXPECT_EQ(ended.status, 2U);
-    EXPECT_EQ(ended.error, "filterhost: --filter: there is no nowhere.dll\n");
+    EXPECT_EQ(2U, ended.status);
+    EXPECT_EQ("filterhost: --filter: there is no nowhere.dll\n", ended.error);
 }
 
 TEST(FilterHost, ADllThatIsNoFilterGivesStatus1) {
@@ -73,32 +74,33 @@ TEST(FilterHost, ADllThatIsNoFilterGivesStatus1) {
     ASSERT_NE(GetSystemDirectoryW(system, MAX_PATH), 0U);
     const Ended ended = RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--filter",
                                     Text(Path(system) / "version.dll")});
-    EXPECT_EQ(ended.status, 1U);
-    EXPECT_EQ(ended.error, "filterhost: version.dll does not export DllGetClassObject\n");
+    EXPECT_EQ(1U, ended.status);
+    EXPECT_EQ("filterhost: version.dll does not export DllGetClassObject\n", ended.error);
 }
 
 TEST(FilterHost, AClassThatTheFilterDoesNotHaveGivesStatus1) {
     const Ended ended = RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--quiet",
                                     "--filter", Text(ProgramFolder() / "testfilter.dll")});
-    EXPECT_EQ(ended.status, 1U);
-    EXPECT_EQ(ended.error, "filterhost: " + Text(Sample("minimal.xps")) +
-                               ": testfilter.dll: DllGetClassObject answers 0x80040111 "
-                               "CLASS_E_CLASSNOTAVAILABLE\n");
+    EXPECT_EQ(1U, ended.status);
+    EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) +
+                  ": testfilter.dll: DllGetClassObject answers 0x80040111 "
+                  "CLASS_E_CLASSNOTAVAILABLE\n",
+              ended.error);
 }
 
 TEST(FilterHost, AnInputThatIsNoDocumentGivesStatus3AndOneLine) {
     const Path folder = FreshFolder("unreadable");
     const std::string input = Text(ProgramFolder() / "filterhost.exe");
     const Ended ended = RunProgram(RunArguments({input, "-o", Text(folder / "out.xps")}));
-    EXPECT_EQ(ended.status, 3U);
-    EXPECT_EQ(WithoutNote(ended.error), "filterhost: " + input + ": is not a zip archive\n");
-    EXPECT_EQ(ended.out, input + " -> nothing written: not run\n");
+    EXPECT_EQ(3U, ended.status);
+    EXPECT_EQ("filterhost: " + input + ": is not a zip archive\n", WithoutNote(ended.error));
+    EXPECT_EQ(input + " -> nothing written: not run\n", ended.out);
     EXPECT_TRUE(std::filesystem::is_empty(folder));
 }
 
 TEST(FilterHost, AMissingInputGivesStatus3) {
     const Ended ended = RunProgram(RunArguments({"nowhere.xps", "-o", "out.xps", "--quiet"}));
-    EXPECT_EQ(ended.status, 3U);
+    EXPECT_EQ(3U, ended.status);
     EXPECT_TRUE(ended.error.starts_with("filterhost: nowhere.xps: cannot be opened")) << ended.error;
 }
 
@@ -106,12 +108,12 @@ TEST(FilterHost, ABrokenRuleGivesStatus4WithALineForEachBreach) {
     const Path output = FreshFolder("rule") / "out.xps";
     const Ended ended =
         RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "send-after-close");
-    EXPECT_EQ(ended.status, 4U);
+    EXPECT_EQ(4U, ended.status);
     const std::string name = "filterhost: " + Text(Sample("minimal.xps")) + ": ";
-    EXPECT_EQ(WithoutNote(ended.error),
-              name + "the filter failed with 0x8000000E E_ILLEGAL_METHOD_CALL, at FixedPage /p.fpage\n" +
+    EXPECT_EQ(name + "the filter failed with 0x8000000E E_ILLEGAL_METHOD_CALL, at FixedPage /p.fpage\n" +
                   name + "breach: SendFixedPage of FixedPage /p.fpage came after CloseSender\n" + name +
-                  "breach: CloseSender was called twice\n");
+                  "breach: CloseSender was called twice\n",
+              WithoutNote(ended.error));
     EXPECT_FALSE(std::filesystem::exists(output));
 }
 
@@ -120,15 +122,15 @@ TEST(FilterHost, SeveralInputsAllRunAndTheHighestStatusCounts) {
     const Ended ended =
         RunProgram(RunArguments({Text(Sample("minimal.xps")), "nowhere.xps", Text(Sample("sample.xps")),
                                  "--out-dir", Text(folder / "out"), "--json", Text(folder / "report.json")}));
-    EXPECT_EQ(ended.status, 3U);
-    EXPECT_EQ(FileBytes(folder / "out" / "minimal.xps"), FileBytes(Sample("minimal.xps")));
-    EXPECT_EQ(FileBytes(folder / "out" / "sample.xps"), FileBytes(Sample("sample.xps")));
+    EXPECT_EQ(3U, ended.status);
+    EXPECT_EQ(FileBytes(Sample("minimal.xps")), FileBytes(folder / "out" / "minimal.xps"));
+    EXPECT_EQ(FileBytes(Sample("sample.xps")), FileBytes(folder / "out" / "sample.xps"));
     const Json report = Json::parse(FileBytes(folder / "report.json"));
-    ASSERT_EQ(report.size(), 3U);
-    EXPECT_EQ(report[1]["output"], nullptr);
-    EXPECT_EQ(report[1]["hresult"], nullptr);
-    EXPECT_EQ(report[1]["parts"], Json::array());
-    EXPECT_EQ(report[2]["output"], Text(folder / "out" / "sample.xps"));
+    ASSERT_EQ(3U, report.size());
+    EXPECT_EQ(nullptr, report[1]["output"]);
+    EXPECT_EQ(nullptr, report[1]["hresult"]);
+    EXPECT_EQ(Json::array(), report[1]["parts"]);
+    EXPECT_EQ(Text(folder / "out" / "sample.xps"), report[2]["output"]);
 }
 
 TEST(FilterHost, TheReportIsExact) {
@@ -137,9 +139,9 @@ TEST(FilterHost, TheReportIsExact) {
     const Ended ended = RunProgram(RunArguments({Text(input), "-o", Text(folder / "o.xps"), "--json",
                                                  Text(folder / "r.json"), "--quiet"}),
                                    "ticket");
-    EXPECT_EQ(ended.status, 0U);
-    EXPECT_EQ(ended.out, "");
-    EXPECT_EQ(ended.error, "");
+    EXPECT_EQ(0U, ended.status);
+    EXPECT_EQ("", ended.out);
+    EXPECT_EQ("", ended.error);
     const Json expected = Json::parse(R"([{
         "output": null, "hresult": "0x00000000", "shutdown": null, "breaches": [], "findings": [], "error": null,
         "parts": [
@@ -150,15 +152,15 @@ TEST(FilterHost, TheReportIsExact) {
              "width_in": 793.76, "height_in": 1122.56, "width_out": 793.76, "height_out": 1122.56,
              "markup_rewritten": false, "ticket_replaced": true, "bytes_in": 0, "bytes_out": 0}]}])");
     Json report = Json::parse(FileBytes(folder / "r.json"));
-    EXPECT_EQ(report[0]["input"], Text(input));
-    EXPECT_EQ(report[0]["output"], Text(folder / "o.xps"));
+    EXPECT_EQ(Text(input), report[0]["input"]);
+    EXPECT_EQ(Text(folder / "o.xps"), report[0]["output"]);
     EXPECT_GT(report[0]["parts"][3]["bytes_in"], 100);
-    EXPECT_EQ(report[0]["parts"][3]["bytes_in"], report[0]["parts"][3]["bytes_out"]);
+    EXPECT_EQ(report[0]["parts"][3]["bytes_out"], report[0]["parts"][3]["bytes_in"]);
     report[0].erase("input");
     report[0]["output"] = nullptr;
     report[0]["parts"][3]["bytes_in"] = 0;
     report[0]["parts"][3]["bytes_out"] = 0;
-    EXPECT_EQ(report, expected);
+    EXPECT_EQ(expected, report);
 }
 
 TEST(FilterHost, AFailureIsInTheReport) {
@@ -166,23 +168,23 @@ TEST(FilterHost, AFailureIsInTheReport) {
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
                                                  "--json", Text(folder / "r.json"), "--quiet"}),
                                    "fail");
-    EXPECT_EQ(ended.status, 1U);
+    EXPECT_EQ(1U, ended.status);
     const Json report = Json::parse(FileBytes(folder / "r.json"));
-    EXPECT_EQ(report[0]["hresult"], "0x80004004");
-    EXPECT_EQ(report[0]["shutdown"], "0x80004004");
-    EXPECT_EQ(report[0]["output"], nullptr);
-    EXPECT_EQ(report[0]["parts"].size(), 3U);
+    EXPECT_EQ("0x80004004", report[0]["hresult"]);
+    EXPECT_EQ("0x80004004", report[0]["shutdown"]);
+    EXPECT_EQ(nullptr, report[0]["output"]);
+    EXPECT_EQ(3U, report[0]["parts"].size());
 }
 
 TEST(FilterHost, NewTicketsGetLegalNamesInTheOutput) {
     const Path output = FreshFolder("names") / "out.xps";
-    EXPECT_EQ(RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}), "ticket").status,
-              0U);
+    EXPECT_EQ(0U,
+              RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}), "ticket").status);
     const Ended tree = RunProgram({"inspect", Text(output)});
-    EXPECT_EQ(tree.status, 0U);
+    EXPECT_EQ(0U, tree.status);
     EXPECT_NE(tree.out.find("/Tickets/made_1.xml"), std::string::npos) << tree.out;
     EXPECT_NE(tree.out.find("/Tickets/made_10.xml"), std::string::npos) << tree.out;
-    EXPECT_EQ(tree.out.find("Tickets\\"), std::string::npos) << tree.out;
+    EXPECT_EQ(std::string::npos, tree.out.find("Tickets\\")) << tree.out;
 }
 
 TEST(FilterHost, MarkupThatIsNotWellFormedIsAFindingNotABreach) {
@@ -190,11 +192,11 @@ TEST(FilterHost, MarkupThatIsNotWellFormedIsAFindingNotABreach) {
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
                                                  "--json", Text(folder / "r.json"), "--quiet"}),
                                    "break-markup");
-    EXPECT_EQ(ended.status, 0U);
-    EXPECT_EQ(ended.error, "");
+    EXPECT_EQ(0U, ended.status);
+    EXPECT_EQ("", ended.error);
     const Json report = Json::parse(FileBytes(folder / "r.json"));
-    EXPECT_EQ(report[0]["breaches"], Json::array());
-    ASSERT_EQ(report[0]["findings"].size(), 1U);
+    EXPECT_EQ(Json::array(), report[0]["breaches"]);
+    ASSERT_EQ(1U, report[0]["findings"].size());
     const std::string finding = report[0]["findings"][0];
     EXPECT_TRUE(finding.starts_with("page markup is not well-formed XML (")) << finding;
     EXPECT_TRUE(finding.ends_with(", /p.fpage")) << finding;
@@ -207,7 +209,7 @@ TEST(FilterHost, CancellingAtEachPartEndsWithTheCodeOfTheCancellation) {
         const Ended ended =
             RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output), "--cancel-at", part}),
                        "close-on-shutdown");
-        EXPECT_EQ(ended.status, 1U) << part;
+        EXPECT_EQ(1U, ended.status) << part;
         EXPECT_NE(ended.error.find("the filter failed with 0x800704C7 ERROR_CANCELLED"), std::string::npos)
             << part << ended.error;
         EXPECT_NE(ended.out.find("cancelled, 0x800704C7 ERROR_CANCELLED"), std::string::npos)
@@ -222,19 +224,19 @@ TEST(FilterHost, AFilterThatHangsAfterACancellationBreaksARule) {
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
                                                  "--json", Text(folder / "r.json"), "--cancel-at", "2"}),
                                    "hang-after-failure");
-    EXPECT_EQ(ended.status, 4U);
-    EXPECT_EQ(WithoutNote(ended.error),
-              "filterhost: " + Text(Sample("minimal.xps")) +
-                  ": breach: StartOperation did not return within 30000 ms of ShutdownOperation\n");
-    EXPECT_EQ(ended.out,
-              Text(Sample("minimal.xps")) + " -> nothing written: 1 part, 0 pages, the filter hangs\n");
-    EXPECT_EQ(Json::parse(FileBytes(folder / "r.json"))[0]["hresult"], "0x8000000A");
+    EXPECT_EQ(4U, ended.status);
+    EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) +
+                  ": breach: StartOperation did not return within 30000 ms of ShutdownOperation\n",
+              WithoutNote(ended.error));
+    EXPECT_EQ(Text(Sample("minimal.xps")) + " -> nothing written: 1 part, 0 pages, the filter hangs\n",
+              ended.out);
+    EXPECT_EQ("0x8000000A", Json::parse(FileBytes(folder / "r.json"))[0]["hresult"]);
 }
 
 TEST(FilterHost, ACrashIsToldInOneLine) {
     const Path output = FreshFolder("crash") / "out.xps";
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "crash");
-    EXPECT_EQ(ended.status, 1U);
+    EXPECT_EQ(1U, ended.status);
     const std::string text = WithoutNote(ended.error);
     EXPECT_TRUE(text.starts_with("filterhost: " + Text(Sample("minimal.xps")) +
                                  ": the filter crashed with exception 0xC0000005 at testfilter.dll+0x"))
@@ -250,8 +252,8 @@ TEST(FilterHost, NamesOutsideAsciiAndLongNamesWork) {
     std::filesystem::copy_file(Sample("sample.xps"), input);
     const Path output = folder / Path(u8"\u00e9t\u00e9");
     const Ended ended = RunProgram(RunArguments({Text(input), "--out-dir", Text(output)}));
-    EXPECT_EQ(ended.status, 0U) << ended.error;
-    EXPECT_EQ(FileBytes(output / input.filename()), FileBytes(input));
+    EXPECT_EQ(0U, ended.status) << ended.error;
+    EXPECT_EQ(FileBytes(input), FileBytes(output / input.filename()));
     EXPECT_TRUE(ended.out.starts_with(Text(input) + " -> ")) << ended.out;
 }
 
@@ -259,14 +261,14 @@ TEST(FilterHost, TheOutputMayNotReplaceTheInput) {
     const Path folder = FreshFolder("same");
     std::filesystem::copy_file(Sample("minimal.xps"), folder / "a.xps");
     const Ended ended = RunProgram(RunArguments({Text(folder / "a.xps"), "--out-dir", Text(folder)}));
-    EXPECT_EQ(ended.status, 2U);
-    EXPECT_EQ(ended.error, "filterhost: the output would replace the input " + Text(folder / "a.xps") + "\n");
+    EXPECT_EQ(2U, ended.status);
+    EXPECT_EQ("filterhost: the output would replace the input " + Text(folder / "a.xps") + "\n", ended.error);
 }
 
 TEST(FilterHost, AnOutputThatCannotBeWrittenGivesStatus2) {
     const std::string output = Text(FreshFolder("unwritable") / "missing" / "out.xps");
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", output, "--quiet"}));
-    EXPECT_EQ(ended.status, 2U);
+    EXPECT_EQ(2U, ended.status);
     EXPECT_TRUE(ended.error.starts_with("filterhost: " + Text(Sample("minimal.xps")) +
                                         ": the output cannot be written: "))
         << ended.error;
@@ -274,16 +276,16 @@ TEST(FilterHost, AnOutputThatCannotBeWrittenGivesStatus2) {
 
 TEST(FilterHost, AnswersVersionAndHelp) {
     const Ended version = RunProgram({"--version"});
-    EXPECT_EQ(version.status, 0U);
-    EXPECT_EQ(version.out, "filterhost 1.0.0\n");
+    EXPECT_EQ(0U, version.status);
+    EXPECT_EQ("filterhost 1.0.0\n", version.out);
     const Ended help = RunProgram({"run", "--help"});
-    EXPECT_EQ(help.status, 0U);
+    EXPECT_EQ(0U, help.status);
     EXPECT_NE(help.out.find("--cancel-at N"), std::string::npos);
 }
 
 TEST(FilterHost, InspectsSeveralDocumentsAndReportsTheUnreadable) {
     const Ended ended = RunProgram({"inspect", Text(Sample("minimal.xps")), "nowhere.xps"});
-    EXPECT_EQ(ended.status, 3U);
+    EXPECT_EQ(3U, ended.status);
     EXPECT_TRUE(
         ended.out.starts_with(Text(Sample("minimal.xps")) + ":\nXPS document, 1 fixed document, 1 page\n"))
         << ended.out;
@@ -294,8 +296,8 @@ TEST(FilterHost, TheSystemsTicketProviderCanBeUsed) {
     const Path output = FreshFolder("system") / "out.xps";
     const Ended ended = RunProgram(RunArguments(
         {Text(Sample("minimal.xps")), "-o", Text(output), "--provider", "system", "--printer", "Nobody's"}));
-    EXPECT_EQ(ended.status, 0U) << ended.error;
-    EXPECT_EQ(ended.out.find("print ticket provider"), std::string::npos) << ended.out;
+    EXPECT_EQ(0U, ended.status) << ended.error;
+    EXPECT_EQ(std::string::npos, ended.out.find("print ticket provider")) << ended.out;
     EXPECT_TRUE(std::filesystem::exists(output));
 }
 
@@ -303,19 +305,19 @@ TEST(FilterHost, TheUsersTicketMayComeFromAFile) {
     const Path folder = FreshFolder("ticket");
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
                                                  "--user-ticket", Text(folder / "none.xml")}));
-    EXPECT_EQ(ended.status, 2U);
+    EXPECT_EQ(2U, ended.status);
     EXPECT_TRUE(ended.error.starts_with("filterhost: --user-ticket: ")) << ended.error;
     const Ended given =
         RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"), "--user-ticket",
                                  Text(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml")}));
-    EXPECT_EQ(given.status, 0U);
+    EXPECT_EQ(0U, given.status);
     EXPECT_NE(given.out.find("feed LongEdgeFirst"), std::string::npos) << given.out;
 }
 
 TEST(FilterHost, AnUnknownDeviceGivesStatus2AndTheNamesOfTheModels) {
     const Ended ended =
         RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", "o.xps", "--device", "typewriter"}));
-    EXPECT_EQ(ended.status, 2U);
+    EXPECT_EQ(2U, ended.status);
     EXPECT_TRUE(ended.error.starts_with(
         "filterhost: --device: there is no device model \"typewriter\"; the models here are "))
         << ended.error;

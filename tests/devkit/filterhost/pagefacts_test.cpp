@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "tickets.h"
+
 namespace devkit::filterhost {
 namespace {
 
@@ -39,18 +41,18 @@ PageFacts AfterRewrite(const std::string& before, const std::string& after) {
 
 TEST(PageFacts, OfAPageThatIsLeftAlone) {
     const PageFacts facts = LookAtPage(Page(Markup("<Path/>")), {"ISOA4", "LongEdgeFirst"});
-    EXPECT_EQ(facts.name, "/1.fpage");
+    EXPECT_EQ("/1.fpage", facts.name);
     ASSERT_TRUE(facts.before && facts.after);
-    EXPECT_EQ(facts.before->width, 816);
-    EXPECT_EQ(facts.after->height, 1056);
-    EXPECT_EQ(facts.bytesBefore, Markup("<Path/>").size());
-    EXPECT_EQ(facts.bytesAfter, facts.bytesBefore);
+    EXPECT_EQ(816, facts.before->width);
+    EXPECT_EQ(1056, facts.after->height);
+    EXPECT_EQ(Markup("<Path/>").size(), facts.bytesBefore);
+    EXPECT_EQ(facts.bytesBefore, facts.bytesAfter);
     EXPECT_FALSE(facts.rewritten);
     EXPECT_FALSE(facts.turned);
     EXPECT_FALSE(facts.ticketReplaced);
-    EXPECT_EQ(facts.mediaSize, "ISOA4");
-    EXPECT_EQ(facts.feedDirection, "LongEdgeFirst");
-    EXPECT_EQ(facts.malformed, std::nullopt);
+    EXPECT_EQ("ISOA4", facts.mediaSize);
+    EXPECT_EQ("LongEdgeFirst", facts.feedDirection);
+    EXPECT_EQ(std::nullopt, facts.malformed);
 }
 
 TEST(PageFacts, ACanvasOfARightAngleRoundTheContentIsATurn) {
@@ -60,8 +62,8 @@ TEST(PageFacts, ACanvasOfARightAngleRoundTheContentIsATurn) {
                             "Width=\"1056\" Height=\"816\""));
     EXPECT_TRUE(facts.rewritten);
     EXPECT_TRUE(facts.turned);
-    EXPECT_EQ(facts.after->width, 1056);
-    EXPECT_EQ(facts.after->height, 816);
+    EXPECT_EQ(1056, facts.after->width);
+    EXPECT_EQ(816, facts.after->height);
 }
 
 TEST(PageFacts, ACanvasThatScalesIsNoTurn) {
@@ -80,16 +82,12 @@ TEST(PageFacts, TheSheetIsThatOfTheNewTicket) {
     const SentPart page = Page(Markup(""));
     page.part->inputTicket = std::make_shared<Part>(PartKind::PrintTicket, "/old.xml");
     page.part->ticket = std::make_shared<Part>(PartKind::PrintTicket, "/a\\new.xml");
-    Write(*page.part->ticket,
-          "<psf:PrintTicket "
-          "xmlns:psf=\"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework\">"
-          "<psf:Feature name=\"psk:PageMediaSize\"><psf:Option "
-          "name=\"psk:ISOA3\"/></psf:Feature></psf:PrintTicket>");
+    Write(*page.part->ticket, tests::Ticket(tests::Select("psk:PageMediaSize", "psk:ISOA3")));
     const PageFacts facts = LookAtPage(page, {"ISOA4", std::nullopt});
     EXPECT_TRUE(facts.ticketReplaced);
-    EXPECT_EQ(facts.ticketBefore, "/old.xml");
-    EXPECT_EQ(facts.ticketAfter, "/a\\new.xml");
-    EXPECT_EQ(facts.mediaSize, "ISOA3");
+    EXPECT_EQ("/old.xml", facts.ticketBefore);
+    EXPECT_EQ("/a\\new.xml", facts.ticketAfter);
+    EXPECT_EQ("ISOA3", facts.mediaSize);
 }
 
 TEST(PageFacts, MarkupThatIsNotWellFormedIsTold) {

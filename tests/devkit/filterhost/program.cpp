@@ -6,7 +6,7 @@
 #include <iterator>
 #include <thread>
 
-#include "devkit/filterhost/programfolder.h"
+#include "devkit/filterhost/files.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {
@@ -44,7 +44,7 @@ struct Pipe {
         std::string text;
         char block[4096];
         DWORD count = 0;
-        while (ReadFile(read.Get(), block, sizeof(block), &count, nullptr) && count > 0)
+        while (::ReadFile(read.Get(), block, sizeof(block), &count, nullptr) && count > 0)
             text.append(block, count);
         return text;
     }

@@ -22,9 +22,10 @@ RunResult Finished() {
 }
 
 TEST(Summary, OfAPageThatWasLeftAlone) {
-    EXPECT_EQ(WriteSummary(Finished()),
-              "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
-              "  page 1 /1.fpage: 816 x 1056, feed unset, not turned, sheet unset, ticket kept\n");
+    EXPECT_EQ(
+        "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
+        "  page 1 /1.fpage: 816 x 1056, feed unset, not turned, sheet unset, ticket kept\n",
+        WriteSummary(Finished()));
 }
 
 TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
@@ -38,10 +39,10 @@ TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
     page.ticketReplaced = true;
     page.ticketAfter = "/a\\b.xml";
     EXPECT_EQ(
-        WriteSummary(result),
         "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
         "  page 1 /1.fpage: 816 x 1056 -> 1056.25 x 816, feed LongEdgeFirst, turned, sheet ISOA4, new ticket "
-        "/a\\b.xml\n");
+        "/a\\b.xml\n",
+        WriteSummary(result));
 }
 
 TEST(Summary, TellsWhatTheTicketProviderSaw) {
@@ -55,11 +56,11 @@ TEST(Summary, TellsWhatTheTicketProviderSaw) {
     result.provider->openHandles.resize(1);
     result.findings = {"odd"};
     EXPECT_EQ(
-        WriteSummary(result),
         "in.xps -> out.xps: 4 parts, 0 pages, done, 0x00000000 S_OK\n"
         "  print ticket provider: 3 calls (PTMergeAndValidatePrintTicket 2, PTOpenProvider 1), 1 of them as "
         "the user, 1 handle left open\n"
-        "  finding: odd\n");
+        "  finding: odd\n",
+        WriteSummary(result));
 }
 
 TEST(Summary, TellsHowARunEnded) {
@@ -67,30 +68,30 @@ TEST(Summary, TellsHowARunEnded) {
     result.pages.clear();
     result.output.reset();
     result.outcome->result = E_ABORT;
-    EXPECT_EQ(WriteSummary(result),
-              "in.xps -> nothing written: 4 parts, 0 pages, failed, 0x80004004 E_ABORT\n");
+    EXPECT_EQ("in.xps -> nothing written: 4 parts, 0 pages, failed, 0x80004004 E_ABORT\n",
+              WriteSummary(result));
     result.outcome->cancelled = true;
-    EXPECT_EQ(WriteSummary(result),
-              "in.xps -> nothing written: 4 parts, 0 pages, cancelled, 0x80004004 E_ABORT\n");
+    EXPECT_EQ("in.xps -> nothing written: 4 parts, 0 pages, cancelled, 0x80004004 E_ABORT\n",
+              WriteSummary(result));
     result.outcome->hung = true;
-    EXPECT_EQ(WriteSummary(result), "in.xps -> nothing written: 4 parts, 0 pages, the filter hangs\n");
+    EXPECT_EQ("in.xps -> nothing written: 4 parts, 0 pages, the filter hangs\n", WriteSummary(result));
     result.outcome.reset();
-    EXPECT_EQ(WriteSummary(result), "in.xps -> nothing written: not run\n");
+    EXPECT_EQ("in.xps -> nothing written: not run\n", WriteSummary(result));
 }
 
 TEST(Problems, AreOneLineEach) {
     RunResult result = Finished();
-    EXPECT_EQ(WriteProblems(result), std::vector<std::string>{});
+    EXPECT_EQ(std::vector<std::string>{}, WriteProblems(result));
     result.error = "is not a zip archive";
     result.outcome->result = E_FAIL;
     result.outcome->lastPart = "FixedPage /1.fpage";
     result.outcome->inputFailures = {"/1.fpage: damaged"};
     result.breaches = {"one", "two"};
     EXPECT_EQ(
-        WriteProblems(result),
         (std::vector<std::string>{"in.xps: is not a zip archive", "in.xps: /1.fpage: damaged",
                                   "in.xps: the filter failed with 0x80004005 E_FAIL, at FixedPage /1.fpage",
-                                  "in.xps: breach: one", "in.xps: breach: two"}));
+                                  "in.xps: breach: one", "in.xps: breach: two"}),
+        WriteProblems(result));
 }
 
 }  // namespace

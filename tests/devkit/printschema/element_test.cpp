@@ -6,7 +6,7 @@
 
 #include "devkit/printschema/names.h"
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 namespace {
 
 [[nodiscard]] std::optional<std::int64_t> Number(std::string text) {
@@ -14,27 +14,27 @@ namespace {
 }
 
 TEST(Element, TagsHaveTheirFrameworkNames) {
-    EXPECT_EQ(TagName(Tag::PrintTicket), "PrintTicket");
-    EXPECT_EQ(TagName(Tag::Value), "Value");
-    EXPECT_EQ(TagByName("ScoredProperty"), Tag::ScoredProperty);
-    EXPECT_EQ(TagByName("scoredProperty"), std::nullopt);
+    EXPECT_EQ("PrintTicket", TagName(Tag::PrintTicket));
+    EXPECT_EQ("Value", TagName(Tag::Value));
+    EXPECT_EQ(Tag::ScoredProperty, TagByName("ScoredProperty"));
+    EXPECT_EQ(std::nullopt, TagByName("scoredProperty"));
 }
 
 TEST(Element, IntegersMayHaveSignsAndSpaceAroundThem) {
-    EXPECT_EQ(Number("210000"), 210000);
-    EXPECT_EQ(Number(" \r\n\t-5 "), -5);
-    EXPECT_EQ(Number("+7"), 7);
+    EXPECT_EQ(210000, Number("210000"));
+    EXPECT_EQ(-5, Number(" \r\n\t-5 "));
+    EXPECT_EQ(7, Number("+7"));
 }
 
 TEST(Element, WhatIsNoIntegerIsNone) {
     for (const char* text : {"", " ", "-", "+", "+-5", "-+5", "5.0", "5 0", "0x10", "wide", "5mm"}) {
-        EXPECT_EQ(Number(text), std::nullopt) << text;
+        EXPECT_EQ(std::nullopt, Number(text)) << text;
     }
 }
 
 TEST(Element, IntegersBeyondTheRangeAreItsEnds) {
-    EXPECT_EQ(Number("99999999999999999999"), std::numeric_limits<std::int64_t>::max());
-    EXPECT_EQ(Number("-99999999999999999999"), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(std::numeric_limits<std::int64_t>::max(), Number("99999999999999999999"));
+    EXPECT_EQ(std::numeric_limits<std::int64_t>::min(), Number("-99999999999999999999"));
 }
 
 TEST(Element, KeywordsMeanTheSameAsNameAndAsBareWord) {
@@ -59,7 +59,7 @@ TEST(Element, QNameValuesAreEqualByNameAndNotByPrefix) {
     TypedValue right = left;
     left.text = "psk:Automatic";
     right.text = "ns0002:Automatic";
-    EXPECT_EQ(left, right);
+    EXPECT_EQ(right, left);
     right.name = Keyword("Manual");
     EXPECT_FALSE(left == right);
     EXPECT_FALSE(StringValue("a:X") == StringValue("b:X"));
@@ -70,12 +70,12 @@ TEST(Element, ChildrenAreFoundByTagAndName) {
     ticket.children.push_back(ValueElement(Tag::Property, Keyword("JobName"), StringValue("one")));
     ticket.children.push_back(ValueElement(Tag::ParameterInit, Keyword("JobName"), StringValue("two")));
     ASSERT_NE(ticket.Find(Tag::ParameterInit, Keyword("JobName")), nullptr);
-    EXPECT_EQ(ticket.Find(Tag::ParameterInit, Keyword("JobName"))->FindValue()->text, "two");
-    EXPECT_EQ(ticket.FindProperty(Keyword("JobName"))->text, "one");
-    EXPECT_EQ(ticket.Find(Tag::Feature), nullptr);
-    EXPECT_EQ(ticket.FindProperty(Keyword("JobTitle")), nullptr);
-    EXPECT_EQ(Element().FindValue(), nullptr);
+    EXPECT_EQ("two", ticket.Find(Tag::ParameterInit, Keyword("JobName"))->FindValue()->text);
+    EXPECT_EQ("one", ticket.FindProperty(Keyword("JobName"))->text);
+    EXPECT_EQ(nullptr, ticket.Find(Tag::Feature));
+    EXPECT_EQ(nullptr, ticket.FindProperty(Keyword("JobTitle")));
+    EXPECT_EQ(nullptr, Element().FindValue());
 }
 
 }  // namespace
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

@@ -2,42 +2,42 @@
 
 #include <gtest/gtest.h>
 
-namespace devkit::prntvpt {
+namespace devkit::printschema {
 namespace {
 
 TEST(SchemaNames, ScopeIsTheWordThatANameBeginsWith) {
-    EXPECT_EQ(ScopePrefixOf("JobInputBin"), kPTJobScope);
-    EXPECT_EQ(ScopePrefixOf("DocumentCollate"), kPTDocumentScope);
-    EXPECT_EQ(ScopePrefixOf("PageMediaSize"), kPTPageScope);
+    EXPECT_EQ(kPTJobScope, ScopePrefixOf("JobInputBin"));
+    EXPECT_EQ(kPTDocumentScope, ScopePrefixOf("DocumentCollate"));
+    EXPECT_EQ(kPTPageScope, ScopePrefixOf("PageMediaSize"));
 }
 
 TEST(SchemaNames, ScopeWordsAreCaseSensitive) {
-    EXPECT_EQ(ScopePrefixOf("pageMediaSize"), std::nullopt);
-    EXPECT_EQ(ScopePrefixOf("JOBInputBin"), std::nullopt);
-    EXPECT_EQ(ScopePrefixOf(""), std::nullopt);
+    EXPECT_EQ(std::nullopt, ScopePrefixOf("pageMediaSize"));
+    EXPECT_EQ(std::nullopt, ScopePrefixOf("JOBInputBin"));
+    EXPECT_EQ(std::nullopt, ScopePrefixOf(""));
 }
 
 TEST(SchemaNames, NameWithoutScopeBelongsToTheJob) {
-    EXPECT_EQ(ScopeOf(Keyword("Borders")), kPTJobScope);
-    EXPECT_EQ(ScopeOf({"http://schemas.example.com/x", "PageBorders"}), kPTPageScope);
+    EXPECT_EQ(kPTJobScope, ScopeOf(Keyword("Borders")));
+    EXPECT_EQ(kPTPageScope, ScopeOf({"http://schemas.example.com/x", "PageBorders"}));
 }
 
 TEST(SchemaNames, PublicNamespacesAreTheFrameworkAndTheKeywords) {
-    EXPECT_TRUE(IsPublicNamespace(FrameworkUri));
-    EXPECT_TRUE(IsPublicNamespace(KeywordsUri));
-    EXPECT_TRUE(IsPublicNamespace(KeywordsV11Uri));
-    EXPECT_FALSE(IsPublicNamespace(SchemaUri));
+    EXPECT_TRUE(IsPublicNamespace(kFrameworkUri));
+    EXPECT_TRUE(IsPublicNamespace(kKeywordsUri));
+    EXPECT_TRUE(IsPublicNamespace(kKeywordsV11Uri));
+    EXPECT_FALSE(IsPublicNamespace(kSchemaUri));
     EXPECT_FALSE(
         IsPublicNamespace("https://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"));
 }
 
 TEST(SchemaNames, ScopesHaveNames) {
     for (const EPrintTicketScope scope : {kPTPageScope, kPTDocumentScope, kPTJobScope}) {
-        EXPECT_EQ(ScopeByName(ScopeName(scope)), scope);
+        EXPECT_EQ(scope, ScopeByName(ScopeName(scope)));
     }
-    EXPECT_EQ(ScopeName(static_cast<EPrintTicketScope>(3)), "none");
-    EXPECT_EQ(ScopeByName("Page"), std::nullopt);
+    EXPECT_EQ("none", ScopeName(static_cast<EPrintTicketScope>(3)));
+    EXPECT_EQ(std::nullopt, ScopeByName("Page"));
 }
 
 }  // namespace
-}  // namespace devkit::prntvpt
+}  // namespace devkit::printschema

@@ -6,17 +6,17 @@
 #include "devkit/printschema/reader.h"
 #include "memorystream.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 namespace devkit::prntvpt {
 namespace {
 
+using namespace printschema;
+
+using namespace tests;
+
 using Numbers = std::vector<std::int64_t>;
 using Names = std::vector<std::string>;
-
-[[nodiscard]] std::string Select(const std::string& feature, const std::string& option) {
-    return "<psf:Feature name=\"" + feature + "\"><psf:Option name=\"" + option + "\"/></psf:Feature>";
-}
 
 [[nodiscard]] Element Read(std::string_view bytes) {
     return ReadFramework(bytes, Tag::PrintCapabilities).root;
@@ -57,15 +57,15 @@ class CapabilitiesTest : public ProviderTest {
     void SetUp() override { Use({}); }
     [[nodiscard]] Numbers ImageableFor(const std::string& ticket) {
         const WrittenResult written = Capabilities(Ticket(ticket));
-        EXPECT_EQ(written.result, S_OK);
+        EXPECT_EQ(S_OK, written.result);
         return Imageable(written.bytes);
     }
 };
 
 TEST_F(CapabilitiesTest, OfTheDefaultTicketAreTheModelsOwnButForTheMarks) {
     const WrittenResult written = Capabilities();
-    EXPECT_EQ(written.result, S_OK);
-    EXPECT_EQ(written.error, std::nullopt);
+    EXPECT_EQ(S_OK, written.result);
+    EXPECT_EQ(std::nullopt, written.error);
     Element expected = Read(ReadFile(DeviceFolder("simprinter") / "capabilities.xml"));
     // The default ticket prints in colour, and that is not for the high resolution.
     for (Element& option : expected.Find(Tag::Feature, Keyword("PageResolution"))->children) {
@@ -75,80 +75,80 @@ TEST_F(CapabilitiesTest, OfTheDefaultTicketAreTheModelsOwnButForTheMarks) {
 }
 
 TEST_F(CapabilitiesTest, NullTicketIsTheDefaultOne) {
-    EXPECT_EQ(Capabilities().bytes, Capabilities(DefaultTicket()).bytes);
+    EXPECT_EQ(Capabilities(DefaultTicket()).bytes, Capabilities().bytes);
 }
 
 TEST_F(CapabilitiesTest, ImageableSizeFollowsSheetAndOrientation) {
-    EXPECT_EQ(ImageableFor(""), (Numbers{210000, 297000, 4233, 4233, 201534, 288534}));
-    EXPECT_EQ(ImageableFor(Select("psk:PageOrientation", "psk:Landscape")),
-              (Numbers{297000, 210000, 4233, 4233, 288534, 201534}));
-    EXPECT_EQ(ImageableFor(Select("psk:PageMediaSize", "psk:ISODLEnvelope")),
-              (Numbers{110000, 220000, 4233, 12700, 101534, 194600}));
-    EXPECT_EQ(ImageableFor(Select("psk:PageMediaSize", "psk:ISODLEnvelope") +
-                           Select("psk:PageOrientation", "psk:ReverseLandscape")),
-              (Numbers{220000, 110000, 12700, 4233, 194600, 101534}));
-    EXPECT_EQ(ImageableFor(Select("psk:PageMediaSize", "psk:CustomMediaSize") +
+    EXPECT_EQ((Numbers{210000, 297000, 4233, 4233, 201534, 288534}), ImageableFor(""));
+    EXPECT_EQ((Numbers{297000, 210000, 4233, 4233, 288534, 201534}),
+              ImageableFor(Select("psk:PageOrientation", "psk:Landscape")));
+    EXPECT_EQ((Numbers{110000, 220000, 4233, 12700, 101534, 194600}),
+              ImageableFor(Select("psk:PageMediaSize", "psk:ISODLEnvelope")));
+    EXPECT_EQ((Numbers{220000, 110000, 12700, 4233, 194600, 101534}),
+              ImageableFor(Select("psk:PageMediaSize", "psk:ISODLEnvelope") +
+                           Select("psk:PageOrientation", "psk:ReverseLandscape")));
+    EXPECT_EQ((Numbers{100000, 297000, 4233, 4233, 91534, 288534}),
+              ImageableFor(Select("psk:PageMediaSize", "psk:CustomMediaSize") +
                            R"(<psf:ParameterInit name="psk:PageMediaSizeMediaSizeWidth"><psf:Value
- xsi:type="xsd:integer">100000</psf:Value></psf:ParameterInit>)"),
-              (Numbers{100000, 297000, 4233, 4233, 91534, 288534}));
+ xsi:type="xsd:integer">100000</psf:Value></psf:ParameterInit>)"));
 }
 
 TEST_F(CapabilitiesTest, AsymmetricMarginsTurn) {
     Use({}, "asymmetric");
-    EXPECT_EQ(ImageableFor(Select("psk:PageOrientation", "psk:Portrait")),
-              (Numbers{210000, 297000, 3000, 5000, 203000, 279300}));
-    EXPECT_EQ(ImageableFor(Select("psk:PageOrientation", "psk:Landscape")),
-              (Numbers{297000, 210000, 12700, 3000, 279300, 203000}));
-    EXPECT_EQ(ImageableFor(Select("psk:PageOrientation", "psk:ReverseLandscape")),
-              (Numbers{297000, 210000, 5000, 4000, 279300, 203000}));
+    EXPECT_EQ((Numbers{210000, 297000, 3000, 5000, 203000, 279300}),
+              ImageableFor(Select("psk:PageOrientation", "psk:Portrait")));
+    EXPECT_EQ((Numbers{297000, 210000, 12700, 3000, 279300, 203000}),
+              ImageableFor(Select("psk:PageOrientation", "psk:Landscape")));
+    EXPECT_EQ((Numbers{297000, 210000, 5000, 4000, 279300, 203000}),
+              ImageableFor(Select("psk:PageOrientation", "psk:ReverseLandscape")));
 }
 
 TEST_F(CapabilitiesTest, ImageablePortraitNeverTurns) {
     Use({"imageable=portrait"});
-    EXPECT_EQ(ImageableFor(Select("psk:PageOrientation", "psk:Landscape")),
-              (Numbers{210000, 297000, 4233, 4233, 201534, 288534}));
+    EXPECT_EQ((Numbers{210000, 297000, 4233, 4233, 201534, 288534}),
+              ImageableFor(Select("psk:PageOrientation", "psk:Landscape")));
 }
 
 TEST_F(CapabilitiesTest, ImageableAbsentIsNotThere) {
     Use({"imageable=absent"});
-    EXPECT_EQ(ImageableFor(""), Numbers());
+    EXPECT_EQ(Numbers(), ImageableFor(""));
 }
 
 TEST_F(CapabilitiesTest, TicketIsValidatedFirst) {
-    EXPECT_EQ(ImageableFor(Select("psk:PageMediaSize", "psk:ISOA3")),
-              (Numbers{210000, 297000, 4233, 4233, 201534, 288534}));
+    EXPECT_EQ((Numbers{210000, 297000, 4233, 4233, 201534, 288534}),
+              ImageableFor(Select("psk:PageMediaSize", "psk:ISOA3")));
 }
 
 TEST_F(CapabilitiesTest, OptionsThatAConstraintBlocksAreMarked) {
-    EXPECT_EQ(Blocked(Capabilities().bytes), (Names{"PageResolution/R1200"}));
+    EXPECT_EQ((Names{"PageResolution/R1200"}), Blocked(Capabilities().bytes));
     const std::string transparency = Ticket(Select("psk:PageMediaType", "psk:Transparency") +
                                             Select("psk:PageOutputColor", "psk:Monochrome"));
-    EXPECT_EQ(Blocked(Capabilities(transparency).bytes),
-              (Names{"JobDuplexAllDocumentsContiguously/TwoSidedLongEdge",
-                     "JobDuplexAllDocumentsContiguously/TwoSidedShortEdge"}));
+    EXPECT_EQ((Names{"JobDuplexAllDocumentsContiguously/TwoSidedLongEdge",
+                     "JobDuplexAllDocumentsContiguously/TwoSidedShortEdge"}),
+              Blocked(Capabilities(transparency).bytes));
 }
 
 TEST_F(CapabilitiesTest, BlockedOptionsShowFromBothSides) {
     const std::string duplex =
         Ticket(Select("psk:JobDuplexAllDocumentsContiguously", "psk:TwoSidedLongEdge") +
                Select("psk:JobInputBin", "dev:Tray1") + Select("psk:PageMediaSize", "psk:ISOA5"));
-    EXPECT_EQ(Blocked(Capabilities(duplex).bytes),
-              (Names{"JobInputBin/Tray2", "PageMediaSize/ISODLEnvelope",
+    EXPECT_EQ((Names{"JobInputBin/Tray2", "PageMediaSize/ISODLEnvelope",
                      "PageMediaSize/NorthAmericaNumber10Envelope", "PageMediaSize/CustomMediaSize",
-                     "PageMediaType/Transparency", "PageMediaType/EnvelopePlain", "PageResolution/R1200"}));
+                     "PageMediaType/Transparency", "PageMediaType/EnvelopePlain", "PageResolution/R1200"}),
+              Blocked(Capabilities(duplex).bytes));
 }
 
 TEST(CapabilitiesMarks, StrongerConstraintsOfTheModelStay) {
     Device device = LoadDevice(DeviceFolder("simprinter"));
-    const QName tray{std::string(DeviceUri), "Tray3"};
+    const QName tray{std::string(kDeviceUri), "Tray3"};
     device.constraints = {{{Condition::Kind::OneOf, Keyword("JobInputBin"), {tray}, {}, 0},
                            {Condition::Kind::OneOf, Keyword("PageOrientation"), {Keyword("Portrait")}, {}, 0},
                            Keyword("JobInputBin"),
                            Keyword("AutoSelect")}};
-    const Element marked = CapabilitiesFor(device, Switches(), device.defaultTicket);
+    const Element marked = CapabilitiesFor(device, Behaviour(), device.defaultTicket);
     for (const Element& option : marked.Find(Tag::Feature, Keyword("JobInputBin"))->children) {
         if (option.name != tray) continue;
-        EXPECT_EQ(option.constrained, Keyword("DeviceSettings"));
+        EXPECT_EQ(Keyword("DeviceSettings"), option.constrained);
     }
 }
 
@@ -167,28 +167,28 @@ TEST_F(CapabilitiesTest, OnlyMarksAndPropertiesDependOnTheTicket) {
     };
     normalize(plain);
     normalize(dependent);
-    EXPECT_EQ(dependent, plain);
+    EXPECT_EQ(plain, dependent);
 }
 
 TEST_F(CapabilitiesTest, BadTicketIsRefusedAsATicket) {
     const WrittenResult refused = Capabilities("<x/>");
-    EXPECT_EQ(refused.result, BadBase);
-    EXPECT_EQ(refused.error, L"Print ticket: The root element is not PrintTicket");
-    EXPECT_EQ(refused.bytes, "");
-    EXPECT_EQ(Capabilities("").error, L"Print ticket: empty");
+    EXPECT_EQ(kBadBase, refused.result);
+    EXPECT_EQ(L"Print ticket: The root element is not PrintTicket", refused.error);
+    EXPECT_EQ("", refused.bytes);
+    EXPECT_EQ(L"Print ticket: is empty", Capabilities("").error);
 }
 
 TEST_F(CapabilitiesTest, StreamsAreReadAndWrittenFromWhereTheyStand) {
     const std::string ticket = Ticket(Select("psk:PageOrientation", "psk:Landscape"));
     const auto input = MemoryStream::Make("junk" + ticket, 4);
     const auto output = MemoryStream::Make("1234", 4);
-    ASSERT_EQ(m_provider.GetPrintCapabilities(m_handle, input.Get(), output.Get(), nullptr), S_OK);
-    EXPECT_EQ(input->Position(), 4 + ticket.size());
-    EXPECT_EQ(output->Position(), output->Bytes().size());
-    EXPECT_EQ(output->Bytes().substr(0, 9), "1234<?xml");
-    EXPECT_EQ(input->Seeks() + output->Seeks(), 0);
-    EXPECT_EQ(input->References(), 1U);
-    EXPECT_EQ(output->References(), 1U);
+    ASSERT_EQ(S_OK, m_provider.GetPrintCapabilities(m_handle, input.Get(), output.Get(), nullptr));
+    EXPECT_EQ(4 + ticket.size(), input->Position());
+    EXPECT_EQ(output->Bytes().size(), output->Position());
+    EXPECT_EQ("1234<?xml", output->Bytes().substr(0, 9));
+    EXPECT_EQ(0, input->Seeks() + output->Seeks());
+    EXPECT_EQ(1U, input->References());
+    EXPECT_EQ(1U, output->References());
 }
 
 }  // namespace

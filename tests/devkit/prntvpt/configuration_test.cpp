@@ -4,12 +4,14 @@
 
 #include <nlohmann/json.hpp>
 
-#include "devkit/printschema/text.h"
+#include "platform/utf.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 namespace devkit::prntvpt {
 namespace {
+
+using namespace tests;
 
 using Json = nlohmann::json;
 
@@ -38,13 +40,13 @@ class ModelTest : public testing::Test {
     }
     // A model that extends SimPrinter with these keys.
     void Extend(Json keys) const {
-        keys["extends"] = ToUtf8(DeviceFolder("simprinter").native());
+        keys["extends"] = platform::ToUtf8(DeviceFolder("simprinter").native());
         Write("device.json", keys.dump());
     }
     // What is said of the model, without the folder's path.
     [[nodiscard]] std::string Problem() const {
-        std::string text = Refusal(Json{{"device", ToUtf8(m_folder.native())}}.dump());
-        const std::string folder = ToUtf8(m_folder.native());
+        std::string text = Refusal(Json{{"device", platform::ToUtf8(m_folder.native())}}.dump());
+        const std::string folder = platform::ToUtf8(m_folder.native());
         if (const std::size_t at = text.find(folder); at != std::string::npos)
             text.erase(at, folder.size() + 1);
         return text;
@@ -55,19 +57,19 @@ class ModelTest : public testing::Test {
 
 TEST(Configuration, NeedsADeviceAndNothingElse) {
     const auto configuration = ParseConfiguration(ConfigurationFor({}));
-    EXPECT_EQ(configuration->device.printers, (std::vector<std::string>{"SimPrinter"}));
+    EXPECT_EQ((std::vector<std::string>{"SimPrinter"}), configuration->device.printers);
     EXPECT_TRUE(configuration->recordTickets);
-    EXPECT_EQ(DescribeSwitches(configuration->switches), DescribeSwitches(Switches()));
+    EXPECT_EQ(DescribeSwitches(Behaviour()), DescribeSwitches(configuration->behaviour));
     EXPECT_TRUE(configuration->pFaults->Faults().empty());
 }
 
 TEST(Configuration, SetsSwitchesAndFaults) {
     const auto configuration = ParseConfiguration(
         ConfigurationFor({"private=all", "fault=merge-fail@2", "private=strict", "fault=s-ok"}));
-    EXPECT_EQ(configuration->switches.privateNames, PrivateNames::Strict);
-    ASSERT_EQ(configuration->pFaults->Faults().size(), 2U);
-    EXPECT_EQ(configuration->pFaults->Faults()[0].mode, FaultMode::MergeFail);
-    EXPECT_EQ(configuration->pFaults->Faults()[1].mode, FaultMode::PlainSuccess);
+    EXPECT_EQ(PrivateNames::Strict, configuration->behaviour.privateNames);
+    ASSERT_EQ(2U, configuration->pFaults->Faults().size());
+    EXPECT_EQ(FaultMode::MergeFail, configuration->pFaults->Faults()[0].mode);
+    EXPECT_EQ(FaultMode::PlainSuccess, configuration->pFaults->Faults()[1].mode);
 }
 
 TEST(Configuration, PrintersReplaceTheModels) {
@@ -83,73 +85,75 @@ TEST(Configuration, PrintersReplaceTheModels) {
 TEST(Configuration, RefusesWhatItDoesNotKnow) {
     Json json = Plain();
     json["switch"] = "x";
-    EXPECT_EQ(Refusal(json.dump()), "unknown key \"switch\" in the configuration");
-    EXPECT_EQ(Refusal("[]"), "the configuration is not an object");
-    EXPECT_EQ(Refusal(ConfigurationFor({"private"})), "\"private\" is not KEY=VALUE");
-    EXPECT_EQ(Refusal(ConfigurationFor({"colour=1"})), "there is no switch \"colour\"");
-    EXPECT_EQ(Refusal(ConfigurationFor({"fault=merge"})), "fault merge: there is no such mode");
+    EXPECT_EQ("unknown key \"switch\" in the configuration", Refusal(json.dump()));
+    EXPECT_EQ("the configuration is not an object", Refusal("[]"));
+    EXPECT_EQ("\"private\" is not KEY=VALUE", Refusal(ConfigurationFor({"private"})));
+    EXPECT_EQ("there is no switch \"colour\"", Refusal(ConfigurationFor({"colour=1"})));
+    EXPECT_EQ("fault merge: there is no such mode", Refusal(ConfigurationFor({"fault=merge"})));
     EXPECT_NE(Refusal("{"), "");
     EXPECT_NE(Refusal("{}"), "");
     EXPECT_NE(Refusal(R"({"device": 5})"), "");
 }
 
 TEST_F(ModelTest, MissingModelIsNamed) {
-    EXPECT_EQ(Problem(), "device.json: cannot be read");
+    EXPECT_EQ("device.json: cannot be read", Problem());
     Write("device.json", R"({"printers": ["P"]})");
-    EXPECT_EQ(Problem(), "capabilities.xml: cannot be read");
+    EXPECT_EQ("capabilities.xml: cannot be read", Problem());
 }
 
 TEST_F(ModelTest, ExtensionTakesWhatIsMissingFromTheOtherModel) {
     Extend({{"printers", {"Mine"}}, {"margins", {{"left", 1}, {"top", 2}, {"right", 3}, {"bottom", 4}}}});
-    const auto configuration = ParseConfiguration(Json{{"device", ToUtf8(m_folder.native())}}.dump());
-    EXPECT_EQ(configuration->device.printers, (std::vector<std::string>{"Mine"}));
-    EXPECT_EQ(configuration->device.margins.bottom, 4);
-    EXPECT_EQ(configuration->device.optionMargins.size(), 2U);
-    EXPECT_EQ(configuration->device.constraints.size(), 5U);
+    const auto configuration =
+        ParseConfiguration(Json{{"device", platform::ToUtf8(m_folder.native())}}.dump());
+    EXPECT_EQ((std::vector<std::string>{"Mine"}), configuration->device.printers);
+    EXPECT_EQ(4, configuration->device.margins.bottom);
+    EXPECT_EQ(2U, configuration->device.optionMargins.size());
+    EXPECT_EQ(5U, configuration->device.constraints.size());
 }
 
 TEST_F(ModelTest, KeysOfTheExtensionReplaceTheOtherModels) {
     Json constraint = Json::parse(ReadFile(DeviceFolder("simprinter") / "device.json"))["constraints"][3];
     Extend({{"constraints", {constraint}}, {"option_margins", Json::object()}});
-    const auto configuration = ParseConfiguration(Json{{"device", ToUtf8(m_folder.native())}}.dump());
-    EXPECT_EQ(configuration->device.constraints.size(), 1U);
-    EXPECT_EQ(configuration->device.optionMargins.size(), 0U);
-    EXPECT_EQ(configuration->device.printers, (std::vector<std::string>{"SimPrinter"}));
+    const auto configuration =
+        ParseConfiguration(Json{{"device", platform::ToUtf8(m_folder.native())}}.dump());
+    EXPECT_EQ(1U, configuration->device.constraints.size());
+    EXPECT_EQ(0U, configuration->device.optionMargins.size());
+    EXPECT_EQ((std::vector<std::string>{"SimPrinter"}), configuration->device.printers);
 }
 
 TEST_F(ModelTest, VariantsOfTheModelComeBeforeTheCallers) {
     Extend({{"variants", {"bins=page", "us=1"}}});
-    Json json{{"device", ToUtf8(m_folder.native())}, {"switches", {"us=0"}}};
+    Json json{{"device", platform::ToUtf8(m_folder.native())}, {"switches", {"us=0"}}};
     const auto configuration = ParseConfiguration(json.dump());
-    EXPECT_EQ(configuration->switches.variants.bins, BinScope::Page);
-    EXPECT_FALSE(configuration->switches.variants.letterDefault);
+    EXPECT_EQ(BinScope::Page, configuration->behaviour.variants.bins);
+    EXPECT_FALSE(configuration->behaviour.variants.letterDefault);
 }
 
 TEST_F(ModelTest, WhatIsWrongInTheModelIsSaid) {
     Extend({{"colour", 1}});
-    EXPECT_EQ(Problem(), "device.json: unknown key \"colour\"");
+    EXPECT_EQ("device.json: unknown key \"colour\"", Problem());
     Extend({{"margins", {{"left", 1}, {"under", 2}}}});
-    EXPECT_EQ(Problem(), "device.json: unknown key \"under\"");
+    EXPECT_EQ("device.json: unknown key \"under\"", Problem());
     Extend({{"option_margins", {{"x:Size", {{"left", 1}, {"top", 2}, {"right", 3}, {"bottom", 4}}}}}});
-    EXPECT_EQ(Problem(), "device.json: the prefix of \"x:Size\" is not declared by the capabilities");
+    EXPECT_EQ("device.json: the prefix of \"x:Size\" is not declared by the capabilities", Problem());
     Extend({{"printers", Json::array()}});
-    EXPECT_EQ(Problem(), "device.json: no printers are named");
+    EXPECT_EQ("device.json: no printers are named", Problem());
     Write("device.json", "{");
-    EXPECT_EQ(Problem().substr(0, 13), "device.json: ");
+    EXPECT_EQ("device.json: ", Problem().substr(0, 13));
 }
 
 TEST_F(ModelTest, ModelsThatExtendEachOtherEnd) {
     Write("device.json", R"({"extends": "."})");
-    EXPECT_EQ(Problem(), "device.json: too many models extend each other");
+    EXPECT_EQ("device.json: too many models extend each other", Problem());
 }
 
 TEST_F(ModelTest, DocumentsOfTheModelAreChecked) {
     Extend({{"printers", {"Mine"}}});
     Write("capabilities.xml", Ticket(""));
-    EXPECT_EQ(Problem(), "capabilities.xml: The root element is not PrintCapabilities");
+    EXPECT_EQ("capabilities.xml: The root element is not PrintCapabilities", Problem());
     std::filesystem::remove(m_folder / "capabilities.xml");
     Write("default-ticket.xml", "<a>");
-    EXPECT_EQ(Problem(), "default-ticket.xml: line 1: Premature end of data in tag a line 1");
+    EXPECT_EQ("default-ticket.xml: is not well-formed XML (line 1: The markup breaks off)", Problem());
 }
 
 TEST_F(ModelTest, DefaultTicketMustBeWhatTheDeviceWouldSelect) {
@@ -160,15 +164,15 @@ TEST_F(ModelTest, DefaultTicketMustBeWhatTheDeviceWouldSelect) {
     };
     Extend({{"printers", {"Mine"}}});
     Write("default-ticket.xml", replaced("psk:Portrait", "psk:Sideways"));
-    EXPECT_EQ(Problem(), "default-ticket.xml: PageOrientation is not what the device would select");
+    EXPECT_EQ("default-ticket.xml: PageOrientation is not what the device would select", Problem());
     Write("default-ticket.xml", replaced(">210000<", ">210001<"));
-    EXPECT_EQ(Problem(), "default-ticket.xml: PageMediaSize is not what the device would select");
+    EXPECT_EQ("default-ticket.xml: PageMediaSize is not what the device would select", Problem());
     Write("default-ticket.xml",
           replaced(R"(<psf:Feature name="psk:PageMediaType"><psf:Option name="psk:Plain"/></psf:Feature>)",
                    ""));
-    EXPECT_EQ(Problem(), "default-ticket.xml: PageMediaType is not what the device would select");
+    EXPECT_EQ("default-ticket.xml: PageMediaType is not what the device would select", Problem());
     Write("default-ticket.xml", Ticket(""));
-    EXPECT_EQ(Problem(), "default-ticket.xml: JobCopiesAllDocuments is not what the device would select");
+    EXPECT_EQ("default-ticket.xml: JobCopiesAllDocuments is not what the device would select", Problem());
 }
 
 TEST_F(ModelTest, VariantThatTheModelCannotHaveIsSaid) {
@@ -178,7 +182,7 @@ TEST_F(ModelTest, VariantThatTheModelCannotHaveIsSaid) {
     text.replace(text.find(letter), letter.size(), "psk:NorthAmericaNote");
     Extend({{"printers", {"Mine"}}, {"variants", {"us=1"}}});
     Write("capabilities.xml", text);
-    EXPECT_EQ(Problem(), "us=1: the device has no NorthAmericaLetter");
+    EXPECT_EQ("us=1: the device has no NorthAmericaLetter", Problem());
 }
 
 }  // namespace

@@ -10,13 +10,15 @@
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 // What every prntvpt does, documented or seen on the platform: run on the simulated one, and on the system's
 // own as far as there is a printer for it. Known gaps of Wine's are skipped with their reason.
 
 namespace devkit::prntvpt {
 namespace {
+
+using namespace tests;
 
 enum class Which { Simulated, System };
 
@@ -47,11 +49,10 @@ enum class Which { Simulated, System };
 // latest.
 class WinePrinter {
   public:
-    explicit WinePrinter(const std::wstring& name) : m_key(Root + name) {
+    explicit WinePrinter(const std::wstring& name) : m_key(kRoot + name) {
         HKEY key = nullptr;
-        EXPECT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, m_key.c_str(), 0, nullptr, REG_OPTION_VOLATILE,
-                                  KEY_WRITE, nullptr, &key, nullptr),
-                  ERROR_SUCCESS);
+        EXPECT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_LOCAL_MACHINE, m_key.c_str(), 0, nullptr,
+                                                 REG_OPTION_VOLATILE, KEY_WRITE, nullptr, &key, nullptr));
         const std::pair<const wchar_t*, std::wstring> values[] = {{L"Name", name},
                                                                   {L"Port", L"FILE:"},
                                                                   {L"Printer Driver", L"None"},
@@ -67,7 +68,7 @@ class WinePrinter {
     ~WinePrinter() { RegDeleteKeyW(HKEY_LOCAL_MACHINE, m_key.c_str()); }
 
   private:
-    static constexpr const wchar_t* Root = L"System\\CurrentControlSet\\Control\\Print\\Printers\\";
+    static constexpr const wchar_t* kRoot = L"System\\CurrentControlSet\\Control\\Print\\Printers\\";
     const std::wstring m_key;
 };
 
@@ -89,7 +90,7 @@ class ConformanceTest : public testing::TestWithParam<Which> {
     void TearDown() override {
         if (m_handle != nullptr) Close(m_handle);
         m_winePrinter.reset();
-        EXPECT_EQ(MemoryStream::Living(), 0);
+        EXPECT_EQ(0, MemoryStream::Living());
     }
 
     template <typename Function>
@@ -141,7 +142,7 @@ class PrinterConformanceTest : public ConformanceTest {
     void SetUp() override {
         ConformanceTest::SetUp();
         if (m_printer.empty()) GTEST_SKIP() << "no printer is installed";
-        ASSERT_EQ(Open(m_printer.c_str(), 1, &m_handle), S_OK);
+        ASSERT_EQ(S_OK, Open(m_printer.c_str(), 1, &m_handle));
     }
     [[nodiscard]] bool IsWinesOwn() const { return GetParam() == Which::System && IsWine(); }
 };
@@ -149,42 +150,42 @@ class PrinterConformanceTest : public ConformanceTest {
 TEST_P(ConformanceTest, UnknownPrinterIsAWin32Error) {
     HPTPROVIDER handle = nullptr;
     const HRESULT hr = Open(L"There is no such printer", 1, &handle);
-    EXPECT_EQ(HRESULT_FACILITY(hr), FACILITY_WIN32);
-    EXPECT_EQ(HRESULT_CODE(hr), ERROR_INVALID_PRINTER_NAME);
-    EXPECT_EQ(handle, nullptr);
+    EXPECT_EQ(FACILITY_WIN32, HRESULT_FACILITY(hr));
+    EXPECT_EQ(ERROR_INVALID_PRINTER_NAME, HRESULT_CODE(hr));
+    EXPECT_EQ(nullptr, handle);
 }
 
 TEST_P(ConformanceTest, VersionZeroIsRefused) {
     HPTPROVIDER handle = nullptr;
-    EXPECT_EQ(Open(L"There is no such printer", 0, &handle), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, Open(L"There is no such printer", 0, &handle));
 }
 
 TEST_P(ConformanceTest, OpenExNeedsAVersionAndRoomForIt) {
     HPTPROVIDER handle = nullptr;
     DWORD used = 0;
-    EXPECT_EQ(OpenEx(L"There is no such printer", 1, 1, &handle, nullptr), E_INVALIDARG);
-    EXPECT_EQ(OpenEx(L"There is no such printer", 0, 1, &handle, &used), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, OpenEx(L"There is no such printer", 1, 1, &handle, nullptr));
+    EXPECT_EQ(E_INVALIDARG, OpenEx(L"There is no such printer", 0, 1, &handle, &used));
 }
 
 TEST_P(ConformanceTest, HandleThatIsNoneIsRefused) {
     const auto base = MemoryStream::Make(Ticket(""));
     const auto output = MemoryStream::Make();
-    EXPECT_EQ(MergeStreams(nullptr, base.Get(), nullptr, kPTJobScope, output.Get(), nullptr), E_INVALIDARG);
-    EXPECT_EQ(Close(nullptr), E_HANDLE);
+    EXPECT_EQ(E_INVALIDARG, MergeStreams(nullptr, base.Get(), nullptr, kPTJobScope, output.Get(), nullptr));
+    EXPECT_EQ(E_HANDLE, Close(nullptr));
 }
 
 TEST_P(PrinterConformanceTest, VersionTwoIsNotSupported) {
     if (IsWinesOwn()) GTEST_SKIP() << "Wine answers E_INVALIDARG";
     HPTPROVIDER handle = nullptr;
-    EXPECT_EQ(Open(m_printer.c_str(), 2, &handle), static_cast<HRESULT>(0x80040001));
+    EXPECT_EQ(static_cast<HRESULT>(0x80040001), Open(m_printer.c_str(), 2, &handle));
 }
 
 TEST_P(PrinterConformanceTest, OpenExFallsBackToVersionOne) {
     HPTPROVIDER handle = nullptr;
     DWORD used = 0;
-    ASSERT_EQ(OpenEx(m_printer.c_str(), 5, 5, &handle, &used), S_OK);
-    EXPECT_EQ(used, 1U);
-    EXPECT_EQ(Close(handle), S_OK);
+    ASSERT_EQ(S_OK, OpenEx(m_printer.c_str(), 5, 5, &handle, &used));
+    EXPECT_EQ(1U, used);
+    EXPECT_EQ(S_OK, Close(handle));
 }
 
 TEST_P(PrinterConformanceTest, HandleIsBoundToItsThread) {
@@ -194,13 +195,13 @@ TEST_P(PrinterConformanceTest, HandleIsBoundToItsThread) {
         const auto output = MemoryStream::Make();
         merged = MergeStreams(m_handle, base.Get(), nullptr, kPTJobScope, output.Get(), nullptr);
     }).join();
-    EXPECT_EQ(merged, E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, merged);
 }
 
 TEST_P(PrinterConformanceTest, MergeSucceedsWithACodeThatIsNotSOk) {
     const WrittenResult merged = Merge(Ticket(""), nullptr);
-    EXPECT_TRUE(merged.result == NoConflict || merged.result == ConflictResolved);
-    EXPECT_EQ(merged.error, std::nullopt);
+    EXPECT_TRUE(merged.result == kNoConflict || merged.result == kConflictResolved);
+    EXPECT_EQ(std::nullopt, merged.error);
 }
 
 TEST_P(PrinterConformanceTest, MergeLeavesTheResultAtItsEnd) {
@@ -208,7 +209,7 @@ TEST_P(PrinterConformanceTest, MergeLeavesTheResultAtItsEnd) {
     const auto output = MemoryStream::Make();
     ASSERT_TRUE(SUCCEEDED(MergeStreams(m_handle, base.Get(), nullptr, kPTJobScope, output.Get(), nullptr)));
     EXPECT_GT(output->Position(), 0U);
-    EXPECT_EQ(output->Position(), output->Bytes().size());
+    EXPECT_EQ(output->Bytes().size(), output->Position());
 }
 
 TEST_P(PrinterConformanceTest, ResultHoldsNoWiderScope) {
@@ -221,25 +222,25 @@ TEST_P(PrinterConformanceTest, ResultHoldsNoWiderScope) {
 TEST_P(PrinterConformanceTest, MergeOfItsOwnResultHasNoConflict) {
     const WrittenResult job = Merge(Ticket(""), nullptr);
     const WrittenResult again = Merge(job.bytes, nullptr);
-    EXPECT_EQ(again.result, NoConflict);
-    EXPECT_EQ(Summarize(again.bytes), Summarize(job.bytes));
+    EXPECT_EQ(kNoConflict, again.result);
+    EXPECT_EQ(Summarize(job.bytes), Summarize(again.bytes));
 }
 
 TEST_P(PrinterConformanceTest, BadBaseAndBadDeltaAreToldApartWithAText) {
     if (IsWinesOwn()) GTEST_SKIP() << "Wine sets no text and does not tell the delta apart";
     const std::string bad = Ticket(R"(<psf:Option name="psk:X"/>)");
     const WrittenResult base = Merge(bad, nullptr);
-    EXPECT_EQ(base.result, BadBase);
+    EXPECT_EQ(kBadBase, base.result);
     EXPECT_NE(base.error, std::nullopt);
     const WrittenResult delta = Merge(Ticket(""), bad.c_str());
-    EXPECT_EQ(delta.result, BadDelta);
+    EXPECT_EQ(kBadDelta, delta.result);
     EXPECT_NE(delta.error, std::nullopt);
 }
 
 TEST_P(PrinterConformanceTest, ForeignNamespaceIsRemoved) {
     const std::string delta =
         Ticket(R"(<psf:Feature name="acme:PageStamp"><psf:Option name="acme:On"/></psf:Feature>)");
-    EXPECT_EQ(Merge(Ticket(""), delta.c_str()).bytes.find("PageStamp"), std::string::npos);
+    EXPECT_EQ(std::string::npos, Merge(Ticket(""), delta.c_str()).bytes.find("PageStamp"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Prntvpt, ConformanceTest, testing::Values(Which::Simulated, Which::System),

@@ -2,10 +2,12 @@
 
 #include "devkit/prntvpt/api/configuration.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 namespace devkit::prntvpt {
 namespace {
+
+using namespace tests;
 
 // Every folder of devkit/devices.
 class DeviceModelTest : public ProviderTest, public testing::WithParamInterface<std::string> {};
@@ -20,26 +22,26 @@ std::vector<std::string> Models() {
 
 TEST(Devices, AreTheFiveOfTheKit) {
     const std::vector<std::string> names = Models();
-    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()),
-              (std::set<std::string>{"asymmetric", "longedge", "shortedge", "simprinter", "simprinter-us"}));
+    EXPECT_EQ((std::set<std::string>{"asymmetric", "longedge", "shortedge", "simprinter", "simprinter-us"}),
+              std::set<std::string>(names.begin(), names.end()));
 }
 
 TEST_P(DeviceModelTest, DefaultTicketIsAFixpointAtJobScope) {
     Use({}, GetParam());
     const WrittenResult merged = Merge(DefaultTicket(), std::nullopt);
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(merged.bytes, DefaultTicket());
-    EXPECT_EQ(merged.error, std::nullopt);
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ(DefaultTicket(), merged.bytes);
+    EXPECT_EQ(std::nullopt, merged.error);
 }
 
 TEST_P(DeviceModelTest, NarrowerScopesAreFixpointsToo) {
     Use({}, GetParam());
     for (const EPrintTicketScope scope : {kPTDocumentScope, kPTPageScope}) {
         const WrittenResult merged = Merge(DefaultTicket(), std::nullopt, scope);
-        EXPECT_EQ(merged.result, NoConflict);
+        EXPECT_EQ(kNoConflict, merged.result);
         const WrittenResult again = Merge(merged.bytes, std::nullopt, scope);
-        EXPECT_EQ(again.result, NoConflict);
-        EXPECT_EQ(again.bytes, merged.bytes);
+        EXPECT_EQ(kNoConflict, again.result);
+        EXPECT_EQ(merged.bytes, again.bytes);
     }
 }
 
@@ -58,44 +60,45 @@ class SampleDeviceTest : public ProviderTest {
 };
 
 TEST_F(SampleDeviceTest, PageScopeHasSixFeatures) {
-    EXPECT_EQ(Default(kPTPageScope, "simprinter"),
-              (std::vector<std::string>{
+    EXPECT_EQ((std::vector<std::string>{
                   "psk:PageMediaSize[psk:ISOA4(psk:MediaSizeWidth=210000,psk:MediaSizeHeight=297000)]",
                   "psk:PageMediaType[psk:Plain]", "psk:PageOrientation[psk:Portrait]",
                   "psk:PageOutputColor[psk:Color(psk:DeviceBitsPerPixel=24,psk:DriverBitsPerPixel=24)]",
                   "psk:PageResolution[dev:R600(psk:ResolutionX=600,psk:ResolutionY=600)]",
-                  "psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}"}));
+                  "psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}"}),
+              Default(kPTPageScope, "simprinter"));
 }
 
 TEST_F(SampleDeviceTest, DocumentScopeAddsCollation) {
     const std::vector<std::string> lines = Default(kPTDocumentScope, "simprinter");
-    ASSERT_EQ(lines.size(), 7U);
-    EXPECT_EQ(lines[0], "psk:DocumentCollate[psk:Collated]");
+    ASSERT_EQ(7U, lines.size());
+    EXPECT_EQ("psk:DocumentCollate[psk:Collated]", lines[0]);
 }
 
 TEST_F(SampleDeviceTest, JobScopeHasElevenFeaturesAndTheCopies) {
     const std::vector<std::string> lines = Default(kPTJobScope, "simprinter");
-    ASSERT_EQ(lines.size(), 12U);
-    EXPECT_EQ(lines[0], "psk:JobCopiesAllDocuments=1");
-    EXPECT_EQ(lines[1], "psk:JobDuplexAllDocumentsContiguously[psk:OneSided]");
-    EXPECT_EQ(lines[2], "psk:JobInputBin[psk:AutoSelect]");
-    EXPECT_EQ(lines[3],
-              "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=1)]"
-              "{psk:PresentationDirection[psk:RightBottom]}");
-    EXPECT_EQ(lines[11], "dev:JobTonerSave[dev:Off]");
+    ASSERT_EQ(12U, lines.size());
+    EXPECT_EQ("psk:JobCopiesAllDocuments=1", lines[0]);
+    EXPECT_EQ("psk:JobDuplexAllDocumentsContiguously[psk:OneSided]", lines[1]);
+    EXPECT_EQ("psk:JobInputBin[psk:AutoSelect]", lines[2]);
+    EXPECT_EQ(
+        "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=1)]"
+        "{psk:PresentationDirection[psk:RightBottom]}",
+        lines[3]);
+    EXPECT_EQ("dev:JobTonerSave[dev:Off]", lines[11]);
 }
 
 TEST_F(SampleDeviceTest, UsModelStartsWithLetter) {
     EXPECT_EQ(
-        Default(kPTPageScope, "simprinter-us")[0],
-        "psk:PageMediaSize[psk:NorthAmericaLetter(psk:MediaSizeWidth=215900,psk:MediaSizeHeight=279400)]");
+        "psk:PageMediaSize[psk:NorthAmericaLetter(psk:MediaSizeWidth=215900,psk:MediaSizeHeight=279400)]",
+        Default(kPTPageScope, "simprinter-us")[0]);
 }
 
 TEST_F(SampleDeviceTest, EdgeFeedersStateTheirDirectionWithAPublicBin) {
-    EXPECT_EQ(Default(kPTJobScope, "longedge")[2],
-              "psk:JobInputBin[psk:Cassette(psk:BinType=psk:SheetFeed,psk:FeedDirection=psk:LongEdgeFirst)]");
-    EXPECT_EQ(Default(kPTJobScope, "shortedge")[2],
-              "psk:JobInputBin[psk:AutoSelect(psk:FeedDirection=psk:ShortEdgeFirst)]");
+    EXPECT_EQ("psk:JobInputBin[psk:Cassette(psk:BinType=psk:SheetFeed,psk:FeedDirection=psk:LongEdgeFirst)]",
+              Default(kPTJobScope, "longedge")[2]);
+    EXPECT_EQ("psk:JobInputBin[psk:AutoSelect(psk:FeedDirection=psk:ShortEdgeFirst)]",
+              Default(kPTJobScope, "shortedge")[2]);
 }
 
 }  // namespace

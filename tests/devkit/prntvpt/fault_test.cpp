@@ -19,34 +19,34 @@ namespace {
 
 TEST(Fault, HasModeArgumentNumberAndScope) {
     const Fault fault = ParseFault("out-missing:psk:PageMediaSize@2:page");
-    EXPECT_EQ(fault.mode, FaultMode::OutMissing);
-    EXPECT_EQ(fault.argument, "psk:PageMediaSize");
-    EXPECT_EQ(fault.nth, 2U);
-    EXPECT_EQ(fault.scope, kPTPageScope);
-    EXPECT_EQ(fault.text, "out-missing:psk:PageMediaSize@2:page");
+    EXPECT_EQ(FaultMode::OutMissing, fault.mode);
+    EXPECT_EQ("psk:PageMediaSize", fault.argument);
+    EXPECT_EQ(2U, fault.nth);
+    EXPECT_EQ(kPTPageScope, fault.scope);
+    EXPECT_EQ("out-missing:psk:PageMediaSize@2:page", fault.text);
 }
 
 TEST(Fault, AllButTheModeMayBeMissing) {
     const Fault plain = ParseFault("merge-fail");
-    EXPECT_EQ(plain.argument, "");
-    EXPECT_EQ(plain.nth, 0U);
-    EXPECT_EQ(plain.scope, std::nullopt);
-    EXPECT_EQ(ParseFault("slow:200:job").argument, "200");
-    EXPECT_EQ(ParseFault("slow:200:job").scope, kPTJobScope);
-    EXPECT_EQ(ParseFault("conflict").argument, "");
-    EXPECT_EQ(ParseFault("conflict:PageOutputColor@1").argument, "PageOutputColor");
+    EXPECT_EQ("", plain.argument);
+    EXPECT_EQ(0U, plain.nth);
+    EXPECT_EQ(std::nullopt, plain.scope);
+    EXPECT_EQ("200", ParseFault("slow:200:job").argument);
+    EXPECT_EQ(kPTJobScope, ParseFault("slow:200:job").scope);
+    EXPECT_EQ("", ParseFault("conflict").argument);
+    EXPECT_EQ("PageOutputColor", ParseFault("conflict:PageOutputColor@1").argument);
 }
 
 TEST(Fault, RefusesWhatIsNone) {
-    EXPECT_EQ(Refusal("merge-break"), "fault merge-break: there is no such mode");
-    EXPECT_EQ(Refusal(""), "fault : there is no such mode");
-    EXPECT_EQ(Refusal("merge-fail@0"), "fault merge-fail@0: the number of the call is none");
-    EXPECT_EQ(Refusal("merge-fail@x"), "fault merge-fail@x: the number of the call is none");
-    EXPECT_EQ(Refusal("merge-fail:sheet"), "fault merge-fail:sheet: takes no argument");
-    EXPECT_EQ(Refusal("open-rpc:job"), "fault open-rpc:job: only merges have a scope");
-    EXPECT_EQ(Refusal("out-missing"), "fault out-missing: needs the name of a feature");
-    EXPECT_EQ(Refusal("slow"), "fault slow: needs milliseconds, at most 60000");
-    EXPECT_EQ(Refusal("slow:60001"), "fault slow:60001: needs milliseconds, at most 60000");
+    EXPECT_EQ("fault merge-break: there is no such mode", Refusal("merge-break"));
+    EXPECT_EQ("fault : there is no such mode", Refusal(""));
+    EXPECT_EQ("fault merge-fail@0: the number of the call is none", Refusal("merge-fail@0"));
+    EXPECT_EQ("fault merge-fail@x: the number of the call is none", Refusal("merge-fail@x"));
+    EXPECT_EQ("fault merge-fail:sheet: takes no argument", Refusal("merge-fail:sheet"));
+    EXPECT_EQ("fault open-rpc:job: only merges have a scope", Refusal("open-rpc:job"));
+    EXPECT_EQ("fault out-missing: needs the name of a feature", Refusal("out-missing"));
+    EXPECT_EQ("fault slow: needs milliseconds, at most 60000", Refusal("slow"));
+    EXPECT_EQ("fault slow:60001: needs milliseconds, at most 60000", Refusal("slow:60001"));
 }
 
 TEST(FaultPlan, CountsTheCallsOfItsFunction) {

@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/merge/imageablesize.h"
+#include "devkit/prntvpt/device/imageablesize.h"
 
 #include <gtest/gtest.h>
 
@@ -6,17 +6,21 @@
 
 #include "devkit/printschema/names.h"
 #include "devkit/printschema/reader.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 namespace devkit::prntvpt {
 namespace {
 
+using namespace printschema;
+
+using namespace tests;
+
 using Numbers = std::array<std::int64_t, 6>;
 
-constexpr Margins Sheet{3000, 5000, 4000, 12700};
+constexpr Margins kSheet{3000, 5000, 4000, 12700};
 
 [[nodiscard]] std::array<std::int64_t, 4> Turned(Orientation orientation) {
-    const Margins margins = TurnMargins(Sheet, orientation);
+    const Margins margins = TurnMargins(kSheet, orientation);
     return {margins.left, margins.top, margins.right, margins.bottom};
 }
 
@@ -32,60 +36,60 @@ constexpr Margins Sheet{3000, 5000, 4000, 12700};
 }
 
 [[nodiscard]] Numbers Geometry(const Device& device, const Element& ticket, bool orientationCounts = true) {
-    const std::optional<PageDimensions> page = ComputeGeometry(device, ticket, orientationCounts);
+    const std::optional<ImageableSize> page = ImageableSizeOf(device, ticket, orientationCounts);
     if (!page) return {};
     return {page->width, page->height, page->originX, page->originY, page->extentX, page->extentY};
 }
 
 [[nodiscard]] Device Asymmetric() {
     Device device;
-    device.margins = Sheet;
+    device.margins = kSheet;
     return device;
 }
 
 TEST(ImageableArea, MarginsTurnWithTheOrientation) {
-    EXPECT_EQ(Turned(Orientation::Portrait), (std::array<std::int64_t, 4>{3000, 5000, 4000, 12700}));
+    EXPECT_EQ((std::array<std::int64_t, 4>{3000, 5000, 4000, 12700}), Turned(Orientation::Portrait));
     // left := bottom, top := left, right := top, bottom := right
-    EXPECT_EQ(Turned(Orientation::Landscape), (std::array<std::int64_t, 4>{12700, 3000, 5000, 4000}));
-    EXPECT_EQ(Turned(Orientation::ReversePortrait), (std::array<std::int64_t, 4>{4000, 12700, 3000, 5000}));
-    EXPECT_EQ(Turned(Orientation::ReverseLandscape), (std::array<std::int64_t, 4>{5000, 4000, 12700, 3000}));
+    EXPECT_EQ((std::array<std::int64_t, 4>{12700, 3000, 5000, 4000}), Turned(Orientation::Landscape));
+    EXPECT_EQ((std::array<std::int64_t, 4>{4000, 12700, 3000, 5000}), Turned(Orientation::ReversePortrait));
+    EXPECT_EQ((std::array<std::int64_t, 4>{5000, 4000, 12700, 3000}), Turned(Orientation::ReverseLandscape));
 }
 
 TEST(ImageableArea, LandscapeAndReverseLandscapeAreHalfATurnApart) {
-    const Margins landscape = TurnMargins(Sheet, Orientation::Landscape);
+    const Margins landscape = TurnMargins(kSheet, Orientation::Landscape);
     const Margins turned = TurnMargins(landscape, Orientation::ReversePortrait);
-    EXPECT_EQ(Turned(Orientation::ReverseLandscape),
-              (std::array<std::int64_t, 4>{turned.left, turned.top, turned.right, turned.bottom}));
+    EXPECT_EQ((std::array<std::int64_t, 4>{turned.left, turned.top, turned.right, turned.bottom}),
+              Turned(Orientation::ReverseLandscape));
 }
 
 TEST(ImageableArea, IsTheSheetWithoutItsMargins) {
     const Device device = Asymmetric();
-    EXPECT_EQ(Geometry(device, A4("Portrait")), (Numbers{210000, 297000, 3000, 5000, 203000, 279300}));
-    EXPECT_EQ(Geometry(device, A4("Landscape")), (Numbers{297000, 210000, 12700, 3000, 279300, 203000}));
-    EXPECT_EQ(Geometry(device, A4("ReversePortrait")),
-              (Numbers{210000, 297000, 4000, 12700, 203000, 279300}));
-    EXPECT_EQ(Geometry(device, A4("ReverseLandscape")),
-              (Numbers{297000, 210000, 5000, 4000, 279300, 203000}));
+    EXPECT_EQ((Numbers{210000, 297000, 3000, 5000, 203000, 279300}), Geometry(device, A4("Portrait")));
+    EXPECT_EQ((Numbers{297000, 210000, 12700, 3000, 279300, 203000}), Geometry(device, A4("Landscape")));
+    EXPECT_EQ((Numbers{210000, 297000, 4000, 12700, 203000, 279300}),
+              Geometry(device, A4("ReversePortrait")));
+    EXPECT_EQ((Numbers{297000, 210000, 5000, 4000, 279300, 203000}),
+              Geometry(device, A4("ReverseLandscape")));
 }
 
 TEST(ImageableArea, StaysInPortraitWhereTheDeviceDoesNotTurnIt) {
-    EXPECT_EQ(Geometry(Asymmetric(), A4("Landscape"), false),
-              (Numbers{210000, 297000, 3000, 5000, 203000, 279300}));
+    EXPECT_EQ((Numbers{210000, 297000, 3000, 5000, 203000, 279300}),
+              Geometry(Asymmetric(), A4("Landscape"), false));
 }
 
 TEST(ImageableArea, SingleSheetsHaveMarginsOfTheirOwn) {
     Device device = Asymmetric();
     device.optionMargins[Keyword("ISOA4")] = {1, 2, 3, 4};
-    EXPECT_EQ(Geometry(device, A4("Portrait")), (Numbers{210000, 297000, 1, 2, 209996, 296994}));
+    EXPECT_EQ((Numbers{210000, 297000, 1, 2, 209996, 296994}), Geometry(device, A4("Portrait")));
 }
 
 TEST(ImageableArea, ExtentIsNeverZero) {
     Device device;
     device.margins = {200000, 200000, 200000, 200000};
-    EXPECT_EQ(Geometry(device, A4("Portrait")), (Numbers{210000, 297000, 200000, 200000, 1, 1}));
+    EXPECT_EQ((Numbers{210000, 297000, 200000, 200000, 1, 1}), Geometry(device, A4("Portrait")));
 }
 
-TEST(ImageableArea, NeedsASheet) { EXPECT_FALSE(ComputeGeometry(Asymmetric(), Element(), true).has_value()); }
+TEST(ImageableArea, NeedsASheet) { EXPECT_FALSE(ImageableSizeOf(Asymmetric(), Element(), true).has_value()); }
 
 }  // namespace
 }  // namespace devkit::prntvpt

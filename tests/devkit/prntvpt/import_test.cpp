@@ -51,11 +51,11 @@ using Handle = std::unique_ptr<void, HandleClose>;
 TEST(ImportByName, IsSatisfiedByTheSimulationThatIsLoadedFirst) {
     const std::wstring arguments =
         L"SimPrinter \"" + SimulatedDll().wstring() + L"\" \"" + DeviceFolder("simprinter").wstring() + L"\"";
-    EXPECT_EQ(RunProbe(arguments), "0x00000000 opened 1 closed 1");
+    EXPECT_EQ("0x00000000 opened 1 closed 1", RunProbe(arguments));
 }
 
 TEST(ImportByName, ReachesTheSystemsOwnWhenNoSimulationIsLoaded) {
-    EXPECT_EQ(RunProbe(L"\"There is no such printer\""), "0x80070709");
+    EXPECT_EQ("0x80070709", RunProbe(L"\"There is no such printer\""));
 }
 
 }  // namespace

@@ -4,11 +4,13 @@
 
 #include <vector>
 
-#include "devkit/printschema/formaterror.h"
 #include "devkit/printschema/names.h"
+#include "devkit/printschema/reader.h"
 
 namespace devkit::prntvpt {
 namespace {
+
+using namespace printschema;
 
 struct Entry {
     const char* name;
@@ -42,35 +44,35 @@ struct Entry {
 
 TEST(ParameterDefinition, IntegersAreBroughtIntoTheRange) {
     const ParameterDefinition percent = Integer(1, 1000, 1);
-    EXPECT_EQ(Checked(percent, "1"), "1");
-    EXPECT_EQ(Checked(percent, "1000"), "1000");
-    EXPECT_EQ(Checked(percent, "0"), "1 changed");
-    EXPECT_EQ(Checked(percent, "5000"), "1000 changed");
-    EXPECT_EQ(Checked(percent, "99999999999999999999999"), "1000 changed");
-    EXPECT_EQ(Checked(percent, "-99999999999999999999999"), "1 changed");
+    EXPECT_EQ("1", Checked(percent, "1"));
+    EXPECT_EQ("1000", Checked(percent, "1000"));
+    EXPECT_EQ("1 changed", Checked(percent, "0"));
+    EXPECT_EQ("1000 changed", Checked(percent, "5000"));
+    EXPECT_EQ("1000 changed", Checked(percent, "99999999999999999999999"));
+    EXPECT_EQ("1 changed", Checked(percent, "-99999999999999999999999"));
 }
 
 TEST(ParameterDefinition, SpaceAndZerosAroundAnIntegerAreNoChange) {
-    EXPECT_EQ(Checked(Integer(1, 1000, 1), " +0042 "), "42");
+    EXPECT_EQ("42", Checked(Integer(1, 1000, 1), " +0042 "));
 }
 
 TEST(ParameterDefinition, IntegersAreRoundedToTheNearestMultiple) {
     const ParameterDefinition tens = Integer(-25, 25, 10);
-    EXPECT_EQ(Checked(tens, "14"), "10 changed");
-    EXPECT_EQ(Checked(tens, "15"), "20 changed");
-    EXPECT_EQ(Checked(tens, "-14"), "-10 changed");
-    EXPECT_EQ(Checked(tens, "25"), "20 changed");
-    EXPECT_EQ(Checked(tens, "-100"), "-20 changed");
-    EXPECT_EQ(Checked(tens, "20"), "20");
+    EXPECT_EQ("10 changed", Checked(tens, "14"));
+    EXPECT_EQ("20 changed", Checked(tens, "15"));
+    EXPECT_EQ("-10 changed", Checked(tens, "-14"));
+    EXPECT_EQ("20 changed", Checked(tens, "25"));
+    EXPECT_EQ("-20 changed", Checked(tens, "-100"));
+    EXPECT_EQ("20", Checked(tens, "20"));
 }
 
 TEST(ParameterDefinition, WhatIsNoIntegerBecomesTheDefault) {
     const ParameterDefinition percent = Integer(1, 1000, 1);
-    EXPECT_EQ(Checked(percent, "wide"), "1000 changed");
-    EXPECT_EQ(Checked(percent, ""), "1000 changed");
-    EXPECT_EQ(Checked(percent, "5.0"), "1000 changed");
+    EXPECT_EQ("1000 changed", Checked(percent, "wide"));
+    EXPECT_EQ("1000 changed", Checked(percent, ""));
+    EXPECT_EQ("1000 changed", Checked(percent, "5.0"));
     EXPECT_TRUE(CheckParameter(percent, nullptr).changed);
-    EXPECT_EQ(CheckParameter(percent, nullptr).value, IntegerValue(1000));
+    EXPECT_EQ(IntegerValue(1000), CheckParameter(percent, nullptr).value);
 }
 
 TEST(ParameterDefinition, TextsAreMeasuredInCharacters) {
@@ -79,10 +81,10 @@ TEST(ParameterDefinition, TextsAreMeasuredInCharacters) {
                                             {"MinLength", IntegerValue(1)},
                                             {"MaxLength", IntegerValue(3)},
                                             {"DefaultValue", StringValue("abc")}}));
-    EXPECT_EQ(text.mandatory, Mandatory::Optional);
-    EXPECT_EQ(Checked(text, "\xC3\xA4\xC3\xB6\xC3\xBC"), "\xC3\xA4\xC3\xB6\xC3\xBC");
-    EXPECT_EQ(Checked(text, "abcd"), "abc changed");
-    EXPECT_EQ(Checked(text, ""), "abc changed");
+    EXPECT_EQ(Mandatory::Optional, text.mandatory);
+    EXPECT_EQ("\xC3\xA4\xC3\xB6\xC3\xBC", Checked(text, "\xC3\xA4\xC3\xB6\xC3\xBC"));
+    EXPECT_EQ("abc changed", Checked(text, "abcd"));
+    EXPECT_EQ("abc changed", Checked(text, ""));
 }
 
 TEST(ParameterDefinition, DecimalsAreBroughtIntoTheRangeAndKeepTheirText) {
@@ -91,11 +93,11 @@ TEST(ParameterDefinition, DecimalsAreBroughtIntoTheRangeAndKeepTheirText) {
                                             {"MinValue", StringValue("0.5")},
                                             {"MaxValue", StringValue("2.5")},
                                             {"DefaultValue", StringValue("1.0")}}));
-    EXPECT_EQ(Checked(decimal, "1.50"), "1.50");
-    EXPECT_EQ(Checked(decimal, "3"), "2.5 changed");
-    EXPECT_EQ(Checked(decimal, "0"), "0.5 changed");
-    EXPECT_EQ(Checked(decimal, "1e0"), "1.0 changed");
-    EXPECT_EQ(Checked(decimal, "inf"), "1.0 changed");
+    EXPECT_EQ("1.50", Checked(decimal, "1.50"));
+    EXPECT_EQ("2.5 changed", Checked(decimal, "3"));
+    EXPECT_EQ("0.5 changed", Checked(decimal, "0"));
+    EXPECT_EQ("1.0 changed", Checked(decimal, "1e0"));
+    EXPECT_EQ("1.0 changed", Checked(decimal, "inf"));
 }
 
 TEST(ParameterDefinition, AcceptsCountsTheRangeAndNotTheMultiple) {
@@ -112,9 +114,9 @@ TEST(ParameterDefinition, MandatoryIsReadAsNameOrWord) {
                                                    {"Mandatory", std::move(value)}}))
             .mandatory;
     };
-    EXPECT_EQ(mandatory(NameValue(Keyword("Unconditional"))), Mandatory::Unconditional);
-    EXPECT_EQ(mandatory(StringValue("Conditional")), Mandatory::Conditional);
-    EXPECT_EQ(mandatory(NameValue(Keyword("Optional"))), Mandatory::Optional);
+    EXPECT_EQ(Mandatory::Unconditional, mandatory(NameValue(Keyword("Unconditional"))));
+    EXPECT_EQ(Mandatory::Conditional, mandatory(StringValue("Conditional")));
+    EXPECT_EQ(Mandatory::Optional, mandatory(NameValue(Keyword("Optional"))));
 }
 
 TEST(ParameterDefinition, RefusesWhatMakesNoSense) {

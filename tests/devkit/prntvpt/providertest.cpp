@@ -3,11 +3,9 @@
 #include <fstream>
 #include <iterator>
 
-#include <nlohmann/json.hpp>
-
-#include "devkit/printschema/text.h"
 #include "memorystream.h"
 #include "platform/bstr.h"
+#include "platform/utf.h"
 
 namespace devkit::prntvpt {
 namespace {
@@ -33,31 +31,29 @@ std::string ReadFile(const std::filesystem::path& path) {
 }
 
 std::string ConfigurationFor(const std::vector<std::string>& switches, std::string_view device) {
-    const nlohmann::json json{{"device", ToUtf8(DeviceFolder(device).native())}, {"switches", switches}};
-    return json.dump();
+    return WriteMessage(ProviderSettings{DeviceFolder(device), {}, switches, true});
 }
 
 void ProviderTest::Use(const std::vector<std::string>& switches, std::string_view device) {
     Close();
     std::string error;
-    ASSERT_EQ(m_provider.Configure(ConfigurationFor(switches, device).c_str(), error), S_OK) << error;
-    const std::string printer =
-        nlohmann::json::parse(m_provider.Report())["configuration"]["printers"][0].get<std::string>();
-    const HRESULT hr = m_provider.OpenProvider(ToWide(printer).c_str(), 1, &m_handle);
-    ASSERT_EQ(hr, S_OK);
+    ASSERT_EQ(S_OK, m_provider.Configure(ConfigurationFor(switches, device).c_str(), error)) << error;
+    const std::string printer = Report().configuration->printers.front();
+    const HRESULT hr = m_provider.OpenProvider(platform::ToUtf16(printer).c_str(), 1, &m_handle);
+    ASSERT_EQ(S_OK, hr);
     m_provider.Reset();
 }
 
 void ProviderTest::TearDown() {
     Close();
-    EXPECT_EQ(MemoryStream::Living(), 0);
+    EXPECT_EQ(0, MemoryStream::Living());
     if (m_expectsBreaches) return;
-    EXPECT_EQ(Stops(), std::vector<std::string>());
+    EXPECT_EQ(std::vector<std::string>(), Stops());
 }
 
 void ProviderTest::Close() {
     if (m_handle == nullptr) return;
-    EXPECT_EQ(m_provider.CloseProvider(m_handle), S_OK);
+    EXPECT_EQ(S_OK, m_provider.CloseProvider(m_handle));
     m_handle = nullptr;
 }
 

@@ -11,16 +11,16 @@
 #include <vector>
 
 #include "devkit/prntvpt/api/provider.h"
-#include "devkit/prntvpt/client/simulatedprovider.h"
+#include "devkit/prntvpt/control/messages.h"
 #include "platform/prntvpt.h"
 
 namespace devkit::prntvpt {
 
-inline constexpr HRESULT NoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
-inline constexpr HRESULT ConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
-inline constexpr HRESULT BadBase = static_cast<HRESULT>(E_PRINTTICKET_FORMAT);
-inline constexpr HRESULT BadDelta = static_cast<HRESULT>(E_DELTA_PRINTTICKET_FORMAT);
-inline constexpr HRESULT NoSuchPrinter = HRESULT_FROM_WIN32(ERROR_INVALID_PRINTER_NAME);
+inline constexpr HRESULT kNoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
+inline constexpr HRESULT kConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
+inline constexpr HRESULT kBadBase = static_cast<HRESULT>(E_PRINTTICKET_FORMAT);
+inline constexpr HRESULT kBadDelta = static_cast<HRESULT>(E_DELTA_PRINTTICKET_FORMAT);
+inline constexpr HRESULT kNoSuchPrinter = HRESULT_FROM_WIN32(ERROR_INVALID_PRINTER_NAME);
 
 [[nodiscard]] std::filesystem::path DeviceFolder(std::string_view name);
 [[nodiscard]] std::string ReadFile(const std::filesystem::path& path);
@@ -52,7 +52,9 @@ class ProviderTest : public testing::Test {
                                                  EPrintTicketScope scope = kPTJobScope);
     [[nodiscard]] WrittenResult Capabilities(std::optional<std::string_view> ticket = std::nullopt);
     [[nodiscard]] std::string DefaultTicket() const { return m_provider.DefaultTicket(); }
-    [[nodiscard]] ProviderReport Report() const { return ParseProviderReport(m_provider.Report()); }
+    [[nodiscard]] ProviderReport Report() const {
+        return ReadMessage<ProviderReport>(WriteMessage(m_provider.Report()));
+    }
     [[nodiscard]] std::vector<std::string> Stops() const;
     void ExpectBreaches() { m_expectsBreaches = true; }
 

@@ -1,46 +1,48 @@
-#include "devkit/prntvpt/api/report.h"
-
 #include <nlohmann/json.hpp>
 
+#include "devkit/prntvpt/control/messages.h"
 #include "memorystream.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 namespace devkit::prntvpt {
 namespace {
+
+using namespace tests;
 
 using Json = nlohmann::json;
 
 class ReportTest : public ProviderTest {
   protected:
-    [[nodiscard]] Json Read() const { return Json::parse(m_provider.Report()); }
+    [[nodiscard]] Json Read() const { return Json::parse(WriteMessage(m_provider.Report())); }
 };
 
 TEST_F(ReportTest, BeginsEmptyWithoutConfiguration) {
-    EXPECT_EQ(Read(), (Json{{"configuration", nullptr},
-                            {"calls", Json::array()},
-                            {"counts", Json::object()},
-                            {"open_handles", Json::array()},
-                            {"breaches", Json::array()},
-                            {"notes", Json::array()}}));
+    EXPECT_EQ((Json{{"configuration", nullptr},
+                    {"calls", Json::array()},
+                    {"counts", Json::object()},
+                    {"open_handles", Json::array()},
+                    {"breaches", Json::array()},
+                    {"notes", Json::array()}}),
+              Read());
 }
 
 TEST_F(ReportTest, WithoutConfigurationThereIsNoPrinter) {
     HPTPROVIDER handle = nullptr;
-    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &handle), NoSuchPrinter);
-    EXPECT_EQ(DefaultTicket(), "");
+    EXPECT_EQ(kNoSuchPrinter, m_provider.OpenProvider(L"SimPrinter", 1, &handle));
+    EXPECT_EQ("", DefaultTicket());
 }
 
 TEST_F(ReportTest, StatesEverySwitchSoThatARunCanBeRepeated) {
     Use({"private=strict", "fault=slow:1@100"});
     const Json configuration = Read()["configuration"];
-    EXPECT_EQ(configuration["printers"], Json({"SimPrinter"}));
-    EXPECT_EQ(configuration["faults"], Json({"slow:1@100"}));
-    EXPECT_EQ(configuration["switches"].size(), 21U);
-    EXPECT_EQ(configuration["switches"][0], "private=strict");
+    EXPECT_EQ(Json({"SimPrinter"}), configuration["printers"]);
+    EXPECT_EQ(Json({"slow:1@100"}), configuration["faults"]);
+    EXPECT_EQ(21U, configuration["switches"].size());
+    EXPECT_EQ("private=strict", configuration["switches"][0]);
     std::vector<std::string> switches = configuration["switches"].get<std::vector<std::string>>();
     std::string error;
-    EXPECT_EQ(m_provider.Configure(ConfigurationFor(switches).c_str(), error), S_OK) << error;
+    EXPECT_EQ(S_OK, m_provider.Configure(ConfigurationFor(switches).c_str(), error)) << error;
 }
 
 TEST_F(ReportTest, CallsStandInOrderWithWhatTheyWereGivenAndGaveBack) {
@@ -51,34 +53,35 @@ TEST_F(ReportTest, CallsStandInOrderWithWhatTheyWereGivenAndGaveBack) {
     const WrittenResult capabilities = Capabilities();
     Close();
     const ProviderReport report = Report();
-    ASSERT_EQ(report.calls.size(), 4U);
+    ASSERT_EQ(4U, report.calls.size());
     const ProviderCall& first = report.calls[0];
-    EXPECT_EQ(first.function, "PTMergeAndValidatePrintTicket");
-    EXPECT_EQ(first.scope, "document");
-    EXPECT_EQ(first.thread, GetCurrentThreadId());
-    EXPECT_EQ(first.result, NoConflict);
-    EXPECT_EQ(first.base, base);
-    EXPECT_EQ(first.delta, Ticket(""));
-    EXPECT_EQ(first.output, merged.bytes);
-    EXPECT_EQ(first.error, std::nullopt);
+    EXPECT_EQ("PTMergeAndValidatePrintTicket", first.function);
+    EXPECT_EQ("document", first.scope);
+    EXPECT_EQ(GetCurrentThreadId(), first.thread);
+    EXPECT_EQ(kNoConflict, first.result);
+    EXPECT_EQ(base, first.base);
+    EXPECT_EQ(Ticket(""), first.delta);
+    EXPECT_EQ(merged.bytes, first.output);
+    EXPECT_EQ(std::nullopt, first.error);
     const ProviderCall& second = report.calls[1];
-    EXPECT_EQ(second.scope, "page");
-    EXPECT_EQ(second.handle, first.handle);
-    EXPECT_EQ(second.result, BadBase);
-    EXPECT_EQ(second.base, "<a>");
-    EXPECT_EQ(second.delta, std::nullopt);
-    EXPECT_EQ(second.output, std::nullopt);
-    EXPECT_EQ(second.error, "Base ticket: line 1: Premature end of data in tag a line 1");
+    EXPECT_EQ("page", second.scope);
+    EXPECT_EQ(first.handle, second.handle);
+    EXPECT_EQ(kBadBase, second.result);
+    EXPECT_EQ("<a>", second.base);
+    EXPECT_EQ(std::nullopt, second.delta);
+    EXPECT_EQ(std::nullopt, second.output);
+    EXPECT_EQ("Base ticket: is not well-formed XML (line 1: The markup breaks off)", second.error);
     const ProviderCall& third = report.calls[2];
-    EXPECT_EQ(third.function, "PTGetPrintCapabilities");
-    EXPECT_EQ(third.scope, std::nullopt);
-    EXPECT_EQ(third.result, S_OK);
-    EXPECT_EQ(third.base, std::nullopt);
-    EXPECT_EQ(third.output, capabilities.bytes);
-    EXPECT_EQ(report.calls[3].function, "PTCloseProvider");
-    EXPECT_EQ(report.counts, (std::map<std::string, std::uint64_t>{{"PTCloseProvider", 1},
-                                                                   {"PTGetPrintCapabilities", 1},
-                                                                   {"PTMergeAndValidatePrintTicket", 2}}));
+    EXPECT_EQ("PTGetPrintCapabilities", third.function);
+    EXPECT_EQ(std::nullopt, third.scope);
+    EXPECT_EQ(S_OK, third.result);
+    EXPECT_EQ(std::nullopt, third.base);
+    EXPECT_EQ(capabilities.bytes, third.output);
+    EXPECT_EQ("PTCloseProvider", report.calls[3].function);
+    EXPECT_EQ(
+        (std::map<std::string, std::uint64_t>{
+            {"PTCloseProvider", 1}, {"PTGetPrintCapabilities", 1}, {"PTMergeAndValidatePrintTicket", 2}}),
+        report.counts);
     EXPECT_TRUE(report.openHandles.empty());
 }
 
@@ -89,21 +92,21 @@ TEST_F(ReportTest, WideAndBrokenTextsAreReadable) {
     const ProviderReport report = Report();
     EXPECT_TRUE(report.calls[0].base->starts_with("<?xml version=\"1.0\" encoding=\"UTF-16\"?>"));
     EXPECT_TRUE(report.calls[0].output->starts_with("<?xml version=\"1.0\" encoding=\"UTF-16\"?>"));
-    EXPECT_EQ(report.calls[1].base, "<a>\xEF\xBF\xBD</a>");
+    EXPECT_EQ("<a>\xEF\xBF\xBD</a>", report.calls[1].base);
 }
 
 TEST_F(ReportTest, TicketsCanBeLeftOut) {
     Json json = Json::parse(ConfigurationFor({}));
     json["record_tickets"] = false;
     std::string error;
-    ASSERT_EQ(m_provider.Configure(json.dump().c_str(), error), S_OK);
-    ASSERT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &m_handle), S_OK);
+    ASSERT_EQ(S_OK, m_provider.Configure(json.dump().c_str(), error));
+    ASSERT_EQ(S_OK, m_provider.OpenProvider(L"SimPrinter", 1, &m_handle));
     static_cast<void>(Merge(DefaultTicket(), Ticket("")));
     static_cast<void>(Capabilities(DefaultTicket()));
     for (const ProviderCall& call : Report().calls) {
-        EXPECT_EQ(call.base, std::nullopt);
-        EXPECT_EQ(call.delta, std::nullopt);
-        EXPECT_EQ(call.output, std::nullopt);
+        EXPECT_EQ(std::nullopt, call.base);
+        EXPECT_EQ(std::nullopt, call.delta);
+        EXPECT_EQ(std::nullopt, call.output);
     }
 }
 
@@ -112,42 +115,105 @@ TEST_F(ReportTest, ResetForgetsCallsButNoHandles) {
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
     m_provider.Reset();
     EXPECT_TRUE(Report().calls.empty());
-    EXPECT_EQ(Report().openHandles.size(), 1U);
-    EXPECT_EQ(Merge(DefaultTicket(), std::nullopt).result, NoConflict);
+    EXPECT_EQ(1U, Report().openHandles.size());
+    EXPECT_EQ(kNoConflict, Merge(DefaultTicket(), std::nullopt).result);
 }
 
 TEST_F(ReportTest, ConfigureStartsANewReportAndOldHandlesKeepTheirDevice) {
     Use({});
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
     std::string error;
-    ASSERT_EQ(m_provider.Configure(ConfigurationFor({}, "longedge").c_str(), error), S_OK);
+    ASSERT_EQ(S_OK, m_provider.Configure(ConfigurationFor({}, "longedge").c_str(), error));
     EXPECT_TRUE(Report().calls.empty());
-    EXPECT_EQ(Summarize(Merge(Ticket(""), std::nullopt).bytes).size(), 12U);
+    EXPECT_EQ(12U, Summarize(Merge(Ticket(""), std::nullopt).bytes).size());
     HPTPROVIDER handle = nullptr;
-    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &handle), NoSuchPrinter);
+    EXPECT_EQ(kNoSuchPrinter, m_provider.OpenProvider(L"SimPrinter", 1, &handle));
 }
 
 TEST_F(ReportTest, FailedConfigureChangesNothing) {
     Use({"us=1"});
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
     std::string error;
-    EXPECT_EQ(m_provider.Configure("{}", error), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, m_provider.Configure("{}", error));
     EXPECT_NE(error, "");
-    EXPECT_EQ(m_provider.Configure(nullptr, error), E_INVALIDARG);
-    EXPECT_EQ(error, "there is no configuration");
-    EXPECT_EQ(Report().calls.size(), 1U);
+    EXPECT_EQ(E_INVALIDARG, m_provider.Configure(nullptr, error));
+    EXPECT_EQ("there is no configuration", error);
+    EXPECT_EQ(1U, Report().calls.size());
     EXPECT_NE(DefaultTicket().find("NorthAmericaLetter"), std::string::npos);
 }
 
 TEST_F(ReportTest, WhatIsNotImplementedIsCounted) {
-    EXPECT_EQ(m_provider.NotImplemented("PTConvertDevModeToPrintTicket"), E_NOTIMPL);
-    EXPECT_EQ(Report().counts.at("PTConvertDevModeToPrintTicket"), 1U);
-    EXPECT_EQ(Report().calls[0].result, E_NOTIMPL);
+    EXPECT_EQ(E_NOTIMPL, m_provider.NotImplemented("PTConvertDevModeToPrintTicket"));
+    EXPECT_EQ(1U, Report().counts.at("PTConvertDevModeToPrintTicket"));
+    EXPECT_EQ(E_NOTIMPL, Report().calls[0].result);
 }
 
-TEST(ParseProviderReport, RefusesWhatIsNone) {
-    EXPECT_ANY_THROW(static_cast<void>(ParseProviderReport("")));
-    EXPECT_ANY_THROW(static_cast<void>(ParseProviderReport("{}")));
+TEST_F(ReportTest, CallsAreNumbered) {
+    Use({});
+    static_cast<void>(Merge(DefaultTicket(), std::nullopt));
+    static_cast<void>(Capabilities());
+    EXPECT_EQ(1U, Report().calls[0].sequence);
+    EXPECT_EQ(2U, Report().calls[1].sequence);
+    m_provider.Reset();
+    static_cast<void>(Capabilities());
+    EXPECT_EQ(1U, Report().calls[0].sequence);
+}
+
+TEST_F(ReportTest, TellsWhatATicketSaysOfTheSheetAlsoWhenItsTextIsLeftOut) {
+    std::string error;
+    const std::string json = WriteMessage(ProviderSettings{DeviceFolder("longedge"), {}, {}, false});
+    ASSERT_EQ(S_OK, m_provider.Configure(json.c_str(), error)) << error;
+    ASSERT_EQ(S_OK, m_provider.OpenProvider(L"LongEdge", 1, &m_handle));
+    static_cast<void>(Merge(DefaultTicket(), Ticket(Select("psk:PageMediaSize", "psk:ISOA3"))));
+    static_cast<void>(Merge("<a>", std::nullopt));
+    const ProviderReport report = Report();
+    EXPECT_EQ("ISOA3", report.calls[1].facts.mediaSize);
+    EXPECT_EQ("LongEdgeFirst", report.calls[1].facts.feedDirection);
+    EXPECT_EQ(printschema::TicketFacts(), report.calls[2].facts);
+}
+
+TEST_F(ReportTest, AListenerHearsEachCallWhenItEnds) {
+    Use({});
+    std::vector<std::string> heard;
+    m_provider.Listen([&](const ProviderCall& call) {
+        // The call itself is not yet in the report.
+        heard.push_back(call.function + " " + call.scope.value_or("-") + " after " +
+                        std::to_string(Report().calls.size()));
+    });
+    static_cast<void>(Merge(DefaultTicket(), std::nullopt, kPTPageScope));
+    static_cast<void>(Capabilities());
+    m_provider.Listen(nullptr);
+    static_cast<void>(Capabilities());
+    EXPECT_EQ((std::vector<std::string>{"PTMergeAndValidatePrintTicket page after 0",
+                                        "PTGetPrintCapabilities - after 1"}),
+              heard);
+}
+
+TEST(Messages, GoThroughTheirText) {
+    ProviderReport report;
+    report.configuration = ProviderConfiguration{"folder", {"a"}, {"k=v"}, {"slow:1"}};
+    const ProviderCall call = {
+        7, "PTX", 3, "job", 4, true, false, E_ABORT, "b", "d", "o", {"ISOA4", "LongEdgeFirst"}, "e"};
+    report.calls = {call, {}};
+    report.counts = {{"PTX", 2}};
+    report.openHandles = {{3, "a", 4}};
+    report.breaches = {{"A00E", "text"}};
+    report.notes = {"note"};
+    const std::string text = WriteMessage(report);
+    EXPECT_EQ(text, WriteMessage(ReadMessage<ProviderReport>(text)));
+    EXPECT_EQ(text, WriteMessage(ReadMessage<ProviderReport>(Json::parse(text).dump(3))));
+    const ProviderCall read = ReadMessage<ProviderReport>(text).calls[0];
+    EXPECT_EQ(WriteMessage(call), WriteMessage(read));
+    EXPECT_EQ(E_ABORT, read.result);
+    EXPECT_EQ("LongEdgeFirst", read.facts.feedDirection);
+}
+
+TEST(Messages, AreRefusedWhenTheyAreNone) {
+    EXPECT_THROW(static_cast<void>(ReadMessage<ProviderReport>("")), Json::exception);
+    EXPECT_THROW(static_cast<void>(ReadMessage<ProviderReport>("{}")), Json::exception);
+    std::string text = WriteMessage(ProviderCall());
+    text.replace(text.find("0x00000000"), 10, "0x0000000g");
+    EXPECT_THROW(static_cast<void>(ReadMessage<ProviderCall>(text)), std::invalid_argument);
 }
 
 }  // namespace

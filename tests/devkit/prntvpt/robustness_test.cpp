@@ -6,13 +6,15 @@
 
 #include "memorystream.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 // Whatever a caller hands over, the provider answers with one of a few codes, and what it calls a ticket is
 // one.
 
 namespace devkit::prntvpt {
 namespace {
+
+using namespace tests;
 
 class RobustnessTest : public ProviderTest {};
 
@@ -22,7 +24,7 @@ TEST_F(RobustnessTest, EveryFailingStreamCallFailsTheMerge) {
     const std::string delta = Ticket("");
     HRESULT result = E_PENDING;
     int calls = 0;
-    for (; result != NoConflict; ++calls) {
+    for (; result != kNoConflict; ++calls) {
         ASSERT_LT(calls, 1000);
         const auto counter = std::make_shared<int>(calls);
         const std::array streams{MemoryStream::Make(ticket), MemoryStream::Make(delta), MemoryStream::Make()};
@@ -32,12 +34,12 @@ TEST_F(RobustnessTest, EveryFailingStreamCallFailsTheMerge) {
         }
         result = m_provider.MergeAndValidatePrintTicket(m_handle, streams[0].Get(), streams[1].Get(),
                                                         kPTJobScope, streams[2].Get(), nullptr);
-        EXPECT_TRUE(result == NoConflict || result == STG_E_INVALIDFUNCTION) << result;
-        EXPECT_EQ(streams[2]->Bytes(), ticket.substr(0, streams[2]->Bytes().size()));
+        EXPECT_TRUE(result == kNoConflict || result == STG_E_INVALIDFUNCTION) << result;
+        EXPECT_EQ(ticket.substr(0, streams[2]->Bytes().size()), streams[2]->Bytes());
     }
     // Reading both tickets to their ends and writing the result, in blocks of a hundred bytes.
     const auto blocks = [](const std::string& text) { return static_cast<int>((text.size() + 99) / 100); };
-    EXPECT_EQ(calls - 1, blocks(ticket) + 1 + blocks(delta) + 1 + blocks(ticket));
+    EXPECT_EQ(blocks(ticket) + 1 + blocks(delta) + 1 + blocks(ticket), calls - 1);
 }
 
 // Cuts, doubles, moves and overwrites bytes, some of them by what tickets are made of.
@@ -61,10 +63,10 @@ class Mutator {
                     text[at] = static_cast<char>(Pick(256));
                     break;
                 case 3:
-                    text.insert(at, Words[Pick(Words.size())]);
+                    text.insert(at, kWords[Pick(kWords.size())]);
                     break;
                 default:
-                    text.replace(at, length, Words[Pick(Words.size())]);
+                    text.replace(at, length, kWords[Pick(kWords.size())]);
                     break;
             }
             if (text.empty()) text = " ";
@@ -73,22 +75,22 @@ class Mutator {
     }
 
   private:
-    static constexpr std::array<const char*, 16> Words{"<",
-                                                       ">",
-                                                       "\"",
-                                                       "&",
-                                                       "psk:",
-                                                       "dev:",
-                                                       "acme:",
-                                                       ":",
-                                                       "99999999999999999999",
-                                                       "-1",
-                                                       "<psf:Feature name=\"",
-                                                       "<psf:Option/>",
-                                                       "<psf:Value>",
-                                                       "</psf:Value>",
-                                                       "<!--",
-                                                       "<!DOCTYPE a>"};
+    static constexpr std::array<const char*, 16> kWords{"<",
+                                                        ">",
+                                                        "\"",
+                                                        "&",
+                                                        "psk:",
+                                                        "dev:",
+                                                        "acme:",
+                                                        ":",
+                                                        "99999999999999999999",
+                                                        "-1",
+                                                        "<psf:Feature name=\"",
+                                                        "<psf:Option/>",
+                                                        "<psf:Value>",
+                                                        "</psf:Value>",
+                                                        "<!--",
+                                                        "<!DOCTYPE a>"};
 
     [[nodiscard]] std::size_t Pick(std::size_t count) { return m_random() % count; }
 
@@ -105,16 +107,16 @@ TEST_F(RobustnessTest, MutatedTicketsAreRefusedOrMadeValid) {
     for (unsigned seed = 0; seed < 1000; ++seed) {
         const std::string delta = Mutator(seed).Mutate(seed % 2 == 0 ? plain : local);
         const WrittenResult result = Merge(plain, delta);
-        if (result.result == BadDelta) {
-            EXPECT_EQ(result.bytes, "") << seed;
+        if (result.result == kBadDelta) {
+            EXPECT_EQ("", result.bytes) << seed;
             EXPECT_TRUE(result.error && result.error->starts_with(L"Delta ticket: ")) << seed;
             continue;
         }
         ++merged;
-        EXPECT_TRUE(result.result == NoConflict || result.result == ConflictResolved) << seed;
+        EXPECT_TRUE(result.result == kNoConflict || result.result == kConflictResolved) << seed;
         const WrittenResult again = Merge(result.bytes, std::nullopt);
-        EXPECT_EQ(again.result, NoConflict) << seed;
-        EXPECT_EQ(again.bytes, result.bytes) << seed;
+        EXPECT_EQ(kNoConflict, again.result) << seed;
+        EXPECT_EQ(result.bytes, again.bytes) << seed;
     }
     // Neither outcome is rare.
     EXPECT_GT(merged, 20);
@@ -128,10 +130,10 @@ class TicketMaker {
 
     [[nodiscard]] std::string Make() {
         std::string children;
-        for (const char* const feature : Features) {
+        for (const char* const feature : kFeatures) {
             if (Pick(3) == 0) children += Feature(feature, Pick(4) == 0);
         }
-        for (const char* const parameter : Parameters) {
+        for (const char* const parameter : kParameters) {
             if (Pick(3) == 0) children += Valued("ParameterInit", parameter);
         }
         if (Pick(2) == 0) children += Valued("Property", "psk:JobName");
@@ -140,36 +142,36 @@ class TicketMaker {
     }
 
   private:
-    static constexpr std::array Features{"psk:JobInputBin",
-                                         "psk:PageInputBin",
-                                         "psk:JobDuplexAllDocumentsContiguously",
-                                         "psk:DocumentCollate",
-                                         "psk:PageMediaSize",
-                                         "psk:PageMediaType",
-                                         "psk:PageOrientation",
-                                         "psk:PageOutputColor",
-                                         "psk:PageResolution",
-                                         "psk:PageScaling",
-                                         "dev:JobTonerSave",
-                                         "acme:PageStamp",
-                                         "psk:PageBorderless",
-                                         "psk:JobNUpAllDocumentsContiguously"};
-    static constexpr std::array Options{
+    static constexpr std::array kFeatures{"psk:JobInputBin",
+                                          "psk:PageInputBin",
+                                          "psk:JobDuplexAllDocumentsContiguously",
+                                          "psk:DocumentCollate",
+                                          "psk:PageMediaSize",
+                                          "psk:PageMediaType",
+                                          "psk:PageOrientation",
+                                          "psk:PageOutputColor",
+                                          "psk:PageResolution",
+                                          "psk:PageScaling",
+                                          "dev:JobTonerSave",
+                                          "acme:PageStamp",
+                                          "psk:PageBorderless",
+                                          "psk:JobNUpAllDocumentsContiguously"};
+    static constexpr std::array kOptions{
         "psk:AutoSelect", "psk:Manual",   "dev:Tray1",         "dev:Tray2",        "dev:Tray3",
         "psk:OneSided",   "psk:Collated", "psk:ISOA4",         "psk:ISOA3",        "psk:ISOA5",
         "dev:Square8",    "psk:Plain",    "psk:ISODLEnvelope", "psk:Transparency", "psk:CustomMediaSize",
         "psk:Landscape",  "psk:Portrait", "psk:Color",         "psk:Monochrome",   "psk:TwoSidedLongEdge",
         "dev:R600",       "dev:R1200",    "psk:None",          "psk:Custom",       "psk:CustomSquare",
         "dev:On",         "psk:Nonsense", "dev:Off",           "acme:On",          "psk:EnvelopePlain"};
-    static constexpr std::array Properties{
+    static constexpr std::array kProperties{
         "psk:MediaSizeWidth",    "psk:MediaSizeHeight", "psk:PagesPerSheet", "psk:FeedDirection",
         "psk:BinType",           "psk:ResolutionX",     "psk:ScaleWidth",    "acme:Ink",
         "psk:MediaSheetCapacity"};
-    static constexpr std::array Parameters{
+    static constexpr std::array kParameters{
         "psk:JobCopiesAllDocuments", "psk:PageMediaSizeMediaSizeWidth", "psk:PageMediaSizeMediaSizeHeight",
         "psk:PageScalingScale",      "psk:PageScalingScaleWidth",       "psk:PageScalingOffsetWidth",
         "acme:PageStampAngle",       "psk:DocumentCopiesAllPages",      "psk:PageNothing"};
-    static constexpr std::array Values{
+    static constexpr std::array kValues{
         "0",      "1",      "2",  "4",    "100", "5000",          "210000",
         "148000", "297000", "-1", "wide", "",    "LongEdgeFirst", "99999999999999999999"};
 
@@ -184,9 +186,9 @@ class TicketMaker {
     }
     [[nodiscard]] std::string Option() {
         std::string text = "<psf:Option";
-        if (Pick(5) != 0) text += std::string(" name=\"") + Options[Pick(Options.size())] + "\"";
+        if (Pick(5) != 0) text += std::string(" name=\"") + kOptions[Pick(kOptions.size())] + "\"";
         text += ">";
-        for (const char* const property : Properties) {
+        for (const char* const property : kProperties) {
             if (Pick(4) != 0) continue;
             text += Pick(4) == 0 ? Referring(property) : Valued("ScoredProperty", property);
         }
@@ -194,12 +196,12 @@ class TicketMaker {
     }
     [[nodiscard]] std::string Referring(const std::string& name) {
         return "<psf:ScoredProperty name=\"" + name + "\"><psf:ParameterRef name=\"" +
-               Parameters[Pick(Parameters.size())] + "\"/></psf:ScoredProperty>";
+               kParameters[Pick(kParameters.size())] + "\"/></psf:ScoredProperty>";
     }
     [[nodiscard]] std::string Valued(const std::string& element, const std::string& name) {
         const std::string type = Pick(2) == 0 ? "integer" : "string";
         return "<psf:" + element + " name=\"" + name + "\"><psf:Value xsi:type=\"xsd:" + type + "\">" +
-               Values[Pick(Values.size())] + "</psf:Value></psf:" + element + ">";
+               kValues[Pick(kValues.size())] + "</psf:Value></psf:" + element + ">";
     }
     [[nodiscard]] std::size_t Pick(std::size_t count) { return m_random() % count; }
 
@@ -233,10 +235,10 @@ TEST_F(RobustnessTest, WhateverIsAskedForTheResultIsCompleteAndAFixpointOfItsSco
                 TicketMaker maker(seed);
                 const std::string base = maker.Make();
                 const WrittenResult merged = Merge(base, maker.Make(), scope);
-                ASSERT_TRUE(merged.result == NoConflict || merged.result == ConflictResolved) << seed;
+                ASSERT_TRUE(merged.result == kNoConflict || merged.result == kConflictResolved) << seed;
                 const WrittenResult again = Merge(merged.bytes, std::nullopt, scope);
-                EXPECT_EQ(again.result, NoConflict) << seed;
-                EXPECT_EQ(again.bytes, merged.bytes) << seed;
+                EXPECT_EQ(kNoConflict, again.result) << seed;
+                EXPECT_EQ(merged.bytes, again.bytes) << seed;
                 EXPECT_TRUE(Covers(merged.bytes, least)) << seed;
             }
         }
@@ -251,8 +253,8 @@ TEST_F(RobustnessTest, LargeTicketsAreMergedWhole) {
                     "\"><psf:Option name=\"acme:On\"/></psf:Feature>";
     }
     const WrittenResult merged = Merge(Ticket(features), Ticket(features));
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Summarize(merged.bytes).size(), 5000U + 12U);
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ(5000U + 12U, Summarize(merged.bytes).size());
 }
 
 }  // namespace

@@ -9,12 +9,14 @@
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 // The built DLL, through its exports.
 
 namespace devkit::prntvpt {
 namespace {
+
+using namespace tests;
 
 using OpenFunction = HRESULT WINAPI(PCWSTR, DWORD, HPTPROVIDER*);
 using CloseFunction = HRESULT WINAPI(HPTPROVIDER);
@@ -27,7 +29,7 @@ class SimulatedProviderTest : public testing::Test {
         m_provider.Configure({.device = DeviceFolder("simprinter"), .printers = {}, .switches = {}});
     }
     // The DLL stays loaded, so what a test leaves open on purpose is open in the next one, too.
-    void TearDown() override { EXPECT_EQ(m_provider.Report().openHandles.size(), s_abandoned); }
+    void TearDown() override { EXPECT_EQ(s_abandoned, m_provider.Report().openHandles.size()); }
 
     template <typename Function>
     [[nodiscard]] Function* Export(const char* name) const {
@@ -36,11 +38,11 @@ class SimulatedProviderTest : public testing::Test {
     }
     [[nodiscard]] HPTPROVIDER Open() const {
         HPTPROVIDER handle = nullptr;
-        EXPECT_EQ(Export<OpenFunction>("PTOpenProvider")(L"SimPrinter", 1, &handle), S_OK);
+        EXPECT_EQ(S_OK, Export<OpenFunction>("PTOpenProvider")(L"SimPrinter", 1, &handle));
         return handle;
     }
     void Close(HPTPROVIDER handle) const {
-        EXPECT_EQ(Export<CloseFunction>("PTCloseProvider")(handle), S_OK);
+        EXPECT_EQ(S_OK, Export<CloseFunction>("PTCloseProvider")(handle));
     }
 
     SimulatedProvider m_provider{SimulatedDll()};
@@ -90,8 +92,8 @@ TEST_F(SimulatedProviderTest, ExportsTheFirstTenWithTheirOrdinals) {
          {"PTQuerySchemaVersionSupport", "PTOpenProvider", "PTOpenProviderEx", "PTCloseProvider",
           "BindPTProviderThunk", "PTGetPrintCapabilities", "PTMergeAndValidatePrintTicket",
           "PTConvertPrintTicketToDevMode", "PTConvertDevModeToPrintTicket", "PTReleaseMemory"}) {
-        EXPECT_EQ(GetProcAddress(m_provider.Module(), MAKEINTRESOURCEA(++ordinal)),
-                  GetProcAddress(m_provider.Module(), name))
+        EXPECT_EQ(GetProcAddress(m_provider.Module(), name),
+                  GetProcAddress(m_provider.Module(), MAKEINTRESOURCEA(++ordinal)))
             << name;
     }
 }
@@ -104,8 +106,8 @@ TEST_F(SimulatedProviderTest, ExportsNothingElse) {
         pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
     const auto* const pExports =
         reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(pBase + directory.VirtualAddress);
-    EXPECT_EQ(pExports->NumberOfNames, 32U + 6U);
-    EXPECT_EQ(pExports->NumberOfFunctions, 32U + 6U);
+    EXPECT_EQ(32U + 7U, pExports->NumberOfNames);
+    EXPECT_EQ(32U + 7U, pExports->NumberOfFunctions);
 }
 
 TEST_F(SimulatedProviderTest, MergesAndReportsIt) {
@@ -114,19 +116,17 @@ TEST_F(SimulatedProviderTest, MergesAndReportsIt) {
     const auto base = MemoryStream::Make(ticket);
     const auto result = MemoryStream::Make();
     platform::Bstr error;
-    EXPECT_EQ(Export<MergeFunction>("PTMergeAndValidatePrintTicket")(handle, base.Get(), nullptr, kPTJobScope,
-                                                                     result.Get(), error.Put()),
-              NoConflict);
-    EXPECT_EQ(result->Bytes(), ticket);
+    EXPECT_EQ(kNoConflict, Export<MergeFunction>("PTMergeAndValidatePrintTicket")(
+                               handle, base.Get(), nullptr, kPTJobScope, result.Get(), error.Put()));
+    EXPECT_EQ(ticket, result->Bytes());
     const auto output = MemoryStream::Make();
-    EXPECT_EQ(
-        Export<CapabilitiesFunction>("PTGetPrintCapabilities")(handle, nullptr, output.Get(), error.Put()),
-        S_OK);
+    EXPECT_EQ(S_OK, Export<CapabilitiesFunction>("PTGetPrintCapabilities")(handle, nullptr, output.Get(),
+                                                                           error.Put()));
     Close(handle);
     const ProviderReport report = m_provider.Report();
-    ASSERT_EQ(report.calls.size(), 4U);
-    EXPECT_EQ(report.calls[1].output, ticket);
-    EXPECT_EQ(report.calls[2].output, output->Bytes());
+    ASSERT_EQ(4U, report.calls.size());
+    EXPECT_EQ(ticket, report.calls[1].output);
+    EXPECT_EQ(output->Bytes(), report.calls[2].output);
     EXPECT_TRUE(report.breaches.empty());
 }
 
@@ -135,10 +135,9 @@ TEST_F(SimulatedProviderTest, ErrorTextsAreBstrsOfTheCaller) {
     const auto base = MemoryStream::Make("<a>");
     const auto result = MemoryStream::Make();
     platform::Bstr error;
-    EXPECT_EQ(Export<MergeFunction>("PTMergeAndValidatePrintTicket")(handle, base.Get(), nullptr, kPTJobScope,
-                                                                     result.Get(), error.Put()),
-              BadBase);
-    EXPECT_EQ(error.View(), L"Base ticket: line 1: Premature end of data in tag a line 1");
+    EXPECT_EQ(kBadBase, Export<MergeFunction>("PTMergeAndValidatePrintTicket")(
+                            handle, base.Get(), nullptr, kPTJobScope, result.Get(), error.Put()));
+    EXPECT_EQ(L"Base ticket: is not well-formed XML (line 1: The markup breaks off)", error.View());
     Close(handle);
 }
 
@@ -147,38 +146,37 @@ TEST_F(SimulatedProviderTest, FunctionsThatItLacksSaySo) {
                                            ULONG*, PDEVMODE*, BSTR*);
     ULONG size = 5;
     auto* pDevmode = reinterpret_cast<PDEVMODE>(&size);
-    EXPECT_EQ(Export<ConvertFunction>("PTConvertPrintTicketToDevMode")(
-                  nullptr, nullptr, kUserDefaultDevmode, kPTJobScope, &size, &pDevmode, nullptr),
-              E_NOTIMPL);
-    EXPECT_EQ(size, 0U);
-    EXPECT_EQ(pDevmode, nullptr);
+    EXPECT_EQ(E_NOTIMPL, Export<ConvertFunction>("PTConvertPrintTicketToDevMode")(
+                             nullptr, nullptr, kUserDefaultDevmode, kPTJobScope, &size, &pDevmode, nullptr));
+    EXPECT_EQ(0U, size);
+    EXPECT_EQ(nullptr, pDevmode);
     using ThunkFunction = HRESULT WINAPI(void*, void*, void*, void*, void*, void*, void*, void*, void*);
-    EXPECT_EQ(Export<ThunkFunction>("MergeAndValidatePrintTicketThunk2")(
-                  nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
-              E_NOTIMPL);
-    EXPECT_EQ(m_provider.Report().counts.at("MergeAndValidatePrintTicketThunk2"), 1U);
+    EXPECT_EQ(E_NOTIMPL,
+              Export<ThunkFunction>("MergeAndValidatePrintTicketThunk2")(
+                  nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(1U, m_provider.Report().counts.at("MergeAndValidatePrintTicketThunk2"));
     using UnloadFunction = HRESULT WINAPI();
-    EXPECT_EQ(Export<UnloadFunction>("DllCanUnloadNow")(), S_FALSE);
+    EXPECT_EQ(S_FALSE, Export<UnloadFunction>("DllCanUnloadNow")());
 }
 
 TEST_F(SimulatedProviderTest, ThreadThatEndsWithAnOpenHandleLeaksIt) {
     HPTPROVIDER handle = nullptr;
     std::thread([&] { handle = Open(); }).join();
     const ProviderReport report = m_provider.Report();
-    ASSERT_EQ(report.breaches.size(), 1U);
-    EXPECT_EQ(report.breaches[0].stop, "A012");
-    EXPECT_EQ(report.breaches[0].text.substr(report.breaches[0].text.find(" of the printer")),
-              " of the printer SimPrinter was never closed");
+    ASSERT_EQ(1U, report.breaches.size());
+    EXPECT_EQ("A012", report.breaches[0].stop);
+    EXPECT_EQ(" of the printer SimPrinter was never closed",
+              report.breaches[0].text.substr(report.breaches[0].text.find(" of the printer")));
     m_provider.Configure({.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"thread=off"}});
     // The handle keeps the rules that it was opened under.
-    EXPECT_EQ(Export<CloseFunction>("PTCloseProvider")(handle), E_HANDLE);
+    EXPECT_EQ(E_HANDLE, Export<CloseFunction>("PTCloseProvider")(handle));
     ++s_abandoned;
 }
 
 TEST_F(SimulatedProviderTest, FinishNamesWhatIsOpenAndResetForgetsIt) {
     const HPTPROVIDER handle = Open();
     m_provider.Finish();
-    ASSERT_EQ(m_provider.Report().breaches.size(), 1U);
+    ASSERT_EQ(1U, m_provider.Report().breaches.size());
     m_provider.Reset();
     EXPECT_TRUE(m_provider.Report().breaches.empty());
     EXPECT_TRUE(m_provider.Report().calls.empty());
@@ -191,8 +189,8 @@ TEST_F(SimulatedProviderTest, PrintersOfTheSettingsReplaceTheModels) {
                           .switches = {},
                           .recordTickets = false});
     HPTPROVIDER handle = nullptr;
-    EXPECT_EQ(Export<OpenFunction>("PTOpenProvider")(L"SimPrinter", 1, &handle), NoSuchPrinter);
-    EXPECT_EQ(Export<OpenFunction>("PTOpenProvider")(L"my queue", 1, &handle), S_OK);
+    EXPECT_EQ(kNoSuchPrinter, Export<OpenFunction>("PTOpenProvider")(L"SimPrinter", 1, &handle));
+    EXPECT_EQ(S_OK, Export<OpenFunction>("PTOpenProvider")(L"my queue", 1, &handle));
     Close(handle);
 }
 
@@ -213,29 +211,29 @@ TEST_F(SimulatedProviderTest, WrongSettingsAreRefusedWithOneLine) {
 TEST_F(SimulatedProviderTest, ErrorTextIsCutToItsRoom) {
     auto* const pConfigure = Export<SimConfigureFunction>("SimConfigure");
     char error[8] = "xxxxxxx";
-    EXPECT_EQ(pConfigure("[]", error, sizeof(error)), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, pConfigure("[]", error, sizeof(error)));
     EXPECT_STREQ(error, "the con");
-    EXPECT_EQ(pConfigure("[]", nullptr, 0), E_INVALIDARG);
-    EXPECT_EQ(pConfigure(nullptr, error, sizeof(error)), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, pConfigure("[]", nullptr, 0));
+    EXPECT_EQ(E_INVALIDARG, pConfigure(nullptr, error, sizeof(error)));
 }
 
 TEST_F(SimulatedProviderTest, ReportNeedsRoomForAllOfIt) {
     auto* const pReport = Export<SimReportFunction>("SimReport");
     const SIZE_T size = pReport(nullptr, 0);
     std::string text(size, 'x');
-    EXPECT_EQ(pReport(text.data(), size - 1), size);
-    EXPECT_EQ(text, std::string(size, 'x'));
-    EXPECT_EQ(pReport(text.data(), size), size);
-    EXPECT_EQ(text.back(), '\0');
-    EXPECT_EQ(text.front(), '{');
+    EXPECT_EQ(size, pReport(text.data(), size - 1));
+    EXPECT_EQ(std::string(size, 'x'), text);
+    EXPECT_EQ(size, pReport(text.data(), size));
+    EXPECT_EQ('\0', text.back());
+    EXPECT_EQ('{', text.front());
 }
 
 TEST_F(SimulatedProviderTest, DefaultTicketIsWrittenAsTheSwitchesWantIt) {
     m_provider.Configure(
         {.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"encoding=utf16le"}});
     const std::string wide = m_provider.DefaultTicket();
-    EXPECT_EQ(wide.substr(0, 4), std::string("\xFF\xFE<\0", 4));
-    EXPECT_EQ(Summarize(wide).size(), 12U);
+    EXPECT_EQ(std::string("\xFF\xFE<\0", 4), wide.substr(0, 4));
+    EXPECT_EQ(12U, Summarize(wide).size());
 }
 
 TEST_F(SimulatedProviderTest, TokenThatIsNoneIsRefused) {
@@ -277,24 +275,24 @@ class EnvironmentTest : public testing::Test {
 
 TEST_F(EnvironmentTest, NamesAFileWithTheConfiguration) {
     Write(ConfigurationFor({"us=1"}));
-    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &m_handle), S_OK);
+    EXPECT_EQ(S_OK, m_provider.OpenProvider(L"SimPrinter", 1, &m_handle));
     EXPECT_NE(m_provider.DefaultTicket().find("NorthAmericaLetter"), std::string::npos);
-    EXPECT_EQ(m_provider.CloseProvider(m_handle), S_OK);
+    EXPECT_EQ(S_OK, m_provider.CloseProvider(m_handle));
 }
 
 TEST_F(EnvironmentTest, DoesNotCountOnceAHostHasConfigured) {
     Write(ConfigurationFor({"us=1"}));
     std::string error;
-    ASSERT_EQ(m_provider.Configure(ConfigurationFor({}).c_str(), error), S_OK);
-    EXPECT_EQ(m_provider.DefaultTicket().find("NorthAmericaLetter"), std::string::npos);
+    ASSERT_EQ(S_OK, m_provider.Configure(ConfigurationFor({}).c_str(), error));
+    EXPECT_EQ(std::string::npos, m_provider.DefaultTicket().find("NorthAmericaLetter"));
 }
 
 TEST_F(EnvironmentTest, WrongFileFailsTheCallAndIsNoted) {
     Write(R"({"device": ".", "colour": 1})");
-    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &m_handle), E_UNEXPECTED);
-    EXPECT_EQ(ParseProviderReport(m_provider.Report()).notes,
-              (std::vector<std::string>{"PTOpenProvider: unknown key \"colour\" in the configuration"}));
-    EXPECT_EQ(m_provider.OpenProvider(L"SimPrinter", 1, &m_handle), NoSuchPrinter);
+    EXPECT_EQ(E_UNEXPECTED, m_provider.OpenProvider(L"SimPrinter", 1, &m_handle));
+    EXPECT_EQ((std::vector<std::string>{"PTOpenProvider: unknown key \"colour\" in the configuration"}),
+              m_provider.Report().notes);
+    EXPECT_EQ(kNoSuchPrinter, m_provider.OpenProvider(L"SimPrinter", 1, &m_handle));
 }
 
 }  // namespace

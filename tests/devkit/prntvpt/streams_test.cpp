@@ -7,13 +7,15 @@
 namespace devkit::prntvpt {
 namespace {
 
+using namespace std::string_view_literals;
+
 TEST(Streams, ReadFromTheCurrentPositionToTheEnd) {
     const auto stream = MemoryStream::Make("0123456789", 4);
     std::string bytes;
-    EXPECT_EQ(ReadToEnd(stream.Get(), 100, bytes), S_OK);
-    EXPECT_EQ(bytes, "456789");
-    EXPECT_EQ(stream->Position(), 10U);
-    EXPECT_EQ(stream->Seeks(), 0);
+    EXPECT_EQ(S_OK, ReadToEnd(stream.Get(), 100, bytes));
+    EXPECT_EQ("456789", bytes);
+    EXPECT_EQ(10U, stream->Position());
+    EXPECT_EQ(0, stream->Seeks());
 }
 
 TEST(Streams, ReadInBlocksOfAnySize) {
@@ -22,8 +24,8 @@ TEST(Streams, ReadInBlocksOfAnySize) {
         const auto stream = MemoryStream::Make(content);
         stream->LimitBlocks(most);
         std::string bytes;
-        EXPECT_EQ(ReadToEnd(stream.Get(), 100'000, bytes), S_OK);
-        EXPECT_EQ(bytes, content);
+        EXPECT_EQ(S_OK, ReadToEnd(stream.Get(), 100'000, bytes));
+        EXPECT_EQ(content, bytes);
     }
 }
 
@@ -31,15 +33,15 @@ TEST(Streams, ReadAsksNoMoreOnceTheEndIsTold) {
     const auto stream = MemoryStream::Make("0123456789");
     stream->TellTheEnd();
     std::string bytes;
-    EXPECT_EQ(ReadToEnd(stream.Get(), 100, bytes), S_OK);
-    EXPECT_EQ(bytes, "0123456789");
-    EXPECT_EQ(stream->Reads(), 1);
+    EXPECT_EQ(S_OK, ReadToEnd(stream.Get(), 100, bytes));
+    EXPECT_EQ("0123456789", bytes);
+    EXPECT_EQ(1, stream->Reads());
 }
 
 TEST(Streams, ReadStopsBeyondTheLimit) {
     const auto stream = MemoryStream::Make(std::string(1'000'000, 'x'));
     std::string bytes;
-    EXPECT_EQ(ReadToEnd(stream.Get(), 1000, bytes), S_OK);
+    EXPECT_EQ(S_OK, ReadToEnd(stream.Get(), 1000, bytes));
     EXPECT_GT(bytes.size(), 1000U);
     EXPECT_LT(bytes.size(), 20'000U);
 }
@@ -48,28 +50,38 @@ TEST(Streams, ReadFailsWithTheStream) {
     const auto stream = MemoryStream::Make("x");
     stream->FailReads(STG_E_READFAULT);
     std::string bytes;
-    EXPECT_EQ(ReadToEnd(stream.Get(), 100, bytes), STG_E_READFAULT);
+    EXPECT_EQ(STG_E_READFAULT, ReadToEnd(stream.Get(), 100, bytes));
 }
 
 TEST(Streams, WriteAtTheCurrentPositionInBlocksOfAnySize) {
     const auto stream = MemoryStream::Make("abcdef", 2);
     stream->LimitBlocks(1);
-    EXPECT_EQ(WriteAll(stream.Get(), "XYZ"), S_OK);
-    EXPECT_EQ(stream->Bytes(), "abXYZf");
-    EXPECT_EQ(stream->Position(), 5U);
-    EXPECT_EQ(stream->Seeks(), 0);
+    EXPECT_EQ(S_OK, WriteAll(stream.Get(), "XYZ"));
+    EXPECT_EQ("abXYZf", stream->Bytes());
+    EXPECT_EQ(5U, stream->Position());
+    EXPECT_EQ(0, stream->Seeks());
 }
 
 TEST(Streams, WriteFailsWithTheStream) {
     const auto stream = MemoryStream::Make();
     stream->FailWrites(STG_E_ACCESSDENIED);
-    EXPECT_EQ(WriteAll(stream.Get(), "x"), STG_E_ACCESSDENIED);
+    EXPECT_EQ(STG_E_ACCESSDENIED, WriteAll(stream.Get(), "x"));
 }
 
 TEST(Streams, WriteFailsWhenTheStreamTakesNothing) {
     const auto stream = MemoryStream::Make();
     stream->LimitBlocks(0);
-    EXPECT_EQ(WriteAll(stream.Get(), "x"), STG_E_MEDIUMFULL);
+    EXPECT_EQ(STG_E_MEDIUMFULL, WriteAll(stream.Get(), "x"));
+}
+
+TEST(DocumentText, HasNoMark) {
+    EXPECT_EQ("<a/>", DocumentText("\xEF\xBB\xBF<a/>"));
+    EXPECT_EQ("<a/>", DocumentText("\xFF\xFE<\0a\0/\0>\0"sv));
+    EXPECT_EQ("<a/>", DocumentText("\xFE\xFF\0<\0a\0/\0>"sv));
+    EXPECT_EQ("<a/>", DocumentText("<\0a\0/\0>\0"sv));
+    EXPECT_EQ("<a/>", DocumentText("<a/>"));
+    EXPECT_EQ("", DocumentText(""));
+    EXPECT_EQ("<", DocumentText("\xFF\xFE<\0a"sv));
 }
 
 }  // namespace

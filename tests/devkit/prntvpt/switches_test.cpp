@@ -9,7 +9,7 @@ namespace devkit::prntvpt {
 namespace {
 
 [[nodiscard]] std::string Refusal(std::string_view key, std::string_view value) {
-    Switches switches;
+    Behaviour switches;
     try {
         SetSwitch(switches, key, value);
         return {};
@@ -19,27 +19,28 @@ namespace {
 }
 
 TEST(Switches, DefaultsComeFirst) {
-    EXPECT_EQ(DescribeSwitches(Switches()), (std::vector<std::string>{"private=known",
-                                                                      "strict=features",
-                                                                      "prefixes=std",
-                                                                      "order=device",
-                                                                      "encoding=utf8",
-                                                                      "whitespace=none",
-                                                                      "duplicates=refuse",
-                                                                      "mixed-values=first",
-                                                                      "orphans=keep",
-                                                                      "fallback=default",
-                                                                      "option-props=strip",
-                                                                      "drop-is-conflict=0",
-                                                                      "thread=enforce",
-                                                                      "bins=job",
-                                                                      "no-scaling=0",
-                                                                      "no-copies=0",
-                                                                      "feed=scored",
-                                                                      "imageable=oriented",
-                                                                      "us=0",
-                                                                      "private-size-names=0",
-                                                                      "snapshot=0"}));
+    EXPECT_EQ((std::vector<std::string>{"private=known",
+                                        "strict=features",
+                                        "prefixes=std",
+                                        "order=device",
+                                        "encoding=utf8",
+                                        "whitespace=none",
+                                        "duplicates=refuse",
+                                        "mixed-values=first",
+                                        "orphans=keep",
+                                        "fallback=default",
+                                        "option-props=strip",
+                                        "drop-is-conflict=0",
+                                        "thread=enforce",
+                                        "bins=job",
+                                        "no-scaling=0",
+                                        "no-copies=0",
+                                        "feed=scored",
+                                        "imageable=oriented",
+                                        "us=0",
+                                        "private-size-names=0",
+                                        "snapshot=0"}),
+              DescribeSwitches(Behaviour()));
 }
 
 TEST(Switches, EveryValueOfEverySwitchIsReadAsItIsWritten) {
@@ -68,22 +69,22 @@ TEST(Switches, EveryValueOfEverySwitchIsReadAsItIsWritten) {
     };
     for (const std::vector<std::string>& row : table) {
         for (std::size_t index = 1; index < row.size(); ++index) {
-            Switches switches;
+            Behaviour switches;
             SetSwitch(switches, row[0], row[index]);
             const std::vector<std::string> lines = DescribeSwitches(switches);
             EXPECT_NE(std::find(lines.begin(), lines.end(), row[0] + "=" + row[index]), lines.end())
                 << row[0] << " " << row[index];
         }
     }
-    EXPECT_EQ(table.size(), DescribeSwitches(Switches()).size());
+    EXPECT_EQ(DescribeSwitches(Behaviour()).size(), table.size());
 }
 
 TEST(Switches, RefusesUnknownKeysAndValues) {
-    EXPECT_EQ(Refusal("privat", "strict"), "there is no switch \"privat\"");
-    EXPECT_EQ(Refusal("private", "Strict"), "switch private: \"Strict\" is none of known, strict, all");
-    EXPECT_EQ(Refusal("us", ""), "switch us: \"\" is none of 0, 1");
-    EXPECT_EQ(Refusal("snapshot", "-1"), "switch snapshot: \"-1\" is none of 0 to 4194304");
-    EXPECT_EQ(Refusal("snapshot", "4194305"), "switch snapshot: \"4194305\" is none of 0 to 4194304");
+    EXPECT_EQ("there is no switch \"privat\"", Refusal("privat", "strict"));
+    EXPECT_EQ("switch private: \"Strict\" is none of known, strict, all", Refusal("private", "Strict"));
+    EXPECT_EQ("switch us: \"\" is none of 0, 1", Refusal("us", ""));
+    EXPECT_EQ("switch snapshot: \"-1\" is none of 0 to 4194304", Refusal("snapshot", "-1"));
+    EXPECT_EQ("switch snapshot: \"4194305\" is none of 0 to 4194304", Refusal("snapshot", "4194305"));
 }
 
 }  // namespace

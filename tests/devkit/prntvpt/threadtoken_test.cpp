@@ -47,8 +47,8 @@ TEST(ThreadToken, IsTheTokenThatTheThreadWasGiven) {
     const Token other = MakeToken();
     LUID givenId{};
     LUID otherId{};
-    ASSERT_EQ(GetTokenId(given.get(), givenId), S_OK);
-    ASSERT_EQ(GetTokenId(other.get(), otherId), S_OK);
+    ASSERT_EQ(S_OK, GetTokenId(given.get(), givenId));
+    ASSERT_EQ(S_OK, GetTokenId(other.get(), otherId));
     EXPECT_FALSE(IsSame(givenId, otherId));
     const Impersonation user(given.get());
     const ThreadToken token = QueryThreadToken();
@@ -59,7 +59,7 @@ TEST(ThreadToken, IsTheTokenThatTheThreadWasGiven) {
 
 TEST(ThreadToken, IdOfNoTokenFails) {
     LUID id{};
-    EXPECT_EQ(GetTokenId(nullptr, id), HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE), GetTokenId(nullptr, id));
 }
 
 class TokenTest : public ProviderTest {
@@ -71,61 +71,62 @@ class TokenTest : public ProviderTest {
 TEST_F(TokenTest, NoTokenIsExpectedAtFirst) {
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
     EXPECT_FALSE(LastCall().impersonating);
-    EXPECT_EQ(LastCall().expectedToken, std::nullopt);
-    EXPECT_EQ(Report().notes, std::vector<std::string>());
+    EXPECT_EQ(std::nullopt, LastCall().expectedToken);
+    EXPECT_EQ(std::vector<std::string>(), Report().notes);
 }
 
 TEST_F(TokenTest, EveryCallTellsWhetherItRunsUnderTheExpectedToken) {
     const Token expected = MakeToken();
     const Token other = MakeToken();
-    ASSERT_EQ(m_provider.ExpectToken(expected.get()), S_OK);
+    ASSERT_EQ(S_OK, m_provider.ExpectToken(expected.get()));
     {
         const Impersonation user(expected.get());
         static_cast<void>(Merge(DefaultTicket(), std::nullopt));
     }
     EXPECT_TRUE(LastCall().impersonating);
-    EXPECT_EQ(LastCall().expectedToken, true);
-    EXPECT_EQ(Report().notes, std::vector<std::string>());
+    EXPECT_EQ(true, LastCall().expectedToken);
+    EXPECT_EQ(std::vector<std::string>(), Report().notes);
     {
         const Impersonation user(other.get());
         static_cast<void>(Capabilities());
     }
     EXPECT_TRUE(LastCall().impersonating);
-    EXPECT_EQ(LastCall().expectedToken, false);
+    EXPECT_EQ(false, LastCall().expectedToken);
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
     EXPECT_FALSE(LastCall().impersonating);
-    EXPECT_EQ(LastCall().expectedToken, false);
-    EXPECT_EQ(Report().notes, (std::vector<std::string>{
-                                  "PTGetPrintCapabilities was called without the expected token",
-                                  "PTMergeAndValidatePrintTicket was called without the expected token"}));
+    EXPECT_EQ(false, LastCall().expectedToken);
+    EXPECT_EQ(
+        (std::vector<std::string>{"PTGetPrintCapabilities was called without the expected token",
+                                  "PTMergeAndValidatePrintTicket was called without the expected token"}),
+        Report().notes);
 }
 
 TEST_F(TokenTest, ClosingNeedsNoToken) {
     const Token expected = MakeToken();
-    ASSERT_EQ(m_provider.ExpectToken(expected.get()), S_OK);
+    ASSERT_EQ(S_OK, m_provider.ExpectToken(expected.get()));
     Close();
-    EXPECT_EQ(LastCall().function, "PTCloseProvider");
-    EXPECT_EQ(LastCall().expectedToken, false);
-    EXPECT_EQ(Report().notes, std::vector<std::string>());
+    EXPECT_EQ("PTCloseProvider", LastCall().function);
+    EXPECT_EQ(false, LastCall().expectedToken);
+    EXPECT_EQ(std::vector<std::string>(), Report().notes);
 }
 
 TEST_F(TokenTest, ExpectationCanBeTakenBackAndOutlivesTheHandle) {
     {
         const Token expected = MakeToken();
-        ASSERT_EQ(m_provider.ExpectToken(expected.get()), S_OK);
+        ASSERT_EQ(S_OK, m_provider.ExpectToken(expected.get()));
     }
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
-    EXPECT_EQ(LastCall().expectedToken, false);
-    ASSERT_EQ(m_provider.ExpectToken(nullptr), S_OK);
+    EXPECT_EQ(false, LastCall().expectedToken);
+    ASSERT_EQ(S_OK, m_provider.ExpectToken(nullptr));
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
-    EXPECT_EQ(LastCall().expectedToken, std::nullopt);
+    EXPECT_EQ(std::nullopt, LastCall().expectedToken);
 }
 
 TEST_F(TokenTest, WhatIsNoTokenIsRefusedAndChangesNothing) {
-    EXPECT_EQ(m_provider.ExpectToken(reinterpret_cast<HANDLE>(std::uintptr_t{0x7FFF0})),
-              HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE),
+              m_provider.ExpectToken(reinterpret_cast<HANDLE>(std::uintptr_t{0x7FFF0})));
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
-    EXPECT_EQ(LastCall().expectedToken, std::nullopt);
+    EXPECT_EQ(std::nullopt, LastCall().expectedToken);
 }
 
 }  // namespace

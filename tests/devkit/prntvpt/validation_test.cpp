@@ -3,16 +3,20 @@
 #include "devkit/printschema/names.h"
 #include "devkit/printschema/reader.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 // What the provider makes of a ticket, case by case, as documented for print ticket validation.
 
 namespace devkit::prntvpt {
 namespace {
 
+using namespace printschema;
+
+using namespace tests;
+
 using Lines = std::vector<std::string>;
 
-constexpr const char* A4 =
+constexpr const char* kA4 =
     "psk:PageMediaSize[psk:ISOA4(psk:MediaSizeWidth=210000,psk:MediaSizeHeight=297000)]";
 
 // A feature with one option.
@@ -22,32 +26,6 @@ constexpr const char* A4 =
            "</psf:Option></psf:Feature>";
 }
 
-[[nodiscard]] std::string Scored(const std::string& name, const std::string& type, const std::string& value) {
-    return "<psf:ScoredProperty name=\"" + name + "\"><psf:Value xsi:type=\"xsd:" + type + "\">" + value +
-           "</psf:Value></psf:ScoredProperty>";
-}
-
-[[nodiscard]] std::string Reference(const std::string& name, const std::string& parameter) {
-    return "<psf:ScoredProperty name=\"" + name + "\"><psf:ParameterRef name=\"" + parameter +
-           "\"/></psf:ScoredProperty>";
-}
-
-[[nodiscard]] std::string Sheet(const std::string& option, int width, int height) {
-    return Select("psk:PageMediaSize", option,
-                  Scored("psk:MediaSizeWidth", "integer", std::to_string(width)) +
-                      Scored("psk:MediaSizeHeight", "integer", std::to_string(height)));
-}
-
-[[nodiscard]] std::string Parameter(const std::string& name, const std::string& value) {
-    return "<psf:ParameterInit name=\"" + name + "\"><psf:Value xsi:type=\"xsd:integer\">" + value +
-           "</psf:Value></psf:ParameterInit>";
-}
-
-[[nodiscard]] std::string TextProperty(const std::string& name, const std::string& text) {
-    return "<psf:Property name=\"" + name + "\"><psf:Value xsi:type=\"xsd:string\">" + text +
-           "</psf:Value></psf:Property>";
-}
-
 class ValidationTest : public ProviderTest {
   protected:
     void SetUp() override { Use({}); }
@@ -55,8 +33,8 @@ class ValidationTest : public ProviderTest {
     // Merges the delta into the default ticket at job scope; the line of `local` in the result.
     [[nodiscard]] std::string LineAfter(const std::string& delta, const char* local, HRESULT expected) {
         const WrittenResult merged = MergeWithDefault(Ticket(delta));
-        EXPECT_EQ(merged.result, expected) << delta;
-        EXPECT_EQ(merged.error, std::nullopt);
+        EXPECT_EQ(expected, merged.result) << delta;
+        EXPECT_EQ(std::nullopt, merged.error);
         return Line(merged.bytes, local);
     }
     // The lines of the default ticket with one of them replaced.
@@ -72,22 +50,22 @@ class ValidationTest : public ProviderTest {
 
 TEST_F(ValidationTest, SupportedOptionOfTheDeltaIsTakenAndAllElseStays) {
     const WrittenResult merged = MergeWithDefault(Ticket(Select("psk:PageOrientation", "psk:Landscape")));
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Summarize(merged.bytes), DefaultWith("psk:PageOrientation[psk:Landscape]"));
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ(DefaultWith("psk:PageOrientation[psk:Landscape]"), Summarize(merged.bytes));
 }
 
 TEST_F(ValidationTest, EmptyBaseBecomesACompleteTicketWithoutConflict) {
     const WrittenResult merged = Merge(Ticket(""), std::nullopt);
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Summarize(merged.bytes), Summarize(DefaultTicket()));
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ(Summarize(DefaultTicket()), Summarize(merged.bytes));
 }
 
 TEST_F(ValidationTest, NullDeltaValidatesTheBase) {
     const WrittenResult merged =
         Merge(Ticket(Sheet("psk:ISOA5", 148000, 210000)), std::nullopt, kPTPageScope);
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSize"),
-              "psk:PageMediaSize[psk:ISOA5(psk:MediaSizeWidth=148000,psk:MediaSizeHeight=210000)]");
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ("psk:PageMediaSize[psk:ISOA5(psk:MediaSizeWidth=148000,psk:MediaSizeHeight=210000)]",
+              Line(merged.bytes, "PageMediaSize"));
 }
 
 TEST_F(ValidationTest, EntriesOfAWiderScopeAreIgnoredInTheDeltaAndLeftOutOfTheResult) {
@@ -96,14 +74,14 @@ TEST_F(ValidationTest, EntriesOfAWiderScopeAreIgnoredInTheDeltaAndLeftOutOfTheRe
                Select("psk:PageOrientation", "psk:Landscape") + Parameter("psk:JobCopiesAllDocuments", "5") +
                TextProperty("psk:JobName", "x"));
     const Lines page = Summarize(MergeWithDefault(delta, kPTPageScope).bytes);
-    ASSERT_EQ(page.size(), 6U);
-    for (const std::string& line : page) EXPECT_EQ(line.substr(0, 8), "psk:Page");
-    EXPECT_EQ(page[2], "psk:PageOrientation[psk:Landscape]");
+    ASSERT_EQ(6U, page.size());
+    for (const std::string& line : page) EXPECT_EQ("psk:Page", line.substr(0, 8));
+    EXPECT_EQ("psk:PageOrientation[psk:Landscape]", page[2]);
     const Lines document = Summarize(MergeWithDefault(delta, kPTDocumentScope).bytes);
-    ASSERT_EQ(document.size(), 7U);
-    EXPECT_EQ(document[0], "psk:DocumentCollate[psk:Uncollated]");
-    EXPECT_EQ(Line(MergeWithDefault(delta, kPTJobScope).bytes, "JobCopiesAllDocuments"),
-              "psk:JobCopiesAllDocuments=5");
+    ASSERT_EQ(7U, document.size());
+    EXPECT_EQ("psk:DocumentCollate[psk:Uncollated]", document[0]);
+    EXPECT_EQ("psk:JobCopiesAllDocuments=5",
+              Line(MergeWithDefault(delta, kPTJobScope).bytes, "JobCopiesAllDocuments"));
 }
 
 TEST_F(ValidationTest, FeatureIsReplacedWholeWithItsSubFeatures) {
@@ -114,28 +92,30 @@ TEST_F(ValidationTest, FeatureIsReplacedWholeWithItsSubFeatures) {
     const std::string delta =
         Ticket(R"(<psf:Feature name="psk:JobNUpAllDocumentsContiguously"><psf:Option>)" +
                Scored("psk:PagesPerSheet", "integer", "2") + "</psf:Option></psf:Feature>");
-    EXPECT_EQ(Line(Merge(base, std::nullopt).bytes, "JobNUpAllDocumentsContiguously"),
-              "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=4)]"
-              "{psk:PresentationDirection[psk:BottomRight]}");
-    EXPECT_EQ(Line(Merge(base, delta).bytes, "JobNUpAllDocumentsContiguously"),
-              "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=2)]"
-              "{psk:PresentationDirection[psk:RightBottom]}");
+    EXPECT_EQ(
+        "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=4)]"
+        "{psk:PresentationDirection[psk:BottomRight]}",
+        Line(Merge(base, std::nullopt).bytes, "JobNUpAllDocumentsContiguously"));
+    EXPECT_EQ(
+        "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=2)]"
+        "{psk:PresentationDirection[psk:RightBottom]}",
+        Line(Merge(base, delta).bytes, "JobNUpAllDocumentsContiguously"));
 }
 
 TEST_F(ValidationTest, ParametersAreMergedIndependentlyOfTheOptionsThatReferToThem) {
     const std::string square =
         Select("psk:PageScaling", "psk:CustomSquare", Reference("psk:Scale", "psk:PageScalingScale"));
     const std::string base = Ticket(square + Parameter("psk:PageScalingScale", "50"));
-    EXPECT_EQ(Line(Merge(base, Ticket(square)).bytes, "PageScalingScale"), "psk:PageScalingScale=50");
-    EXPECT_EQ(Line(Merge(base, Ticket(Parameter("psk:PageScalingScale", "75"))).bytes, "PageScalingScale"),
-              "psk:PageScalingScale=75");
+    EXPECT_EQ("psk:PageScalingScale=50", Line(Merge(base, Ticket(square)).bytes, "PageScalingScale"));
+    EXPECT_EQ("psk:PageScalingScale=75",
+              Line(Merge(base, Ticket(Parameter("psk:PageScalingScale", "75"))).bytes, "PageScalingScale"));
 }
 
 TEST_F(ValidationTest, NameWithoutScopeIsAJobNameAndNoted) {
     const WrittenResult merged = MergeWithDefault(Ticket(TextProperty("psk:Title", "x")), kPTPageScope);
-    EXPECT_EQ(Line(merged.bytes, "Title"), "");
-    EXPECT_EQ(Report().notes, (Lines{"the name Title begins with none of Job, Document and Page"}));
-    EXPECT_EQ(Line(MergeWithDefault(Ticket(TextProperty("psk:Title", "x"))).bytes, "Title"), "#psk:Title=x");
+    EXPECT_EQ("", Line(merged.bytes, "Title"));
+    EXPECT_EQ((Lines{"the name Title begins with none of Job, Document and Page"}), Report().notes);
+    EXPECT_EQ("#psk:Title=x", Line(MergeWithDefault(Ticket(TextProperty("psk:Title", "x"))).bytes, "Title"));
 }
 
 // Namespaces.
@@ -144,83 +124,87 @@ TEST_F(ValidationTest, ForeignNamespaceIsRemovedWithDescendantsAndWithoutConflic
     const std::string delta = Select("acme:PageStamp", "acme:Confidential", TextProperty("psk:X", "y")) +
                               Parameter("acme:PageStampAngle", "45") + TextProperty("acme:JobOwner", "me");
     const WrittenResult merged = MergeWithDefault(Ticket(delta));
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Summarize(merged.bytes), Summarize(DefaultTicket()));
-    EXPECT_EQ(merged.bytes.find("acme"), std::string::npos);
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ(Summarize(DefaultTicket()), Summarize(merged.bytes));
+    EXPECT_EQ(std::string::npos, merged.bytes.find("acme"));
 }
 
 TEST_F(ValidationTest, ForeignNamespaceIsRemovedAtAnyLevel) {
     const std::string nested = R"(<psf:Feature name="psk:PageScaling"><psf:Option name="psk:None"/>)" +
                                Select("acme:Extra", "acme:On") + "</psf:Feature>";
-    EXPECT_EQ(LineAfter(nested, "PageScaling", NoConflict),
-              "psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}");
+    EXPECT_EQ("psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}",
+              LineAfter(nested, "PageScaling", kNoConflict));
     // Without its only option the feature is one without an option.
-    EXPECT_EQ(LineAfter(Select("psk:PageOrientation", "acme:Upright"), "PageOrientation", NoConflict),
-              "psk:PageOrientation[psk:Portrait]");
+    EXPECT_EQ("psk:PageOrientation[psk:Portrait]",
+              LineAfter(Select("psk:PageOrientation", "acme:Upright"), "PageOrientation", kNoConflict));
 }
 
 TEST_F(ValidationTest, PrivateFeatureOfTheDeviceIsValidatedLikeAnyOther) {
-    EXPECT_EQ(LineAfter(Select("dev:JobTonerSave", "dev:On"), "JobTonerSave", NoConflict),
-              "dev:JobTonerSave[dev:On]");
-    EXPECT_EQ(LineAfter(Select("dev:JobTonerSave", "dev:Maybe"), "JobTonerSave", ConflictResolved),
-              "dev:JobTonerSave[dev:Off]");
+    EXPECT_EQ("dev:JobTonerSave[dev:On]",
+              LineAfter(Select("dev:JobTonerSave", "dev:On"), "JobTonerSave", kNoConflict));
+    EXPECT_EQ("dev:JobTonerSave[dev:Off]",
+              LineAfter(Select("dev:JobTonerSave", "dev:Maybe"), "JobTonerSave", kConflictResolved));
 }
 
 TEST_F(ValidationTest, PrivateOptionOfAPublicFeatureSurvives) {
-    EXPECT_EQ(LineAfter(Select("psk:JobInputBin", "dev:Tray1"), "JobInputBin", NoConflict),
-              "psk:JobInputBin[dev:Tray1(psk:BinType=psk:SheetFeed,psk:FeedType=psk:Automatic,"
-              "psk:MediaCapacity=psk:Standard,psk:MediaSheetCapacity=250,"
-              "psk:FeedDirection=psk:ShortEdgeFirst)]");
+    EXPECT_EQ(
+        "psk:JobInputBin[dev:Tray1(psk:BinType=psk:SheetFeed,psk:FeedType=psk:Automatic,"
+        "psk:MediaCapacity=psk:Standard,psk:MediaSheetCapacity=250,"
+        "psk:FeedDirection=psk:ShortEdgeFirst)]",
+        LineAfter(Select("psk:JobInputBin", "dev:Tray1"), "JobInputBin", kNoConflict));
 }
 
 TEST_F(ValidationTest, PublicFeatureThatTheDeviceLacksIsRemovedWithConflict) {
-    EXPECT_EQ(LineAfter(Select("psk:PageBorderless", "psk:None"), "PageBorderless", ConflictResolved), "");
-    EXPECT_EQ(LineAfter(Select("psk:DocumentDuplex", "psk:OneSided"), "DocumentDuplex", ConflictResolved),
-              "");
+    EXPECT_EQ("", LineAfter(Select("psk:PageBorderless", "psk:None"), "PageBorderless", kConflictResolved));
+    EXPECT_EQ("",
+              LineAfter(Select("psk:DocumentDuplex", "psk:OneSided"), "DocumentDuplex", kConflictResolved));
 }
 
 TEST_F(ValidationTest, UnknownNameInAKnownNamespaceIsNoFormatError) {
-    EXPECT_EQ(LineAfter(Select("psk:PageNoSuchFeature", "psk:X"), "PageNoSuchFeature", ConflictResolved), "");
-    EXPECT_EQ(LineAfter(TextProperty("psk:JobNoSuchProperty", "x"), "JobNoSuchProperty", NoConflict),
-              "#psk:JobNoSuchProperty=x");
-    EXPECT_EQ(LineAfter(R"(<psf:Feature name="psk:PageScaling"><psf:Option name="psk:None"/>)" +
+    EXPECT_EQ("",
+              LineAfter(Select("psk:PageNoSuchFeature", "psk:X"), "PageNoSuchFeature", kConflictResolved));
+    EXPECT_EQ("#psk:JobNoSuchProperty=x",
+              LineAfter(TextProperty("psk:JobNoSuchProperty", "x"), "JobNoSuchProperty", kNoConflict));
+    EXPECT_EQ("psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}",
+              LineAfter(R"(<psf:Feature name="psk:PageScaling"><psf:Option name="psk:None"/>)" +
                             Select("psk:NoSuchPart", "psk:X") + "</psf:Feature>",
-                        "PageScaling", ConflictResolved),
-              "psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}");
+                        "PageScaling", kConflictResolved));
 }
 
 // Options.
 
 TEST_F(ValidationTest, UnsupportedOptionBecomesTheDefaultWithConflict) {
-    EXPECT_EQ(LineAfter(Sheet("psk:ISOA3", 297000, 420000), "PageMediaSize", ConflictResolved), A4);
-    EXPECT_EQ(LineAfter(Select("psk:PageOrientation", "psk:Sideways"), "PageOrientation", ConflictResolved),
-              "psk:PageOrientation[psk:Portrait]");
+    EXPECT_EQ(kA4, LineAfter(Sheet("psk:ISOA3", 297000, 420000), "PageMediaSize", kConflictResolved));
+    EXPECT_EQ("psk:PageOrientation[psk:Portrait]",
+              LineAfter(Select("psk:PageOrientation", "psk:Sideways"), "PageOrientation", kConflictResolved));
 }
 
 TEST_F(ValidationTest, DefaultIsTheDevicesAndNotTheBases) {
     const std::string base = Ticket(Select("psk:PageOrientation", "psk:Landscape"));
     const WrittenResult merged = Merge(base, Ticket(Select("psk:PageOrientation", "psk:Sideways")));
-    EXPECT_EQ(Line(merged.bytes, "PageOrientation"), "psk:PageOrientation[psk:Portrait]");
+    EXPECT_EQ("psk:PageOrientation[psk:Portrait]", Line(merged.bytes, "PageOrientation"));
 }
 
 TEST_F(ValidationTest, OptionOfAnotherNameAndTheSameSizeIsTheDevicesWithConflict) {
-    EXPECT_EQ(LineAfter(Sheet("psk:NorthAmericaNote", 215900, 279400), "PageMediaSize", ConflictResolved),
-              "psk:PageMediaSize[psk:NorthAmericaLetter(psk:MediaSizeWidth=215900,"
-              "psk:MediaSizeHeight=279400)]");
+    EXPECT_EQ(
+        "psk:PageMediaSize[psk:NorthAmericaLetter(psk:MediaSizeWidth=215900,"
+        "psk:MediaSizeHeight=279400)]",
+        LineAfter(Sheet("psk:NorthAmericaNote", 215900, 279400), "PageMediaSize", kConflictResolved));
 }
 
 TEST_F(ValidationTest, NameCountsMoreThanNumbers) {
-    EXPECT_EQ(LineAfter(Sheet("psk:ISOA4", 215900, 279400), "PageMediaSize", NoConflict), A4);
+    EXPECT_EQ(kA4, LineAfter(Sheet("psk:ISOA4", 215900, 279400), "PageMediaSize", kNoConflict));
 }
 
 TEST_F(ValidationTest, UnknownSizeWithinTheCustomRangeBecomesACustomSheetOfThatSize) {
     const WrittenResult merged = MergeWithDefault(Ticket(Sheet("psk:ISOB5Envelope", 176000, 250000)));
-    EXPECT_EQ(merged.result, ConflictResolved);
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSize"),
-              "psk:PageMediaSize[psk:CustomMediaSize(psk:MediaSizeWidth=@psk:PageMediaSizeMediaSizeWidth,"
-              "psk:MediaSizeHeight=@psk:PageMediaSizeMediaSizeHeight)]");
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSizeMediaSizeWidth"), "psk:PageMediaSizeMediaSizeWidth=176000");
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSizeMediaSizeHeight"), "psk:PageMediaSizeMediaSizeHeight=250000");
+    EXPECT_EQ(kConflictResolved, merged.result);
+    EXPECT_EQ(
+        "psk:PageMediaSize[psk:CustomMediaSize(psk:MediaSizeWidth=@psk:PageMediaSizeMediaSizeWidth,"
+        "psk:MediaSizeHeight=@psk:PageMediaSizeMediaSizeHeight)]",
+        Line(merged.bytes, "PageMediaSize"));
+    EXPECT_EQ("psk:PageMediaSizeMediaSizeWidth=176000", Line(merged.bytes, "PageMediaSizeMediaSizeWidth"));
+    EXPECT_EQ("psk:PageMediaSizeMediaSizeHeight=250000", Line(merged.bytes, "PageMediaSizeMediaSizeHeight"));
 }
 
 TEST_F(ValidationTest, CustomSheetKeepsItsReferencesAndParameters) {
@@ -231,25 +215,26 @@ TEST_F(ValidationTest, CustomSheetKeepsItsReferencesAndParameters) {
     const WrittenResult merged =
         MergeWithDefault(Ticket(custom + Parameter("psk:PageMediaSizeMediaSizeWidth", "150000") +
                                 Parameter("psk:PageMediaSizeMediaSizeHeight", "200000")));
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Summarize(merged.bytes)[1], "psk:PageMediaSizeMediaSizeWidth=150000");
-    EXPECT_EQ(Summarize(merged.bytes)[2], "psk:PageMediaSizeMediaSizeHeight=200000");
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSize"),
-              "psk:PageMediaSize[psk:CustomMediaSize(psk:MediaSizeWidth=@psk:PageMediaSizeMediaSizeWidth,"
-              "psk:MediaSizeHeight=@psk:PageMediaSizeMediaSizeHeight)]");
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ("psk:PageMediaSizeMediaSizeWidth=150000", Summarize(merged.bytes)[1]);
+    EXPECT_EQ("psk:PageMediaSizeMediaSizeHeight=200000", Summarize(merged.bytes)[2]);
+    EXPECT_EQ(
+        "psk:PageMediaSize[psk:CustomMediaSize(psk:MediaSizeWidth=@psk:PageMediaSizeMediaSizeWidth,"
+        "psk:MediaSizeHeight=@psk:PageMediaSizeMediaSizeHeight)]",
+        Line(merged.bytes, "PageMediaSize"));
 }
 
 TEST_F(ValidationTest, CustomSheetWithLiteralNumbersGetsThemAsParameters) {
     const WrittenResult merged = MergeWithDefault(Ticket(Sheet("psk:CustomMediaSize", 150000, 200000)));
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSizeMediaSizeWidth"), "psk:PageMediaSizeMediaSizeWidth=150000");
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ("psk:PageMediaSizeMediaSizeWidth=150000", Line(merged.bytes, "PageMediaSizeMediaSizeWidth"));
 }
 
 TEST_F(ValidationTest, CustomSheetWithoutParametersGetsTheDefaults) {
     const WrittenResult merged = MergeWithDefault(Ticket(Select("psk:PageMediaSize", "psk:CustomMediaSize")));
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSizeMediaSizeWidth"), "psk:PageMediaSizeMediaSizeWidth=210000");
-    EXPECT_EQ(Line(merged.bytes, "PageMediaSizeMediaSizeHeight"), "psk:PageMediaSizeMediaSizeHeight=297000");
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ("psk:PageMediaSizeMediaSizeWidth=210000", Line(merged.bytes, "PageMediaSizeMediaSizeWidth"));
+    EXPECT_EQ("psk:PageMediaSizeMediaSizeHeight=297000", Line(merged.bytes, "PageMediaSizeMediaSizeHeight"));
 }
 
 TEST_F(ValidationTest, UnnamedOptionIsFoundByItsScoredProperties) {
@@ -258,19 +243,21 @@ TEST_F(ValidationTest, UnnamedOptionIsFoundByItsScoredProperties) {
                Scored("psk:PagesPerSheet", "integer", pages) + "</psf:Option></psf:Feature>";
     };
     const char* const name = "JobNUpAllDocumentsContiguously";
-    EXPECT_EQ(LineAfter(perSheet("4"), name, NoConflict),
-              "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=4)]"
-              "{psk:PresentationDirection[psk:RightBottom]}");
-    EXPECT_EQ(LineAfter(perSheet("3"), name, ConflictResolved),
-              "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=1)]"
-              "{psk:PresentationDirection[psk:RightBottom]}");
+    EXPECT_EQ(
+        "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=4)]"
+        "{psk:PresentationDirection[psk:RightBottom]}",
+        LineAfter(perSheet("4"), name, kNoConflict));
+    EXPECT_EQ(
+        "psk:JobNUpAllDocumentsContiguously[(psk:PagesPerSheet=1)]"
+        "{psk:PresentationDirection[psk:RightBottom]}",
+        LineAfter(perSheet("3"), name, kConflictResolved));
     const std::string resolution = R"(<psf:Feature name="psk:PageResolution"><psf:Option>)" +
                                    Scored("psk:ResolutionX", "integer", "1200") +
                                    Scored("psk:ResolutionY", "integer", "1200") +
                                    "</psf:Option></psf:Feature>";
-    EXPECT_EQ(
-        LineAfter(resolution + Select("psk:PageOutputColor", "psk:Monochrome"), "PageResolution", NoConflict),
-        "psk:PageResolution[dev:R1200(psk:ResolutionX=1200,psk:ResolutionY=1200)]");
+    EXPECT_EQ("psk:PageResolution[dev:R1200(psk:ResolutionX=1200,psk:ResolutionY=1200)]",
+              LineAfter(resolution + Select("psk:PageOutputColor", "psk:Monochrome"), "PageResolution",
+                        kNoConflict));
 }
 
 TEST_F(ValidationTest, ScoredPropertiesMatchAsNameStringOrBareWord) {
@@ -278,8 +265,8 @@ TEST_F(ValidationTest, ScoredPropertiesMatchAsNameStringOrBareWord) {
              {"QName", "psk:LongEdgeFirst"}, {"string", "psk:LongEdgeFirst"}, {"string", "LongEdgeFirst"}}) {
         const std::string tray =
             Select("psk:JobInputBin", "dev:Unknown", Scored("psk:FeedDirection", type, value));
-        EXPECT_EQ(LineAfter(tray, "JobInputBin", ConflictResolved).substr(0, 26),
-                  "psk:JobInputBin[dev:Tray2(")
+        EXPECT_EQ("psk:JobInputBin[dev:Tray2(",
+                  LineAfter(tray, "JobInputBin", kConflictResolved).substr(0, 26))
             << type << value;
     }
 }
@@ -288,18 +275,18 @@ TEST_F(ValidationTest, FirstOfEquallyGoodOptionsIsTaken) {
     // Manual, Tray1 and Tray2 all feed sheets.
     const std::string tray =
         Select("psk:JobInputBin", "dev:Unknown", Scored("psk:BinType", "QName", "psk:SheetFeed"));
-    EXPECT_EQ(LineAfter(tray, "JobInputBin", ConflictResolved).substr(0, 27), "psk:JobInputBin[psk:Manual(");
+    EXPECT_EQ("psk:JobInputBin[psk:Manual(", LineAfter(tray, "JobInputBin", kConflictResolved).substr(0, 27));
 }
 
 TEST_F(ValidationTest, OptionThatIsNotFittedBecomesTheDefaultWithConflict) {
-    EXPECT_EQ(LineAfter(Select("psk:JobInputBin", "dev:Tray3"), "JobInputBin", ConflictResolved),
-              "psk:JobInputBin[psk:AutoSelect]");
+    EXPECT_EQ("psk:JobInputBin[psk:AutoSelect]",
+              LineAfter(Select("psk:JobInputBin", "dev:Tray3"), "JobInputBin", kConflictResolved));
     // Also when others have more in common with it.
-    EXPECT_EQ(LineAfter(Select("psk:JobInputBin", "dev:Tray3",
+    EXPECT_EQ("psk:JobInputBin[psk:AutoSelect]",
+              LineAfter(Select("psk:JobInputBin", "dev:Tray3",
                                Scored("psk:BinType", "QName", "psk:SheetFeed") +
                                    Scored("psk:MediaSheetCapacity", "integer", "500")),
-                        "JobInputBin", ConflictResolved),
-              "psk:JobInputBin[psk:AutoSelect]");
+                        "JobInputBin", kConflictResolved));
 }
 
 TEST(Validation, OptionThatTheAdministratorBarsBecomesTheDefaultWithConflict) {
@@ -309,10 +296,10 @@ TEST(Validation, OptionThatTheAdministratorBarsBecomesTheDefaultWithConflict) {
     }
     const Element ticket =
         ReadFramework(Ticket(Select("psk:PageOutputColor", "psk:Grayscale")), Tag::PrintTicket).root;
-    const ValidatedTicket validated = MergeAndValidate(device, Switches(), ticket, nullptr, kPTJobScope);
+    const ValidatedTicket validated = MergeAndValidate(device, Behaviour(), ticket, nullptr, kPTJobScope);
     EXPECT_TRUE(validated.conflict);
-    EXPECT_EQ(*validated.ticket.Find(Tag::Feature, Keyword("PageOutputColor")),
-              *device.defaultTicket.Find(Tag::Feature, Keyword("PageOutputColor")));
+    EXPECT_EQ(*device.defaultTicket.Find(Tag::Feature, Keyword("PageOutputColor")),
+              *validated.ticket.Find(Tag::Feature, Keyword("PageOutputColor")));
 }
 
 // A device that takes several options of one feature, one of which is the identity.
@@ -335,7 +322,7 @@ class PickManyTest : public testing::Test {
         for (const std::string& option : options) feature += "<psf:Option name=\"psk:" + option + "\"/>";
         const Element ticket = ReadFramework(Ticket(feature + "</psf:Feature>"), Tag::PrintTicket).root;
         const ValidatedTicket validated =
-            MergeAndValidate(m_device, Switches(), ticket, nullptr, kPTJobScope);
+            MergeAndValidate(m_device, Behaviour(), ticket, nullptr, kPTJobScope);
         std::string names;
         for (const Element& child :
              validated.ticket.Find(Tag::Feature, Keyword("PageOutputColor"))->children) {
@@ -347,115 +334,110 @@ class PickManyTest : public testing::Test {
     Device m_device;
 };
 
-TEST_F(PickManyTest, KeepsSeveralOptions) { EXPECT_EQ(Chosen({"Grayscale", "Color"}), "Grayscale Color "); }
+TEST_F(PickManyTest, KeepsSeveralOptions) { EXPECT_EQ("Grayscale Color ", Chosen({"Grayscale", "Color"})); }
 
 TEST_F(PickManyTest, KeepsTheIdentityOptionAlone) {
-    EXPECT_EQ(Chosen({"Monochrome"}), "Monochrome ");
-    EXPECT_EQ(Chosen({"Color", "Monochrome"}), "Monochrome !");
+    EXPECT_EQ("Monochrome ", Chosen({"Monochrome"}));
+    EXPECT_EQ("Monochrome !", Chosen({"Color", "Monochrome"}));
 }
 
 TEST_F(PickManyTest, DropsRepetitions) {
-    EXPECT_EQ(Chosen({"Color", "Color", "Grayscale", "Color"}), "Color Grayscale ");
+    EXPECT_EQ("Color Grayscale ", Chosen({"Color", "Color", "Grayscale", "Color"}));
 }
 
 TEST_F(PickManyTest, DropsUnknownOptionsWithConflict) {
-    EXPECT_EQ(Chosen({"Sepia", "Grayscale"}), "Grayscale !");
-    EXPECT_EQ(Chosen({"Sepia"}), "Color !");
-    EXPECT_EQ(Chosen({}), "Color ");
+    EXPECT_EQ("Grayscale !", Chosen({"Sepia", "Grayscale"}));
+    EXPECT_EQ("Color !", Chosen({"Sepia"}));
+    EXPECT_EQ("Color ", Chosen({}));
 }
 
 TEST_F(ValidationTest, FeatureWithoutOptionGetsTheDefaultWithoutConflict) {
-    EXPECT_EQ(LineAfter(R"(<psf:Feature name="psk:PageMediaSize"/>)", "PageMediaSize", NoConflict), A4);
+    EXPECT_EQ(kA4, LineAfter(R"(<psf:Feature name="psk:PageMediaSize"/>)", "PageMediaSize", kNoConflict));
 }
 
 TEST_F(ValidationTest, OfSeveralOptionsTheFirstIsKeptWithConflict) {
     const std::string two =
         R"(<psf:Feature name="psk:PageOrientation"><psf:Option name="psk:Landscape"/>
 <psf:Option name="psk:ReversePortrait"/></psf:Feature>)";
-    EXPECT_EQ(LineAfter(two, "PageOrientation", ConflictResolved), "psk:PageOrientation[psk:Landscape]");
+    EXPECT_EQ("psk:PageOrientation[psk:Landscape]", LineAfter(two, "PageOrientation", kConflictResolved));
 }
 
 TEST_F(ValidationTest, ScoredPropertiesOfTheResultAreTheDevices) {
-    EXPECT_EQ(LineAfter(Select("psk:PageOutputColor", "psk:Grayscale", Scored("psk:Extra", "integer", "1")),
-                        "PageOutputColor", NoConflict),
-              "psk:PageOutputColor[psk:Grayscale(psk:DeviceBitsPerPixel=8,psk:DriverBitsPerPixel=8)]");
+    EXPECT_EQ("psk:PageOutputColor[psk:Grayscale(psk:DeviceBitsPerPixel=8,psk:DriverBitsPerPixel=8)]",
+              LineAfter(Select("psk:PageOutputColor", "psk:Grayscale", Scored("psk:Extra", "integer", "1")),
+                        "PageOutputColor", kNoConflict));
 }
 
 // Parameters.
 
 TEST_F(ValidationTest, ParameterThatTheDeviceLacksIsRemovedWithConflict) {
-    EXPECT_EQ(
-        LineAfter(Parameter("psk:DocumentCopiesAllPages", "2"), "DocumentCopiesAllPages", ConflictResolved),
-        "");
+    EXPECT_EQ("", LineAfter(Parameter("psk:DocumentCopiesAllPages", "2"), "DocumentCopiesAllPages",
+                            kConflictResolved));
 }
 
 TEST_F(ValidationTest, BadParameterValuesBecomeTheDefaultWithConflict) {
     const char* const copies = "psk:JobCopiesAllDocuments=1";
-    EXPECT_EQ(
-        LineAfter(Parameter("psk:JobCopiesAllDocuments", "many"), "JobCopiesAllDocuments", ConflictResolved),
-        copies);
-    EXPECT_EQ(
-        LineAfter(Parameter("psk:JobCopiesAllDocuments", ""), "JobCopiesAllDocuments", ConflictResolved),
-        copies);
-    EXPECT_EQ(LineAfter(R"(<psf:ParameterInit name="psk:JobCopiesAllDocuments"/>)", "JobCopiesAllDocuments",
-                        ConflictResolved),
-              copies);
+    EXPECT_EQ(copies, LineAfter(Parameter("psk:JobCopiesAllDocuments", "many"), "JobCopiesAllDocuments",
+                                kConflictResolved));
+    EXPECT_EQ(copies, LineAfter(Parameter("psk:JobCopiesAllDocuments", ""), "JobCopiesAllDocuments",
+                                kConflictResolved));
+    EXPECT_EQ(copies, LineAfter(R"(<psf:ParameterInit name="psk:JobCopiesAllDocuments"/>)",
+                                "JobCopiesAllDocuments", kConflictResolved));
 }
 
 TEST_F(ValidationTest, ParametersOutOfRangeAreBroughtIntoItWithConflict) {
-    EXPECT_EQ(
-        LineAfter(Parameter("psk:JobCopiesAllDocuments", "1000"), "JobCopiesAllDocuments", ConflictResolved),
-        "psk:JobCopiesAllDocuments=999");
-    EXPECT_EQ(
-        LineAfter(Parameter("psk:JobCopiesAllDocuments", "0"), "JobCopiesAllDocuments", ConflictResolved),
-        "psk:JobCopiesAllDocuments=1");
+    EXPECT_EQ("psk:JobCopiesAllDocuments=999", LineAfter(Parameter("psk:JobCopiesAllDocuments", "1000"),
+                                                         "JobCopiesAllDocuments", kConflictResolved));
+    EXPECT_EQ("psk:JobCopiesAllDocuments=1", LineAfter(Parameter("psk:JobCopiesAllDocuments", "0"),
+                                                       "JobCopiesAllDocuments", kConflictResolved));
 }
 
 TEST_F(ValidationTest, MissingParametersThatAreReferredToGetTheirDefaults) {
     const WrittenResult merged = MergeWithDefault(Ticket(
         Select("psk:PageScaling", "psk:Custom", Reference("psk:ScaleWidth", "psk:PageScalingScaleWidth")) +
         Parameter("psk:PageScalingScaleWidth", "5000")));
-    EXPECT_EQ(merged.result, ConflictResolved);
-    EXPECT_EQ(Line(merged.bytes, "PageScalingScaleWidth"), "psk:PageScalingScaleWidth=1000");
-    EXPECT_EQ(Line(merged.bytes, "PageScalingScaleHeight"), "psk:PageScalingScaleHeight=100");
-    EXPECT_EQ(Line(merged.bytes, "PageScalingOffsetWidth"), "psk:PageScalingOffsetWidth=0");
-    EXPECT_EQ(Line(merged.bytes, "PageScalingOffsetHeight"), "psk:PageScalingOffsetHeight=0");
-    EXPECT_EQ(Line(merged.bytes, "PageScalingScale"), "");
+    EXPECT_EQ(kConflictResolved, merged.result);
+    EXPECT_EQ("psk:PageScalingScaleWidth=1000", Line(merged.bytes, "PageScalingScaleWidth"));
+    EXPECT_EQ("psk:PageScalingScaleHeight=100", Line(merged.bytes, "PageScalingScaleHeight"));
+    EXPECT_EQ("psk:PageScalingOffsetWidth=0", Line(merged.bytes, "PageScalingOffsetWidth"));
+    EXPECT_EQ("psk:PageScalingOffsetHeight=0", Line(merged.bytes, "PageScalingOffsetHeight"));
+    EXPECT_EQ("", Line(merged.bytes, "PageScalingScale"));
 }
 
 TEST_F(ValidationTest, MissingUnconditionalParameterGetsItsDefaultWithoutConflict) {
     const WrittenResult merged = Merge(Ticket(""), std::nullopt);
-    EXPECT_EQ(merged.result, NoConflict);
-    EXPECT_EQ(Summarize(merged.bytes)[0], "psk:JobCopiesAllDocuments=1");
+    EXPECT_EQ(kNoConflict, merged.result);
+    EXPECT_EQ("psk:JobCopiesAllDocuments=1", Summarize(merged.bytes)[0]);
 }
 
 TEST_F(ValidationTest, ConditionalParameterWithoutReferenceStays) {
-    EXPECT_EQ(LineAfter(Parameter("psk:PageScalingScale", "50"), "PageScalingScale", NoConflict),
-              "psk:PageScalingScale=50");
+    EXPECT_EQ("psk:PageScalingScale=50",
+              LineAfter(Parameter("psk:PageScalingScale", "50"), "PageScalingScale", kNoConflict));
 }
 
 // Properties.
 
 TEST_F(ValidationTest, PropertiesOfOptionsAreStripped) {
-    EXPECT_EQ(LineAfter(Select("psk:PageOrientation", "psk:Landscape", TextProperty("psk:DisplayName", "x")),
-                        "PageOrientation", NoConflict),
-              "psk:PageOrientation[psk:Landscape]");
+    EXPECT_EQ("psk:PageOrientation[psk:Landscape]",
+              LineAfter(Select("psk:PageOrientation", "psk:Landscape", TextProperty("psk:DisplayName", "x")),
+                        "PageOrientation", kNoConflict));
 }
 
 TEST_F(ValidationTest, PropertiesOfFeaturesAndOfTheRootAreKept) {
     const std::string feature = R"(<psf:Feature name="psk:PageOrientation">)" +
                                 TextProperty("psk:DisplayName", "x") +
                                 R"(<psf:Option name="psk:Landscape"/></psf:Feature>)";
-    EXPECT_EQ(LineAfter(feature, "PageOrientation", NoConflict),
-              "psk:PageOrientation[psk:Landscape]#psk:DisplayName=x");
-    EXPECT_EQ(LineAfter(TextProperty("psk:JobName", "report"), "JobName", NoConflict), "#psk:JobName=report");
-    EXPECT_EQ(LineAfter(TextProperty("dev:JobOwner", "me"), "JobOwner", NoConflict), "#dev:JobOwner=me");
+    EXPECT_EQ("psk:PageOrientation[psk:Landscape]#psk:DisplayName=x",
+              LineAfter(feature, "PageOrientation", kNoConflict));
+    EXPECT_EQ("#psk:JobName=report",
+              LineAfter(TextProperty("psk:JobName", "report"), "JobName", kNoConflict));
+    EXPECT_EQ("#dev:JobOwner=me", LineAfter(TextProperty("dev:JobOwner", "me"), "JobOwner", kNoConflict));
 }
 
 TEST_F(ValidationTest, RootPropertyOfTheDeltaReplacesTheBases) {
     const WrittenResult merged =
         Merge(Ticket(TextProperty("psk:JobName", "old")), Ticket(TextProperty("psk:JobName", "new")));
-    EXPECT_EQ(Line(merged.bytes, "JobName"), "#psk:JobName=new");
+    EXPECT_EQ("#psk:JobName=new", Line(merged.bytes, "JobName"));
 }
 
 // Constraints.
@@ -463,41 +445,41 @@ TEST_F(ValidationTest, RootPropertyOfTheDeltaReplacesTheBases) {
 TEST_F(ValidationTest, TransparenciesAreNotPrintedOnBothSides) {
     const std::string duplex = Select("psk:JobDuplexAllDocumentsContiguously", "psk:TwoSidedLongEdge");
     for (const char* const media : {"psk:Transparency", "psk:EnvelopePlain"}) {
-        EXPECT_EQ(LineAfter(duplex + Select("psk:PageMediaType", media), "JobDuplexAllDocumentsContiguously",
-                            ConflictResolved),
-                  "psk:JobDuplexAllDocumentsContiguously[psk:OneSided]");
+        EXPECT_EQ("psk:JobDuplexAllDocumentsContiguously[psk:OneSided]",
+                  LineAfter(duplex + Select("psk:PageMediaType", media), "JobDuplexAllDocumentsContiguously",
+                            kConflictResolved));
     }
-    EXPECT_EQ(LineAfter(duplex + Select("psk:PageMediaType", "psk:CardStock"),
-                        "JobDuplexAllDocumentsContiguously", NoConflict),
-              "psk:JobDuplexAllDocumentsContiguously[psk:TwoSidedLongEdge(psk:DuplexMode=psk:Automatic)]");
+    EXPECT_EQ("psk:JobDuplexAllDocumentsContiguously[psk:TwoSidedLongEdge(psk:DuplexMode=psk:Automatic)]",
+              LineAfter(duplex + Select("psk:PageMediaType", "psk:CardStock"),
+                        "JobDuplexAllDocumentsContiguously", kNoConflict));
 }
 
 TEST_F(ValidationTest, TrayTwoTakesLargeSheetsOnly) {
     const std::string tray = Select("psk:JobInputBin", "dev:Tray2");
-    EXPECT_EQ(LineAfter(tray + Select("psk:PageMediaSize", "psk:ISOA5"), "JobInputBin", ConflictResolved),
-              "psk:JobInputBin[psk:AutoSelect]");
+    EXPECT_EQ("psk:JobInputBin[psk:AutoSelect]",
+              LineAfter(tray + Select("psk:PageMediaSize", "psk:ISOA5"), "JobInputBin", kConflictResolved));
     EXPECT_EQ(
-        LineAfter(tray + Select("psk:PageMediaSize", "psk:NorthAmericaLegal"), "JobInputBin", NoConflict)
-            .substr(0, 26),
-        "psk:JobInputBin[dev:Tray2(");
+        "psk:JobInputBin[dev:Tray2(",
+        LineAfter(tray + Select("psk:PageMediaSize", "psk:NorthAmericaLegal"), "JobInputBin", kNoConflict)
+            .substr(0, 26));
 }
 
 TEST_F(ValidationTest, TrayOneTakesNoEnvelopesAndNoCustomSheets) {
     for (const char* const size :
          {"psk:CustomMediaSize", "psk:ISODLEnvelope", "psk:NorthAmericaNumber10Envelope"}) {
-        EXPECT_EQ(LineAfter(Select("psk:JobInputBin", "dev:Tray1") + Select("psk:PageMediaSize", size),
-                            "JobInputBin", ConflictResolved)
-                      .substr(0, 27),
-                  "psk:JobInputBin[psk:Manual(");
+        EXPECT_EQ("psk:JobInputBin[psk:Manual(",
+                  LineAfter(Select("psk:JobInputBin", "dev:Tray1") + Select("psk:PageMediaSize", size),
+                            "JobInputBin", kConflictResolved)
+                      .substr(0, 27));
     }
 }
 
 TEST_F(ValidationTest, HighResolutionIsNotForColourAlsoAtPageScope) {
     const std::string delta = Ticket(Select("psk:PageResolution", "dev:R1200"));
     const WrittenResult merged = MergeWithDefault(delta, kPTPageScope);
-    EXPECT_EQ(merged.result, ConflictResolved);
-    EXPECT_EQ(Line(merged.bytes, "PageResolution"),
-              "psk:PageResolution[dev:R600(psk:ResolutionX=600,psk:ResolutionY=600)]");
+    EXPECT_EQ(kConflictResolved, merged.result);
+    EXPECT_EQ("psk:PageResolution[dev:R600(psk:ResolutionX=600,psk:ResolutionY=600)]",
+              Line(merged.bytes, "PageResolution"));
 }
 
 TEST_F(ValidationTest, ParametersThatAConstraintMadeUselessGo) {
@@ -506,17 +488,17 @@ TEST_F(ValidationTest, ParametersThatAConstraintMadeUselessGo) {
         Scored("psk:PagesPerSheet", "integer", "2") + "</psf:Option></psf:Feature>" +
         Select("psk:PageScaling", "psk:Custom", Reference("psk:ScaleWidth", "psk:PageScalingScaleWidth")) +
         Parameter("psk:PageScalingScaleWidth", "50") + Parameter("psk:PageScalingScale", "60")));
-    EXPECT_EQ(merged.result, ConflictResolved);
-    EXPECT_EQ(Line(merged.bytes, "PageScaling"),
-              "psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}");
-    EXPECT_EQ(Line(merged.bytes, "PageScalingScaleWidth"), "");
+    EXPECT_EQ(kConflictResolved, merged.result);
+    EXPECT_EQ("psk:PageScaling[psk:None]{psk:ScaleOffsetAlignment[psk:Center]}",
+              Line(merged.bytes, "PageScaling"));
+    EXPECT_EQ("", Line(merged.bytes, "PageScalingScaleWidth"));
     // No constraint ended this one's reference.
-    EXPECT_EQ(Line(merged.bytes, "PageScalingScale"), "psk:PageScalingScale=60");
+    EXPECT_EQ("psk:PageScalingScale=60", Line(merged.bytes, "PageScalingScale"));
 }
 
 TEST_F(ValidationTest, ConstraintBetweenJobAndPageIsNotSeenAtPageScope) {
     const std::string job = Ticket(Select("psk:JobInputBin", "dev:Tray2"));
-    EXPECT_EQ(Merge(job, Ticket(Select("psk:PageMediaSize", "psk:ISOA5")), kPTPageScope).result, NoConflict);
+    EXPECT_EQ(kNoConflict, Merge(job, Ticket(Select("psk:PageMediaSize", "psk:ISOA5")), kPTPageScope).result);
 }
 
 // Whatever is asked for, what comes out is valid and complete.
@@ -539,8 +521,8 @@ TEST_F(ValidationTest, EveryResultIsAFixpointOfItsScope) {
             for (const EPrintTicketScope scope : {kPTPageScope, kPTDocumentScope, kPTJobScope}) {
                 const WrittenResult merged = MergeWithDefault(Ticket(delta), scope);
                 const WrittenResult again = Merge(merged.bytes, std::nullopt, scope);
-                EXPECT_EQ(again.result, NoConflict) << setting << delta;
-                EXPECT_EQ(Summarize(again.bytes), Summarize(merged.bytes)) << setting << delta;
+                EXPECT_EQ(kNoConflict, again.result) << setting << delta;
+                EXPECT_EQ(Summarize(merged.bytes), Summarize(again.bytes)) << setting << delta;
             }
         }
     }

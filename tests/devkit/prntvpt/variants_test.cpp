@@ -1,17 +1,16 @@
-#include "devkit/prntvpt/merge/variants.h"
+#include "devkit/prntvpt/device/variants.h"
 
 #include "devkit/printschema/names.h"
 #include "devkit/printschema/reader.h"
-#include "devkit/prntvpt/device/base64.h"
 #include "providertest.h"
-#include "ticketsummary.h"
+#include "tickets.h"
 
 namespace devkit::prntvpt {
 namespace {
 
-[[nodiscard]] std::string Select(const std::string& feature, const std::string& option) {
-    return "<psf:Feature name=\"" + feature + "\"><psf:Option name=\"" + option + "\"/></psf:Feature>";
-}
+using namespace printschema;
+
+using namespace tests;
 
 class VariantTest : public ProviderTest {
   protected:
@@ -21,36 +20,35 @@ class VariantTest : public ProviderTest {
     [[nodiscard]] std::string LineAfter(const std::string& delta, const char* local, HRESULT expected,
                                         EPrintTicketScope scope = kPTJobScope) {
         const WrittenResult merged = MergeWithDefault(Ticket(delta), scope);
-        EXPECT_EQ(merged.result, expected) << delta;
+        EXPECT_EQ(expected, merged.result) << delta;
         return Line(merged.bytes, local);
     }
 };
 
 TEST_F(VariantTest, BinsCanBelongToThePage) {
     Use({"bins=page"});
-    EXPECT_EQ(LineAfter("", "PageInputBin", NoConflict, kPTPageScope), "psk:PageInputBin[psk:AutoSelect]");
-    EXPECT_EQ(LineAfter("", "JobInputBin", NoConflict), "");
-    EXPECT_EQ(LineAfter(Select("psk:JobInputBin", "psk:Manual"), "JobInputBin", ConflictResolved), "");
+    EXPECT_EQ("psk:PageInputBin[psk:AutoSelect]", LineAfter("", "PageInputBin", kNoConflict, kPTPageScope));
+    EXPECT_EQ("", LineAfter("", "JobInputBin", kNoConflict));
+    EXPECT_EQ("", LineAfter(Select("psk:JobInputBin", "psk:Manual"), "JobInputBin", kConflictResolved));
     // The constraints moved with it, and see it at page scope now.
-    EXPECT_EQ(LineAfter(Select("psk:PageInputBin", "dev:Tray2") + Select("psk:PageMediaSize", "psk:ISOA5"),
-                        "PageInputBin", ConflictResolved, kPTPageScope),
-              "psk:PageInputBin[psk:AutoSelect]");
+    EXPECT_EQ("psk:PageInputBin[psk:AutoSelect]",
+              LineAfter(Select("psk:PageInputBin", "dev:Tray2") + Select("psk:PageMediaSize", "psk:ISOA5"),
+                        "PageInputBin", kConflictResolved, kPTPageScope));
 }
 
 TEST_F(VariantTest, BothSidesOfAConstraintMoveWithTheBin) {
     Use({"bins=page"});
-    EXPECT_EQ(
-        LineAfter(Select("psk:PageInputBin", "dev:Tray1") + Select("psk:PageMediaSize", "psk:ISODLEnvelope"),
-                  "PageInputBin", ConflictResolved, kPTPageScope)
-            .substr(0, 28),
-        "psk:PageInputBin[psk:Manual(");
+    EXPECT_EQ("psk:PageInputBin[psk:Manual(", LineAfter(Select("psk:PageInputBin", "dev:Tray1") +
+                                                            Select("psk:PageMediaSize", "psk:ISODLEnvelope"),
+                                                        "PageInputBin", kConflictResolved, kPTPageScope)
+                                                  .substr(0, 28));
 }
 
 TEST_F(VariantTest, BinsCanBelongToTheDocument) {
     Use({"bins=document"});
-    EXPECT_EQ(LineAfter("", "DocumentInputBin", NoConflict, kPTDocumentScope),
-              "psk:DocumentInputBin[psk:AutoSelect]");
-    EXPECT_EQ(LineAfter("", "DocumentInputBin", NoConflict, kPTPageScope), "");
+    EXPECT_EQ("psk:DocumentInputBin[psk:AutoSelect]",
+              LineAfter("", "DocumentInputBin", kNoConflict, kPTDocumentScope));
+    EXPECT_EQ("", LineAfter("", "DocumentInputBin", kNoConflict, kPTPageScope));
 }
 
 TEST_F(VariantTest, NoScalingLacksTheFeatureAndItsParameters) {
@@ -60,14 +58,14 @@ TEST_F(VariantTest, NoScalingLacksTheFeatureAndItsParameters) {
         EXPECT_FALSE(entry.name->local.starts_with("PageScaling")) << entry.name->local;
     }
     EXPECT_NE(capabilities.Find(Tag::ParameterDef, Keyword("PageMediaSizeMediaSizeWidth")), nullptr);
-    EXPECT_EQ(LineAfter(Select("psk:PageScaling", "psk:Custom"), "PageScaling", ConflictResolved), "");
-    EXPECT_EQ(Summarize(DefaultTicket()).size(), 11U);
+    EXPECT_EQ("", LineAfter(Select("psk:PageScaling", "psk:Custom"), "PageScaling", kConflictResolved));
+    EXPECT_EQ(11U, Summarize(DefaultTicket()).size());
 }
 
 TEST_F(VariantTest, NoCopiesLacksTheParameter) {
     Use({"no-copies=1"});
-    EXPECT_EQ(ReadCapabilities().Find(Tag::ParameterDef, Keyword("JobCopiesAllDocuments")), nullptr);
-    EXPECT_EQ(LineAfter("", "JobCopiesAllDocuments", NoConflict), "");
+    EXPECT_EQ(nullptr, ReadCapabilities().Find(Tag::ParameterDef, Keyword("JobCopiesAllDocuments")));
+    EXPECT_EQ("", LineAfter("", "JobCopiesAllDocuments", kNoConflict));
 }
 
 TEST_F(VariantTest, FeedDirectionCanBeAPropertyWhichTicketsDoNotHave) {
@@ -75,18 +73,18 @@ TEST_F(VariantTest, FeedDirectionCanBeAPropertyWhichTicketsDoNotHave) {
     const Element capabilities = ReadCapabilities();
     for (const Element& option : capabilities.Find(Tag::Feature, Keyword("JobInputBin"))->children) {
         if (option.tag != Tag::Option) continue;
-        EXPECT_EQ(option.Find(Tag::ScoredProperty, Keyword("FeedDirection")), nullptr);
+        EXPECT_EQ(nullptr, option.Find(Tag::ScoredProperty, Keyword("FeedDirection")));
         ASSERT_NE(option.FindProperty(Keyword("FeedDirection")), nullptr);
-        EXPECT_EQ(*option.FindProperty(Keyword("FeedDirection")), NameValue(Keyword("LongEdgeFirst")));
+        EXPECT_EQ(NameValue(Keyword("LongEdgeFirst")), *option.FindProperty(Keyword("FeedDirection")));
     }
-    EXPECT_EQ(Line(DefaultTicket(), "JobInputBin"),
-              "psk:JobInputBin[psk:Cassette(psk:BinType=psk:SheetFeed)]");
+    EXPECT_EQ("psk:JobInputBin[psk:Cassette(psk:BinType=psk:SheetFeed)]",
+              Line(DefaultTicket(), "JobInputBin"));
 }
 
 TEST_F(VariantTest, FeedDirectionCanBeAbsent) {
     Use({"feed=absent"}, "longedge");
-    EXPECT_EQ(Capabilities().bytes.find("FeedDirection"), std::string::npos);
-    EXPECT_EQ(DefaultTicket().find("FeedDirection"), std::string::npos);
+    EXPECT_EQ(std::string::npos, Capabilities().bytes.find("FeedDirection"));
+    EXPECT_EQ(std::string::npos, DefaultTicket().find("FeedDirection"));
 }
 
 TEST_F(VariantTest, UsMakesLetterTheDefault) {
@@ -94,40 +92,40 @@ TEST_F(VariantTest, UsMakesLetterTheDefault) {
     const std::string letter =
         "psk:PageMediaSize[psk:NorthAmericaLetter(psk:MediaSizeWidth=215900,psk:MediaSizeHeight=279400)]";
     EXPECT_EQ(Line(DefaultTicket(), "PageMediaSize"), letter);
-    EXPECT_EQ(LineAfter(Select("psk:PageMediaSize", "psk:ISOA3"), "PageMediaSize", ConflictResolved), letter);
+    EXPECT_EQ(letter,
+              LineAfter(Select("psk:PageMediaSize", "psk:ISOA3"), "PageMediaSize", kConflictResolved));
 }
 
 TEST_F(VariantTest, SnapshotIsAPrivateParameterThatIsCarried) {
-    constexpr unsigned Bytes = 131070;
     Use({"snapshot=131070"});
-    std::string content(Bytes, '\0');
-    for (unsigned index = 0; index < Bytes; ++index) content[index] = static_cast<char>(index % 251);
-    const std::string expected = "dev:PageDevmodeSnapshot=" + ToBase64(content);
-    ASSERT_EQ(expected.size(), 24U + 174760U);
-    EXPECT_EQ(Summarize(DefaultTicket())[0], expected);
-    EXPECT_EQ(LineAfter("", "PageDevmodeSnapshot", NoConflict, kPTPageScope), expected);
+    const std::string expected = Summarize(DefaultTicket())[0];
+    EXPECT_EQ(24U + 174760U, expected.size());
+    EXPECT_EQ("dev:PageDevmodeSnapshot=AAECAwQFBgcI", expected.substr(0, 36));
+    EXPECT_EQ("LS4v", expected.substr(expected.size() - 4));
+    EXPECT_EQ(expected, LineAfter("", "PageDevmodeSnapshot", kNoConflict, kPTPageScope));
+    Use({"snapshot=1"});
+    EXPECT_EQ("dev:PageDevmodeSnapshot=AA==", Summarize(DefaultTicket())[0]);
     // Nobody misses it.
-    EXPECT_EQ(Line(Merge(Ticket(""), std::nullopt).bytes, "PageDevmodeSnapshot"), "");
+    EXPECT_EQ("", Line(Merge(Ticket(""), std::nullopt).bytes, "PageDevmodeSnapshot"));
 }
 
 TEST_F(VariantTest, PrivateSizeNamesHideWhatASheetIs) {
     Use({"private-size-names=1"});
-    EXPECT_EQ(Line(DefaultTicket(), "PageMediaSize"),
-              "psk:PageMediaSize[dev:User0000000256(psk:MediaSizeWidth=210000,psk:MediaSizeHeight=297000)]");
-    EXPECT_EQ(Capabilities().bytes.find("ISOA4"), std::string::npos);
+    EXPECT_EQ("psk:PageMediaSize[dev:User0000000256(psk:MediaSizeWidth=210000,psk:MediaSizeHeight=297000)]",
+              Line(DefaultTicket(), "PageMediaSize"));
+    EXPECT_EQ(std::string::npos, Capabilities().bytes.find("ISOA4"));
     const std::string letter =
         Ticket(R"(<psf:Feature name="psk:PageMediaSize"><psf:Option name="psk:NorthAmericaLetter">
 <psf:ScoredProperty name="psk:MediaSizeWidth"><psf:Value xsi:type="xsd:integer">215900</psf:Value></psf:ScoredProperty>
 <psf:ScoredProperty name="psk:MediaSizeHeight"><psf:Value xsi:type="xsd:integer">279400</psf:Value></psf:ScoredProperty>
 </psf:Option></psf:Feature>)");
-    EXPECT_EQ(Line(MergeWithDefault(letter).bytes, "PageMediaSize"),
-              "psk:PageMediaSize[dev:User0000000259(psk:MediaSizeWidth=215900,psk:MediaSizeHeight=279400)]");
+    EXPECT_EQ("psk:PageMediaSize[dev:User0000000259(psk:MediaSizeWidth=215900,psk:MediaSizeHeight=279400)]",
+              Line(MergeWithDefault(letter).bytes, "PageMediaSize"));
     // Constraints and margins know the sheets by their new names: this one is the envelope.
-    EXPECT_EQ(
-        LineAfter(Select("psk:JobInputBin", "dev:Tray1") + Select("psk:PageMediaSize", "dev:User0000000262"),
-                  "JobInputBin", ConflictResolved)
-            .substr(0, 27),
-        "psk:JobInputBin[psk:Manual(");
+    EXPECT_EQ("psk:JobInputBin[psk:Manual(", LineAfter(Select("psk:JobInputBin", "dev:Tray1") +
+                                                           Select("psk:PageMediaSize", "dev:User0000000262"),
+                                                       "JobInputBin", kConflictResolved)
+                                                 .substr(0, 27));
     EXPECT_NE(Capabilities(Ticket(Select("psk:PageMediaSize", "dev:User0000000262")))
                   .bytes.find("\"psk:OriginHeight\"><psf:Value xsi:type=\"xsd:integer\">12700<"),
               std::string::npos);
@@ -139,16 +137,16 @@ TEST_F(VariantTest, EveryVariantLeavesTheDefaultTicketAFixpoint) {
           "imageable=absent", "us=1", "snapshot=100", "private-size-names=1"}) {
         Use({variant});
         const WrittenResult merged = Merge(DefaultTicket(), std::nullopt);
-        EXPECT_EQ(merged.result, NoConflict) << variant;
-        EXPECT_EQ(merged.bytes, DefaultTicket()) << variant;
+        EXPECT_EQ(kNoConflict, merged.result) << variant;
+        EXPECT_EQ(DefaultTicket(), merged.bytes) << variant;
     }
 }
 
 TEST_F(VariantTest, VariantsGoTogether) {
     Use({"bins=page", "no-scaling=1", "no-copies=1", "us=1", "snapshot=10", "private-size-names=1"});
-    EXPECT_EQ(Summarize(DefaultTicket()).size(), 11U);
-    EXPECT_EQ(Line(DefaultTicket(), "PageMediaSize"),
-              "psk:PageMediaSize[dev:User0000000259(psk:MediaSizeWidth=215900,psk:MediaSizeHeight=279400)]");
+    EXPECT_EQ(11U, Summarize(DefaultTicket()).size());
+    EXPECT_EQ("psk:PageMediaSize[dev:User0000000259(psk:MediaSizeWidth=215900,psk:MediaSizeHeight=279400)]",
+              Line(DefaultTicket(), "PageMediaSize"));
 }
 
 }  // namespace
