@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <stdexcept>
+
 namespace platform {
 namespace {
 
@@ -15,6 +18,11 @@ TEST(Utf, EachPlaneIsTurnedIntoTheOther) {
 TEST(Utf, EmptyTextStaysEmpty) {
     EXPECT_EQ("", ToUtf8({}));
     EXPECT_EQ(L"", ToUtf16({}));
+}
+
+TEST(Utf, TextThatMayBecomeTooLongForTheSystemIsRefusedBeforeItIsRead) {
+    constexpr std::size_t kTooLong = std::numeric_limits<int>::max() / 3 + 1;
+    EXPECT_THROW(static_cast<void>(ToUtf8({L"a", kTooLong})), std::length_error);
 }
 
 TEST(Utf, ANullCharacterIsOneLikeAnyOther) {

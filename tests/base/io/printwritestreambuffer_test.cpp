@@ -219,6 +219,14 @@ TEST_F(ReadingBufferTest, ReadsABlockWithOneCall) {
     EXPECT_EQ(3, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kIn)));
 }
 
+TEST_F(ReadingBufferTest, ARequestForNothingTakesNothing) {
+    std::array<char, 1> block{'-'};
+    EXPECT_EQ(0, m_buffer.sgetn(block.data(), 0));
+    EXPECT_EQ('-', block[0]);
+    EXPECT_EQ(Calls{"ReadBytes 0"}, m_calls.Calls());
+    EXPECT_EQ(0, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kIn)));
+}
+
 TEST_F(ReadingBufferTest, ABlockThatCannotBeReadIsEmpty) {
     m_calls.FailNth(1, E_FAIL);
     std::array<char, 4> block{};

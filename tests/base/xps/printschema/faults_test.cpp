@@ -201,6 +201,15 @@ TEST_P(FaultTest, AFailingCallIsWhatAQueryAnswers) {
     });
 }
 
+TEST_P(FaultTest, AnElementWithoutANameIsNoQuestionForTheDom) {
+    const Dom pTicket = LoadDomFromString(FullTicket());
+    const PrintTicketHandler handler(pTicket.Get());
+    const DomFaults faults(1, E_ABORT);
+    ComPtr<IXMLDOMNodeList> pList;
+    EXPECT_EQ(E_FAIL, handler.SelectNodes(L"", pList.Put()));
+    EXPECT_FALSE(faults.HasFailed());
+}
+
 TEST_P(FaultTest, AFailingCallIsWhatAReaderAnswers) {
     const auto reading = [&](auto&& read) {
         AnswerEachFailure([&](const PrintSchemaHandler& handler) {

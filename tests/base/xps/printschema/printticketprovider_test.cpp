@@ -916,6 +916,12 @@ TEST_F(PrintTicketProviderTest, AWiderTicketThatChangesMakesAnotherPageTicket) {
     EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
 }
 
+TEST_F(PrintTicketProviderTest, ATicketThatReadingDerivesIsSharedToo) {
+    OpenScopes();
+    static_cast<void>(Read(kPTPageScope));
+    EXPECT_NE(0u, m_provider->TicketVersion(kPTPageScope));
+}
+
 TEST_F(PrintTicketProviderTest, ATicketThatWasHandedOutAndChangedIsNotShared) {
     OpenScopes();
     ASSERT_EQ(S_OK, SetPage(NoTicket));
