@@ -23,6 +23,8 @@ TEST(Utf, EmptyTextStaysEmpty) {
 TEST(Utf, TextThatMayBecomeTooLongForTheSystemIsRefusedBeforeItIsRead) {
     constexpr std::size_t kTooLong = std::numeric_limits<int>::max() / 3 + 1;
     EXPECT_THROW(static_cast<void>(ToUtf8({L"a", kTooLong})), std::length_error);
+    constexpr std::size_t kTooLongForUtf16 = std::size_t{std::numeric_limits<int>::max()} + 1;
+    EXPECT_THROW(static_cast<void>(ToUtf16({"a", kTooLongForUtf16})), std::length_error);
 }
 
 TEST(Utf, ANullCharacterIsOneLikeAnyOther) {

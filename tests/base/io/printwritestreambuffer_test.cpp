@@ -258,6 +258,11 @@ TEST_F(ReadingBufferTest, SeekoffForwardSkips) {
     EXPECT_EQ(4, Position(m_buffer.pubseekoff(0, std::ios_base::cur)));
 }
 
+TEST_F(ReadingBufferTest, SeekoffBy0ReadsNothing) {
+    EXPECT_EQ(0, Position(m_buffer.pubseekoff(0, std::ios_base::cur, kIn)));
+    EXPECT_EQ(Calls{}, m_calls.Calls());
+}
+
 TEST_F(ReadingBufferTest, SeekoffForwardStopsAtTheEndAndAtAFailure) {
     m_calls.Fail("ReadBytes 9", E_FAIL);
     EXPECT_EQ(0, Position(m_buffer.pubseekoff(9, std::ios_base::cur, kIn)));
