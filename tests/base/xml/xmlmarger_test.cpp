@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,6 +20,7 @@
 namespace {
 
 using base::exception::HresultError;
+using base::xml::DocumentView;
 using base::xml::LoadDomFromString;
 using base::xml::XmlMarger;
 using base::xml::XmlNodeComparator;
@@ -222,6 +224,54 @@ TEST_F(XmlMargerTest, ANullTargetFails) {
         EXPECT_THAT(error.what(),
                     testing::MatchesRegex("base/xml/xmlmarger\\.cpp\\(\\d+\\) : pTarget is null\\.\n"));
     }
+}
+
+// Knows nodes by their keys, and notes each that it is asked for.
+class KeyedComparator final : public KeyComparator {
+  public:
+    std::optional<std::wstring> KeyOf(IXMLDOMNode* pNode) const override {
+        m_asked.push_back(TextKeyOf(pNode));
+        return m_asked.back();
+    }
+
+    mutable std::vector<std::wstring> m_asked;
+};
+
+TEST_F(XmlMargerTest, DocumentsOfSeveralMergesAreReadOnce) {
+    const KeyedComparator comparator;
+    XmlMarger merger(comparator);
+    const Dom pTarget = LoadDomFromString(L"<t><a id=\"2\"><y/></a><b/></t>");
+    DocumentView target(pTarget.Get());
+    for (int i = 0; i < 2; ++i) {
+        const Dom pBase = LoadDomFromString(L"<t><a id=\"2\"><x/></a></t>");
+        DocumentView base(pBase.Get());
+        comparator.m_asked.clear();
+        merger.Merge(base, target);
+        const std::wstring merged = L"<t><a id=\"2\"><x/><y/></a><b/></t>";
+        EXPECT_EQ(merged, TextOf(pBase));
+        const std::vector<std::wstring> both = {L"t", L"t", L"a#2", L"a#2", L"x", L"y", L"b"};
+        const std::vector<std::wstring> baseAlone = {L"t", L"a#2", L"x"};
+        EXPECT_EQ(i == 0 ? both : baseAlone, comparator.m_asked);
+        comparator.m_asked.clear();
+        merger.Merge(base, target);
+        EXPECT_EQ(merged, TextOf(pBase));
+        EXPECT_THAT(comparator.m_asked, testing::IsEmpty());
+    }
+    EXPECT_THAT(comparator.m_pairs, testing::IsEmpty());
+}
+
+TEST_F(XmlMargerTest, WhatOneMergeAppendsTheNextOneMergesWith) {
+    const KeyedComparator comparator;
+    const Dom pBase = LoadDomFromString(L"<t><a/></t>");
+    const Dom pFirst = LoadDomFromString(L"<t><b><x/></b></t>");
+    const Dom pSecond = LoadDomFromString(L"<t xmlns:k=\"urn:k\"><b><y/></b><c/></t>");
+    DocumentView base(pBase.Get());
+    DocumentView first(pFirst.Get());
+    DocumentView second(pSecond.Get());
+    XmlMarger(comparator).Merge(base, first);
+    XmlMarger(comparator).Merge(base, second);
+    EXPECT_EQ(L"<t xmlns:k=\"urn:k\"><a/><b><x/><y/></b><c/></t>", TextOf(pBase));
+    EXPECT_EQ(L"<t><b><x/></b></t>", TextOf(pFirst));
 }
 
 }  // namespace

@@ -37,9 +37,9 @@ static_assert(kPTPageScope == 0 && kPTDocumentScope == 1 && kPTJobScope == 2);
 }
 
 // Puts into the ticket what the other one has and it lacks.
-void PutBack(IXMLDOMDocument2* pTicket, IXMLDOMDocument2* pOther) {
+void PutBack(xml::DocumentView& ticket, xml::DocumentView& other) {
     const PrintTicketStructureComparator comparator;
-    xml::XmlMarger(comparator).Merge(pTicket, pOther);
+    xml::XmlMarger(comparator).Merge(ticket, other);
 }
 
 }  // namespace
@@ -236,6 +236,12 @@ void PrintTicketProvider::Clear(EPrintTicketScope scope) noexcept {
 void PrintTicketProvider::ReleaseTickets() noexcept {
     Clear(kPTJobScope);
     m_base = {};
+    m_extra.reset();
+}
+
+xml::DocumentView& PrintTicketProvider::ViewOfExtra(IXMLDOMDocument2* pExtra) {
+    if (!m_extra || m_extra->Document() != pExtra) m_extra = std::make_unique<xml::DocumentView>(pExtra);
+    return *m_extra;
 }
 
 template <typename Part>
@@ -258,7 +264,10 @@ HRESULT PrintTicketProvider::InheritTicket(EPrintTicketScope scope, IXMLDOMDocum
     if (FAILED(hr)) return hr;
     // Out of its slot while it changes: when the merge throws, the scope is empty and is derived anew.
     Ticket ticket = std::move(SlotOf(scope).pTicket);
-    if (pExtra != nullptr) PutBack(ticket.Get(), pExtra);
+    if (pExtra != nullptr) {
+        xml::DocumentView view(ticket.Get());
+        PutBack(view, ViewOfExtra(pExtra));
+    }
     Store(SlotOf(scope), std::move(ticket), Origin{VersionOf(ParentOf(scope)), Ticket(pExtra), {}, {}, {}});
     return S_OK;
 }
@@ -299,8 +308,10 @@ HRESULT PrintTicketProvider::StoreResult(EPrintTicketScope scope, IStream* pResu
     Ticket result;
     const HRESULT loaded = LoadTicket(pResult, result);
     if (FAILED(loaded)) return loaded;
-    PutBack(result.Get(), origin.pDelta.Get());
-    if (origin.pExtra) PutBack(result.Get(), origin.pExtra.Get());
+    xml::DocumentView view(result.Get());
+    xml::DocumentView delta(origin.pDelta.Get());
+    PutBack(view, delta);
+    if (origin.pExtra) PutBack(view, ViewOfExtra(origin.pExtra.Get()));
     Store(SlotOf(scope), std::move(result), std::move(origin));
     return S_OK;
 }

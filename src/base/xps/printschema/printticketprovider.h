@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "base/xml/documentview.h"
 #include "base/xps/printschema/mediasizetable.h"
 #include "platform/bstr.h"
 #include "platform/comptr.h"
@@ -47,7 +48,7 @@ struct TicketMedia {
 // What costs is done once: pages without a ticket of their own share one effective ticket as long as the
 // document's and the extra ticket are the same, and a page whose ticket and whose validated result are those
 // of the page before keeps that page's. The platform is asked for every page with a ticket all the same. An
-// extra ticket is not changed by its owner while the provider is open.
+// extra ticket is not changed by its owner while the provider is open: what was read of it is kept.
 class PrintTicketProvider {
   public:
     PrintTicketProvider() = default;
@@ -131,6 +132,8 @@ class PrintTicketProvider {
         std::optional<TicketMedia> media;
     };
 
+    [[nodiscard]] xml::DocumentView& ViewOfExtra(IXMLDOMDocument2* pExtra);
+
     // The scope is one of the three in everything below.
     [[nodiscard]] Slot& SlotOf(EPrintTicketScope scope) noexcept { return m_slots[scope]; }
     [[nodiscard]] const Slot& SlotOf(EPrintTicketScope scope) const noexcept { return m_slots[scope]; }
@@ -165,6 +168,8 @@ class PrintTicketProvider {
     std::unique_ptr<HPTPROVIDER, ProviderCloser> m_provider;
     HANDLE m_userToken = INVALID_HANDLE_VALUE;
     std::uint64_t m_lastVersion = 0;
+    // Of the extra ticket that was merged last.
+    std::unique_ptr<xml::DocumentView> m_extra;
     TicketTrace m_lastFailure;
 };
 

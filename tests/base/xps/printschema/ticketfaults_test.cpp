@@ -180,6 +180,15 @@ TEST_P(TicketFaultTest, ANodeWhoseAttributesCannotBeHadDeclaresNothing) {
     EXPECT_TRUE(texts.contains(L"<r xmlns:k=\"urn:k\"><a/></r>"));
 }
 
+TEST_P(TicketFaultTest, ADeclarationThatTheBaseHasAlreadyIsNotSetAgain) {
+    const Dom pBase = LoadDomFromString(Declaring);
+    const Dom pTarget = LoadDomFromString(Declaring);
+    const DomFaults faults(DomCall::CreateAttribute, 1, Injected);
+    XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get());
+    EXPECT_FALSE(faults.HasFailed());
+    EXPECT_EQ(Declaring, DomText(pBase.Get()));
+}
+
 TEST_P(TicketFaultTest, AMapThatCannotBeResetStandsAtItsStart) {
     for (std::size_t nth = 1;; ++nth) {
         ASSERT_LT(nth, 100U);
