@@ -86,14 +86,16 @@ PrintSchemaHandler::PrintSchemaHandler(std::wstring_view rootName, IXMLDOMDocume
 
 HRESULT PrintSchemaHandler::Attach() {
     if (!m_pDocument) return E_PENDING;
-    return InOrder([this] { return SetProperty(m_pDocument.Get(), L"SelectionLanguage", L"XPath"); },
-                   [this] { return SelectWithPrefix(L"psf"); }, [this] { return FindPrefixes(); },
-                   [this] {
-                       EnsurePrivatePrefix();
-                       const std::wstring_view framework = m_frameworkPrefix.View();
-                       return framework.empty() ? E_FAIL
-                                                : SelectWithPrefix(framework.substr(0, framework.size() - 1));
-                   });
+    return InOrder(
+        [this] { return SetProperty(m_pDocument.Get(), L"SelectionLanguage", L"XPath"); },
+        [this] { return SelectWithPrefix(L"psf"); }, [this] { return FindPrefixes(); },
+        [this] {
+            EnsurePrivatePrefix();
+            const std::wstring_view framework = m_frameworkPrefix.View();
+            if (framework.empty()) return E_FAIL;
+            // Nearly every ticket has the prefix that the root was looked for with.
+            return framework == L"psf:" ? S_OK : SelectWithPrefix(framework.substr(0, framework.size() - 1));
+        });
 }
 
 HRESULT PrintSchemaHandler::FindPrefixes() {

@@ -70,8 +70,8 @@ struct Installer {
         Any<PutText, BSTR>();
         Named<GetNodeTypedValue, DomCall::GetNodeTypedValue, VARIANT*>();
         Any<PutNodeTypedValue, VARIANT>();
-        Any<SelectNodes, BSTR, IXMLDOMNodeList**>();
-        Any<SelectSingleNode, BSTR, IXMLDOMNode**>();
+        Named<SelectNodes, DomCall::Select, BSTR, IXMLDOMNodeList**>();
+        Named<SelectSingleNode, DomCall::Select, BSTR, IXMLDOMNode**>();
         Any<GetNamespaceUri, BSTR*>();
         Any<GetPrefix, BSTR*>();
         Any<GetBaseName, BSTR*>();
@@ -96,7 +96,7 @@ void InstallInDocument(IXMLDOMDocument2* pDocument, Saves saves) {
     document.Any<DocumentLoad, VARIANT, VARIANT_BOOL*>();
     document.Any<DocumentLoadXml, BSTR, VARIANT_BOOL*>();
     document.Any<DocumentPutAsync, VARIANT_BOOL>();
-    document.Any<DocumentSetProperty, BSTR, VARIANT>();
+    document.Named<DocumentSetProperty, DomCall::SetProperty, BSTR, VARIANT>();
     if (saves == Saves::Counted) document.Any<DocumentSave, VARIANT>();
 }
 
@@ -148,6 +148,8 @@ DomFaults::DomFaults(std::size_t nth, HRESULT code, Saves saves) { Start(std::nu
 DomFaults::DomFaults(DomCall only, std::size_t nth, HRESULT code) { Start(only, nth, code, Saves::Counted); }
 
 DomFaults::~DomFaults() { s_patches.reset(); }
+
+std::size_t DomFaults::Calls() const noexcept { return s_calls; }
 
 bool DomFaults::HasFailed() const noexcept { return s_failing != 0 && s_calls >= s_failing; }
 

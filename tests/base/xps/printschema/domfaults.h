@@ -24,6 +24,8 @@ enum class DomCall {
     SetNamedItem,
     CreateAttribute,
     PutValue,
+    Select,
+    SetProperty,
 };
 
 // While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes,
@@ -42,6 +44,8 @@ class DomFaults {
 
     // Whether the call that was to fail was made.
     [[nodiscard]] bool HasFailed() const noexcept;
+    // The calls that were counted.
+    [[nodiscard]] std::size_t Calls() const noexcept;
 };
 
 }  // namespace tests

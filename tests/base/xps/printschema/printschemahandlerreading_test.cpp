@@ -181,6 +181,18 @@ TEST_P(SchemaReadingTest, ALiteralValueWinsOverAParameterReference) {
     EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"literal");
 }
 
+TEST_P(SchemaReadingTest, AValueIsAnElementOfTheFrameworkUnderAnyPrefix) {
+    const std::wstring none =
+        L"<Value>1</Value><x:Value xmlns:x=\"urn:x\">2</x:Value><?Value 3?><!--Value-->"
+        L"Value<psf:value>4</psf:value><psf:P><psf:Value>5</psf:Value></psf:P>";
+    const std::wstring other = L"<f:Value xmlns:f=\"" + std::wstring(tests::FrameworkUri) + L"\">6</f:Value>";
+    const std::wstring query = L"//psf:Property[@name = \"psk:P\"]";
+    EXPECT_EQ(L"0x00000001", ValueOf(Open(tests::Property(L"psk:P", none)), query));
+    EXPECT_EQ(L"6", ValueOf(Open(tests::Property(L"psk:P", none + other)), query));
+    EXPECT_EQ(L"7",
+              ValueOf(Open(tests::Property(L"psk:P", none + L"<psf:Value>7</psf:Value>" + other)), query));
+}
+
 TEST_P(SchemaReadingTest, AParameterIsOfTheReferencesExactName) {
     const PrintTicketHandler& handler = Open(
         L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/></psf:ScoredProperty>"
