@@ -32,6 +32,7 @@ void PageValidateXpsFilter::DoOperation() {
 }
 
 void PageValidateXpsFilter::OnOperationEnd() {
+    m_emptyTicket.Release();
     XpsDocumentProviderFilterBase::OnOperationEnd();
     CloseWriter();
 }
@@ -53,6 +54,7 @@ void PageValidateXpsFilter::OnFixedPage(IFixedPage* pFixedPage) {
     base::xps::FixedPageValidator validator(GetPrintTicketProvider(), pWriter.Get(), pFixedPage,
                                             m_feedDirection, m_mediaSize, m_pageOrientation, m_pageScaling,
                                             m_printableMediaSize);
+    validator.SetEmptyTicket(&m_emptyTicket);
     validator.Validate();
     ThrowIfFailed(pWriter->SendFixedPage(pFixedPage));
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/xps/filterpipeline/xpsdocumentproviderfilterbase.h"
+#include "base/xps/pageticket.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/mediasizedata.h"
 #include "base/xps/printschema/pageorientationdata.h"
@@ -74,6 +75,8 @@ class PageValidateXpsFilter : private ModuleReference,  // the last to go
     base::xps::printschema::PageOrientationData m_pageOrientation;
     base::xps::printschema::PrintableMediaSizeData m_printableMediaSize;
     SettingsSource m_settingsSource;
+    // For the pages of this operation.
+    base::xps::EmptyTicket m_emptyTicket;
 };
 
 }  // namespace pagevalidatefilter

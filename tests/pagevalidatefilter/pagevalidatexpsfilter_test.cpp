@@ -171,6 +171,15 @@ TEST_F(PageValidateXpsFilterTest, TheWriterIsHeldUntilTheFilterGoes) {
     EXPECT_EQ(1u, m_pCommunicator->References());
 }
 
+TEST_F(PageValidateXpsFilterTest, NoDocumentOutlivesTheOperation) {
+    const auto before = devkit::msxml::LiveObjectCount();
+    for (auto& [scope, text] : m_tickets) text = TicketText(L"LongEdgeFirst");
+    AddDocument(2);
+    ASSERT_EQ(S_OK, Run());
+    ASSERT_EQ(2u, m_pWriter->NewParts().size());
+    EXPECT_EQ(before, devkit::msxml::LiveObjectCount());
+}
+
 // What the handler throws for a null part.
 std::string Refusal(const std::function<void()>& handler) {
     return tests::Thrown<std::invalid_argument>(handler);

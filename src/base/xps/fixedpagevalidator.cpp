@@ -127,12 +127,16 @@ void FixedPageValidator::RewriteTicket() {
         oldName = uri.View();
         logging::ThrowIfFailed(m_pPage->DeleteResource(oldName.c_str()));
     } else {
-        document = CreateEmptyTicket();
+        EmptyTicket own;
+        document = (m_pEmptyTicket != nullptr ? m_pEmptyTicket : &own)->Copy();
     }
 
-    m_mediaSize.Write(document.Get(), Scope::Page);
-    m_pageOrientation.Write(document.Get(), Scope::Page);
-    m_pageScaling.Write(document.Get(), Scope::Page);
+    {
+        const printschema::PrintTicketHandler ticket(document.Get());
+        m_mediaSize.WriteTo(ticket, Scope::Page);
+        m_pageOrientation.WriteTo(ticket, Scope::Page);
+        m_pageScaling.WriteTo(ticket, Scope::Page);
+    }
 
     const std::wstring newName = NewTicketName(oldName, NextTicketNumber());
     ComPtr<IPartPrintTicket> newTicket;

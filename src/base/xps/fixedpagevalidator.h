@@ -3,6 +3,7 @@
 #include "platform/windows.h"
 
 #include "base/xps/fixedpagesource.h"
+#include "base/xps/pageticket.h"
 #include "base/xps/printschema/imageableareahandler.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/mediasizedata.h"
@@ -47,6 +48,9 @@ class FixedPageValidator final : public FixedPageSource {
     // Borrowed; null, which it is at first, for a fallback sheet that is printable to its edges.
     void SetImageableArea(printschema::ImageableAreaSource* pSource) noexcept { m_pImageableArea = pSource; }
 
+    // Borrowed; null, which it is at first, for a validator that makes its own.
+    void SetEmptyTicket(EmptyTicket* pEmptyTicket) noexcept { m_pEmptyTicket = pEmptyTicket; }
+
   private:
     void NormalizeOrientation();
     [[nodiscard]] bool MustTurn() const noexcept;
@@ -62,6 +66,7 @@ class FixedPageValidator final : public FixedPageSource {
     IFixedPage* m_pPage;
     printschema::MediaSizeOption m_fallback;
     printschema::ImageableAreaSource* m_pImageableArea = nullptr;
+    EmptyTicket* m_pEmptyTicket = nullptr;
 };
 
 }  // namespace base::xps

@@ -15,6 +15,18 @@ namespace base::xps {
 
 using platform::ComPtr;
 
+namespace {
+
+[[nodiscard]] ComPtr<IXMLDOMDocument2> ParseEmptyTicket() {
+    return xml::LoadDomFromString(logging::Format(
+        LR"(<?xml version="1.0" encoding="UTF-8" ?><psf:PrintTicket version="1" xmlns:xsd="%s" xmlns:xsi="%s")"
+        LR"( xmlns:psf="%s" xmlns:psk="%s"></psf:PrintTicket>)",
+        printschema::kXmlSchemaNamespace, printschema::kXmlSchemaInstanceNamespace,
+        printschema::kFrameworkNamespace, printschema::kKeywordsNamespace));
+}
+
+}  // namespace
+
 ComPtr<IXMLDOMDocument2> LoadPageTicket(IPrintReadStream* pReader, const std::source_location& where) {
     logging::ThrowIfNull(pReader, "pReader is null.", where);
     const ComPtr<IStream> stream = io::CreatePrintReadStreamToIStream(pReader);
@@ -23,12 +35,13 @@ ComPtr<IXMLDOMDocument2> LoadPageTicket(IPrintReadStream* pReader, const std::so
     return document;
 }
 
-ComPtr<IXMLDOMDocument2> CreateEmptyTicket() {
-    return xml::LoadDomFromString(logging::Format(
-        LR"(<?xml version="1.0" encoding="UTF-8" ?><psf:PrintTicket version="1" xmlns:xsd="%s" xmlns:xsi="%s")"
-        LR"( xmlns:psf="%s" xmlns:psk="%s"></psf:PrintTicket>)",
-        printschema::kXmlSchemaNamespace, printschema::kXmlSchemaInstanceNamespace,
-        printschema::kFrameworkNamespace, printschema::kKeywordsNamespace));
+ComPtr<IXMLDOMDocument2> EmptyTicket::Copy() {
+    if (!m_pParsed) m_pParsed = ParseEmptyTicket();
+    ComPtr<IXMLDOMNode> pClone;
+    ComPtr<IXMLDOMDocument2> pCopy;
+    logging::ThrowIfFailed(m_pParsed->cloneNode(VARIANT_TRUE, pClone.Put()));
+    logging::ThrowIfFailed(pClone.QueryTo(pCopy));
+    return pCopy;
 }
 
 void SaveTicket(IXMLDOMDocument2* pDOMDocument, IPrintWriteStream* pWriter,

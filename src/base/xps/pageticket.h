@@ -19,8 +19,17 @@ namespace base::xps {
 [[nodiscard]] platform::ComPtr<IXMLDOMDocument2> LoadPageTicket(
     IPrintReadStream* pReader, const std::source_location& where = std::source_location::current());
 
-// A ticket without any feature.
-[[nodiscard]] platform::ComPtr<IXMLDOMDocument2> CreateEmptyTicket();
+// The ticket without any feature that a page gets which has none. It is parsed once and copied for each page;
+// what it keeps of it belongs to the apartment in which the first copy was made. HresultError for a failing
+// call.
+class EmptyTicket {
+  public:
+    [[nodiscard]] platform::ComPtr<IXMLDOMDocument2> Copy();
+    void Release() noexcept { m_pParsed.Reset(); }
+
+  private:
+    platform::ComPtr<IXMLDOMDocument2> m_pParsed;
+};
 
 // Writes the document; the stream stays open. What the document says of the writing is not looked at.
 // std::invalid_argument when either is null; the message names the caller's source.

@@ -12,6 +12,7 @@
 #include "domtest.h"
 #include "domtext.h"
 #include "mockstreams.h"
+#include "platform/bstr.h"
 
 namespace base::xps {
 namespace {
@@ -82,11 +83,11 @@ std::string MessageOf(void (*action)()) {
 TEST_F(PageTicketTest, NullArgumentsAreNamed) {
     EXPECT_EQ(" : pReader is null.\n", MessageOf([] { (void)LoadPageTicket(nullptr); }));
     EXPECT_EQ(" : pDOMDocument is null.\n", MessageOf([] { SaveTicket(nullptr, nullptr); }));
-    EXPECT_EQ(" : pWriter is null.\n", MessageOf([] { SaveTicket(CreateEmptyTicket().Get(), nullptr); }));
+    EXPECT_EQ(" : pWriter is null.\n", MessageOf([] { SaveTicket(EmptyTicket().Copy().Get(), nullptr); }));
 }
 
 TEST_F(PageTicketTest, WhatTheDocumentSaysOfTheWritingIsNotLookedAt) {
-    const auto document = CreateEmptyTicket();
+    const auto document = EmptyTicket().Copy();
     m_calls.FailNth(1, STG_E_MEDIUMFULL);
     const auto writer = tests::MakeMock<tests::MockWriteStream>(m_calls);
     SaveTicket(document.Get(), writer.Get());
@@ -95,7 +96,7 @@ TEST_F(PageTicketTest, WhatTheDocumentSaysOfTheWritingIsNotLookedAt) {
 }
 
 TEST_F(PageTicketTest, TheEmptyTicketDeclaresTheFourNamespacesAndHoldsNoFeature) {
-    const auto document = CreateEmptyTicket();
+    const auto document = EmptyTicket().Copy();
     const auto writer = tests::MakeMock<tests::MockWriteStream>(m_calls);
     SaveTicket(document.Get(), writer.Get());
     std::string text = writer->Bytes();
@@ -107,6 +108,19 @@ TEST_F(PageTicketTest, TheEmptyTicketDeclaresTheFourNamespacesAndHoldsNoFeature)
               R"( xmlns:psf="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework")"
               R"( xmlns:psk="http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"/>)",
               text);
+}
+
+TEST_F(PageTicketTest, CopiesOfTheEmptyTicketShareNothing) {
+    EmptyTicket empty;
+    const auto first = empty.Copy();
+    const std::wstring text = tests::DomText(first.Get());
+    platform::ComPtr<IXMLDOMElement> root;
+    ASSERT_EQ(S_OK, first->get_documentElement(root.Put()));
+    ASSERT_EQ(S_OK, root->put_text(platform::Bstr(L"changed").Get()));
+    EXPECT_NE(text, tests::DomText(first.Get()));
+    EXPECT_EQ(text, tests::DomText(empty.Copy().Get()));
+    empty.Release();
+    EXPECT_EQ(text, tests::DomText(empty.Copy().Get()));
 }
 
 TEST(TicketNameTest, SplitsTheOldNameAtItsLastSeparatorOfEitherKind) {

@@ -64,7 +64,10 @@ void PrintTicketFunctionOption::ReadFrom(const PrintTicketHandler& ticket) {
 }
 
 void PrintTicketFunctionOption::Write(IXMLDOMDocument2* pTicket, Scope scope) const {
-    const PrintTicketHandler handler(pTicket);
+    WriteTo(PrintTicketHandler(pTicket), scope);
+}
+
+void PrintTicketFunctionOption::WriteTo(const PrintTicketHandler& handler, Scope scope) const {
     const Qname feature = GetFeatureName(scope);
     const Qname option = GetOptionName();
     // As a keyword, whatever the feature's own namespace. A feature that stays is not worth failing for.

@@ -28,6 +28,8 @@ class PrintTicketFunctionOption {
     // Writes the feature, under its name for the scope, with the current option behind everything else in the
     // ticket. A keyword feature of that name is removed before; a private one is not.
     virtual void Write(IXMLDOMDocument2* pTicket, Scope scope) const;
+    // The same for several features of one ticket in turn.
+    void WriteTo(const PrintTicketHandler& ticket, Scope scope) const;
     // Removes the feature under all its names. Features that cannot be removed stay.
     virtual void Remove(IXMLDOMDocument2* pTicket) const;
     // Writes for the scope that GetScope tells.

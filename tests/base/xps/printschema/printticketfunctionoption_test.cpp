@@ -289,6 +289,19 @@ TEST_P(FunctionOptionTest, WriteCallsTheHookBeforeTheFeatureIsInTheTicket) {
                                              Feature(L"psk:PageOrientation", L"psk:Portrait", L"<mark/>")));
 }
 
+TEST_P(FunctionOptionTest, SeveralFeaturesWrittenInTurnAreWrittenAsEachForItself) {
+    const std::wstring before = Ticket(Feature(L"psk:PageOrientation", L"psk:Landscape"));
+    const Dom pTicket = LoadDomFromString(before);
+    const PrintTicketHandler ticket(pTicket.Get());
+    PageOrientationData().WriteTo(ticket, Scope::Page);
+    InputBinData().WriteTo(ticket, Scope::Document);
+    const Dom pOther = LoadDomFromString(before);
+    PageOrientationData().Write(pOther.Get(), Scope::Page);
+    InputBinData().Write(pOther.Get(), Scope::Document);
+    EXPECT_EQ(DomText(pOther.Get()), DomText(pTicket.Get()));
+    EXPECT_NE(before, DomText(pTicket.Get()));
+}
+
 TEST_P(FunctionOptionTest, WriteWithoutAScopeUsesTheNameOfTheFeatureId) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     InputBinData data;
