@@ -1,5 +1,6 @@
 #include "base/xps/elementtagwriter.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "base/xps/utf8.h"
@@ -7,10 +8,12 @@
 namespace base::xps {
 namespace {
 
-std::wstring_view Strip(std::wstring_view text, std::wstring_view characters) noexcept {
-    const std::size_t first = text.find_first_not_of(characters);
-    if (first == std::wstring_view::npos) return text.substr(0, 0);
-    return text.substr(first, text.find_last_not_of(characters) - first + 1);
+// The library's own searches call the system for each character.
+template <typename Predicate>
+std::wstring_view Strip(std::wstring_view text, Predicate isStripped) noexcept {
+    while (!text.empty() && isStripped(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isStripped(text.back())) text.remove_suffix(1);
+    return text;
 }
 
 void WriteAttribute(Utf8Writer& writer, const TagAttribute& attribute) {
@@ -36,7 +39,9 @@ void ElementTagWriter::WriteStartTag(std::wstring_view text, std::span<const Tag
 }
 
 std::wstring_view ElementTagWriter::Normalize(std::wstring_view text) const noexcept {
-    return Strip(Strip(text, L" "), L"<>");
+    constexpr auto kIsBlank = [](wchar_t character) { return character == L' '; };
+    constexpr auto kIsBracket = [](wchar_t character) { return character == L'<' || character == L'>'; };
+    return Strip(Strip(text, kIsBlank), kIsBracket);
 }
 
 void ElementTagWriter::FormatStartTag(std::wstring_view text, std::span<const TagAttribute> attributes) {
@@ -48,7 +53,8 @@ void ElementTagWriter::FormatStartTag(std::wstring_view text, std::span<const Ta
 }
 
 std::string ElementTagWriter::FormatEndTag(std::wstring_view text) const {
-    return "</" + ToUtf8(text.substr(0, text.find(L' '))) + ">";
+    const std::wstring_view name(text.begin(), std::ranges::find(text, L' '));
+    return "</" + ToUtf8(name) + ">";
 }
 
 void ElementTagWriter::WriteEndTags() noexcept {

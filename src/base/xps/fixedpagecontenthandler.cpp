@@ -1,10 +1,19 @@
 #include "base/xps/fixedpagecontenthandler.h"
 
 #include <ostream>
+#include <string_view>
 
 #include "base/logging/boundary.h"
 
 namespace base::xps {
+namespace {
+
+// Constants, so that their lengths are not counted for each element.
+constexpr std::wstring_view kPage = L"FixedPage";
+constexpr std::wstring_view kPageResources = L"FixedPage.Resources";
+constexpr std::wstring_view kCanvasResources = L"Canvas.Resources";
+
+}  // namespace
 
 FixedPageContentHandler::FixedPageContentHandler(std::ostream& sink, float angle, float scale) noexcept
     : m_sink(sink), m_angle(angle), m_scale(scale) {}
@@ -31,11 +40,10 @@ HRESULT STDMETHODCALLTYPE FixedPageContentHandler::startElement(const wchar_t*, 
         const std::span<const TagAttribute> attributes = ReadAttributes(pAttributes);
 
         ElementTagWriter writer(m_sink);
-        if (localName == L"FixedPage") {
+        if (localName == kPage) {
             WritePage(writer, name, attributes);
         } else {
-            writer.WriteStartTag(localName == L"FixedPage.Resources" ? L"Canvas.Resources" : name,
-                                 attributes);
+            writer.WriteStartTag(localName == kPageResources ? kCanvasResources : name, attributes);
         }
         m_openElements.push_back(std::move(writer));
         return SinkResult();

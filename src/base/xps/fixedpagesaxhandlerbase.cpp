@@ -12,6 +12,8 @@ namespace {
 
 constexpr std::wstring_view kWidth = L"Width";
 constexpr std::wstring_view kHeight = L"Height";
+// A constant, so that its length is not counted for each attribute.
+constexpr std::wstring_view kEscaped = L"UnicodeString";
 
 // False when the parser refuses one of the texts, or gives no storage for one that is not empty.
 bool ReadAttribute(ISAXAttributes& attributes, int index, TagAttribute& attribute) {
@@ -32,11 +34,12 @@ bool ReadAttribute(ISAXAttributes& attributes, int index, TagAttribute& attribut
         return text.m_length == 0 || (text.m_length > 0 && text.m_pText != nullptr);
     };
     const auto view = [](const Text& text) {
-        return text.m_length == 0 ? std::wstring_view(L"")
+        constexpr std::wstring_view kEmpty = L"";
+        return text.m_length == 0 ? kEmpty
                                   : std::wstring_view(text.m_pText, static_cast<std::size_t>(text.m_length));
     };
     if (!isReadable(localName) || !isReadable(name) || !isReadable(value)) return false;
-    attribute = {view(name), view(value), view(localName) == L"UnicodeString"};
+    attribute = {view(name), view(value), view(localName) == kEscaped};
     return true;
 }
 

@@ -23,11 +23,11 @@ std::size_t Convert(std::wstring_view text, char* buffer, std::size_t size) {
                                                         static_cast<int>(size), nullptr, nullptr));
 }
 
-// Most of a page is ASCII, which needs no call of the system: both loops run on vectors.
-bool IsAscii(std::wstring_view text) {
-    std::uint32_t units = 0;
-    for (const wchar_t unit : text) units |= unit;
-    return units < 0x80;
+bool IsSpecial(wchar_t unit) noexcept {
+    constexpr std::uint64_t kSpecial = std::uint64_t{1} << L'&' | std::uint64_t{1} << L'<' |
+                                       std::uint64_t{1} << L'>' | std::uint64_t{1} << L'"' |
+                                       std::uint64_t{1} << L'\'';
+    return unit < 64 && (kSpecial >> unit & 1) != 0;
 }
 
 std::string_view EntityOf(wchar_t character) {
@@ -49,10 +49,12 @@ std::string_view EntityOf(wchar_t character) {
 
 std::string ToUtf8(std::wstring_view text) {
     RequireText(text);
+    std::string bytes(text.size(), '\0');
+    if (Narrow(text, bytes.data())) return bytes;
     return platform::ToUtf8(text);
 }
 
-void Utf8Writer::WriteAscii(std::string_view text) {
+void Utf8Writer::WriteLongAscii(std::string_view text) {
     for (; !text.empty(); text.remove_prefix(std::min(text.size(), m_bytes.size()))) {
         const std::string_view piece = text.substr(0, m_bytes.size());
         std::ranges::copy(piece, Reserve(piece.size()));
@@ -60,7 +62,7 @@ void Utf8Writer::WriteAscii(std::string_view text) {
     }
 }
 
-void Utf8Writer::Write(std::wstring_view text) {
+void Utf8Writer::WriteText(std::wstring_view text) {
     RequireText(text);
     Append(text);
 }
@@ -68,11 +70,11 @@ void Utf8Writer::Write(std::wstring_view text) {
 void Utf8Writer::WriteEscaped(std::wstring_view text) {
     RequireText(text);
     for (;;) {
-        const std::size_t special = text.find_first_of(L"&<>\"'");
-        Append(text.substr(0, special));
-        if (special == std::wstring_view::npos) return;
-        WriteAscii(EntityOf(text[special]));
-        text.remove_prefix(special + 1);
+        const auto special = std::ranges::find_if(text, IsSpecial);
+        Append({text.begin(), special});
+        if (special == text.end()) return;
+        WriteAscii(EntityOf(*special));
+        text = {special + 1, text.end()};
     }
 }
 
@@ -82,13 +84,8 @@ void Utf8Writer::Append(std::wstring_view text) {
     while (!text.empty()) {
         std::size_t count = std::min(text.size(), kUnits);
         if (count < text.size() && IS_HIGH_SURROGATE(text[count - 1])) --count;
-        if (const std::wstring_view piece = text.substr(0, count); IsAscii(piece)) {
-            std::ranges::transform(piece, Reserve(count),
-                                   [](wchar_t unit) { return static_cast<char>(unit); });
-            m_used += count;
-        } else {
-            m_used += Convert(piece, Reserve(3 * count), 3 * count);
-        }
+        const std::wstring_view piece = text.substr(0, count);
+        m_used += Narrow(piece, Reserve(count)) ? count : Convert(piece, Reserve(3 * count), 3 * count);
         text.remove_prefix(count);
     }
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -11,6 +12,17 @@
 namespace base::xps {
 
 [[nodiscard]] std::string ToUtf8(std::wstring_view text);
+
+// Most of a page is ASCII, which needs no call of the system. Narrowing it and looking whether that was right
+// is one loop, which runs on vectors; what was narrowed in vain is to be written over.
+[[nodiscard]] inline bool Narrow(std::wstring_view text, char* pBytes) noexcept {
+    std::uint16_t units = 0;
+    for (const wchar_t unit : text) {
+        units |= unit;
+        *pBytes++ = static_cast<char>(unit);
+    }
+    return units < 0x80;
+}
 
 // Writes into a stream without a copy of the whole text. The stream is called once for a few kilobytes and at
 // the end, because each call has its price; a failing stream shows it in its state, and the stream must not
@@ -22,12 +34,25 @@ class Utf8Writer {
     Utf8Writer& operator=(const Utf8Writer&) = delete;
     ~Utf8Writer() { Flush(); }
 
-    void WriteAscii(std::string_view text);
-    void Write(std::wstring_view text);
+    void WriteAscii(std::string_view text) {
+        if (text.size() > m_bytes.size() - m_used) return WriteLongAscii(text);
+        text.copy(m_bytes.data() + m_used, text.size());
+        m_used += text.size();
+    }
+    void Write(std::wstring_view text) {
+        if (!text.empty() && text.size() <= m_bytes.size() - m_used &&
+            Narrow(text, m_bytes.data() + m_used)) {
+            m_used += text.size();
+        } else {
+            WriteText(text);
+        }
+    }
     // The same with &, <, >, " and ' written as the five predefined entities of XML.
     void WriteEscaped(std::wstring_view text);
 
   private:
+    void WriteLongAscii(std::string_view text);
+    void WriteText(std::wstring_view text);
     void Append(std::wstring_view text);
     void Flush();
     // Makes room for so many bytes, which are not more than the buffer's, and tells where.
