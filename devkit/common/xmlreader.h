@@ -9,7 +9,7 @@
 
 #include "devkit/common/limits.h"
 
-struct _xmlTextReader;
+struct _xmlTextReader;  // NOLINT(bugprone-reserved-identifier): libxml2's name
 
 namespace devkit::common {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-struct _xmlBuffer;
-struct _xmlTextWriter;
+struct _xmlBuffer;      // NOLINT(bugprone-reserved-identifier): libxml2's name
+struct _xmlTextWriter;  // NOLINT(bugprone-reserved-identifier): libxml2's name
 
 namespace devkit::common {
 

@@ -12,6 +12,8 @@
 #include "domtext.h"
 #include "platform/bstr.h"
 #include "platform/variant.h"
+#include "streammemory.h"
+#include "thrown.h"
 
 namespace {
 
@@ -163,6 +165,12 @@ TEST_F(XmlUtility, ADocumentWithAUtf16DeclarationIsSavedAsText) {
 
 TEST_F(XmlUtility, AnEmptyDocumentIsSavedAsNoElement) {
     EXPECT_EQ(DomToString(CreateDom().Get()).find(L'<'), std::wstring::npos);
+}
+
+TEST_F(XmlUtility, SavingWithoutMemoryForAStreamThrowsItsCode) {
+    const Dom dom = CreateDom();
+    const tests::FailingStreamMemory failing(E_OUTOFMEMORY);
+    EXPECT_EQ(E_OUTOFMEMORY, tests::ThrownCode([&] { static_cast<void>(DomToString(dom.Get())); }));
 }
 
 TEST_F(XmlUtility, SavingANullDocumentThrows) {

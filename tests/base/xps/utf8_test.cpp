@@ -23,6 +23,7 @@ std::string Escaped(std::wstring_view text) {
 
 TEST(Utf8Test, WritesEveryLengthOfSequence) {
     EXPECT_EQ("a\x7F", Written(L"a\x7F"));
+    EXPECT_EQ("\xC2\x80", Written(L"\x80"));
     EXPECT_EQ("\xC2\x80\xDF\xBF", Written(L"\x80\x7FF"));
     EXPECT_EQ("\xE0\xA0\x80\xEF\xBF\xBD", Written(L"\x800\xFFFD"));
     EXPECT_EQ("\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", Written(L"\xD800\xDC00\xDBFF\xDFFF"));
