@@ -145,14 +145,20 @@ TEST_P(PageCostTest, ThePrintersDefaultsAreReadOnceAJob) {
 }
 
 TEST_P(PageCostTest, ClosingLetsGoOfWhatWasReadOfThePrintersDefaults) {
-    const auto before = devkit::msxml::LiveObjectCount();
+    const Dom extra = base::xml::LoadDomFromString(PrinterDefault());
+    const auto references = [&] {
+        extra->AddRef();
+        return extra->Release();
+    };
+    const ULONG before = references();
     PrintTicketProvider provider;
     const auto base = MakeMock<tests::MockReadStream>(m_calls, Bytes(Validated(L"Color")));
     ASSERT_EQ(S_OK, provider.Open(base.Get(), platform::Bstr(L"Printer").Get(), nullptr));
     const auto job = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/j");
-    ASSERT_EQ(S_OK, provider.SetJobTicket(job.Get(), m_extra.Get()));
+    ASSERT_EQ(S_OK, provider.SetJobTicket(job.Get(), extra.Get()));
+    EXPECT_LT(before, references());
     ASSERT_EQ(S_OK, provider.Close());
-    EXPECT_EQ(before, devkit::msxml::LiveObjectCount());
+    EXPECT_EQ(before, references());
 }
 
 TEST_P(PageCostTest, ADocumentIsToldItsNamespaceOnceWhenItsPrefixIsTheUsualOne) {
