@@ -156,6 +156,16 @@ ActiveFaults FaultPlan::Strike(FaultTarget target, std::optional<EPrintTicketSco
     return ActiveFaults(std::move(active));
 }
 
+std::vector<std::string> FaultPlan::Idle() const {
+    const std::lock_guard guard(m_lock);
+    std::vector<std::string> idle;
+    for (std::size_t index = 0; index < m_faults.size(); ++index) {
+        if (m_counts[index] < std::max<std::size_t>(m_faults[index].nth, 1))
+            idle.push_back(m_faults[index].text);
+    }
+    return idle;
+}
+
 void FaultPlan::Reset() {
     const std::lock_guard guard(m_lock);
     std::fill(m_counts.begin(), m_counts.end(), 0);

@@ -82,10 +82,12 @@ class FaultPlan {
     [[nodiscard]] ActiveFaults Strike(FaultTarget target, std::optional<EPrintTicketScope> scope = {});
     void Reset();
     [[nodiscard]] std::span<const Fault> Faults() const noexcept { return m_faults; }
+    // The texts of those that have not struck since the last Reset.
+    [[nodiscard]] std::vector<std::string> Idle() const;
 
   private:
     const std::vector<Fault> m_faults;
-    std::mutex m_lock;
+    mutable std::mutex m_lock;
     std::vector<std::size_t> m_counts;
 };
 

@@ -58,7 +58,12 @@ bool HandleRegistry::Close(HPTPROVIDER handle) {
     const std::lock_guard guard(m_lock);
     const std::uint64_t number = HandleNumber(handle);
     State* const pState = FindOpen(number, kFunction);
-    if (pState == nullptr || !CheckThread(*pState, number, "A011", kFunction)) return false;
+    if (pState == nullptr) return false;
+    if (!CheckThread(*pState, number, "A011", kFunction)) {
+        // It stays open for this one reason, which has been told.
+        pState->leakNoted = true;
+        return false;
+    }
     pState->open = false;
     pState->configuration.reset();
     return true;
@@ -73,6 +78,8 @@ void HandleRegistry::NoteLeak(std::uint64_t number, State& state) {
 void HandleRegistry::ThreadEnded(DWORD thread) {
     const std::lock_guard guard(m_lock);
     for (auto& [number, state] : m_handles) {
+        // Where any thread may close it, the end of this one says nothing.
+        if (!state.open || state.configuration->behaviour.threadRule == ThreadRule::Off) continue;
         if (state.thread == thread) NoteLeak(number, state);
     }
 }

@@ -43,6 +43,7 @@ ProviderReport Provider::Report() const {
     ProviderReport report;
     if (const ConfigurationPtr configuration = CurrentConfiguration()) {
         report.configuration = configuration->Describe();
+        report.idleFaults = configuration->pFaults->Idle();
     }
     report.calls = m_log.Calls();
     report.counts = m_log.Counts();

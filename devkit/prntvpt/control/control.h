@@ -69,6 +69,7 @@
 //   "breaches"       list of {"stop", "text"}: A00E a handle used after its closing, A00F a handle that was
 //                    never given out, A010 used on another thread than its own, A011 closed on another
 //                    thread, A012 left open by a thread that ended or at SimFinish
+//   "idle_faults"    those of the configuration's faults that have not struck yet
 //   "notes"          list of texts: what is legal and yet worth a look (a call without the expected token, a
 //                    name without a scope prefix)
 extern "C" {

@@ -91,7 +91,8 @@ void from_json(const Json& json, ProviderCall& call) {
 
 void to_json(Json& json, const ProviderReport& report) {
     json = {{"configuration", report.configuration}, {"calls", report.calls},       {"counts", report.counts},
-            {"open_handles", report.openHandles},    {"breaches", report.breaches}, {"notes", report.notes}};
+            {"open_handles", report.openHandles},    {"breaches", report.breaches}, {"notes", report.notes},
+            {"idle_faults", report.idleFaults}};
 }
 
 void from_json(const Json& json, ProviderReport& report) {
@@ -101,6 +102,7 @@ void from_json(const Json& json, ProviderReport& report) {
     json.at("open_handles").get_to(report.openHandles);
     json.at("breaches").get_to(report.breaches);
     json.at("notes").get_to(report.notes);
+    json.at("idle_faults").get_to(report.idleFaults);
 }
 
 template <typename Message>

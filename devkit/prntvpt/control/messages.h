@@ -74,6 +74,7 @@ struct ProviderReport {
     std::vector<OpenHandle> openHandles;
     std::vector<ProviderBreach> breaches;
     std::vector<std::string> notes;
+    std::vector<std::string> idleFaults;
 };
 void to_json(nlohmann::json& json, const ProviderReport& report);
 void from_json(const nlohmann::json& json, ProviderReport& report);

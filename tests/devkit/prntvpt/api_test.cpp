@@ -283,6 +283,24 @@ TEST_F(ApiTest, HandleThatAThreadLeavesOpenIsALeak) {
     ExpectBreaches();
 }
 
+TEST_F(ApiTest, ThreadOffLetsAThreadLeaveAHandleForOthers) {
+    Use({"thread=off"});
+    m_provider.ThreadEnded(GetCurrentThreadId());
+    EXPECT_EQ(std::vector<std::string>{}, Stops());
+    m_provider.Finish();
+    EXPECT_EQ((std::vector<std::string>{"A012"}), Stops());
+    ExpectBreaches();
+}
+
+TEST_F(ApiTest, AHandleThatTheWrongThreadCouldNotCloseIsToldOnce) {
+    HRESULT closed = S_OK;
+    std::thread([&] { closed = m_provider.CloseProvider(m_handle); }).join();
+    EXPECT_TRUE(FAILED(closed));
+    m_provider.Finish();
+    EXPECT_EQ((std::vector<std::string>{"A011"}), Stops());
+    ExpectBreaches();
+}
+
 TEST_F(ApiTest, HandlesAreNeverGivenOutTwice) {
     HPTPROVIDER first = nullptr;
     HPTPROVIDER second = nullptr;

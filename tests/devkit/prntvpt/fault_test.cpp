@@ -75,6 +75,18 @@ TEST(FaultPlan, StartsAnewAfterReset) {
     EXPECT_TRUE(plan.Strike(FaultTarget::Open).Has(FaultMode::OpenGone));
 }
 
+TEST(FaultPlan, TellsWhatHasNotStruck) {
+    FaultPlan plan({ParseFault("merge-fail@2:page"), ParseFault("open-gone")});
+    EXPECT_EQ((std::vector<std::string>{"merge-fail@2:page", "open-gone"}), plan.Idle());
+    static_cast<void>(plan.Strike(FaultTarget::Open));
+    static_cast<void>(plan.Strike(FaultTarget::Merge, kPTPageScope));
+    EXPECT_EQ((std::vector<std::string>{"merge-fail@2:page"}), plan.Idle());
+    static_cast<void>(plan.Strike(FaultTarget::Merge, kPTPageScope));
+    EXPECT_EQ(std::vector<std::string>{}, plan.Idle());
+    plan.Reset();
+    EXPECT_EQ(2U, plan.Idle().size());
+}
+
 TEST(FaultPlan, SomeFaultsReachEveryFunction) {
     FaultPlan plan({ParseFault("bstr-null-on-error"), ParseFault("caps-fail")});
     EXPECT_TRUE(plan.Strike(FaultTarget::Merge, kPTJobScope).Has(FaultMode::TextNullOnError));

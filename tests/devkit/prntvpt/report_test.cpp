@@ -23,7 +23,8 @@ TEST_F(ReportTest, BeginsEmptyWithoutConfiguration) {
                     {"counts", Json::object()},
                     {"open_handles", Json::array()},
                     {"breaches", Json::array()},
-                    {"notes", Json::array()}}),
+                    {"notes", Json::array()},
+                    {"idle_faults", Json::array()}}),
               Read());
 }
 
