@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "devkit/common/hresult.h"
+#include "devkit/pipeline/loadproblem.h"
 #include "platform/utf.h"
 
 namespace devkit::pipeline {
@@ -29,8 +30,8 @@ FilterModule::FilterModule(const std::filesystem::path& dll, const CLSID& clsid)
     // The DLL's own folder is searched for what it needs, as the pipeline's host does.
     m_module.reset(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
     if (m_module == nullptr) {
-        const HRESULT hr = HRESULT_FROM_WIN32(GetLastError());
-        throw FilterError(platform::ToUtf8(path) + " cannot be loaded: " + common::Describe(hr), hr);
+        const DWORD error = GetLastError();
+        throw FilterError(platform::ToUtf8(path) + " " + LoadProblem(path, error), HRESULT_FROM_WIN32(error));
     }
     m_getClassObject = Exported<GetClassObject>(m_module.get(), "DllGetClassObject", m_name);
     m_canUnload = Exported<CanUnload>(m_module.get(), "DllCanUnloadNow", m_name);

@@ -39,7 +39,14 @@ TEST(FilterModule, TellsThatTheFileIsMissing) {
     std::string text;
     EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND),
               CodeOf(TestFilterPath().replace_filename("nowhere.dll"), testfilter::kClassId, text));
-    EXPECT_TRUE(text.ends_with("nowhere.dll cannot be loaded: 0x8007007E ERROR_MOD_NOT_FOUND")) << text;
+    EXPECT_NE(std::string::npos, text.find("nowhere.dll cannot be loaded: cannot be opened")) << text;
+}
+
+TEST(FilterModule, TellsWhichDllIsMissing) {
+    std::string text;
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND),
+              CodeOf(TestFilterPath().replace_filename("testneedy.dll"), testfilter::kClassId, text));
+    EXPECT_TRUE(text.ends_with("testneedy.dll needs testmissing.dll, which is missing")) << text;
 }
 
 TEST(FilterModule, TellsThatAnExportIsMissing) {
