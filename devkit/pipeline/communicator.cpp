@@ -28,6 +28,7 @@ HRESULT Communicator::Request(const char* method, StreamKind kind, const StreamE
     *ppStream = nullptr;
     return common::Guarded([&]() -> HRESULT {
         if (const HRESULT hr = Context().Calls().Enter(method); FAILED(hr)) return hr;
+        Context().Used(end.pInterface == m_reader.pInterface ? "reader" : "writer");
         if (kind == StreamKind::None) return S_OK;
         end.owner->AddRef();
         *ppStream = end.pInterface;

@@ -7,6 +7,7 @@
 #include "devkit/common/text.h"
 #include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/partobject.h"
+#include "devkit/pipeline/runobserver.h"
 #include "platform/bstr.h"
 #include "platform/utf.h"
 
@@ -61,6 +62,15 @@ DocumentConsumer::DocumentConsumer(ContextPtr context, std::shared_ptr<PartChann
 std::vector<SentPart> DocumentConsumer::Sent() const {
     const std::lock_guard guard(m_lock);
     return m_sent;
+}
+
+std::vector<std::string> DocumentConsumer::Unattached() const {
+    const std::lock_guard guard(m_lock);
+    std::vector<std::string> titles;
+    for (const PartPtr& part : m_made) {
+        if (!part->attached && !part->sent) titles.push_back(part->Title());
+    }
+    return titles;
 }
 
 bool DocumentConsumer::IsClosed() const {
@@ -137,7 +147,9 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
         const PartPtr part = std::make_shared<Part>(kind, name);
         ComPtr<WriteStream> stream = MakeObject<WriteStream>(SharedContext(), name, part->BeginWriting());
         const HRESULT hr = MakePartObject(SharedContext(), part)->QueryInterface(iid, ppNewPart);
-        if (SUCCEEDED(hr)) *ppWriteStream = stream.Detach();
+        if (FAILED(hr)) return hr;
+        *ppWriteStream = stream.Detach();
+        m_made.push_back(part);
         return hr;
     });
 }
@@ -175,6 +187,7 @@ HRESULT DocumentConsumer::Take(const char* method, PartKind kind, IUnknown* pObj
         // The next filter holds its own reference, if there is one.
         if (m_next == nullptr) m_foreign.emplace_back(pObject);
         m_sent.push_back({PartKind::Unknown, NameOfForeign(pObject), nullptr});
+        Context().Observer().PartSent(m_sent.back());
         return S_OK;
     }
     if (part->sent) return Context().Breach(part->Title() + " was sent twice");
@@ -222,6 +235,7 @@ void DocumentConsumer::Record(PartKind kind, const PartPtr& part) {
     m_counts.sequences += kind == PartKind::FixedDocumentSequence;
     m_counts.fixedDocuments += kind == PartKind::FixedDocument;
     m_sent.push_back({kind, part->Name(), part});
+    Context().Observer().PartSent(m_sent.back());
 }
 
 }  // namespace devkit::pipeline

@@ -22,6 +22,8 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
 
     // What was sent, in order.
     [[nodiscard]] std::vector<SentPart> Sent() const;
+    // The parts that the filter made and did nothing with, in the order of their making.
+    [[nodiscard]] std::vector<std::string> Unattached() const;
     // Whether CloseSender was called, with whatever result.
     [[nodiscard]] bool IsClosed() const;
     // Releases the objects of the filter's own that it sent.
@@ -59,6 +61,7 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
     bool m_closed = false;
     Counts m_counts;
     std::vector<SentPart> m_sent;
+    std::vector<PartPtr> m_made;
     std::vector<platform::ComPtr<IUnknown>> m_foreign;
 };
 

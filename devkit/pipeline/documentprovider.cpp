@@ -6,6 +6,7 @@
 
 #include "devkit/common/boundary.h"
 #include "devkit/pipeline/partfactory.h"
+#include "devkit/pipeline/runobserver.h"
 
 namespace devkit::pipeline {
 
@@ -40,8 +41,10 @@ HRESULT DocumentProvider::GetXpsPart(IUnknown** ppPart) {
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentProvider::GetXpsPart"); FAILED(hr))
             return hr;
         const Behaviour& behaviour = Context().GetBehaviour();
+        Context().Used("slow-part");
         if (behaviour.slowPart.count() > 0) Context().WaitUnlessCancelled(behaviour.slowPart);
         if (Context().IsCancelled()) {
+            Context().Used("after-cancel");
             if (behaviour.afterCancel == AfterCancel::FailGetXpsPart) return kJobCancelled;
             if (behaviour.afterCancel == AfterCancel::EndOfParts) return S_OK;
         }
@@ -75,13 +78,15 @@ HRESULT DocumentProvider::GiveNext(IUnknown** ppPart) {
 
 ComPtr<IUnknown> DocumentProvider::ObjectOf(GivenPart given) const {
     if (given.part == nullptr) return std::move(given.foreign);
-    const bool isAmbiguous =
-        given.part->Kind() == PartKind::XpsDocument && Context().GetBehaviour().ambiguousDocument;
+    const bool isDocument = given.part->Kind() == PartKind::XpsDocument;
+    if (isDocument) Context().Used("ambiguous-document");
+    const bool isAmbiguous = isDocument && Context().GetBehaviour().ambiguousDocument;
     return isAmbiguous ? MakeAmbiguousDocument(SharedContext(), given.part)
                        : MakePartObject(SharedContext(), given.part);
 }
 
 void DocumentProvider::SetLastGiven(std::string text) {
+    Context().Observer().PartGiven(text);
     const std::lock_guard guard(m_lock);
     m_lastGiven = std::move(text);
 }

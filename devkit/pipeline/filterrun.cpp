@@ -13,6 +13,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// How often the pipeline looks whether a filter has ended a thread of its.
+constexpr std::chrono::milliseconds kThreadWatch{200};
+
 // What goes from one stage to the next.
 struct Link {
     // Of what the next stage reads.
@@ -175,8 +178,8 @@ RunOptions FilterRun::State::OptionsOf(std::size_t index) const {
     RunOptions own = options;
     if (index > 0) {
         own.extraParts.clear();
-        own.onPart = nullptr;
     }
+    if (filters[index].observer != nullptr) own.observer = filters[index].observer;
     return own;
 }
 
@@ -206,13 +209,11 @@ void FilterRun::State::Wait() {
             deadline = Clock::now() + options.stopTimeout;
             Stop();
         }
-        if (deadline == Clock::time_point::max()) {
-            signal->changed.wait(guard);
-        } else if (signal->changed.wait_until(guard, deadline) == std::cv_status::timeout &&
-                   Clock::now() >= deadline) {
-            if (isStopping) break;
-            cancelWanted = true;
-        }
+        signal->changed.wait_until(guard, std::min(deadline, Clock::now() + kThreadWatch));
+        for (const auto& stage : stages) stage->LookAtThreads();
+        if (Clock::now() < deadline) continue;
+        if (isStopping) break;
+        cancelWanted = true;
     }
 }
 

@@ -19,6 +19,8 @@ struct ChainedFilter {
     std::shared_ptr<FilterSource> source;
     DataKind input = DataKind::Xps;
     DataKind output = DataKind::Xps;
+    // Is told of this filter, instead of the options' observer.
+    std::shared_ptr<RunObserver> observer{};
 };
 
 // What a chain begins with: a document for a filter that reads parts, the bytes of a package for one that
@@ -39,8 +41,7 @@ class FilterRun {
   public:
     FilterRun(std::shared_ptr<FilterSource> source, std::shared_ptr<const JobInput> input,
               RunOptions options);
-    // The options hold for each filter; extra parts, the cancellation at a part and the call for each part
-    // concern the first.
+    // The options hold for each filter; extra parts and the cancellation at a part concern the first.
     FilterRun(std::vector<ChainedFilter> filters, ChainInput input, RunOptions options);
     ~FilterRun();
 

@@ -11,6 +11,7 @@
 namespace devkit::pipeline {
 namespace {
 
+using common::UniqueHandle;
 using platform::ComPtr;
 
 // How long the provider waits for ShutdownOperation to return before it answers all the same: a filter whose
@@ -21,6 +22,18 @@ constexpr std::chrono::seconds kShutdownFirst{1};
 ULONG ReferencesTo(IUnknown& object) {
     object.AddRef();
     return object.Release();
+}
+
+// The calling thread, to wait for from another one.
+UniqueHandle ThisThread() {
+    HANDLE handle = nullptr;
+    const HANDLE process = GetCurrentProcess();
+    DuplicateHandle(process, GetCurrentThread(), process, &handle, SYNCHRONIZE, FALSE, 0);
+    return UniqueHandle(handle);
+}
+
+bool HasEnded(const UniqueHandle& thread) {
+    return thread != nullptr && WaitForSingleObject(thread.get(), 0) == WAIT_OBJECT_0;
 }
 
 // Joins a thread that has ended its work, leaves one that hangs to itself.
@@ -40,7 +53,7 @@ bool RunOutcome::IsWhole() const {
         return std::any_of(parts.begin(), parts.end(),
                            [kind](const SentPart& part) { return part.kind == kind; });
     };
-    return SUCCEEDED(result) && !hung && !cancelled && senderClosed && inputFailures.empty() &&
+    return SUCCEEDED(result) && !IsAbandoned() && !cancelled && senderClosed && inputFailures.empty() &&
            std::all_of(shutdownCodes.begin(), shutdownCodes.end(),
                        [](HRESULT hr) { return SUCCEEDED(hr); }) &&
            (output == DataKind::Stream ||
@@ -53,13 +66,15 @@ FilterStage::FilterStage(std::string name, std::shared_ptr<FilterSource> source,
       m_source(std::move(source)),
       m_ends(std::move(ends)),
       m_signal(std::move(signal)),
-      m_context(std::make_shared<RunContext>(m_options.behaviour)) {
+      m_context(std::make_shared<RunContext>(m_options.behaviour, m_options.observer)) {
     m_outcome.filter = std::move(name);
     m_outcome.output = m_ends.output;
 }
 
 void FilterStage::MakeObjects() {
+    m_context->Observer().CallBegins("the making of the filter");
     m_filter = m_source->CreateFilter();
+    m_context->Observer().CallEnds("the making of the filter");
     StreamEnd reader = MakeReader();
     StreamEnd writer = MakeWriter();
     m_control = MakeObject<PipelineControl>(m_context);
@@ -101,7 +116,12 @@ HRESULT FilterStage::Initialize() {
 
 void FilterStage::Start() {
     m_started = true;
+    m_context->Used("apartment");
     m_pipelineThread = std::thread([stage = shared_from_this()] {
+        {
+            const std::lock_guard guard(stage->m_signal->lock);
+            stage->m_operationThread = ThisThread();
+        }
         const HRESULT returned = RunPipelineThread(*stage->m_filter.Get(), *stage->m_context,
                                                    stage->m_options.apartment == Apartment::SingleThreaded,
                                                    stage->m_options.onPipelineThread);
@@ -116,8 +136,13 @@ void FilterStage::Start() {
 
 void FilterStage::StartShutdown() {
     m_shutdownStarted = true;
+    m_context->Used("cancel");
     m_context->Cancel();
     m_shutdownThread = std::thread([stage = shared_from_this()] {
+        {
+            const std::lock_guard guard(stage->m_signal->lock);
+            stage->m_shutdownHandle = ThisThread();
+        }
         const HRESULT returned = CallFilter(*stage->m_context, "ShutdownOperation",
                                             [&] { return stage->m_filter->ShutdownOperation(); });
         {
@@ -132,13 +157,19 @@ bool FilterStage::HasAskedForShutdown() const {
     return std::ranges::any_of(m_control->ShutdownCodes(), [](HRESULT hr) { return FAILED(hr); });
 }
 
-bool FilterStage::HasFailed() const { return m_result && (FAILED(*m_result) || HasAskedForShutdown()); }
+bool FilterStage::HasFailed() const {
+    return m_threadEnded || (m_result && (FAILED(*m_result) || HasAskedForShutdown()));
+}
+
+void FilterStage::LookAtThreads() {
+    if (IsRunning()) m_threadEnded = HasEnded(m_operationThread);
+    if (m_shutdownStarted && !m_shutdownOperation) m_shutdownEnded = HasEnded(m_shutdownHandle);
+}
 
 void FilterStage::PartAsked(unsigned number) {
-    {
-        const std::lock_guard guard(m_hookLock);
-        if (m_options.onPart != nullptr && !m_abandoned) m_options.onPart(number);
-    }
+    m_context->Observer().PartAsked(number);
+    m_asked = number;
+    if (m_options.onPart) m_options.onPart(number);
     if (onAsked) onAsked(number);
 }
 
@@ -152,17 +183,16 @@ void FilterStage::Join() {
     m_outcome.cancelled = m_shutdownStarted;
     m_outcome.shutdownOperation = m_shutdownOperation;
     m_outcome.hung = !IsOver();
+    m_outcome.threadEnded = m_threadEnded || m_shutdownEnded;
+    if (m_threadEnded) m_outcome.result = E_UNEXPECTED;
     if (m_result) m_outcome.result = *m_result;
-    if (m_outcome.hung) {
-        const std::lock_guard guard(m_hookLock);
-        m_abandoned = true;
-    }
-    LetGo(m_pipelineThread, m_result.has_value());
-    LetGo(m_shutdownThread, m_shutdownOperation.has_value());
+    LetGo(m_pipelineThread, m_result || m_threadEnded);
+    LetGo(m_shutdownThread, m_shutdownOperation || m_shutdownEnded);
 }
 
 void FilterStage::Report() {
     m_outcome.shutdownCodes = m_control->ShutdownCodes();
+    m_outcome.asked = m_asked;
     m_outcome.finishedCount = m_control->FinishedCount();
     m_outcome.senderClosed = m_consumer ? m_consumer->IsClosed() : m_ends.written->IsClosed();
     if (m_consumer) m_outcome.parts = m_consumer->Sent();
@@ -173,6 +203,7 @@ void FilterStage::Report() {
     if (m_progress) m_outcome.progress = m_progress->Counts();
     m_outcome.unstruckFaults = m_context->Calls().UnstruckFaults();
     ReportBreaches();
+    ReportFindings();
 }
 
 void FilterStage::ReportBreaches() {
@@ -185,21 +216,38 @@ void FilterStage::ReportBreaches() {
         m_context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
     } else if (m_outcome.hung) {
         m_context->Breach("ShutdownOperation did not return within " + limit + "its call");
-    } else if (m_started && m_consumer && m_communicator->WriterGiven() && !m_outcome.senderClosed) {
+    } else if (m_started && !m_threadEnded && m_consumer && m_communicator->WriterGiven() &&
+               !m_outcome.senderClosed) {
         m_context->Breach("CloseSender was never called");
     } else if (SUCCEEDED(m_outcome.result) && !m_outcome.cancelled && isWithoutSequence) {
         m_context->Breach("the filter succeeded without having sent the FixedDocumentSequence");
     }
 }
 
+void FilterStage::ReportFindings() {
+    if (FAILED(m_outcome.result) || m_outcome.cancelled || !m_consumer) return;
+    for (const std::string& part : m_consumer->Unattached())
+        m_context->Found("the filter made " + part + " and neither attached nor sent it");
+}
+
+std::vector<std::string> FilterStage::UnusedSwitches() const {
+    std::vector<std::string> unused = m_options.switches;
+    std::erase_if(unused, [this](const std::string& text) {
+        return m_context->IsUsed(text.substr(0, text.find('=')));
+    });
+    return unused;
+}
+
 void FilterStage::Release() {
-    if (m_outcome.hung) return;
+    if (m_outcome.IsAbandoned()) return;
+    m_context->Observer().CallBegins("the last release");
     if (m_consumer) m_consumer->ReleaseForeignParts();
     const ULONG references = ReferencesTo(*m_filter.Get());
     if (references != 1) {
         m_context->Breach("the filter is still referenced " + std::to_string(references - 1) +
                           " times beside the host's own reference");
     }
+    m_context->Used("last-release");
     if (m_options.lastRelease == LastRelease::OtherThread) {
         std::thread([this] { m_filter.Reset(); }).join();
     }
@@ -210,10 +258,11 @@ void FilterStage::Release() {
     m_control.Reset();
     m_consumer.Reset();
     m_provider.Reset();
+    m_context->Observer().CallEnds("the last release");
 }
 
 void FilterStage::LookForLeftovers() {
-    if (m_outcome.hung) return;
+    if (m_outcome.IsAbandoned()) return;
     for (const std::string& object : m_context->LiveObjects()) m_context->Breach("never released: " + object);
     const auto& userToken = m_options.properties.userToken;
     if (userToken != nullptr && !userToken->IsOpen())
@@ -229,6 +278,8 @@ void FilterStage::LookForLeftovers() {
 
 RunOutcome FilterStage::TakeOutcome() {
     m_outcome.breaches = m_context->Breaches().Lines();
+    m_outcome.findings = m_context->Findings();
+    m_outcome.unusedSwitches = UnusedSwitches();
     return std::move(m_outcome);
 }
 

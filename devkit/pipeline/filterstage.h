@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -11,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "devkit/common/uniquehandle.h"
 #include "devkit/pipeline/communicator.h"
 #include "devkit/pipeline/documentconsumer.h"
 #include "devkit/pipeline/documentprovider.h"
@@ -35,9 +37,11 @@ struct RunOutcome {
     HRESULT initialized = E_PENDING;     // InitializeFilter; StartOperation is not called when it failed
     HRESULT result = E_PENDING;          // StartOperation, or what stopped the run before it
     std::vector<HRESULT> shutdownCodes;  // RequestShutdown, in order
+    unsigned asked = 0;                  // how often the filter asked for a part
     unsigned finishedCount = 0;          // FilterFinished
     std::optional<HRESULT> shutdownOperation;  // what ShutdownOperation answered, when it was called
     bool hung = false;                         // StartOperation did not return in time
+    bool threadEnded = false;                  // a thread ended in StartOperation or ShutdownOperation
     bool cancelled = false;             // ShutdownOperation came: a cancellation, or another filter's failure
     bool senderClosed = false;          // CloseSender, or Close of the writer, was called
     std::vector<std::string> breaches;  // one line each
@@ -45,12 +49,16 @@ struct RunOutcome {
     std::vector<SentPart> parts;             // in sending order
     Bytes bytes;  // what the last filter wrote as a stream; a package where its parts belong to no document
                   // of the caller
-    std::string lastPart;              // what the filter was given last: "FixedPage /1.fpage"
-    std::vector<std::string> calls;    // when the behaviour keeps them
-    std::vector<std::string> missing;  // what the filter asked for and the job does not have: "property X"
-    ProgressCounts progress;           // what the filter reported
+    std::string lastPart;               // what the filter was given last: "FixedPage /1.fpage"
+    std::vector<std::string> calls;     // when the behaviour keeps them
+    std::vector<std::string> missing;   // what the filter asked for and the job does not have: "property X"
+    ProgressCounts progress;            // what the filter reported
+    std::vector<std::string> findings;  // what is odd, but breaks no rule
     std::vector<std::string> unstruckFaults;  // "GetXpsPart@9=0x80004005 E_FAIL"
+    std::vector<std::string> unusedSwitches;  // "short-reads=7": those that made no difference
 
+    // The filter's threads may still be at it, or have left what they held: nothing of it can be released.
+    [[nodiscard]] bool IsAbandoned() const noexcept { return hung || threadEnded; }
     // All came through: the output may be written.
     [[nodiscard]] bool IsWhole() const;
 };
@@ -92,11 +100,13 @@ class FilterStage : public std::enable_shared_from_this<FilterStage> {
     void StartShutdown();
 
     // With the signal's lock.
-    [[nodiscard]] bool IsRunning() const noexcept { return m_started && !m_result; }
+    [[nodiscard]] bool IsRunning() const noexcept { return m_started && !m_result && !m_threadEnded; }
     [[nodiscard]] bool HasFailed() const;
     [[nodiscard]] bool IsOver() const noexcept {
-        return !IsRunning() && (!m_shutdownStarted || m_shutdownOperation);
+        return !IsRunning() && (!m_shutdownStarted || m_shutdownOperation || m_shutdownEnded);
     }
+    // With the signal's lock: notices when the filter has ended a thread, which then tells of nothing.
+    void LookAtThreads();
     // With the signal's lock; waits, for a while, until ShutdownOperation has returned or, when that is
     // enough, is about to be called.
     void WaitForShutdown(std::unique_lock<std::mutex>& guard, bool isStartEnough);
@@ -119,6 +129,8 @@ class FilterStage : public std::enable_shared_from_this<FilterStage> {
   private:
     void PartAsked(unsigned number);
     void ReportBreaches();
+    void ReportFindings();
+    [[nodiscard]] std::vector<std::string> UnusedSwitches() const;
     [[nodiscard]] StreamEnd MakeReader();
     [[nodiscard]] StreamEnd MakeWriter();
 
@@ -135,15 +147,17 @@ class FilterStage : public std::enable_shared_from_this<FilterStage> {
     platform::ComPtr<Communicator> m_communicator;
     platform::ComPtr<IPrintPipelineFilter> m_filter;
     RunOutcome m_outcome;
+    std::atomic<unsigned> m_asked = 0;
     std::thread m_pipelineThread;
     std::thread m_shutdownThread;
 
-    std::mutex m_hookLock;
-    bool m_abandoned = false;  // the filter hangs: what the caller has given may be gone when it wakes up
-
     bool m_started = false;
-    std::optional<HRESULT> m_result;  // StartOperation returned
+    common::UniqueHandle m_operationThread;  // the thread of StartOperation, once it runs
+    bool m_threadEnded = false;              // the thread is gone, and StartOperation has not returned
+    std::optional<HRESULT> m_result;         // StartOperation returned
     bool m_shutdownStarted = false;
+    common::UniqueHandle m_shutdownHandle;       // the thread of ShutdownOperation, once it runs
+    bool m_shutdownEnded = false;                // the thread is gone, and ShutdownOperation has not returned
     std::optional<HRESULT> m_shutdownOperation;  // ShutdownOperation returned
 };
 

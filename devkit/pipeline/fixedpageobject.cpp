@@ -117,6 +117,7 @@ HRESULT FixedPageObject::SetPagePart(IUnknown* pPart) {
             return Context().Breach("SetPagePart was given " + part->Title() +
                                     " while its write stream is open");
         }
+        part->attached = true;
         const auto place = FindByName(m_part->resources, part->Name());
         if (part->Kind() == PartKind::PrintTicket) {
             m_part->ticket = part;

@@ -81,6 +81,7 @@ class Part {
 
     EXpsCompressionOptions compression = Compression_Normal;
     bool sent = false;
+    bool attached = false;   // a filter hung it on another part
     bool obfuscate = false;  // a font that the filter wants obfuscated
 
     std::shared_ptr<Part> ticket;                  // of a sequence, document or page

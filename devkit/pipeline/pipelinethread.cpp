@@ -43,6 +43,9 @@ class SingleThreadedApartment {
 
 HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context, bool singleThreaded,
                           const std::function<std::shared_ptr<void>()>& setUp) noexcept {
+    // So that who tells of a stack that the filter used up has room for it.
+    ULONG guarantee = 64 * 1024;
+    SetThreadStackGuarantee(&guarantee);
     try {
         const SingleThreadedApartment apartment(singleThreaded);
         const std::shared_ptr<void> company = setUp == nullptr ? nullptr : setUp();

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "devkit/pipeline/runcontext.h"
+#include "devkit/pipeline/runobserver.h"
 #include "platform/filterpipeline.h"
 
 namespace devkit::pipeline {
@@ -15,11 +16,15 @@ namespace devkit::pipeline {
 // Calls a method of the filter; that an exception leaves it is a breach, and gives E_UNEXPECTED.
 template <typename Body>
 [[nodiscard]] HRESULT CallFilter(RunContext& context, const char* method, Body&& body) noexcept {
+    context.Observer().CallBegins(method);
+    HRESULT result = E_UNEXPECTED;
     try {
-        return std::forward<Body>(body)();
+        result = std::forward<Body>(body)();
     } catch (...) {
-        return context.Breach(std::string("an exception left ") + method, E_UNEXPECTED);
+        result = context.Breach(std::string("an exception left ") + method, E_UNEXPECTED);
     }
+    context.Observer().CallEnds(method);
+    return result;
 }
 
 // Runs StartOperation on the calling thread, which is a fresh one, and gives its result. The thread first

@@ -99,6 +99,7 @@ HRESULT GetResourceObject(const ContextPtr& context, const PartPtr& part, REFIID
     if (ppObject == nullptr) return E_POINTER;
     *ppObject = nullptr;
     if (part == nullptr) {
+        context->Used("missing-ticket");
         return context->GetBehaviour().missingPart == MissingPart::NotFound ? E_ELEMENT_NOT_FOUND : S_OK;
     }
     return MakeResourceObject(context, part)->QueryInterface(iid, ppObject);
@@ -122,6 +123,7 @@ HRESULT AttachTicket(RunContext& context, Part& target, IPartPrintTicket* pPrint
                               " while its write stream is open");
     }
     target.ticket = ticket;
+    ticket->attached = true;
     return S_OK;
 }
 

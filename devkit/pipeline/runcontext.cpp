@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "devkit/pipeline/runobserver.h"
+
 namespace devkit::pipeline {
 
 void BreachLog::Add(std::string text) {
@@ -15,10 +17,18 @@ std::vector<std::string> BreachLog::Lines() const {
     return m_lines;
 }
 
-RunContext::RunContext(Behaviour behaviour)
-    : m_behaviour(std::move(behaviour)), m_calls(m_behaviour.faults, m_behaviour.keepCalls) {}
+RunContext::RunContext(Behaviour behaviour, std::shared_ptr<RunObserver> observer)
+    : m_behaviour(std::move(behaviour)),
+      m_observer(observer ? std::move(observer) : std::make_shared<RunObserver>()),
+      m_calls(m_behaviour.faults, m_behaviour.keepCalls) {}
+
+FilterCalls& RunContext::Calls() {
+    m_observer->Called();
+    return m_calls;
+}
 
 HRESULT RunContext::Breach(std::string text, HRESULT code) {
+    m_observer->Breached(text);
     m_breaches.Add(std::move(text));
     return code;
 }
@@ -27,7 +37,10 @@ void RunContext::LeftOpen(std::string text) { m_leftOpen.Add(std::move(text)); }
 
 std::vector<std::string> RunContext::LeftOpen() const { return m_leftOpen.Lines(); }
 
-void RunContext::InputFailed(std::string text) { m_inputFailures.Add(std::move(text)); }
+void RunContext::InputFailed(std::string text) {
+    m_observer->InputFailed(text);
+    m_inputFailures.Add(std::move(text));
+}
 
 std::vector<std::string> RunContext::InputFailures() const { return m_inputFailures.Lines(); }
 
@@ -39,6 +52,23 @@ void RunContext::Missing(const std::string& what) {
 std::vector<std::string> RunContext::MissingThings() const {
     const std::lock_guard guard(m_missingLock);
     return m_missing;
+}
+
+void RunContext::Found(std::string text) {
+    m_observer->Found(text);
+    m_findings.Add(std::move(text));
+}
+
+std::vector<std::string> RunContext::Findings() const { return m_findings.Lines(); }
+
+void RunContext::Used(std::string_view key) {
+    const std::lock_guard guard(m_usedLock);
+    if (!m_used.contains(key)) m_used.emplace(key);
+}
+
+bool RunContext::IsUsed(std::string_view key) const {
+    const std::lock_guard guard(m_usedLock);
+    return m_used.contains(key);
 }
 
 void RunContext::Cancel() {

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,7 @@ class BreachLog {
 };
 
 class LiveObject;
+class RunObserver;
 
 // What a call answers that comes at a time when the rules forbid it.
 inline constexpr HRESULT kCallOutOfOrder = static_cast<HRESULT>(0x8000000EL);  // E_ILLEGAL_METHOD_CALL
@@ -42,13 +44,16 @@ inline constexpr HRESULT kJobCancelled = static_cast<HRESULT>(0x800704C7L);  // 
 // hold it, so it outlives the run when a filter keeps one of them. Any thread may call.
 class RunContext {
   public:
-    explicit RunContext(Behaviour behaviour = {});
+    explicit RunContext(Behaviour behaviour = {}, std::shared_ptr<RunObserver> observer = nullptr);
     RunContext(const RunContext&) = delete;
     RunContext& operator=(const RunContext&) = delete;
 
     [[nodiscard]] const Behaviour& GetBehaviour() const noexcept { return m_behaviour; }
     [[nodiscard]] BreachLog& Breaches() noexcept { return m_breaches; }
-    [[nodiscard]] FilterCalls& Calls() noexcept { return m_calls; }
+    // Asked for by every call of the filter to an object of the kit.
+    [[nodiscard]] FilterCalls& Calls();
+    // Never null.
+    [[nodiscard]] RunObserver& Observer() const noexcept { return *m_observer; }
 
     // Records a breach and gives the code that the offending call answers.
     HRESULT Breach(std::string text, HRESULT code = kCallOutOfOrder);
@@ -65,6 +70,14 @@ class RunContext {
     // Something that the filter asked for and that the job does not have, told once.
     void Missing(const std::string& what);
     [[nodiscard]] std::vector<std::string> MissingThings() const;
+
+    // What is odd about what the filter did, but breaks no rule.
+    void Found(std::string text);
+    [[nodiscard]] std::vector<std::string> Findings() const;
+
+    // A switch of the run ("short-reads") made a difference, or came to the place where it could.
+    void Used(std::string_view key);
+    [[nodiscard]] bool IsUsed(std::string_view key) const;
 
     // Whether InitializeFilter has not returned yet.
     void SetInitializing(bool isInitializing) noexcept { m_isInitializing = isInitializing; }
@@ -83,9 +96,13 @@ class RunContext {
     friend class LiveObject;
 
     const Behaviour m_behaviour;
+    const std::shared_ptr<RunObserver> m_observer;
     BreachLog m_breaches;
     BreachLog m_leftOpen;
     BreachLog m_inputFailures;
+    BreachLog m_findings;
+    mutable std::mutex m_usedLock;
+    std::set<std::string, std::less<>> m_used;
     mutable std::mutex m_missingLock;
     std::vector<std::string> m_missing;
     std::atomic<bool> m_isInitializing = false;

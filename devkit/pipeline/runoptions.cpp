@@ -146,7 +146,9 @@ void ApplySwitch(RunOptions& options, std::string_view text) {
     for (const Switch& each : kSwitches) {
         if (each.key != key) continue;
         if (equals == std::string_view::npos) throw SwitchError(std::string(key) + " has no value");
-        return each.set(options, key, text.substr(equals + 1));
+        each.set(options, key, text.substr(equals + 1));
+        if (key != "fail") options.switches.emplace_back(text);
+        return;
     }
     std::string known;
     for (const Switch& each : kSwitches) known.append(known.empty() ? "" : ", ").append(each.key);

@@ -14,6 +14,7 @@
 #include "devkit/pipeline/behaviour.h"
 #include "devkit/pipeline/documentprovider.h"
 #include "devkit/pipeline/jobproperties.h"
+#include "devkit/pipeline/runobserver.h"
 
 namespace devkit::pipeline {
 
@@ -32,6 +33,8 @@ struct RunOptions {
     JobProperties properties;
     Behaviour behaviour;
     std::vector<ExtraPart> extraParts;
+    // The switches that were applied, "KEY=VALUE", without the failures of calls.
+    std::vector<std::string> switches;
     Apartment apartment = Apartment::None;
     LastRelease lastRelease = LastRelease::Caller;
     // ShutdownOperation comes from another thread when part N (from 1) is asked for; 0: never. The
@@ -46,7 +49,8 @@ struct RunOptions {
     // Called on the pipeline thread before StartOperation, once the thread stands in its apartment; what it
     // returns is destroyed there after StartOperation.
     std::function<std::shared_ptr<void>()> onPipelineThread;
-    // Called on the pipeline thread with the number of each part that is asked for, until the run is over.
+    std::shared_ptr<RunObserver> observer;
+    // Called on the pipeline thread with the number of each part that is asked for.
     std::function<void(unsigned)> onPart;
 };
 
@@ -56,7 +60,7 @@ class SwitchError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Sets what the text "KEY=VALUE" says. Throws SwitchError. The keys and their values:
+// Sets what the text "KEY=VALUE" says, and keeps the text. Throws SwitchError. The keys and their values:
 //
 //     fail=CALL[@N[+]]=CODE   call N (from 1, and with "+" all later ones) of "Interface::Method" or
 //     "Method",

@@ -72,8 +72,10 @@ HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOO
     const Behaviour& behaviour = Context().GetBehaviour();
     const ULONG most = behaviour.maxBytesPerRead;
     bool isEnd = false;
+    if (most == 0 || most < cbWanted) Context().Used("short-reads");
     const std::size_t count =
         m_bytes->ReadAt(m_position, pBuffer, most == 0 ? cbWanted : std::min(cbWanted, most), isEnd);
+    if (isEnd) Context().Used("end-flag");
     m_position += count;
     *pcbRead = static_cast<ULONG>(count);
     *pEndOfFile = isEnd && (count == 0 || behaviour.endFlag == EndFlag::WithLastData) ? TRUE : FALSE;
@@ -124,6 +126,7 @@ HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten
         if (m_target->IsClosed()) return Context().Breach("WriteBytes of " + m_name + " came after Close");
         const ULONG most = Context().GetBehaviour().maxBytesPerWrite;
         const ULONG count = most == 0 ? cb : std::min(cb, most);
+        if (most == 0 || most < cb) Context().Used("short-writes");
         m_target->Append(pBuffer, count);
         *pcbWritten = count;
         return S_OK;

@@ -27,6 +27,7 @@ HRESULT XpsDocumentObject::SetThumbnail(IPartThumbnail* pThumbnail) {
                                     " while its write stream is open");
         }
         m_part->thumbnail = thumbnail;
+        thumbnail->attached = true;
         return S_OK;
     });
 }

@@ -469,12 +469,49 @@ TEST_F(FilterRunTest, APipelineThreadInASingleThreadedApartmentIsSetUpAndTakenDo
     EXPECT_EQ(0, alive);
 }
 
-TEST_F(FilterRunTest, TellsWhichPartsAreAskedFor) {
-    std::vector<unsigned> numbers;
+// Writes down what it is told.
+class Noting final : public RunObserver {
+  public:
+    void CallBegins(const char* call) override { Note(std::string("begins ") + call); }
+    void CallEnds(const char* call) override { Note(std::string("ends ") + call); }
+    void PartAsked(unsigned number) override { Note("asked " + std::to_string(number)); }
+    void PartGiven(const std::string& part) override { Note("given " + part); }
+    void PartSent(const SentPart& part) override { Note("sent " + part.name); }
+    void Breached(const std::string& text) override { Note("breached: " + text); }
+    void Called() override {
+        const std::lock_guard guard(m_lock);
+        ++m_calls;
+    }
+    [[nodiscard]] const Lines& Told() const { return m_lines; }
+    [[nodiscard]] unsigned Calls() const { return m_calls; }
+
+  private:
+    void Note(std::string line) {
+        const std::lock_guard guard(m_lock);
+        m_lines.push_back(std::move(line));
+    }
+
+    std::mutex m_lock;
+    Lines m_lines;
+    unsigned m_calls = 0;
+};
+
+TEST_F(FilterRunTest, AnObserverIsToldWhatHappens) {
+    const auto observer = std::make_shared<Noting>();
     RunOptions options;
-    options.onPart = [&](unsigned number) { numbers.push_back(number); };
-    static_cast<void>(Run(L"", std::move(options)));
-    EXPECT_EQ((std::vector<unsigned>{1, 2, 3, 4, 5, 6, 7, 8}), numbers);
+    options.observer = observer;
+    const RunOutcome outcome = Run(L"close-twice", std::move(options));
+    Lines told = observer->Told();
+    ASSERT_GT(told.size(), 12U);
+    EXPECT_EQ((Lines{"begins the making of the filter", "ends the making of the filter",
+                     "begins InitializeFilter", "ends InitializeFilter", "begins StartOperation", "asked 1",
+                     "given XpsDocument", "sent ", "asked 2"}),
+              Lines(told.begin(), told.begin() + 9));
+    EXPECT_EQ((Lines{"given the end of the parts", "breached: CloseSender was called twice",
+                     "ends StartOperation", "begins the last release", "ends the last release"}),
+              Lines(told.end() - 5, told.end()));
+    EXPECT_GT(observer->Calls(), 20U);
+    EXPECT_EQ(8U, outcome.asked);
 }
 
 // Runs a filter of the test program that does this in StartOperation.

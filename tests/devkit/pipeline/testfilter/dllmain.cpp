@@ -4,16 +4,18 @@
 
 namespace {
 
+using testfilter::StreamFilter;
 using testfilter::TestFilter;
 
 // A member of the module, whose own reference nobody gives up.
+template <typename Filter>
 class Factory final : public platform::ComObject<IClassFactory> {
   public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override {
         if (ppObject == nullptr) return E_POINTER;
         *ppObject = nullptr;
         if (pOuter != nullptr) return CLASS_E_NOAGGREGATION;
-        return platform::MakeObject<TestFilter>()->QueryInterface(iid, ppObject);
+        return platform::MakeObject<Filter>()->QueryInterface(iid, ppObject);
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
@@ -21,10 +23,12 @@ class Factory final : public platform::ComObject<IClassFactory> {
 }  // namespace
 
 STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) {
-    static Factory factory;
+    static Factory<TestFilter> factory;
+    static Factory<StreamFilter> streamFactory;
     if (ppObject == nullptr) return E_POINTER;
     *ppObject = nullptr;
     if (IsEqualCLSID(classId, testfilter::kClassId)) return factory.QueryInterface(iid, ppObject);
+    if (IsEqualCLSID(classId, testfilter::kStreamClassId)) return streamFactory.QueryInterface(iid, ppObject);
     if (IsEqualCLSID(classId, testfilter::kDirectClassId)) {
         return platform::MakeObject<TestFilter>()->QueryInterface(iid, ppObject);
     }

@@ -1,7 +1,10 @@
 #include "testfilter.h"
 
 #include <cstdlib>
+#include <exception>
+#include <stdexcept>
 #include <string>
+#include <thread>
 
 #include "platform/bstr.h"
 #include "platform/printerpropertybag.h"
@@ -46,9 +49,62 @@ void Hang() {
     CloseHandle(event);
 }
 
+// Calls itself until the stack is used up.
+int Overflow(volatile int* pDepth) {
+    volatile char room[4096];
+    *pDepth = *pDepth + 1;
+    room[0] = static_cast<char>(*pDepth);
+    return *pDepth < 0 ? 0 : Overflow(pDepth) + room[0];
+}
+
+std::wstring NameOf(IFixedPage* pPage) {
+    Bstr name;
+    return SUCCEEDED(pPage->GetUri(name.Put())) ? std::wstring(name.View()) : std::wstring();
+}
+
+// What a filter can do to its process, whatever the call. Comes back for any other mode.
+void EndBadly(const std::string& mode) {
+    if (mode == "crash") *static_cast<volatile int*>(nullptr) = 1;
+    if (mode == "jump-to-null") {
+        void (*volatile function)() = nullptr;
+        function();
+    }
+    if (mode == "overflow-stack") {
+        volatile int depth = 0;
+        Overflow(&depth);
+    }
+    if (mode == "raise") RaiseException(0xE0000001, EXCEPTION_NONCONTINUABLE, 0, nullptr);
+    if (mode == "exit-process") ExitProcess(0);
+    if (mode == "exit") std::exit(0);
+    if (mode == "abort") std::abort();
+    if (mode == "terminate") std::terminate();
+    if (mode == "throw-in-thread") std::thread([] { throw std::runtime_error("no paper"); }).join();
+    if (mode == "exit-thread") ExitThread(0);
+    if (mode == "damage-heap") {
+        // What the heap keeps in front of a block.
+        volatile char* const pBlock = static_cast<volatile char*>(std::malloc(64000));
+        for (int i = 1; i <= 16; ++i) pBlock[-i] = 'A';
+    }
+    if (mode == "hang") Sleep(INFINITE);
+}
+
 void ReplaceFirst(std::string& text, const std::string& what, const std::string& with) {
     if (const std::size_t place = text.find(what); place != std::string::npos)
         text.replace(place, what.size(), with);
+}
+
+std::string ReadMode(IPrintPipelinePropertyBag& bag) {
+    platform::Variant value;
+    ComPtr<IPrinterPropertyBag> driver;
+    Bstr text;
+    if (SUCCEEDED(bag.GetProperty(L"DriverPropertyBag", value.Put())) && value.Unknown() != nullptr &&
+        SUCCEEDED(value.Unknown()->QueryInterface(__uuidof(IPrinterPropertyBag), driver.PutVoid())) &&
+        SUCCEEDED(driver->GetString(Bstr(L"TestFilterMode").Get(), text.Put()))) {
+        const std::wstring_view wide = text.View();
+        return {wide.begin(), wide.end()};
+    }
+    const char* mode = std::getenv("TESTFILTER_MODE");
+    return mode == nullptr ? "" : mode;
 }
 
 }  // namespace
@@ -61,29 +117,22 @@ HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
     m_communicator = ComPtr<IInterFilterCommunicator>(pICommunicator);
     m_bag = ComPtr<IPrintPipelinePropertyBag>(pIPropertyBag);
     m_control = ComPtr<IPrintPipelineManagerControl>(pIPipelineControl);
-    m_mode = ReadMode();
+    m_mode = ReadMode(*pIPropertyBag);
     if (Is("throw-initialize")) throw 1;
-    return Is("fail-initialize") ? E_ABORT : S_OK;
-}
-
-std::string TestFilter::ReadMode() {
-    platform::Variant value;
-    ComPtr<IPrinterPropertyBag> driver;
-    Bstr text;
-    if (SUCCEEDED(m_bag->GetProperty(L"DriverPropertyBag", value.Put())) && value.Unknown() != nullptr &&
-        SUCCEEDED(value.Unknown()->QueryInterface(__uuidof(IPrinterPropertyBag), driver.PutVoid())) &&
-        SUCCEEDED(driver->GetString(Bstr(L"TestFilterMode").Get(), text.Put()))) {
-        const std::wstring_view wide = text.View();
-        return {wide.begin(), wide.end()};
+    if (m_mode.starts_with("initialize:")) EndBadly(m_mode.substr(11));
+    if (m_mode.starts_with("want-property ")) {
+        const std::wstring name(m_mode.begin() + 14, m_mode.end());
+        platform::Variant value;
+        return m_bag->GetProperty(name.c_str(), value.Put());
     }
-    const char* mode = std::getenv("TESTFILTER_MODE");
-    return mode == nullptr ? "" : mode;
+    return Is("fail-initialize") ? E_ABORT : S_OK;
 }
 
 HRESULT TestFilter::ShutdownOperation() {
     m_stop = true;
     if (Is("close-on-shutdown") && m_writer) static_cast<void>(m_writer->CloseSender());
     if (Is("hang-in-shutdown")) Hang();
+    if (m_mode.starts_with("shutdown:")) EndBadly(m_mode.substr(9));
     if (Is("throw-shutdown")) throw 1;
     return m_control->FilterFinished();
 }
@@ -95,6 +144,14 @@ HRESULT TestFilter::StartOperation() {
     if (HRESULT hr = m_communicator->RequestWriter(reinterpret_cast<void**>(m_writer.Put())); FAILED(hr))
         return hr;
     if (Is("leak-self")) AddRef();
+    if (Is("leak-reader")) m_reader->AddRef();
+    if (Is("leak-bag")) m_bag->AddRef();
+    if (Is("start-no-parts")) return S_OK;
+    if (Is("enter-apartment-and-leave")) {
+        static_cast<void>(CoInitializeEx(nullptr, COINIT_MULTITHREADED));
+        CoUninitialize();
+    }
+    if (Is("change-folder")) SetCurrentDirectoryW(L"C:\\");
     if (Is("throw")) throw 1;
     if (Is("impersonate") || Is("close-token")) {
         if (HRESULT hr = UseToken(Is("close-token")); FAILED(hr)) return hr;
@@ -116,9 +173,11 @@ HRESULT TestFilter::Finish(HRESULT hr) {
             hr, Is("error-info") ? reinterpret_cast<IImgErrorInfo*>(m_control.Get()) : nullptr);
         if (FAILED(told)) return told;
     }
+    if (Is("shutdown-after-success")) static_cast<void>(m_control->RequestShutdown(E_ABORT, nullptr));
     if (Is("no-close")) return hr;
     const HRESULT closed = m_writer->CloseSender();
     if (Is("close-twice")) static_cast<void>(m_writer->CloseSender());
+    if (Is("succeed-false")) return S_FALSE;
     if (Is("new-part-after-close")) {
         ComPtr<IPartPrintTicket> ticket;
         ComPtr<IPrintWriteStream> stream;
@@ -170,7 +229,8 @@ HRESULT TestFilter::PassSequence(IFixedDocumentSequence* pSequence) {
 HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     ++m_pages;
     if (Is("fail") || Is("fail-silently") || Is("error-info")) return E_ABORT;
-    if (Is("crash")) *static_cast<volatile int*>(nullptr) = 1;
+    EndBadly(m_mode);
+    if (Is("exit-process-for-names") && NameOf(pPage).find(L"A%20Page") != std::wstring::npos) ExitProcess(7);
     if (Is("leak-page") && m_pages == 1) pPage->AddRef();
     if (Is("drop-first-page") && m_pages == 1) return S_OK;
     if (Is("rewrite") || Is("break-markup") || Is("rewrite-unclosed")) {
@@ -182,7 +242,17 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     if (const HRESULT hr = MisuseResources(pPage); FAILED(hr)) return hr;
     if (Is("page-as-unknown")) return m_writer->SendXpsUnknown(pPage);
     if (Is("send-after-close")) static_cast<void>(m_writer->CloseSender());
+    if (Is("page-as-sequence")) {
+        return m_writer->SendFixedDocumentSequence(
+            static_cast<IFixedDocumentSequence*>(static_cast<void*>(pPage)));
+    }
     const HRESULT hr = m_writer->SendFixedPage(pPage);
+    if (Is("call-after-release")) {
+        while (pPage->Release() != 0) {
+        }
+        return NameOf(pPage).empty() ? S_OK : E_FAIL;
+    }
+    if (Is("release-page-twice") && m_pages == 1) pPage->Release();
     if (Is("write-after-send")) {
         ComPtr<IPrintWriteStream> stream;
         static_cast<void>(pPage->GetWriteStream(stream.Put()));
@@ -193,6 +263,27 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
 HRESULT TestFilter::MisuseResources(IFixedPage* pPage) {
     if (Is("delete-unknown")) return pPage->DeleteResource(L"/nowhere.png");
     if (Is("null-page")) return m_writer->SendFixedPage(nullptr);
+    if (Is("null-part")) return pPage->SetPagePart(nullptr);
+    if (Is("own-ticket"))
+        return pPage->SetPrintTicket(static_cast<IPartPrintTicket*>(static_cast<void*>(m_bag.Get())));
+    if (Is("read-null") || Is("read-to-nowhere")) return Misread(pPage);
+    if (Is("write-null") || Is("write-from-nowhere") || Is("write-after-close") || Is("close-stream-twice") ||
+        Is("two-write-streams")) {
+        return Miswrite(pPage);
+    }
+    if (Is("unused-part")) {
+        ComPtr<IPartPrintTicket> ticket;
+        ComPtr<IPrintWriteStream> stream;
+        const HRESULT hr = m_writer->GetNewEmptyPart(L"/unused.xml", __uuidof(IPartPrintTicket),
+                                                     ticket.PutVoid(), stream.Put());
+        if (SUCCEEDED(hr)) stream->Close();
+        return hr;
+    }
+    if (Is("null-name")) {
+        ComPtr<IPartPrintTicket> ticket;
+        ComPtr<IPrintWriteStream> stream;
+        return m_writer->GetNewEmptyPart(nullptr, __uuidof(IPartPrintTicket), ticket.PutVoid(), stream.Put());
+    }
     if (Is("unused-open-part")) {
         ComPtr<IPartPrintTicket> ticket;
         ComPtr<IPrintWriteStream> stream;
@@ -206,6 +297,31 @@ HRESULT TestFilter::MisuseResources(IFixedPage* pPage) {
                                          stream.Put());
     }
     return S_OK;
+}
+
+HRESULT TestFilter::Misread(IFixedPage* pPage) {
+    ComPtr<IPrintReadStream> stream;
+    HRESULT hr = pPage->GetStream(stream.Put());
+    if (FAILED(hr)) return hr;
+    ULONG count = 0;
+    BOOL end = FALSE;
+    void* const pNowhere = reinterpret_cast<void*>(Is("read-null") ? 0 : 16);
+    return stream->ReadBytes(pNowhere, 10, &count, &end);
+}
+
+HRESULT TestFilter::Miswrite(IFixedPage* pPage) {
+    ComPtr<IPrintWriteStream> stream;
+    ComPtr<IPrintWriteStream> second;
+    HRESULT hr = pPage->GetWriteStream(stream.Put());
+    if (FAILED(hr)) return hr;
+    ULONG count = 0;
+    if (Is("write-null")) hr = stream->WriteBytes(nullptr, 10, &count);
+    if (Is("write-from-nowhere")) hr = stream->WriteBytes(reinterpret_cast<void*>(16), 10, &count);
+    if (Is("two-write-streams")) hr = pPage->GetWriteStream(second.Put());
+    stream->Close();
+    if (Is("write-after-close")) hr = stream->WriteBytes("x", 1, &count);
+    if (Is("close-stream-twice")) stream->Close();
+    return hr;
 }
 
 HRESULT TestFilter::WriteTicket(IFixedPage* pPage) {
@@ -241,6 +357,47 @@ HRESULT TestFilter::RewriteMarkup(IFixedPage* pPage) {
     hr = WriteAll(writer.Get(), markup);
     if (!Is("rewrite-unclosed")) writer->Close();
     return hr;
+}
+
+HRESULT StreamFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
+                                       IPrintPipelinePropertyBag* pIPropertyBag,
+                                       IPrintPipelineManagerControl* pIPipelineControl) {
+    m_communicator = ComPtr<IInterFilterCommunicator>(pICommunicator);
+    m_control = ComPtr<IPrintPipelineManagerControl>(pIPipelineControl);
+    m_mode = ReadMode(*pIPropertyBag);
+    return S_OK;
+}
+
+HRESULT StreamFilter::ShutdownOperation() {
+    m_stop = true;
+    return S_OK;
+}
+
+HRESULT StreamFilter::StartOperation() {
+    ComPtr<IPrintReadStream> reader;
+    ComPtr<IPrintWriteStream> writer;
+    HRESULT hr = m_communicator->RequestReader(reinterpret_cast<void**>(reader.Put()));
+    if (SUCCEEDED(hr)) hr = m_communicator->RequestWriter(reinterpret_cast<void**>(writer.Put()));
+    if (FAILED(hr)) return hr;
+    if (m_mode == "stream:fail") hr = E_ABORT;
+    if (m_mode == "stream:crash") EndBadly("crash");
+    if (SUCCEEDED(hr)) hr = PassBytes(*reader.Get(), *writer.Get());
+    if (FAILED(hr)) static_cast<void>(m_control->RequestShutdown(hr, nullptr));
+    if (m_mode != "stream:no-close") writer->Close();
+    if (m_mode == "stream:close-twice") writer->Close();
+    return hr;
+}
+
+HRESULT StreamFilter::PassBytes(IPrintReadStream& reader, IPrintWriteStream& writer) {
+    for (BOOL end = FALSE; !end;) {
+        char block[4096];
+        ULONG count = 0;
+        if (m_stop) return HRESULT_FROM_WIN32(ERROR_CANCELLED);
+        HRESULT hr = reader.ReadBytes(block, sizeof(block), &count, &end);
+        if (SUCCEEDED(hr)) hr = WriteAll(&writer, std::string(block, count));
+        if (FAILED(hr)) return hr;
+    }
+    return S_OK;
 }
 
 }  // namespace testfilter

@@ -19,6 +19,11 @@ inline constexpr CLSID kClassId = {
 inline constexpr CLSID kDirectClassId = {
     0xc1d7f0a2, 0x35d4, 0x4e0b, {0x9c, 0x53, 0x6b, 0x1c, 0x5a, 0x7e, 0x9d, 0x11}};
 
+// A filter that passes the bytes of a stream on.
+// {C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D12}
+inline constexpr CLSID kStreamClassId = {
+    0xc1d7f0a2, 0x35d4, 0x4e0b, {0x9c, 0x53, 0x6b, 0x1c, 0x5a, 0x7e, 0x9d, 0x12}};
+
 // The objects of the module that are alive.
 extern std::atomic<long> liveObjects;
 
@@ -30,6 +35,24 @@ class CountedObject : public platform::ReferenceCount {
 
 // A filter that passes every part on as it came, and misbehaves in the one way that the string
 // "TestFilterMode" of the driver property bag names, or else the environment variable TESTFILTER_MODE.
+// Its misbehaviours are the test filter's whose names begin with "stream:".
+class StreamFilter final : public platform::ComIdentity<CountedObject, IPrintPipelineFilter> {
+  public:
+    HRESULT STDMETHODCALLTYPE InitializeFilter(IInterFilterCommunicator* pICommunicator,
+                                               IPrintPipelinePropertyBag* pIPropertyBag,
+                                               IPrintPipelineManagerControl* pIPipelineControl) override;
+    HRESULT STDMETHODCALLTYPE ShutdownOperation() override;
+    HRESULT STDMETHODCALLTYPE StartOperation() override;
+
+  private:
+    HRESULT PassBytes(IPrintReadStream& reader, IPrintWriteStream& writer);
+
+    std::atomic<bool> m_stop = false;
+    std::string m_mode;
+    platform::ComPtr<IInterFilterCommunicator> m_communicator;
+    platform::ComPtr<IPrintPipelineManagerControl> m_control;
+};
+
 class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipelineFilter> {
   public:
     HRESULT STDMETHODCALLTYPE InitializeFilter(IInterFilterCommunicator* pICommunicator,
@@ -40,12 +63,13 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
 
   private:
     [[nodiscard]] bool Is(const char* mode) const { return m_mode == mode; }
-    [[nodiscard]] std::string ReadMode();
     HRESULT PassParts();
     HRESULT PassPart(IUnknown* pPart);
     HRESULT PassSequence(IFixedDocumentSequence* pSequence);
     HRESULT PassPage(IFixedPage* pPage);
     HRESULT MisuseResources(IFixedPage* pPage);
+    HRESULT Misread(IFixedPage* pPage);
+    HRESULT Miswrite(IFixedPage* pPage);
     HRESULT WriteTicket(IFixedPage* pPage);
     HRESULT RewriteMarkup(IFixedPage* pPage);
     HRESULT UseToken(bool close);
