@@ -105,6 +105,9 @@ LiveObject::LiveObject(ContextPtr context, std::string description)
 LiveObject::~LiveObject() {
     const std::lock_guard guard(m_context->m_liveLock);
     m_context->m_live.erase(m_serial);
+    NameTheDead(this, std::move(m_description), [context = std::weak_ptr(m_context)](std::string text) {
+        if (const auto alive = context.lock()) alive->Breach(std::move(text));
+    });
 }
 
 }  // namespace devkit::pipeline

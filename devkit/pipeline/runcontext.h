@@ -16,6 +16,7 @@
 #include "devkit/common/countedobject.h"
 #include "devkit/pipeline/behaviour.h"
 #include "devkit/pipeline/filtercalls.h"
+#include "devkit/pipeline/graveyard.h"
 #include "platform/comobject.h"
 
 namespace devkit::pipeline {
@@ -118,7 +119,12 @@ class RunContext {
 using ContextPtr = std::shared_ptr<RunContext>;
 
 // The reference count of a COM object of the pipeline, and its entry among the living of its run.
+// After its last release its memory is watched over.
 class LiveObject : public common::CountedObject {
+  public:
+    static void* operator new(std::size_t size) { return TakeObjectMemory(size); }
+    static void operator delete(void* pMemory, std::size_t size) noexcept { BuryObjectMemory(pMemory, size); }
+
   protected:
     // `description` is the kind and, where it has one, the part's name: "FixedPage /1.fpage".
     LiveObject(ContextPtr context, std::string description);

@@ -514,6 +514,14 @@ TEST_F(FilterRunTest, AnObserverIsToldWhatHappens) {
     EXPECT_EQ(8U, outcome.asked);
 }
 
+TEST_F(FilterRunTest, AnObjectThatIsReleasedTooOftenIsABreachAndNoCrash) {
+    const RunOutcome outcome = Run(L"release-page-twice");
+    EXPECT_EQ(S_OK, outcome.result);
+    ASSERT_EQ(1U, outcome.breaches.size());
+    EXPECT_TRUE(outcome.breaches[0].starts_with("Release of FixedPage /")) << outcome.breaches[0];
+    EXPECT_TRUE(outcome.breaches[0].ends_with(" came after its last Release")) << outcome.breaches[0];
+}
+
 // Runs a filter of the test program that does this in StartOperation.
 RunOutcome RunScript(FilterScript script, RunOptions options = {}) {
     return FilterRun(std::make_shared<ScriptedSource>(std::move(script)), SampleJob(), std::move(options))
