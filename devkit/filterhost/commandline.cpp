@@ -8,6 +8,7 @@
 
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
+#include "devkit/pipeline/runoptions.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {
@@ -24,10 +25,6 @@ constexpr const char* kDescription =
 
 Path PathOf(const std::string& text) { return Path(platform::ToUtf16(text)); }
 
-std::optional<Path> PathOf(const std::optional<std::string>& text) {
-    return text ? std::optional(PathOf(*text)) : std::nullopt;
-}
-
 CLSID ClassOf(const std::string& text) {
     CLSID clsid{};
     if (FAILED(IIDFromString(platform::ToUtf16(text).c_str(), &clsid))) {
@@ -42,12 +39,14 @@ struct RawRun {
     std::vector<std::string> inputs;
     std::optional<std::string> output;
     std::optional<std::string> outputFolder;
+    bool noOutput = false;
     std::optional<std::string> filter;
     std::optional<std::string> filterClass;
     std::optional<std::string> userTicket;
     std::vector<std::string> provider;
     std::optional<std::string> json;
     bool noDriverProperties = false;
+    unsigned timeout = 300;
     RunSettings settings;
 };
 
@@ -55,37 +54,51 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
     const auto option = [&run](const char* name, auto& target, const char* type, const char* text) {
         return run.add_option(name, target, text)->type_name(type);
     };
+    HostSettings& host = raw.settings.host;
     option("INPUT", raw.inputs, "", "XPS or OpenXPS documents")->required();
     auto* output = option("-o", raw.output, "OUTPUT", "the document that comes out, for one INPUT");
-    option("--out-dir", raw.outputFolder, "DIR",
-           "the folder for the documents that come out, under their names")
-        ->excludes(output);
+    auto* folder = option("--out-dir", raw.outputFolder, "DIR",
+                          "the folder for the documents that come out, under their names")
+                       ->excludes(output);
+    run.add_flag("--no-output", raw.noOutput, "run the filter and write nothing")
+        ->excludes(output)
+        ->excludes(folder);
     option("--filter", raw.filter, "DLL", "the filter (default: pagevalidatefilter.dll beside this program)");
     option("--clsid", raw.filterClass, "{...}",
            "its class (default: {8A9F4692-E8BA-4533-B859-E56B1EA16586})");
-    option("--device", raw.settings.device, "MODEL",
+    option("--device", host.device, "MODEL",
            "device model, a name in devices beside this program or a folder (default: simprinter)");
-    option("--printer", raw.settings.printer, "NAME",
-           "the printer's name (default: the first of the device model)");
+    option("--printer", host.printer, "NAME", "the printer's name (default: the first of the device model)");
     option("--user-ticket", raw.userTicket, "FILE",
            "the user's default print ticket (default: that of the device)");
-    option("--ns-prefix", raw.settings.nsPrefix, "TEXT",
-           "KoraNsPrefix of the driver property bag (default: krk)");
-    option("--tesk-type", raw.settings.teskType, "N",
-           "KoraTeskType of the driver property bag (default: absent)");
+    option("--ns-prefix", host.nsPrefix, "TEXT", "KoraNsPrefix of the driver property bag (default: krk)");
+    option("--tesk-type", host.teskType, "N", "KoraTeskType of the driver property bag (default: absent)");
     run.add_flag("--no-driver-properties", raw.noDriverProperties, "no driver property bag at all");
     option("--provider", raw.provider, "KEY=VALUE|system",
            "a switch of the simulated print ticket provider, repeatable; or the system's own provider")
         ->take_all()
         ->type_size(1)
         ->allow_extra_args(false);
+    option("--pipeline", host.pipelineSwitches, "KEY=VALUE", "a switch of the pipeline, repeatable")
+        ->take_all()
+        ->type_size(1)
+        ->allow_extra_args(false);
     option("--json", raw.json, "FILE", "a report for programs, one object an INPUT");
-    run.add_flag("--quiet", raw.settings.quiet, "print problems only");
-    option("--cancel-at", raw.settings.cancelAt, "N",
+    auto* quiet = run.add_flag("--quiet", raw.settings.quiet, "print problems only");
+    run.add_flag("--verbose", raw.settings.verbose, "print what is worth knowing about the system, too")
+        ->excludes(quiet);
+    option("--cancel-at", host.cancelAt, "N",
            "ShutdownOperation from another thread when part N (from 1) is asked for");
+    option("--timeout", raw.timeout, "S", "end a filter that makes no progress for S seconds (default: 300)")
+        ->check(CLI::Range(1U, 1000000U));
+    option("-j", raw.settings.parallel, "N", "inputs at once (default: one a processor)")
+        ->check(CLI::Range(1U, 1024U));
+    run.add_flag("--in-process", raw.settings.inProcess,
+                 "run the filter in this process, where a debugger finds it; what it does to the process\n"
+                 "happens to the program");
 }
 
-void TakeProvider(const std::vector<std::string>& values, RunSettings& settings) {
+void TakeProvider(const std::vector<std::string>& values, HostSettings& settings) {
     for (const std::string& value : values) {
         if (value == "system") {
             settings.systemProvider = true;
@@ -100,35 +113,65 @@ void TakeProvider(const std::vector<std::string>& values, RunSettings& settings)
     }
 }
 
-void CheckOutputs(const RunSettings& settings) {
-    if (!settings.output && !settings.outputFolder) throw UsageError("one of -o and --out-dir is required");
-    if (settings.output && settings.inputs.size() > 1) {
-        throw UsageError("-o is for one INPUT; use --out-dir for several");
+// The path as it is now: a filter may change the current folder.
+Path Absolute(const std::string& text) { return std::filesystem::absolute(PathOf(text)); }
+
+std::optional<Path> Absolute(const std::optional<std::string>& text) {
+    return text ? std::optional(Absolute(*text)) : std::nullopt;
+}
+
+// The job of an input, with the output's name as the caller would give it.
+Job MakeJob(const RawRun& raw, const std::string& input) {
+    Job job{Absolute(input), input, std::nullopt, {}};
+    if (raw.output) job.outputName = *raw.output;
+    if (raw.outputFolder) {
+        job.outputName = platform::ToUtf8((PathOf(*raw.outputFolder) / job.input.filename()).wstring());
     }
-    if (!settings.outputFolder) return;
+    if (!raw.noOutput) job.output = Absolute(job.outputName);
+    return job;
+}
+
+void CheckPipeline(const HostSettings& settings) {
+    pipeline::RunOptions options;
+    try {
+        for (const std::string& text : settings.pipelineSwitches) pipeline::ApplySwitch(options, text);
+    } catch (const pipeline::SwitchError& error) {
+        throw UsageError(std::string("--pipeline: ") + error.what());
+    }
+}
+
+void CheckOutputs(const RawRun& raw) {
+    if (!raw.output && !raw.outputFolder && !raw.noOutput) {
+        throw UsageError("one of -o, --out-dir and --no-output is required");
+    }
+    if (raw.output && raw.inputs.size() > 1)
+        throw UsageError("-o is for one INPUT; use --out-dir for several");
+    if (!raw.outputFolder) return;
     std::set<std::wstring> names;
-    for (const Path& input : settings.inputs) {
-        std::wstring name = input.filename().wstring();
+    for (const std::string& input : raw.inputs) {
+        const std::wstring given = PathOf(input).filename().wstring();
+        std::wstring name = given;
         CharLowerBuffW(name.data(), static_cast<DWORD>(name.size()));
         if (!names.insert(name).second) {
-            throw UsageError("--out-dir: two inputs are named " +
-                             platform::ToUtf8(input.filename().wstring()));
+            throw UsageError("--out-dir: two inputs are named " + platform::ToUtf8(given));
         }
     }
 }
 
 RunSettings TakeRun(RawRun raw) {
+    CheckOutputs(raw);
     RunSettings settings = std::move(raw.settings);
-    for (const std::string& input : raw.inputs) settings.inputs.push_back(PathOf(input));
-    settings.output = PathOf(raw.output);
-    settings.outputFolder = PathOf(raw.outputFolder);
-    settings.filter = raw.filter ? PathOf(*raw.filter) : ProgramFolder() / "pagevalidatefilter.dll";
-    if (raw.filterClass) settings.filterClass = ClassOf(*raw.filterClass);
-    settings.userTicket = PathOf(raw.userTicket);
-    settings.json = PathOf(raw.json);
-    settings.driverProperties = !raw.noDriverProperties;
-    TakeProvider(raw.provider, settings);
-    CheckOutputs(settings);
+    HostSettings& host = settings.host;
+    for (const std::string& input : raw.inputs) settings.jobs.push_back(MakeJob(raw, input));
+    host.filter = raw.filter ? Absolute(*raw.filter) : ProgramFolder() / "pagevalidatefilter.dll";
+    if (raw.filterClass) host.filterClass = ClassOf(*raw.filterClass);
+    host.userTicket = Absolute(raw.userTicket);
+    host.driverProperties = !raw.noDriverProperties;
+    settings.outputFolder = Absolute(raw.outputFolder);
+    settings.json = Absolute(raw.json);
+    settings.timeout = std::chrono::seconds(raw.timeout);
+    TakeProvider(raw.provider, host);
+    CheckPipeline(host);
     return settings;
 }
 

@@ -5,8 +5,9 @@
 
 namespace devkit::filterhost {
 
-// `filterhost run`. The calling thread must stand in the multithreaded apartment. Throws UsageError.
-[[nodiscard]] ExitStatus Run(const RunSettings& settings);
+// `filterhost run`: an ExitStatus, or kInterrupted. The calling thread must stand in the multithreaded
+// apartment. Throws UsageError, and std::runtime_error for a filter that is none.
+[[nodiscard]] int Run(const RunSettings& settings);
 
 // `filterhost inspect`: prints each document as a tree of its parts with page sizes and tickets.
 [[nodiscard]] ExitStatus Inspect(const InspectSettings& settings);

@@ -1,25 +1,32 @@
 #pragma once
 
-#include <functional>
+#include "platform/windows.h"
+
 #include <string>
+#include <string_view>
+#include <thread>
 
 namespace devkit::filterhost {
 
-// While it lives, a crash of the process (an access violation in the filter, say) is told in one line with
-// the exception, the module and the part that was being worked on, and ends the program with the status of a
-// failed filter.
+// "the filter crashed with 0xC0000005 ACCESS_VIOLATION reading 0x0 at testfilter.dll+0x1234", or "the kit
+// crashed with ..." where that was in this program or in its print ticket provider.
+[[nodiscard]] std::string DescribeCrash(const EXCEPTION_POINTERS& exception);
+
+// While it lives, an exception that nobody handles, a stack that is used up, and abort, are told as one event
+// line, with its line feed, to `tell`, and end the process. `tell` is called on a thread of its own, while
+// others may have been stopped anywhere: it may take no memory and wait for nobody for long. One at a time.
 class CrashReport {
   public:
-    CrashReport(std::string input, std::function<std::string()> lastPart);
+    using Tell = void (*)(void* pContext, std::string_view line) noexcept;
+
+    CrashReport(Tell tell, void* pContext);
     CrashReport(const CrashReport&) = delete;
     CrashReport& operator=(const CrashReport&) = delete;
     ~CrashReport();
 
   private:
-    const std::string m_input;
-    const std::function<std::string()> m_lastPart;
-
-    friend struct CrashHandler;
+    void* m_pVectored;
+    std::thread m_thread;
 };
 
 }  // namespace devkit::filterhost

@@ -7,26 +7,20 @@
 
 namespace devkit::filterhost {
 
-std::filesystem::path ProgramFolder() {
+std::filesystem::path ProgramPath() {
     // The longest path that Windows knows.
     std::wstring path(32768, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return std::filesystem::path(path).parent_path();
+    return path;
 }
+
+std::filesystem::path ProgramFolder() { return ProgramPath().parent_path(); }
 
 std::string ReadFile(const std::filesystem::path& path, std::string_view option) try {
     common::FileSource file(path);
     std::string bytes(static_cast<std::size_t>(file.Size()), '\0');
     bytes.resize(file.ReadAt(0, bytes.data(), bytes.size()));
     return bytes;
-} catch (const common::Error& error) {
-    throw UsageError(std::string(option) + ": " + error.what());
-}
-
-void WriteFile(const std::filesystem::path& path, std::string_view bytes, std::string_view option) try {
-    common::OutputFile file(path);
-    file.WriteAt(0, bytes.data(), bytes.size());
-    file.Commit();
 } catch (const common::Error& error) {
     throw UsageError(std::string(option) + ": " + error.what());
 }

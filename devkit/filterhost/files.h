@@ -8,13 +8,12 @@
 
 namespace devkit::filterhost {
 
-// The folder that holds the running program.
+// The running program, and the folder that holds it.
+[[nodiscard]] std::filesystem::path ProgramPath();
 [[nodiscard]] std::filesystem::path ProgramFolder();
 
 // The whole file. Throws UsageError with `option` in front.
 [[nodiscard]] std::string ReadFile(const std::filesystem::path& path, std::string_view option);
-// Writes the file, which appears when it is whole. Throws UsageError with `option` in front.
-void WriteFile(const std::filesystem::path& path, std::string_view bytes, std::string_view option);
 
 // What is wrong with a document, for a line that begins with the document's name: a place other than the
 // document itself is named at the end.

@@ -1,36 +1,53 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
+#include <mutex>
 
-#include "devkit/filterhost/runresult.h"
+#include "devkit/filterhost/runevent.h"
 #include "devkit/filterhost/settings.h"
 #include "devkit/filterhost/ticketprovider.h"
+#include "devkit/msxml/com/domregistration.h"
+#include "devkit/package/xpsdocument.h"
 #include "devkit/pipeline/filtermodule.h"
+#include "devkit/pipeline/filterrun.h"
 
 namespace devkit::filterhost {
 
-// Sends documents through one filter, each in a run of its own, and writes what comes out.
+// Sends documents through a filter, each in a run of its own, and writes what comes out. The thread that
+// makes it, runs it and destroys it stands in the multithreaded apartment.
 class HostedRun {
   public:
-    // What is given must outlive the object. Throws UsageError when the user's ticket cannot be read.
-    HostedRun(const RunSettings& settings, TicketProvider& provider,
-              std::shared_ptr<pipeline::FilterSource> filter);
+    // Loads the print ticket provider and the filter, in this order. `settings` must outlive the object.
+    // Throws UsageError for settings that make no sense, pipeline::FilterError for a DLL that is of no use.
+    HostedRun(const HostSettings& settings, const EventSink& sink);
+    ~HostedRun();
 
-    // Runs the filter over one document; the output appears only when it is whole. All that can go wrong is
-    // in the result.
-    [[nodiscard]] RunResult Run(const std::filesystem::path& input, const std::filesystem::path& output);
+    // Runs the filter over one document and tells what happens, Finished excepted; the output appears only
+    // when it is whole. False when the run was abandoned: then threads of the filter are left that may still
+    // tell, and neither the sink nor this object may go.
+    [[nodiscard]] bool Run(const Job& job, const EventSink& sink);
+
+    // Cancels the run that goes on as a user cancels a print job, and every later one; any thread may call.
+    void Cancel();
 
   private:
-    void RunFilter(const std::shared_ptr<package::XpsDocument>& document, RunResult& result);
+    [[nodiscard]] bool RunFilter(const std::shared_ptr<package::XpsDocument>& document, const Job& job,
+                                 const EventSink& sink);
     [[nodiscard]] pipeline::RunOptions MakeOptions() const;
-    void LookAtPages(RunResult& result) const;
 
-    const RunSettings& m_settings;
-    TicketProvider& m_provider;
-    const std::shared_ptr<pipeline::FilterSource> m_filter;
+    const HostSettings& m_settings;
+    TicketProvider m_provider;
+    std::shared_ptr<pipeline::FilterSource> m_filter;
     const PrinterHandle m_printer;
     pipeline::Bytes m_userTicket;
+    std::unique_ptr<msxml::DomRegistration> m_dom;
+
+    std::mutex m_lock;
+    std::shared_ptr<pipeline::FilterRun> m_run;
+    bool m_cancelled = false;
 };
+
+// What a user's ticket is, read and found to be one. Throws UsageError.
+[[nodiscard]] std::string ReadUserTicket(const std::filesystem::path& path);
 
 }  // namespace devkit::filterhost

@@ -1,17 +1,24 @@
 #pragma once
 
-#include "devkit/pipeline/filterrun.h"
+#include <functional>
 
 namespace devkit::filterhost {
 
-// While it lives, the first Ctrl+C cancels the run as a user cancels a print job; the second ends the
-// program.
-class CancelOnInterrupt {
+// What a shell calls the status of a program that Ctrl+C ended.
+inline constexpr int kInterrupted = 130;
+
+// From here on Ctrl+C ends the program with kInterrupted, at once unless an Interrupt lives.
+void EndOnInterrupt();
+
+// While it lives, the first Ctrl+C calls `cancel`, on a thread of the system's; the next ends the program at
+// once. One at a time.
+class Interrupt {
   public:
-    explicit CancelOnInterrupt(pipeline::FilterRun& run);
-    CancelOnInterrupt(const CancelOnInterrupt&) = delete;
-    CancelOnInterrupt& operator=(const CancelOnInterrupt&) = delete;
-    ~CancelOnInterrupt();
+    explicit Interrupt(std::function<void()> cancel);
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+    // Waits until `cancel` has returned.
+    ~Interrupt();
 };
 
 }  // namespace devkit::filterhost

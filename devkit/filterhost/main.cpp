@@ -10,6 +10,8 @@
 #include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/interrupt.h"
+#include "devkit/filterhost/worker.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {
@@ -29,19 +31,21 @@ class MultithreadedApartment {
 };
 
 struct Execute {
-    ExitStatus operator()(const RunSettings& settings) const {
+    int operator()(const RunSettings& settings) const {
         const MultithreadedApartment apartment;
         return Run(settings);
     }
-    ExitStatus operator()(const InspectSettings& settings) const { return Inspect(settings); }
-    ExitStatus operator()(const Answer& answer) const {
+    int operator()(const InspectSettings& settings) const { return Inspect(settings); }
+    int operator()(const Answer& answer) const {
         PrintOut(answer.text);
         return Done;
     }
 };
 
-ExitStatus Main(const std::vector<std::string>& arguments) {
+int Main(const std::vector<std::string>& arguments) {
     try {
+        if (arguments.size() == 3 && arguments[0] == kWorkCommand) Work(arguments[1], arguments[2]);
+        EndOnInterrupt();
         return std::visit(Execute(), ParseCommandLine(arguments));
     } catch (const UsageError& error) {
         PrintProblem(error.what());

@@ -9,6 +9,7 @@
 
 #include "devkit/common/error.h"
 #include "devkit/common/xmlreader.h"
+#include "devkit/package/pagedimensions.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -47,11 +48,11 @@ bool ContentIsTurned(common::XmlReader& reader) {
     return matrix && TurnsByARightAngle(*matrix);
 }
 
-void LookAtMarkup(const std::string& markup, PageFacts& facts) {
+void LookAtMarkup(const std::string& markup, const std::string& name, PageFacts& facts) {
     common::XmlLimits limits = common::Limits().page;
     limits.maxDepth = std::numeric_limits<int>::max();
     try {
-        common::XmlReader reader(markup, facts.name, limits);
+        common::XmlReader reader(markup, name, limits);
         if (!reader.NextElement()) return;
         facts.turned = facts.rewritten && ContentIsTurned(reader);
         while (reader.NextElement()) {
@@ -61,27 +62,40 @@ void LookAtMarkup(const std::string& markup, PageFacts& facts) {
     }
 }
 
-}  // namespace
+std::optional<PageSize> SizeOf(const std::string& markup) {
+    const auto geometry = package::ReadPageDimensions(markup);
+    if (!geometry || !std::isfinite(geometry->width) || !std::isfinite(geometry->height)) return std::nullopt;
+    return PageSize{geometry->width, geometry->height};
+}
 
-PageFacts LookAtPage(const pipeline::SentPart& page, const printschema::TicketFacts& effective) {
+PageFacts LookAtPage(const pipeline::SentPart& page) {
     const PartPtr& part = page.part;
     PageFacts facts;
-    facts.name = page.name;
     facts.rewritten = page.MarkupRewritten();
     facts.ticketReplaced = page.TicketReplaced();
-    facts.ticketBefore = NameOf(part->inputTicket);
-    facts.ticketAfter = NameOf(part->ticket);
     const pipeline::Bytes before = part->ReadInput();
     const pipeline::Bytes after = part->Read();
     facts.bytesBefore = before->size();
     facts.bytesAfter = after->size();
-    facts.before = package::ReadPageDimensions(*before);
-    facts.after = facts.rewritten ? package::ReadPageDimensions(*after) : facts.before;
-    LookAtMarkup(*after, facts);
-    facts.feedDirection = effective.feedDirection;
-    const bool ownTicket = facts.ticketReplaced && part->ticket != nullptr;
-    facts.mediaSize =
-        ownTicket ? printschema::ReadFacts(*part->ticket->Read()).mediaSize : effective.mediaSize;
+    facts.before = SizeOf(*before);
+    facts.after = facts.rewritten || part->IsNew() ? SizeOf(*after) : facts.before;
+    LookAtMarkup(*after, page.name, facts);
+    if (facts.ticketReplaced && part->ticket != nullptr) {
+        facts.newTicket = printschema::ReadFacts(*part->ticket->Read());
+    }
+    return facts;
+}
+
+}  // namespace
+
+PartFacts LookAtPart(const pipeline::SentPart& part) {
+    PartFacts facts;
+    facts.kind = pipeline::NameOf(part.kind);
+    facts.name = part.name;
+    if (part.part == nullptr) return facts;
+    facts.ticketBefore = NameOf(part.part->inputTicket);
+    facts.ticketAfter = NameOf(part.part->ticket);
+    if (part.kind == pipeline::PartKind::FixedPage) facts.page = LookAtPage(part);
     return facts;
 }
 

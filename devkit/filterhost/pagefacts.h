@@ -4,31 +4,42 @@
 #include <optional>
 #include <string>
 
-#include "devkit/package/pagedimensions.h"
 #include "devkit/pipeline/part.h"
 #include "devkit/printschema/summary.h"
 
 namespace devkit::filterhost {
 
+// In 1/96 inch.
+struct PageSize {
+    double width = 0;
+    double height = 0;
+
+    friend bool operator==(const PageSize&, const PageSize&) = default;
+};
+
 // What a filter did to a page.
 struct PageFacts {
-    std::string name;
-    std::optional<package::PageDimensions> before;  // unset when the markup does not start as a page
-    std::optional<package::PageDimensions> after;
+    std::optional<PageSize> before;  // unset when the markup does not start as a page, and for a new page
+    std::optional<PageSize> after;
     std::size_t bytesBefore = 0;
     std::size_t bytesAfter = 0;
     bool rewritten = false;
     bool turned = false;  // the content now stands in a canvas that turns it by a right angle
     bool ticketReplaced = false;
-    std::optional<std::string> ticketBefore;  // part names
-    std::optional<std::string> ticketAfter;
-    std::optional<std::string> feedDirection;  // of the tickets that held, where that is known
-    std::optional<std::string> mediaSize;      // of the ticket that the page leaves with, where that is known
-    std::optional<std::string> malformed;      // why the markup that comes out is not well-formed XML
+    printschema::TicketFacts newTicket;    // of the ticket that replaces the input's
+    std::optional<std::string> malformed;  // why the markup that comes out is not well-formed XML
 };
 
-// `effective` is what the tickets say that held for the page. Throws common::Error when the input
-// cannot be read.
-[[nodiscard]] PageFacts LookAtPage(const pipeline::SentPart& page, const printschema::TicketFacts& effective);
+// A part as the filter sent it.
+struct PartFacts {
+    std::string kind;  // "FixedPage"
+    std::string name;  // empty for the XPS document and for an object that is not the kit's
+    std::optional<std::string> ticketBefore;  // part names
+    std::optional<std::string> ticketAfter;
+    std::optional<PageFacts> page;  // of a FixedPage
+};
+
+// Looks at a part that was just sent. Throws common::Error when the input cannot be read.
+[[nodiscard]] PartFacts LookAtPart(const pipeline::SentPart& part);
 
 }  // namespace devkit::filterhost

@@ -12,22 +12,18 @@ constexpr std::chrono::milliseconds kInterval{100};
 
 }  // namespace
 
-Progress::Progress(std::string input, std::size_t total, bool wanted)
-    : m_input(std::move(input)),
-      m_total(total),
-      m_shown(wanted && ErrorIsConsole()),
-      m_next(Clock::now() + kFirstAfter) {}
+Progress::Progress(bool wanted) : m_shown(wanted && ErrorIsConsole()), m_next(Clock::now() + kFirstAfter) {}
 
-Progress::~Progress() {
-    if (m_length > 0) PrintError("\r" + std::string(m_length, ' ') + "\r");
-}
-
-void Progress::Asked(unsigned number) {
+void Progress::Show(const std::string& text) {
     if (!m_shown || Clock::now() < m_next) return;
     m_next = Clock::now() + kInterval;
-    const std::string text = m_input + ": part " + std::to_string(number) + " of " + std::to_string(m_total);
+    const std::size_t rest = m_length > text.size() ? m_length - text.size() : 0;
     m_length = text.size();
-    PrintError("\r" + text);
+    PrintError("\r" + text + std::string(rest, ' '));
+}
+
+void Progress::Clear() {
+    if (m_length > 0) PrintError("\r" + std::string(std::exchange(m_length, 0), ' ') + "\r");
 }
 
 }  // namespace devkit::filterhost

@@ -6,24 +6,23 @@
 
 namespace devkit::filterhost {
 
-// Tells a person who watches how far a run is, on one line of the console that is wiped at the end; silent in
-// a pipe, and for a run that is over at once.
+// Tells a person who watches how far the work is, on one line of the console; silent in a pipe, and for work
+// that is over at once. For one thread at a time.
 class Progress {
   public:
-    // `total` is the number of parts of the input.
-    Progress(std::string input, std::size_t total, bool wanted);
+    explicit Progress(bool wanted);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-    ~Progress();
+    ~Progress() { Clear(); }
 
-    // Part `number`, counted from 1, was asked for. For one thread.
-    void Asked(unsigned number);
+    // Not oftener than a person can read.
+    void Show(const std::string& text);
+    // Wipes the line, so that something else can be printed.
+    void Clear();
 
   private:
     using Clock = std::chrono::steady_clock;
 
-    const std::string m_input;
-    const std::size_t m_total;
     const bool m_shown;
     Clock::time_point m_next;
     std::size_t m_length = 0;

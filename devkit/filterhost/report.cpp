@@ -1,38 +1,35 @@
 #include "devkit/filterhost/report.h"
 
+#include "platform/windows.h"
+
+#include <system_error>
+
 #include <nlohmann/json.hpp>
 
 #include "devkit/common/hresult.h"
+#include "devkit/common/json.h"
+#include "devkit/filterhost/exitstatus.h"
 
 namespace devkit::filterhost {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using pipeline::PartPtr;
-using pipeline::RunOutcome;
-using pipeline::SentPart;
 
-Json TextOrNull(const std::optional<std::string>& text) { return text ? Json(*text) : Json(); }
+constexpr std::string_view kEnd = "\n]\n";
 
-Json NameOrNull(const PartPtr& part) { return part == nullptr ? Json() : Json(part->Name()); }
+Json WidthOf(const std::optional<PageSize>& page) { return page ? Json(page->width) : Json(); }
 
-Json WidthOf(const std::optional<package::PageDimensions>& page) { return page ? Json(page->width) : Json(); }
+Json HeightOf(const std::optional<PageSize>& page) { return page ? Json(page->height) : Json(); }
 
-Json HeightOf(const std::optional<package::PageDimensions>& page) {
-    return page ? Json(page->height) : Json();
+Json ShutdownOf(const RunResult& result) {
+    const bool isCalled = result.end && !result.end->shutdownCodes.empty();
+    return isCalled ? Json(common::HexOf(result.end->shutdownCodes.front())) : Json();
 }
 
-Json ShutdownOf(const RunOutcome& outcome) {
-    return outcome.shutdownCodes.empty() ? Json() : Json(common::HexOf(outcome.shutdownCodes.front()));
-}
-
-Json WritePart(const SentPart& part) {
-    Json json;
-    json["kind"] = pipeline::NameOf(part.kind);
-    json["uri"] = part.name.empty() ? Json() : Json(part.name);
-    json["ticket_in"] = NameOrNull(part.part == nullptr ? nullptr : part.part->inputTicket);
-    json["ticket_out"] = NameOrNull(part.part == nullptr ? nullptr : part.part->ticket);
-    return json;
+Json ErrorOf(const RunResult& result) {
+    std::string text;
+    for (const std::string& error : result.errors) text += (text.empty() ? "" : "; ") + error;
+    return text.empty() ? Json() : Json(text);
 }
 
 void AddPageFacts(Json& json, const PageFacts& page) {
@@ -48,36 +45,58 @@ void AddPageFacts(Json& json, const PageFacts& page) {
 
 Json WriteParts(const RunResult& result) {
     Json parts = Json::array();
-    if (!result.outcome) return parts;
-    auto page = result.pages.begin();
-    for (const SentPart& part : result.outcome->parts) {
-        Json json = WritePart(part);
-        if (part.kind == pipeline::PartKind::FixedPage && page != result.pages.end())
-            AddPageFacts(json, *page++);
-        parts.push_back(std::move(json));
+    for (const PartFacts& part : result.parts) {
+        Json& json = parts.emplace_back();
+        json["kind"] = part.kind;
+        json["uri"] = part.name.empty() ? Json() : Json(part.name);
+        json["ticket_in"] = part.ticketBefore;
+        json["ticket_out"] = part.ticketAfter;
+        if (part.page) AddPageFacts(json, *part.page);
     }
     return parts;
 }
 
-Json WriteResult(const RunResult& result) {
+}  // namespace
+
+std::string WriteResult(const RunResult& result) {
     Json json;
     json["input"] = result.input;
-    json["output"] = TextOrNull(result.output);
-    json["hresult"] = result.outcome ? Json(common::HexOf(result.outcome->result)) : Json();
-    json["shutdown"] = result.outcome ? ShutdownOf(*result.outcome) : Json();
+    json["output"] = result.output;
+    json["hresult"] = result.end ? Json(common::HexOf(result.end->result)) : Json();
+    json["shutdown"] = ShutdownOf(result);
     json["breaches"] = result.breaches;
     json["parts"] = WriteParts(result);
     json["findings"] = result.findings;
-    json["error"] = TextOrNull(result.error);
-    return json;
+    json["error"] = ErrorOf(result);
+    json["crash"] = result.crash ? Json(TextOf(*result.crash)) : Json();
+    return json.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
-}  // namespace
+Report::Report(std::filesystem::path path)
+    : m_path(std::move(path)),
+      m_file(CreateFileW(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL, nullptr)) {
+    if (!m_file.IsOpen()) {
+        throw UsageError("--json: " + common::PathText(m_path) + " cannot be written: " +
+                         std::system_category().message(static_cast<int>(GetLastError())));
+    }
+    Write("[" + std::string(kEnd));
+}
 
-std::string WriteReport(const std::vector<RunResult>& results) {
-    Json report = Json::array();
-    for (const RunResult& result : results) report.push_back(WriteResult(result));
-    return report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+void Report::Add(const RunResult& result) {
+    // Over the end of what is there, and with its own end in one piece.
+    LARGE_INTEGER back;
+    back.QuadPart = -static_cast<LONGLONG>(kEnd.size());
+    SetFilePointerEx(m_file.Get(), back, nullptr, FILE_END);
+    Write(std::string(m_isEmpty ? "\n" : ",\n") + WriteResult(result) + std::string(kEnd));
+    m_isEmpty = false;
+}
+
+void Report::Write(std::string_view text) {
+    DWORD written = 0;
+    if (WriteFile(m_file.Get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr)) return;
+    throw UsageError("--json: " + common::PathText(m_path) + " cannot be written: " +
+                     std::system_category().message(static_cast<int>(GetLastError())));
 }
 
 }  // namespace devkit::filterhost

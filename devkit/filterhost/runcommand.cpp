@@ -3,93 +3,135 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <system_error>
-#include <vector>
 
 #include "devkit/common/file.h"
 #include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
-#include "devkit/filterhost/exitstatus.h"
-#include "devkit/filterhost/files.h"
+#include "devkit/filterhost/crashreport.h"
+#include "devkit/filterhost/filecheck.h"
 #include "devkit/filterhost/hostedrun.h"
+#include "devkit/filterhost/interrupt.h"
 #include "devkit/filterhost/report.h"
 #include "devkit/filterhost/summary.h"
-#include "devkit/filterhost/ticketprovider.h"
-#include "devkit/msxml/com/domregistration.h"
+#include "devkit/filterhost/supervisor.h"
 
 namespace devkit::filterhost {
 namespace {
 
-using common::PathText;
 using Path = std::filesystem::path;
 
-// The kit's DOM document in the place of the system's, where a probe finds the system's wanting.
-std::unique_ptr<msxml::DomRegistration> FillDomGap(bool quiet) {
-    if (msxml::SystemDomConforms()) return nullptr;
-    auto registration = std::make_unique<msxml::DomRegistration>();
-    if (!quiet)
-        PrintProblem("the system's DOM document lacks what filters need; the kit's own takes its place");
-    return registration;
-}
-
-std::shared_ptr<pipeline::FilterModule> LoadFilter(const RunSettings& settings) {
+// What can be told to be wrong before a filter is run.
+void CheckSettings(const RunSettings& settings) {
+    const HostSettings& host = settings.host;
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(settings.filter, ignored)) {
-        throw UsageError("--filter: there is no " + common::PathText(settings.filter));
+    if (!std::filesystem::is_regular_file(host.filter, ignored)) {
+        throw UsageError("--filter: there is no " + common::PathText(host.filter));
     }
-    return std::make_shared<pipeline::FilterModule>(settings.filter, settings.filterClass);
+    CheckProvider(host);
+    if (host.userTicket) static_cast<void>(ReadUserTicket(*host.userTicket));
+    CheckFiles(settings);
 }
 
-void MakeFolder(const Path& folder) {
+void MakeFolders(const RunSettings& settings) {
+    if (!settings.outputFolder) return;
     std::error_code failure;
-    std::filesystem::create_directories(folder, failure);
-    if (failure) throw UsageError("--out-dir: " + common::PathText(folder) + " cannot be made");
+    std::filesystem::create_directories(*settings.outputFolder, failure);
+    if (failure)
+        throw UsageError("--out-dir: " + common::PathText(*settings.outputFolder) + " cannot be made");
 }
 
-Path OutputOf(const RunSettings& settings, const Path& input) {
-    Path output = settings.output ? *settings.output : *settings.outputFolder / input.filename();
-    std::error_code ignored;
-    if (std::filesystem::equivalent(input, output, ignored)) {
-        throw UsageError("the output would replace the input " + common::PathText(input));
+// Tells of each result, and keeps the status of all.
+class Teller {
+  public:
+    explicit Teller(const RunSettings& settings) : m_quiet(settings.quiet) {
+        if (settings.json) m_report.emplace(*settings.json);
     }
-    return output;
-}
 
-void Tell(const RunResult& result, bool quiet) {
-    for (const std::string& problem : WriteProblems(result)) PrintProblem(problem);
-    if (!quiet) PrintOut(WriteSummary(result));
-}
+    void Tell(const RunResult& result) {
+        for (const std::string& problem : WriteProblems(result)) PrintProblem(problem);
+        if (!m_quiet) PrintOut(WriteSummary(result));
+        if (m_report) m_report->Add(result);
+        m_status = std::max(m_status, result.status);
+    }
+    [[nodiscard]] ExitStatus Status() const { return m_status; }
 
-// Leaves the process at once: threads of a filter that hangs cannot be ended in order, and its DLL cannot be
-// unloaded under them.
-[[noreturn]] void LeaveHungProcess(ExitStatus status) {
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-    std::abort();
-}
+  private:
+    const bool m_quiet;
+    std::optional<Report> m_report;
+    ExitStatus m_status = Done;
+};
+
+// Runs the jobs one after the other in this process, where a crash ends them all.
+class Here {
+  public:
+    Here(const RunSettings& settings, Teller& teller) : m_settings(settings), m_teller(teller) {}
+
+    // False when the user interrupted.
+    bool Run() {
+        const CrashReport crash(&TellLast, this);
+        m_pRun = std::make_unique<HostedRun>(m_settings.host, [this](const Event& event) { Take(event); });
+        const Interrupt interrupt([this] {
+            m_cancelled = true;
+            m_pRun->Cancel();
+        });
+        for (const Job& job : m_settings.jobs) {
+            if (m_cancelled) return false;
+            m_result = {};
+            m_result.input = job.inputName;
+            const bool isOver = m_pRun->Run(job, [this](const Event& event) { Take(event); });
+            Conclude(m_result);
+            m_teller.Tell(m_result);
+            if (!isOver) Leave();
+        }
+        return !m_cancelled;
+    }
+
+  private:
+    void Take(const Event& event) {
+        const std::lock_guard guard(m_lock);
+        const auto* const pNoted = std::get_if<events::Noted>(&event);
+        if (pNoted != nullptr && m_settings.verbose) PrintProblem(pNoted->text);
+        Apply(event, m_result);
+    }
+
+    static void TellLast(void* pHere, std::string_view line) noexcept {
+        auto& here = *static_cast<Here*>(pHere);
+        try {
+            Apply(ReadEvent(line), here.m_result);
+            Conclude(here.m_result);
+            here.m_teller.Tell(here.m_result);
+        } catch (...) {
+            // The process has nothing left to tell it with.
+        }
+    }
+
+    // At once: threads of the filter are left behind, and its DLL cannot be unloaded under them.
+    [[noreturn]] void Leave() {
+        TerminateProcess(GetCurrentProcess(), static_cast<UINT>(m_teller.Status()));
+        std::abort();
+    }
+
+    const RunSettings& m_settings;
+    Teller& m_teller;
+    std::unique_ptr<HostedRun> m_pRun;
+    std::atomic<bool> m_cancelled = false;
+    std::mutex m_lock;
+    RunResult m_result;
+};
 
 }  // namespace
 
-ExitStatus Run(const RunSettings& settings) {
-    std::vector<Path> outputs;
-    for (const Path& input : settings.inputs) outputs.push_back(OutputOf(settings, input));
-    TicketProvider provider(settings);
-    HostedRun host(settings, provider, LoadFilter(settings));
-    const std::unique_ptr<msxml::DomRegistration> dom = FillDomGap(settings.quiet);
-    if (settings.outputFolder) MakeFolder(*settings.outputFolder);
-
-    std::vector<RunResult> results;
-    ExitStatus status = Done;
-    bool hung = false;
-    for (std::size_t i = 0; i < settings.inputs.size(); ++i) {
-        results.push_back(host.Run(settings.inputs[i], outputs[i]));
-        const RunResult& result = results.back();
-        Tell(result, settings.quiet);
-        status = std::max(status, result.status);
-        hung = hung || (result.outcome && result.outcome->hung);
-    }
-    if (settings.json) WriteFile(*settings.json, WriteReport(results), "--json");
-    if (hung) LeaveHungProcess(status);
-    return status;
+int Run(const RunSettings& settings) {
+    CheckSettings(settings);
+    MakeFolders(settings);
+    Teller teller(settings);
+    const bool isWhole = settings.inProcess
+                             ? Here(settings, teller).Run()
+                             : Supervise(settings, [&](const RunResult& result) { teller.Tell(result); });
+    return isWhole ? teller.Status() : kInterrupted;
 }
 
 }  // namespace devkit::filterhost

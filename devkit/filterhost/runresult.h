@@ -1,30 +1,71 @@
 #pragma once
 
+#include "platform/windows.h"
+
 #include <cstddef>
-#include <filesystem>
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "devkit/filterhost/effectivetickets.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/pagefacts.h"
-#include "devkit/pipeline/filterrun.h"
+#include "devkit/printschema/summary.h"
 #include "devkit/prntvpt/control/messages.h"
 
 namespace devkit::filterhost {
+
+// How the filter's work ended, as the pipeline saw it.
+struct RunEnd {
+    HRESULT initialized = E_PENDING;     // InitializeFilter
+    HRESULT result = E_PENDING;          // StartOperation, or what stopped the run before it
+    std::vector<HRESULT> shutdownCodes;  // RequestShutdown, in order
+    bool hung = false;         // StartOperation or ShutdownOperation did not come back after a cancellation
+    bool threadEnded = false;  // the filter ended the thread of StartOperation
+    bool cancelled = false;
+    bool whole = false;  // the whole document came through
+};
+
+// How the process of a filter came to its end in the middle.
+struct Crash {
+    std::uint32_t code = 0;  // of the exception, or the status of the process
+    std::string text;        // "the filter crashed with 0xC0000005 ACCESS_VIOLATION at testfilter.dll+0x1234"
+    // Of the C++ exception that the thread threw last, as the compiler names its type; empty when it threw
+    // none.
+    std::string type{};
+    std::string what{};
+};
+
+// In words: "the filter called abort; the last exception that it threw is std::runtime_error (no paper)".
+[[nodiscard]] std::string TextOf(const Crash& crash);
+
+// A call of the print ticket provider, and what the filter had in hand when it made it ("FixedPage
+// /1.fpage").
+struct MadeCall {
+    prntvpt::ProviderCall call;
+    std::string part;
+};
 
 // What became of one input of `filterhost run`.
 struct RunResult {
     std::string input;
     std::optional<std::string> output;  // set when it was written
-    std::optional<std::string> error;   // why the input cannot be read, or the output not be written
-    std::optional<pipeline::RunOutcome> outcome;  // set when the filter was run
-    std::vector<std::string> breaches;            // of the pipeline's rules, then of the ticket provider's
-    std::vector<std::string> findings;  // what is odd about the input or the pages, but breaks no rule
-    std::vector<PageFacts> pages;       // of the FixedPages among the outcome's parts, in their order
-    std::optional<prntvpt::ProviderReport> provider;
-    std::vector<MadeTicket> tickets;  // what the simulated provider made, in the order of the calls
+    // Why the input cannot be read, the filter not be made, the output not be written; what never struck.
+    std::vector<std::string> errors;
+    std::size_t inputParts = 0;  // of a document that was opened: what a filter is given
+    printschema::TicketFacts userTicket;
+    unsigned asked = 0;                      // parts that the filter asked for
+    std::vector<std::string> given;          // parts that it was given: "FixedPage /1.fpage"
+    std::vector<std::string> underWay;       // calls of the filter that have not come back, the last one last
+    std::vector<PartFacts> parts;            // in sending order
+    std::vector<std::string> breaches;       // of the pipeline's rules, then of the ticket provider's
+    std::vector<std::string> inputFailures;  // parts of the input that cannot be read
+    std::vector<std::string> findings;       // what is odd about the input or the pages, but breaks no rule
+    std::vector<MadeCall> providerCalls;
+    std::optional<prntvpt::ProviderReport> provider;  // set when the run ended; without the calls
+    std::optional<RunEnd> end;  // unset when the filter was not run, or ended the process
+    std::optional<Crash> crash;
     ExitStatus status = Done;
 };
 

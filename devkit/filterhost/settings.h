@@ -2,9 +2,11 @@
 
 #include "platform/windows.h"
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace devkit::filterhost {
@@ -13,11 +15,8 @@ namespace devkit::filterhost {
 inline constexpr CLSID kDefaultFilterClass = {
     0x8a9f4692, 0xe8ba, 0x4533, {0xb8, 0x59, 0xe5, 0x6b, 0x1e, 0xa1, 0x65, 0x86}};
 
-// What `filterhost run` was asked for. Texts are UTF-8.
-struct RunSettings {
-    std::vector<std::filesystem::path> inputs;
-    std::optional<std::filesystem::path> output;
-    std::optional<std::filesystem::path> outputFolder;
+// What every input of a run has in common. Texts are UTF-8, paths absolute.
+struct HostSettings {
     std::filesystem::path filter;
     CLSID filterClass = kDefaultFilterClass;
     std::string device = "simprinter";
@@ -28,13 +27,42 @@ struct RunSettings {
     bool driverProperties = true;
     std::vector<std::string> providerSwitches;  // "KEY=VALUE"
     bool systemProvider = false;
+    std::vector<std::string> pipelineSwitches;  // "KEY=VALUE" of pipeline::ApplySwitch
+    unsigned cancelAt = 0;
+};
+
+// One input. Without an output nothing is written. The names are the paths as the caller gave them.
+struct Job {
+    std::filesystem::path input;
+    std::string inputName;
+    std::optional<std::filesystem::path> output;
+    std::string outputName;
+};
+
+// What `filterhost run` was asked for.
+struct RunSettings {
+    HostSettings host;
+    std::vector<Job> jobs;
+    std::optional<std::filesystem::path> outputFolder;  // to be made
     std::optional<std::filesystem::path> json;
     bool quiet = false;
-    unsigned cancelAt = 0;
+    bool verbose = false;
+    bool inProcess = false;
+    unsigned parallel = 0;              // 0: one for each processor
+    std::chrono::seconds timeout{300};  // without progress
 };
 
 struct InspectSettings {
     std::vector<std::filesystem::path> inputs;
 };
+
+// One job for a process of its own, as one line of JSON; and back, nlohmann::json::exception for what is
+// none.
+struct Order {
+    HostSettings host;
+    Job job;
+};
+[[nodiscard]] std::string WriteOrder(const Order& order);
+[[nodiscard]] Order ReadOrder(std::string_view line);
 
 }  // namespace devkit::filterhost

@@ -2,74 +2,148 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
 
 #include "devkit/common/hresult.h"
 #include "devkit/common/numbers.h"
 #include "devkit/common/text.h"
+#include "devkit/filterhost/effectivetickets.h"
 
 namespace devkit::filterhost {
 namespace {
 
+using common::Counted;
 using common::Describe;
-using pipeline::RunOutcome;
 
-std::string SizeText(const std::optional<package::PageDimensions>& page) {
+constexpr const char* kEndOfParts = "the end of the parts";
+
+std::string SizeText(const std::optional<PageSize>& page) {
     return page ? common::NumberText(page->width) + " x " + common::NumberText(page->height) : "unknown size";
 }
 
-std::string PageLine(std::size_t number, const PageFacts& page) {
-    std::string line = "  page " + std::to_string(number) + " " + page.name + ": " + SizeText(page.before);
+std::string PageLine(std::size_t number, const PartFacts& part, const printschema::TicketFacts& effective) {
+    const PageFacts& page = *part.page;
+    std::string line = "  page " + std::to_string(number) + " " + part.name + ": " + SizeText(page.before);
     if (page.rewritten) line += " -> " + SizeText(page.after);
-    line += ", feed " + page.feedDirection.value_or("unset");
+    line += ", feed " + effective.feedDirection.value_or("unset");
     line += page.turned ? ", turned" : page.rewritten ? ", rewritten, not turned" : ", not turned";
-    line += ", sheet " + page.mediaSize.value_or("unset");
+    const bool isOwn = page.ticketReplaced && part.ticketAfter;
+    line += ", sheet " + (isOwn ? page.newTicket : effective).mediaSize.value_or("unset");
     if (!page.ticketReplaced) return line + ", ticket kept\n";
-    return line + (page.ticketAfter ? ", new ticket " + *page.ticketAfter : ", ticket removed") + "\n";
+    return line + (isOwn ? ", new ticket " + *part.ticketAfter : ", ticket removed") + "\n";
+}
+
+std::string PageLines(const RunResult& result) {
+    const std::vector<printschema::TicketFacts> tickets = EffectiveTickets(result);
+    std::string lines;
+    std::size_t number = 0;
+    for (const PartFacts& part : result.parts) {
+        if (part.kind != "FixedPage") continue;
+        if (part.page) lines += PageLine(number + 1, part, tickets[number]);
+        ++number;
+    }
+    return lines;
 }
 
 std::string StateOf(const RunResult& result) {
-    const RunOutcome& outcome = *result.outcome;
-    if (outcome.hung) return "the filter hangs";
-    if (outcome.cancelled) return "cancelled, " + common::Describe(outcome.result);
-    return (FAILED(outcome.result) ? "failed, " : "done, ") + common::Describe(outcome.result);
+    if (result.crash) return "the filter did not come to its end";
+    if (!result.inputFailures.empty()) return "the input is damaged";
+    const RunEnd& end = *result.end;
+    if (end.hung) return "the filter hangs";
+    if (end.cancelled) return "cancelled, " + Describe(end.result);
+    return (FAILED(end.result) ? "failed, " : "done, ") + Describe(end.result);
 }
 
 std::string RunLine(const RunResult& result) {
     std::string line = result.input + " -> " + result.output.value_or("nothing written");
-    if (!result.outcome) return line + ": not run\n";
-    return line + ": " + common::Counted(result.outcome->parts.size(), "part") + ", " +
-           common::Counted(result.pages.size(), "page") + ", " + StateOf(result) + "\n";
+    if (!result.end && !result.crash) return line + ": not run\n";
+    const auto pages = std::count_if(result.parts.begin(), result.parts.end(),
+                                     [](const PartFacts& part) { return part.kind == "FixedPage"; });
+    return line + ": " + Counted(result.parts.size(), "part") + ", " +
+           Counted(static_cast<std::size_t>(pages), "page") + ", " + StateOf(result) + "\n";
 }
 
-std::string ProviderLine(const prntvpt::ProviderReport& report) {
-    std::string calls;
-    std::size_t total = 0;
-    for (const auto& [function, count] : report.counts) {
-        calls += (calls.empty() ? "" : ", ") + function + " " + std::to_string(count);
-        total += count;
+std::string ProviderLine(const RunResult& result) {
+    std::map<std::string, std::size_t> counts;
+    std::size_t asUser = 0;
+    for (const MadeCall& made : result.providerCalls) {
+        ++counts[made.call.function];
+        asUser += made.call.impersonating && made.call.expectedToken.value_or(false);
     }
-    const auto asUser = std::count_if(report.calls.begin(), report.calls.end(), [](const auto& call) {
-        return call.impersonating && call.expectedToken.value_or(false);
-    });
-    std::string line = "  print ticket provider: " + common::Counted(total, "call");
-    if (total == 0) return line + "\n";
+    std::string calls;
+    for (const auto& [function, count] : counts) {
+        calls += (calls.empty() ? "" : ", ") + function + " " + std::to_string(count);
+    }
+    std::string line = "  print ticket provider: " + Counted(result.providerCalls.size(), "call");
+    if (calls.empty()) return line + "\n";
     line += " (" + calls + "), " + std::to_string(asUser) + " of them as the user";
-    return line + ", " + common::Counted(report.openHandles.size(), "handle") + " left open\n";
+    return line + ", " + Counted(result.provider->openHandles.size(), "handle") + " left open\n";
 }
 
-std::string FailureLine(const RunOutcome& outcome) {
-    std::string line = FAILED(outcome.initialized) ? "InitializeFilter of the filter failed with "
-                                                   : "the filter failed with ";
-    line += common::Describe(outcome.result);
-    return outcome.lastPart.empty() ? line + ", before any part" : line + ", at " + outcome.lastPart;
+std::string TitleOf(const PartFacts& part) {
+    return part.name.empty() ? part.kind : part.kind + " " + part.name;
+}
+
+// The first few names, and how many there are beside.
+std::string Some(const std::vector<std::string>& names) {
+    constexpr std::size_t kShown = 5;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i) text += (i == 0 ? "" : ", ") + names[i];
+    if (names.size() > kShown) text += " and " + std::to_string(names.size() - kShown) + " more";
+    return text;
+}
+
+// Takes what the second list has, once each, out of the first.
+std::vector<std::string> Without(std::vector<std::string> names, const std::vector<std::string>& others) {
+    std::map<std::string, std::size_t> counts;
+    for (const std::string& other : others) ++counts[other];
+    std::erase_if(names, [&](const std::string& name) {
+        const auto count = counts.find(name);
+        if (count == counts.end() || count->second == 0) return false;
+        --count->second;
+        return true;
+    });
+    return names;
+}
+
+// What a filter that came to its end did with the parts, unless it passed on all of them in their order.
+std::string PartsLine(const RunResult& result) {
+    if (!result.end || result.crash || FAILED(result.end->result) || result.end->cancelled) return {};
+    std::vector<std::string> given = result.given;
+    std::erase(given, kEndOfParts);
+    std::vector<std::string> sent;
+    for (const PartFacts& part : result.parts) sent.push_back(TitleOf(part));
+    const bool isRead = given.size() == result.inputParts;
+    if (isRead && given == sent) return {};
+    std::string line = "  of " + Counted(result.inputParts, "part") + " the filter read " +
+                       std::to_string(given.size()) + " and sent " + std::to_string(sent.size());
+    const std::vector<std::string> dropped = Without(given, sent);
+    const std::vector<std::string> added = Without(sent, given);
+    if (!dropped.empty()) line += "; dropped: " + Some(dropped);
+    if (!added.empty()) line += "; added: " + Some(added);
+    if (Without(given, dropped) != Without(sent, added)) line += "; in another order";
+    return line + "\n";
+}
+
+std::string Where(const RunResult& result) {
+    std::string text = result.underWay.empty() ? "" : ", in " + result.underWay.back();
+    return text + (result.given.empty() ? ", before any part" : ", at " + result.given.back());
+}
+
+std::string FailureLine(const RunResult& result) {
+    const RunEnd& end = *result.end;
+    if (end.threadEnded) return "the filter ended its thread" + Where(result);
+    std::string line =
+        FAILED(end.initialized) ? "InitializeFilter of the filter failed with " : "the filter failed with ";
+    line += Describe(end.result);
+    return result.given.empty() ? line + ", before any part" : line + ", at " + result.given.back();
 }
 
 }  // namespace
 
 std::string WriteSummary(const RunResult& result) {
-    std::string text = RunLine(result);
-    for (std::size_t i = 0; i < result.pages.size(); ++i) text += PageLine(i + 1, result.pages[i]);
-    if (result.provider) text += ProviderLine(*result.provider);
+    std::string text = RunLine(result) + PageLines(result) + PartsLine(result);
+    if (result.provider) text += ProviderLine(result);
     for (const std::string& finding : result.findings) text += "  finding: " + finding + "\n";
     return text;
 }
@@ -77,10 +151,14 @@ std::string WriteSummary(const RunResult& result) {
 std::vector<std::string> WriteProblems(const RunResult& result) {
     std::vector<std::string> lines;
     const auto add = [&](const std::string& text) { lines.push_back(result.input + ": " + text); };
-    if (result.error) add(*result.error);
-    if (result.outcome) {
-        for (const std::string& failure : result.outcome->inputFailures) add(failure);
-        if (FAILED(result.outcome->result) && !result.outcome->hung) add(FailureLine(*result.outcome));
+    for (const std::string& error : result.errors) add(error);
+    for (const std::string& failure : result.inputFailures) add(failure);
+    if (result.crash) add(TextOf(*result.crash) + Where(result));
+    if (result.end && FAILED(result.end->result) && !result.end->hung) add(FailureLine(result));
+    if (result.end && SUCCEEDED(result.end->result)) {
+        for (const HRESULT code : result.end->shutdownCodes) {
+            if (FAILED(code)) add("the filter succeeded, but called RequestShutdown with " + Describe(code));
+        }
     }
     for (const std::string& breach : result.breaches) add("breach: " + breach);
     return lines;

@@ -26,15 +26,22 @@ std::string DefaultPrinter() {
     return platform::ToUtf8(name);
 }
 
-// The model's default ticket, read without a provider that the filter could be bound to.
-std::string DefaultTicketOf(const std::filesystem::path& device) {
+// The model with its switches, read without a provider that the filter could be bound to.
+std::shared_ptr<const prntvpt::Configuration> ReadModel(const prntvpt::ProviderSettings& settings) {
     try {
-        prntvpt::ProviderSettings settings;
-        settings.device = device;
-        return prntvpt::DefaultTicketOf(*prntvpt::MakeConfiguration(settings));
+        return prntvpt::MakeConfiguration(settings);
     } catch (const prntvpt::ConfigurationError& error) {
-        throw UsageError(std::string("--device: ") + error.what());
+        throw UsageError(error.what());
     }
+}
+
+prntvpt::ProviderSettings SettingsOf(const HostSettings& settings) {
+    prntvpt::ProviderSettings provider;
+    provider.device = FindDeviceFolder(settings.device);
+    if (settings.systemProvider) return provider;
+    provider.switches = settings.providerSwitches;
+    if (settings.printer) provider.printers = {*settings.printer};
+    return provider;
 }
 
 }  // namespace
@@ -47,24 +54,25 @@ PrinterHandle::PrinterHandle(const std::wstring& name) {
 
 void PrinterHandle::Close::operator()(HANDLE handle) const noexcept { ClosePrinter(handle); }
 
-TicketProvider::TicketProvider(const RunSettings& settings) {
-    const std::filesystem::path device = FindDeviceFolder(settings.device);
+TicketProvider::TicketProvider(const HostSettings& settings) : m_settings(SettingsOf(settings)) {
     if (settings.systemProvider) {
         m_printer = settings.printer ? *settings.printer : DefaultPrinter();
-        m_defaultTicket = DefaultTicketOf(device);
+        m_defaultTicket = prntvpt::DefaultTicketOf(*ReadModel(m_settings));
         return;
     }
-    m_settings.device = device;
-    m_settings.switches = settings.providerSwitches;
-    if (settings.printer) m_settings.printers = {*settings.printer};
     try {
         m_simulated.emplace(ProgramFolder() / "simulated" / "prntvpt.dll");
         Configure(false);
     } catch (const std::runtime_error& error) {
         throw UsageError(error.what());
     }
-    m_printer = settings.printer ? *settings.printer : m_simulated->Report().configuration->printers.front();
+    m_printer = m_simulated->Report().configuration->printers.front();
     m_defaultTicket = m_simulated->DefaultTicket();
+}
+
+void CheckProvider(const HostSettings& settings) {
+    static_cast<void>(ReadModel(SettingsOf(settings)));
+    if (settings.systemProvider && !settings.printer) static_cast<void>(DefaultPrinter());
 }
 
 void TicketProvider::Configure(bool recordTickets) {
@@ -80,10 +88,10 @@ void TicketProvider::BeginRun(HANDLE userToken, std::size_t pages,
     m_simulated->Listen(std::move(listener));
 }
 
-std::optional<prntvpt::ProviderReport> TicketProvider::EndRun(bool hung) {
+std::optional<prntvpt::ProviderReport> TicketProvider::EndRun(bool abandoned) {
     if (!m_simulated) return std::nullopt;
     m_simulated->Listen({});
-    if (hung) return std::nullopt;
+    if (abandoned) return std::nullopt;
     m_simulated->Finish();
     return m_simulated->Report();
 }

@@ -35,7 +35,7 @@ class TicketProvider {
     static constexpr std::size_t kMaxRecordedPages = 2000;
 
     // Throws UsageError when the settings make no sense.
-    explicit TicketProvider(const RunSettings& settings);
+    explicit TicketProvider(const HostSettings& settings);
 
     [[nodiscard]] const std::string& PrinterName() const noexcept { return m_printer; }
     // The default print ticket of the device model.
@@ -46,8 +46,8 @@ class TicketProvider {
     // more than kMaxRecordedPages pages: the report would grow with each.
     void BeginRun(HANDLE userToken, std::size_t pages, prntvpt::SimulatedProvider::Listener listener);
     // The run is over, and nobody listens any longer. What the simulated provider saw; nothing for the
-    // system's, nor when the filter `hung` and may still be at it.
-    [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun(bool hung);
+    // system's, nor when the run was `abandoned` and the filter may still be at it.
+    [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun(bool abandoned);
 
   private:
     void Configure(bool recordTickets);
@@ -57,5 +57,9 @@ class TicketProvider {
     std::string m_printer;
     std::string m_defaultTicket;
 };
+
+// Throws UsageError when there could be no TicketProvider for the settings, as far as that can be told
+// without one.
+void CheckProvider(const HostSettings& settings);
 
 }  // namespace devkit::filterhost

@@ -169,7 +169,6 @@ void FilterStage::LookAtThreads() {
 void FilterStage::PartAsked(unsigned number) {
     m_context->Observer().PartAsked(number);
     m_asked = number;
-    if (m_options.onPart) m_options.onPart(number);
     if (onAsked) onAsked(number);
 }
 

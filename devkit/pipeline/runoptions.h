@@ -50,8 +50,6 @@ struct RunOptions {
     // returns is destroyed there after StartOperation.
     std::function<std::shared_ptr<void>()> onPipelineThread;
     std::shared_ptr<RunObserver> observer;
-    // Called on the pipeline thread with the number of each part that is asked for.
-    std::function<void(unsigned)> onPart;
 };
 
 // A switch that is not known, or a value that it does not take: one line.

@@ -26,24 +26,38 @@ std::string Refusal(Arguments arguments) {
     }
 }
 
+std::filesystem::path Absolute(const char* path) { return std::filesystem::absolute(path); }
+
+std::vector<std::filesystem::path> InputsOf(const RunSettings& settings) {
+    std::vector<std::filesystem::path> inputs;
+    for (const Job& job : settings.jobs) inputs.push_back(job.input);
+    return inputs;
+}
+
 TEST(CommandLine, HasDocumentedDefaults) {
     const RunSettings settings = SettingsOf({"-o", "out.xps"});
-    EXPECT_EQ(std::vector<std::filesystem::path>{"in.xps"}, settings.inputs);
-    EXPECT_EQ("out.xps", settings.output);
+    ASSERT_EQ(1U, settings.jobs.size());
+    EXPECT_EQ("in.xps", settings.jobs[0].inputName);
+    EXPECT_EQ("out.xps", settings.jobs[0].outputName);
     EXPECT_EQ(std::nullopt, settings.outputFolder);
-    EXPECT_EQ(ProgramFolder() / "pagevalidatefilter.dll", settings.filter);
-    EXPECT_TRUE(IsEqualCLSID(settings.filterClass, kDefaultFilterClass));
-    EXPECT_EQ("simprinter", settings.device);
-    EXPECT_EQ(std::nullopt, settings.printer);
-    EXPECT_EQ(std::nullopt, settings.userTicket);
-    EXPECT_EQ("krk", settings.nsPrefix);
-    EXPECT_EQ(std::nullopt, settings.teskType);
-    EXPECT_TRUE(settings.driverProperties);
-    EXPECT_EQ(Arguments{}, settings.providerSwitches);
-    EXPECT_FALSE(settings.systemProvider);
     EXPECT_EQ(std::nullopt, settings.json);
     EXPECT_FALSE(settings.quiet);
-    EXPECT_EQ(0U, settings.cancelAt);
+    EXPECT_FALSE(settings.verbose);
+    EXPECT_FALSE(settings.inProcess);
+    EXPECT_EQ(0U, settings.parallel);
+    EXPECT_EQ(std::chrono::seconds(300), settings.timeout);
+    const HostSettings& host = settings.host;
+    EXPECT_EQ(ProgramFolder() / "pagevalidatefilter.dll", host.filter);
+    EXPECT_TRUE(IsEqualCLSID(host.filterClass, kDefaultFilterClass));
+    EXPECT_EQ("simprinter", host.device);
+    EXPECT_EQ(std::nullopt, host.printer);
+    EXPECT_EQ(std::nullopt, host.userTicket);
+    EXPECT_EQ("krk", host.nsPrefix);
+    EXPECT_EQ(std::nullopt, host.teskType);
+    EXPECT_TRUE(host.driverProperties);
+    EXPECT_EQ(Arguments{}, host.providerSwitches);
+    EXPECT_FALSE(host.systemProvider);
+    EXPECT_EQ(0U, host.cancelAt);
 }
 
 TEST(CommandLine, TakesEveryOption) {
@@ -73,46 +87,115 @@ TEST(CommandLine, TakesEveryOption) {
                                              "--quiet",
                                              "--cancel-at",
                                              "7",
-                                             "--no-driver-properties"});
-    EXPECT_EQ((std::vector<std::filesystem::path>{"in.xps", "second.xps"}), settings.inputs);
-    EXPECT_EQ("out", settings.outputFolder);
-    EXPECT_EQ("f.dll", settings.filter);
-    EXPECT_EQ(0xCDB62FC0, settings.filterClass.Data1);
-    EXPECT_EQ("longedge", settings.device);
-    EXPECT_EQ("Kontor 3", settings.printer);
-    EXPECT_EQ("t.xml", settings.userTicket);
-    EXPECT_EQ("abc", settings.nsPrefix);
-    EXPECT_EQ(-2, settings.teskType);
-    EXPECT_EQ((Arguments{"private=strict", "fault=merge-fail@2:page"}), settings.providerSwitches);
-    EXPECT_EQ("r.json", settings.json);
+                                             "--no-driver-properties",
+                                             "--timeout",
+                                             "20",
+                                             "-j",
+                                             "3",
+                                             "--in-process",
+                                             "--pipeline",
+                                             "short-reads=3",
+                                             "--pipeline",
+                                             "fail=GetXpsPart@2=E_FAIL"});
+    EXPECT_EQ((std::vector{Absolute("in.xps"), Absolute("second.xps")}), InputsOf(settings));
+    EXPECT_EQ(Absolute("out"), settings.outputFolder);
+    EXPECT_EQ(Absolute("out/second.xps"), settings.jobs.at(1).output->lexically_normal());
+    EXPECT_EQ(Absolute("r.json"), settings.json);
     EXPECT_TRUE(settings.quiet);
-    EXPECT_EQ(7U, settings.cancelAt);
-    EXPECT_FALSE(settings.driverProperties);
+    EXPECT_TRUE(settings.inProcess);
+    EXPECT_EQ(3U, settings.parallel);
+    EXPECT_EQ(std::chrono::seconds(20), settings.timeout);
+    const HostSettings& host = settings.host;
+    EXPECT_EQ(Absolute("f.dll"), host.filter);
+    EXPECT_EQ(0xCDB62FC0, host.filterClass.Data1);
+    EXPECT_EQ("longedge", host.device);
+    EXPECT_EQ("Kontor 3", host.printer);
+    EXPECT_EQ(Absolute("t.xml"), host.userTicket);
+    EXPECT_EQ("abc", host.nsPrefix);
+    EXPECT_EQ(-2, host.teskType);
+    EXPECT_EQ((Arguments{"private=strict", "fault=merge-fail@2:page"}), host.providerSwitches);
+    EXPECT_EQ(7U, host.cancelAt);
+    EXPECT_EQ((Arguments{"short-reads=3", "fail=GetXpsPart@2=E_FAIL"}), host.pipelineSwitches);
+    EXPECT_FALSE(host.driverProperties);
 }
 
 TEST(CommandLine, TakesTheSystemsProvider) {
-    EXPECT_TRUE(SettingsOf({"-o", "out.xps", "--provider", "system"}).systemProvider);
+    EXPECT_TRUE(SettingsOf({"-o", "out.xps", "--provider", "system"}).host.systemProvider);
 }
 
 TEST(CommandLine, AProviderSwitchTakesOneValueAndLeavesTheInputsAlone) {
     const RunSettings settings =
         SettingsOf({"--provider", "order=reversed", "second.xps", "--out-dir", "out"});
-    EXPECT_EQ(Arguments{"order=reversed"}, settings.providerSwitches);
-    EXPECT_EQ(2U, settings.inputs.size());
+    EXPECT_EQ(Arguments{"order=reversed"}, settings.host.providerSwitches);
+    EXPECT_EQ(2U, settings.jobs.size());
+}
+
+TEST(CommandLine, AnOutputCanBeDoneWithout) {
+    const RunSettings settings = SettingsOf({"second.xps", "--no-output"});
+    ASSERT_EQ(2U, settings.jobs.size());
+    EXPECT_EQ(std::nullopt, settings.jobs[0].output);
+    EXPECT_EQ(std::nullopt, settings.jobs[1].output);
+}
+
+// A filter may change the current folder.
+TEST(CommandLine, PathsAreMadeAbsolute) {
+    const RunSettings settings = SettingsOf({"-o", "out.xps", "--json", "r.json"});
+    EXPECT_TRUE(settings.jobs[0].input.is_absolute());
+    EXPECT_TRUE(settings.jobs[0].output->is_absolute());
+    EXPECT_TRUE(settings.json->is_absolute());
 }
 
 TEST(CommandLine, PathsMayStartWithASlashOrHoldAnyLetter) {
     const RunSettings settings = SettingsOf({"/tmp/b.xps", "\xE5\x8D\xB0.xps", "--out-dir", "/tmp/out"});
-    EXPECT_EQ("/tmp/b.xps", settings.inputs[1]);
-    EXPECT_EQ(L"\u5370.xps", settings.inputs[2]);
-    EXPECT_EQ("/tmp/out", settings.outputFolder);
+    EXPECT_EQ("/tmp/b.xps", settings.jobs[1].inputName);
+    EXPECT_EQ(Absolute("/tmp/b.xps"), settings.jobs[1].input);
+    EXPECT_EQ(L"\u5370.xps", settings.jobs[2].input.filename());
+    EXPECT_EQ(Absolute("/tmp/out"), settings.outputFolder);
+}
+
+TEST(Order, GoesThroughItsText) {
+    Order order;
+    order.host = SettingsOf({"-o",
+                             "out",
+                             "--filter",
+                             "\xE5\x8D\xB0.dll",
+                             "--clsid",
+                             "{CDB62FC0-8BED-434E-86FB-A2CAE55F19EA}",
+                             "--printer",
+                             "P",
+                             "--user-ticket",
+                             "t",
+                             "--ns-prefix",
+                             "n\n",
+                             "--tesk-type",
+                             "-2",
+                             "--provider",
+                             "a=b",
+                             "--cancel-at",
+                             "7",
+                             "--no-driver-properties",
+                             "--device",
+                             "d"})
+                     .host;
+    order.job = SettingsOf({"-o", "\xE5\x8D\xB0"}).jobs[0];
+    const std::string text = WriteOrder(order);
+    EXPECT_EQ(std::string::npos, text.find('\n'));
+    const Order read = ReadOrder(text);
+    EXPECT_EQ(text, WriteOrder(read));
+    EXPECT_EQ(order.host.filter, read.host.filter);
+    EXPECT_TRUE(IsEqualCLSID(order.host.filterClass, read.host.filterClass));
+    EXPECT_EQ(-2, read.host.teskType);
+    EXPECT_EQ("n\n", read.host.nsPrefix);
+    EXPECT_EQ(order.job.output, read.job.output);
+    order.job.output.reset();
+    EXPECT_EQ(std::nullopt, ReadOrder(WriteOrder(order)).job.output);
 }
 
 TEST(CommandLine, RefusesWhatMakesNoSense) {
     EXPECT_EQ("A subcommand is required", Refusal({}));
     EXPECT_EQ("INPUT is required", Refusal({"run"}));
     EXPECT_EQ("INPUT is required", Refusal({"inspect"}));
-    EXPECT_EQ("one of -o and --out-dir is required", Refusal({"run", "a.xps"}));
+    EXPECT_EQ("one of -o, --out-dir and --no-output is required", Refusal({"run", "a.xps"}));
     EXPECT_EQ("-o excludes --out-dir", Refusal({"run", "a.xps", "-o", "b", "--out-dir", "c"}));
     EXPECT_EQ("-o is for one INPUT; use --out-dir for several",
               Refusal({"run", "a.xps", "b.xps", "-o", "c"}));
@@ -124,9 +207,13 @@ TEST(CommandLine, RefusesWhatMakesNoSense) {
               Refusal({"run", "a.xps", "-o", "b", "--provider", "strict"}));
     EXPECT_EQ("--provider: the system's print ticket provider has no switches",
               Refusal({"run", "a.xps", "-o", "b", "--provider", "system", "--provider", "a=b"}));
+    EXPECT_TRUE(Refusal({"run", "a.xps", "-o", "b", "--pipeline", "colour=red"}).starts_with("--pipeline: "));
     EXPECT_EQ("The following argument was not expected: --colour",
               Refusal({"run", "a.xps", "-o", "b", "--colour"}));
     EXPECT_FALSE(Refusal({"run", "a.xps", "-o", "b", "--cancel-at", "-1"}).empty());
+    EXPECT_FALSE(Refusal({"run", "a.xps", "-o", "b", "--timeout", "0"}).empty());
+    EXPECT_FALSE(Refusal({"run", "a.xps", "-o", "b", "-j", "0"}).empty());
+    EXPECT_FALSE(Refusal({"run", "a.xps", "-o", "b", "--quiet", "--verbose"}).empty());
     EXPECT_FALSE(Refusal({"run", "a.xps", "-o", "b", "--tesk-type", "two"}).empty());
 }
 

@@ -2,57 +2,65 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 namespace devkit::filterhost {
 namespace {
 
-using pipeline::Part;
-using pipeline::PartKind;
-using pipeline::SentPart;
 using printschema::TicketFacts;
+using Names = std::vector<std::string>;
 
-const TicketFacts kUser{"User", std::nullopt};
-
-SentPart Sent(PartKind kind, const char* name, bool ticket) {
-    SentPart sent{kind, name, std::make_shared<Part>(kind, name)};
-    if (ticket) sent.part->inputTicket = std::make_shared<Part>(PartKind::PrintTicket, "/ticket.xml");
-    return sent;
+PartFacts Part(const char* kind, const char* name, bool ticket) {
+    PartFacts part{kind, name, std::nullopt, std::nullopt, std::nullopt};
+    if (ticket) part.ticketBefore = "/ticket.xml";
+    return part;
 }
-SentPart Sequence(bool ticket) { return Sent(PartKind::FixedDocumentSequence, "/s", ticket); }
-SentPart Document(const char* name, bool ticket) { return Sent(PartKind::FixedDocument, name, ticket); }
-SentPart Page(const char* name, bool ticket) { return Sent(PartKind::FixedPage, name, ticket); }
+PartFacts Sequence(bool ticket) { return Part("FixedDocumentSequence", "/s", ticket); }
+PartFacts Document(const char* name, bool ticket) { return Part("FixedDocument", name, ticket); }
+PartFacts Page(const char* name, bool ticket) { return Part("FixedPage", name, ticket); }
 
-MadeTicket Made(const char* part, const char* scope, const char* sheet) {
-    return {part, scope, {sheet, std::nullopt}};
+MadeCall Made(const char* part, const char* scope, const char* sheet, HRESULT result = S_OK) {
+    MadeCall made;
+    made.call.function = "PTMergeAndValidatePrintTicket";
+    made.call.scope = scope;
+    made.call.result = result;
+    made.call.facts.mediaSize = sheet;
+    made.part = part;
+    return made;
 }
 
-std::vector<std::string> Sheets(const std::vector<SentPart>& parts, const std::vector<MadeTicket>& tickets) {
-    std::vector<std::string> names;
-    for (const TicketFacts& each : EffectiveTickets(parts, tickets, kUser)) {
+RunResult Result(const std::vector<PartFacts>& parts, const std::vector<MadeCall>& calls) {
+    RunResult result;
+    result.parts = parts;
+    result.providerCalls = calls;
+    result.userTicket.mediaSize = "User";
+    result.provider.emplace();
+    return result;
+}
+
+Names Sheets(const std::vector<PartFacts>& parts, const std::vector<MadeCall>& calls) {
+    Names names;
+    for (const TicketFacts& each : EffectiveTickets(Result(parts, calls))) {
         names.push_back(each.mediaSize.value_or("unset"));
     }
     return names;
 }
 
-using Names = std::vector<std::string>;
-
 TEST(EffectiveTickets, APageHasItsOwnOrWhatHoldsAroundIt) {
-    const std::vector<SentPart> parts{Sent(PartKind::XpsDocument, "", false),
-                                      Sequence(true),
-                                      Document("/d1", true),
-                                      Page("/1", false),
-                                      Page("/2", true),
-                                      Document("/d2", false),
-                                      Page("/3", false)};
-    EXPECT_EQ((Names{"Document", "Page", "Job"}),
-              Sheets(parts, {Made("FixedDocumentSequence /s", "job", "Job"),
-                             Made("FixedDocument /d1", "document", "Document"),
-                             Made("FixedPage /2", "page", "Page")}));
+    EXPECT_EQ(
+        (Names{"Document", "Page", "Job"}),
+        Sheets({Part("XpsDocument", "", false), Sequence(true), Document("/d1", true), Page("/1", false),
+                Page("/2", true), Document("/d2", false), Page("/3", false)},
+               {Made("FixedDocumentSequence /s", "job", "Job"),
+                Made("FixedDocument /d1", "document", "Document"), Made("FixedPage /2", "page", "Page")}));
 }
 
 TEST(EffectiveTickets, WithoutTicketsTheUsersHolds) {
     EXPECT_EQ(Names{"User"}, Sheets({Sequence(false), Document("/d", false), Page("/1", false)}, {}));
+}
+
+TEST(EffectiveTickets, AreNotKnownOfTheSystemsProvider) {
+    RunResult result = Result({Sequence(false), Document("/d", false), Page("/1", false)}, {});
+    result.provider.reset();
+    EXPECT_EQ((std::vector<TicketFacts>(1)), EffectiveTickets(result));
 }
 
 TEST(EffectiveTickets, BelongToTheirPartsInWhateverOrderTheyWereMade) {
@@ -62,42 +70,30 @@ TEST(EffectiveTickets, BelongToTheirPartsInWhateverOrderTheyWereMade) {
 }
 
 TEST(EffectiveTickets, WhatThePagesLeavesOutComesFromTheWiderScope) {
-    const std::vector<SentPart> parts{Sequence(true), Document("/d", false), Page("/1", true)};
+    MadeCall job = Made("FixedDocumentSequence /s", "job", "Job");
+    job.call.facts.feedDirection = "LongEdgeFirst";
     const std::vector<TicketFacts> facts =
-        EffectiveTickets(parts,
-                         {{"FixedDocumentSequence /s", "job", {"Job", "LongEdgeFirst"}},
-                          {"FixedPage /1", "page", {"Page", std::nullopt}}},
-                         kUser);
+        EffectiveTickets(Result({Sequence(true), Document("/d", false), Page("/1", true)},
+                                {job, Made("FixedPage /1", "page", "Page")}));
     ASSERT_EQ(1U, facts.size());
     EXPECT_EQ("Page", facts[0].mediaSize);
     EXPECT_EQ("LongEdgeFirst", facts[0].feedDirection);
 }
 
 TEST(EffectiveTickets, NothingIsSaidWhereNoneOrSeveralWereMadeForAPartWithATicket) {
-    const std::vector<SentPart> parts{Sequence(false), Document("/d", false), Page("/1", true),
-                                      Page("/2", true), Page("/3", false)};
     EXPECT_EQ((Names{"unset", "unset", "User"}),
-              Sheets(parts, {Made("FixedPage /1", "page", "One"), Made("FixedPage /1", "page", "Two"),
-                             Made("FixedPage /2", "job", "Other scope")}));
+              Sheets({Sequence(false), Document("/d", false), Page("/1", true), Page("/2", true),
+                      Page("/3", false)},
+                     {Made("FixedPage /1", "page", "One"), Made("FixedPage /1", "page", "Two"),
+                      Made("FixedPage /2", "job", "Other scope")}));
 }
 
-TEST(MadeTickets, AreOfMergesThatSucceeded) {
-    MadeTickets made;
-    prntvpt::ProviderCall call;
-    call.function = "PTMergeAndValidatePrintTicket";
-    call.scope = "page";
-    call.facts.mediaSize = "Good";
-    made.Add(call, "FixedPage /1");
-    call.result = E_FAIL;
-    made.Add(call, "FixedPage /2");
-    call.result = S_OK;
-    call.function = "PTGetPrintCapabilities";
-    made.Add(call, "FixedPage /3");
-    const std::vector<MadeTicket> tickets = made.Take();
-    ASSERT_EQ(1U, tickets.size());
-    EXPECT_EQ("FixedPage /1", tickets[0].part);
-    EXPECT_EQ("page", tickets[0].scope);
-    EXPECT_EQ("Good", tickets[0].facts.mediaSize);
+TEST(EffectiveTickets, FailedMergesAndOtherCallsDoNotCount) {
+    MadeCall capabilities = Made("FixedPage /1", "page", "Capabilities");
+    capabilities.call.function = "PTGetPrintCapabilities";
+    EXPECT_EQ(Names{"Good"},
+              Sheets({Page("/1", true)}, {Made("FixedPage /1", "page", "Failed", E_FAIL), capabilities,
+                                          Made("FixedPage /1", "page", "Good")}));
 }
 
 }  // namespace

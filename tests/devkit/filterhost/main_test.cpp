@@ -14,20 +14,11 @@ using Json = nlohmann::json;
 using Path = std::filesystem::path;
 using Lines = std::vector<std::string>;
 
-constexpr const char* kDomNote =
-    "filterhost: the system's DOM document lacks what filters need; the kit's own takes its place\n";
-
-// What was written to standard error, without the note that depends on the system.
-std::string WithoutNote(std::string text) {
-    if (text.starts_with(kDomNote)) text.erase(0, std::string(kDomNote).size());
-    return text;
-}
-
 TEST(FilterHost, AFaithfulFilterGivesStatus0AndTheSameBytes) {
     const Path output = FreshFolder("faithful") / "out.xps";
     const Ended ended = RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}));
     EXPECT_EQ(0U, ended.status);
-    EXPECT_EQ("", WithoutNote(ended.error));
+    EXPECT_EQ("", ended.error);
     EXPECT_TRUE(ended.out.starts_with(Text(Sample("sample.xps")) + " -> " + Text(output) +
                                       ": 15 parts, 10 pages, done, 0x00000000 S_OK\n"))
         << ended.out;
@@ -41,7 +32,7 @@ TEST(FilterHost, AFailingFilterGivesStatus1AndNoOutput) {
     EXPECT_EQ("filterhost: " + Text(Sample("sample.xps")) +
                   ": the filter failed with 0x80004004 E_ABORT, at FixedPage "
                   "/Documents/1/Pages/1.fpage\n",
-              WithoutNote(ended.error));
+              ended.error);
     EXPECT_FALSE(std::filesystem::exists(output));
 }
 
@@ -52,21 +43,22 @@ TEST(FilterHost, AFilterThatCannotBeInitialisedGivesStatus1) {
     EXPECT_EQ(1U, ended.status);
     EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) +
                   ": InitializeFilter of the filter failed with 0x80004004 E_ABORT, before any part\n",
-              WithoutNote(ended.error));
+              ended.error);
 }
 
 TEST(FilterHost, WrongUsageGivesStatus2AndOneLine) {
     const Ended ended = RunProgram({"run", "in.xps"});
     EXPECT_EQ(2U, ended.status);
     EXPECT_EQ("", ended.out);
-    EXPECT_EQ("filterhost: one of -o and --out-dir is required\n", ended.error);
+    EXPECT_EQ("filterhost: one of -o, --out-dir and --no-output is required\n", ended.error);
 }
 
 TEST(FilterHost, AMissingFilterGivesStatus2) {
     const Ended ended =
         RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--filter", "nowhere.dll"});
     EXPECT_EQ(2U, ended.status);
-    EXPECT_EQ("filterhost: --filter: there is no nowhere.dll\n", ended.error);
+    EXPECT_EQ("filterhost: --filter: there is no " + Text(std::filesystem::absolute("nowhere.dll")) + "\n",
+              ended.error);
 }
 
 TEST(FilterHost, ADllThatIsNoFilterGivesStatus1) {
@@ -84,7 +76,7 @@ TEST(FilterHost, AClassThatTheFilterDoesNotHaveGivesStatus1) {
     EXPECT_EQ(1U, ended.status);
     EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) +
                   ": testfilter.dll: DllGetClassObject answers 0x80040111 "
-                  "CLASS_E_CLASSNOTAVAILABLE\n",
+                  "CLASS_E_CLASSNOTAVAILABLE; --clsid names another class\n",
               ended.error);
 }
 
@@ -93,7 +85,7 @@ TEST(FilterHost, AnInputThatIsNoDocumentGivesStatus3AndOneLine) {
     const std::string input = Text(ProgramFolder() / "filterhost.exe");
     const Ended ended = RunProgram(RunArguments({input, "-o", Text(folder / "out.xps")}));
     EXPECT_EQ(3U, ended.status);
-    EXPECT_EQ("filterhost: " + input + ": is not a zip archive\n", WithoutNote(ended.error));
+    EXPECT_EQ("filterhost: " + input + ": is not a zip archive\n", ended.error);
     EXPECT_EQ(input + " -> nothing written: not run\n", ended.out);
     EXPECT_TRUE(std::filesystem::is_empty(folder));
 }
@@ -113,7 +105,7 @@ TEST(FilterHost, ABrokenRuleGivesStatus4WithALineForEachBreach) {
     EXPECT_EQ(name + "the filter failed with 0x8000000E E_ILLEGAL_METHOD_CALL, at FixedPage /p.fpage\n" +
                   name + "breach: SendFixedPage of FixedPage /p.fpage came after CloseSender\n" + name +
                   "breach: CloseSender was called twice\n",
-              WithoutNote(ended.error));
+              ended.error);
     EXPECT_FALSE(std::filesystem::exists(output));
 }
 
@@ -143,7 +135,7 @@ TEST(FilterHost, TheReportIsExact) {
     EXPECT_EQ("", ended.out);
     EXPECT_EQ("", ended.error);
     const Json expected = Json::parse(R"([{
-        "output": null, "hresult": "0x00000000", "shutdown": null, "breaches": [], "findings": [], "error": null,
+        "output": null, "hresult": "0x00000000", "shutdown": null, "breaches": [], "findings": [], "error": null, "crash": null,
         "parts": [
             {"kind": "XpsDocument", "uri": null, "ticket_in": null, "ticket_out": null},
             {"kind": "FixedDocumentSequence", "uri": "/s.fdseq", "ticket_in": null, "ticket_out": null},
@@ -227,22 +219,10 @@ TEST(FilterHost, AFilterThatHangsAfterACancellationBreaksARule) {
     EXPECT_EQ(4U, ended.status);
     EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) +
                   ": breach: StartOperation did not return within 30000 ms of ShutdownOperation\n",
-              WithoutNote(ended.error));
+              ended.error);
     EXPECT_EQ(Text(Sample("minimal.xps")) + " -> nothing written: 1 part, 0 pages, the filter hangs\n",
               ended.out);
     EXPECT_EQ("0x8000000A", Json::parse(FileBytes(folder / "r.json"))[0]["hresult"]);
-}
-
-TEST(FilterHost, ACrashIsToldInOneLine) {
-    const Path output = FreshFolder("crash") / "out.xps";
-    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output)}), "crash");
-    EXPECT_EQ(1U, ended.status);
-    const std::string text = WithoutNote(ended.error);
-    EXPECT_TRUE(text.starts_with("filterhost: " + Text(Sample("minimal.xps")) +
-                                 ": the filter crashed with exception 0xC0000005 at testfilter.dll+0x"))
-        << text;
-    EXPECT_TRUE(text.ends_with(", while it had FixedPage /p.fpage\n")) << text;
-    EXPECT_FALSE(std::filesystem::exists(output));
 }
 
 TEST(FilterHost, NamesOutsideAsciiAndLongNamesWork) {

@@ -33,15 +33,16 @@ SentPart Page(const std::string& before) {
     return {PartKind::FixedPage, "/1.fpage", part};
 }
 
+PageFacts FactsOf(const SentPart& page) { return LookAtPart(page).page.value(); }
+
 PageFacts AfterRewrite(const std::string& before, const std::string& after) {
     const SentPart page = Page(before);
     Write(*page.part, after);
-    return LookAtPage(page, {});
+    return FactsOf(page);
 }
 
 TEST(PageFacts, OfAPageThatIsLeftAlone) {
-    const PageFacts facts = LookAtPage(Page(Markup("<Path/>")), {"ISOA4", "LongEdgeFirst"});
-    EXPECT_EQ("/1.fpage", facts.name);
+    const PageFacts facts = FactsOf(Page(Markup("<Path/>")));
     ASSERT_TRUE(facts.before && facts.after);
     EXPECT_EQ(816, facts.before->width);
     EXPECT_EQ(1056, facts.after->height);
@@ -50,8 +51,7 @@ TEST(PageFacts, OfAPageThatIsLeftAlone) {
     EXPECT_FALSE(facts.rewritten);
     EXPECT_FALSE(facts.turned);
     EXPECT_FALSE(facts.ticketReplaced);
-    EXPECT_EQ("ISOA4", facts.mediaSize);
-    EXPECT_EQ("LongEdgeFirst", facts.feedDirection);
+    EXPECT_EQ(printschema::TicketFacts(), facts.newTicket);
     EXPECT_EQ(std::nullopt, facts.malformed);
 }
 
@@ -75,7 +75,7 @@ TEST(PageFacts, ACanvasThatScalesIsNoTurn) {
 }
 
 TEST(PageFacts, ATurnedCanvasOfTheInputsOwnIsNoTurnOfTheFilters) {
-    EXPECT_FALSE(LookAtPage(Page(Markup("<Canvas RenderTransform=\"0,-1,1,0,0,816\"/>")), {}).turned);
+    EXPECT_FALSE(FactsOf(Page(Markup("<Canvas RenderTransform=\"0,-1,1,0,0,816\"/>"))).turned);
 }
 
 TEST(PageFacts, TheSheetIsThatOfTheNewTicket) {
@@ -83,11 +83,21 @@ TEST(PageFacts, TheSheetIsThatOfTheNewTicket) {
     page.part->inputTicket = std::make_shared<Part>(PartKind::PrintTicket, "/old.xml");
     page.part->ticket = std::make_shared<Part>(PartKind::PrintTicket, "/a\\new.xml");
     Write(*page.part->ticket, tests::Ticket(tests::Select("psk:PageMediaSize", "psk:ISOA3")));
-    const PageFacts facts = LookAtPage(page, {"ISOA4", std::nullopt});
-    EXPECT_TRUE(facts.ticketReplaced);
+    const PartFacts facts = LookAtPart(page);
+    EXPECT_EQ("FixedPage", facts.kind);
+    EXPECT_EQ("/1.fpage", facts.name);
     EXPECT_EQ("/old.xml", facts.ticketBefore);
     EXPECT_EQ("/a\\new.xml", facts.ticketAfter);
-    EXPECT_EQ("ISOA3", facts.mediaSize);
+    EXPECT_TRUE(facts.page->ticketReplaced);
+    EXPECT_EQ("ISOA3", facts.page->newTicket.mediaSize);
+}
+
+TEST(PartFacts, OfAnObjectThatIsNotTheKits) {
+    const PartFacts facts = LookAtPart({PartKind::Unknown, "", nullptr});
+    EXPECT_EQ("Unknown", facts.kind);
+    EXPECT_EQ("", facts.name);
+    EXPECT_EQ(std::nullopt, facts.ticketBefore);
+    EXPECT_FALSE(facts.page);
 }
 
 TEST(PageFacts, MarkupThatIsNotWellFormedIsTold) {

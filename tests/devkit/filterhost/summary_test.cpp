@@ -5,19 +5,29 @@
 namespace devkit::filterhost {
 namespace {
 
+using Lines = std::vector<std::string>;
+
+// A run over a document of four parts that passed on all of them.
 RunResult Finished() {
     RunResult result;
     result.input = "in.xps";
     result.output = "out.xps";
-    result.outcome.emplace();
-    result.outcome->initialized = S_OK;
-    result.outcome->result = S_OK;
-    result.outcome->parts.resize(4);
-    PageFacts page;
-    page.name = "/1.fpage";
-    page.before = package::PageDimensions{816, 1056, {}, {}};
+    result.inputParts = 4;
+    result.end.emplace();
+    result.end->initialized = S_OK;
+    result.end->result = S_OK;
+    for (const char* const title :
+         {"XpsDocument", "FixedDocumentSequence /s", "FixedDocument /d", "FixedPage /1.fpage"}) {
+        const std::string text = title;
+        const std::size_t space = text.find(' ');
+        PartFacts& part = result.parts.emplace_back();
+        part.kind = text.substr(0, space);
+        if (space != std::string::npos) part.name = text.substr(space + 1);
+        result.given.push_back(text);
+    }
+    PageFacts& page = result.parts.back().page.emplace();
+    page.before = PageSize{816, 1056};
     page.after = page.before;
-    result.pages.push_back(page);
     return result;
 }
 
@@ -30,33 +40,37 @@ TEST(Summary, OfAPageThatWasLeftAlone) {
 
 TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
     RunResult result = Finished();
-    PageFacts& page = result.pages[0];
+    result.userTicket = {"Unused", "LongEdgeFirst"};
+    result.provider.emplace();
+    PageFacts& page = *result.parts.back().page;
     page.rewritten = true;
     page.turned = true;
-    page.after = package::PageDimensions{1056.25, 816, {}, {}};
-    page.feedDirection = "LongEdgeFirst";
-    page.mediaSize = "ISOA4";
+    page.after = PageSize{1056.25, 816};
+    page.newTicket.mediaSize = "ISOA4";
     page.ticketReplaced = true;
-    page.ticketAfter = "/a\\b.xml";
+    result.parts.back().ticketAfter = "/a\\b.xml";
     EXPECT_EQ(
         "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
         "  page 1 /1.fpage: 816 x 1056 -> 1056.25 x 816, feed LongEdgeFirst, turned, sheet ISOA4, new ticket "
-        "/a\\b.xml\n",
+        "/a\\b.xml\n"
+        "  print ticket provider: 0 calls\n",
         WriteSummary(result));
 }
 
 TEST(Summary, TellsWhatTheTicketProviderSaw) {
     RunResult result = Finished();
-    result.pages.clear();
+    result.parts.back().page.reset();
     result.provider.emplace();
-    result.provider->counts = {{"PTMergeAndValidatePrintTicket", 2}, {"PTOpenProvider", 1}};
-    result.provider->calls.resize(3);
-    result.provider->calls[0].impersonating = true;
-    result.provider->calls[0].expectedToken = true;
+    for (const char* const function :
+         {"PTMergeAndValidatePrintTicket", "PTOpenProvider", "PTMergeAndValidatePrintTicket"}) {
+        result.providerCalls.emplace_back().call.function = function;
+    }
+    result.providerCalls[0].call.impersonating = true;
+    result.providerCalls[0].call.expectedToken = true;
     result.provider->openHandles.resize(1);
     result.findings = {"odd"};
     EXPECT_EQ(
-        "in.xps -> out.xps: 4 parts, 0 pages, done, 0x00000000 S_OK\n"
+        "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
         "  print ticket provider: 3 calls (PTMergeAndValidatePrintTicket 2, PTOpenProvider 1), 1 of them as "
         "the user, 1 handle left open\n"
         "  finding: odd\n",
@@ -65,33 +79,108 @@ TEST(Summary, TellsWhatTheTicketProviderSaw) {
 
 TEST(Summary, TellsHowARunEnded) {
     RunResult result = Finished();
-    result.pages.clear();
+    result.parts.resize(3);
     result.output.reset();
-    result.outcome->result = E_ABORT;
-    EXPECT_EQ("in.xps -> nothing written: 4 parts, 0 pages, failed, 0x80004004 E_ABORT\n",
+    result.end->result = E_ABORT;
+    EXPECT_EQ("in.xps -> nothing written: 3 parts, 0 pages, failed, 0x80004004 E_ABORT\n",
               WriteSummary(result));
-    result.outcome->cancelled = true;
-    EXPECT_EQ("in.xps -> nothing written: 4 parts, 0 pages, cancelled, 0x80004004 E_ABORT\n",
+    result.end->cancelled = true;
+    EXPECT_EQ("in.xps -> nothing written: 3 parts, 0 pages, cancelled, 0x80004004 E_ABORT\n",
               WriteSummary(result));
-    result.outcome->hung = true;
-    EXPECT_EQ("in.xps -> nothing written: 4 parts, 0 pages, the filter hangs\n", WriteSummary(result));
-    result.outcome.reset();
+    result.end->hung = true;
+    EXPECT_EQ("in.xps -> nothing written: 3 parts, 0 pages, the filter hangs\n", WriteSummary(result));
+    result.end.reset();
     EXPECT_EQ("in.xps -> nothing written: not run\n", WriteSummary(result));
+    RunResult damaged = Finished();
+    damaged.inputFailures = {"/1.fpage is damaged"};
+    EXPECT_TRUE(
+        WriteSummary(damaged).starts_with("in.xps -> out.xps: 4 parts, 1 page, the input is damaged\n"));
+    result.crash.emplace();
+    EXPECT_EQ("in.xps -> nothing written: 3 parts, 0 pages, the filter did not come to its end\n",
+              WriteSummary(result));
+}
+
+// The line about the parts, empty when there is none.
+std::string PartsLine(const RunResult& result) {
+    const std::string text = WriteSummary(result);
+    const std::size_t start = text.find("  of ");
+    return start == std::string::npos ? "" : text.substr(start, text.find('\n', start) - start);
+}
+
+TEST(Summary, TellsWhatBecameOfTheParts) {
+    EXPECT_EQ("", PartsLine(Finished()));
+    RunResult ended = Finished();
+    ended.given.push_back("the end of the parts");
+    EXPECT_EQ("", PartsLine(ended));
+
+    RunResult lazy = Finished();
+    lazy.given.pop_back();
+    lazy.parts.pop_back();
+    EXPECT_EQ("  of 4 parts the filter read 3 and sent 3", PartsLine(lazy));
+
+    RunResult dropped = Finished();
+    dropped.parts.pop_back();
+    EXPECT_EQ("  of 4 parts the filter read 4 and sent 3; dropped: FixedPage /1.fpage", PartsLine(dropped));
+
+    RunResult added = Finished();
+    for (int i = 0; i < 7; ++i) added.parts.push_back({"Unknown", std::to_string(i), {}, {}, {}});
+    EXPECT_EQ(
+        "  of 4 parts the filter read 4 and sent 11; added: Unknown 0, Unknown 1, Unknown 2, Unknown 3, "
+        "Unknown 4 and 2 more",
+        PartsLine(added));
+
+    RunResult swapped = Finished();
+    std::swap(swapped.parts[0], swapped.parts[1]);
+    EXPECT_EQ("  of 4 parts the filter read 4 and sent 4; in another order", PartsLine(swapped));
+
+    swapped.end->result = E_FAIL;
+    EXPECT_EQ("", PartsLine(swapped));
 }
 
 TEST(Problems, AreOneLineEach) {
     RunResult result = Finished();
-    EXPECT_EQ(std::vector<std::string>{}, WriteProblems(result));
-    result.error = "is not a zip archive";
-    result.outcome->result = E_FAIL;
-    result.outcome->lastPart = "FixedPage /1.fpage";
-    result.outcome->inputFailures = {"/1.fpage: damaged"};
+    EXPECT_EQ(Lines{}, WriteProblems(result));
+    result.errors = {"is not a zip archive"};
+    result.end->result = E_FAIL;
+    result.inputFailures = {"/1.fpage: damaged"};
     result.breaches = {"one", "two"};
+    EXPECT_EQ((Lines{"in.xps: is not a zip archive", "in.xps: /1.fpage: damaged",
+                     "in.xps: the filter failed with 0x80004005 E_FAIL, at FixedPage /1.fpage",
+                     "in.xps: breach: one", "in.xps: breach: two"}),
+              WriteProblems(result));
+}
+
+TEST(Problems, OfACrashNameCallAndPart) {
+    RunResult result = Finished();
+    result.end.reset();
+    result.crash = Crash{3, "the filter called abort", "", ""};
+    result.underWay = {"StartOperation"};
+    EXPECT_EQ(Lines{"in.xps: the filter called abort, in StartOperation, at FixedPage /1.fpage"},
+              WriteProblems(result));
+    result.given.clear();
+    result.underWay.clear();
+    result.crash->type = "St13runtime_error";
+    result.crash->what = "no paper";
     EXPECT_EQ(
-        (std::vector<std::string>{"in.xps: is not a zip archive", "in.xps: /1.fpage: damaged",
-                                  "in.xps: the filter failed with 0x80004005 E_FAIL, at FixedPage /1.fpage",
-                                  "in.xps: breach: one", "in.xps: breach: two"}),
+        Lines{"in.xps: the filter called abort; the last exception that it threw is std::runtime_error (no "
+              "paper), before any part"},
         WriteProblems(result));
+}
+
+TEST(Problems, OfAnEndedThreadNameTheCall) {
+    RunResult result = Finished();
+    result.end->result = E_UNEXPECTED;
+    result.end->threadEnded = true;
+    result.underWay = {"StartOperation"};
+    EXPECT_EQ(Lines{"in.xps: the filter ended its thread, in StartOperation, at FixedPage /1.fpage"},
+              WriteProblems(result));
+}
+
+TEST(Problems, ARequestedShutdownAfterSuccessIsOne) {
+    RunResult result = Finished();
+    result.end->shutdownCodes = {S_OK, E_ABORT};
+    EXPECT_EQ(Lines{"in.xps: the filter succeeded, but called RequestShutdown with 0x80004004 E_ABORT"},
+              WriteProblems(result));
 }
 
 }  // namespace

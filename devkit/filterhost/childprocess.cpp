@@ -1,0 +1,176 @@
+#include "devkit/filterhost/childprocess.h"
+
+#include <array>
+#include <system_error>
+#include <utility>
+
+#include "devkit/filterhost/files.h"
+
+namespace devkit::filterhost {
+namespace {
+
+[[noreturn]] void ThrowLastError(const char* what) {
+    throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), what);
+}
+
+struct Pipe {
+    UniqueHandle read;
+    UniqueHandle write;
+
+    Pipe() {
+        HANDLE readEnd = nullptr;
+        HANDLE writeEnd = nullptr;
+        if (!CreatePipe(&readEnd, &writeEnd, nullptr, 0)) ThrowLastError("CreatePipe");
+        read.reset(readEnd);
+        write.reset(writeEnd);
+    }
+};
+
+[[nodiscard]] std::wstring HandleText(const UniqueHandle& handle) {
+    return std::to_wstring(reinterpret_cast<std::uintptr_t>(handle.get()));
+}
+
+// Starts the program so that it inherits these two handles. Both are inheritable only under the lock, or a
+// child that is started at the same time would inherit them too and keep the pipes open.
+[[nodiscard]] UniqueHandle Start(std::wstring_view command, const UniqueHandle& read,
+                                 const UniqueHandle& write) {
+    static std::mutex starting;
+    const std::lock_guard guard(starting);
+    const std::wstring program = ProgramPath().wstring();
+    std::wstring line = L"\"" + program + L"\" ";
+    line.append(command).append(L" ").append(HandleText(read)).append(L" ").append(HandleText(write));
+    for (const UniqueHandle* const pHandle : {&read, &write}) {
+        if (!SetHandleInformation(pHandle->get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT)) {
+            ThrowLastError("SetHandleInformation");
+        }
+    }
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                        &process)) {
+        ThrowLastError("CreateProcess");
+    }
+    CloseHandle(process.hThread);
+    return UniqueHandle(process.hProcess);
+}
+
+// False when the pipe has no more.
+[[nodiscard]] bool ReadSome(HANDLE pipe, std::string& text) {
+    std::array<char, 65536> block;
+    DWORD count = 0;
+    if (!::ReadFile(pipe, block.data(), static_cast<DWORD>(block.size()), &count, nullptr) || count == 0)
+        return false;
+    text.append(block.data(), count);
+    return true;
+}
+
+// False when nobody reads any longer.
+bool WriteWhole(HANDLE pipe, std::string_view text) noexcept {
+    while (!text.empty()) {
+        DWORD count = 0;
+        if (!::WriteFile(pipe, text.data(), static_cast<DWORD>(text.size()), &count, nullptr)) return false;
+        text.remove_prefix(count);
+    }
+    return true;
+}
+
+// Takes the first line off the text; nothing when it holds none.
+[[nodiscard]] std::optional<std::string> TakeLine(std::string& text) {
+    const std::size_t end = text.find('\n');
+    if (end == std::string::npos) return std::nullopt;
+    std::string line = text.substr(0, end);
+    text.erase(0, end + 1);
+    return line;
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(std::wstring_view command) {
+    Pipe commands;
+    Pipe answers;
+    m_process = Start(command, commands.read, answers.write);
+    m_write = std::move(commands.write);
+    m_read = std::move(answers.read);
+    // The child has its own by now; the pipe of answers ends when the child does.
+    commands.read.reset();
+    answers.write.reset();
+    m_reader = std::thread([this] { ReadLines(); });
+}
+
+ChildProcess::~ChildProcess() {
+    Terminate();
+    m_reader.join();
+}
+
+void ChildProcess::ReadLines() {
+    std::string text;
+    std::size_t searched = 0;
+    while (ReadSome(m_read.get(), text)) {
+        std::size_t start = 0;
+        const std::lock_guard guard(m_lock);
+        for (std::size_t end; (end = text.find('\n', searched)) != std::string::npos; searched = start) {
+            m_lines.push_back(text.substr(start, end - start));
+            start = end + 1;
+        }
+        text.erase(0, start);
+        searched = text.size();
+        m_changed.notify_all();
+    }
+    const std::lock_guard guard(m_lock);
+    m_ended = true;
+    m_changed.notify_all();
+}
+
+void ChildProcess::Send(std::string_view line) { WriteWhole(m_write.get(), std::string(line) + "\n"); }
+
+ChildProcess::Got ChildProcess::Read(std::string& line, Clock::time_point deadline) {
+    std::unique_lock guard(m_lock);
+    m_changed.wait_until(guard, deadline, [this] { return m_ended || !m_lines.empty(); });
+    if (!m_lines.empty()) {
+        line = std::move(m_lines.front());
+        m_lines.pop_front();
+        return Got::Line;
+    }
+    return m_ended ? Got::End : Got::Nothing;
+}
+
+DWORD ChildProcess::ExitCode() const {
+    // A process that has closed its end of the pipe may still be on its way out.
+    if (WaitForSingleObject(m_process.get(), 10000) != WAIT_OBJECT_0) TerminateProcess(m_process.get(), 1);
+    WaitForSingleObject(m_process.get(), INFINITE);
+    DWORD code = 0;
+    GetExitCodeProcess(m_process.get(), &code);
+    return code;
+}
+
+void ChildProcess::Terminate() {
+    TerminateProcess(m_process.get(), 1);
+    WaitForSingleObject(m_process.get(), INFINITE);
+}
+
+ParentProcess::ParentProcess(HANDLE read, HANDLE write) : m_read(read), m_write(write) {
+    SetHandleInformation(read, HANDLE_FLAG_INHERIT, 0);
+    SetHandleInformation(write, HANDLE_FLAG_INHERIT, 0);
+}
+
+std::optional<std::string> ParentProcess::Read() {
+    for (;;) {
+        if (std::optional<std::string> line = TakeLine(m_rest)) return line;
+        if (!ReadSome(m_read.get(), m_rest)) return std::nullopt;
+    }
+}
+
+void ParentProcess::Tell(std::string_view line) {
+    const std::string text = std::string(line) + "\n";
+    const std::lock_guard guard(m_lock);
+    WriteWhole(m_write.get(), text);
+}
+
+void ParentProcess::TellLast(std::string_view line) noexcept {
+    const bool locked = m_lock.try_lock_for(std::chrono::seconds(1));
+    WriteWhole(m_write.get(), line);
+    if (locked) m_lock.unlock();
+}
+
+}  // namespace devkit::filterhost

@@ -1,0 +1,198 @@
+#include "devkit/filterhost/runevent.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#ifdef __GNUC__
+#include <cxxabi.h>
+#endif
+
+#include "devkit/common/hresult.h"
+#include "devkit/common/json.h"
+
+// The names of nlohmann's macros have to stand where the types do.
+namespace devkit::printschema {
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TicketFacts, mediaSize, feedDirection)
+}
+
+namespace devkit::filterhost {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PageSize, width, height)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PageFacts, before, after, bytesBefore, bytesAfter, rewritten, turned,
+                                   ticketReplaced, newTicket, malformed)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartFacts, kind, name, ticketBefore, ticketAfter, page)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnd, initialized, result, shutdownCodes, hung, threadEnded, cancelled,
+                                   whole)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Crash, code, text, type, what)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(MadeCall, call, part)
+
+namespace events {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Opened, parts, findings, userTicket)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(CallBegun, call)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(CallEnded, call)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartAsked, number)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartGiven, part)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartSent, part)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderCalled, made)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Breached, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InputFailed, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Found, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Noted, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnded, end)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderEnded, report)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(OutputWritten, output)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failed, text, status)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Refused, text, status)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Crashed, crash)
+
+void to_json(nlohmann::json& json, const Alive&) { json = nlohmann::json::object(); }
+void from_json(const nlohmann::json&, Alive&) {}
+void to_json(nlohmann::json& json, const Finished&) { json = nlohmann::json::object(); }
+void from_json(const nlohmann::json&, Finished&) {}
+
+}  // namespace events
+
+namespace {
+
+using Json = nlohmann::json;
+
+template <std::size_t... Index>
+Event ReadAlternative(std::size_t wanted, const Json& json, std::index_sequence<Index...>) {
+    Event event;
+    const auto read = [&](auto index) {
+        if (index != wanted) return false;
+        event = json.get<std::variant_alternative_t<index, Event>>();
+        return true;
+    };
+    if (!(read(std::integral_constant<std::size_t, Index>()) || ...)) {
+        throw std::invalid_argument("there is no event " + std::to_string(wanted));
+    }
+    return event;
+}
+
+struct Applier {
+    RunResult& result;
+
+    void operator()(const events::Opened& event) const {
+        result.inputParts = event.parts;
+        result.findings = event.findings;
+        result.userTicket = event.userTicket;
+    }
+    void operator()(const events::CallBegun& event) const { result.underWay.push_back(event.call); }
+    void operator()(const events::CallEnded& event) const {
+        // Calls on two threads need not end in the order of their begin.
+        for (auto call = result.underWay.rbegin(); call != result.underWay.rend(); ++call) {
+            if (*call != event.call) continue;
+            result.underWay.erase(std::next(call).base());
+            return;
+        }
+    }
+    void operator()(const events::PartAsked& event) const { result.asked = event.number; }
+    void operator()(const events::PartGiven& event) const { result.given.push_back(event.part); }
+    void operator()(const events::PartSent& event) const { result.parts.push_back(event.part); }
+    void operator()(const events::ProviderCalled& event) const { result.providerCalls.push_back(event.made); }
+    void operator()(const events::Breached& event) const { result.breaches.push_back(event.text); }
+    void operator()(const events::InputFailed& event) const { result.inputFailures.push_back(event.text); }
+    void operator()(const events::Found& event) const { result.findings.push_back(event.text); }
+    void operator()(const events::Noted&) const {}
+    void operator()(const events::Alive&) const {}
+    void operator()(const events::RunEnded& event) const { result.end = event.end; }
+    void operator()(const events::ProviderEnded& event) const { result.provider = event.report; }
+    void operator()(const events::OutputWritten& event) const { result.output = event.output; }
+    void operator()(const events::Failed& event) const {
+        result.errors.push_back(event.text);
+        result.status = std::max(result.status, event.status);
+    }
+    void operator()(const events::Refused& event) const { (*this)(events::Failed{event.text, event.status}); }
+    void operator()(const events::Crashed& event) const {
+        // What comes after it is a consequence.
+        if (!result.crash) result.crash = event.crash;
+    }
+    void operator()(const events::Finished&) const {}
+};
+
+// As the program's source has it.
+std::string TypeName(const std::string& type) {
+#ifdef __GNUC__
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> name(
+        abi::__cxa_demangle(type.c_str(), nullptr, nullptr, &status), &std::free);
+    if (name) return name.get();
+#endif
+    return type;
+}
+
+// "PTMergeAndValidatePrintTicket (page) answered 0x80040003 E_PRINTTICKET_FORMAT: Base ticket: ...".
+std::string FailedCallText(const prntvpt::ProviderCall& call) {
+    std::string text = call.function;
+    if (call.scope) text += " (" + *call.scope + ")";
+    text += " answered " + common::Describe(call.result);
+    return call.error ? text + ": " + *call.error : text;
+}
+
+void AddProviderLines(RunResult& result) {
+    constexpr const char* kWho = "print ticket provider: ";
+    for (const MadeCall& made : result.providerCalls) {
+        if (FAILED(made.call.result)) result.findings.push_back(kWho + FailedCallText(made.call));
+    }
+    if (!result.provider) return;
+    for (const prntvpt::ProviderBreach& breach : result.provider->breaches) {
+        result.breaches.push_back(kWho + breach.stop + " " + breach.text);
+    }
+    for (const std::string& note : result.provider->notes) result.findings.push_back(kWho + note);
+}
+
+// Whoever waits for the job learns of a failure by RequestShutdown alone.
+bool FailedSilently(const RunResult& result) {
+    if (!result.end || result.end->hung || result.end->threadEnded || result.end->cancelled) return false;
+    return SUCCEEDED(result.end->initialized) && FAILED(result.end->result) &&
+           result.end->shutdownCodes.empty();
+}
+
+ExitStatus StatusOf(const RunResult& result) {
+    if (!result.breaches.empty()) return RuleBroken;
+    if (!result.inputFailures.empty()) return UnreadableInput;
+    if (result.crash) return FilterFailed;
+    if (!result.end) return result.status;
+    const bool shutdown = std::any_of(result.end->shutdownCodes.begin(), result.end->shutdownCodes.end(),
+                                      [](HRESULT hr) { return FAILED(hr); });
+    return FAILED(result.end->result) || shutdown ? FilterFailed : Done;
+}
+
+}  // namespace
+
+std::string WriteEvent(const Event& event) {
+    const Json data = std::visit([](const auto& each) { return Json(each); }, event);
+    return Json{event.index(), data}.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Event ReadEvent(std::string_view line) {
+    const Json json = Json::parse(line);
+    return ReadAlternative(json.at(0).get<std::size_t>(), json.at(1),
+                           std::make_index_sequence<std::variant_size_v<Event>>());
+}
+
+std::string TextOf(const Crash& crash) {
+    if (crash.type.empty()) return crash.text;
+    std::string text = crash.text + "; the last exception that it threw is " + TypeName(crash.type);
+    return crash.what.empty() ? text : text + " (" + crash.what + ")";
+}
+
+void Apply(const Event& event, RunResult& result) { std::visit(Applier{result}, event); }
+
+void Conclude(RunResult& result) {
+    for (const PartFacts& part : result.parts) {
+        if (part.page && part.page->malformed)
+            result.findings.push_back("page markup " + *part.page->malformed);
+    }
+    AddProviderLines(result);
+    if (FailedSilently(result)) result.findings.push_back("the filter failed without a RequestShutdown");
+    result.status = std::max(result.status, StatusOf(result));
+}
+
+}  // namespace devkit::filterhost
