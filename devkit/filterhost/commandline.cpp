@@ -1,13 +1,18 @@
 #include "devkit/filterhost/commandline.h"
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 
+#include "devkit/common/error.h"
+#include "devkit/common/file.h"
+#include "devkit/common/text.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
+#include "devkit/pipeline/pipelineconfig.h"
 #include "devkit/pipeline/runoptions.h"
 #include "platform/utf.h"
 
@@ -40,8 +45,11 @@ struct RawRun {
     std::optional<std::string> output;
     std::optional<std::string> outputFolder;
     bool noOutput = false;
-    std::optional<std::string> filter;
-    std::optional<std::string> filterClass;
+    std::vector<std::string> filters;
+    std::vector<std::string> classes;
+    std::vector<std::string> inputKinds;
+    std::vector<std::string> outputKinds;
+    std::optional<std::string> pipelineConfig;
     std::optional<std::string> userTicket;
     std::vector<std::string> provider;
     std::optional<std::string> json;
@@ -54,6 +62,9 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
     const auto option = [&run](const char* name, auto& target, const char* type, const char* text) {
         return run.add_option(name, target, text)->type_name(type);
     };
+    const auto list = [&option](const char* name, auto& target, const char* type, const char* text) {
+        return option(name, target, type, text)->take_all()->type_size(1)->allow_extra_args(false);
+    };
     HostSettings& host = raw.settings.host;
     option("INPUT", raw.inputs, "", "XPS or OpenXPS documents")->required();
     auto* output = option("-o", raw.output, "OUTPUT", "the document that comes out, for one INPUT");
@@ -63,9 +74,22 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
     run.add_flag("--no-output", raw.noOutput, "run the filter and write nothing")
         ->excludes(output)
         ->excludes(folder);
-    option("--filter", raw.filter, "DLL", "the filter (default: pagevalidatefilter.dll beside this program)");
-    option("--clsid", raw.filterClass, "{...}",
-           "its class (default: {8A9F4692-E8BA-4533-B859-E56B1EA16586})");
+    auto* filter = list("--filter", raw.filters, "DLL",
+                        "the filter (default: pagevalidatefilter.dll beside this program), repeatable:\n"
+                        "each one's output is the next one's input");
+    auto* filterClass = list("--clsid", raw.classes, "{...}",
+                             "its class (default: {8A9F4692-E8BA-4533-B859-E56B1EA16586}); with several\n"
+                             "filters one for each, in their order");
+    auto* inputKind = list("--input", raw.inputKinds, "xps|stream",
+                           "what the filter reads: parts (the default) or the bytes of the package; with\n"
+                           "several filters one for each");
+    auto* outputKind = list("--output", raw.outputKinds, "xps|stream", "what it writes, likewise");
+    option("--pipeline-config", raw.pipelineConfig, "FILE",
+           "the filters of a driver's pipeline configuration; their DLLs stand beside it")
+        ->excludes(filter)
+        ->excludes(filterClass)
+        ->excludes(inputKind)
+        ->excludes(outputKind);
     option("--device", host.device, "MODEL",
            "device model, a name in devices beside this program or a folder (default: simprinter)");
     option("--printer", host.printer, "NAME", "the printer's name (default: the first of the device model)");
@@ -73,16 +97,22 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
            "the user's default print ticket (default: that of the device)");
     option("--ns-prefix", host.nsPrefix, "TEXT", "KoraNsPrefix of the driver property bag (default: krk)");
     option("--tesk-type", host.teskType, "N", "KoraTeskType of the driver property bag (default: absent)");
-    run.add_flag("--no-driver-properties", raw.noDriverProperties, "no driver property bag at all");
-    option("--provider", raw.provider, "KEY=VALUE|system",
-           "a switch of the simulated print ticket provider, repeatable; or the system's own provider")
-        ->take_all()
-        ->type_size(1)
-        ->allow_extra_args(false);
-    option("--pipeline", host.pipelineSwitches, "KEY=VALUE", "a switch of the pipeline, repeatable")
-        ->take_all()
-        ->type_size(1)
-        ->allow_extra_args(false);
+    auto* noDriverProperties =
+        run.add_flag("--no-driver-properties", raw.noDriverProperties, "no driver property bag at all");
+    list("--property", host.properties, "NAME=TYPE:VALUE",
+         "an entry of the pipeline's property bag, instead of one that it has of that name, repeatable;\n"
+         "TYPE is bool, int, uint or string");
+    list("--driver-property", host.driverValues, "NAME=TYPE:VALUE",
+         "an entry of the driver property bag, repeatable")
+        ->excludes(noDriverProperties);
+    list("--provider", raw.provider, "KEY=VALUE|system",
+         "a switch of the simulated print ticket provider, repeatable; or the system's own provider");
+    list("--pipeline", host.pipelineSwitches, "KEY=VALUE",
+         "a switch of the pipeline, repeatable: fail=CALL[(ARGUMENT)][@N[+]]=CODE, short-reads=N,\n"
+         "short-writes=N, end-flag=with-data|alone, missing-ticket=failure|null,\n"
+         "after-cancel=fail|end|continue, cancel=waits|concurrent, reader=xps|unknown|null,\n"
+         "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
+         "apartment=none|single, last-release=caller|other-thread");
     option("--json", raw.json, "FILE", "a report for programs, one object an INPUT");
     auto* quiet = run.add_flag("--quiet", raw.settings.quiet, "print problems only");
     run.add_flag("--verbose", raw.settings.verbose, "print what is worth knowing about the system, too")
@@ -131,13 +161,66 @@ Job MakeJob(const RawRun& raw, const std::string& input) {
     return job;
 }
 
+// Has `use` take each of the texts; one that it refuses is wrong usage of the option.
+void CheckEach(const char* option, const std::vector<std::string>& texts,
+               const std::function<void(const std::string&)>& use) {
+    try {
+        for (const std::string& text : texts) use(text);
+    } catch (const pipeline::SwitchError& error) {
+        throw UsageError(std::string(option) + ": " + error.what());
+    }
+}
+
 void CheckPipeline(const HostSettings& settings) {
     pipeline::RunOptions options;
-    try {
-        for (const std::string& text : settings.pipelineSwitches) pipeline::ApplySwitch(options, text);
-    } catch (const pipeline::SwitchError& error) {
-        throw UsageError(std::string("--pipeline: ") + error.what());
+    const auto parse = [](const std::string& text) { static_cast<void>(pipeline::ParseProperty(text)); };
+    CheckEach("--pipeline", settings.pipelineSwitches,
+              [&options](const std::string& text) { pipeline::ApplySwitch(options, text); });
+    CheckEach("--property", settings.properties, parse);
+    CheckEach("--driver-property", settings.driverValues, parse);
+}
+
+pipeline::DataKind KindOf(const char* option, const std::string& text) {
+    if (text == "xps") return pipeline::DataKind::Xps;
+    if (text == "stream") return pipeline::DataKind::Stream;
+    throw UsageError(std::string(option) + ": \"" + text + "\" is neither xps nor stream");
+}
+
+// The filters of the driver's pipeline configuration.
+std::vector<FilterSettings> ReadFilters(const Path& config) try {
+    std::vector<FilterSettings> filters;
+    const std::string markup = ReadFile(config, "--pipeline-config");
+    for (const pipeline::ConfiguredFilter& each :
+         pipeline::ReadPipelineConfig(markup, common::PathText(config))) {
+        filters.push_back(
+            {each.name, config.parent_path() / PathOf(each.dll), each.clsid, each.input, each.output});
     }
+    return filters;
+} catch (const common::Error& error) {
+    throw UsageError(std::string("--pipeline-config: ") + error.what());
+}
+
+// The filters that the command line names one by one.
+std::vector<FilterSettings> TakeFilters(const RawRun& raw) {
+    std::vector<FilterSettings> filters;
+    for (const std::string& text : raw.filters) filters.push_back({{}, Absolute(text)});
+    if (filters.empty()) filters.push_back({{}, ProgramFolder() / "pagevalidatefilter.dll"});
+    const auto checkCount = [&](const char* option, std::size_t count) {
+        if (count == filters.size() || count == 0) return;
+        throw UsageError(std::string(option) + ": " + std::to_string(count) + " for " +
+                         common::Counted(filters.size(), "filter"));
+    };
+    checkCount("--clsid", raw.classes.size());
+    checkCount("--input", raw.inputKinds.size());
+    checkCount("--output", raw.outputKinds.size());
+    for (std::size_t i = 0; i < filters.size(); ++i) {
+        FilterSettings& filter = filters[i];
+        filter.name = std::to_string(i + 1) + " (" + common::PathText(filter.dll.filename()) + ")";
+        if (!raw.classes.empty()) filter.clsid = ClassOf(raw.classes[i]);
+        if (!raw.inputKinds.empty()) filter.input = KindOf("--input", raw.inputKinds[i]);
+        if (!raw.outputKinds.empty()) filter.output = KindOf("--output", raw.outputKinds[i]);
+    }
+    return filters;
 }
 
 void CheckOutputs(const RawRun& raw) {
@@ -163,8 +246,8 @@ RunSettings TakeRun(RawRun raw) {
     RunSettings settings = std::move(raw.settings);
     HostSettings& host = settings.host;
     for (const std::string& input : raw.inputs) settings.jobs.push_back(MakeJob(raw, input));
-    host.filter = raw.filter ? Absolute(*raw.filter) : ProgramFolder() / "pagevalidatefilter.dll";
-    if (raw.filterClass) host.filterClass = ClassOf(*raw.filterClass);
+    host.pipelineConfig = Absolute(raw.pipelineConfig);
+    host.filters = host.pipelineConfig ? ReadFilters(*host.pipelineConfig) : TakeFilters(raw);
     host.userTicket = Absolute(raw.userTicket);
     host.driverProperties = !raw.noDriverProperties;
     settings.outputFolder = Absolute(raw.outputFolder);

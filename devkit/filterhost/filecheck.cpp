@@ -59,7 +59,8 @@ class Files {
 void CheckFiles(const RunSettings& settings) {
     Files files;
     for (const Job& job : settings.jobs) files.Read(job.input, "the input");
-    files.Read(settings.host.filter, "the filter");
+    for (const FilterSettings& filter : settings.host.filters) files.Read(filter.dll, "the filter");
+    if (settings.host.pipelineConfig) files.Read(*settings.host.pipelineConfig, "the pipeline configuration");
     if (settings.host.userTicket) files.Read(*settings.host.userTicket, "the user's ticket");
     for (const auto& entry : std::filesystem::directory_iterator(FindDeviceFolder(settings.host.device))) {
         files.Read(entry.path(), "the device model's");

@@ -28,26 +28,38 @@ std::size_t CountPages(const package::XpsTree& tree) {
     return pages;
 }
 
-// Tells what the pipeline sees. A part is looked at when it is sent, so that what a filter does later cannot
-// undo it.
+// Tells what the pipeline sees of a filter. Of a chain what comes in is what the first filter gets, and what
+// comes out what the last one sends; the rest is told with the filter's name. A part is looked at when it is
+// sent, so that what a filter does later cannot undo it.
 class Teller final : public pipeline::RunObserver {
   public:
-    explicit Teller(EventSink sink) : m_sink(std::move(sink)) {}
+    // `name` is the filter's in a chain of several, and empty without.
+    Teller(EventSink sink, const std::string& name, bool isFirst, bool isLast)
+        : m_sink(std::move(sink)),
+          m_of(name.empty() ? "" : " of " + name),
+          m_by(name.empty() ? "" : name + ": "),
+          m_isFirst(isFirst),
+          m_isLast(isLast) {}
 
-    void CallBegins(const char* call) override { m_sink(events::CallBegun{call}); }
-    void CallEnds(const char* call) override { m_sink(events::CallEnded{call}); }
-    void PartAsked(unsigned number) override { m_sink(events::PartAsked{number}); }
-    void PartGiven(const std::string& part) override { m_sink(events::PartGiven{part}); }
+    void CallBegins(const char* call) override { m_sink(events::CallBegun{call + m_of}); }
+    void CallEnds(const char* call) override { m_sink(events::CallEnded{call + m_of}); }
+    void PartAsked(unsigned number) override {
+        if (m_isFirst) m_sink(events::PartAsked{number});
+    }
+    void PartGiven(const std::string& part) override {
+        if (m_isFirst) m_sink(events::PartGiven{part});
+    }
     void PartSent(const pipeline::SentPart& part) override {
+        if (!m_isLast) return;
         try {
             m_sink(events::PartSent{LookAtPart(part)});
         } catch (const common::Error& error) {
             m_sink(events::InputFailed{error.what()});
         }
     }
-    void Breached(const std::string& text) override { m_sink(events::Breached{text}); }
-    void Found(const std::string& text) override { m_sink(events::Found{text}); }
-    void InputFailed(const std::string& text) override { m_sink(events::InputFailed{text}); }
+    void Breached(const std::string& text) override { m_sink(events::Breached{m_by + text}); }
+    void Found(const std::string& text) override { m_sink(events::Found{m_by + text}); }
+    void InputFailed(const std::string& text) override { m_sink(events::InputFailed{m_by + text}); }
     void Called() override {
         // Once a second is often enough for whoever watches.
         const Clock::rep now = Clock::now().time_since_epoch().count();
@@ -61,6 +73,10 @@ class Teller final : public pipeline::RunObserver {
     using Clock = std::chrono::steady_clock;
 
     const EventSink m_sink;
+    const std::string m_of;
+    const std::string m_by;
+    const bool m_isFirst;
+    const bool m_isLast;
     std::atomic<Clock::rep> m_next = 0;
 };
 
@@ -74,28 +90,76 @@ bool HeapsAreWhole() {
     return true;
 }
 
-void WriteOutput(XpsDocument& document, const RunOutcome& outcome, const Job& job,
-                 const EventSink& sink) try {
-    pipeline::ApplySentParts(document, outcome.parts);
-    document.Save(*job.output);
+void WriteOutput(XpsDocument& document, const RunOutcome& last, const Job& job, const EventSink& sink) try {
+    if (last.bytes != nullptr) {
+        common::OutputFile file(*job.output);
+        file.WriteAt(0, last.bytes->data(), last.bytes->size());
+        file.Commit();
+    } else {
+        pipeline::ApplySentParts(document, last.parts);
+        document.Save(*job.output);
+    }
     sink(events::OutputWritten{job.outputName});
 } catch (const common::Error& error) {
     sink(events::Failed{std::string("the output cannot be written: ") + error.what(), WrongUsage});
 }
 
+bool HasFailed(const RunOutcome& outcome) {
+    return FAILED(outcome.result) || outcome.IsAbandoned() ||
+           std::ranges::any_of(outcome.shutdownCodes, [](HRESULT hr) { return FAILED(hr); });
+}
+
+// The one whose failure brought the others down, the first that failed where all were cancelled, or the last.
+const RunOutcome& DecidingOne(const std::vector<RunOutcome>& outcomes) {
+    const auto isCause = [](const RunOutcome& outcome) { return HasFailed(outcome) && !outcome.cancelled; };
+    const auto cause = std::ranges::find_if(outcomes, isCause);
+    if (cause != outcomes.end()) return *cause;
+    const auto failed = std::ranges::find_if(outcomes, HasFailed);
+    return failed != outcomes.end() ? *failed : outcomes.back();
+}
+
+RunEnd EndOf(const std::vector<RunOutcome>& outcomes) {
+    const auto isAny = [&outcomes](auto flag) { return std::ranges::any_of(outcomes, flag); };
+    const RunOutcome& deciding = DecidingOne(outcomes);
+    RunEnd end;
+    if (outcomes.size() > 1) end.filter = deciding.filter;
+    end.initialized = deciding.initialized;
+    end.result = deciding.result;
+    end.shutdownCodes = deciding.shutdownCodes;
+    end.hung = isAny(&RunOutcome::hung);
+    end.threadEnded = isAny(&RunOutcome::threadEnded);
+    end.cancelled = deciding.cancelled;
+    end.whole = std::ranges::all_of(outcomes, &RunOutcome::IsWhole);
+    if (outcomes.back().output == pipeline::DataKind::Stream && outcomes.back().bytes != nullptr)
+        end.bytes = outcomes.back().bytes->size();
+    return end;
+}
+
+// What every filter of the chain leaves over.
+std::vector<std::string> InEach(const std::vector<RunOutcome>& outcomes,
+                                std::vector<std::string> RunOutcome::*list) {
+    std::vector<std::string> common = outcomes.front().*list;
+    std::erase_if(common, [&](const std::string& text) {
+        return std::ranges::any_of(outcomes, [&](const RunOutcome& outcome) {
+            return std::ranges::find(outcome.*list, text) == (outcome.*list).end();
+        });
+    });
+    return common;
+}
+
 // What was asked for and did not come to pass makes the run worthless as a test.
-void TellIdle(const HostSettings& settings, const RunOutcome& outcome,
+void TellIdle(const HostSettings& settings, const std::vector<RunOutcome>& outcomes,
               const std::optional<prntvpt::ProviderReport>& report, const EventSink& sink) {
-    if (settings.cancelAt > outcome.asked) {
+    const unsigned asked = outcomes.front().asked;
+    if (settings.cancelAt > asked) {
         sink(events::Failed{"--cancel-at " + std::to_string(settings.cancelAt) +
-                                " never struck: the filter asked for " + std::to_string(outcome.asked) +
-                                " parts",
+                                " never struck: the filter asked for " + std::to_string(asked) + " parts",
                             WrongUsage});
     }
-    for (const std::string& fault : outcome.unstruckFaults) {
+    for (const std::string& fault : InEach(outcomes, &RunOutcome::unstruckFaults)) {
         sink(events::Failed{"--pipeline fail=" + fault + " never struck", WrongUsage});
     }
-    for (const std::string& text : outcome.unusedSwitches) {
+    for (const std::string& text : InEach(outcomes, &RunOutcome::unusedSwitches)) {
         sink(events::Failed{"--pipeline " + text + " never struck", WrongUsage});
     }
     if (!report) return;
@@ -112,11 +176,16 @@ std::unique_ptr<msxml::DomRegistration> FillDomGap(const EventSink& sink) {
     return registration;
 }
 
-std::shared_ptr<pipeline::FilterSource> LoadFilter(const HostSettings& settings, const EventSink& sink) {
-    sink(events::CallBegun{"the loading of " + common::PathText(settings.filter.filename())});
-    auto filter = std::make_shared<pipeline::FilterModule>(settings.filter, settings.filterClass);
-    sink(events::CallEnded{"the loading of " + common::PathText(settings.filter.filename())});
-    return filter;
+std::vector<std::shared_ptr<pipeline::FilterSource>> LoadFilters(const HostSettings& settings,
+                                                                 const EventSink& sink) {
+    std::vector<std::shared_ptr<pipeline::FilterSource>> filters;
+    for (const FilterSettings& each : settings.filters) {
+        const std::string call = "the loading of " + common::PathText(each.dll.filename());
+        sink(events::CallBegun{call});
+        filters.push_back(std::make_shared<pipeline::FilterModule>(each.dll, each.clsid));
+        sink(events::CallEnded{call});
+    }
+    return filters;
 }
 
 }  // namespace
@@ -136,7 +205,7 @@ std::string ReadUserTicket(const Path& path) {
 HostedRun::HostedRun(const HostSettings& settings, const EventSink& sink)
     : m_settings(settings),
       m_provider(settings),
-      m_filter(LoadFilter(settings, sink)),
+      m_filters(LoadFilters(settings, sink)),
       m_printer(platform::ToUtf16(m_provider.PrinterName())),
       m_userTicket(std::make_shared<const std::string>(
           settings.userTicket ? ReadUserTicket(*settings.userTicket) : m_provider.DefaultTicket())),
@@ -169,36 +238,57 @@ bool HostedRun::Run(const Job& job, const EventSink& sink) {
 bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Job& job,
                           const EventSink& sink) {
     pipeline::RunOptions options = MakeOptions();
-    options.observer = std::make_shared<Teller>(sink);
     const HANDLE token = options.properties.userToken->Get();
+    const bool isStream = m_settings.filters.front().input == pipeline::DataKind::Stream;
+    pipeline::ChainInput input{
+        pipeline::MakeJobInput(document),
+        isStream ? std::make_shared<const std::string>(ReadFile(job.input, "INPUT")) : nullptr};
     const auto run =
-        std::make_shared<pipeline::FilterRun>(m_filter, pipeline::MakeJobInput(document), std::move(options));
+        std::make_shared<pipeline::FilterRun>(MakeChain(sink), std::move(input), std::move(options));
     {
         const std::lock_guard guard(m_lock);
         m_run = run;
         if (m_cancelled) run->Cancel();
     }
+    // In a chain it is not known which filter calls, nor what that one has in hand.
+    const bool isAlone = m_filters.size() == 1;
     m_provider.BeginRun(token, CountPages(*document),
-                        [run = std::weak_ptr(run), sink](const prntvpt::ProviderCall& call) {
-                            const auto alive = run.lock();
+                        [run = std::weak_ptr(run), sink, isAlone](const prntvpt::ProviderCall& call) {
+                            const auto alive = isAlone ? run.lock() : nullptr;
                             sink(events::ProviderCalled{{call, alive ? alive->LastPart() : std::string()}});
                         });
-    const RunOutcome outcome = run->Run();
-    std::optional<prntvpt::ProviderReport> report = m_provider.EndRun(outcome.IsAbandoned());
+    const std::vector<RunOutcome> outcomes = run->RunChain();
+    const bool isAbandoned = std::ranges::any_of(outcomes, &RunOutcome::IsAbandoned);
+    std::optional<prntvpt::ProviderReport> report = m_provider.EndRun(isAbandoned);
     if (report) {
         report->calls.clear();
         sink(events::ProviderEnded{*report});
     }
-    sink(events::RunEnded{{outcome.initialized, outcome.result, outcome.shutdownCodes, outcome.hung,
-                           outcome.threadEnded, outcome.cancelled, outcome.IsWhole()}});
+    const RunEnd end = EndOf(outcomes);
+    sink(events::RunEnded{end});
     if (!HeapsAreWhole()) {
         sink(events::Crashed{{0, "the filter damaged the heap of the process"}});
         return false;
     }
-    if (outcome.IsAbandoned()) return false;
-    TellIdle(m_settings, outcome, report, sink);
-    if (outcome.IsWhole() && job.output) WriteOutput(*document, outcome, job, sink);
+    if (isAbandoned) return false;
+    for (const RunOutcome& outcome : outcomes) {
+        for (const std::string& what : outcome.missing)
+            sink(events::Missed{what + (isAlone ? "" : " (" + outcome.filter + ")")});
+    }
+    TellIdle(m_settings, outcomes, report, sink);
+    if (end.whole && job.output) WriteOutput(*document, outcomes.back(), job, sink);
     return true;
+}
+
+std::vector<pipeline::ChainedFilter> HostedRun::MakeChain(const EventSink& sink) const {
+    std::vector<pipeline::ChainedFilter> chain;
+    for (std::size_t i = 0; i < m_filters.size(); ++i) {
+        const FilterSettings& each = m_settings.filters[i];
+        const std::string name = m_filters.size() > 1 ? each.name : std::string();
+        chain.push_back({each.name, m_filters[i], each.input, each.output,
+                         std::make_shared<Teller>(sink, name, i == 0, i + 1 == m_filters.size())});
+    }
+    return chain;
 }
 
 pipeline::RunOptions HostedRun::MakeOptions() const {
@@ -212,6 +302,14 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
         properties.driverValues.emplace();
         properties.driverValues->emplace(L"KoraNsPrefix", platform::ToUtf16(m_settings.nsPrefix));
         if (m_settings.teskType) properties.driverValues->emplace(L"KoraTeskType", *m_settings.teskType);
+        for (const std::string& text : m_settings.driverValues) {
+            auto [name, value] = pipeline::ParseProperty(text);
+            properties.driverValues->insert_or_assign(std::move(name), std::move(value));
+        }
+    }
+    for (const std::string& text : m_settings.properties) {
+        auto [name, value] = pipeline::ParseProperty(text);
+        properties.more.insert_or_assign(std::move(name), std::move(value));
     }
     options.cancelAt = m_settings.cancelAt;
     for (const std::string& text : m_settings.pipelineSwitches) pipeline::ApplySwitch(options, text);

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "devkit/filterhost/runevent.h"
 #include "devkit/filterhost/settings.h"
@@ -34,10 +35,11 @@ class HostedRun {
     [[nodiscard]] bool RunFilter(const std::shared_ptr<package::XpsDocument>& document, const Job& job,
                                  const EventSink& sink);
     [[nodiscard]] pipeline::RunOptions MakeOptions() const;
+    [[nodiscard]] std::vector<pipeline::ChainedFilter> MakeChain(const EventSink& sink) const;
 
     const HostSettings& m_settings;
     TicketProvider m_provider;
-    std::shared_ptr<pipeline::FilterSource> m_filter;
+    std::vector<std::shared_ptr<pipeline::FilterSource>> m_filters;
     const PrinterHandle m_printer;
     pipeline::Bytes m_userTicket;
     std::unique_ptr<msxml::DomRegistration> m_dom;

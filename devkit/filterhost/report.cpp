@@ -67,6 +67,7 @@ std::string WriteResult(const RunResult& result) {
     json["breaches"] = result.breaches;
     json["parts"] = WriteParts(result);
     json["findings"] = result.findings;
+    json["missing"] = result.missing;
     json["error"] = ErrorOf(result);
     json["crash"] = result.crash ? Json(TextOf(*result.crash)) : Json();
     return json.dump(2, ' ', false, Json::error_handler_t::replace);

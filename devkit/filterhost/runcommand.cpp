@@ -27,8 +27,10 @@ using Path = std::filesystem::path;
 void CheckSettings(const RunSettings& settings) {
     const HostSettings& host = settings.host;
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(host.filter, ignored)) {
-        throw UsageError("--filter: there is no " + common::PathText(host.filter));
+    for (const FilterSettings& filter : host.filters) {
+        if (std::filesystem::is_regular_file(filter.dll, ignored)) continue;
+        throw UsageError(std::string(host.pipelineConfig ? "--pipeline-config" : "--filter") +
+                         ": there is no " + common::PathText(filter.dll));
     }
     CheckProvider(host);
     if (host.userTicket) static_cast<void>(ReadUserTicket(*host.userTicket));

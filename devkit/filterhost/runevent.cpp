@@ -25,8 +25,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PageSize, width, height)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PageFacts, before, after, bytesBefore, bytesAfter, rewritten, turned,
                                    ticketReplaced, newTicket, malformed)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartFacts, kind, name, ticketBefore, ticketAfter, page)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnd, initialized, result, shutdownCodes, hung, threadEnded, cancelled,
-                                   whole)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnd, filter, initialized, result, shutdownCodes, hung, threadEnded,
+                                   cancelled, whole, bytes)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Crash, code, text, type, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(MadeCall, call, part)
 
@@ -42,6 +42,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderCalled, made)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Breached, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InputFailed, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Found, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Missed, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Noted, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnded, end)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderEnded, report)
@@ -99,6 +100,7 @@ struct Applier {
     void operator()(const events::Breached& event) const { result.breaches.push_back(event.text); }
     void operator()(const events::InputFailed& event) const { result.inputFailures.push_back(event.text); }
     void operator()(const events::Found& event) const { result.findings.push_back(event.text); }
+    void operator()(const events::Missed& event) const { result.missing.push_back(event.what); }
     void operator()(const events::Noted&) const {}
     void operator()(const events::Alive&) const {}
     void operator()(const events::RunEnded& event) const { result.end = event.end; }
@@ -161,7 +163,7 @@ ExitStatus StatusOf(const RunResult& result) {
     if (!result.end) return result.status;
     const bool shutdown = std::any_of(result.end->shutdownCodes.begin(), result.end->shutdownCodes.end(),
                                       [](HRESULT hr) { return FAILED(hr); });
-    return FAILED(result.end->result) || shutdown ? FilterFailed : Done;
+    return FAILED(result.end->result) || shutdown || result.end->threadEnded ? FilterFailed : Done;
 }
 
 }  // namespace

@@ -49,6 +49,10 @@ struct InputFailed {
 struct Found {
     std::string text;
 };
+// The filter asked for something that the job does not have ("property X").
+struct Missed {
+    std::string what;
+};
 // For a user who wants to know everything.
 struct Noted {
     std::string text;
@@ -83,11 +87,11 @@ struct Finished {};
 
 }  // namespace events
 
-using Event =
-    std::variant<events::Opened, events::CallBegun, events::CallEnded, events::PartAsked, events::PartGiven,
-                 events::PartSent, events::ProviderCalled, events::Breached, events::InputFailed,
-                 events::Found, events::Noted, events::Alive, events::RunEnded, events::ProviderEnded,
-                 events::OutputWritten, events::Failed, events::Refused, events::Crashed, events::Finished>;
+using Event = std::variant<events::Opened, events::CallBegun, events::CallEnded, events::PartAsked,
+                           events::PartGiven, events::PartSent, events::ProviderCalled, events::Breached,
+                           events::InputFailed, events::Found, events::Missed, events::Noted, events::Alive,
+                           events::RunEnded, events::ProviderEnded, events::OutputWritten, events::Failed,
+                           events::Refused, events::Crashed, events::Finished>;
 
 // Takes the events of a run, on whatever thread they happen, several at a time.
 using EventSink = std::function<void(const Event&)>;

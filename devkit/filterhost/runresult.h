@@ -16,15 +16,17 @@
 
 namespace devkit::filterhost {
 
-// How the filter's work ended, as the pipeline saw it.
+// How the filter's work ended, as the pipeline saw it; of a chain that of the filter that decided it.
 struct RunEnd {
+    std::string filter;                  // its name in a chain
     HRESULT initialized = E_PENDING;     // InitializeFilter
     HRESULT result = E_PENDING;          // StartOperation, or what stopped the run before it
     std::vector<HRESULT> shutdownCodes;  // RequestShutdown, in order
     bool hung = false;         // StartOperation or ShutdownOperation did not come back after a cancellation
     bool threadEnded = false;  // the filter ended the thread of StartOperation
     bool cancelled = false;
-    bool whole = false;  // the whole document came through
+    bool whole = false;                // the whole document came through
+    std::optional<std::size_t> bytes;  // that came out, of a filter that writes a stream
 };
 
 // How the process of a filter came to its end in the middle.
@@ -62,6 +64,7 @@ struct RunResult {
     std::vector<std::string> breaches;       // of the pipeline's rules, then of the ticket provider's
     std::vector<std::string> inputFailures;  // parts of the input that cannot be read
     std::vector<std::string> findings;       // what is odd about the input or the pages, but breaks no rule
+    std::vector<std::string> missing;        // what the filter asked for and the job does not have
     std::vector<MadeCall> providerCalls;
     std::optional<prntvpt::ProviderReport> provider;  // set when the run ended; without the calls
     std::optional<RunEnd> end;  // unset when the filter was not run, or ended the process

@@ -30,9 +30,10 @@ struct nlohmann::adl_serializer<GUID> {
 
 namespace devkit::filterhost {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostSettings, filter, filterClass, device, printer, userTicket, nsPrefix,
-                                   teskType, driverProperties, providerSwitches, systemProvider,
-                                   pipelineSwitches, cancelAt)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterSettings, name, dll, clsid, input, output)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostSettings, filters, pipelineConfig, device, printer, userTicket,
+                                   nsPrefix, teskType, driverProperties, providerSwitches, systemProvider,
+                                   pipelineSwitches, properties, driverValues, cancelAt)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Job, input, inputName, output, outputName)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, host, job)
 

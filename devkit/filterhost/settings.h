@@ -9,16 +9,27 @@
 #include <string_view>
 #include <vector>
 
+#include "devkit/pipeline/filterstage.h"
+
 namespace devkit::filterhost {
 
 // {8A9F4692-E8BA-4533-B859-E56B1EA16586}, the page-validation filter.
 inline constexpr CLSID kDefaultFilterClass = {
     0x8a9f4692, 0xe8ba, 0x4533, {0xb8, 0x59, 0xe5, 0x6b, 0x1e, 0xa1, 0x65, 0x86}};
 
+// A filter in its place in the chain.
+struct FilterSettings {
+    std::string name;  // in what is told of a chain
+    std::filesystem::path dll;
+    CLSID clsid = kDefaultFilterClass;
+    pipeline::DataKind input = pipeline::DataKind::Xps;
+    pipeline::DataKind output = pipeline::DataKind::Xps;
+};
+
 // What every input of a run has in common. Texts are UTF-8, paths absolute.
 struct HostSettings {
-    std::filesystem::path filter;
-    CLSID filterClass = kDefaultFilterClass;
+    std::vector<FilterSettings> filters;                  // in the order of the pipeline, one at least
+    std::optional<std::filesystem::path> pipelineConfig;  // that they come from
     std::string device = "simprinter";
     std::optional<std::string> printer;
     std::optional<std::filesystem::path> userTicket;
@@ -28,6 +39,8 @@ struct HostSettings {
     std::vector<std::string> providerSwitches;  // "KEY=VALUE"
     bool systemProvider = false;
     std::vector<std::string> pipelineSwitches;  // "KEY=VALUE" of pipeline::ApplySwitch
+    std::vector<std::string> properties;        // "NAME=TYPE:VALUE" of pipeline::ParseProperty
+    std::vector<std::string> driverValues;      // the same, of the driver property bag
     unsigned cancelAt = 0;
 };
 

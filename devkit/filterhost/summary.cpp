@@ -59,6 +59,8 @@ std::string RunLine(const RunResult& result) {
     if (!result.end && !result.crash) return line + ": not run\n";
     const auto pages = std::count_if(result.parts.begin(), result.parts.end(),
                                      [](const PartFacts& part) { return part.kind == "FixedPage"; });
+    if (result.end && result.end->bytes)
+        return line + ": " + Counted(*result.end->bytes, "byte") + ", " + StateOf(result) + "\n";
     return line + ": " + Counted(result.parts.size(), "part") + ", " +
            Counted(static_cast<std::size_t>(pages), "page") + ", " + StateOf(result) + "\n";
 }
@@ -109,6 +111,8 @@ std::vector<std::string> Without(std::vector<std::string> names, const std::vect
 // What a filter that came to its end did with the parts, unless it passed on all of them in their order.
 std::string PartsLine(const RunResult& result) {
     if (!result.end || result.crash || FAILED(result.end->result) || result.end->cancelled) return {};
+    // A filter of streams has no parts.
+    if (result.given.empty() || result.end->bytes) return {};
     std::vector<std::string> given = result.given;
     std::erase(given, kEndOfParts);
     std::vector<std::string> sent;
@@ -125,17 +129,22 @@ std::string PartsLine(const RunResult& result) {
     return line + "\n";
 }
 
+// The calls that had not come back: those of several filters, or StartOperation and ShutdownOperation.
 std::string Where(const RunResult& result) {
-    std::string text = result.underWay.empty() ? "" : ", in " + result.underWay.back();
+    std::string text;
+    for (const std::string& call : result.underWay) text += (text.empty() ? ", in " : " and ") + call;
     return text + (result.given.empty() ? ", before any part" : ", at " + result.given.back());
 }
 
 std::string FailureLine(const RunResult& result) {
     const RunEnd& end = *result.end;
-    if (end.threadEnded) return "the filter ended its thread" + Where(result);
+    const std::string who = end.filter.empty() ? "the filter" : end.filter;
+    if (end.threadEnded) return who + " ended its thread" + Where(result);
     std::string line =
-        FAILED(end.initialized) ? "InitializeFilter of the filter failed with " : "the filter failed with ";
+        FAILED(end.initialized) ? "InitializeFilter of " + who + " failed with " : who + " failed with ";
     line += Describe(end.result);
+    // Of a chain it is known what the first filter had in hand, which need not be the one.
+    if (!end.filter.empty()) return line;
     return result.given.empty() ? line + ", before any part" : line + ", at " + result.given.back();
 }
 
@@ -144,6 +153,7 @@ std::string FailureLine(const RunResult& result) {
 std::string WriteSummary(const RunResult& result) {
     std::string text = RunLine(result) + PageLines(result) + PartsLine(result);
     if (result.provider) text += ProviderLine(result);
+    if (!result.missing.empty()) text += "  asked for, but not there: " + Some(result.missing) + "\n";
     for (const std::string& finding : result.findings) text += "  finding: " + finding + "\n";
     return text;
 }
@@ -154,8 +164,9 @@ std::vector<std::string> WriteProblems(const RunResult& result) {
     for (const std::string& error : result.errors) add(error);
     for (const std::string& failure : result.inputFailures) add(failure);
     if (result.crash) add(TextOf(*result.crash) + Where(result));
-    if (result.end && FAILED(result.end->result) && !result.end->hung) add(FailureLine(result));
-    if (result.end && SUCCEEDED(result.end->result)) {
+    const bool hasFailed = result.end && (FAILED(result.end->result) || result.end->threadEnded);
+    if (hasFailed && !result.end->hung) add(FailureLine(result));
+    if (result.end && !hasFailed && SUCCEEDED(result.end->result)) {
         for (const HRESULT code : result.end->shutdownCodes) {
             if (FAILED(code)) add("the filter succeeded, but called RequestShutdown with " + Describe(code));
         }

@@ -18,7 +18,7 @@ class FileCheck : public testing::Test {
     void SetUp() override {
         m_folder = FreshFolder("filecheck");
         for (const char* const name : {"a.xps", "b.xps", "filter.dll", "user.xml"}) Make(name);
-        m_settings.host.filter = m_folder / "filter.dll";
+        m_settings.host.filters = {{"", m_folder / "filter.dll"}};
         m_settings.host.userTicket = m_folder / "user.xml";
         AddJob("a.xps", "out-a.xps");
         AddJob("b.xps", "out-b.xps");
