@@ -16,7 +16,7 @@ def main(build, folders, *options):
     with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
         files = {os.path.normpath(entry["file"]) for entry in json.load(file)}
     starts = tuple(os.path.join(ROOT, folder) + os.sep for folder in folders.split(","))
-    files = sorted(name for name in files if name.startswith(starts))
+    files = sorted(name for name in files if name.startswith(starts) and name.endswith(".cpp"))
 
     def look_at(name):
         # The compiler's own warnings are another check's business.

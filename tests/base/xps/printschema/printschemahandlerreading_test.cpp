@@ -155,6 +155,14 @@ TEST_P(SchemaReadingTest, GetAttributeTellsAnEmptyOneFromNone) {
     EXPECT_EQ(handler.GetAttribute(pFeature.Get(), L"name", nullptr), E_POINTER);
 }
 
+TEST_P(SchemaReadingTest, GetAttributeWithoutANodeLeavesNoText) {
+    const PrintTicketHandler& handler = Open(L"");
+    wchar_t old[] = L"old";
+    BSTR text = old;
+    EXPECT_EQ(E_POINTER, handler.GetAttribute(nullptr, L"name", &text));
+    EXPECT_EQ(nullptr, text);
+}
+
 TEST_P(SchemaReadingTest, GetValueReadsALiteralValue) {
     const PrintTicketHandler& handler = Open(
         L"<psf:Property name=\"psk:P\"><psf:Value>first</psf:Value><psf:Value>second</psf:Value>"

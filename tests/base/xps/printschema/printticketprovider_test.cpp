@@ -943,6 +943,17 @@ TEST_F(PrintTicketProviderTest, PagesUnderATicketThatWasHandedOutAndChangedFollo
     EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
 }
 
+TEST_F(PrintTicketProviderTest, TicketsUnderABaseThatWasHandedOutAndChangedFollowIt) {
+    OpenScopes();
+    ASSERT_EQ(S_OK, SetJob(NoTicket));
+    Dom base;
+    ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    ASSERT_EQ(S_OK, base->loadXML(Bstr(PageDelta).Get(), &isLoaded));
+    ASSERT_EQ(S_OK, SetJob(NoTicket));
+    EXPECT_EQ(PageDelta, TextAt(kPTJobScope));
+}
+
 TEST_F(PrintTicketProviderTest, APageLikeTheOneBeforeIsValidatedAndKeepsItsTicket) {
     OpenScopes();
     ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
