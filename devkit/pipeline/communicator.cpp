@@ -7,7 +7,7 @@
 namespace devkit::pipeline {
 
 Communicator::Communicator(ContextPtr context, StreamEnd reader, StreamEnd writer)
-    : ComIdentity(std::move(context), "Communicator"),
+    : ComObject(std::move(context), "Communicator"),
       m_reader(std::move(reader)),
       m_writer(std::move(writer)) {}
 

@@ -57,7 +57,7 @@ std::string NameOfForeign(IUnknown* pObject) {
 }  // namespace
 
 DocumentConsumer::DocumentConsumer(ContextPtr context, std::shared_ptr<PartChannel> next)
-    : ComIdentity(std::move(context), "DocumentConsumer"), m_next(std::move(next)) {}
+    : ComObject(std::move(context), "DocumentConsumer"), m_next(std::move(next)) {}
 
 std::vector<SentPart> DocumentConsumer::Sent() const {
     const std::lock_guard guard(m_lock);
@@ -90,7 +90,7 @@ HRESULT DocumentConsumer::QueryInterface(REFIID iid, void** ppObject) {
         *ppObject = nullptr;
         return E_NOINTERFACE;
     }
-    return ComIdentity::QueryInterface(iid, ppObject);
+    return ComObject::QueryInterface(iid, ppObject);
 }
 
 HRESULT DocumentConsumer::SendXpsUnknown(IUnknown* pUnknown) {

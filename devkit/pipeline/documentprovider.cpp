@@ -14,7 +14,7 @@ using platform::ComPtr;
 
 DocumentProvider::DocumentProvider(ContextPtr context, std::shared_ptr<PartSource> source,
                                    std::vector<ExtraPart> extraParts, std::function<void(unsigned)> onAsked)
-    : ComIdentity(std::move(context), "DocumentProvider"),
+    : ComObject(std::move(context), "DocumentProvider"),
       m_source(std::move(source)),
       m_extraParts(std::move(extraParts)),
       m_onAsked(std::move(onAsked)) {}
@@ -30,7 +30,7 @@ HRESULT DocumentProvider::QueryInterface(REFIID iid, void** ppObject) {
         *ppObject = nullptr;
         return E_NOINTERFACE;
     }
-    return ComIdentity::QueryInterface(iid, ppObject);
+    return ComObject::QueryInterface(iid, ppObject);
 }
 
 HRESULT DocumentProvider::GetXpsPart(IUnknown** ppPart) {

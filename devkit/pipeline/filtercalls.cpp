@@ -9,6 +9,10 @@ bool IsMethod(std::string_view wanted, std::string_view method) {
     return wanted.empty() || wanted == method || method.ends_with("::" + std::string(wanted));
 }
 
+constexpr std::string_view kQuery = "IUnknown::QueryInterface";
+
+bool IsQuery(const Fault& fault) { return !fault.method.empty() && IsMethod(fault.method, kQuery); }
+
 std::string TextOf(const Fault& fault) {
     std::string text = fault.method;
     if (!fault.argument.empty()) text += "(" + fault.argument + ")";
@@ -19,13 +23,31 @@ std::string TextOf(const Fault& fault) {
 }  // namespace
 
 FilterCalls::FilterCalls(std::vector<Fault> faults, bool keepText) : m_keepText(keepText) {
-    for (Fault& fault : faults) m_faults.push_back({std::move(fault), 0});
+    for (Fault& fault : faults) {
+        m_hasPlannedQuery = m_hasPlannedQuery || IsQuery(fault);
+        m_faults.push_back({std::move(fault), 0});
+    }
 }
 
 HRESULT FilterCalls::Enter(std::string_view method, std::string_view argument) {
     const std::lock_guard guard(m_lock);
     Record(method, argument);
     return Strike(method, argument);
+}
+
+bool FilterCalls::HasPlannedQuery() const noexcept { return m_hasPlannedQuery; }
+
+HRESULT FilterCalls::EnterQuery(std::string_view object, std::string_view interfaceName) {
+    const std::string argument = std::string(object) + " " + std::string(interfaceName);
+    const std::lock_guard guard(m_lock);
+    HRESULT result = S_OK;
+    for (Planned& planned : m_faults) {
+        if (!IsQuery(planned.fault)) continue;
+        const HRESULT struck = planned.Meet(argument);
+        if (SUCCEEDED(result)) result = struck;
+    }
+    if (FAILED(result) && m_keepText) m_text.push_back(std::string(kQuery) + " " + argument);
+    return result;
 }
 
 void FilterCalls::Note(std::string_view method, std::string_view argument) {
@@ -46,14 +68,18 @@ void FilterCalls::Record(std::string_view method, std::string_view argument) {
 HRESULT FilterCalls::Strike(std::string_view method, std::string_view argument) {
     HRESULT result = S_OK;
     for (Planned& planned : m_faults) {
-        const Fault& fault = planned.fault;
-        if (!IsMethod(fault.method, method)) continue;
-        if (!fault.argument.empty() && fault.argument != argument) continue;
-        ++planned.seen;
-        const bool strikes = planned.seen == fault.nth || (fault.onwards && planned.seen > fault.nth);
-        if (strikes && SUCCEEDED(result)) result = fault.code;
+        if (!IsMethod(planned.fault.method, method)) continue;
+        const HRESULT struck = planned.Meet(argument);
+        if (SUCCEEDED(result)) result = struck;
     }
     return result;
+}
+
+HRESULT FilterCalls::Planned::Meet(std::string_view argument) {
+    if (!fault.argument.empty() && fault.argument != argument) return S_OK;
+    ++seen;
+    const bool strikes = seen == fault.nth || (fault.onwards && seen > fault.nth);
+    return strikes ? fault.code : S_OK;
 }
 
 unsigned FilterCalls::Count(std::string_view method) const {

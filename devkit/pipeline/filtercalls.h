@@ -30,6 +30,11 @@ class FilterCalls {
 
     // Notes one call; a failure is what the call must return without doing anything.
     [[nodiscard]] HRESULT Enter(std::string_view method, std::string_view argument = {});
+    // One query of an object for an interface, both told by their names. It does not count among the calls: a
+    // fault strikes it only when it names "IUnknown::QueryInterface", and only then it is kept as text.
+    [[nodiscard]] HRESULT EnterQuery(std::string_view object, std::string_view interfaceName);
+    // Whether any fault names it.
+    [[nodiscard]] bool HasPlannedQuery() const noexcept;
     // Notes one call of a method without a result.
     void Note(std::string_view method, std::string_view argument = {});
 
@@ -45,6 +50,9 @@ class FilterCalls {
     struct Planned {
         Fault fault;
         unsigned seen = 0;
+
+        // Counts a call of the method; the fault's code when it strikes.
+        HRESULT Meet(std::string_view argument);
     };
 
     void Record(std::string_view method, std::string_view argument);
@@ -53,6 +61,7 @@ class FilterCalls {
     mutable std::mutex m_lock;
     std::vector<Planned> m_faults;
     bool m_keepText;
+    bool m_hasPlannedQuery = false;
     std::map<std::string, unsigned, std::less<>> m_counts;
     unsigned m_total = 0;
     std::vector<std::string> m_text;

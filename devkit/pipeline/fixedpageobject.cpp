@@ -27,7 +27,7 @@ bool IsPagePart(PartKind kind) {
 }  // namespace
 
 PartIterator::PartIterator(ContextPtr context, const PartPtr& page)
-    : ComIdentity(std::move(context), "PartIterator " + page->Name()), m_parts(page->resources) {
+    : ComObject(std::move(context), "PartIterator " + page->Name()), m_parts(page->resources) {
     if (page->ticket != nullptr) m_parts.insert(m_parts.begin(), page->ticket);
 }
 

@@ -33,9 +33,14 @@ template <typename... Interfaces>
 class PartObject : public ComObject<Interfaces..., IKitPart> {
   public:
     PartObject(ContextPtr context, PartPtr part)
-        : platform::ComIdentity<LiveObject, Interfaces..., IKitPart>(std::move(context), part->Title()),
-          m_part(std::move(part)) {}
+        : ComObject<Interfaces..., IKitPart>(std::move(context), part->Title()), m_part(std::move(part)) {}
 
+    // Which part it shows is the kit's own question, and never refused.
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
+        using Shown = ComObject<Interfaces..., IKitPart>;
+        if (iid != __uuidof(IKitPart)) return Shown::QueryInterface(iid, ppObject);
+        return Shown::Identity::QueryInterface(iid, ppObject);
+    }
     const PartPtr& GetPart() const noexcept override { return m_part; }
 
   protected:

@@ -6,7 +6,7 @@
 
 namespace devkit::pipeline {
 
-PipelineControl::PipelineControl(ContextPtr context) : ComIdentity(std::move(context), "PipelineControl") {}
+PipelineControl::PipelineControl(ContextPtr context) : ComObject(std::move(context), "PipelineControl") {}
 
 std::vector<HRESULT> PipelineControl::ShutdownCodes() const {
     const std::lock_guard guard(m_lock);
@@ -43,7 +43,7 @@ HRESULT PipelineControl::FilterFinished() {
     });
 }
 
-ProgressReport::ProgressReport(ContextPtr context) : ComIdentity(std::move(context), "ProgressReport") {}
+ProgressReport::ProgressReport(ContextPtr context) : ComObject(std::move(context), "ProgressReport") {}
 
 ProgressCounts ProgressReport::Counts() const {
     const std::lock_guard guard(m_lock);
@@ -71,7 +71,7 @@ HRESULT ProgressReport::ReportProgress(EXpsJobConsumption consumption) {
 }
 
 PrintClassFactory::PrintClassFactory(ContextPtr context)
-    : ComIdentity(std::move(context), "PrintClassFactory") {}
+    : ComObject(std::move(context), "PrintClassFactory") {}
 
 HRESULT PrintClassFactory::GetPrintClassObject(const wchar_t*, REFIID iid, void** ppObject) {
     if (ppObject == nullptr) return E_POINTER;

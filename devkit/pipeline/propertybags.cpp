@@ -24,7 +24,7 @@ HRESULT CopyValue(const VARIANT& value, VARIANT& target) {
 
 }  // namespace
 
-PropertyBag::PropertyBag(ContextPtr context) : ComIdentity(std::move(context), "PropertyBag") {}
+PropertyBag::PropertyBag(ContextPtr context) : ComObject(std::move(context), "PropertyBag") {}
 
 void PropertyBag::Put(std::wstring_view name, const VARIANT& value) {
     const HRESULT hr = Store(name, value);
@@ -106,7 +106,7 @@ BOOL PropertyBag::DeleteProperty(const wchar_t* name) {
 }
 
 DriverBag::DriverBag(ContextPtr context, std::string name, DriverValues values)
-    : ComIdentity(std::move(context), name), m_name(std::move(name)), m_values(std::move(values)) {}
+    : ComObject(std::move(context), name), m_name(std::move(name)), m_values(std::move(values)) {}
 
 template <typename Value>
 HRESULT DriverBag::Find(const char* method, BSTR name, const Value** ppValue) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "devkit/common/boundary.h"
+#include "devkit/common/text.h"
 #include "devkit/pipeline/runobserver.h"
 
 namespace devkit::pipeline {
@@ -108,6 +110,11 @@ LiveObject::~LiveObject() {
     NameTheDead(this, std::move(m_description), [context = std::weak_ptr(m_context)](std::string text) {
         if (const auto alive = context.lock()) alive->Breach(std::move(text));
     });
+}
+
+HRESULT LiveObject::PlannedRefusal(REFIID iid) const noexcept {
+    if (!m_context->Calls().HasPlannedQuery() || iid == __uuidof(IUnknown)) return S_OK;
+    return common::Guarded([&] { return m_context->Calls().EnterQuery(m_description, common::TextOf(iid)); });
 }
 
 }  // namespace devkit::pipeline

@@ -132,6 +132,9 @@ class LiveObject : public common::CountedObject {
 
     [[nodiscard]] RunContext& Context() const noexcept { return *m_context; }
     [[nodiscard]] const ContextPtr& SharedContext() const noexcept { return m_context; }
+    // The failure that a test has planned for this query, S_OK when there is none. That an object is itself
+    // is never refused.
+    [[nodiscard]] HRESULT PlannedRefusal(REFIID iid) const noexcept;
 
   private:
     friend class RunContext;
@@ -141,9 +144,22 @@ class LiveObject : public common::CountedObject {
     unsigned m_serial = 0;
 };
 
-// The identity of a COM object of the pipeline.
+// The identity of a COM object of the pipeline. A test may have planned that it refuses one of its
+// interfaces.
 template <typename First, typename... Others>
-using ComObject = platform::ComIdentity<LiveObject, First, Others...>;
+class ComObject : public platform::ComIdentity<LiveObject, First, Others...> {
+  public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
+        const HRESULT planned = this->PlannedRefusal(iid);
+        if (SUCCEEDED(planned)) return Identity::QueryInterface(iid, ppObject);
+        if (ppObject != nullptr) *ppObject = nullptr;
+        return planned;
+    }
+
+  protected:
+    using Identity = platform::ComIdentity<LiveObject, First, Others...>;
+    using Identity::Identity;
+};
 
 using platform::MakeObject;
 

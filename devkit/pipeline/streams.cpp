@@ -37,7 +37,7 @@ ReadStream::ReadStream(ContextPtr context, const std::string& name, Bytes bytes)
     : ReadStream(std::move(context), name, MakeReadable(std::move(bytes))) {}
 
 ReadStream::ReadStream(ContextPtr context, const std::string& name, std::shared_ptr<ReadableBytes> bytes)
-    : ComIdentity(std::move(context), "ReadStream " + name), m_name(name), m_bytes(std::move(bytes)) {}
+    : ComObject(std::move(context), "ReadStream " + name), m_name(name), m_bytes(std::move(bytes)) {}
 
 HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) {
     if (pNewPosition != nullptr) *pNewPosition = 0;
@@ -83,7 +83,7 @@ HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOO
 }
 
 ReadStreamFactory::ReadStreamFactory(ContextPtr context, std::string name, Bytes bytes, Available available)
-    : ComIdentity(std::move(context), "ReadStreamFactory " + name),
+    : ComObject(std::move(context), "ReadStreamFactory " + name),
       m_name(std::move(name)),
       m_bytes(std::move(bytes)),
       m_available(available) {}
@@ -108,7 +108,7 @@ HRESULT ReadStreamFactory::GetStream(IPrintReadStream** ppStream) {
 void Writing::Close() { m_closed = std::make_shared<const std::string>(std::exchange(m_open, {})); }
 
 WriteStream::WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<WritableBytes> target)
-    : ComIdentity(std::move(context), "WriteStream " + name), m_name(name), m_target(std::move(target)) {}
+    : ComObject(std::move(context), "WriteStream " + name), m_name(name), m_target(std::move(target)) {}
 
 WriteStream::~WriteStream() {
     if (!m_target->IsClosed())

@@ -12,9 +12,7 @@ using Lines = std::vector<std::string>;
 // An object with two interfaces, so with two places that point to a table of methods.
 class TwoFaced final : public ComObject<IPrintPipelineManagerControl, IPrintPipelineFilter> {
   public:
-    explicit TwoFaced(ContextPtr context)
-        : platform::ComIdentity<LiveObject, IPrintPipelineManagerControl, IPrintPipelineFilter>(
-              std::move(context), "TwoFaced /x") {}
+    explicit TwoFaced(ContextPtr context) : ComObject(std::move(context), "TwoFaced /x") {}
     HRESULT STDMETHODCALLTYPE RequestShutdown(HRESULT, IImgErrorInfo*) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE FilterFinished() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE InitializeFilter(IInterFilterCommunicator*, IPrintPipelinePropertyBag*,

@@ -38,7 +38,7 @@ TEST(RunContext, ACancellationEndsAWait) {
 
 class Control final : public ComObject<IPrintPipelineManagerControl, IPrintWriteStreamFlush> {
   public:
-    explicit Control(ContextPtr context) : ComIdentity(std::move(context), "Control") {}
+    explicit Control(ContextPtr context) : ComObject(std::move(context), "Control") {}
     HRESULT STDMETHODCALLTYPE RequestShutdown(HRESULT, IImgErrorInfo*) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE FilterFinished() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE FlushData() override { return S_FALSE; }
@@ -61,6 +61,22 @@ TEST_F(ComObjectTest, IsCountedAmongTheLivingUntilTheLastRelease) {
     EXPECT_EQ(Lines{"Control, 2 references"}, Context()->LiveObjects());
     object.Reset();
     EXPECT_EQ(1U, Living());
+}
+
+TEST_F(ComObjectTest, RefusesAnInterfaceWhereThatIsPlannedAndNeverItsIdentity) {
+    Use(Failing("IUnknown::QueryInterface", E_ACCESSDENIED, {}, 2));
+    const ComPtr<Control> object = MakeObject<Control>(Context());
+    ComPtr<IPrintPipelineManagerControl> control;
+    EXPECT_EQ(S_OK, object.QueryTo(control));
+    ComPtr<IUnknown> identity;
+    EXPECT_EQ(S_OK, object.QueryTo(identity));
+    ComPtr<IPrintWriteStreamFlush> flush;
+    EXPECT_EQ(E_ACCESSDENIED, object.QueryTo(flush));
+    EXPECT_FALSE(flush);
+    EXPECT_EQ(S_OK, object.QueryTo(flush));
+    EXPECT_TRUE(flush);
+    EXPECT_EQ(0U, Context()->Calls().Count(""));
+    EXPECT_TRUE(Context()->Calls().UnstruckFaults().empty());
 }
 
 TEST_F(ComObjectTest, OutlivesTheOwnerOfItsContext) {

@@ -78,7 +78,7 @@ TEST_F(TicketedObjectsTest, TakeANewTicketAndOneOfAnotherPart) {
 // A ticket that the filter implements itself.
 class ForeignTicket final : public ComObject<IPartPrintTicket> {
   public:
-    explicit ForeignTicket(ContextPtr context) : ComIdentity(std::move(context), "ForeignTicket") {}
+    explicit ForeignTicket(ContextPtr context) : ComObject(std::move(context), "ForeignTicket") {}
     HRESULT STDMETHODCALLTYPE GetUri(BSTR*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetStream(IPrintReadStream**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetPartCompression(EXpsCompressionOptions*) override { return E_NOTIMPL; }
