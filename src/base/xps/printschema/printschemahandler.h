@@ -65,7 +65,9 @@ class PrintSchemaHandler {
     // ParameterRef refers to. E_INVALIDARG for an empty query, E_OUTOFMEMORY when the text cannot be
     // allocated.
     [[nodiscard]] HRESULT GetValue(std::wstring_view query, BSTR* pText) const;
-    // The same with HRESULT_FROM_WIN32(ERROR_NOT_FOUND) in the place of S_FALSE.
+    // The same with HRESULT_FROM_WIN32(ERROR_NOT_FOUND) in the place of S_FALSE. This and all that follows
+    // down to the builders throws std::bad_alloc in the place of E_OUTOFMEMORY, the DOM's own included:
+    // features go on without a value that is not there, and must not take the one for the other.
     [[nodiscard]] HRESULT ReadValue(std::wstring_view query, BSTR* pText) const;
     // ReadValue as a decimal number, white space round it allowed. HRESULT_FROM_WIN32(ERROR_INVALID_DATA) for
     // a text that is no 32-bit integer; *pValue is then as it was.

@@ -1,6 +1,7 @@
 // Finding and reading elements.
 
 #include <limits>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -73,8 +74,10 @@ void AppendLiteral(std::wstring& query, std::wstring_view text) {
     return colon == std::wstring_view::npos ? name : name.substr(colon + 1);
 }
 
-// What the feature classes are told when there is no such thing.
-[[nodiscard]] HRESULT FailedIfAbsent(HRESULT hr) noexcept {
+// What the feature classes are told of a value that could not be read. They go on without a value that is not
+// there, or makes no sense; one that there is no memory for is neither.
+[[nodiscard]] HRESULT ForFeature(HRESULT hr) {
+    if (hr == E_OUTOFMEMORY) throw std::bad_alloc();
     return hr == S_FALSE ? HRESULT_FROM_WIN32(ERROR_NOT_FOUND) : hr;
 }
 
@@ -261,7 +264,7 @@ HRESULT PrintSchemaHandler::FindParameter(std::wstring_view name, IXMLDOMNode** 
 }
 
 HRESULT PrintSchemaHandler::ReadValue(std::wstring_view query, BSTR* pText) const {
-    return FailedIfAbsent(GetValue(query, pText));
+    return ForFeature(GetValue(query, pText));
 }
 
 HRESULT PrintSchemaHandler::ReadInteger(std::wstring_view query, std::int32_t* pValue) const {
@@ -275,7 +278,7 @@ HRESULT PrintSchemaHandler::ReadInteger(IXMLDOMNode* pBelow, PropertyKind kind, 
     if (pBelow == nullptr || pValue == nullptr) return E_POINTER;
     ComPtr<IXMLDOMNode> pProperty;
     Bstr text;
-    return FailedIfAbsent(InOrderWhileFound(
+    return ForFeature(InOrderWhileFound(
         [&] { return SelectProperty(pBelow, kind, property, pProperty.Put()); },
         [&] { return ValueOf(pProperty.Get(), text.Put()); }, [&] { return ToInteger(text, pValue); }));
 }
@@ -287,7 +290,7 @@ HRESULT PrintSchemaHandler::ReadLocalName(IXMLDOMNode* pBelow, PropertyKind kind
     if (pBelow == nullptr) return E_POINTER;
     ComPtr<IXMLDOMNode> pProperty;
     Bstr text;
-    return FailedIfAbsent(
+    return ForFeature(
         InOrderWhileFound([&] { return SelectProperty(pBelow, kind, property, pProperty.Put()); },
                           [&] { return ValueOf(pProperty.Get(), text.Put()); },
                           [&] { return CopyText(LocalPart(text.View()), pName); }));
@@ -314,11 +317,11 @@ HRESULT PrintSchemaHandler::GetOption(const Qname& feature, SchemaNamespace opti
                               const HRESULT found = GetAttribute(pNode.Get(), L"name", option.Put());
                               return found == S_FALSE ? TypedText(pNode.Get(), option.Put()) : found;
                           });
-    if (named != S_OK) return FailedIfAbsent(named);
+    if (named != S_OK) return ForFeature(named);
     if (option.Empty()) return E_INVALIDARG;
-    const HRESULT copied = CopyText(Stripped(option.View(), optionSpace), pOption);
-    if (SUCCEEDED(copied)) *ppNode = pNode.Detach();
-    return copied;
+    *pOption = Bstr(Stripped(option.View(), optionSpace)).Detach();
+    *ppNode = pNode.Detach();
+    return S_OK;
 }
 
 HRESULT PrintSchemaHandler::GetOptionName(const Qname& feature, SchemaNamespace optionSpace,

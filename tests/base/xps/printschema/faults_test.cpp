@@ -553,9 +553,10 @@ TEST_P(NoMemoryTest, ScalingIsReadWholeOrNotAtAll) {
             data.Read(pTicket.Get());
         },
         [&](const Dom&, HRESULT thrown, bool hasFailed) {
-            // Without the option the feature is not found, which is no error.
-            const bool isRead = thrown == S_OK && data.GetOptionId() == ScalingData::CustomSquare;
-            EXPECT_TRUE(isRead || hasFailed);
+            // Without memory it is not taken for a ticket that does not say it.
+            const bool isRead = thrown == S_OK;
+            EXPECT_EQ(!hasFailed, isRead);
+            EXPECT_TRUE(!isRead || data.GetOptionId() == ScalingData::CustomSquare);
             EXPECT_EQ(data.GetOffset(), isRead ? (ScalingData::Pair{11, 22}) : ScalingData::Pair());
             EXPECT_EQ(data.GetScale(), isRead ? (ScalingData::Pair{33, 33}) : ScalingData::Pair());
         });
@@ -569,10 +570,9 @@ TEST_P(NoMemoryTest, AFeedDirectionIsReadWithItsBinOrNotAtAll) {
             data.Read(pTicket.Get());
         },
         [&](const Dom&, HRESULT thrown, bool hasFailed) {
-            const bool isRead = data.GetFeedDirection() == InputBinData::LongEdgeFirst;
-            EXPECT_TRUE(isRead || hasFailed);
-            EXPECT_TRUE(!isRead || (thrown == S_OK && data.GetOptionId() == 5));
-            EXPECT_TRUE(data.GetOptionId() == 5 || data.GetOptionId() == 0);
+            EXPECT_EQ(!hasFailed, thrown == S_OK);
+            EXPECT_EQ(!hasFailed, data.GetFeedDirection() == InputBinData::LongEdgeFirst);
+            EXPECT_TRUE(data.GetOptionId() == 5 || (hasFailed && data.GetOptionId() == 0));
         });
 }
 
