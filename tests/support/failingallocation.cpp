@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -9,7 +10,12 @@ namespace {
 thread_local long t_allocationsLeft = -1;
 thread_local bool t_hasFailed = false;
 
+// What to call before an allocation of so many bytes; null when that has been done.
+thread_local std::size_t t_leastToCall = 0;
+thread_local const std::function<void()>* t_pCall = nullptr;
+
 void* Allocate(std::size_t size) noexcept {
+    if (t_pCall != nullptr && size >= t_leastToCall) (*std::exchange(t_pCall, nullptr))();
     if (t_allocationsLeft == 0 && !t_hasFailed) {
         t_hasFailed = true;
         return nullptr;
@@ -38,5 +44,14 @@ FailingAllocation::FailingAllocation(long nth) noexcept {
 FailingAllocation::~FailingAllocation() { t_allocationsLeft = -1; }
 
 bool FailingAllocation::HasFailed() const noexcept { return t_hasFailed; }
+
+BeforeAllocation::BeforeAllocation(std::size_t least, std::function<void()> call) : m_call(std::move(call)) {
+    t_leastToCall = least;
+    t_pCall = &m_call;
+}
+
+BeforeAllocation::~BeforeAllocation() { t_pCall = nullptr; }
+
+bool BeforeAllocation::WasCalled() const noexcept { return t_pCall == nullptr; }
 
 }  // namespace tests

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
+
 namespace tests {
 
 // Fails the nth allocation, counted from 1, that this thread makes with operator new while the object lives;
@@ -14,6 +17,21 @@ class FailingAllocation {
 
     // Whether the allocation was made.
     [[nodiscard]] bool HasFailed() const noexcept;
+};
+
+// Calls the function once, before the first allocation of at least so many bytes that this thread makes with
+// operator new while the object lives. One at a time on a thread. For the same programs.
+class BeforeAllocation {
+  public:
+    BeforeAllocation(std::size_t least, std::function<void()> call);
+    BeforeAllocation(const BeforeAllocation&) = delete;
+    BeforeAllocation& operator=(const BeforeAllocation&) = delete;
+    ~BeforeAllocation();
+
+    [[nodiscard]] bool WasCalled() const noexcept;
+
+  private:
+    std::function<void()> m_call;
 };
 
 }  // namespace tests

@@ -5,12 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <functional>
-#include <new>
 #include <string>
 #include <thread>
-#include <utility>
+
+#include "failingallocation.h"
 
 namespace {
 
@@ -43,9 +42,6 @@ TEST_F(PrivatePrefixTest, TheFallbackIsTakenOnlyWhileThePrefixIsUnset) {
     EXPECT_EQ(PrivatePrefix(), L"krk:");
 }
 
-// What one thread does when it allocates memory for a long text, once.
-thread_local std::function<void()>* t_pOnAllocation = nullptr;
-
 // A thread that reads the prefix is stopped where it makes its copy, while another one is at its operation.
 class PrefixIsReadTest : public PrivatePrefixTest {
   protected:
@@ -60,14 +56,13 @@ class PrefixIsReadTest : public PrivatePrefixTest {
             operation();
             isDone = true;
         });
-        std::function<void()> onAllocation = [&] {
+        const tests::BeforeAllocation copy(m_prefix.size() * sizeof(wchar_t), [&] {
             isInside = true;
             for (int turn = 0; turn < 20 && !isDone; ++turn) Sleep(10);
             wasDone = isDone;
-        };
-        t_pOnAllocation = &onAllocation;
+        });
         m_read = PrivatePrefix();
-        EXPECT_EQ(t_pOnAllocation, nullptr) << "the read makes no copy";
+        EXPECT_TRUE(copy.WasCalled()) << "the read makes no copy";
         isInside = true;
         other.join();
         return wasDone;
@@ -90,13 +85,3 @@ TEST_F(PrefixIsReadTest, TheFallbackWaits) {
 }
 
 }  // namespace
-
-void* operator new(std::size_t size) {
-    if (size > 2000 && t_pOnAllocation != nullptr) (*std::exchange(t_pOnAllocation, nullptr))();
-    void* const block = std::malloc(size == 0 ? 1 : size);
-    return block != nullptr ? block : throw std::bad_alloc();
-}
-
-void operator delete(void* block) noexcept { std::free(block); }
-
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
