@@ -2,6 +2,8 @@
 
 #include "platform/windows.h"
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <utility>
 
@@ -26,6 +28,21 @@ using MockObject = platform::ComIdentity<LiveMock, First, Others...>;
 
 // An object without any interface of its own.
 class MockUnknown : public MockObject<IUnknown> {};
+
+// The count of a fake that lives on the stack or in a fixture, which has the first reference and keeps it.
+class OwnersReference : public platform::ReferenceCount {
+  protected:
+    [[nodiscard]] ULONG DropReference() noexcept {
+        const ULONG left = platform::ReferenceCount::DropReference();
+        if (left != 0) return left;
+        ADD_FAILURE() << "the owner's reference to a fake was released";
+        return AddReference();
+    }
+};
+
+// The identity of such a fake. A test checks its References() to be back at 1.
+template <typename Interface>
+using OwnedFake = platform::ComIdentity<OwnersReference, Interface>;
 
 template <typename Mock, typename... Arguments>
 [[nodiscard]] platform::ComPtr<Mock> MakeMock(Arguments&&... arguments) {

@@ -15,7 +15,8 @@
 
 namespace tests {
 
-// A read stream over bytes in memory. Calls are noted as "Seek OFFSET ORIGIN" and "ReadBytes COUNT".
+// A read stream over bytes in memory, shared like any COM object. Calls are noted as "Seek OFFSET ORIGIN" and
+// "ReadBytes COUNT".
 class MockReadStream : public MockObject<IPrintReadStream> {
   public:
     MockReadStream(CallRecorder& calls, std::string bytes) : m_calls(calls), m_bytes(std::move(bytes)) {}

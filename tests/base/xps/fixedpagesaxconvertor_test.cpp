@@ -10,6 +10,7 @@
 #include "base/xps/localechange.h"
 #include "base/xps/pagerewrite.h"
 #include "base/xps/saxreaders.h"
+#include "thrown.h"
 
 namespace base::xps {
 namespace {
@@ -34,15 +35,6 @@ std::string LargePageRewritten() {
     std::string page = std::string(kDeclaration) + R"(<FixedPage Height="816.00" Width="1056.00">)" CANVAS;
     for (int i = 0; i < 3000; ++i) page += R"(<Glyphs OriginX="1" UnicodeString="0123456789"></Glyphs>)";
     return page + TAIL;
-}
-
-HRESULT ResultOf(const std::function<void()>& action) {
-    try {
-        action();
-        return S_OK;
-    } catch (const exception::HresultError& error) {
-        return error.GetHresult();
-    }
 }
 
 TEST(FixedPageSaxConvertorTest, WritesTheDeclarationFirstAndNoLineBreakAfterIt) {
@@ -113,7 +105,7 @@ TEST(FixedPageSaxConvertorTest, AWriteThatTakesNothingIsAFailure) {
 
     MemoryPage large(LargePage());
     large.m_output.m_mostPerWrite = 0;
-    EXPECT_EQ(E_FAIL, ResultOf([&] { FixedPageSaxConvertor().Convert(large); }));
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(large); }));
     EXPECT_EQ(1u, large.m_output.m_writes);
     EXPECT_EQ(0, large.m_output.m_closes);
 }
@@ -123,17 +115,17 @@ TEST(FixedPageSaxConvertorTest, WhicheverWriteFailsThePageIsNotClosed) {
         ASSERT_LT(failing, 1000u);
         MemoryPage page(LargePage());
         page.m_output.m_failingWrite = failing;
-        bool failed = true;
-        try {
-            FixedPageSaxConvertor().Convert(page);
-            failed = false;
-        } catch (const exception::HresultError& error) {
-            EXPECT_EQ(E_FAIL, error.GetHresult());
-        } catch (const std::overflow_error& error) {
-            EXPECT_TRUE(std::string_view(error.what()).ends_with("IPrintWriteStream::WriteBytes failed.\n"));
+        const tests::ThrownException thrown = tests::Catch([&] { FixedPageSaxConvertor().Convert(page); });
+        const bool failed = thrown.code != S_OK;
+        if (failed) {
+            EXPECT_EQ(E_FAIL, thrown.code);
         }
-        EXPECT_EQ(1u, page.m_output.m_references);
-        EXPECT_EQ(1u, page.m_input.m_references);
+        if (thrown.pType != nullptr && *thrown.pType != typeid(exception::HresultError)) {
+            EXPECT_EQ(typeid(std::overflow_error), *thrown.pType);
+            EXPECT_TRUE(thrown.text.ends_with("IPrintWriteStream::WriteBytes failed.\n")) << thrown.text;
+        }
+        EXPECT_EQ(1u, page.m_output.References());
+        EXPECT_EQ(1u, page.m_input.References());
         if (!failed) {
             EXPECT_EQ(LargePageRewritten(), page.m_output.m_content);
             EXPECT_GT(failing, page.m_output.m_writes);
@@ -150,9 +142,9 @@ TEST(FixedPageSaxConvertorTest, WhicheverReadFailsThePageIsNotClosed) {
         MemoryPage page(LargePage());
         page.m_input.m_mostPerRead = 20000;
         page.m_input.m_failingRead = failing;
-        const HRESULT result = ResultOf([&] { FixedPageSaxConvertor().Convert(page); });
-        EXPECT_EQ(1u, page.m_output.m_references);
-        EXPECT_EQ(1u, page.m_input.m_references);
+        const HRESULT result = tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); });
+        EXPECT_EQ(1u, page.m_output.References());
+        EXPECT_EQ(1u, page.m_input.References());
         if (SUCCEEDED(result)) {
             EXPECT_EQ(LargePageRewritten(), page.m_output.m_content);
             EXPECT_GT(failing, page.m_input.m_reads);
@@ -169,11 +161,11 @@ TEST(FixedPageSaxConvertorTest, MarkupThatIsNotWellFormedFailsAndIsNotClosed) {
                                "<FixedPage/><FixedPage/>", R"(<FixedPage a="1" a="2"/>)", "<x:FixedPage/>",
                                R"(<FixedPage Width="816" Height="1056"><Path></FixedPage>)"}) {
         MemoryPage page(markup);
-        EXPECT_TRUE(FAILED(ResultOf([&] { FixedPageSaxConvertor().Convert(page); }))) << markup;
+        EXPECT_TRUE(FAILED(tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); }))) << markup;
         EXPECT_EQ("", page.m_output.m_content) << "a page that failed is given no more text";
         EXPECT_EQ(0, page.m_output.m_closes);
-        EXPECT_EQ(1u, page.m_output.m_references);
-        EXPECT_EQ(1u, page.m_input.m_references);
+        EXPECT_EQ(1u, page.m_output.References());
+        EXPECT_EQ(1u, page.m_input.References());
     }
 }
 
@@ -183,7 +175,7 @@ TEST(FixedPageSaxConvertorTest, AfterAFailedParseNothingMoreReachesThePage) {
     std::string markup = R"(<FixedPage Width="816" Height="1056">)";
     for (int depth = 0; depth < 100; ++depth) markup += "<" + name + ">";
     MemoryPage page(markup + "<Path></Broken>");
-    EXPECT_TRUE(FAILED(ResultOf([&] { FixedPageSaxConvertor().Convert(page); })));
+    EXPECT_TRUE(FAILED(tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); })));
     EXPECT_GT(page.m_output.m_content.size(), 100u * 4096u - 65536u);
     EXPECT_EQ(std::string::npos, page.m_output.m_content.find("</"));
     EXPECT_EQ(0, page.m_output.m_closes);
@@ -192,7 +184,7 @@ TEST(FixedPageSaxConvertorTest, AfterAFailedParseNothingMoreReachesThePage) {
 TEST(FixedPageSaxConvertorTest, APageThatAnswersWithoutABytesEndOrFailureFails) {
     MemoryPage page(kSmallPage);
     page.m_input.m_mostPerRead = 0;
-    EXPECT_EQ(STG_E_READFAULT, ResultOf([&] { FixedPageSaxConvertor().Convert(page); }));
+    EXPECT_EQ(STG_E_READFAULT, tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); }));
     EXPECT_EQ(0, page.m_output.m_closes);
 }
 
@@ -309,13 +301,13 @@ TEST(FixedPageSaxConvertorTest, AStepOfTheSourceThatFailsEndsTheRewrite) {
     const std::vector<std::string> steps = {"write", "handler", "read"};
     for (std::size_t failing = 0; failing < steps.size(); ++failing) {
         RecordingPage page(steps[failing]);
-        EXPECT_EQ(E_ACCESSDENIED, ResultOf([&] { FixedPageSaxConvertor().Convert(page); }));
+        EXPECT_EQ(E_ACCESSDENIED, tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); }));
         EXPECT_EQ(std::vector<std::string>(steps.begin(), steps.begin() + static_cast<int>(failing) + 1),
                   page.m_steps);
         EXPECT_EQ("", page.m_page.m_output.m_content);
         EXPECT_EQ(0, page.m_page.m_output.m_closes);
-        EXPECT_EQ(1u, page.m_page.m_output.m_references);
-        EXPECT_EQ(1u, page.m_page.m_input.m_references);
+        EXPECT_EQ(1u, page.m_page.m_output.References());
+        EXPECT_EQ(1u, page.m_page.m_input.References());
     }
 }
 
@@ -323,7 +315,7 @@ TEST(FixedPageSaxConvertorTest, AStepOfTheSourceThatFailsEndsTheRewrite) {
 class KeptReaderTest : public testing::Test {
   protected:
     HRESULT Convert(FixedPageSource& page) {
-        return ResultOf([&] { FixedPageSaxConvertor().Convert(page); });
+        return tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); });
     }
     void ExpectNoHandler() {
         ASSERT_EQ(1u, m_readers.Readers().size());
@@ -384,7 +376,7 @@ TEST(FixedPageSaxConvertorTest, AThreadOutsideEveryApartmentCannotMakeTheReader)
     MemoryPage page(kSmallPage);
     // The process's multithreaded apartment would be this thread's as well, so it is left for the moment.
     CoUninitialize();
-    result = ResultOf([&] { FixedPageSaxConvertor().Convert(page); });
+    result = tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); });
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_MULTITHREADED));
     EXPECT_EQ(CO_E_NOTINITIALIZED, result);
     EXPECT_EQ(0u, page.m_output.m_writes);

@@ -9,37 +9,18 @@
 #include <utility>
 #include <vector>
 
+#include "mockobject.h"
 #include "platform/filterpipeline.h"
 
 namespace base::xps {
 
-// The part of a COM object that every fake of these tests shares. Fakes live on the stack or in the fixture;
-// the count tells whether every reference was given back.
 template <typename Interface>
-class FakeObject : public Interface {
-  public:
-    FakeObject() = default;
-    FakeObject(const FakeObject&) = delete;
-    FakeObject& operator=(const FakeObject&) = delete;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
-        *ppObject = nullptr;
-        if (iid != __uuidof(IUnknown) && iid != __uuidof(Interface)) return E_NOINTERFACE;
-        *ppObject = static_cast<Interface*>(this);
-        ++m_references;
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
-
-    ULONG m_references = 1;
-
-  protected:
-    ~FakeObject() = default;
-};
+using FakeObject = tests::OwnedFake<Interface>;
 
 inline constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 
+// Streams over bytes in memory whose bytes, counts and failures are members, for tests of a page as a whole.
+// Where the calls themselves are of interest, the streams of mockstreams.h record them.
 class MemoryReadStream final : public FakeObject<IPrintReadStream> {
   public:
     explicit MemoryReadStream(std::string content) : m_content(std::move(content)) {}

@@ -45,8 +45,8 @@ inline std::string Rewritten(std::string markup, float angle = 270, float scale 
     FixedPageSaxConvertor().Convert(page);
     EXPECT_EQ(1, page.m_output.m_closes);
     EXPECT_EQ(0u, page.m_input.m_position);
-    EXPECT_EQ(1u, page.m_input.m_references);
-    EXPECT_EQ(1u, page.m_output.m_references);
+    EXPECT_EQ(1u, page.m_input.References());
+    EXPECT_EQ(1u, page.m_output.References());
     EXPECT_TRUE(page.m_output.m_content.starts_with(kDeclaration));
     return page.m_output.m_content.substr(std::min(kDeclaration.size(), page.m_output.m_content.size()));
 }

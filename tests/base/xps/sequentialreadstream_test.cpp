@@ -21,7 +21,7 @@ class SequentialReadStreamTest : public testing::Test {
     }
     void TearDown() override {
         m_stream.Reset();
-        EXPECT_EQ(1u, m_source.m_references);
+        EXPECT_EQ(1u, m_source.References());
     }
 
     HRESULT Read(ULONG count) {
@@ -148,7 +148,7 @@ TEST_F(SequentialReadStreamTest, CountsItsReferencesFromOne) {
     EXPECT_EQ(3u, m_stream->AddRef());
     EXPECT_EQ(2u, m_stream->Release());
     EXPECT_EQ(1u, m_stream->Release());
-    EXPECT_EQ(2u, m_source.m_references);
+    EXPECT_EQ(2u, m_source.References());
 }
 
 TEST_F(SequentialReadStreamTest, TheReferenceCountIsAtomic) {

@@ -10,17 +10,19 @@
 #include <string>
 #include <string_view>
 
+#include "mockobject.h"
+
 namespace devkit::msxml::tests {
 
 // A stream that offers nothing but Read and Write, and those as a test asks for: in small steps, with
 // S_FALSE, failing at a chosen call. Any other method fails the test. It lives on the test's stack.
 template <typename Interface>
-class ScriptedStream : public Interface {
+class ScriptedStream : public ::tests::OwnedFake<Interface> {
   public:
     static constexpr int kNever = std::numeric_limits<int>::max();
 
     explicit ScriptedStream(std::string_view content = {}) : m_content(content) {}
-    ~ScriptedStream() { EXPECT_EQ(1U, m_references) << "references to the stream are left"; }
+    ~ScriptedStream() override { EXPECT_EQ(1U, this->References()) << "references to the stream are left"; }
 
     ULONG step = 0xFFFFFFFF;   // the most that one call takes or gives
     HRESULT success = S_OK;    // what a call that works returns
@@ -28,16 +30,6 @@ class ScriptedStream : public Interface {
     HRESULT failure = STG_E_READFAULT;
     int calls = 0;
     std::string written;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
-        *ppObject = nullptr;
-        if (iid != __uuidof(IUnknown) && iid != __uuidof(Interface)) return E_NOINTERFACE;
-        *ppObject = static_cast<Interface*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --m_references; }
 
     HRESULT STDMETHODCALLTYPE Read(void* pBuffer, ULONG count, ULONG* pRead) override {
         *pRead = 0;
@@ -59,7 +51,6 @@ class ScriptedStream : public Interface {
 
   private:
     std::string_view m_content;
-    ULONG m_references = 1;
 };
 
 class ScriptedIStream final : public ScriptedStream<IStream> {
