@@ -21,7 +21,7 @@ class DomTest : public testing::Test {
     }
     void TearDown() override {
         m_registration.reset();
-        EXPECT_EQ(devkit::msxml::LiveObjectCount(), 0);
+        EXPECT_EQ(0, devkit::msxml::LiveObjectCount());
     }
 
   private:

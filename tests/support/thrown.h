@@ -21,7 +21,9 @@ struct ThrownException {
 [[nodiscard]] inline std::string WithoutLineNumber(std::string text) {
     const std::size_t open = text.find('(');
     const std::size_t close = text.find(')');
-    if (close != std::string::npos && open < close) text.replace(open + 1, close - open - 1, "LINE");
+    const bool isNumber = close != std::string::npos && open + 1 < close &&
+                          text.find_first_not_of("0123456789", open + 1) == close;
+    if (isNumber) text.replace(open + 1, close - open - 1, "LINE");
     return text;
 }
 

@@ -16,6 +16,7 @@
 #include "domtext.h"
 #include "platform/bstr.h"
 #include "platform/variant.h"
+#include "thrown.h"
 
 namespace {
 
@@ -32,7 +33,7 @@ using Dom = ComPtr<IXMLDOMDocument2>;
 
 std::wstring NameOf(IXMLDOMNode* pNode) {
     Bstr name;
-    EXPECT_EQ(pNode->get_nodeName(name.Put()), S_OK);
+    EXPECT_EQ(S_OK, pNode->get_nodeName(name.Put()));
     return std::wstring(name.View());
 }
 
@@ -44,7 +45,7 @@ std::wstring TextKeyOf(IXMLDOMNode* pNode) {
     ComPtr<IXMLDOMNode> pId;
     if (pAttributes->getNamedItem(Bstr(L"id").Get(), pId.Put()) != S_OK) return key;
     Bstr id;
-    EXPECT_EQ(pId->get_text(id.Put()), S_OK);
+    EXPECT_EQ(S_OK, pId->get_text(id.Put()));
     return key + L"#" + std::wstring(id.View());
 }
 
@@ -79,35 +80,35 @@ class XmlMargerTest : public tests::DomTest {
 };
 
 TEST_F(XmlMargerTest, ATargetElementThatMatchesNoBaseSiblingIsAppendedAtTheEndWithItsWholeSubtree) {
-    EXPECT_EQ(Merged(L"<r><a id=\"1\"/><b/></r>", L"<r><a id=\"2\"><c d=\"e\">t<f/></c></a></r>"),
-              L"<r><a id=\"1\"/><b/><a id=\"2\"><c d=\"e\">t<f/></c></a></r>");
+    EXPECT_EQ(L"<r><a id=\"1\"/><b/><a id=\"2\"><c d=\"e\">t<f/></c></a></r>",
+              Merged(L"<r><a id=\"1\"/><b/></r>", L"<r><a id=\"2\"><c d=\"e\">t<f/></c></a></r>"));
 }
 
 TEST_F(XmlMargerTest, AMatchingTargetElementIsNotCopiedAndItsChildrenAreMergedIntoTheBaseElement) {
-    EXPECT_EQ(Merged(L"<r><a id=\"1\"><x/></a><b/></r>", L"<r><a id=\"1\"><y/></a></r>"),
-              L"<r><a id=\"1\"><x/><y/></a><b/></r>");
+    EXPECT_EQ(L"<r><a id=\"1\"><x/><y/></a><b/></r>",
+              Merged(L"<r><a id=\"1\"><x/></a><b/></r>", L"<r><a id=\"1\"><y/></a></r>"));
 }
 
 TEST_F(XmlMargerTest, TheBaseWinsForEveryValueThatBothCarry) {
-    EXPECT_EQ(Merged(L"<r><a>base</a></r>", L"<r><a>target</a></r>"), L"<r><a>base</a></r>");
+    EXPECT_EQ(L"<r><a>base</a></r>", Merged(L"<r><a>base</a></r>", L"<r><a>target</a></r>"));
 }
 
 TEST_F(XmlMargerTest, AttributesOfAMatchedElementStayAsTheBaseHasThem) {
-    EXPECT_EQ(Merged(L"<r><a v=\"1\"/></r>", L"<r><a v=\"2\" w=\"3\"/></r>"), L"<r><a v=\"1\"/></r>");
+    EXPECT_EQ(L"<r><a v=\"1\"/></r>", Merged(L"<r><a v=\"1\"/></r>", L"<r><a v=\"2\" w=\"3\"/></r>"));
 }
 
 TEST_F(XmlMargerTest, TwoBaseChildrenThatBothMatchOneTargetChildAreBothMergedWithIt) {
-    EXPECT_EQ(Merged(L"<r><a><x/></a><a><y/></a></r>", L"<r><a><z/></a></r>"),
-              L"<r><a><x/><z/></a><a><y/><z/></a></r>");
+    EXPECT_EQ(L"<r><a><x/><z/></a><a><y/><z/></a></r>",
+              Merged(L"<r><a><x/></a><a><y/></a></r>", L"<r><a><z/></a></r>"));
 }
 
 TEST_F(XmlMargerTest, ABaseNodeWithoutChildrenReceivesNothing) {
-    EXPECT_EQ(Merged(L"<r><a/></r>", L"<r><a><b/></a></r>"), L"<r><a/></r>");
-    EXPECT_EQ(Merged(L"<r/>", L"<r><a/></r>"), L"<r/>");
+    EXPECT_EQ(L"<r><a/></r>", Merged(L"<r><a/></r>", L"<r><a><b/></a></r>"));
+    EXPECT_EQ(L"<r/>", Merged(L"<r/>", L"<r><a/></r>"));
 }
 
 TEST_F(XmlMargerTest, ATargetNodeWithoutChildrenChangesNothing) {
-    EXPECT_EQ(Merged(L"<r><a><b/></a></r>", L"<r><a/></r>"), L"<r><a><b/></a></r>");
+    EXPECT_EQ(L"<r><a><b/></a></r>", Merged(L"<r><a><b/></a></r>", L"<r><a/></r>"));
 }
 
 TEST_F(XmlMargerTest, AnEmptyDocumentOnEitherSideChangesNothing) {
@@ -116,18 +117,18 @@ TEST_F(XmlMargerTest, AnEmptyDocumentOnEitherSideChangesNothing) {
     XmlMarger merger(m_comparator);
     merger.Merge(empty.Get(), full.Get());
     ComPtr<IXMLDOMElement> root;
-    EXPECT_EQ(empty->get_documentElement(root.Put()), S_FALSE);
+    EXPECT_EQ(S_FALSE, empty->get_documentElement(root.Put()));
     merger.Merge(full.Get(), empty.Get());
-    EXPECT_EQ(TextOf(full), L"<r><a/></r>");
+    EXPECT_EQ(L"<r><a/></r>", TextOf(full));
     EXPECT_THAT(m_comparator.m_pairs, testing::IsEmpty());
 }
 
 TEST_F(XmlMargerTest, MissingNodesAreAppendedInTheOrderOfTheTarget) {
-    EXPECT_EQ(Merged(L"<r><m/></r>", L"<r><c/><m/><a/><!--n--><b/></r>"), L"<r><m/><c/><a/><!--n--><b/></r>");
+    EXPECT_EQ(L"<r><m/><c/><a/><!--n--><b/></r>", Merged(L"<r><m/></r>", L"<r><c/><m/><a/><!--n--><b/></r>"));
 }
 
 TEST_F(XmlMargerTest, NodesAppendedByAMergeAreNotComparedWithinIt) {
-    EXPECT_EQ(Merged(L"<r><m/></r>", L"<r><a/><a/></r>"), L"<r><m/><a/><a/></r>");
+    EXPECT_EQ(L"<r><m/><a/><a/></r>", Merged(L"<r><m/></r>", L"<r><a/><a/></r>"));
     EXPECT_THAT(m_comparator.m_pairs, testing::ElementsAre(L"r|r", L"m|a", L"m|a"));
 }
 
@@ -143,26 +144,26 @@ TEST_F(XmlMargerTest, MergingTheSameTargetAgainChangesNothing) {
     merger.Merge(base.Get(), target.Get());
     const std::wstring once = TextOf(base);
     merger.Merge(base.Get(), target.Get());
-    EXPECT_EQ(once, L"<r><a><x/><y>t</y></a><b/></r>");
+    EXPECT_EQ(L"<r><a><x/><y>t</y></a><b/></r>", once);
     EXPECT_EQ(TextOf(base), once);
 }
 
 TEST_F(XmlMargerTest, AnXmlDeclarationThatTheBaseLacksIsNotPutBack) {
-    EXPECT_EQ(Merged(L"<r><a/></r>", L"<?xml version=\"1.0\"?>\r\n<r><b/></r>"), L"<r><a/><b/></r>");
+    EXPECT_EQ(L"<r><a/><b/></r>", Merged(L"<r><a/></r>", L"<?xml version=\"1.0\"?>\r\n<r><b/></r>"));
 }
 
 TEST_F(XmlMargerTest, NamespaceDeclarationsOfAMatchedTargetElementAreCopiedOntoTheBaseElement) {
-    EXPECT_EQ(Merged(L"<r xmlns:p=\"urn:p\"><a/></r>", L"<r xmlns:k=\"urn:k\"><k:b k:c=\"1\"/></r>"),
-              L"<r xmlns:p=\"urn:p\" xmlns:k=\"urn:k\"><a/><k:b k:c=\"1\"/></r>");
+    EXPECT_EQ(L"<r xmlns:p=\"urn:p\" xmlns:k=\"urn:k\"><a/><k:b k:c=\"1\"/></r>",
+              Merged(L"<r xmlns:p=\"urn:p\"><a/></r>", L"<r xmlns:k=\"urn:k\"><k:b k:c=\"1\"/></r>"));
 }
 
 TEST_F(XmlMargerTest, DeclarationsAreCopiedOntoEveryBaseElementThatMatches) {
-    EXPECT_EQ(Merged(L"<r><a><x/></a><a><x/></a></r>", L"<r><a xmlns:k=\"urn:k\"><y/></a></r>"),
-              L"<r><a xmlns:k=\"urn:k\"><x/><y/></a><a xmlns:k=\"urn:k\"><x/><y/></a></r>");
+    EXPECT_EQ(L"<r><a xmlns:k=\"urn:k\"><x/><y/></a><a xmlns:k=\"urn:k\"><x/><y/></a></r>",
+              Merged(L"<r><a><x/></a><a><x/></a></r>", L"<r><a xmlns:k=\"urn:k\"><y/></a></r>"));
 }
 
 TEST_F(XmlMargerTest, DeclarationsAreCopiedAlsoOntoABaseElementWithoutChildren) {
-    EXPECT_EQ(Merged(L"<r/>", L"<r xmlns:k=\"urn:k\"><k:b/></r>"), L"<r xmlns:k=\"urn:k\"/>");
+    EXPECT_EQ(L"<r xmlns:k=\"urn:k\"/>", Merged(L"<r/>", L"<r xmlns:k=\"urn:k\"><k:b/></r>"));
 }
 
 TEST_F(XmlMargerTest, APrefixDeclaredOnBothTakesTheTargetsValue) {
@@ -170,28 +171,28 @@ TEST_F(XmlMargerTest, APrefixDeclaredOnBothTakesTheTargetsValue) {
     const Dom target = LoadDomFromString(L"<r xmlns:p=\"urn:target\"><a/></r>");
     XmlMarger(m_comparator).Merge(base.Get(), target.Get());
     ComPtr<IXMLDOMElement> root;
-    ASSERT_EQ(base->get_documentElement(root.Put()), S_OK);
+    ASSERT_EQ(S_OK, base->get_documentElement(root.Put()));
     Variant value;
-    ASSERT_EQ(root->getAttribute(Bstr(L"xmlns:p").Get(), value.Put()), S_OK);
-    EXPECT_EQ(Bstr(value.Text()).View(), L"urn:target");
+    ASSERT_EQ(S_OK, root->getAttribute(Bstr(L"xmlns:p").Get(), value.Put()));
+    EXPECT_EQ(L"urn:target", Bstr(value.Text()).View());
 }
 
 TEST_F(XmlMargerTest, ADefaultDeclarationIsNotCopied) {
     const Dom base = LoadDomFromString(L"<r><a/></r>");
     const Dom target = LoadDomFromString(L"<r xmlns=\"urn:d\"><a/></r>");
     XmlMarger(m_comparator).Merge(base.Get(), target.Get());
-    EXPECT_EQ(TextOf(base), L"<r><a/></r>");
+    EXPECT_EQ(L"<r><a/></r>", TextOf(base));
 }
 
 TEST_F(XmlMargerTest, AttributesWhoseNameOnlyContainsTheDeclarationPrefixAreNoDeclarations) {
-    EXPECT_EQ(Merged(L"<r><a/></r>", L"<r xmlnsk=\"1\" q=\"xmlns:\"><a/></r>"), L"<r><a/></r>");
+    EXPECT_EQ(L"<r><a/></r>", Merged(L"<r><a/></r>", L"<r xmlnsk=\"1\" q=\"xmlns:\"><a/></r>"));
 }
 
 TEST_F(XmlMargerTest, ASecondRootElementIsRefused) {
     const Dom base = LoadDomFromString(L"<r><a/></r>");
     const Dom target = LoadDomFromString(L"<s><b/></s>");
     EXPECT_THROW(XmlMarger(m_comparator).Merge(base.Get(), target.Get()), HresultError);
-    EXPECT_EQ(TextOf(base), L"<r><a/></r>");
+    EXPECT_EQ(L"<r><a/></r>", TextOf(base));
 }
 
 TEST_F(XmlMargerTest, AMergeThatFailsPartWayKeepsWhatIsDoneAndAppendsNothingOfTheCurrentLevel) {
@@ -199,31 +200,23 @@ TEST_F(XmlMargerTest, AMergeThatFailsPartWayKeepsWhatIsDoneAndAppendsNothingOfTh
     const Dom target = LoadDomFromString(L"<r xmlns:k=\"urn:k\"><n/><a><y/></a><o/></r>");
     m_comparator.m_throwAt = 5;  // r|r, a|n, a|a, x|y, a|o
     EXPECT_THROW(XmlMarger(m_comparator).Merge(base.Get(), target.Get()), HresultError);
-    EXPECT_EQ(TextOf(base), L"<r xmlns:k=\"urn:k\"><a><x/><y/></a></r>");
+    EXPECT_EQ(L"<r xmlns:k=\"urn:k\"><a><x/><y/></a></r>", TextOf(base));
 }
 
 TEST_F(XmlMargerTest, ANullBaseFailsBeforeTheTargetIsLookedAt) {
-    const auto matches = testing::MatchesRegex("base/xml/xmlmarger\\.cpp\\(\\d+\\) : pBase is null\\.\n");
     const Dom target = LoadDomFromString(L"<r/>");
     for (IXMLDOMDocument2* pTarget : {target.Get(), static_cast<IXMLDOMDocument2*>(nullptr)}) {
-        try {
-            XmlMarger(m_comparator).Merge(nullptr, pTarget);
-            FAIL();
-        } catch (const std::invalid_argument& error) {
-            EXPECT_THAT(error.what(), matches);
-        }
+        EXPECT_EQ(
+            "base/xml/xmlmarger.cpp(LINE) : pBase is null.\n",
+            tests::Thrown<std::invalid_argument>([&] { XmlMarger(m_comparator).Merge(nullptr, pTarget); }));
     }
 }
 
 TEST_F(XmlMargerTest, ANullTargetFails) {
     const Dom base = LoadDomFromString(L"<r/>");
-    try {
-        XmlMarger(m_comparator).Merge(base.Get(), nullptr);
-        FAIL();
-    } catch (const std::invalid_argument& error) {
-        EXPECT_THAT(error.what(),
-                    testing::MatchesRegex("base/xml/xmlmarger\\.cpp\\(\\d+\\) : pTarget is null\\.\n"));
-    }
+    EXPECT_EQ("base/xml/xmlmarger.cpp(LINE) : pTarget is null.\n", tests::Thrown<std::invalid_argument>([&] {
+                  XmlMarger(m_comparator).Merge(base.Get(), nullptr);
+              }));
 }
 
 // Knows nodes by their keys, and notes each that it is asked for.

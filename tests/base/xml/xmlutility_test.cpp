@@ -31,10 +31,10 @@ class XmlUtility : public tests::DomTest {};
 
 ComPtr<IStream> StreamOf(std::string_view bytes) {
     ComPtr<IStream> stream;
-    EXPECT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
+    EXPECT_EQ(S_OK, CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()));
     ULONG written = 0;
-    EXPECT_EQ(stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written), S_OK);
-    EXPECT_EQ(stream->Seek({}, STREAM_SEEK_SET, nullptr), S_OK);
+    EXPECT_EQ(S_OK, stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), &written));
+    EXPECT_EQ(S_OK, stream->Seek({}, STREAM_SEEK_SET, nullptr));
     return stream;
 }
 
@@ -45,21 +45,11 @@ Dom LoadBytes(std::string_view bytes) {
 
 std::wstring RootText(const Dom& dom) {
     ComPtr<IXMLDOMElement> root;
-    EXPECT_EQ(dom->get_documentElement(root.Put()), S_OK);
+    EXPECT_EQ(S_OK, dom->get_documentElement(root.Put()));
     if (!root) return L"<no root>";
     platform::Bstr text;
-    EXPECT_EQ(root->get_text(text.Put()), S_OK);
+    EXPECT_EQ(S_OK, root->get_text(text.Put()));
     return std::wstring(text.View());
-}
-
-template <typename Action>
-HRESULT ThrownBy(Action&& action) {
-    try {
-        action();
-    } catch (const HresultError& error) {
-        return error.GetHresult();
-    }
-    return S_OK;
 }
 
 std::string ByteText(std::wstring_view text) {
@@ -69,11 +59,11 @@ std::string ByteText(std::wstring_view text) {
 TEST_F(XmlUtility, CreatedDocumentIsEmptyAndLoadsSynchronously) {
     const Dom dom = CreateDom();
     ComPtr<IXMLDOMElement> root;
-    EXPECT_EQ(dom->get_documentElement(root.Put()), S_FALSE);
+    EXPECT_EQ(S_FALSE, dom->get_documentElement(root.Put()));
     EXPECT_FALSE(root);
     VARIANT_BOOL async = VARIANT_TRUE;
-    EXPECT_EQ(dom->get_async(&async), S_OK);
-    EXPECT_EQ(async, VARIANT_FALSE);
+    EXPECT_EQ(S_OK, dom->get_async(&async));
+    EXPECT_EQ(VARIANT_FALSE, async);
 }
 
 TEST_F(XmlUtility, EachCreatedDocumentIsANewOne) {
@@ -88,8 +78,8 @@ TEST_F(XmlUtility, TextIsLoadedAndSavedAsItWas) {
 }
 
 TEST_F(XmlUtility, TextWithAnEncodingDeclarationIsLoadedAsTheTextItIs) {
-    EXPECT_EQ(RootText(LoadDomFromString(L"<?xml version=\"1.0\" encoding=\"UTF-8\"?><a>\u00E9\u6F22</a>")),
-              L"\u00E9\u6F22");
+    EXPECT_EQ(L"\u00E9\u6F22",
+              RootText(LoadDomFromString(L"<?xml version=\"1.0\" encoding=\"UTF-8\"?><a>\u00E9\u6F22</a>")));
 }
 
 TEST_F(XmlUtility, TextOutsideAsciiAndTheBasicPlaneIsSavedWhole) {
@@ -98,51 +88,47 @@ TEST_F(XmlUtility, TextOutsideAsciiAndTheBasicPlaneIsSavedWhole) {
 }
 
 TEST_F(XmlUtility, TextThatIsNotWellFormedThrowsEFail) {
-    EXPECT_EQ(ThrownBy([] { static_cast<void>(LoadDomFromString(L"<a><b></a>")); }), E_FAIL);
-    EXPECT_EQ(ThrownBy([] { static_cast<void>(LoadDomFromString(L"")); }), E_FAIL);
-    EXPECT_EQ(ThrownBy([] { static_cast<void>(LoadDomFromString(L"<a/><b/>")); }), E_FAIL);
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] { static_cast<void>(LoadDomFromString(L"<a><b></a>")); }));
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] { static_cast<void>(LoadDomFromString(L"")); }));
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] { static_cast<void>(LoadDomFromString(L"<a/><b/>")); }));
 }
 
 TEST_F(XmlUtility, TextWithADocumentTypeThrowsEFail) {
-    EXPECT_EQ(
-        ThrownBy([] { static_cast<void>(LoadDomFromString(L"<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;</a>")); }),
-        E_FAIL);
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] {
+                  static_cast<void>(LoadDomFromString(L"<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;</a>"));
+              }));
 }
 
 TEST_F(XmlUtility, AFailureNamesTheThrowingFile) {
-    try {
-        static_cast<void>(LoadDomFromString(L"<a>"));
-        FAIL();
-    } catch (const HresultError& error) {
-        EXPECT_THAT(error.what(), testing::StartsWith("base/xml/xmlutility.cpp("));
-    }
+    EXPECT_THAT(tests::Thrown<HresultError>([] { static_cast<void>(LoadDomFromString(L"<a>")); }),
+                testing::StartsWith("base/xml/xmlutility.cpp("));
 }
 
 TEST_F(XmlUtility, StreamsOfEveryUnicodeEncodingAreLoaded) {
     const std::wstring_view body = L"<a>\u00E9\u6F22</a>";
     const std::string utf8 = "<a>\xC3\xA9\xE6\xBC\xA2</a>";
-    EXPECT_EQ(RootText(LoadBytes(utf8)), L"\u00E9\u6F22");
-    EXPECT_EQ(RootText(LoadBytes("\xEF\xBB\xBF" + utf8)), L"\u00E9\u6F22");
-    EXPECT_EQ(RootText(LoadBytes("<?xml version=\"1.0\" encoding=\"utf-8\"?>" + utf8)), L"\u00E9\u6F22");
-    EXPECT_EQ(RootText(LoadBytes("\xFF\xFE" + ByteText(body))), L"\u00E9\u6F22");
+    EXPECT_EQ(L"\u00E9\u6F22", RootText(LoadBytes(utf8)));
+    EXPECT_EQ(L"\u00E9\u6F22", RootText(LoadBytes("\xEF\xBB\xBF" + utf8)));
+    EXPECT_EQ(L"\u00E9\u6F22", RootText(LoadBytes("<?xml version=\"1.0\" encoding=\"utf-8\"?>" + utf8)));
+    EXPECT_EQ(L"\u00E9\u6F22", RootText(LoadBytes("\xFF\xFE" + ByteText(body))));
 }
 
 TEST_F(XmlUtility, AStreamIsLoadedFromItsCurrentPosition) {
     const ComPtr<IStream> stream = StreamOf("12345<a>x</a>");
     LARGE_INTEGER skip = {};
     skip.QuadPart = 5;
-    ASSERT_EQ(stream->Seek(skip, STREAM_SEEK_SET, nullptr), S_OK);
-    EXPECT_EQ(RootText(LoadDom(Variant(static_cast<IUnknown*>(stream.Get())).Get())), L"x");
+    ASSERT_EQ(S_OK, stream->Seek(skip, STREAM_SEEK_SET, nullptr));
+    EXPECT_EQ(L"x", RootText(LoadDom(Variant(static_cast<IUnknown*>(stream.Get())).Get())));
 }
 
 TEST_F(XmlUtility, AStreamThatIsNotWellFormedThrowsEFail) {
-    EXPECT_EQ(ThrownBy([] { static_cast<void>(LoadBytes("<a")); }), E_FAIL);
-    EXPECT_EQ(ThrownBy([] { static_cast<void>(LoadBytes("")); }), E_FAIL);
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] { static_cast<void>(LoadBytes("<a")); }));
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] { static_cast<void>(LoadBytes("")); }));
 }
 
 TEST_F(XmlUtility, ASourceThatCannotBeLoadedThrows) {
-    EXPECT_TRUE(FAILED(ThrownBy([] { static_cast<void>(LoadDom(Variant().Get())); })));
-    EXPECT_TRUE(FAILED(ThrownBy([] { static_cast<void>(LoadDom(Variant(LONG{5}).Get())); })));
+    EXPECT_TRUE(FAILED(tests::ThrownCode([] { static_cast<void>(LoadDom(Variant().Get())); })));
+    EXPECT_TRUE(FAILED(tests::ThrownCode([] { static_cast<void>(LoadDom(Variant(LONG{5}).Get())); })));
 }
 
 TEST_F(XmlUtility, TheSourceStreamIsReleased) {
@@ -152,7 +138,7 @@ TEST_F(XmlUtility, TheSourceStreamIsReleased) {
         const Dom dom = LoadDom(source.Get());
     }
     stream->AddRef();
-    EXPECT_EQ(stream->Release(), 1u);
+    EXPECT_EQ(1u, stream->Release());
 }
 
 TEST_F(XmlUtility, ADocumentWithAUtf16DeclarationIsSavedAsText) {
@@ -174,13 +160,8 @@ TEST_F(XmlUtility, SavingWithoutMemoryForAStreamThrowsItsCode) {
 }
 
 TEST_F(XmlUtility, SavingANullDocumentThrows) {
-    try {
-        static_cast<void>(DomToString(nullptr));
-        FAIL();
-    } catch (const std::invalid_argument& error) {
-        EXPECT_THAT(error.what(),
-                    testing::MatchesRegex("base/xml/xmlutility\\.cpp\\(\\d+\\) : pDom is null\\.\n"));
-    }
+    EXPECT_EQ("base/xml/xmlutility.cpp(LINE) : pDom is null.\n",
+              tests::Thrown<std::invalid_argument>([] { static_cast<void>(DomToString(nullptr)); }));
 }
 
 }  // namespace

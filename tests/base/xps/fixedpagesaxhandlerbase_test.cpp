@@ -9,6 +9,7 @@
 #include "base/xps/fakeattributes.h"
 #include "base/xps/gdiplusguard.h"
 #include "platform/comptr.h"
+#include "thrown.h"
 
 namespace base::xps {
 namespace {
@@ -162,15 +163,11 @@ TEST_F(FixedPageSaxHandlerBaseTest, ASizeThatIsMissingCannotBeRewritten) {
         table[L"Width"].m_text = L"816";
         table[L"Height"].m_text = L"1056";
         table.erase(missing);
-        try {
-            Handler::RewriteSize(table, kLetter, m_matrix);
-            ADD_FAILURE() << "rewrote a page without " << missing;
-        } catch (const exception::Error& error) {
-            const std::string_view message = error.what();
-            EXPECT_TRUE(message.starts_with("base/xps/fixedpagesaxhandlerbase.cpp(")) << message;
-            EXPECT_TRUE(message.ends_with(") : FixedPage Hegiht/Width attribute is required by XPS.\n"))
-                << message;
-        }
+        EXPECT_EQ(
+            "base/xps/fixedpagesaxhandlerbase.cpp(LINE) : "
+            "FixedPage Hegiht/Width attribute is required by XPS.\n",
+            tests::Thrown<exception::Error>([&] { Handler::RewriteSize(table, kLetter, m_matrix); }))
+            << missing;
         EXPECT_EQ(1u, table.size());
     }
 }
@@ -200,20 +197,17 @@ TEST_F(FixedPageSaxHandlerBaseTest, ABoxIsParsedIntoItsEdges) {
 }
 
 TEST_F(FixedPageSaxHandlerBaseTest, AnEmptyBoxAndAnyCountButFourAreRejected) {
-    const auto messageOf = [](std::wstring_view text) -> std::string {
-        try {
-            (void)Handler::ParseBox(text);
-            return "parsed";
-        } catch (const std::invalid_argument& error) {
-            const std::string message = error.what();
-            EXPECT_TRUE(message.starts_with("base/xps/fixedpagesaxhandlerbase.cpp(")) << message;
-            return message.substr(message.find(" : ") + 3);
-        }
+    const auto messageOf = [](std::wstring_view text) {
+        return tests::Thrown<std::invalid_argument>([&] { (void)Handler::ParseBox(text); });
     };
-    EXPECT_EQ("text is empty.\n", messageOf(L""));
+    EXPECT_EQ("base/xps/fixedpagesaxhandlerbase.cpp(LINE) : text is empty.\n", messageOf(L""));
     for (const wchar_t* text : {L"1", L"1,2", L"1,2,3", L"1,2,3,4,5", L"1,2,3,4,", L",1,2,3,4", L"1,,2,3",
                                 L",,,", L" ", L"1 2 3 4"}) {
-        EXPECT_EQ("the value comma deliminated should consist 4 value.\n", messageOf(text)) << text;
+        EXPECT_EQ(
+            "base/xps/fixedpagesaxhandlerbase.cpp(LINE) : "
+            "the value comma deliminated should consist 4 value.\n",
+            messageOf(text))
+            << text;
     }
 }
 

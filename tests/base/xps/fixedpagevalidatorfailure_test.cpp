@@ -4,18 +4,19 @@
 
 #include "base/xps/fixedpagevalidator.h"
 #include "base/xps/validatorfixture.h"
+#include "thrown.h"
 
 namespace base::xps {
 namespace {
 
 TEST_F(FixedPageValidatorTest, ANullWriterOrPageIsNamedBeforeAnyTicketIsAskedFor) {
-    const std::string noWriter = MessageOf([&] {
+    const std::string noWriter = tests::Thrown<std::invalid_argument>([&] {
         FixedPageValidator(m_provider, nullptr, nullptr, m_feedDirection, m_mediaSize, m_orientation,
                            m_scaling, m_printable);
     });
     EXPECT_TRUE(noWriter.starts_with("base/xps/fixedpagevalidator.cpp(")) << noWriter;
     EXPECT_TRUE(noWriter.ends_with(") : pXpsDocuConsumer is null.\n")) << noWriter;
-    const std::string noPage = MessageOf([&] {
+    const std::string noPage = tests::Thrown<std::invalid_argument>([&] {
         FixedPageValidator(m_provider, m_consumer.Get(), nullptr, m_feedDirection, m_mediaSize, m_orientation,
                            m_scaling, m_printable);
     });
@@ -27,7 +28,7 @@ TEST_F(FixedPageValidatorTest, ATicketThatCannotBeHadFailsTheConstruction) {
     m_provider.m_sizes[kPTDocumentScope] = {1, 1};
     for (const char* call : {"GetTicket 1", "GetTicket 2"}) {
         m_calls.Fail(call, E_PENDING);
-        EXPECT_EQ(E_PENDING, ResultOf([&] { (void)Validator(); })) << call;
+        EXPECT_EQ(E_PENDING, tests::ThrownCode([&] { (void)Validator(); })) << call;
     }
 }
 
@@ -44,7 +45,7 @@ TEST_F(FixedPageValidatorTest, AnyFailureToGetThePagesTicketMeansThatItHasNone) 
 TEST_F(FixedPageValidatorTest, AnOldTicketThatIsNotWellFormedFailsAndIsNotDeleted) {
     GiveTicket(L"/t.xml", "<psf:PrintTicket");
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
-    EXPECT_EQ(E_FAIL, ResultOf([&] { Validate(); }));
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([&] { Validate(); }));
     EXPECT_EQ((Calls{"GetTicket 1", "GetPrintTicket /p", "GetStream"}), Steps());
     EXPECT_EQ(m_ticket.Get(), m_page->Ticket());
     EXPECT_FALSE(IsTurned());
@@ -69,21 +70,21 @@ TEST_F(FixedPageValidatorTest, AnOldTicketWithoutAStreamIsNamed) {
     GiveTicket();
     m_ticket->m_hasNoStream = true;
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
-    const std::string message = MessageOf([&] { Validate(); });
+    const std::string message = tests::Thrown<std::invalid_argument>([&] { Validate(); });
     EXPECT_TRUE(message.ends_with(") : pReader is null.\n")) << message;
 }
 
 TEST_F(FixedPageValidatorTest, ATicketOfAnotherKindOfDocumentFails) {
     GiveTicket(L"/t.xml", "<PrintCapabilities/>");
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
-    EXPECT_TRUE(FAILED(ResultOf([&] { Validate(); })));
+    EXPECT_TRUE(FAILED(tests::ThrownCode([&] { Validate(); })));
     EXPECT_FALSE(HasNewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, AMarkupThatCannotBeParsedFailsAfterTheTicketWasReplaced) {
     m_page = MakeMock<Page>(m_calls, L"/p", "<FixedPage>");
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
-    EXPECT_TRUE(FAILED(ResultOf([&] { Validate(); })));
+    EXPECT_TRUE(FAILED(tests::ThrownCode([&] { Validate(); })));
     EXPECT_TRUE(HasNewTicket());
     ASSERT_NE(nullptr, m_page->Written());
     EXPECT_EQ("", m_page->Written()->Bytes());
@@ -93,12 +94,12 @@ TEST_F(FixedPageValidatorTest, AMarkupThatCannotBeParsedFailsAfterTheTicketWasRe
 TEST_F(FixedPageValidatorTest, AStreamThatThePageRefusesIsAFailure) {
     FixedPageValidator validator = Validator();
     m_calls.Fail("GetStream /p", E_ACCESSDENIED);
-    EXPECT_EQ(E_ACCESSDENIED, ResultOf([&] { (void)validator.GetPageReadStream(); }));
+    EXPECT_EQ(E_ACCESSDENIED, tests::ThrownCode([&] { (void)validator.GetPageReadStream(); }));
     m_calls.Fail("GetWriteStream /p", E_ACCESSDENIED);
-    EXPECT_EQ(E_ACCESSDENIED, ResultOf([&] { (void)validator.GetPageWriteStream(); }));
+    EXPECT_EQ(E_ACCESSDENIED, tests::ThrownCode([&] { (void)validator.GetPageWriteStream(); }));
     m_page->m_hasNoStreams = true;
-    EXPECT_EQ(E_POINTER, ResultOf([&] { (void)validator.GetPageReadStream(); }));
-    EXPECT_EQ(E_POINTER, ResultOf([&] { (void)validator.GetPageWriteStream(); }));
+    EXPECT_EQ(E_POINTER, tests::ThrownCode([&] { (void)validator.GetPageReadStream(); }));
+    EXPECT_EQ(E_POINTER, tests::ThrownCode([&] { (void)validator.GetPageWriteStream(); }));
 }
 
 // Every call of the pipeline fails once. Which failures are borne, and what may be thrown for the others, is
@@ -114,7 +115,7 @@ TEST_F(FixedPageValidatorTest, WhicheverCallFailsThePageFailsWithItsCodeOrTheFai
         m_calls.FailNth(failing, kCode);
         HRESULT result = S_OK;
         try {
-            result = ResultOf([&] { Validate(); });
+            result = tests::ThrownCode([&] { Validate(); });
         } catch (const std::overflow_error&) {
             result = E_FAIL;
         }

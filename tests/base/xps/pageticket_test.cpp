@@ -13,6 +13,7 @@
 #include "domtext.h"
 #include "mockstreams.h"
 #include "platform/bstr.h"
+#include "thrown.h"
 
 namespace base::xps {
 namespace {
@@ -23,12 +24,7 @@ constexpr char kTicket[] =
 class PageTicketTest : public tests::DomTest {
   protected:
     HRESULT ResultOfLoading(IPrintReadStream* pReader) {
-        try {
-            (void)LoadPageTicket(pReader);
-            return S_OK;
-        } catch (const exception::HresultError& error) {
-            return error.GetHresult();
-        }
+        return tests::ThrownCode([&] { (void)LoadPageTicket(pReader); });
     }
 
     tests::CallRecorder m_calls;
@@ -69,21 +65,15 @@ TEST_F(PageTicketTest, ATicketThatCannotBeReadIsAFailure) {
     EXPECT_TRUE(m_calls.HasFailed());
 }
 
-std::string MessageOf(void (*action)()) {
-    try {
-        action();
-        return "nothing was thrown";
-    } catch (const std::invalid_argument& error) {
-        const std::string message = error.what();
-        EXPECT_TRUE(message.starts_with("tests/base/xps/pageticket_test.cpp(")) << message;
-        return message.substr(message.find(" : "));
-    }
-}
+std::string MessageOf(void (*action)()) { return tests::Thrown<std::invalid_argument>(action); }
 
 TEST_F(PageTicketTest, NullArgumentsAreNamed) {
-    EXPECT_EQ(" : pReader is null.\n", MessageOf([] { (void)LoadPageTicket(nullptr); }));
-    EXPECT_EQ(" : pDOMDocument is null.\n", MessageOf([] { SaveTicket(nullptr, nullptr); }));
-    EXPECT_EQ(" : pWriter is null.\n", MessageOf([] { SaveTicket(EmptyTicket().Copy().Get(), nullptr); }));
+    EXPECT_EQ("tests/base/xps/pageticket_test.cpp(LINE) : pReader is null.\n",
+              MessageOf([] { (void)LoadPageTicket(nullptr); }));
+    EXPECT_EQ("tests/base/xps/pageticket_test.cpp(LINE) : pDOMDocument is null.\n",
+              MessageOf([] { SaveTicket(nullptr, nullptr); }));
+    EXPECT_EQ("tests/base/xps/pageticket_test.cpp(LINE) : pWriter is null.\n",
+              MessageOf([] { SaveTicket(EmptyTicket().Copy().Get(), nullptr); }));
 }
 
 TEST_F(PageTicketTest, WhatTheDocumentSaysOfTheWritingIsNotLookedAt) {

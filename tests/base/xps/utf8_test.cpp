@@ -5,6 +5,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "thrown.h"
+
 namespace base::xps {
 namespace {
 
@@ -38,13 +40,11 @@ TEST(Utf8Test, TextWithoutStorageIsRejected) {
     std::ostringstream sink;
     for (void (Utf8Writer::*const write)(std::wstring_view) :
          {&Utf8Writer::Write, &Utf8Writer::WriteEscaped}) {
-        try {
+        const std::string message = tests::Thrown<std::invalid_argument>([&] {
             Utf8Writer writer(sink);
             (writer.*write)(std::wstring_view());
-            ADD_FAILURE() << "wrote text that is not there";
-        } catch (const std::invalid_argument& error) {
-            EXPECT_TRUE(std::string_view(error.what()).ends_with(") : pWideCharStr is null.\n"));
-        }
+        });
+        EXPECT_TRUE(message.ends_with("(LINE) : pWideCharStr is null.\n")) << message;
     }
     EXPECT_THROW((void)ToUtf8(std::wstring_view()), std::invalid_argument);
 }

@@ -234,22 +234,4 @@ class FixedPageValidatorTest : public tests::DomTest {
     FakeImageableArea* m_pImageableArea = nullptr;
 };
 
-inline std::string MessageOf(const std::function<void()>& action) {
-    try {
-        action();
-        return "nothing was thrown";
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
-}
-
-inline HRESULT ResultOf(const std::function<void()>& action) {
-    try {
-        action();
-        return S_OK;
-    } catch (const exception::HresultError& error) {
-        return error.GetHresult();
-    }
-}
-
 }  // namespace base::xps

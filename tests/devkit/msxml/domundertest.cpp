@@ -32,7 +32,7 @@ DocumentPtr NewDocument(Maker maker) {
         maker == Maker::Kit ? CreateDomDocument(__uuidof(IXMLDOMDocument2), pDocument.PutVoid())
                             : CoCreateInstance(platform::CLSID_DomDocument60, nullptr, CLSCTX_INPROC_SERVER,
                                                __uuidof(IXMLDOMDocument2), pDocument.PutVoid());
-    EXPECT_EQ(result, S_OK);
+    EXPECT_EQ(S_OK, result);
     EXPECT_EQ(S_OK, pDocument->put_async(VARIANT_FALSE));
     return pDocument;
 }

@@ -13,6 +13,7 @@
 #include "platform/comptr.h"
 #include "platform/msxml6.h"
 #include "platform/variant.h"
+#include "thrown.h"
 
 namespace base::xps::filterpipeline {
 namespace {
@@ -208,14 +209,10 @@ TEST_F(DefaultPrintTicketTest, TheTextStartsWithTheDeclarationAndOneSpace) {
 TEST(DefaultPrintTicketTextTest, ADocumentThatCannotBeMadeIsAFailureWithTheDomsCode) {
     tests::CallRecorder calls;
     const auto pBag = MakeMock<tests::MockPropertyBag>(calls);
-    HRESULT thrown = S_OK;
     // A thread outside every apartment gets no document.
     CoUninitialize();
-    try {
-        static_cast<void>(CreateDefaultPrintTicket(pBag.Get()));
-    } catch (const exception::HresultError& error) {
-        thrown = error.GetHresult();
-    }
+    const HRESULT thrown =
+        tests::ThrownCode([&] { static_cast<void>(CreateDefaultPrintTicket(pBag.Get())); });
     EXPECT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_MULTITHREADED));
     EXPECT_EQ(CO_E_NOTINITIALIZED, thrown);
 }

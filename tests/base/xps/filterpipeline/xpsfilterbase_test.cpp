@@ -15,6 +15,7 @@
 #include "mockpipeline.h"
 #include "mockproperties.h"
 #include "platform/comptr.h"
+#include "thrown.h"
 
 namespace base::xps::filterpipeline {
 namespace {
@@ -348,34 +349,11 @@ TEST_F(XpsFilterBaseTest, ShutdownOperationReturnsEFailForAnyExceptionAndStillTe
     EXPECT_EQ(E_FAIL, m_pFilter->ShutdownOperation());
 }
 
-// The message of what the body throws, with its file if that is one of the filter's sources.
-template <typename Exception>
-std::string Thrown(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const Exception& error) {
-        const std::string message = error.what();
-        const auto line = message.find('(');
-        const auto text = message.find(") : ");
-        return text == std::string::npos ? message : message.substr(0, line) + message.substr(text + 1);
-    }
-    return "nothing was thrown";
-}
-
-HRESULT ThrownCode(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const exception::HresultError& error) {
-        return error.GetHresult();
-    }
-    return S_OK;
-}
-
 TEST_F(XpsFilterBaseTest, RequestReaderAndRequestWriterRefuseANullAddress) {
-    const std::string expected = "base/xps/filterpipeline/xpsfilterbase.h : ppStream is null.\n";
-    EXPECT_EQ(expected, Thrown<std::invalid_argument>(
+    const std::string expected = "base/xps/filterpipeline/xpsfilterbase.h(LINE) : ppStream is null.\n";
+    EXPECT_EQ(expected, tests::Thrown<std::invalid_argument>(
                             [&] { m_pFilter->RequestReader<IXpsDocumentProvider>(nullptr); }));
-    EXPECT_EQ(expected, Thrown<std::invalid_argument>(
+    EXPECT_EQ(expected, tests::Thrown<std::invalid_argument>(
                             [&] { m_pFilter->RequestWriter<IXpsDocumentConsumer>(nullptr); }));
 }
 
@@ -383,8 +361,8 @@ TEST_F(XpsFilterBaseTest, RequestReaderAndRequestWriterBeforeInitializeFilterThr
     ComPtr<IXpsDocumentProvider> pReader;
     ComPtr<IXpsDocumentConsumer> pWriter;
     const std::string expected = "This function must be called after SetUp() call.";
-    EXPECT_EQ(expected, Thrown<std::logic_error>([&] { m_pFilter->RequestReader(pReader.Put()); }));
-    EXPECT_EQ(expected, Thrown<std::logic_error>([&] { m_pFilter->RequestWriter(pWriter.Put()); }));
+    EXPECT_EQ(expected, tests::Thrown<std::logic_error>([&] { m_pFilter->RequestReader(pReader.Put()); }));
+    EXPECT_EQ(expected, tests::Thrown<std::logic_error>([&] { m_pFilter->RequestWriter(pWriter.Put()); }));
 }
 
 TEST_F(XpsFilterBaseTest, RequestReaderAndRequestWriterGiveTheCommunicatorsObjects) {
@@ -408,10 +386,10 @@ TEST_F(XpsFilterBaseTest, ACommunicatorThatRefusesIsAFailureWithItsCode) {
     ASSERT_EQ(S_OK, Initialize());
     ComPtr<IXpsDocumentProvider> pReader;
     m_calls.Fail("RequestReader", E_ACCESSDENIED);
-    EXPECT_EQ(E_ACCESSDENIED, ThrownCode([&] { m_pFilter->RequestReader(pReader.Put()); }));
+    EXPECT_EQ(E_ACCESSDENIED, tests::ThrownCode([&] { m_pFilter->RequestReader(pReader.Put()); }));
     ComPtr<IXpsDocumentConsumer> pWriter;
     m_calls.Fail("RequestWriter", E_PENDING);
-    EXPECT_EQ(E_PENDING, ThrownCode([&] { m_pFilter->RequestWriter(pWriter.Put()); }));
+    EXPECT_EQ(E_PENDING, tests::ThrownCode([&] { m_pFilter->RequestWriter(pWriter.Put()); }));
     EXPECT_EQ((Calls{"RequestReader", "RequestWriter"}), m_calls.Calls());
 }
 
@@ -435,13 +413,13 @@ TEST_F(XpsFilterBaseTest, NoObjectAtAllRequestsShutdownWithSOkAndThrowsNothing) 
 }
 
 TEST_F(XpsFilterBaseTest, GetDriverInfoBeforeInitializeFilterThrows) {
-    EXPECT_EQ("base/xps/filterpipeline/xpsfilterbase.cpp : invalid function call sequence.\n",
-              Thrown<std::logic_error>([&] { static_cast<void>(m_pFilter->GetDriverInfo()); }));
+    EXPECT_EQ("base/xps/filterpipeline/xpsfilterbase.cpp(LINE) : invalid function call sequence.\n",
+              tests::Thrown<std::logic_error>([&] { static_cast<void>(m_pFilter->GetDriverInfo()); }));
 }
 
 TEST_F(XpsFilterBaseTest, GetDriverInfoWithoutAPrinterHandleIsAFailureWithTheBagsCode) {
     ASSERT_EQ(S_OK, Initialize());
-    EXPECT_EQ(E_ELEMENT_NOT_FOUND, ThrownCode([&] { static_cast<void>(m_pFilter->GetDriverInfo()); }));
+    EXPECT_EQ(E_ELEMENT_NOT_FOUND, tests::ThrownCode([&] { static_cast<void>(m_pFilter->GetDriverInfo()); }));
     EXPECT_EQ(Calls{"GetProperty PrinterHandle"}, m_calls.Calls());
 }
 

@@ -75,7 +75,7 @@ TEST_F(Lifetime, AnAttributesTextKeepsTheElement) {
 TEST_F(Lifetime, ADocumentIsFreeAgainOnceItsNodesAre) {
     const DocumentPtr pDocument = From(L"<a b=\"1\">text<c/></a>");
     const ULONG before = References(pDocument.Get());
-    EXPECT_EQ(before, 1U);
+    EXPECT_EQ(1U, before);
     const std::function<void()> uses[] = {
         [&] { static_cast<void>(RootOf(pDocument)); },
         [&] { static_cast<void>(AttributesOf(RootOf(pDocument).Get())); },

@@ -24,7 +24,7 @@ RUN_FOR_BOTH_MAKERS(ChildNodes);
 
 TEST_P(ChildNodes, GivesChildrenInOrder) {
     const DocumentPtr pDocument = From(L"<a><b/>text<c/><!--d--></a>");
-    EXPECT_EQ(NamesByIndex(ChildrenOf(RootOf(pDocument).Get())), (Names{L"b", L"#text", L"c", L"#comment"}));
+    EXPECT_EQ((Names{L"b", L"#text", L"c", L"#comment"}), NamesByIndex(ChildrenOf(RootOf(pDocument).Get())));
 }
 
 TEST_P(ChildNodes, ItemOutOfRangeIsSFalseAndNull) {
@@ -51,7 +51,7 @@ TEST_P(ChildNodes, IsLive) {
     const DocumentPtr pDocument = From(L"<a><b/></a>");
     const ListPtr pList = ChildrenOf(RootOf(pDocument).Get());
     ASSERT_EQ(S_OK, RootOf(pDocument)->appendChild(MakeNode(pDocument, NODE_ELEMENT, L"c").Get(), nullptr));
-    EXPECT_EQ(NamesByIndex(pList), (Names{L"b", L"c"}));
+    EXPECT_EQ((Names{L"b", L"c"}), NamesByIndex(pList));
     ASSERT_EQ(S_OK, RootOf(pDocument)->removeChild(ChildAt(RootOf(pDocument).Get(), 0).Get(), nullptr));
     EXPECT_EQ(NamesByIndex(pList), Names{L"c"});
 }
@@ -73,7 +73,7 @@ TEST_P(ChildNodes, NextNodeWalksOnce) {
 
 TEST_P(ChildNodes, OfADocumentAreItsTopLevelNodes) {
     const DocumentPtr pDocument = From(L"<?xml version=\"1.0\"?><!--c--><?p d?><a/>");
-    EXPECT_EQ(NamesByIndex(ChildrenOf(pDocument.Get())), (Names{L"xml", L"#comment", L"p", L"a"}));
+    EXPECT_EQ((Names{L"xml", L"#comment", L"p", L"a"}), NamesByIndex(ChildrenOf(pDocument.Get())));
 }
 
 TEST_P(ChildNodes, OfALeafIsAnEmptyList) {

@@ -211,11 +211,11 @@ TEST_F(KitLoading, AFailingReadGivesItsCodeWhicheverItIs) {
         stream.failingCall = failing;
         const HRESULT result = LoadObject(pDocument, &stream);
         if (stream.calls < failing) {
-            EXPECT_EQ(result, S_OK);
+            EXPECT_EQ(S_OK, result);
             EXPECT_EQ(8, failing);
             return;
         }
-        EXPECT_EQ(result, STG_E_READFAULT);
+        EXPECT_EQ(STG_E_READFAULT, result);
         EXPECT_EQ(STG_E_READFAULT, ErrorCode(pDocument));
         EXPECT_FALSE(RootOf(pDocument));
         EXPECT_EQ(failing, stream.calls);

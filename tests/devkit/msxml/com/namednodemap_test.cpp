@@ -23,8 +23,8 @@ TEST_P(AttributeMap, CountsNamespaceDeclarations) {
 TEST_P(AttributeMap, WalksDeclarationsAndAttributesInDocumentOrder) {
     if (HasGaps()) GTEST_SKIP() << "known gap: nextNode skips namespace declarations";
     const DocumentPtr pDocument = From(kMixed);
-    EXPECT_EQ(NamesByNextNode(AttributesOf(RootOf(pDocument).Get())),
-              (Names{L"one", L"xmlns:p", L"p:two", L"xmlns", L"three"}));
+    EXPECT_EQ((Names{L"one", L"xmlns:p", L"p:two", L"xmlns", L"three"}),
+              NamesByNextNode(AttributesOf(RootOf(pDocument).Get())));
 }
 
 TEST_P(AttributeMap, ItemsByIndexAreTheSameInTheSameOrder) {
@@ -54,10 +54,10 @@ TEST_P(AttributeMap, NextNodeStaysBehindTheLastUntilReset) {
     if (HasGaps()) GTEST_SKIP() << "known gap: nextNode starts again behind the last";
     const DocumentPtr pDocument = From(L"<a one=\"1\" two=\"2\"/>");
     const MapPtr pMap = AttributesOf(RootOf(pDocument).Get());
-    EXPECT_EQ(NamesByNextNode(pMap), (Names{L"one", L"two"}));
+    EXPECT_EQ((Names{L"one", L"two"}), NamesByNextNode(pMap));
     EXPECT_EQ(NamesByNextNode(pMap), Names());
     ASSERT_EQ(S_OK, pMap->reset());
-    EXPECT_EQ(NamesByNextNode(pMap), (Names{L"one", L"two"}));
+    EXPECT_EQ((Names{L"one", L"two"}), NamesByNextNode(pMap));
 }
 
 TEST_P(AttributeMap, GetItemDoesNotMoveNextNode) {
@@ -80,7 +80,7 @@ TEST_P(AttributeMap, RemovingTheCurrentNodeEndsTheWalk) {
     EXPECT_EQ(S_FALSE, pMap->nextNode(pNode.Put()));
     EXPECT_FALSE(pNode);
     ASSERT_EQ(S_OK, pMap->reset());
-    EXPECT_EQ(NamesByNextNode(pMap), (Names{L"two", L"three"}));
+    EXPECT_EQ((Names{L"two", L"three"}), NamesByNextNode(pMap));
 }
 
 TEST_P(AttributeMap, AnEmptyMapEndsAtOnce) {

@@ -131,11 +131,11 @@ TEST_F(KitSaving, AFailingWriteGivesItsCodeWhicheverItIs) {
         stream.failure = STG_E_MEDIUMFULL;
         const HRESULT result = From(L"<a>text</a>")->save(Variant(&stream).Get());
         if (stream.calls < failing) {
-            EXPECT_EQ(result, S_OK);
+            EXPECT_EQ(S_OK, result);
             EXPECT_EQ(6, failing);
             return;
         }
-        EXPECT_EQ(result, STG_E_MEDIUMFULL);
+        EXPECT_EQ(STG_E_MEDIUMFULL, result);
         EXPECT_EQ(failing, stream.calls);
     }
 }

@@ -57,7 +57,7 @@ TEST_F(Hostile, TruncatedAtEveryByteInUtf16) {
     ASSERT_EQ(S_OK, LoadBytes(pDocument, bytes));
     for (std::size_t size = 0; size < bytes.size(); ++size) {
         const HRESULT result = LoadBytes(pDocument, std::string_view(bytes).substr(0, size));
-        EXPECT_EQ(result, S_FALSE) << size;
+        EXPECT_EQ(S_FALSE, result) << size;
         ExpectSound(pDocument, result);
     }
 }
