@@ -25,11 +25,19 @@ void FilterTest::SetUpTestSuite() {
     s_liveDomObjects = devkit::msxml::LiveObjectCount();
     // Before the filter: its import of prntvpt.dll is then bound to this one.
     s_pProvider = std::make_unique<SimulatedProvider>(ProgramFolder() / "simulated" / "prntvpt.dll");
+    LoadFilter();
+}
+
+HMODULE FilterTest::FilterHandle() { return GetModuleHandleW(L"pagevalidatefilter.dll"); }
+
+void FilterTest::LoadFilter() {
     s_pFilter = std::make_shared<FilterModule>(ProgramFolder() / "pagevalidatefilter.dll", kFilterClass);
 }
 
+void FilterTest::UnloadFilter() { s_pFilter.reset(); }
+
 void FilterTest::TearDownTestSuite() {
-    s_pFilter.reset();
+    UnloadFilter();
     s_pProvider.reset();
     s_dom.reset();
 }

@@ -33,6 +33,10 @@ class FilterTest : public testing::Test {
     [[nodiscard]] static std::shared_ptr<const devkit::pipeline::JobInput> SampleInput();
     [[nodiscard]] static devkit::prntvpt::SimulatedProvider& Provider() { return *s_pProvider; }
     [[nodiscard]] static const std::shared_ptr<devkit::pipeline::FilterModule>& Filter() { return s_pFilter; }
+    // Null when it is not loaded.
+    [[nodiscard]] static HMODULE FilterHandle();
+    static void LoadFilter();
+    static void UnloadFilter();
 
     // The provider with the switches, every option of a run, and the bag that the device asks for.
     static void Configure(std::vector<std::string> switches = {}, const std::string& device = "simprinter");
