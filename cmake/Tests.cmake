@@ -13,9 +13,11 @@ function(judged_test name)
   else()
     cmake_path(ABSOLUTE_PATH arg_SCRIPT BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} OUTPUT_VARIABLE command)
   endif()
+  # The long form takes longer by far.
+  math(EXPR long "${arg_TIMEOUT} * 6")
   add_test(NAME ${name} COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/cmake/run_test.py --timeout ${arg_TIMEOUT}
-    ${command} ${arg_ARGUMENTS})
+    --long-timeout ${long} ${command} ${arg_ARGUMENTS})
   # The time-out of ctest is for the case that the runner itself hangs.
-  math(EXPR timeout "${arg_TIMEOUT} + 60")
+  math(EXPR timeout "${long} + 60")
   set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} SKIP_RETURN_CODE 77)
 endfunction()

@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
 """Runs one test for ctest and decides whether it passed:
 
-  run_test.py [--timeout SECONDS] PROGRAM [ARGUMENT...]
-  run_test.py [--timeout SECONDS] SCRIPT.py [ARGUMENT...]
+  run_test.py [--timeout SECONDS] [--long-timeout SECONDS] PROGRAM [ARGUMENT...]
+  run_test.py [--timeout SECONDS] [--long-timeout SECONDS] SCRIPT.py [ARGUMENT...]
+
+The second time holds where the long form of the tests is asked for (PAGEVALIDATE_LONG).
 
 An exit status alone proves nothing: a program that calls exit(0) in the middle of its tests has one of 0 as well. So a
 test is given a text of this run's own in TEST_CLOSING_LINE, which its runner prints, with the status that it is about
@@ -113,6 +115,7 @@ def judge(status, output, closing, timeout):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--timeout", type=float, default=300)
+    parser.add_argument("--long-timeout", type=float)
     parser.add_argument("--script", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("command", nargs=argparse.REMAINDER)
     arguments = parser.parse_args()
@@ -121,9 +124,12 @@ def main():
     command = arguments.command
     if command[0].endswith(".py"):
         command = [sys.executable, os.path.abspath(__file__), "--script", *command]
+    timeout = arguments.timeout
+    if arguments.long_timeout and os.environ.get("PAGEVALIDATE_LONG"):
+        timeout = arguments.long_timeout
     closing = "The test came to its end, run " + secrets.token_hex(8) + ":"
-    status, output = run(command, closing, arguments.timeout)
-    result, why = judge(status, output, closing, arguments.timeout)
+    status, output = run(command, closing, timeout)
+    result, why = judge(status, output, closing, timeout)
     if result != 0:
         print(f"{'skipped' if result == SKIPPED else 'FAILED'}: {why}", flush=True)
     return result

@@ -1,0 +1,430 @@
+#include "importfaults.h"
+
+#ifdef _MSC_VER
+#include <intrin.h>
+#endif
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/gdiplus.h"
+#include "platform/prntvpt.h"
+
+namespace tests {
+namespace {
+
+namespace flat = Gdiplus::DllExports;
+
+constexpr std::size_t kImports = static_cast<std::size_t>(Import::Count);
+constexpr std::array<const char*, kImports> kNames = {"operator new",
+                                                      "CoTaskMemAlloc",
+                                                      "SysAllocStringLen",
+                                                      "SetThreadToken",
+                                                      "SetThreadToken to none",
+                                                      "CoInitializeEx",
+                                                      "CoCreateInstance",
+                                                      "CoFileTimeNow",
+                                                      "CreateStreamOnHGlobal",
+                                                      "PTOpenProvider",
+                                                      "PTMergeAndValidatePrintTicket",
+                                                      "PTGetPrintCapabilities",
+                                                      "PTCloseProvider",
+                                                      "GdiplusStartup",
+                                                      "GdipCreateMatrix",
+                                                      "GdipGetMatrixElements",
+                                                      "GdipSetMatrixElements",
+                                                      "GdipRotateMatrix",
+                                                      "GdipScaleMatrix",
+                                                      "GdipTransformMatrixPoints"};
+
+enum class Resource { HeapBlock, Bstr, Matrix, GdiplusSession, ApartmentEntry, ProviderHandle, Count };
+constexpr std::array<const char*, static_cast<std::size_t>(Resource::Count)> kResourceNames = {
+    "heap blocks",     "BSTRs", "GDI+ matrices", "GDI+ sessions", "entries into an apartment",
+    "provider handles"};
+
+// The system's own functions, as the module's import table had them. Linking to them would load libraries
+// that the program chooses to load itself.
+struct System {
+    decltype(&std::malloc) malloc = nullptr;
+    decltype(&std::free) free = nullptr;
+    decltype(&CoTaskMemAlloc) taskMemAlloc = nullptr;
+    decltype(&SysAllocStringLen) allocStringLen = nullptr;
+    decltype(&SysFreeString) freeString = nullptr;
+    decltype(&VariantClear) clearVariant = nullptr;
+    decltype(&SetThreadToken) setThreadToken = nullptr;
+    decltype(&CoInitializeEx) initialize = nullptr;
+    decltype(&CoUninitialize) uninitialize = nullptr;
+    decltype(&CoCreateInstance) createInstance = nullptr;
+    decltype(&CoFileTimeNow) fileTimeNow = nullptr;
+    decltype(&CreateStreamOnHGlobal) createStream = nullptr;
+    decltype(&PTOpenProvider) openProvider = nullptr;
+    decltype(&PTCloseProvider) closeProvider = nullptr;
+    decltype(&PTMergeAndValidatePrintTicket) merge = nullptr;
+    decltype(&PTGetPrintCapabilities) getCapabilities = nullptr;
+    decltype(&Gdiplus::GdiplusStartup) startGdiplus = nullptr;
+    decltype(&Gdiplus::GdiplusShutdown) shutDownGdiplus = nullptr;
+    decltype(&flat::GdipCreateMatrix) createMatrix = nullptr;
+    decltype(&flat::GdipDeleteMatrix) deleteMatrix = nullptr;
+    decltype(&flat::GdipGetMatrixElements) getElements = nullptr;
+    decltype(&flat::GdipSetMatrixElements) setElements = nullptr;
+    decltype(&flat::GdipRotateMatrix) rotate = nullptr;
+    decltype(&flat::GdipScaleMatrix) scale = nullptr;
+    decltype(&flat::GdipTransformMatrixPoints) transformPoints = nullptr;
+};
+System g_system;
+
+// What the replacements share. The lock is never held while the system's own function runs.
+struct State {
+    std::mutex lock;
+    std::uintptr_t base = 0;
+    std::uintptr_t size = 0;
+    std::array<unsigned, kImports> calls{};
+    Import failing = Import::Count;
+    unsigned nth = 0;
+    bool onwards = false;
+    unsigned seen = 0;
+    std::vector<std::uintptr_t> failedPath;
+    void* pOperatorNew = nullptr;  // where it has called malloc
+    std::size_t recordedPlaces = 0;
+    Import recorded = Import::Count;
+    std::vector<std::uint64_t> paths;
+    std::array<std::multiset<std::uintptr_t>, static_cast<std::size_t>(Resource::Count)> held;
+};
+State* g_pState = nullptr;
+
+// The places of the module on the calling thread's stack, the innermost first.
+std::vector<std::uintptr_t> PathOfCaller(const State& state) {
+    std::array<void*, 48> frames{};
+    const WORD count = RtlCaptureStackBackTrace(1, static_cast<DWORD>(frames.size()), frames.data(), nullptr);
+    std::vector<std::uintptr_t> path;
+    for (WORD i = 0; i < count; ++i) {
+        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(frames[i]) - state.base;
+        if (offset < state.size) path.push_back(offset);
+    }
+    return path;
+}
+
+std::uint64_t NumberOf(const std::vector<std::uintptr_t>& path, std::size_t places) {
+    std::uint64_t number = 14695981039346656037ull;
+    for (std::size_t i = 0; i < std::min(places, path.size()); ++i)
+        number = (number ^ path[i]) * 1099511628211ull;
+    return number;
+}
+
+// Counts a call; true when it is to fail.
+bool Strikes(Import import) {
+    State& state = *g_pState;
+    const std::scoped_lock lock(state.lock);
+    ++state.calls[static_cast<std::size_t>(import)];
+    if (import == state.recorded) state.paths.push_back(NumberOf(PathOfCaller(state), state.recordedPlaces));
+    if (import != state.failing) return false;
+    ++state.seen;
+    if (state.seen == state.nth) state.failedPath = PathOfCaller(state);
+    return state.seen == state.nth || (state.onwards && state.seen > state.nth);
+}
+
+template <typename Key>
+std::uintptr_t KeyOf(Key key) {
+    if constexpr (std::is_pointer_v<Key>) {
+        return reinterpret_cast<std::uintptr_t>(key);
+    } else {
+        return static_cast<std::uintptr_t>(key);
+    }
+}
+
+template <typename Key>
+void Take(Resource resource, Key key) {
+    const std::scoped_lock lock(g_pState->lock);
+    g_pState->held[static_cast<std::size_t>(resource)].insert(KeyOf(key));
+}
+
+// What the module did not take itself is somebody else's account.
+template <typename Key>
+void GiveBack(Resource resource, Key key) {
+    const std::scoped_lock lock(g_pState->lock);
+    auto& held = g_pState->held[static_cast<std::size_t>(resource)];
+    if (const auto found = held.find(KeyOf(key)); found != held.end()) held.erase(found);
+}
+
+// Where the replacement was called from.
+#ifdef _MSC_VER
+#define CALLER _ReturnAddress()
+#else
+#define CALLER __builtin_return_address(0)
+#endif
+
+bool IsOperatorNew(void* pCaller) {
+    const std::scoped_lock lock(g_pState->lock);
+    if (g_pState->pOperatorNew == nullptr) g_pState->pOperatorNew = pCaller;
+    return g_pState->pOperatorNew == pCaller;
+}
+
+void* Malloc(std::size_t size) {
+    if (!IsOperatorNew(CALLER)) return g_system.malloc(size);
+    if (Strikes(Import::OperatorNew)) return nullptr;
+    void* const pBlock = g_system.malloc(size);
+    if (pBlock != nullptr) Take(Resource::HeapBlock, pBlock);
+    return pBlock;
+}
+void Free(void* pBlock) {
+    GiveBack(Resource::HeapBlock, pBlock);
+    g_system.free(pBlock);
+}
+
+void* WINAPI TaskMemAlloc(SIZE_T size) {
+    return Strikes(Import::CoTaskMemAlloc) ? nullptr : g_system.taskMemAlloc(size);
+}
+BSTR WINAPI AllocStringLen(const OLECHAR* text, UINT length) {
+    if (Strikes(Import::SysAllocStringLen)) return nullptr;
+    const BSTR copy = g_system.allocStringLen(text, length);
+    if (copy != nullptr) Take(Resource::Bstr, copy);
+    return copy;
+}
+void WINAPI FreeString(BSTR text) {
+    GiveBack(Resource::Bstr, text);
+    g_system.freeString(text);
+}
+HRESULT WINAPI ClearVariant(VARIANT* pVariant) {
+    if (pVariant->vt == VT_BSTR) GiveBack(Resource::Bstr, pVariant->bstrVal);
+    return g_system.clearVariant(pVariant);
+}
+
+BOOL WINAPI TakeThreadToken(HANDLE* pThread, HANDLE token) {
+    if (!Strikes(token == nullptr ? Import::SetThreadTokenGiveBack : Import::SetThreadTokenTake)) {
+        return g_system.setThreadToken(pThread, token);
+    }
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+HRESULT WINAPI Initialize(void* pReserved, DWORD mode) {
+    if (Strikes(Import::CoInitializeEx)) return kImportFailure;
+    const HRESULT hr = g_system.initialize(pReserved, mode);
+    if (SUCCEEDED(hr)) Take(Resource::ApartmentEntry, GetCurrentThreadId());
+    return hr;
+}
+void WINAPI Uninitialize() {
+    GiveBack(Resource::ApartmentEntry, GetCurrentThreadId());
+    g_system.uninitialize();
+}
+HRESULT WINAPI CreateInstance(REFCLSID clsid, IUnknown* pOuter, DWORD context, REFIID iid, void** ppObject) {
+    *ppObject = nullptr;
+    return Strikes(Import::CoCreateInstance) ? kImportFailure
+                                             : g_system.createInstance(clsid, pOuter, context, iid, ppObject);
+}
+HRESULT WINAPI FileTimeNow(FILETIME* pTime) {
+    return Strikes(Import::CoFileTimeNow) ? kImportFailure : g_system.fileTimeNow(pTime);
+}
+HRESULT WINAPI CreateStream(HGLOBAL memory, BOOL isFreed, IStream** ppStream) {
+    *ppStream = nullptr;
+    return Strikes(Import::CreateStreamOnHGlobal) ? kImportFailure
+                                                  : g_system.createStream(memory, isFreed, ppStream);
+}
+
+HRESULT WINAPI OpenProvider(const wchar_t* printer, DWORD version, HPTPROVIDER* pProvider) {
+    if (Strikes(Import::PTOpenProvider)) return kImportFailure;
+    const HRESULT hr = g_system.openProvider(printer, version, pProvider);
+    if (SUCCEEDED(hr)) Take(Resource::ProviderHandle, *pProvider);
+    return hr;
+}
+HRESULT WINAPI CloseProvider(HPTPROVIDER provider) {
+    GiveBack(Resource::ProviderHandle, provider);
+    const HRESULT hr = g_system.closeProvider(provider);
+    return Strikes(Import::PTCloseProvider) ? kImportFailure : hr;
+}
+HRESULT WINAPI Merge(HPTPROVIDER provider, IStream* pBase, IStream* pDelta, EPrintTicketScope scope,
+                     IStream* pResult, BSTR* pError) {
+    return Strikes(Import::PTMergeAndValidatePrintTicket)
+               ? kImportFailure
+               : g_system.merge(provider, pBase, pDelta, scope, pResult, pError);
+}
+HRESULT WINAPI GetCapabilities(HPTPROVIDER provider, IStream* pTicket, IStream* pCapabilities, BSTR* pError) {
+    return Strikes(Import::PTGetPrintCapabilities)
+               ? kImportFailure
+               : g_system.getCapabilities(provider, pTicket, pCapabilities, pError);
+}
+
+Gdiplus::Status WINAPI StartGdiplus(ULONG_PTR* pToken, const Gdiplus::GdiplusStartupInput* pInput,
+                                    Gdiplus::GdiplusStartupOutput* pOutput) {
+    if (Strikes(Import::GdiplusStartup)) return Gdiplus::OutOfMemory;
+    const Gdiplus::Status status = g_system.startGdiplus(pToken, pInput, pOutput);
+    if (status == Gdiplus::Ok) Take(Resource::GdiplusSession, *pToken);
+    return status;
+}
+void WINAPI ShutDownGdiplus(ULONG_PTR token) {
+    GiveBack(Resource::GdiplusSession, token);
+    g_system.shutDownGdiplus(token);
+}
+Gdiplus::Status WINGDIPAPI CreateMatrix(Gdiplus::GpMatrix** ppMatrix) {
+    if (Strikes(Import::GdipCreateMatrix)) return Gdiplus::OutOfMemory;
+    const Gdiplus::Status status = g_system.createMatrix(ppMatrix);
+    if (status == Gdiplus::Ok) Take(Resource::Matrix, *ppMatrix);
+    return status;
+}
+Gdiplus::Status WINGDIPAPI DeleteMatrix(Gdiplus::GpMatrix* pMatrix) {
+    GiveBack(Resource::Matrix, pMatrix);
+    return g_system.deleteMatrix(pMatrix);
+}
+// An operation on a matrix.
+template <Import Which, auto Function, typename... Arguments>
+Gdiplus::Status WINGDIPAPI UseMatrix(Arguments... arguments) {
+    return Strikes(Which) ? Gdiplus::OutOfMemory : (g_system.*Function)(arguments...);
+}
+
+struct Replacement {
+    void* pFunction = nullptr;
+    void** ppSystem = nullptr;
+};
+
+template <typename Function>
+Replacement Replace(Function* pFunction, Function*& pSystem) {
+    return {reinterpret_cast<void*>(pFunction), reinterpret_cast<void**>(&pSystem)};
+}
+
+template <Import Which, auto Function, typename... Arguments>
+Replacement ReplaceMatrixUse(Gdiplus::Status(WINGDIPAPI*& pSystem)(Arguments...)) {
+    return Replace(&UseMatrix<Which, Function, Arguments...>, pSystem);
+}
+
+const std::map<std::string, Replacement>& Replacements() {
+    static const std::map<std::string, Replacement> replacements = {
+        {"malloc", Replace(&Malloc, g_system.malloc)},
+        {"free", Replace(&Free, g_system.free)},
+        {"CoTaskMemAlloc", Replace(&TaskMemAlloc, g_system.taskMemAlloc)},
+        {"SysAllocStringLen", Replace(&AllocStringLen, g_system.allocStringLen)},
+        {"SysFreeString", Replace(&FreeString, g_system.freeString)},
+        {"VariantClear", Replace(&ClearVariant, g_system.clearVariant)},
+        {"SetThreadToken", Replace(&TakeThreadToken, g_system.setThreadToken)},
+        {"CoInitializeEx", Replace(&Initialize, g_system.initialize)},
+        {"CoUninitialize", Replace(&Uninitialize, g_system.uninitialize)},
+        {"CoCreateInstance", Replace(&CreateInstance, g_system.createInstance)},
+        {"CoFileTimeNow", Replace(&FileTimeNow, g_system.fileTimeNow)},
+        {"CreateStreamOnHGlobal", Replace(&CreateStream, g_system.createStream)},
+        {"PTOpenProvider", Replace(&OpenProvider, g_system.openProvider)},
+        {"PTCloseProvider", Replace(&CloseProvider, g_system.closeProvider)},
+        {"PTMergeAndValidatePrintTicket", Replace(&Merge, g_system.merge)},
+        {"PTGetPrintCapabilities", Replace(&GetCapabilities, g_system.getCapabilities)},
+        {"GdiplusStartup", Replace(&StartGdiplus, g_system.startGdiplus)},
+        {"GdiplusShutdown", Replace(&ShutDownGdiplus, g_system.shutDownGdiplus)},
+        {"GdipCreateMatrix", Replace(&CreateMatrix, g_system.createMatrix)},
+        {"GdipDeleteMatrix", Replace(&DeleteMatrix, g_system.deleteMatrix)},
+        {"GdipGetMatrixElements",
+         ReplaceMatrixUse<Import::GdipGetMatrixElements, &System::getElements>(g_system.getElements)},
+        {"GdipSetMatrixElements",
+         ReplaceMatrixUse<Import::GdipSetMatrixElements, &System::setElements>(g_system.setElements)},
+        {"GdipRotateMatrix", ReplaceMatrixUse<Import::GdipRotateMatrix, &System::rotate>(g_system.rotate)},
+        {"GdipScaleMatrix", ReplaceMatrixUse<Import::GdipScaleMatrix, &System::scale>(g_system.scale)},
+        {"GdipTransformMatrixPoints",
+         ReplaceMatrixUse<Import::GdipTransformMatrixPoints, &System::transformPoints>(
+             g_system.transformPoints)},
+    };
+    return replacements;
+}
+
+template <typename Type>
+Type* At(std::uintptr_t base, std::uintptr_t offset) {
+    return reinterpret_cast<Type*>(base + offset);
+}
+
+// Keeps what the slot had.
+void PutIntoSlot(IMAGE_THUNK_DATA& slot, const Replacement& replacement) {
+    *replacement.ppSystem = reinterpret_cast<void*>(slot.u1.Function);
+    DWORD before = 0;
+    if (!VirtualProtect(&slot, sizeof(slot), PAGE_READWRITE, &before)) {
+        throw std::logic_error("the import table cannot be written");
+    }
+    slot.u1.Function = reinterpret_cast<ULONG_PTR>(replacement.pFunction);
+    VirtualProtect(&slot, sizeof(slot), before, &before);
+}
+
+// How many functions were replaced.
+std::size_t ReplaceImports(std::uintptr_t base, const IMAGE_DATA_DIRECTORY& imports) {
+    std::size_t replaced = 0;
+    for (auto* pLibrary = At<IMAGE_IMPORT_DESCRIPTOR>(base, imports.VirtualAddress); pLibrary->Name != 0;
+         ++pLibrary) {
+        const auto* pName = At<IMAGE_THUNK_DATA>(base, pLibrary->OriginalFirstThunk);
+        auto* pSlot = At<IMAGE_THUNK_DATA>(base, pLibrary->FirstThunk);
+        for (; pName->u1.AddressOfData != 0; ++pName, ++pSlot) {
+            if (IMAGE_SNAP_BY_ORDINAL(pName->u1.Ordinal)) continue;
+            const auto* pImport = At<IMAGE_IMPORT_BY_NAME>(base, pName->u1.AddressOfData);
+            const auto found = Replacements().find(reinterpret_cast<const char*>(pImport->Name));
+            if (found == Replacements().end()) continue;
+            PutIntoSlot(*pSlot, found->second);
+            ++replaced;
+        }
+    }
+    return replaced;
+}
+
+}  // namespace
+
+const char* NameOf(Import import) { return kNames.at(static_cast<std::size_t>(import)); }
+
+ImportFaults::ImportFaults(HMODULE module) {
+    const auto base = reinterpret_cast<std::uintptr_t>(module);
+    const auto* pHeaders =
+        At<IMAGE_NT_HEADERS>(base, static_cast<std::uintptr_t>(At<IMAGE_DOS_HEADER>(base, 0)->e_lfanew));
+    g_pState = new State;
+    g_pState->base = base;
+    g_pState->size = pHeaders->OptionalHeader.SizeOfImage;
+    if (ReplaceImports(base, pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT]) == 0) {
+        delete std::exchange(g_pState, nullptr);
+        throw std::logic_error("the module imports nothing that can fail");
+    }
+}
+
+ImportFaults::~ImportFaults() { delete std::exchange(g_pState, nullptr); }
+
+void ImportFaults::Fail(Import import, unsigned nth, bool onwards) {
+    const std::scoped_lock lock(g_pState->lock);
+    g_pState->failing = import;
+    g_pState->nth = nth;
+    g_pState->onwards = onwards;
+    g_pState->seen = 0;
+    g_pState->failedPath.clear();
+}
+
+bool ImportFaults::HasFailed() const {
+    const std::scoped_lock lock(g_pState->lock);
+    return g_pState->nth != 0 && g_pState->seen >= g_pState->nth;
+}
+
+void ImportFaults::RecordPaths(Import import, std::size_t places) {
+    const std::scoped_lock lock(g_pState->lock);
+    g_pState->recordedPlaces = places;
+    g_pState->recorded = import;
+    g_pState->paths.clear();
+}
+
+std::vector<std::uint64_t> ImportFaults::Paths() const {
+    const std::scoped_lock lock(g_pState->lock);
+    return g_pState->paths;
+}
+
+std::vector<std::uintptr_t> ImportFaults::FailedPath() const {
+    const std::scoped_lock lock(g_pState->lock);
+    return g_pState->failedPath;
+}
+
+unsigned ImportFaults::Calls(Import import) const {
+    const std::scoped_lock lock(g_pState->lock);
+    return g_pState->calls.at(static_cast<std::size_t>(import));
+}
+
+std::vector<std::string> ImportFaults::LeftOver() const {
+    const std::scoped_lock lock(g_pState->lock);
+    std::vector<std::string> left;
+    for (std::size_t i = 0; i < kResourceNames.size(); ++i) {
+        const std::size_t count = g_pState->held[i].size();
+        if (count != 0) left.push_back(std::to_string(count) + " " + kResourceNames[i]);
+    }
+    return left;
+}
+
+}  // namespace tests
