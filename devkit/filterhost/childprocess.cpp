@@ -47,10 +47,13 @@ struct Pipe {
     STARTUPINFOW start{};
     start.cb = sizeof(start);
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
-                        &process)) {
-        ThrowLastError("CreateProcess");
+    const bool isStarted = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                          nullptr, &start, &process) != FALSE;
+    const DWORD error = GetLastError();
+    for (const UniqueHandle* const pHandle : {&read, &write}) {
+        SetHandleInformation(pHandle->get(), HANDLE_FLAG_INHERIT, 0);
     }
+    if (!isStarted) throw std::system_error(static_cast<int>(error), std::system_category(), "CreateProcess");
     CloseHandle(process.hThread);
     return UniqueHandle(process.hProcess);
 }
