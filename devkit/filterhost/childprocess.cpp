@@ -30,6 +30,24 @@ struct Pipe {
     return std::to_wstring(reinterpret_cast<std::uintptr_t>(handle.get()));
 }
 
+// Wine, on a busy machine, was seen to give up a process with this error before any of its code had run, once
+// in some thousand starts. Nothing has happened then, so it is tried again.
+constexpr int kMostAttempts = 10;
+
+[[nodiscard]] DWORD CreateChild(const std::wstring& program, std::wstring& line,
+                                PROCESS_INFORMATION& process) {
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    DWORD error = ERROR_INTERNAL_ERROR;
+    for (int attempt = 0; attempt < kMostAttempts && error == ERROR_INTERNAL_ERROR; ++attempt) {
+        if (attempt > 0) Sleep(10);
+        const BOOL isStarted = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0,
+                                              nullptr, nullptr, &start, &process);
+        error = isStarted ? ERROR_SUCCESS : GetLastError();
+    }
+    return error;
+}
+
 // Starts the program so that it inherits these two handles. Both are inheritable only under the lock, or a
 // child that is started at the same time would inherit them too and keep the pipes open.
 [[nodiscard]] UniqueHandle Start(std::wstring_view command, const UniqueHandle& read,
@@ -44,16 +62,14 @@ struct Pipe {
             ThrowLastError("SetHandleInformation");
         }
     }
-    STARTUPINFOW start{};
-    start.cb = sizeof(start);
     PROCESS_INFORMATION process{};
-    const bool isStarted = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                          nullptr, &start, &process) != FALSE;
-    const DWORD error = GetLastError();
+    const DWORD error = CreateChild(program, line, process);
     for (const UniqueHandle* const pHandle : {&read, &write}) {
         SetHandleInformation(pHandle->get(), HANDLE_FLAG_INHERIT, 0);
     }
-    if (!isStarted) throw std::system_error(static_cast<int>(error), std::system_category(), "CreateProcess");
+    if (error != ERROR_SUCCESS) {
+        throw std::system_error(static_cast<int>(error), std::system_category(), "CreateProcess");
+    }
     CloseHandle(process.hThread);
     return UniqueHandle(process.hProcess);
 }
