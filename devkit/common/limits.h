@@ -18,8 +18,9 @@ struct XmlLimits {
 // The same for a package: one beyond a limit is refused with an Error. Sizes are bytes after decompression
 // where not said otherwise.
 struct Limits {
-    // Entries of the zip archive; the default is what an archive without the ZIP64 extension can hold.
-    std::uint64_t maxEntries = 65'535;
+    // Entries of the zip archive. The default leaves room for two parts beside each page of a job that has as
+    // many pages as maxReferences allows.
+    std::uint64_t maxEntries = 300'000;
     // What is read of the file to list its entries.
     std::uint64_t maxDirectoryBytes = std::uint64_t{64} << 20;
     // One part, by its declared and by its real size.

@@ -157,12 +157,13 @@ TEST(HostilePackageTest, MoreReferencesThanTheLimitAreRefused) {
     EXPECT_EQ("refers to more than 100000 documents and pages, /d.fdoc", OpeningError(entries));
 }
 
-TEST(HostilePackageTest, AHundredThousandPartsAreRefusedInBoundedTime) {
+TEST(HostilePackageTest, PartsWithoutEndAreRefusedInBoundedTime) {
     std::vector<RawEntry> entries = SmallDocument();
-    for (int i = 0; i < 100'000; ++i) entries.emplace_back("part" + std::to_string(i), "");
+    for (int i = 0; i < 300'000; ++i) entries.emplace_back("part" + std::to_string(i), "");
     const std::string bytes = BuildZip(entries);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ("has more than 65535 entries, test.xps", ErrorOf([&] { static_cast<void>(OpenBytes(bytes)); }));
+    EXPECT_EQ("has more than 300000 entries, test.xps",
+              ErrorOf([&] { static_cast<void>(OpenBytes(bytes)); }));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 

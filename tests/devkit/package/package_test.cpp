@@ -286,6 +286,18 @@ TEST(PackageTest, SavesToAFile) {
     EXPECT_EQ(BuildZip(SmallDocument()), ReadFileBytes(folder / "in.xps"));
 }
 
+TEST(PackageTest, MoreEntriesThanAnArchiveCountsWithoutZip64ComeOutAgain) {
+    std::vector<RawEntry> entries = SmallDocument();
+    for (int i = 0; i < 70'000; ++i) entries.emplace_back("part" + std::to_string(i) + ".bin", "");
+    entries.emplace_back("last.bin", "the last");
+    Package package = OpenEntries(entries);
+    package.Replace("/p.fpage", "new");
+    const Package again = OpenBytes(SavedBytes(package));
+    EXPECT_EQ(package.Parts().size(), again.Parts().size());
+    EXPECT_EQ("new", again.Read("/p.fpage"));
+    EXPECT_EQ("the last", again.Read("/last.bin"));
+}
+
 TEST(PackageTest, IsNotWrittenOverItsOwnInput) {
     const TemporaryFolder folder;
     WriteFileBytes(folder / "in.xps", BuildZip(SmallDocument()));
