@@ -56,7 +56,8 @@ build() { # NAME SOURCE-FOLDER CMAKE-OPTION...
   say "building $name for $target"
   if ! { cmake -G Ninja -S "$source" -B "$prefix/.build/$name" \
       -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/mingw-$target.cmake" -DCMAKE_BUILD_TYPE=Release \
-      -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=OFF "$@" &&
+      -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=OFF \
+      -DCMAKE_C_FLAGS_RELEASE="-O3 -DNDEBUG -ffile-prefix-map=$root/=" "$@" &&
       cmake --build "$prefix/.build/$name" && cmake --install "$prefix/.build/$name"; } >"$log" 2>&1; then
     tail -n 30 "$log" >&2
     echo "cmake/dependencies.sh: building $name failed, the whole log is $log" >&2
