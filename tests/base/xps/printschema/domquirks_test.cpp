@@ -43,20 +43,19 @@ VARIANT Number(LONG value) {
 TEST_P(DomQuirksTest, AValueTypedAsANumberIsReadAsItsText) {
     const tests::TypedValue typed(Number(-210000));
     Bstr text;
-    EXPECT_EQ(m_handler.GetValue(m_query, text.Put()), S_OK);
-    EXPECT_EQ(text.View(), L"-210000");
+    EXPECT_EQ(S_OK, m_handler.GetValue(m_query, text.Put()));
+    EXPECT_EQ(L"-210000", text.View());
     std::int32_t value = 0;
-    EXPECT_EQ(m_handler.ReadInteger(m_query, &value), S_OK);
-    EXPECT_EQ(value, -210000);
+    EXPECT_EQ(S_OK, m_handler.ReadInteger(m_query, &value));
+    EXPECT_EQ(-210000, value);
 }
 
 TEST_P(DomQuirksTest, AnOptionNameTypedAsANumberIsItsText) {
     const tests::TypedValue typed(Number(42));
     Bstr option;
-    EXPECT_EQ(m_handler.GetOptionName({SchemaNamespace::Keywords, L"JobInputBin"}, SchemaNamespace::Keywords,
-                                      option.Put()),
-              S_OK);
-    EXPECT_EQ(option.View(), L"42");
+    EXPECT_EQ(S_OK, m_handler.GetOptionName({SchemaNamespace::Keywords, L"JobInputBin"},
+                                            SchemaNamespace::Keywords, option.Put()));
+    EXPECT_EQ(L"42", option.View());
 }
 
 TEST_P(DomQuirksTest, AValueTypedAsAFractionIsItsTextAndNoInteger) {
@@ -65,11 +64,11 @@ TEST_P(DomQuirksTest, AValueTypedAsAFractionIsItsTextAndNoInteger) {
     fraction.dblVal = 2.5;
     const tests::TypedValue typed(fraction);
     Bstr text;
-    EXPECT_EQ(m_handler.GetValue(m_query, text.Put()), S_OK);
-    EXPECT_EQ(text.View(), L"2.5");
+    EXPECT_EQ(S_OK, m_handler.GetValue(m_query, text.Put()));
+    EXPECT_EQ(L"2.5", text.View());
     std::int32_t value = 7;
-    EXPECT_EQ(m_handler.ReadInteger(m_query, &value), HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
-    EXPECT_EQ(value, 7);
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), m_handler.ReadInteger(m_query, &value));
+    EXPECT_EQ(7, value);
 }
 
 TEST_P(DomQuirksTest, AValueThatHasNoTextIsTheConversionsFailure) {
@@ -77,28 +76,28 @@ TEST_P(DomQuirksTest, AValueThatHasNoTextIsTheConversionsFailure) {
     null.vt = VT_NULL;
     const tests::TypedValue typed(null);
     Bstr text(L"before");
-    EXPECT_EQ(m_handler.GetValue(m_query, text.Put()), DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(text.Get(), nullptr);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, m_handler.GetValue(m_query, text.Put()));
+    EXPECT_EQ(nullptr, text.Get());
     std::int32_t value = 7;
-    EXPECT_EQ(m_handler.ReadInteger(m_query, &value), DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(value, 7);
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, m_handler.ReadInteger(m_query, &value));
+    EXPECT_EQ(7, value);
 }
 
 TEST_P(DomQuirksTest, AnEmptyValueIsNoInteger) {
     const tests::TypedValue typed(VARIANT{});
     std::int32_t value = 7;
-    EXPECT_EQ(m_handler.ReadInteger(m_query, &value), HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
-    EXPECT_EQ(value, 7);
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), m_handler.ReadInteger(m_query, &value));
+    EXPECT_EQ(7, value);
 }
 
 TEST_P(DomQuirksTest, PrefixesAreFoundFromTheFirstDeclarationOnWhereverTheMapStands) {
     const tests::WalkedMaps walked;
     const PrintTicketHandler handler(m_pTicket.Get());
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Framework), L"psf:");
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Keywords), L"psk:");
+    EXPECT_EQ(L"psf:", handler.GetPrefix(SchemaNamespace::Framework));
+    EXPECT_EQ(L"psk:", handler.GetPrefix(SchemaNamespace::Keywords));
     MediaSizeData mediaSize;
     mediaSize.Write(m_pTicket.Get());
-    EXPECT_NE(DomText(m_pTicket.Get()).find(L"xsi:type=\"xsd:integer\""), std::wstring::npos);
+    EXPECT_NE(std::wstring::npos, DomText(m_pTicket.Get()).find(L"xsi:type=\"xsd:integer\""));
 }
 
 TEST_P(DomQuirksTest, DeclarationsAreMergedFromTheFirstOnWhereverTheMapStands) {
@@ -109,7 +108,7 @@ TEST_P(DomQuirksTest, DeclarationsAreMergedFromTheFirstOnWhereverTheMapStands) {
         const tests::WalkedMaps walked;
         base::xml::XmlMarger(comparator).Merge(pBase.Get(), pTarget.Get());
     }
-    EXPECT_EQ(DomText(pBase.Get()), L"<r xmlns:j=\"urn:j\" xmlns:k=\"urn:k\"/>");
+    EXPECT_EQ(L"<r xmlns:j=\"urn:j\" xmlns:k=\"urn:k\"/>", DomText(pBase.Get()));
 }
 
 TEST_ON_EACH_DOM(DomQuirksTest);

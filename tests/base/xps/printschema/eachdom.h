@@ -32,7 +32,7 @@ class EachDomTest : public testing::TestWithParam<DomKind> {
     // Behind the members of the derived test, which may hold documents.
     ~EachDomTest() override {
         m_registration.reset();
-        EXPECT_EQ(devkit::msxml::LiveObjectCount(), 0);
+        EXPECT_EQ(0, devkit::msxml::LiveObjectCount());
     }
 
   private:

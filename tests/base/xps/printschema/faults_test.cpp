@@ -136,10 +136,10 @@ class FaultTest : public HandlerTest {
                 answered = operation(handler);
             });
             if (thrown == S_OK) {
-                EXPECT_EQ(answered, hasFailed() ? Injected : S_OK);
+                EXPECT_EQ(hasFailed() ? Injected : S_OK, answered);
             } else {
                 EXPECT_TRUE(hasFailed());
-                EXPECT_EQ(thrown, Injected);
+                EXPECT_EQ(Injected, thrown);
             }
         });
     }
@@ -159,7 +159,7 @@ class FaultTest : public HandlerTest {
                 const HRESULT answered = operation(handler);
                 hasFailed = faults.HasFailed();
                 answers.insert(answered);
-                EXPECT_NE(std::ranges::find(codes, answered), codes.end())
+                EXPECT_NE(codes.end(), std::ranges::find(codes, answered))
                     << "call " << nth << " claims " << claimed << ": " << std::hex << answered;
             }
             EXPECT_TRUE(answers.contains(*codes.begin())) << claimed;
@@ -190,13 +190,13 @@ TEST_P(FaultTest, AFailingCallIsWhatAQueryAnswers) {
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         Node pNode;
         const HRESULT hr = handler.SelectSingleNode(L"//psf:Feature", pNode.Put());
-        EXPECT_EQ(static_cast<bool>(pNode), hr == S_OK);
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pNode));
         return hr;
     });
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         ComPtr<IXMLDOMNodeList> pList;
         const HRESULT hr = handler.SelectNodes(L"Feature", pList.Put());
-        EXPECT_EQ(static_cast<bool>(pList), hr == S_OK);
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pList));
         return hr;
     });
 }
@@ -215,7 +215,7 @@ TEST_P(FaultTest, AFailingCallIsWhatAReaderAnswers) {
         AnswerEachFailure([&](const PrintSchemaHandler& handler) {
             Bstr text;
             const HRESULT hr = read(handler, text.Put());
-            EXPECT_EQ(text.Get() != nullptr, hr == S_OK);
+            EXPECT_EQ(hr == S_OK, text.Get() != nullptr);
             return hr;
         });
     };
@@ -235,7 +235,7 @@ TEST_P(FaultTest, AFailingCallIsWhatAReaderAnswers) {
         Node pOption;
         HRESULT hr = handler.SelectSingleNode(handler.OptionQuery(Scaling), pOption.Put());
         if (hr == S_OK) hr = handler.ReadInteger(pOption.Get(), PropertyKind::Scored, Offset, &value);
-        EXPECT_EQ(value, hr == S_OK ? 11 : 7);
+        EXPECT_EQ(hr == S_OK ? 11 : 7, value);
         return hr;
     });
 }
@@ -244,23 +244,23 @@ TEST_P(FaultTest, AFailingCallIsWhatABuilderAnswers) {
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         Element pProperty;
         const HRESULT hr = handler.CreateIntegerProperty(Offset, 1, pProperty.Put());
-        EXPECT_EQ(static_cast<bool>(pProperty), hr == S_OK);
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pProperty));
         return hr;
     });
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         Element pReference;
         Element pInitializer;
         const HRESULT hr = handler.CreateIntegerParameter(L"A", 1, pReference.Put(), pInitializer.Put());
-        EXPECT_EQ(static_cast<bool>(pReference), hr == S_OK);
-        EXPECT_EQ(static_cast<bool>(pInitializer), hr == S_OK);
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pReference));
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pInitializer));
         return hr;
     });
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         Element pFeature;
         Element pOption;
         const HRESULT hr = handler.CreateFeatureOption(Scaling, Offset, pFeature.Put(), pOption.Put());
-        EXPECT_EQ(static_cast<bool>(pFeature), hr == S_OK);
-        EXPECT_EQ(static_cast<bool>(pOption), hr == S_OK);
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pFeature));
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pOption));
         return hr;
     });
 }
@@ -278,8 +278,8 @@ TEST_P(FaultTest, AFailedReadOfScalingKeepsItsValues) {
     ReadWithEachCallFailing<ScalingData>([](const ScalingData& data, HRESULT thrown, bool isFaulty) {
         const bool isRead = thrown == S_OK && data.GetOptionId() == ScalingData::CustomSquare;
         EXPECT_TRUE(isRead || isFaulty);
-        EXPECT_EQ(data.GetOffset(), isRead ? (ScalingData::Pair{11, 22}) : ScalingData::Pair());
-        EXPECT_EQ(data.GetScale(), isRead ? (ScalingData::Pair{33, 33}) : ScalingData::Pair());
+        EXPECT_EQ(isRead ? (ScalingData::Pair{11, 22}) : ScalingData::Pair(), data.GetOffset());
+        EXPECT_EQ(isRead ? (ScalingData::Pair{33, 33}) : ScalingData::Pair(), data.GetScale());
     });
 }
 
@@ -307,19 +307,19 @@ TEST_P(FaultTest, AFailedReadOfACustomMediaSizeSaysThatInformationLacksAndKeepsT
         const bool isFaulty = hasFailed();
         constexpr MediaDimensions a4 = {210000, 297000};
         if (reading.code == S_OK && data.GetOptionId() == MediaSizeSchema::CustomMediaSize) {
-            EXPECT_EQ(data.GetSize(), (MediaDimensions{1000, 2000}));
+            EXPECT_EQ((MediaDimensions{1000, 2000}), data.GetSize());
             return;
         }
         // The ticket cannot be read, the feature is not found, or its size is not.
         EXPECT_TRUE(isFaulty);
-        EXPECT_EQ(data.GetSize(), a4);
+        EXPECT_EQ(a4, data.GetSize());
         if (reading.code == E_FAIL) {
             ++lacking;
-            EXPECT_EQ(reading.text, "Unexpected print ticket format. informations lack.\n");
-            EXPECT_EQ(data.GetOptionId(), MediaSizeSchema::CustomMediaSize);
+            EXPECT_EQ("Unexpected print ticket format. informations lack.\n", reading.text);
+            EXPECT_EQ(MediaSizeSchema::CustomMediaSize, data.GetOptionId());
         } else {
             EXPECT_TRUE(reading.code == S_OK || reading.code == Injected) << std::hex << reading.code;
-            EXPECT_EQ(data.GetOptionId(), MediaSizeSchema::ISOA4);
+            EXPECT_EQ(MediaSizeSchema::ISOA4, data.GetOptionId());
         }
     });
     EXPECT_GT(lacking, 1);
@@ -342,15 +342,15 @@ TEST_P(FaultTest, AFailedReadOfAStandardMediaSizeTakesTheOptionsOwn) {
         codes.insert(reading.code);
         if (data.GetOptionId() == MediaSizeSchema::ISOA4) {
             EXPECT_TRUE(hasFailed) << "call " << nth;
-            EXPECT_EQ(data.GetSize(), (MediaDimensions{210000, 297000}));
+            EXPECT_EQ((MediaDimensions{210000, 297000}), data.GetSize());
         } else if (hasFailed && data.GetHeight() != 2000) {
             ++ownSizes;
-            EXPECT_EQ(data.GetSize(), (MediaDimensions{148000, 210000})) << "call " << nth;
+            EXPECT_EQ((MediaDimensions{148000, 210000}), data.GetSize()) << "call " << nth;
         } else {
-            EXPECT_EQ(data.GetSize(), (MediaDimensions{1000, 2000})) << "call " << nth;
+            EXPECT_EQ((MediaDimensions{1000, 2000}), data.GetSize()) << "call " << nth;
         }
     }
-    EXPECT_EQ(codes, (std::set<HRESULT>{S_OK, Injected}));
+    EXPECT_EQ((std::set<HRESULT>{S_OK, Injected}), codes);
     EXPECT_GT(ownSizes, 1);
 }
 
@@ -367,22 +367,22 @@ TEST_P(FaultTest, AFailedReadOfThePrintableMediaSizeMakesBothLengthsZero) {
             // The minimum without its maximum.
             ++withoutMaximum;
             EXPECT_TRUE(isFaulty);
-            EXPECT_EQ(reading.text, "printticket is in invalid state.\n");
+            EXPECT_EQ("printticket is in invalid state.\n", reading.text);
             return;
         }
         EXPECT_TRUE(reading.code == S_OK || (isFaulty && reading.code == Injected))
             << std::hex << reading.code;
         if (range.maximum == zero) {
             EXPECT_TRUE(isFaulty);
-            EXPECT_EQ(range.minimum, zero);
+            EXPECT_EQ(zero, range.minimum);
             return;
         }
-        EXPECT_EQ(reading.code, S_OK);
-        EXPECT_EQ(range.maximum, (MediaDimensions{102, 103}));
+        EXPECT_EQ(S_OK, reading.code);
+        EXPECT_EQ((MediaDimensions{102, 103}), range.maximum);
         if (isFaulty && range.minimum == zero) {
             ++withoutMinimum;
         } else {
-            EXPECT_EQ(range.minimum, (MediaDimensions{100, 101}));
+            EXPECT_EQ((MediaDimensions{100, 101}), range.minimum);
         }
     });
     EXPECT_GT(withoutMinimum, 1);
@@ -395,13 +395,13 @@ TEST_P(FaultTest, AReaderToldNothingSaysThatThereIsNothing) {
         if (handler.SelectSingleNode(handler.OptionQuery(Scaling), pOption.Put()) != S_OK) return NotFound;
         std::int32_t value = 7;
         const HRESULT hr = handler.ReadInteger(pOption.Get(), PropertyKind::Scored, Offset, &value);
-        EXPECT_EQ(value, hr == S_OK ? 11 : 7);
+        EXPECT_EQ(hr == S_OK ? 11 : 7, value);
         return hr;
     });
     YieldNothingAtEachCall({NotFound, S_OK, InvalidData}, [](const PrintSchemaHandler& handler) {
         std::int32_t value = 7;
         const HRESULT hr = handler.ReadInteger(L"//psf:ParameterInit[@name = \"krk:A\"]", &value);
-        EXPECT_EQ(value, hr == S_OK ? 11 : 7);
+        EXPECT_EQ(hr == S_OK ? 11 : 7, value);
         return hr;
     });
     // An option whose name is empty is an error.
@@ -423,23 +423,23 @@ TEST_P(FaultTest, ABuilderGivenNothingFails) {
     YieldNothingAtEachCall({E_FAIL, S_OK, S_FALSE}, [](const PrintSchemaHandler& handler) {
         Element pProperty;
         const HRESULT hr = handler.CreateIntegerProperty(Offset, 1, pProperty.Put());
-        EXPECT_EQ(static_cast<bool>(pProperty), SUCCEEDED(hr));
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pProperty));
         return hr;
     });
     YieldNothingAtEachCall({E_FAIL, S_OK, S_FALSE}, [](const PrintSchemaHandler& handler) {
         Element pReference;
         Element pInitializer;
         const HRESULT hr = handler.CreateIntegerParameter(L"A", 1, pReference.Put(), pInitializer.Put());
-        EXPECT_EQ(static_cast<bool>(pReference), SUCCEEDED(hr));
-        EXPECT_EQ(static_cast<bool>(pInitializer), SUCCEEDED(hr));
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pReference));
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pInitializer));
         return hr;
     });
     YieldNothingAtEachCall({E_FAIL, S_OK, S_FALSE}, [](const PrintSchemaHandler& handler) {
         Element pFeature;
         Element pOption;
         const HRESULT hr = handler.CreateFeatureOption(Scaling, Offset, pFeature.Put(), pOption.Put());
-        EXPECT_EQ(static_cast<bool>(pFeature), SUCCEEDED(hr));
-        EXPECT_EQ(static_cast<bool>(pOption), SUCCEEDED(hr));
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pFeature));
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pOption));
         return hr;
     });
 }
@@ -464,7 +464,7 @@ TEST_P(FaultTest, WhatHasNoParentCannotBeRemoved) {
             const DomFaults faults(tests::DomCall::GetParentNode, nth, claimed);
             const HRESULT hr = handler.RemoveFeature(Scaling);
             hasFailed = faults.HasFailed();
-            EXPECT_EQ(hr, hasFailed ? E_FAIL : S_OK) << "parent " << nth << " claims " << claimed;
+            EXPECT_EQ(hasFailed ? E_FAIL : S_OK, hr) << "parent " << nth << " claims " << claimed;
         }
         EXPECT_GT(nth, 2U);
     }
@@ -476,11 +476,10 @@ TEST_P(FaultTest, AnOptionNameWithoutATypedValueIsNotFound) {
     const PrintTicketHandler handler(pTicket.Get());
     const DomFaults faults(tests::DomCall::GetNodeTypedValue, 1, S_FALSE);
     Bstr option;
-    EXPECT_EQ(handler.GetOptionName({SchemaNamespace::Keywords, L"JobInputBin"}, SchemaNamespace::Keywords,
-                                    option.Put()),
-              NotFound);
+    EXPECT_EQ(NotFound, handler.GetOptionName({SchemaNamespace::Keywords, L"JobInputBin"},
+                                              SchemaNamespace::Keywords, option.Put()));
     EXPECT_TRUE(faults.HasFailed());
-    EXPECT_EQ(option.Get(), nullptr);
+    EXPECT_EQ(nullptr, option.Get());
 }
 
 TEST_P(FaultTest, AFailedWriteThrowsTheFailingCallsCode) {
@@ -539,10 +538,10 @@ TEST_P(NoMemoryTest, AValueThatCannotBeAllocatedIsOutOfMemory) {
             const std::wstring query = handler.ScoredPropertyQuery(Offset);
             BSTR text = nullptr;
             const HRESULT hr = handler.GetValue(query, &text);
-            EXPECT_EQ(Bstr::Adopt(text).View(), hr == S_OK ? L"11" : L"");
+            EXPECT_EQ(hr == S_OK ? L"11" : L"", Bstr::Adopt(text).View());
             base::logging::ThrowIfFailed(hr);
         },
-        [](const Dom&, HRESULT thrown, bool hasFailed) { EXPECT_EQ(thrown == S_OK, !hasFailed); });
+        [](const Dom&, HRESULT thrown, bool hasFailed) { EXPECT_EQ(!hasFailed, thrown == S_OK); });
 }
 
 TEST_P(NoMemoryTest, ScalingIsReadWholeOrNotAtAll) {
@@ -557,8 +556,8 @@ TEST_P(NoMemoryTest, ScalingIsReadWholeOrNotAtAll) {
             const bool isRead = thrown == S_OK;
             EXPECT_EQ(!hasFailed, isRead);
             EXPECT_TRUE(!isRead || data.GetOptionId() == ScalingData::CustomSquare);
-            EXPECT_EQ(data.GetOffset(), isRead ? (ScalingData::Pair{11, 22}) : ScalingData::Pair());
-            EXPECT_EQ(data.GetScale(), isRead ? (ScalingData::Pair{33, 33}) : ScalingData::Pair());
+            EXPECT_EQ(isRead ? (ScalingData::Pair{11, 22}) : ScalingData::Pair(), data.GetOffset());
+            EXPECT_EQ(isRead ? (ScalingData::Pair{33, 33}) : ScalingData::Pair(), data.GetScale());
         });
 }
 

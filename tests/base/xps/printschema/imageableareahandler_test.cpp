@@ -80,20 +80,20 @@ class ImageableAreaHandlerTest : public tests::EachDomTest {
 
 TEST_P(ImageableAreaHandlerTest, AllSixValuesAreRead) {
     ImageableAreaInfo area;
-    EXPECT_EQ(Find(WholeArea, area), S_OK);
-    EXPECT_EQ(area, WholeAreaInfo);
+    EXPECT_EQ(S_OK, Find(WholeArea, area));
+    EXPECT_EQ(WholeAreaInfo, area);
 }
 
 TEST_P(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTicketThatSelectsTheMedium) {
     ImageableAreaInfo area;
-    ASSERT_EQ(Find(WholeArea, area), S_OK);
+    ASSERT_EQ(S_OK, Find(WholeArea, area));
     EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope));
-    EXPECT_EQ(DomText(m_provider.m_tickets[kPTPageScope].Get()), PageTicket);
+    EXPECT_EQ(PageTicket, DomText(m_provider.m_tickets[kPTPageScope].Get()));
     ASSERT_TRUE(m_provider.m_pAskedTicket);
-    EXPECT_NE(m_provider.m_pAskedTicket.Get(), m_provider.m_tickets[kPTPageScope].Get());
+    EXPECT_NE(m_provider.m_tickets[kPTPageScope].Get(), m_provider.m_pAskedTicket.Get());
     MediaSizeData selected;
     selected.Read(m_provider.m_pAskedTicket.Get());
-    EXPECT_EQ(selected.ToRecord(), A5);
+    EXPECT_EQ(A5, selected.ToRecord());
     EXPECT_THAT(DomText(m_provider.m_pAskedTicket.Get()),
                 testing::HasSubstr(L"<psf:Feature name=\"psk:PageOrientation\"/><psf:Feature "
                                    L"name=\"psk:PageMediaSize\">"));
@@ -101,19 +101,19 @@ TEST_P(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTi
 
 TEST_P(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
     ImageableAreaInfo area;
-    EXPECT_EQ(Find(L"", area), NotFound);
-    EXPECT_EQ(area, ImageableAreaInfo());
-    EXPECT_EQ(Find(Keyword(L"PageImageableSize", PageNumbers[0]), area), NotFound);
-    EXPECT_EQ(area, (ImageableAreaInfo{{148001, 0}, {0, 0}, {0, 0}}));
-    EXPECT_EQ(Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1]), area), NotFound);
-    EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {0, 0}, {0, 0}}));
+    EXPECT_EQ(NotFound, Find(L"", area));
+    EXPECT_EQ(ImageableAreaInfo(), area);
+    EXPECT_EQ(NotFound, Find(Keyword(L"PageImageableSize", PageNumbers[0]), area));
+    EXPECT_EQ((ImageableAreaInfo{{148001, 0}, {0, 0}, {0, 0}}), area);
+    EXPECT_EQ(NotFound, Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1]), area));
+    EXPECT_EQ((ImageableAreaInfo{{148001, 210001}, {0, 0}, {0, 0}}), area);
     area = {};
     const std::wstring withoutOriginHeight = AreaNumbers[0] + AreaNumbers[2] + AreaNumbers[3];
-    EXPECT_EQ(Find(Keyword(L"PageImageableSize",
+    EXPECT_EQ(NotFound,
+              Find(Keyword(L"PageImageableSize",
                            PageNumbers[0] + PageNumbers[1] + Keyword(L"ImageableArea", withoutOriginHeight)),
-                   area),
-              NotFound);
-    EXPECT_EQ(area, (ImageableAreaInfo{{148001, 210001}, {4001, 0}, {0, 0}}));
+                   area));
+    EXPECT_EQ((ImageableAreaInfo{{148001, 210001}, {4001, 0}, {0, 0}}), area);
 }
 
 TEST_P(ImageableAreaHandlerTest, TheValuesBeforeTheFirstThatIsMissingAreReadAndNoneBehindIt) {
@@ -128,21 +128,21 @@ TEST_P(ImageableAreaHandlerTest, TheValuesBeforeTheFirstThatIsMissingAreReadAndN
             if (PageNumbers.size() + index != missing) rectangle += AreaNumbers[index];
         }
         ImageableAreaInfo area;
-        EXPECT_EQ(Find(Keyword(L"PageImageableSize", page + Keyword(L"ImageableArea", rectangle)), area),
-                  NotFound);
+        EXPECT_EQ(NotFound,
+                  Find(Keyword(L"PageImageableSize", page + Keyword(L"ImageableArea", rectangle)), area));
         const std::int32_t read[] = {area.imageableSize.width, area.imageableSize.height, area.origin.width,
                                      area.origin.height,       area.extent.width,         area.extent.height};
         for (std::size_t index = 0; index < std::size(values); ++index) {
-            EXPECT_EQ(read[index], index < missing ? values[index] : 0) << missing << " " << index;
+            EXPECT_EQ(index < missing ? values[index] : 0, read[index]) << missing << " " << index;
         }
     }
 }
 
 TEST_P(ImageableAreaHandlerTest, AValueThatIsNoIntegerIsAFailure) {
     ImageableAreaInfo area;
-    EXPECT_EQ(Find(Keyword(L"PageImageableSize", Number(L"ImageableSizeWidth", L"wide")), area),
-              HRESULT_FROM_WIN32(ERROR_INVALID_DATA));
-    EXPECT_EQ(area, ImageableAreaInfo());
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA),
+              Find(Keyword(L"PageImageableSize", Number(L"ImageableSizeWidth", L"wide")), area));
+    EXPECT_EQ(ImageableAreaInfo(), area);
 }
 
 TEST_P(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
@@ -151,31 +151,31 @@ TEST_P(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
         Keyword(L"ImageableArea", Number(L"OriginWidth", L"3") + Number(L"OriginHeight", L"4")) +
         Keyword(L"PageOther", Number(L"ExtentWidth", L"5") + Number(L"ExtentHeight", L"6"));
     ImageableAreaInfo area;
-    EXPECT_EQ(Find(elsewhere + WholeArea, area), S_OK);
-    EXPECT_EQ(area, WholeAreaInfo);
-    EXPECT_EQ(Find(elsewhere, area), NotFound);
+    EXPECT_EQ(S_OK, Find(elsewhere + WholeArea, area));
+    EXPECT_EQ(WholeAreaInfo, area);
+    EXPECT_EQ(NotFound, Find(elsewhere, area));
     // Beside the area is not in it.
     area = {};
-    EXPECT_EQ(Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] + AreaNumbers[0] +
+    EXPECT_EQ(NotFound,
+              Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] + AreaNumbers[0] +
                                                      AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]),
-                   area),
-              NotFound);
-    EXPECT_EQ(area.origin.width, 0);
+                   area));
+    EXPECT_EQ(0, area.origin.width);
 }
 
 TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeHadThrowsItsCode) {
     m_provider.m_tickets.clear();
-    EXPECT_EQ(ThrownByFind(), E_PENDING);
+    EXPECT_EQ(E_PENDING, ThrownByFind());
 }
 
 TEST_P(ImageableAreaHandlerTest, CapabilitiesThatCannotBeHadThrowTheirCode) {
-    EXPECT_EQ(ThrownByFind(), E_PENDING);
+    EXPECT_EQ(E_PENDING, ThrownByFind());
     EXPECT_TRUE(m_provider.m_pAskedTicket);
 }
 
 TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
     m_provider.m_tickets[kPTPageScope] = base::xml::CreateDom();
-    EXPECT_EQ(ThrownByFind(), E_FAIL);
+    EXPECT_EQ(E_FAIL, ThrownByFind());
     EXPECT_FALSE(m_provider.m_pAskedTicket);
     ImageableAreaInfo area;
     try {
@@ -190,7 +190,7 @@ TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
 
 TEST_P(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {
     m_provider.m_pCapabilities = LoadDomFromString(Ticket(WholeArea));
-    EXPECT_EQ(ThrownByFind(), E_FAIL);
+    EXPECT_EQ(E_FAIL, ThrownByFind());
 }
 
 TEST_ON_EACH_DOM(ImageableAreaHandlerTest);
@@ -215,42 +215,42 @@ class FixedArea : public ImageableAreaSource {
 const MediaSizeOption A4 = {L"ISOA4", 9, {210000, 297000}};
 
 TEST(MediaScaleFactorTest, WithoutASourceTheSmallerRatioOfTheSizesIsTaken) {
-    EXPECT_EQ(MediaScaleFactor({420000, 297000}, A4, nullptr), 0.5);
-    EXPECT_EQ(MediaScaleFactor({210000, 594000}, A4, nullptr), 0.5);
-    EXPECT_EQ(MediaScaleFactor({105000, 99000}, A4, nullptr), 2.0);
-    EXPECT_EQ(MediaScaleFactor({210000, 297000}, A4, nullptr), 1.0);
+    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, A4, nullptr));
+    EXPECT_EQ(0.5, MediaScaleFactor({210000, 594000}, A4, nullptr));
+    EXPECT_EQ(2.0, MediaScaleFactor({105000, 99000}, A4, nullptr));
+    EXPECT_EQ(1.0, MediaScaleFactor({210000, 297000}, A4, nullptr));
 }
 
 TEST(MediaScaleFactorTest, TheFactorIsNotRounded) {
-    EXPECT_EQ(MediaScaleFactor({210000, 297000}, A5, nullptr), 148000.0 / 210000.0);
+    EXPECT_EQ(148000.0 / 210000.0, MediaScaleFactor({210000, 297000}, A5, nullptr));
 }
 
 TEST(MediaScaleFactorTest, WithASourceTheExtentTakesThePlaceOfTheFallbacksSize) {
     FixedArea area(S_OK, {200000, 287000});
-    EXPECT_EQ(MediaScaleFactor({400000, 287000}, A4, &area), 0.5);
-    EXPECT_EQ(area.m_asked, A4);
+    EXPECT_EQ(0.5, MediaScaleFactor({400000, 287000}, A4, &area));
+    EXPECT_EQ(A4, area.m_asked);
 }
 
 TEST(MediaScaleFactorTest, ASourceThatDoesNotKnowTheAreaLeavesTheWholeSheet) {
     FixedArea area(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), {1, 1});
-    EXPECT_EQ(MediaScaleFactor({420000, 297000}, A4, &area), 0.5);
+    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, A4, &area));
 }
 
 TEST(MediaScaleFactorTest, AZeroOrNegativeSizeGivesTheFactor1) {
     for (const std::int32_t length : {0, -1, std::numeric_limits<std::int32_t>::min()}) {
-        EXPECT_EQ(MediaScaleFactor({length, 297000}, A5, nullptr), 1.0);
-        EXPECT_EQ(MediaScaleFactor({210000, length}, A5, nullptr), 1.0);
-        EXPECT_EQ(MediaScaleFactor(A4.size, {L"CustomMediaSize", 0, {length, 210000}}, nullptr), 1.0);
-        EXPECT_EQ(MediaScaleFactor(A4.size, {L"CustomMediaSize", 0, {148000, length}}, nullptr), 1.0);
+        EXPECT_EQ(1.0, MediaScaleFactor({length, 297000}, A5, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor({210000, length}, A5, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor(A4.size, {L"CustomMediaSize", 0, {length, 210000}}, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor(A4.size, {L"CustomMediaSize", 0, {148000, length}}, nullptr));
         FixedArea area(S_OK, {length, 1000});
-        EXPECT_EQ(MediaScaleFactor(A4.size, A5, &area), 1.0);
+        EXPECT_EQ(1.0, MediaScaleFactor(A4.size, A5, &area));
     }
 }
 
 TEST(MediaScaleFactorTest, TheLargestLengthsDoNotOverflow) {
     constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
-    EXPECT_EQ(MediaScaleFactor({1, 1}, {L"CustomMediaSize", 0, {most, most}}, nullptr), 2147483647.0);
-    EXPECT_EQ(MediaScaleFactor({most, most}, {L"CustomMediaSize", 0, {most, most}}, nullptr), 1.0);
+    EXPECT_EQ(2147483647.0, MediaScaleFactor({1, 1}, {L"CustomMediaSize", 0, {most, most}}, nullptr));
+    EXPECT_EQ(1.0, MediaScaleFactor({most, most}, {L"CustomMediaSize", 0, {most, most}}, nullptr));
 }
 
 }  // namespace

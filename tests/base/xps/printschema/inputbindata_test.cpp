@@ -45,19 +45,20 @@ std::int32_t DirectionAfterRead(std::wstring_view ticket) {
 
 TEST_P(InputBinDataTest, IsTheJobsBinChosenByThePrinterFedShortEdgeFirstByDefault) {
     const InputBinData data;
-    EXPECT_EQ(data.GetFeatureId(), 0);
-    EXPECT_EQ(data.GetOptionId(), 0);
-    EXPECT_EQ(data.GetFeedDirection(), InputBinData::ShortEdgeFirst);
+    EXPECT_EQ(0, data.GetFeatureId());
+    EXPECT_EQ(0, data.GetOptionId());
+    EXPECT_EQ(InputBinData::ShortEdgeFirst, data.GetFeedDirection());
     EXPECT_TRUE(data.HasFeedDirection());
-    EXPECT_EQ(&data.GetFeatureNames(), &InputBinFeatureNames::Instance());
-    EXPECT_EQ(&data.GetOptionNames(), &InputBinOptionNames::Instance());
+    EXPECT_EQ(&InputBinFeatureNames::Instance(), &data.GetFeatureNames());
+    EXPECT_EQ(&InputBinOptionNames::Instance(), &data.GetOptionNames());
 }
 
 TEST_P(InputBinDataTest, AFreshObjectWrittenAtJobScopeYieldsAutoSelectFedShortEdgeFirst) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     InputBinData().Write(pTicket.Get(), Scope::Job);
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:JobInputBin", L"psk:AutoSelect",
-                                                     FeedDirection(Value(L"QName", L"psk:ShortEdgeFirst")))));
+    EXPECT_EQ(Ticket(Feature(L"psk:JobInputBin", L"psk:AutoSelect",
+                             FeedDirection(Value(L"QName", L"psk:ShortEdgeFirst")))),
+              DomText(pTicket.Get()));
 }
 
 TEST_P(InputBinDataTest, AFeedDirectionIsWrittenWithTheTicketsOwnPrefix) {
@@ -69,11 +70,11 @@ TEST_P(InputBinDataTest, AFeedDirectionIsWrittenWithTheTicketsOwnPrefix) {
     InputBinData data;
     data.SetFeedDirection(InputBinData::LongEdgeFirst);
     data.Write(pTicket.Get(), Scope::Document);
-    EXPECT_EQ(DomText(pTicket.Get()),
-              begin +
+    EXPECT_EQ(begin +
                   L"><f:Feature name=\"k:DocumentInputBin\"><f:Option name=\"k:AutoSelect\">"
                   L"<f:ScoredProperty name=\"k:FeedDirection\"><f:Value i:type=\"s:QName\">k:LongEdgeFirst"
-                  L"</f:Value></f:ScoredProperty></f:Option></f:Feature></f:PrintTicket>");
+                  L"</f:Value></f:ScoredProperty></f:Option></f:Feature></f:PrintTicket>",
+              DomText(pTicket.Get()));
 }
 
 TEST_P(InputBinDataTest, AnUnknownFeedDirectionIsNotWritten) {
@@ -82,69 +83,66 @@ TEST_P(InputBinDataTest, AnUnknownFeedDirectionIsNotWritten) {
     data.SetFeedDirection(InputBinData::FeedDirectionUnknown);
     EXPECT_FALSE(data.HasFeedDirection());
     data.Write(pTicket.Get(), Scope::Page);
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:PageInputBin", L"psk:AutoSelect")));
+    EXPECT_EQ(Ticket(Feature(L"psk:PageInputBin", L"psk:AutoSelect")), DomText(pTicket.Get()));
 }
 
 TEST_P(InputBinDataTest, ATicketWithoutFeedDirectionReadsWithoutErrorAndKeepsThePrevious) {
     InputBinData data;
     data.SetFeedDirection(InputBinData::LongEdgeFirst);
     data.Read(LoadDomFromString(Tray1(L"")).Get());
-    EXPECT_EQ(data.GetOptionId(), 5);
-    EXPECT_EQ(data.GetFeedDirection(), InputBinData::LongEdgeFirst);
+    EXPECT_EQ(5, data.GetOptionId());
+    EXPECT_EQ(InputBinData::LongEdgeFirst, data.GetFeedDirection());
 }
 
 TEST_P(InputBinDataTest, WritingAtAnUnsupportedScopeFailsBeforeAnythingIsWritten) {
     const std::wstring before = Tray1(L"");
     const Dom pTicket = LoadDomFromString(before);
     EXPECT_THROW(InputBinData().Write(pTicket.Get(), Scope::None), NotSupportedException);
-    EXPECT_EQ(DomText(pTicket.Get()), before);
+    EXPECT_EQ(before, DomText(pTicket.Get()));
 }
 
 TEST_P(InputBinDataTest, AFeedDirectionIsReadWithAnyPrefixAsABareWordAndWithWhiteSpace) {
     for (const std::wstring_view text :
          {L"psk:LongEdgeFirst", L"k:LongEdgeFirst", L"LongEdgeFirst", L"\n  psk:LongEdgeFirst\t"})
-        EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(Value(L"QName", text)))), 0) << std::wstring(text);
-    EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(Value(L"string", L"ShortEdgeFirst")))), 1);
-    EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(L"<psf:Value>psk:ShortEdgeFirst</psf:Value>"))), 1);
+        EXPECT_EQ(0, DirectionAfterRead(Tray1(FeedDirection(Value(L"QName", text))))) << std::wstring(text);
+    EXPECT_EQ(1, DirectionAfterRead(Tray1(FeedDirection(Value(L"string", L"ShortEdgeFirst")))));
+    EXPECT_EQ(1, DirectionAfterRead(Tray1(FeedDirection(L"<psf:Value>psk:ShortEdgeFirst</psf:Value>"))));
 }
 
 TEST_P(InputBinDataTest, AFeedDirectionMayBeAParameter) {
-    EXPECT_EQ(
-        DirectionAfterRead(Ticket(
-            Feature(L"psk:JobInputBin", L"psk:Tray1",
-                    FeedDirection(tests::ParameterRef(L"psk:JobInputBinFeedDirection"))) +
-            Named(L"ParameterInit", L"psk:JobInputBinFeedDirection", Value(L"string", L"LongEdgeFirst")))),
-        0);
+    EXPECT_EQ(0, DirectionAfterRead(
+                     Ticket(Feature(L"psk:JobInputBin", L"psk:Tray1",
+                                    FeedDirection(tests::ParameterRef(L"psk:JobInputBinFeedDirection"))) +
+                            Named(L"ParameterInit", L"psk:JobInputBinFeedDirection",
+                                  Value(L"string", L"LongEdgeFirst")))));
 }
 
 TEST_P(InputBinDataTest, AFeedDirectionThatTheListDoesNotKnowLeavesTheSetting) {
     for (const std::wstring_view text : {L"psk:FaceUp", L"longedgefirst", L"psk:", L"", L"0"})
-        EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(Value(L"QName", text)))), 7) << std::wstring(text);
-    EXPECT_EQ(DirectionAfterRead(Tray1(FeedDirection(L""))), 7);
+        EXPECT_EQ(7, DirectionAfterRead(Tray1(FeedDirection(Value(L"QName", text))))) << std::wstring(text);
+    EXPECT_EQ(7, DirectionAfterRead(Tray1(FeedDirection(L""))));
 }
 
 TEST_P(InputBinDataTest, AFeedDirectionOfAnotherFeatureOrKindIsNotTaken) {
     const std::wstring longEdge = Value(L"QName", L"psk:LongEdgeFirst");
-    EXPECT_EQ(DirectionAfterRead(Ticket(Feature(L"psk:PageMediaSize", L"psk:ISOA4", FeedDirection(longEdge)) +
-                                        Feature(L"psk:JobInputBin", L"psk:Tray1"))),
-              7);
-    EXPECT_EQ(DirectionAfterRead(Tray1(Named(L"Property", L"psk:FeedDirection", longEdge))), 7);
-    EXPECT_EQ(DirectionAfterRead(Tray1(ScoredProperty(L"krk:FeedDirection", longEdge))), 7);
+    EXPECT_EQ(7,
+              DirectionAfterRead(Ticket(Feature(L"psk:PageMediaSize", L"psk:ISOA4", FeedDirection(longEdge)) +
+                                        Feature(L"psk:JobInputBin", L"psk:Tray1"))));
+    EXPECT_EQ(7, DirectionAfterRead(Tray1(Named(L"Property", L"psk:FeedDirection", longEdge))));
+    EXPECT_EQ(7, DirectionAfterRead(Tray1(ScoredProperty(L"krk:FeedDirection", longEdge))));
 }
 
 TEST_P(InputBinDataTest, TheFeedDirectionIsThatOfTheFeatureThatIsRead) {
     const auto bin = [](std::wstring_view feature, std::wstring_view direction) {
         return Feature(feature, L"psk:Tray1", FeedDirection(Value(L"QName", direction)));
     };
-    EXPECT_EQ(DirectionAfterRead(Ticket(bin(L"psk:PageInputBin", L"psk:ShortEdgeFirst") +
-                                        bin(L"psk:JobInputBin", L"psk:LongEdgeFirst"))),
-              0);
+    EXPECT_EQ(0, DirectionAfterRead(Ticket(bin(L"psk:PageInputBin", L"psk:ShortEdgeFirst") +
+                                           bin(L"psk:JobInputBin", L"psk:LongEdgeFirst"))));
 }
 
 TEST_P(InputBinDataTest, AnUnknownBinKeepsTheFeedDirectionToo) {
-    EXPECT_EQ(DirectionAfterRead(Ticket(Feature(L"psk:JobInputBin", L"psk:Tray9",
-                                                FeedDirection(Value(L"QName", L"psk:LongEdgeFirst"))))),
-              7);
+    EXPECT_EQ(7, DirectionAfterRead(Ticket(Feature(L"psk:JobInputBin", L"psk:Tray9",
+                                                   FeedDirection(Value(L"QName", L"psk:LongEdgeFirst"))))));
 }
 
 // What is left of a validation that replaced the option: the chosen one, and behind it the refused one that

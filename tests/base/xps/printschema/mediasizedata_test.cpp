@@ -73,10 +73,10 @@ MediaSizeData WithOption(std::int32_t id) {
 }
 
 void ExpectState(const MediaSizeData& data, std::int32_t id, const MediaDimensions& size) {
-    EXPECT_EQ(data.OptionIdOrUnknown(), id);
-    EXPECT_EQ(data.GetSize(), size);
-    EXPECT_EQ(data.GetWidth(), size.width);
-    EXPECT_EQ(data.GetHeight(), size.height);
+    EXPECT_EQ(id, data.OptionIdOrUnknown());
+    EXPECT_EQ(size, data.GetSize());
+    EXPECT_EQ(size.width, data.GetWidth());
+    EXPECT_EQ(size.height, data.GetHeight());
 }
 
 // Option, size and the consistency of the two.
@@ -84,9 +84,9 @@ void ExpectState(const MediaSizeData& data, std::int32_t id, const MediaDimensio
 TEST(MediaSizeDataTest, StartsAsA4) {
     const MediaSizeData data;
     ExpectState(data, MediaSizeSchema::ISOA4, A4);
-    EXPECT_EQ(data.GetFeatureId(), 0);
-    EXPECT_EQ(data.GetFeatureName().localName, L"PageMediaSize");
-    EXPECT_EQ(data.GetOptionName().localName, L"ISOA4");
+    EXPECT_EQ(0, data.GetFeatureId());
+    EXPECT_EQ(L"PageMediaSize", data.GetFeatureName().localName);
+    EXPECT_EQ(L"ISOA4", data.GetOptionName().localName);
 }
 
 TEST(MediaSizeDataTest, IsMadeFromARecord) {
@@ -96,7 +96,7 @@ TEST(MediaSizeDataTest, IsMadeFromARecord) {
     ExpectState(MediaSizeData({L"OptionUnknown", -1, {-1, -1}}), 0, {-1, -1});
     // The size wins over the option of a record that is not of the table.
     ExpectState(MediaSizeData({L"ISOA5", 12, A4}), MediaSizeSchema::ISOA4, A4);
-    EXPECT_EQ(MediaSizeData({L"ISOA5", 12, A4}).GetFeatureId(), 0);
+    EXPECT_EQ(0, MediaSizeData({L"ISOA5", 12, A4}).GetFeatureId());
 }
 
 TEST(MediaSizeDataTest, ARecordSetsItsOptionBeforeItsSizeWhenAnObjectIsMadeFromIt) {
@@ -122,9 +122,9 @@ TEST(MediaSizeDataTest, SettingNorthAmericaNoteStoresNorthAmericaLetter) {
 }
 
 TEST(MediaSizeDataTest, SettingAnOptionStoresTheLowestIdOfItsSize) {
-    EXPECT_EQ(WithOption(26).GetOptionName().localName, L"ISOB4");
-    EXPECT_EQ(WithOption(128).GetOptionName().localName, L"PRC32K");
-    EXPECT_EQ(WithOption(120).GetOptionName().localName, L"ISOC3");
+    EXPECT_EQ(L"ISOB4", WithOption(26).GetOptionName().localName);
+    EXPECT_EQ(L"PRC32K", WithOption(128).GetOptionName().localName);
+    EXPECT_EQ(L"ISOC3", WithOption(120).GetOptionName().localName);
     for (std::int32_t id = 2; id <= 171; ++id) {
         const MediaDimensions size = MediaSizeTable::Instance().ById(id)->size;
         ExpectState(WithOption(id), MediaSizeTable::Instance().BySize(size)->id, size);
@@ -166,9 +166,9 @@ TEST(MediaSizeDataTest, SettingOption172GivesACustomOptionOfTheUnknownSize) {
 TEST(MediaSizeDataTest, SettingAnOptionThatIsNoStandardSizeLeavesTheSizeAlone) {
     for (const std::int32_t id : {-1, 0, 1, 173}) {
         MediaSizeData data = WithOption(id);
-        EXPECT_EQ(data.GetSize(), A4);
+        EXPECT_EQ(A4, data.GetSize());
         data.SetFeatureId(0);
-        EXPECT_EQ(data.OptionIdOrUnknown(), id);
+        EXPECT_EQ(id, data.OptionIdOrUnknown());
     }
 }
 
@@ -199,7 +199,7 @@ TEST(MediaSizeDataTest, IsSetFromARecordAlsoWithoutAFeature) {
     MediaSizeData data;
     data.SetFeatureId(-1);
     data.SetFromRecord({L"PSCustomMediaSize", 1, {7, 8}});
-    EXPECT_EQ(data.GetFeatureId(), 0);
+    EXPECT_EQ(0, data.GetFeatureId());
     ExpectState(data, MediaSizeSchema::PSCustomMediaSize, {7, 8});
 }
 
@@ -214,20 +214,20 @@ TEST(MediaSizeDataTest, ARecordsOptionIsStoredAsItIsWhenAnObjectIsSetFromIt) {
 }
 
 TEST(MediaSizeDataTest, AStandardOptionsRecordIsItsRow) {
-    EXPECT_EQ(MediaSizeData().ToRecord(), (MediaSizeOption{L"ISOA4", 9, A4}));
+    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), MediaSizeData().ToRecord());
     MediaSizeData without;
     without.SetSize(Nothing);
-    EXPECT_EQ(without.ToRecord(), (MediaSizeOption{L"ISOA4", 9, A4}));
+    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), without.ToRecord());
 }
 
 TEST(MediaSizeDataTest, ACustomOrUnknownOptionsRecordHasTheObjectsSize) {
     MediaSizeData data = WithOption(MediaSizeSchema::PSCustomMediaSize);
     data.SetSize({7, 8});
-    EXPECT_EQ(data.ToRecord(), (MediaSizeOption{L"PSCustomMediaSize", 1, {7, 8}}));
+    EXPECT_EQ((MediaSizeOption{L"PSCustomMediaSize", 1, {7, 8}}), data.ToRecord());
     data.SetOptionId(MediaSizeSchema::CustomMediaSize);
-    EXPECT_EQ(data.ToRecord(), (MediaSizeOption{L"CustomMediaSize", 0, {7, 8}}));
+    EXPECT_EQ((MediaSizeOption{L"CustomMediaSize", 0, {7, 8}}), data.ToRecord());
     data.SetOptionId(MediaSizeSchema::OptionUnknown);
-    EXPECT_EQ(data.ToRecord(), (MediaSizeOption{L"CustomMediaSize", 0, {7, 8}}));
+    EXPECT_EQ((MediaSizeOption{L"CustomMediaSize", 0, {7, 8}}), data.ToRecord());
 }
 
 // Names and scopes.
@@ -235,11 +235,11 @@ TEST(MediaSizeDataTest, ACustomOrUnknownOptionsRecordHasTheObjectsSize) {
 TEST(MediaSizeDataTest, IsOneFeatureInEveryScope) {
     const MediaSizeData data;
     for (const Scope scope : {Scope::Job, Scope::Document, Scope::Page}) {
-        EXPECT_EQ(data.FeatureIndexOfScope(scope), 0u);
-        EXPECT_EQ(data.GetFeatureName(scope).localName, L"PageMediaSize");
+        EXPECT_EQ(0u, data.FeatureIndexOfScope(scope));
+        EXPECT_EQ(L"PageMediaSize", data.GetFeatureName(scope).localName);
     }
-    EXPECT_EQ(&data.GetFeatureNames(), &PageMediaSizeFeatureNames::Instance());
-    EXPECT_EQ(&data.GetOptionNames(), &MediaSizeOptionNames::Instance());
+    EXPECT_EQ(&PageMediaSizeFeatureNames::Instance(), &data.GetFeatureNames());
+    EXPECT_EQ(&MediaSizeOptionNames::Instance(), &data.GetOptionNames());
 }
 
 TEST(MediaSizeDataTest, AnyOtherScopeIsNotSupported) {
@@ -255,19 +255,19 @@ TEST(MediaSizeDataTest, AnyOtherScopeIsNotSupported) {
 
 TEST(MediaSizeDataTest, BelongsToThePageUnlessItsFeatureIsNotSet) {
     MediaSizeData data;
-    EXPECT_EQ(data.GetScope(), Scope::Page);
+    EXPECT_EQ(Scope::Page, data.GetScope());
     data.SetFeatureId(1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
     data.SetFeatureId(-1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
 }
 
 TEST(MediaSizeDataTest, IdsThatAreNotSetAreUnknown) {
     MediaSizeData data;
-    EXPECT_EQ(data.FeatureIdOrUnknown(), 0);
+    EXPECT_EQ(0, data.FeatureIdOrUnknown());
     data.SetFeatureId(-1);
-    EXPECT_EQ(data.FeatureIdOrUnknown(), -1);
-    EXPECT_EQ(data.OptionIdOrUnknown(), -1);
+    EXPECT_EQ(-1, data.FeatureIdOrUnknown());
+    EXPECT_EQ(-1, data.OptionIdOrUnknown());
     EXPECT_THROW(static_cast<void>(data.GetOptionId()), InvalidOptionIdError);
 }
 
@@ -356,13 +356,13 @@ TEST_P(MediaSizeDataTicketTest, ATicketWithoutTheFeatureOrWithAnUnknownOptionCha
 }
 
 TEST_P(MediaSizeDataTicketTest, IsWrittenWithTheHeightBeforeTheWidth) {
-    EXPECT_EQ(Written(MediaSizeData(), L""), Ticket(MediaSize(L"ISOA4", A4)));
+    EXPECT_EQ(Ticket(MediaSize(L"ISOA4", A4)), Written(MediaSizeData(), L""));
 }
 
 TEST_P(MediaSizeDataTicketTest, IsWrittenInThePlaceOfAnEarlierOneBehindEverythingElse) {
-    EXPECT_EQ(Written(MediaSizeData(),
-                      MediaSize(L"ISOA5", MediaDimensions{1, 2}) + L"<psf:Feature name=\"psk:A\"/>"),
-              Ticket(L"<psf:Feature name=\"psk:A\"/>" + MediaSize(L"ISOA4", A4)));
+    EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:A\"/>" + MediaSize(L"ISOA4", A4)),
+              Written(MediaSizeData(),
+                      MediaSize(L"ISOA5", MediaDimensions{1, 2}) + L"<psf:Feature name=\"psk:A\"/>"));
 }
 
 TEST_P(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
@@ -387,7 +387,7 @@ TEST_P(MediaSizeDataTicketTest, AStandardOptionWithAnotherWidthOrHeightCannotBeW
         ExpectState(data, MediaSizeSchema::ISOA4, size);
         EXPECT_THROW(Written(data, L""), std::runtime_error) << size.width << " " << size.height;
     }
-    EXPECT_EQ(Written(ReadFrom(MediaSize(L"ISOA4", A4)), L""), Ticket(MediaSize(L"ISOA4", A4)));
+    EXPECT_EQ(Ticket(MediaSize(L"ISOA4", A4)), Written(ReadFrom(MediaSize(L"ISOA4", A4)), L""));
 }
 
 TEST_P(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) {
@@ -398,8 +398,8 @@ TEST_P(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) 
             const Dom ticket = LoadDomFromString(Ticket(L""));
             data.Write(ticket.Get(), scope);
             data.Write(ticket.Get(), scope);
-            EXPECT_EQ(DomText(ticket.Get()),
-                      Ticket(MediaSize(data.GetOptionName().localName, data.GetSize())));
+            EXPECT_EQ(Ticket(MediaSize(data.GetOptionName().localName, data.GetSize())),
+                      DomText(ticket.Get()));
             MediaSizeData readBack;
             EXPECT_TRUE(readBack.IsSpecified(ticket.Get()));
             readBack.Read(ticket.Get());
@@ -428,22 +428,22 @@ TEST_P(MediaSizeSelectionTest, TheFirstTicketFromTheStartThatFitsIsTaken) {
     Put(kPTDocumentScope, L"ISOA3");
     Put(kPTJobScope, L"ISOA6");
     const MediaDimensions most = {210000, 297000};
-    EXPECT_EQ(Select({1, 1}, most, Scope::Page).keyword, L"ISOA5");
-    EXPECT_EQ(Select({1, 1}, most, Scope::Document).keyword, L"ISOA6");
+    EXPECT_EQ(L"ISOA5", Select({1, 1}, most, Scope::Page).keyword);
+    EXPECT_EQ(L"ISOA6", Select({1, 1}, most, Scope::Document).keyword);
     EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope, kPTDocumentScope, kPTJobScope));
     m_provider.m_scopes.clear();
-    EXPECT_EQ(Select({1, 1}, most, Scope::Job).keyword, L"ISOA6");
+    EXPECT_EQ(L"ISOA6", Select({1, 1}, most, Scope::Job).keyword);
     EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTJobScope));
 }
 
 TEST_P(MediaSizeSelectionTest, TheLimitsAreInTheRange) {
     Put(kPTJobScope, L"CustomMediaSize", MediaDimensions{100, 200});
     const MediaSizeOption custom = {L"CustomMediaSize", 0, {100, 200}};
-    EXPECT_EQ(Select({100, 200}, {100, 200}, Scope::Job), custom);
-    EXPECT_NE(Select({101, 200}, {101, 200}, Scope::Job), custom);
-    EXPECT_NE(Select({100, 201}, {100, 201}, Scope::Job), custom);
-    EXPECT_NE(Select({99, 200}, {99, 200}, Scope::Job), custom);
-    EXPECT_NE(Select({100, 199}, {100, 199}, Scope::Job), custom);
+    EXPECT_EQ(custom, Select({100, 200}, {100, 200}, Scope::Job));
+    EXPECT_NE(custom, Select({101, 200}, {101, 200}, Scope::Job));
+    EXPECT_NE(custom, Select({100, 201}, {100, 201}, Scope::Job));
+    EXPECT_NE(custom, Select({99, 200}, {99, 200}, Scope::Job));
+    EXPECT_NE(custom, Select({100, 199}, {100, 199}, Scope::Job));
 }
 
 TEST_P(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
@@ -451,16 +451,16 @@ TEST_P(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
     const MediaDimensions most = {215900, 297000};
     for (const wchar_t* setting : {L"0", L"2", L""}) {
         const MeasurementSetting metric(setting);
-        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4})) << setting;
+        EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), Select({1, 1}, most, Scope::Job)) << setting;
     }
     {
         const MeasurementSetting us(L"1");
-        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"NorthAmericaLetter", 94, Letter}));
+        EXPECT_EQ((MediaSizeOption{L"NorthAmericaLetter", 94, Letter}), Select({1, 1}, most, Scope::Job));
     }
     for (const auto& setting :
          {std::optional<std::wstring_view>(), std::optional<std::wstring_view>(L"11")}) {
         const MeasurementSetting unreadable(setting);
-        EXPECT_EQ(Select({1, 1}, most, Scope::Job), (MediaSizeOption{L"ISOA4", 9, A4}));
+        EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), Select({1, 1}, most, Scope::Job));
     }
 }
 
@@ -474,17 +474,17 @@ TEST_P(MediaSizeSelectionTest, WithoutAReplacementTheSystemsOwnLocaleDecides) {
 
 TEST_P(MediaSizeSelectionTest, ARangeThatNothingFitsGivesItsSmallestSheet) {
     Put(kPTJobScope, L"ISOA4");
-    EXPECT_EQ(Select({500, 600}, {700, 800}, Scope::Job),
-              (MediaSizeOption{L"CustomMediaSize", 0, {500, 600}}));
-    EXPECT_EQ(Select({148000, 210000}, {150000, 220000}, Scope::Job),
-              (MediaSizeOption{L"ISOA5", 12, {148000, 210000}}));
-    EXPECT_EQ(Select({0, 0}, {10, 10}, Scope::Job), (MediaSizeOption{L"CustomMediaSize", 0, {0, 0}}));
+    EXPECT_EQ((MediaSizeOption{L"CustomMediaSize", 0, {500, 600}}),
+              Select({500, 600}, {700, 800}, Scope::Job));
+    EXPECT_EQ((MediaSizeOption{L"ISOA5", 12, {148000, 210000}}),
+              Select({148000, 210000}, {150000, 220000}, Scope::Job));
+    EXPECT_EQ((MediaSizeOption{L"CustomMediaSize", 0, {0, 0}}), Select({0, 0}, {10, 10}, Scope::Job));
 }
 
 TEST_P(MediaSizeSelectionTest, ATicketWithoutAMediaSizeCountsAsA4) {
     m_provider.m_tickets[kPTJobScope] = LoadDomFromString(Ticket(L""));
     const MeasurementSetting us(L"1");
-    EXPECT_EQ(Select({1, 1}, {220000, 297000}, Scope::Job).keyword, L"ISOA4");
+    EXPECT_EQ(L"ISOA4", Select({1, 1}, {220000, 297000}, Scope::Job).keyword);
 }
 
 TEST_P(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
@@ -492,7 +492,7 @@ TEST_P(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
         Select({1, 1}, {1, 1}, Scope::Job);
         FAIL();
     } catch (const HresultError& error) {
-        EXPECT_EQ(error.GetHresult(), E_PENDING);
+        EXPECT_EQ(E_PENDING, error.GetHresult());
     }
     Put(kPTJobScope, L"CustomMediaSize");
     EXPECT_THROW(Select({1, 1}, {1, 1}, Scope::Job), std::runtime_error);
@@ -500,7 +500,7 @@ TEST_P(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
 
 TEST_P(MediaSizeSelectionTest, NoScopeAtAllVisitsNone) {
     const MeasurementSetting metric(L"0");
-    EXPECT_EQ(Select({1, 1}, A4, Scope::None).keyword, L"ISOA4");
+    EXPECT_EQ(L"ISOA4", Select({1, 1}, A4, Scope::None).keyword);
     EXPECT_THAT(m_provider.m_scopes, IsEmpty());
 }
 

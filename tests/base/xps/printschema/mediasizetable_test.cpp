@@ -42,44 +42,44 @@ std::vector<std::int32_t> IdsOfSize(const MediaDimensions& size) {
 
 TEST(MediaSizeTableTest, HasARowForEveryIdFromTheUnknownSizeOn) {
     const auto& records = MediaSizeTable::Instance().Records();
-    ASSERT_EQ(records.size(), 173u);
+    ASSERT_EQ(173u, records.size());
     std::int32_t expected = -1;
     for (const auto& [id, record] : records) {
-        EXPECT_EQ(id, expected++);
-        EXPECT_EQ(record->id, id);
+        EXPECT_EQ(expected++, id);
+        EXPECT_EQ(id, record->id);
     }
 }
 
 TEST(MediaSizeTableTest, HasTheListedKeywordsAndSizesRowByRow) {
-    EXPECT_EQ(DigestOf(MediaSizeTable::Instance()), 0x705ba62edaca1129u);
+    EXPECT_EQ(0x705ba62edaca1129u, DigestOf(MediaSizeTable::Instance()));
 }
 
 TEST(MediaSizeTableTest, NamesItsRowsByTheBareKeyword) {
     const MediaSizeTable& table = MediaSizeTable::Instance();
-    EXPECT_EQ(*table.ById(MediaSizeSchema::OptionUnknown), (MediaSizeOption{L"OptionUnknown", -1, {-1, -1}}));
-    EXPECT_EQ(*table.ById(MediaSizeSchema::CustomMediaSize),
-              (MediaSizeOption{L"CustomMediaSize", 0, {0, 0}}));
-    EXPECT_EQ(*table.ById(MediaSizeSchema::PSCustomMediaSize),
-              (MediaSizeOption{L"PSCustomMediaSize", 1, {0, 0}}));
-    EXPECT_EQ(*table.ById(MediaSizeSchema::ISOA4), (MediaSizeOption{L"ISOA4", 9, {210000, 297000}}));
-    EXPECT_EQ(*table.ById(MediaSizeSchema::NorthAmericaLetter),
-              (MediaSizeOption{L"NorthAmericaLetter", 94, {215900, 279400}}));
-    EXPECT_EQ(*table.ById(98), (MediaSizeOption{L"NorthAmericaMonarchEnvelope", 98, {98425, 177800}}));
-    EXPECT_EQ(*table.ById(143), (MediaSizeOption{L"Roll04Inch", 143, {101600, 0}}));
-    EXPECT_EQ(*table.ById(171), (MediaSizeOption{L"CreditCard", 171, {54000, 86000}}));
+    EXPECT_EQ((MediaSizeOption{L"OptionUnknown", -1, {-1, -1}}), *table.ById(MediaSizeSchema::OptionUnknown));
+    EXPECT_EQ((MediaSizeOption{L"CustomMediaSize", 0, {0, 0}}),
+              *table.ById(MediaSizeSchema::CustomMediaSize));
+    EXPECT_EQ((MediaSizeOption{L"PSCustomMediaSize", 1, {0, 0}}),
+              *table.ById(MediaSizeSchema::PSCustomMediaSize));
+    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, {210000, 297000}}), *table.ById(MediaSizeSchema::ISOA4));
+    EXPECT_EQ((MediaSizeOption{L"NorthAmericaLetter", 94, {215900, 279400}}),
+              *table.ById(MediaSizeSchema::NorthAmericaLetter));
+    EXPECT_EQ((MediaSizeOption{L"NorthAmericaMonarchEnvelope", 98, {98425, 177800}}), *table.ById(98));
+    EXPECT_EQ((MediaSizeOption{L"Roll04Inch", 143, {101600, 0}}), *table.ById(143));
+    EXPECT_EQ((MediaSizeOption{L"CreditCard", 171, {54000, 86000}}), *table.ById(171));
 }
 
 TEST(MediaSizeTableTest, HasNoKeywordTwice) {
     std::vector<std::wstring> keywords;
     for (const auto& [id, record] : MediaSizeTable::Instance().Records()) keywords.push_back(record->keyword);
     std::ranges::sort(keywords);
-    EXPECT_EQ(std::ranges::adjacent_find(keywords), keywords.end());
+    EXPECT_EQ(keywords.end(), std::ranges::adjacent_find(keywords));
 }
 
 TEST(MediaSizeTableTest, AnIdThatIsNotThereYieldsTheUnknownSize) {
     const MediaSizeTable& table = MediaSizeTable::Instance();
     for (const std::int32_t id : {172, 173, -2, INT32_MAX, INT32_MIN}) {
-        EXPECT_EQ(table.ById(id)->id, MediaSizeSchema::OptionUnknown) << id;
+        EXPECT_EQ(MediaSizeSchema::OptionUnknown, table.ById(id)->id) << id;
     }
 }
 
@@ -87,9 +87,9 @@ TEST(MediaSizeTableTest, ASizeThatIsNotThereYieldsTheUnknownSize) {
     const MediaSizeTable& table = MediaSizeTable::Instance();
     for (const MediaDimensions& size :
          {MediaDimensions{100, 100}, MediaDimensions{210000, 297001}, MediaDimensions{0, 297000}}) {
-        EXPECT_EQ(table.BySize(size)->id, MediaSizeSchema::OptionUnknown);
+        EXPECT_EQ(MediaSizeSchema::OptionUnknown, table.BySize(size)->id);
     }
-    EXPECT_EQ(table.BySize({-1, -1})->id, MediaSizeSchema::OptionUnknown);
+    EXPECT_EQ(MediaSizeSchema::OptionUnknown, table.BySize({-1, -1})->id);
 }
 
 TEST(MediaSizeTableTest, ASharedSizeResolvesToTheLowestId) {
@@ -100,13 +100,13 @@ TEST(MediaSizeTableTest, ASharedSizeResolvesToTheLowestId) {
     std::vector<std::int32_t> seen;
     for (const std::vector<std::int32_t>& ids : shared) {
         const MediaDimensions size = table.ById(ids.front())->size;
-        EXPECT_EQ(IdsOfSize(size), ids);
-        EXPECT_EQ(table.BySize(size)->id, ids.front());
+        EXPECT_EQ(ids, IdsOfSize(size));
+        EXPECT_EQ(ids.front(), table.BySize(size)->id);
         seen.insert(seen.end(), ids.begin(), ids.end());
     }
     for (const auto& [id, record] : table.Records()) {
         if (std::ranges::find(seen, id) != seen.end()) continue;
-        EXPECT_EQ(table.BySize(record->size)->id, id);
+        EXPECT_EQ(id, table.BySize(record->size)->id);
     }
 }
 
@@ -122,7 +122,7 @@ TEST(MediaSizeTableTest, IdsFrom2To172AreStandardSizes) {
 
 TEST(MediaSizeTableTest, LookupsShareTheirRecords) {
     const MediaSizeTable& table = MediaSizeTable::Instance();
-    EXPECT_EQ(&table, &MediaSizeTable::Instance());
+    EXPECT_EQ(&MediaSizeTable::Instance(), &table);
     EXPECT_EQ(table.ById(9).get(), table.BySize({210000, 297000}).get());
 }
 

@@ -80,8 +80,8 @@ class RecordingData : public PageOrientationData {
   protected:
     void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption) override {
         EXPECT_NE(nullptr, pOption);
-        EXPECT_EQ(featureName, (Qname{Keywords, L"PageOrientation"}));
-        EXPECT_EQ(handler.GetPrefix(Keywords), L"psk:");
+        EXPECT_EQ((Qname{Keywords, L"PageOrientation"}), featureName);
+        EXPECT_EQ(L"psk:", handler.GetPrefix(Keywords));
         calls += "read; ";
     }
     void OnWrite(const PrintSchemaHandler&, IXMLDOMElement* pOption, Scope scope) const override {
@@ -89,8 +89,8 @@ class RecordingData : public PageOrientationData {
         Element pMark;
         const HRESULT created = pTicket->createElement(platform::Bstr(L"mark").Get(), pMark.Put());
         tests::Node pAppended;
-        EXPECT_EQ(created, S_OK);
-        EXPECT_EQ(pOption->appendChild(pMark.Get(), pAppended.Put()), S_OK);
+        EXPECT_EQ(S_OK, created);
+        EXPECT_EQ(S_OK, pOption->appendChild(pMark.Get(), pAppended.Put()));
         ticketAtWrite = DomText(pTicket);
     }
 };
@@ -99,21 +99,22 @@ TEST_P(FunctionOptionTest, AnUnsetFeatureIdMakesTheOptionIdUnreadable) {
     InputBinData data;
     data.SetOptionId(5);
     data.SetFeatureId(static_cast<std::int32_t>(0xFFFFFFFF));
-    EXPECT_EQ(Thrown<InvalidOptionIdError>([&] { static_cast<void>(data.GetOptionId()); }),
-              "base/xps/printschema/printticketfunctionoption.cpp(LINE) : "
-              "option id has not set yet or invalid feature id has set.\n");
-    EXPECT_EQ(Thrown<InvalidFeatureIdError>([&] { static_cast<void>(data.GetFeatureId()); }),
-              "base/xps/printschema/printticketfunctionoption.cpp(LINE) : feature id has not set yet.\n");
+    EXPECT_EQ(
+        "base/xps/printschema/printticketfunctionoption.cpp(LINE) : "
+        "option id has not set yet or invalid feature id has set.\n",
+        Thrown<InvalidOptionIdError>([&] { static_cast<void>(data.GetOptionId()); }));
+    EXPECT_EQ("base/xps/printschema/printticketfunctionoption.cpp(LINE) : feature id has not set yet.\n",
+              Thrown<InvalidFeatureIdError>([&] { static_cast<void>(data.GetFeatureId()); }));
     EXPECT_FALSE(data.IsSet());
     data.SetFeatureId(2);
     EXPECT_TRUE(data.IsSet());
-    EXPECT_EQ(data.GetOptionId(), 5);
+    EXPECT_EQ(5, data.GetOptionId());
 }
 
 TEST_P(FunctionOptionTest, AnUnsetOptionIdLeavesTheFeatureIdReadable) {
     InputBinData data;
     data.SetOptionId(-1);
-    EXPECT_EQ(data.GetFeatureId(), 0);
+    EXPECT_EQ(0, data.GetFeatureId());
     EXPECT_FALSE(data.IsSet());
     EXPECT_THROW(static_cast<void>(data.GetOptionId()), InvalidOptionIdError);
     EXPECT_THROW(static_cast<void>(data.GetOptionName()), InvalidOptionIdError);
@@ -123,9 +124,9 @@ TEST_P(FunctionOptionTest, NamesAreThoseOfTheIds) {
     InputBinData data;
     data.SetFeatureId(2);
     data.SetOptionId(9);
-    EXPECT_EQ(data.GetFeatureName(), (Qname{Keywords, L"PageInputBin"}));
-    EXPECT_EQ(data.GetFeatureName(Scope::Job), (Qname{Keywords, L"JobInputBin"}));
-    EXPECT_EQ(data.GetOptionName(), (Qname{Keywords, L"Tray5"}));
+    EXPECT_EQ((Qname{Keywords, L"PageInputBin"}), data.GetFeatureName());
+    EXPECT_EQ((Qname{Keywords, L"JobInputBin"}), data.GetFeatureName(Scope::Job));
+    EXPECT_EQ((Qname{Keywords, L"Tray5"}), data.GetOptionName());
     data.SetFeatureId(3);
     EXPECT_THROW(static_cast<void>(data.GetFeatureName()), std::invalid_argument);
     data.SetFeatureId(-1);
@@ -137,110 +138,107 @@ TEST_P(FunctionOptionTest, ACopyHasTheIds) {
     data.SetFeatureId(2);
     data.SetOptionId(9);
     const InputBinData copy = data;
-    EXPECT_EQ(copy.GetFeatureId(), 2);
-    EXPECT_EQ(copy.GetOptionId(), 9);
+    EXPECT_EQ(2, copy.GetFeatureId());
+    EXPECT_EQ(9, copy.GetOptionId());
 }
 
 TEST_P(FunctionOptionTest, AThreeScopeFeaturesScopeIsItsNames) {
     InputBinData data;
-    EXPECT_EQ(data.GetScope(), Scope::Job);
+    EXPECT_EQ(Scope::Job, data.GetScope());
     data.SetFeatureId(1);
-    EXPECT_EQ(data.GetScope(), Scope::Document);
+    EXPECT_EQ(Scope::Document, data.GetScope());
     data.SetFeatureId(2);
-    EXPECT_EQ(data.GetScope(), Scope::Page);
+    EXPECT_EQ(Scope::Page, data.GetScope());
     data.SetFeatureId(3);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
     data.SetFeatureId(-1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
 }
 
 TEST_P(FunctionOptionTest, ASingleNameFeatureIsThePages) {
     PageOrientationData data;
-    EXPECT_EQ(data.GetScope(), Scope::Page);
+    EXPECT_EQ(Scope::Page, data.GetScope());
     data.SetFeatureId(1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
     data.SetFeatureId(-1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
 }
 
 TEST_P(FunctionOptionTest, AScopeOutsideTheThreeIsNotSupported) {
     const InputBinData threeNames;
     const PageOrientationData singleName;
-    EXPECT_EQ(threeNames.FeatureIndexOfScope(Scope::Job), 0U);
-    EXPECT_EQ(threeNames.FeatureIndexOfScope(Scope::Document), 1U);
-    EXPECT_EQ(threeNames.FeatureIndexOfScope(Scope::Page), 2U);
+    EXPECT_EQ(0U, threeNames.FeatureIndexOfScope(Scope::Job));
+    EXPECT_EQ(1U, threeNames.FeatureIndexOfScope(Scope::Document));
+    EXPECT_EQ(2U, threeNames.FeatureIndexOfScope(Scope::Page));
     for (const Scope scope : {Scope::Job, Scope::Document, Scope::Page})
-        EXPECT_EQ(singleName.FeatureIndexOfScope(scope), 0U);
+        EXPECT_EQ(0U, singleName.FeatureIndexOfScope(scope));
     for (const Scope scope : {Scope::None, Scope{4}, Scope{-1}}) {
         const std::string text =
             "base/xps/printschema/printticketfunctionoption.cpp(LINE) : "
             "this scope is not supported in this feature.\n";
-        EXPECT_EQ(
-            Thrown<NotSupportedException>([&] { static_cast<void>(threeNames.FeatureIndexOfScope(scope)); }),
-            text);
-        EXPECT_EQ(
-            Thrown<NotSupportedException>([&] { static_cast<void>(singleName.FeatureIndexOfScope(scope)); }),
-            text);
+        EXPECT_EQ(text, Thrown<NotSupportedException>(
+                            [&] { static_cast<void>(threeNames.FeatureIndexOfScope(scope)); }));
+        EXPECT_EQ(text, Thrown<NotSupportedException>(
+                            [&] { static_cast<void>(singleName.FeatureIndexOfScope(scope)); }));
     }
 }
 
 TEST_P(FunctionOptionTest, ReadTakesFeatureAndOption) {
-    EXPECT_EQ(IdsAfterRead(Feature(L"psk:PageInputBin", L"psk:Cassette")), (Ids{2, 2}));
+    EXPECT_EQ((Ids{2, 2}), IdsAfterRead(Feature(L"psk:PageInputBin", L"psk:Cassette")));
 }
 
 TEST_P(FunctionOptionTest, ReadingAnOptionThatIsNotInTheListLeavesTheIds) {
-    EXPECT_EQ(IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9")), Unchanged);
+    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9")));
 }
 
 TEST_P(FunctionOptionTest, ReadingATicketWithoutTheFeatureLeavesTheIds) {
-    EXPECT_EQ(IdsAfterRead(L""), Unchanged);
-    EXPECT_EQ(IdsAfterRead(Feature(L"psk:PageScaling", L"psk:None")), Unchanged);
-    EXPECT_EQ(IdsAfterRead(Named(L"Feature", L"psk:JobInputBin", L"")), Unchanged);
+    EXPECT_EQ(Unchanged, IdsAfterRead(L""));
+    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:PageScaling", L"psk:None")));
+    EXPECT_EQ(Unchanged, IdsAfterRead(Named(L"Feature", L"psk:JobInputBin", L"")));
 }
 
 TEST_P(FunctionOptionTest, TheFirstNameOfTheListIsReadWhateverItsPlaceInTheTicket) {
     const std::wstring page = Feature(L"psk:PageInputBin", L"psk:Tray1");
     const std::wstring document = Feature(L"psk:DocumentInputBin", L"psk:Tray2");
     const std::wstring job = Feature(L"psk:JobInputBin", L"psk:Tray3");
-    EXPECT_EQ(IdsAfterRead(page + document + job), (Ids{0, 7}));
-    EXPECT_EQ(IdsAfterRead(page + document), (Ids{1, 6}));
-    EXPECT_EQ(IdsAfterRead(page), (Ids{2, 5}));
+    EXPECT_EQ((Ids{0, 7}), IdsAfterRead(page + document + job));
+    EXPECT_EQ((Ids{1, 6}), IdsAfterRead(page + document));
+    EXPECT_EQ((Ids{2, 5}), IdsAfterRead(page));
 }
 
 TEST_P(FunctionOptionTest, AnUnknownOptionOfTheFirstNameHidesTheOthers) {
-    EXPECT_EQ(
-        IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9") + Feature(L"psk:PageInputBin", L"psk:Tray1")),
-        Unchanged);
+    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9") +
+                                      Feature(L"psk:PageInputBin", L"psk:Tray1")));
 }
 
 TEST_P(FunctionOptionTest, AnOptionOfThePrefixOfLastResortIsReadAsTheKeywordItIsNamedAfter) {
-    EXPECT_EQ(IdsAfterRead(Feature(L"psk:JobInputBin", L"ns0000:Tray2"), L" xmlns:ns0000=\"urn:oem\""),
-              (Ids{0, 6}));
-    EXPECT_EQ(IdsAfterRead(Feature(L"psk:JobInputBin", L"oem:Tray1"), L" xmlns:oem=\"urn:oem\""), Unchanged);
+    EXPECT_EQ((Ids{0, 6}),
+              IdsAfterRead(Feature(L"psk:JobInputBin", L"ns0000:Tray2"), L" xmlns:ns0000=\"urn:oem\""));
+    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"oem:Tray1"), L" xmlns:oem=\"urn:oem\""));
 }
 
 TEST_P(FunctionOptionTest, NamesUnderASecondPrefixOfTheSameNamespaceAreNotRead) {
     const std::wstring declaration = L" xmlns:k=\"" + std::wstring(tests::KeywordsUri) + L"\"";
-    EXPECT_EQ(IdsAfterRead(Feature(L"k:JobInputBin", L"k:Tray1"), declaration), Unchanged);
-    EXPECT_EQ(IdsAfterRead(Feature(L"psk:JobInputBin", L"k:Tray1"), declaration), Unchanged);
+    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"k:JobInputBin", L"k:Tray1"), declaration));
+    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"k:Tray1"), declaration));
 }
 
 TEST_P(FunctionOptionTest, ADocumentThatIsNoTicketIsThrown) {
     InputBinData data;
     const Dom pCapabilities = LoadDomFromString(tests::Capabilities(L""));
-    EXPECT_EQ(ThrownCode([&] { data.Read(pCapabilities.Get()); }), E_FAIL);
-    EXPECT_EQ(ThrownCode([&] { data.Write(pCapabilities.Get(), Scope::Job); }), E_FAIL);
-    EXPECT_EQ(ThrownCode([&] { data.Remove(pCapabilities.Get()); }), E_FAIL);
-    EXPECT_EQ(ThrownCode([&] { static_cast<void>(data.IsSpecified(pCapabilities.Get())); }), E_FAIL);
-    EXPECT_EQ(ThrownCode([&] { data.Read(nullptr); }), E_PENDING);
+    EXPECT_EQ(E_FAIL, ThrownCode([&] { data.Read(pCapabilities.Get()); }));
+    EXPECT_EQ(E_FAIL, ThrownCode([&] { data.Write(pCapabilities.Get(), Scope::Job); }));
+    EXPECT_EQ(E_FAIL, ThrownCode([&] { data.Remove(pCapabilities.Get()); }));
+    EXPECT_EQ(E_FAIL, ThrownCode([&] { static_cast<void>(data.IsSpecified(pCapabilities.Get())); }));
+    EXPECT_EQ(E_PENDING, ThrownCode([&] { data.Read(nullptr); }));
 }
 
 TEST_P(FunctionOptionTest, ATicketWithoutTheKeywordPrefixIsUnexpected) {
     InputBinData data;
     const Dom pTicket =
         LoadDomFromString(L"<psf:PrintTicket xmlns:psf=\"" + std::wstring(tests::FrameworkUri) + L"\"/>");
-    EXPECT_EQ(ThrownCode([&] { data.Read(pTicket.Get()); }), E_UNEXPECTED);
-    EXPECT_EQ(ThrownCode([&] { data.Write(pTicket.Get()); }), E_UNEXPECTED);
+    EXPECT_EQ(E_UNEXPECTED, ThrownCode([&] { data.Read(pTicket.Get()); }));
+    EXPECT_EQ(E_UNEXPECTED, ThrownCode([&] { data.Write(pTicket.Get()); }));
 }
 
 TEST_P(FunctionOptionTest, IsSpecifiedWithAnyOptionUnderAnyName) {
@@ -268,13 +266,13 @@ TEST_P(FunctionOptionTest, IsSpecifiedThroughTheOptionNameOfEitherNamespace) {
 TEST_P(FunctionOptionTest, ReadSetsTheFeatureThenTheOptionThenCallsTheHook) {
     RecordingData data;
     data.Read(LoadDomFromString(Ticket(Feature(L"psk:PageOrientation", L"psk:ReversePortrait"))).Get());
-    EXPECT_EQ(data.calls, "feature 0; option 3; read; ");
+    EXPECT_EQ("feature 0; option 3; read; ", data.calls);
 }
 
 TEST_P(FunctionOptionTest, ReadOfAnUnknownOptionCallsNothing) {
     RecordingData data;
     data.Read(LoadDomFromString(Ticket(Feature(L"psk:PageOrientation", L"psk:Upright"))).Get());
-    EXPECT_EQ(data.calls, "");
+    EXPECT_EQ("", data.calls);
 }
 
 TEST_P(FunctionOptionTest, WriteCallsTheHookBeforeTheFeatureIsInTheTicket) {
@@ -283,10 +281,11 @@ TEST_P(FunctionOptionTest, WriteCallsTheHookBeforeTheFeatureIsInTheTicket) {
     RecordingData data;
     data.pTicket = pTicket.Get();
     data.Write(pTicket.Get(), Scope::Document);
-    EXPECT_EQ(data.calls, "write 2; ");
-    EXPECT_EQ(data.ticketAtWrite, Ticket(Feature(L"psk:Other", L"psk:Option")));
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:Other", L"psk:Option") +
-                                             Feature(L"psk:PageOrientation", L"psk:Portrait", L"<mark/>")));
+    EXPECT_EQ("write 2; ", data.calls);
+    EXPECT_EQ(Ticket(Feature(L"psk:Other", L"psk:Option")), data.ticketAtWrite);
+    EXPECT_EQ(Ticket(Feature(L"psk:Other", L"psk:Option") +
+                     Feature(L"psk:PageOrientation", L"psk:Portrait", L"<mark/>")),
+              DomText(pTicket.Get()));
 }
 
 TEST_P(FunctionOptionTest, SeveralFeaturesWrittenInTurnAreWrittenAsEachForItself) {
@@ -308,7 +307,7 @@ TEST_P(FunctionOptionTest, WriteWithoutAScopeUsesTheNameOfTheFeatureId) {
     data.SetFeatureId(1);
     data.SetFeedDirection(InputBinData::FeedDirectionUnknown);
     data.Write(pTicket.Get());
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:DocumentInputBin", L"psk:AutoSelect")));
+    EXPECT_EQ(Ticket(Feature(L"psk:DocumentInputBin", L"psk:AutoSelect")), DomText(pTicket.Get()));
 }
 
 TEST_P(FunctionOptionTest, WriteWithoutAScopeNeedsAFeatureIdOfOne) {
@@ -318,7 +317,7 @@ TEST_P(FunctionOptionTest, WriteWithoutAScopeNeedsAFeatureIdOfOne) {
         data.SetFeatureId(id);
         EXPECT_THROW(data.Write(pTicket.Get()), NotSupportedException) << id;
     }
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(L""));
+    EXPECT_EQ(Ticket(L""), DomText(pTicket.Get()));
 }
 
 TEST_P(FunctionOptionTest, WriteWithUnsetIdsThrowsBeforeAnythingIsRemoved) {
@@ -331,7 +330,7 @@ TEST_P(FunctionOptionTest, WriteWithUnsetIdsThrowsBeforeAnythingIsRemoved) {
     EXPECT_THROW(data.Write(pTicket.Get(), Scope::Page), std::invalid_argument);
     data.SetOptionId(0);
     EXPECT_THROW(data.Write(pTicket.Get(), Scope::None), NotSupportedException);
-    EXPECT_EQ(DomText(pTicket.Get()), before);
+    EXPECT_EQ(before, DomText(pTicket.Get()));
 }
 
 TEST_P(FunctionOptionTest, WriteReplacesTheFeatureOfItsNameAlone) {
@@ -340,8 +339,9 @@ TEST_P(FunctionOptionTest, WriteReplacesTheFeatureOfItsNameAlone) {
     InputBinData data;
     data.SetFeedDirection(InputBinData::FeedDirectionUnknown);
     data.Write(pTicket.Get(), Scope::Job);
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:PageInputBin", L"psk:Tray2") +
-                                             Feature(L"psk:JobInputBin", L"psk:AutoSelect")));
+    EXPECT_EQ(
+        Ticket(Feature(L"psk:PageInputBin", L"psk:Tray2") + Feature(L"psk:JobInputBin", L"psk:AutoSelect")),
+        DomText(pTicket.Get()));
 }
 
 TEST_P(FunctionOptionTest, RemoveTakesEveryNameOutOfTheTicket) {
@@ -349,8 +349,8 @@ TEST_P(FunctionOptionTest, RemoveTakesEveryNameOutOfTheTicket) {
         Ticket(Feature(L"psk:JobInputBin", L"psk:Tray1") + Feature(L"psk:Other", L"psk:Option") +
                Feature(L"psk:PageInputBin", L"psk:Tray2") + Feature(L"krk:DocumentInputBin", L"psk:Tray2")));
     InputBinData().Remove(pTicket.Get());
-    EXPECT_EQ(DomText(pTicket.Get()),
-              Ticket(Feature(L"psk:Other", L"psk:Option") + Feature(L"krk:DocumentInputBin", L"psk:Tray2")));
+    EXPECT_EQ(Ticket(Feature(L"psk:Other", L"psk:Option") + Feature(L"krk:DocumentInputBin", L"psk:Tray2")),
+              DomText(pTicket.Get()));
 }
 
 class AppendingData : public PageOrientationData {
@@ -362,34 +362,35 @@ TEST_P(FunctionOptionTest, AppendIntegerPropertyAppendsToTheParent) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     const PrintTicketHandler handler(pTicket.Get());
     Element pRoot;
-    ASSERT_EQ(pTicket->get_documentElement(pRoot.Put()), S_OK);
+    ASSERT_EQ(S_OK, pTicket->get_documentElement(pRoot.Put()));
     AppendingData::AppendIntegerProperty(handler, pRoot.Get(), L"MinWidth", -1, SchemaNamespace::Private);
     AppendingData::AppendIntegerProperty(handler, pRoot.Get(), L"P", 2, Keywords);
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Named(L"Property", L"krk:MinWidth", Integer(-1)) +
-                                             Named(L"Property", L"psk:P", Integer(2))));
+    EXPECT_EQ(
+        Ticket(Named(L"Property", L"krk:MinWidth", Integer(-1)) + Named(L"Property", L"psk:P", Integer(2))),
+        DomText(pTicket.Get()));
 }
 
 TEST_P(FunctionOptionTest, AppendIntegerPropertyThrowsWhatFails) {
     const Dom pTicket = LoadDomFromString(Ticket(L"text"));
     const PrintTicketHandler handler(pTicket.Get());
     tests::Node pText;
-    ASSERT_EQ(handler.SelectSingleNode(L"//text()", pText.Put()), S_OK);
-    EXPECT_EQ(
-        ThrownCode([&] { AppendingData::AppendIntegerProperty(handler, pText.Get(), L"", 1, Keywords); }),
-        E_INVALIDARG);
+    ASSERT_EQ(S_OK, handler.SelectSingleNode(L"//text()", pText.Put()));
+    EXPECT_EQ(E_INVALIDARG, ThrownCode([&] {
+                  AppendingData::AppendIntegerProperty(handler, pText.Get(), L"", 1, Keywords);
+              }));
     EXPECT_TRUE(FAILED(
         ThrownCode([&] { AppendingData::AppendIntegerProperty(handler, pText.Get(), L"P", 1, Keywords); })));
 }
 
 TEST_P(FunctionOptionTest, PageOrientationIsPortraitByDefaultAndHasNoHooks) {
     const PageOrientationData data;
-    EXPECT_EQ(data.GetFeatureId(), 0);
-    EXPECT_EQ(data.GetOptionId(), PageOrientationData::Portrait);
-    EXPECT_EQ(&data.GetFeatureNames(), &PageOrientationFeatureNames::Instance());
-    EXPECT_EQ(&data.GetOptionNames(), &PageOrientationOptionNames::Instance());
+    EXPECT_EQ(0, data.GetFeatureId());
+    EXPECT_EQ(PageOrientationData::Portrait, data.GetOptionId());
+    EXPECT_EQ(&PageOrientationFeatureNames::Instance(), &data.GetFeatureNames());
+    EXPECT_EQ(&PageOrientationOptionNames::Instance(), &data.GetOptionNames());
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     data.Write(pTicket.Get());
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:PageOrientation", L"psk:Portrait")));
+    EXPECT_EQ(Ticket(Feature(L"psk:PageOrientation", L"psk:Portrait")), DomText(pTicket.Get()));
 }
 
 TEST_ON_EACH_DOM(FunctionOptionTest);

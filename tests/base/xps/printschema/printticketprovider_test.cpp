@@ -104,7 +104,7 @@ ULONG ReferencesOf(IUnknown* pObject) {
 
 bool LoadsAsynchronously(const Dom& dom) {
     VARIANT_BOOL isAsynchronous = VARIANT_TRUE;
-    EXPECT_EQ(dom->get_async(&isAsynchronous), S_OK);
+    EXPECT_EQ(S_OK, dom->get_async(&isAsynchronous));
     return isAsynchronous != VARIANT_FALSE;
 }
 
@@ -124,7 +124,7 @@ class PrintTicketProviderTest : public tests::DomTest {
         return m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get());
     }
     void OpenBase() {
-        ASSERT_EQ(OpenWith(Base), S_OK);
+        ASSERT_EQ(S_OK, OpenWith(Base));
         m_calls.Clear();
         m_platform.m_tokens.clear();
     }
@@ -163,7 +163,7 @@ class PrintTicketProviderTest : public tests::DomTest {
 
     Dom Get(EPrintTicketScope scope) {
         Dom ticket;
-        EXPECT_EQ(m_provider->GetTicket(scope, ticket.Put()), S_OK);
+        EXPECT_EQ(S_OK, m_provider->GetTicket(scope, ticket.Put()));
         return ticket;
     }
     Dom Read(EPrintTicketScope scope) {
@@ -195,24 +195,24 @@ class PrintTicketProviderTest : public tests::DomTest {
 // Open and Close.
 
 TEST_F(PrintTicketProviderTest, OpenOpensThePrinterAsTheUserAndLoadsTheBaseFromItsStart) {
-    EXPECT_EQ(OpenWith(Base), S_OK);
+    EXPECT_EQ(S_OK, OpenWith(Base));
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTOpenProvider Printer 1"));
     ExpectEveryCallUnderTheUsersToken();
     Dom base;
-    EXPECT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
-    EXPECT_EQ(DomText(base.Get()), Base);
+    EXPECT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
+    EXPECT_EQ(Base, DomText(base.Get()));
 }
 
 TEST_F(PrintTicketProviderTest, OpenWithAnEmptyPrinterNameFailsAndOpensNothing) {
     const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
-    EXPECT_EQ(m_provider->Open(stream.Get(), Bstr(L"").Get(), m_token.get()), E_INVALIDARG);
-    EXPECT_EQ(m_provider->Open(stream.Get(), nullptr, m_token.get()), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, m_provider->Open(stream.Get(), Bstr(L"").Get(), m_token.get()));
+    EXPECT_EQ(E_INVALIDARG, m_provider->Open(stream.Get(), nullptr, m_token.get()));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, OpenWithoutAStreamFailsAndOpensNothing) {
-    EXPECT_EQ(m_provider->Open(nullptr, Bstr(L"Printer").Get(), m_token.get()), E_POINTER);
-    EXPECT_EQ(m_provider->Open(nullptr, nullptr, m_token.get()), E_POINTER);
+    EXPECT_EQ(E_POINTER, m_provider->Open(nullptr, Bstr(L"Printer").Get(), m_token.get()));
+    EXPECT_EQ(E_POINTER, m_provider->Open(nullptr, nullptr, m_token.get()));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
@@ -220,44 +220,44 @@ TEST_F(PrintTicketProviderTest, OpenUnderATokenThatCannotBeTakenMakesNoCall) {
     m_token.reset();
     const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
     const HANDLE noToken = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0xBEE0));
-    EXPECT_EQ(m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), noToken), InvalidHandle);
+    EXPECT_EQ(InvalidHandle, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), noToken));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
-    EXPECT_EQ(GetResult(kPTJobScope), E_PENDING);
+    EXPECT_EQ(E_PENDING, GetResult(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, OpenWithoutATokenRunsAsTheProcess) {
     const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
-    EXPECT_EQ(m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), nullptr), S_OK);
-    ASSERT_EQ(m_platform.m_tokens.size(), 1u);
+    EXPECT_EQ(S_OK, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), nullptr));
+    ASSERT_EQ(1u, m_platform.m_tokens.size());
     EXPECT_FALSE(m_platform.m_tokens[0].has_value());
 }
 
 TEST_F(PrintTicketProviderTest, ARefusalOfThePlatformToOpenIsReturned) {
     m_calls.Fail("PTOpenProvider Printer 1", Injected);
-    EXPECT_EQ(OpenWith(Base), Injected);
-    EXPECT_EQ(GetResult(kPTJobScope), E_PENDING);
-    EXPECT_EQ(m_provider->Close(), S_OK);
+    EXPECT_EQ(Injected, OpenWith(Base));
+    EXPECT_EQ(E_PENDING, GetResult(kPTJobScope));
+    EXPECT_EQ(S_OK, m_provider->Close());
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTOpenProvider Printer 1"));
 }
 
 TEST_F(PrintTicketProviderTest, ABaseThatIsNotWellFormedFailsToOpen) {
-    EXPECT_EQ(OpenWith(L"<psf:PrintTicket>"), E_FAIL);
-    EXPECT_EQ(OpenWith(L""), E_FAIL);
-    EXPECT_EQ(GetResult(kPTJobScope), E_PENDING);
+    EXPECT_EQ(E_FAIL, OpenWith(L"<psf:PrintTicket>"));
+    EXPECT_EQ(E_FAIL, OpenWith(L""));
+    EXPECT_EQ(E_PENDING, GetResult(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, OpeningAgainClosesTheFirstAndForgetsItsTickets) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     m_calls.Clear();
-    EXPECT_EQ(OpenWith(PageDelta), S_OK);
+    EXPECT_EQ(S_OK, OpenWith(PageDelta));
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider", "PTOpenProvider Printer 1"));
-    EXPECT_EQ(TextAt(kPTPageScope), PageDelta);
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, OpeningAgainWithBadArgumentsStillClosesTheFirst) {
     OpenBase();
-    EXPECT_EQ(m_provider->Open(nullptr, nullptr, m_token.get()), E_POINTER);
+    EXPECT_EQ(E_POINTER, m_provider->Open(nullptr, nullptr, m_token.get()));
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
 }
 
@@ -299,21 +299,21 @@ TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
         m_calls.FailNth(call, Injected);
         const HRESULT hr = OpenWith(Base);
         if (!m_calls.HasFailed()) {
-            EXPECT_EQ(hr, S_OK);
+            EXPECT_EQ(S_OK, hr);
             EXPECT_GT(call, 3u);
             break;
         }
         EXPECT_THAT(hr, AnyOf(Injected, E_FAIL)) << m_calls.FailedCall();
         EXPECT_FALSE(tests::ThreadTokenId().has_value());
-        EXPECT_EQ(GetResult(kPTPageScope), E_PENDING) << m_calls.FailedCall();
-        EXPECT_EQ(m_provider->Close(), S_OK);
+        EXPECT_EQ(E_PENDING, GetResult(kPTPageScope)) << m_calls.FailedCall();
+        EXPECT_EQ(S_OK, m_provider->Close());
         EXPECT_THAT(m_platform.m_openHandles, IsEmpty());
     }
 }
 
 TEST_F(PrintTicketProviderTest, TheBaseIsReadAsTheUser) {
     const auto stream = MakeMock<TokenNotingStream>(m_calls, Bytes(Base));
-    ASSERT_EQ(m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get()), S_OK);
+    ASSERT_EQ(S_OK, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get()));
     EXPECT_FALSE(stream->m_tokens.empty());
     for (const auto& token : stream->m_tokens) {
         EXPECT_TRUE(tests::SameToken(token, tests::TokenIdOf(m_token.get())));
@@ -322,26 +322,26 @@ TEST_F(PrintTicketProviderTest, TheBaseIsReadAsTheUser) {
 
 TEST_F(PrintTicketProviderTest, OpeningAgainReleasesAllFourTickets) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
     Dom base;
-    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     const std::vector<Dom> tickets = {base, Get(kPTJobScope), Get(kPTDocumentScope), Get(kPTPageScope)};
     base.Reset();
-    for (const Dom& ticket : tickets) EXPECT_EQ(ReferencesOf(ticket.Get()), 2u);
-    ASSERT_EQ(OpenWith(PageDelta), S_OK);
-    for (const Dom& ticket : tickets) EXPECT_EQ(ReferencesOf(ticket.Get()), 1u);
-    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(TextAt(scope), PageDelta);
+    for (const Dom& ticket : tickets) EXPECT_EQ(2u, ReferencesOf(ticket.Get()));
+    ASSERT_EQ(S_OK, OpenWith(PageDelta));
+    for (const Dom& ticket : tickets) EXPECT_EQ(1u, ReferencesOf(ticket.Get()));
+    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(PageDelta, TextAt(scope));
 }
 
 TEST_F(PrintTicketProviderTest, NothingIsDoneOnThePlatformBeforeOpenForThereIsNoTokenYet) {
     const Dom source = LoadDomFromString(Base);
-    ASSERT_EQ(m_provider->SetBaseTicket(source.Get()), S_OK);
-    EXPECT_EQ(SetJob(JobDelta), InvalidHandle);
-    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr),
-              InvalidHandle);
+    ASSERT_EQ(S_OK, m_provider->SetBaseTicket(source.Get()));
+    EXPECT_EQ(InvalidHandle, SetJob(JobDelta));
+    EXPECT_EQ(InvalidHandle,
+              m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr));
     Dom capabilities;
-    EXPECT_EQ(m_provider->GetPrintCapabilities(source.Get(), capabilities.Put()), InvalidHandle);
+    EXPECT_EQ(InvalidHandle, m_provider->GetPrintCapabilities(source.Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
@@ -350,28 +350,28 @@ TEST_F(PrintTicketProviderTest, EveryDocumentLoadsSynchronously) {
     OpenBase();
     m_platform.m_capabilities = Bytes(tests::Capabilities(L""));
     Dom base;
-    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     EXPECT_FALSE(LoadsAsynchronously(base));
     for (const EPrintTicketScope scope : AllScopes) EXPECT_FALSE(LoadsAsynchronously(Get(scope))) << scope;
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     EXPECT_FALSE(LoadsAsynchronously(Get(kPTJobScope)));
-    ASSERT_EQ(SetPage(NoTicket), S_OK);
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
     EXPECT_FALSE(LoadsAsynchronously(Get(kPTPageScope)));
     Dom capabilities;
-    ASSERT_EQ(m_provider->GetPrintCapabilities(base.Get(), capabilities.Put()), S_OK);
+    ASSERT_EQ(S_OK, m_provider->GetPrintCapabilities(base.Get(), capabilities.Put()));
     EXPECT_FALSE(LoadsAsynchronously(capabilities));
 }
 
 TEST_F(PrintTicketProviderTest, CloseWithoutOpenSucceeds) {
-    EXPECT_EQ(m_provider->Close(), S_OK);
+    EXPECT_EQ(S_OK, m_provider->Close());
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, CloseReturnsThePlatformsResultAndClosesOnce) {
     OpenBase();
     m_calls.Fail("PTCloseProvider", Injected);
-    EXPECT_EQ(m_provider->Close(), Injected);
-    EXPECT_EQ(m_provider->Close(), S_OK);
+    EXPECT_EQ(Injected, m_provider->Close());
+    EXPECT_EQ(S_OK, m_provider->Close());
     m_provider.reset();
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
 }
@@ -384,9 +384,9 @@ TEST_F(PrintTicketProviderTest, TheDestructorCloses) {
 
 TEST_F(PrintTicketProviderTest, CloseReleasesTheTicketsWithTheHandle) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     const Dom job = Get(kPTJobScope);
-    ASSERT_EQ(m_provider->Close(), S_OK);
+    ASSERT_EQ(S_OK, m_provider->Close());
     for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(E_PENDING, GetResult(scope));
     Dom base;
     EXPECT_EQ(E_PENDING, m_provider->GetBaseTicket(base.Put()));
@@ -406,67 +406,67 @@ TEST_F(PrintTicketProviderTest, CloseWithoutAnOpenPrinterReleasesTheTicketsToo) 
 
 TEST_F(PrintTicketProviderTest, TheBaseIsMissingBeforeOpen) {
     IXMLDOMDocument2* pTicket = reinterpret_cast<IXMLDOMDocument2*>(this);
-    EXPECT_EQ(m_provider->GetBaseTicket(&pTicket), E_PENDING);
-    EXPECT_EQ(pTicket, nullptr);
-    EXPECT_EQ(m_provider->GetBaseTicket(nullptr), E_POINTER);
+    EXPECT_EQ(E_PENDING, m_provider->GetBaseTicket(&pTicket));
+    EXPECT_EQ(nullptr, pTicket);
+    EXPECT_EQ(E_POINTER, m_provider->GetBaseTicket(nullptr));
 }
 
 TEST_F(PrintTicketProviderTest, TheBaseIsTakenFromADocumentAsACopy) {
     const Dom source = LoadDomFromString(Base);
-    EXPECT_EQ(m_provider->SetBaseTicket(source.Get()), S_OK);
+    EXPECT_EQ(S_OK, m_provider->SetBaseTicket(source.Get()));
     Dom base;
-    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     EXPECT_NE(base.Get(), source.Get());
-    EXPECT_EQ(DomText(base.Get()), Base);
+    EXPECT_EQ(Base, DomText(base.Get()));
 }
 
 TEST_F(PrintTicketProviderTest, TheBaseIsTakenFromAStreamFromItsStart) {
     ComPtr<IStream> stream;
-    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()), S_OK);
+    ASSERT_EQ(S_OK, CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()));
     const std::string bytes = Bytes(Base);
-    ASSERT_EQ(stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr), S_OK);
-    EXPECT_EQ(m_provider->SetBaseTicket(stream.Get()), S_OK);
-    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    ASSERT_EQ(S_OK, stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
+    EXPECT_EQ(S_OK, m_provider->SetBaseTicket(stream.Get()));
+    EXPECT_EQ(Base, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, ABadSourceLeavesTheBaseAsItWas) {
     OpenBase();
-    EXPECT_EQ(m_provider->SetBaseTicket(nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, m_provider->SetBaseTicket(nullptr));
     const auto noStream = MakeMock<tests::MockUnknown>();
-    EXPECT_EQ(m_provider->SetBaseTicket(noStream.Get()), E_NOINTERFACE);
+    EXPECT_EQ(E_NOINTERFACE, m_provider->SetBaseTicket(noStream.Get()));
     ComPtr<IStream> empty;
-    ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, empty.Put()), S_OK);
-    EXPECT_EQ(m_provider->SetBaseTicket(empty.Get()), E_FAIL);
-    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    ASSERT_EQ(S_OK, CreateStreamOnHGlobal(nullptr, TRUE, empty.Put()));
+    EXPECT_EQ(E_FAIL, m_provider->SetBaseTicket(empty.Get()));
+    EXPECT_EQ(Base, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, AStreamThatCannotBeRewoundIsNoBase) {
     OpenBase();
     const auto output = MakeMock<tests::MockWriteStream>(m_calls);
     const ComPtr<IStream> forwardOnly = base::io::CreatePrintWriteStreamToIStream(output.Get());
-    EXPECT_EQ(m_provider->SetBaseTicket(forwardOnly.Get()), E_NOTIMPL);
-    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    EXPECT_EQ(E_NOTIMPL, m_provider->SetBaseTicket(forwardOnly.Get()));
+    EXPECT_EQ(Base, TextAt(kPTJobScope));
 }
 
 // Reading and deriving.
 
 TEST_F(PrintTicketProviderTest, EveryScopeIsPendingWithoutABase) {
     for (const EPrintTicketScope scope : AllScopes) {
-        EXPECT_EQ(GetResult(scope), E_PENDING);
-        EXPECT_EQ(m_provider->MergeTicket(scope, nullptr, nullptr), E_PENDING);
+        EXPECT_EQ(E_PENDING, GetResult(scope));
+        EXPECT_EQ(E_PENDING, m_provider->MergeTicket(scope, nullptr, nullptr));
     }
-    EXPECT_EQ(SetJob(JobDelta), E_PENDING);
-    EXPECT_EQ(SetJob(NoTicket), E_PENDING);
+    EXPECT_EQ(E_PENDING, SetJob(JobDelta));
+    EXPECT_EQ(E_PENDING, SetJob(NoTicket));
 }
 
 TEST_F(PrintTicketProviderTest, EveryScopeStartsAsACopyOfTheBase) {
     OpenBase();
     Dom base;
-    ASSERT_EQ(m_provider->GetBaseTicket(base.Put()), S_OK);
+    ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     std::vector<Dom> tickets = {base};
     for (const EPrintTicketScope scope : AllScopes) {
         const Dom ticket = Get(scope);
-        EXPECT_EQ(DomText(ticket.Get()), Base);
+        EXPECT_EQ(Base, DomText(ticket.Get()));
         for (const Dom& other : tickets) EXPECT_NE(ticket.Get(), other.Get());
         tickets.push_back(ticket);
     }
@@ -475,9 +475,9 @@ TEST_F(PrintTicketProviderTest, EveryScopeStartsAsACopyOfTheBase) {
 
 TEST_F(PrintTicketProviderTest, GetTicketForThePageBeforeAnyPagePartYieldsACopyOfTheDocumentTicket) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
-    EXPECT_EQ(TextAt(kPTPageScope), DocumentDelta);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    EXPECT_EQ(DocumentDelta, TextAt(kPTPageScope));
     EXPECT_NE(Get(kPTPageScope).Get(), Get(kPTDocumentScope).Get());
 }
 
@@ -488,11 +488,11 @@ TEST_F(PrintTicketProviderTest, GetTicketHandsOutTheSameDocumentEachTime) {
 
 TEST_F(PrintTicketProviderTest, GetTicketRefusesOtherScopesAndANullPointer) {
     IXMLDOMDocument2* pTicket = reinterpret_cast<IXMLDOMDocument2*>(this);
-    EXPECT_EQ(m_provider->GetTicket(NoScope, &pTicket), E_INVALIDARG);
-    EXPECT_EQ(pTicket, nullptr);
+    EXPECT_EQ(E_INVALIDARG, m_provider->GetTicket(NoScope, &pTicket));
+    EXPECT_EQ(nullptr, pTicket);
     OpenBase();
-    EXPECT_EQ(GetResult(NoScope), E_INVALIDARG);
-    EXPECT_EQ(m_provider->GetTicket(kPTPageScope, nullptr), E_POINTER);
+    EXPECT_EQ(E_INVALIDARG, GetResult(NoScope));
+    EXPECT_EQ(E_POINTER, m_provider->GetTicket(kPTPageScope, nullptr));
 }
 
 // MergeTicket.
@@ -501,44 +501,44 @@ TEST_F(PrintTicketProviderTest, MergingAtScope3FailsAndChangesNothing) {
     OpenBase();
     const Dom delta = LoadDomFromString(JobDelta);
     const Dom job = Get(kPTJobScope);
-    EXPECT_EQ(m_provider->MergeTicket(NoScope, delta.Get(), nullptr), E_INVALIDARG);
-    EXPECT_EQ(m_provider->MergeTicket(NoScope, nullptr, nullptr), E_INVALIDARG);
-    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_EQ(E_INVALIDARG, m_provider->MergeTicket(NoScope, delta.Get(), nullptr));
+    EXPECT_EQ(E_INVALIDARG, m_provider->MergeTicket(NoScope, nullptr, nullptr));
+    EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, EachScopeIsMergedOverTheNextWiderOne) {
     OpenBase();
-    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr), S_OK);
-    EXPECT_EQ(m_provider->MergeTicket(kPTDocumentScope, LoadDomFromString(DocumentDelta).Get(), nullptr),
-              S_OK);
-    EXPECT_EQ(m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr), S_OK);
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr));
+    EXPECT_EQ(S_OK,
+              m_provider->MergeTicket(kPTDocumentScope, LoadDomFromString(DocumentDelta).Get(), nullptr));
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr));
     EXPECT_THAT(PlatformCalls(),
                 ElementsAre(MergeCall(2, Base, JobDelta), MergeCall(1, JobDelta, DocumentDelta),
                             MergeCall(0, DocumentDelta, PageDelta)));
     ExpectEveryCallUnderTheUsersToken();
-    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
-    EXPECT_EQ(TextAt(kPTDocumentScope), DocumentDelta);
-    EXPECT_EQ(TextAt(kPTPageScope), PageDelta);
+    EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
+    EXPECT_EQ(DocumentDelta, TextAt(kPTDocumentScope));
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, MergingAtAScopeForgetsTheNarrowerOnes) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
-    ASSERT_EQ(SetPage(PageDelta), S_OK);
-    EXPECT_EQ(m_provider->MergeTicket(kPTDocumentScope, nullptr, nullptr), S_OK);
-    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
-    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, nullptr, nullptr), S_OK);
-    EXPECT_EQ(TextAt(kPTJobScope), Base);
-    EXPECT_EQ(TextAt(kPTPageScope), Base);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTDocumentScope, nullptr, nullptr));
+    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, nullptr, nullptr));
+    EXPECT_EQ(Base, TextAt(kPTJobScope));
+    EXPECT_EQ(Base, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, MergingWithoutADeltaLeavesTheExtraTicketOut) {
     OpenBase();
     const Dom extra = LoadDomFromString(Extra);
-    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, nullptr, extra.Get()), S_OK);
-    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, nullptr, extra.Get()));
+    EXPECT_EQ(Base, TextAt(kPTJobScope));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
@@ -546,36 +546,36 @@ TEST_F(PrintTicketProviderTest, EverySuccessCodeOfThePlatformIsASuccess) {
     OpenBase();
     for (const HRESULT success : {NoConflict, ConflictResolved, S_OK}) {
         m_platform.m_mergeResult = success;
-        EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr), S_OK);
-        EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
-        EXPECT_EQ(SetJob(PageDelta), S_OK);
-        EXPECT_EQ(TextAt(kPTJobScope), PageDelta);
+        EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr));
+        EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
+        EXPECT_EQ(S_OK, SetJob(PageDelta));
+        EXPECT_EQ(PageDelta, TextAt(kPTJobScope));
     }
 }
 
 TEST_F(PrintTicketProviderTest, AMergeThatThePlatformRefusesLeavesTheCopyOfTheParent) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     m_platform.m_errorText = L"Delta ticket: 100% wrong \u6F22";
     m_platform.m_mergeResult = static_cast<HRESULT>(0x80040005L);
-    EXPECT_EQ(m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr),
-              static_cast<HRESULT>(0x80040005L));
-    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+    EXPECT_EQ(static_cast<HRESULT>(0x80040005L),
+              m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr));
+    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, ARefusedMergeWithoutATextFailsAllTheSame) {
     OpenBase();
     m_platform.m_mergeResult = Injected;
-    EXPECT_EQ(SetJob(JobDelta), Injected);
-    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    EXPECT_EQ(Injected, SetJob(JobDelta));
+    EXPECT_EQ(Base, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, AResultThatIsNotWellFormedLeavesTheCopyOfTheParent) {
     OpenBase();
     for (const std::string_view result : {"", "<psf:PrintTicket>", "<a/><b/>"}) {
         m_platform.m_merge = [&](const auto&) { return std::string(result); };
-        EXPECT_EQ(m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr), E_FAIL);
-        EXPECT_EQ(TextAt(kPTPageScope), Base);
+        EXPECT_EQ(E_FAIL, m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr));
+        EXPECT_EQ(Base, TextAt(kPTPageScope));
     }
 }
 
@@ -583,9 +583,9 @@ TEST_F(PrintTicketProviderTest, TheDeltaAndTheExtraTicketAreNotChanged) {
     OpenBase();
     const Dom delta = LoadDomFromString(JobDelta);
     const Dom extra = LoadDomFromString(Extra);
-    EXPECT_EQ(m_provider->MergeTicket(kPTJobScope, delta.Get(), extra.Get()), S_OK);
-    EXPECT_EQ(DomText(delta.Get()), JobDelta);
-    EXPECT_EQ(DomText(extra.Get()), Extra);
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, delta.Get(), extra.Get()));
+    EXPECT_EQ(JobDelta, DomText(delta.Get()));
+    EXPECT_EQ(Extra, DomText(extra.Get()));
 }
 
 // What validation dropped.
@@ -600,7 +600,7 @@ TEST_F(PrintTicketProviderTest, APrivateFeatureThatValidationDropsComesBackAndVa
     const std::wstring sizeEnd = L"</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>";
     m_platform.m_merge = [&](const auto&) { return Bytes(Ticket(size + L"100" + sizeEnd)); };
 
-    EXPECT_EQ(SetJob(Ticket(secret + size + L"999" + sizeEnd, declaration)), S_OK);
+    EXPECT_EQ(S_OK, SetJob(Ticket(secret + size + L"999" + sizeEnd, declaration)));
 
     const std::wstring text = TextAt(kPTJobScope);
     EXPECT_THAT(text, testing::HasSubstr(L"<psf:Value>100</psf:Value>"));
@@ -612,9 +612,10 @@ TEST_F(PrintTicketProviderTest, APrivateFeatureThatValidationDropsComesBackAndVa
 TEST_F(PrintTicketProviderTest, AnOptionThatValidationReplacedStandsBeforeTheOneThatWasAskedFor) {
     OpenBase();
     m_platform.m_merge = [](const auto&) { return Bytes(Ticket(Feature(L"psk:A", L"psk:validated"))); };
-    EXPECT_EQ(SetJob(JobDelta), S_OK);
-    EXPECT_EQ(TextAt(kPTJobScope), Ticket(L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:validated\"/>"
-                                          L"<psf:Option name=\"psk:job\"/></psf:Feature>"));
+    EXPECT_EQ(S_OK, SetJob(JobDelta));
+    EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:validated\"/>"
+                     L"<psf:Option name=\"psk:job\"/></psf:Feature>"),
+              TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, WhatWasPutBackIsInTheNextMergesBase) {
@@ -622,9 +623,9 @@ TEST_F(PrintTicketProviderTest, WhatWasPutBackIsInTheNextMergesBase) {
     const std::wstring validated = Feature(L"psk:A", L"psk:job");
     const std::wstring dropped = Feature(L"psk:Dropped", L"psk:On");
     m_platform.m_merge = [&](const auto&) { return Bytes(Ticket(validated)); };
-    ASSERT_EQ(SetJob(Ticket(dropped + validated)), S_OK);
+    ASSERT_EQ(S_OK, SetJob(Ticket(dropped + validated)));
     m_calls.Clear();
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
     EXPECT_THAT(PlatformCalls(), ElementsAre(MergeCall(1, Ticket(validated + dropped), DocumentDelta)));
 }
 
@@ -633,28 +634,29 @@ TEST_F(PrintTicketProviderTest, TheExtraTicketIsMergedAfterTheDelta) {
     m_platform.m_merge = [](const auto&) { return Bytes(Base); };
     const Dom extra = LoadDomFromString(Extra);
     const std::wstring delta = Ticket(Feature(L"psk:B", L"psk:delta"));
-    EXPECT_EQ(SetJob(delta, extra.Get()), S_OK);
-    EXPECT_EQ(TextAt(kPTJobScope), Ticket(Feature(L"psk:A", L"psk:base") + Feature(L"psk:B", L"psk:delta") +
-                                          Feature(L"psk:X", L"psk:extra")));
+    EXPECT_EQ(S_OK, SetJob(delta, extra.Get()));
+    EXPECT_EQ(Ticket(Feature(L"psk:A", L"psk:base") + Feature(L"psk:B", L"psk:delta") +
+                     Feature(L"psk:X", L"psk:extra")),
+              TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, AResultUnderAnotherRootThrowsAndTheScopeKeepsItsTicket) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     const Dom job = Get(kPTJobScope);
     m_platform.m_merge = [](const auto&) { return Bytes(NotATicket); };
     EXPECT_THROW(static_cast<void>(SetJob(PageDelta)), HresultError);
-    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
-    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+    EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
+    EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
 }
 
 // Parts.
 
 TEST_F(PrintTicketProviderTest, PartsAreMergedInTheOrderOfTheDocument) {
     OpenBase();
-    EXPECT_EQ(SetJob(JobDelta), S_OK);
-    EXPECT_EQ(SetDocument(DocumentDelta), S_OK);
-    EXPECT_EQ(SetPage(PageDelta), S_OK);
+    EXPECT_EQ(S_OK, SetJob(JobDelta));
+    EXPECT_EQ(S_OK, SetDocument(DocumentDelta));
+    EXPECT_EQ(S_OK, SetPage(PageDelta));
     EXPECT_THAT(PlatformCalls(),
                 ElementsAre(MergeCall(2, Base, JobDelta), MergeCall(1, JobDelta, DocumentDelta),
                             MergeCall(0, DocumentDelta, PageDelta)));
@@ -663,97 +665,97 @@ TEST_F(PrintTicketProviderTest, PartsAreMergedInTheOrderOfTheDocument) {
 
 TEST_F(PrintTicketProviderTest, ASecondPageStartsFromTheDocumentAndASecondDocumentFromTheJob) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
-    ASSERT_EQ(SetPage(PageDelta), S_OK);
-    ASSERT_EQ(SetPage(NoTicket), S_OK);
-    EXPECT_EQ(TextAt(kPTPageScope), DocumentDelta);
-    ASSERT_EQ(SetDocument(NoTicket), S_OK);
-    EXPECT_EQ(TextAt(kPTDocumentScope), JobDelta);
-    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_EQ(DocumentDelta, TextAt(kPTPageScope));
+    ASSERT_EQ(S_OK, SetDocument(NoTicket));
+    EXPECT_EQ(JobDelta, TextAt(kPTDocumentScope));
+    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, APartWithATicketLeavesTheNarrowerTicketsAsTheyAre) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
     const Dom page = Get(kPTPageScope);
-    ASSERT_EQ(SetJob(PageDelta), S_OK);
-    EXPECT_EQ(TextAt(kPTDocumentScope), DocumentDelta);
-    EXPECT_EQ(Get(kPTPageScope).Get(), page.Get());
+    ASSERT_EQ(S_OK, SetJob(PageDelta));
+    EXPECT_EQ(DocumentDelta, TextAt(kPTDocumentScope));
+    EXPECT_EQ(page.Get(), Get(kPTPageScope).Get());
 }
 
 TEST_F(PrintTicketProviderTest, APartWithATicketNeedsTheWiderTicket) {
     OpenBase();
-    EXPECT_EQ(SetDocument(DocumentDelta), E_PENDING);
-    EXPECT_EQ(SetPage(PageDelta), E_PENDING);
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
-    EXPECT_EQ(SetPage(PageDelta), E_PENDING);
-    EXPECT_EQ(PlatformCalls().size(), 1u);
+    EXPECT_EQ(E_PENDING, SetDocument(DocumentDelta));
+    EXPECT_EQ(E_PENDING, SetPage(PageDelta));
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    EXPECT_EQ(E_PENDING, SetPage(PageDelta));
+    EXPECT_EQ(1u, PlatformCalls().size());
 }
 
 TEST_F(PrintTicketProviderTest, APagePartWithoutATicketYieldsTheDocumentTicketWithTheExtraTicketMergedIn) {
     OpenBase();
-    ASSERT_EQ(SetJob(NoTicket), S_OK);
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(NoTicket));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
     m_calls.Clear();
-    EXPECT_EQ(SetPage(NoTicket), S_OK);
-    EXPECT_EQ(TextAt(kPTPageScope), DocumentDelta);
+    EXPECT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_EQ(DocumentDelta, TextAt(kPTPageScope));
     const Dom extra = LoadDomFromString(Extra);
-    EXPECT_EQ(SetPage(NoTicket, extra.Get()), S_OK);
-    EXPECT_EQ(TextAt(kPTPageScope),
-              Ticket(Feature(L"psk:A", L"psk:document") + Feature(L"psk:X", L"psk:extra")));
-    EXPECT_EQ(TextAt(kPTDocumentScope), DocumentDelta);
+    EXPECT_EQ(S_OK, SetPage(NoTicket, extra.Get()));
+    EXPECT_EQ(Ticket(Feature(L"psk:A", L"psk:document") + Feature(L"psk:X", L"psk:extra")),
+              TextAt(kPTPageScope));
+    EXPECT_EQ(DocumentDelta, TextAt(kPTDocumentScope));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, ASuccessWithoutATicketPartIsAPartWithoutATicket) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     const Dom extra = LoadDomFromString(Extra);
     const auto part = MakeMock<DocumentWithNullTicket>(m_calls, L"/document");
-    EXPECT_EQ(m_provider->SetDocumentTicket(part.Get(), extra.Get()), S_OK);
-    EXPECT_EQ(TextAt(kPTDocumentScope),
-              Ticket(Feature(L"psk:A", L"psk:job") + Feature(L"psk:X", L"psk:extra")));
+    EXPECT_EQ(S_OK, m_provider->SetDocumentTicket(part.Get(), extra.Get()));
+    EXPECT_EQ(Ticket(Feature(L"psk:A", L"psk:job") + Feature(L"psk:X", L"psk:extra")),
+              TextAt(kPTDocumentScope));
 }
 
 TEST_F(PrintTicketProviderTest, AnyOtherFailureOfThePartIsReturnedUnchanged) {
     OpenBase();
     const Dom job = Get(kPTJobScope);
     m_calls.Fail("GetPrintTicket /job", E_ACCESSDENIED);
-    EXPECT_EQ(SetJob(JobDelta), E_ACCESSDENIED);
+    EXPECT_EQ(E_ACCESSDENIED, SetJob(JobDelta));
     m_calls.Fail("GetPrintTicket /document", RPC_E_DISCONNECTED);
-    EXPECT_EQ(SetDocument(DocumentDelta), RPC_E_DISCONNECTED);
+    EXPECT_EQ(RPC_E_DISCONNECTED, SetDocument(DocumentDelta));
     m_calls.Fail("GetPrintTicket /page", E_FAIL);
-    EXPECT_EQ(SetPage(PageDelta), E_FAIL);
+    EXPECT_EQ(E_FAIL, SetPage(PageDelta));
     m_calls.Fail("GetStream", STG_E_ACCESSDENIED);
-    EXPECT_EQ(SetJob(JobDelta), STG_E_ACCESSDENIED);
-    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_EQ(STG_E_ACCESSDENIED, SetJob(JobDelta));
+    EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
 }
 
 TEST_F(PrintTicketProviderTest, OnlyAPartCanBeWithoutATicketNotTheTicketItself) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     const Dom job = Get(kPTJobScope);
     m_calls.Fail("GetStream", NoTicketPart);
-    EXPECT_EQ(SetJob(PageDelta), NoTicketPart);
-    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
-    EXPECT_EQ(TextAt(kPTJobScope), JobDelta);
+    EXPECT_EQ(NoTicketPart, SetJob(PageDelta));
+    EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
+    EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, ANullPartIsRefused) {
     OpenBase();
-    EXPECT_EQ(m_provider->SetJobTicket(nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(m_provider->SetDocumentTicket(nullptr, nullptr), E_POINTER);
-    EXPECT_EQ(m_provider->SetPageTicket(nullptr, nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, m_provider->SetJobTicket(nullptr, nullptr));
+    EXPECT_EQ(E_POINTER, m_provider->SetDocumentTicket(nullptr, nullptr));
+    EXPECT_EQ(E_POINTER, m_provider->SetPageTicket(nullptr, nullptr));
 }
 
 TEST_F(PrintTicketProviderTest, APartWhoseTicketIsNotWellFormedFailsBeforeThePlatformIsCalled) {
     OpenBase();
     const Dom job = Get(kPTJobScope);
-    EXPECT_EQ(SetJob(L"<psf:PrintTicket>"), E_FAIL);
-    EXPECT_EQ(SetJob(L"no markup"), E_FAIL);
-    EXPECT_EQ(Get(kPTJobScope).Get(), job.Get());
+    EXPECT_EQ(E_FAIL, SetJob(L"<psf:PrintTicket>"));
+    EXPECT_EQ(E_FAIL, SetJob(L"no markup"));
+    EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
@@ -762,34 +764,34 @@ TEST_F(PrintTicketProviderTest, APartWhoseStreamCannotBeWrappedIsOutOfMemory) {
     const auto ticket = MakeMock<TicketWithNullStream>(m_calls, L"/ticket", "");
     const auto part =
         MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job", ComPtr<IPartPrintTicket>(ticket.Get()));
-    EXPECT_EQ(m_provider->SetJobTicket(part.Get(), nullptr), E_OUTOFMEMORY);
+    EXPECT_EQ(E_OUTOFMEMORY, m_provider->SetJobTicket(part.Get(), nullptr));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, AnExtraTicketThatCannotBeMergedThrowsAndTheScopeIsTheCopyOfItsParent) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
     const Dom extra = LoadDomFromString(NotATicket);
     EXPECT_THROW(static_cast<void>(SetPage(NoTicket, extra.Get())), HresultError);
-    EXPECT_EQ(TextAt(kPTPageScope), JobDelta);
+    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, AMergeUnderATokenThatIsGoneMakesNoCall) {
     OpenBase();
     m_token.reset();
-    EXPECT_EQ(SetJob(JobDelta), InvalidHandle);
+    EXPECT_EQ(InvalidHandle, SetJob(JobDelta));
     Dom capabilities;
-    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()),
-              InvalidHandle);
+    EXPECT_EQ(InvalidHandle,
+              m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
     EXPECT_THAT(PlatformCalls(), IsEmpty());
-    EXPECT_EQ(TextAt(kPTJobScope), Base);
+    EXPECT_EQ(Base, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, SettingAPagesTicketFailsCleanlyAtEveryCall) {
     OpenBase();
-    ASSERT_EQ(SetJob(JobDelta), S_OK);
-    ASSERT_EQ(SetDocument(DocumentDelta), S_OK);
+    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
     const Dom before = Get(kPTPageScope);
     for (std::size_t call = 1;; ++call) {
         ASSERT_LT(call, 1000u);
@@ -797,16 +799,16 @@ TEST_F(PrintTicketProviderTest, SettingAPagesTicketFailsCleanlyAtEveryCall) {
         m_calls.FailNth(call, Injected);
         const HRESULT hr = SetPage(PageDelta);
         if (!m_calls.HasFailed()) {
-            EXPECT_EQ(hr, S_OK);
+            EXPECT_EQ(S_OK, hr);
             EXPECT_GT(call, 5u);
             break;
         }
         EXPECT_THAT(hr, AnyOf(Injected, E_FAIL)) << m_calls.FailedCall();
         EXPECT_FALSE(tests::ThreadTokenId().has_value());
-        EXPECT_EQ(Get(kPTPageScope).Get(), before.Get()) << m_calls.FailedCall();
-        EXPECT_EQ(DomText(before.Get()), DocumentDelta);
+        EXPECT_EQ(before.Get(), Get(kPTPageScope).Get()) << m_calls.FailedCall();
+        EXPECT_EQ(DocumentDelta, DomText(before.Get()));
     }
-    EXPECT_EQ(TextAt(kPTPageScope), PageDelta);
+    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
 }
 
 // Capabilities.
@@ -818,11 +820,11 @@ TEST_F(PrintTicketProviderTest, CapabilitiesAreWrittenIntoAFreshDocumentUnderThe
     m_platform.m_capabilities = Bytes(SomeCapabilities);
     const Dom ticket = LoadDomFromString(PageDelta);
     Dom capabilities;
-    EXPECT_EQ(m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()), S_OK);
-    EXPECT_EQ(DomText(capabilities.Get()), SomeCapabilities);
+    EXPECT_EQ(S_OK, m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()));
+    EXPECT_EQ(SomeCapabilities, DomText(capabilities.Get()));
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTGetPrintCapabilities " + Bytes(PageDelta)));
     ExpectEveryCallUnderTheUsersToken();
-    EXPECT_EQ(DomText(ticket.Get()), PageDelta);
+    EXPECT_EQ(PageDelta, DomText(ticket.Get()));
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesCanBeAskedForTwice) {
@@ -831,17 +833,17 @@ TEST_F(PrintTicketProviderTest, CapabilitiesCanBeAskedForTwice) {
     const Dom ticket = LoadDomFromString(PageDelta);
     for (int time = 0; time < 2; ++time) {
         Dom capabilities;
-        EXPECT_EQ(m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()), S_OK);
-        EXPECT_EQ(DomText(capabilities.Get()), SomeCapabilities);
+        EXPECT_EQ(S_OK, m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()));
+        EXPECT_EQ(SomeCapabilities, DomText(capabilities.Get()));
     }
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesNeedATicketAndAPlace) {
     OpenBase();
     IXMLDOMDocument2* pCapabilities = reinterpret_cast<IXMLDOMDocument2*>(this);
-    EXPECT_EQ(m_provider->GetPrintCapabilities(nullptr, &pCapabilities), E_POINTER);
-    EXPECT_EQ(pCapabilities, nullptr);
-    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, m_provider->GetPrintCapabilities(nullptr, &pCapabilities));
+    EXPECT_EQ(nullptr, pCapabilities);
+    EXPECT_EQ(E_POINTER, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), nullptr));
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesThatThePlatformRefusesAreItsFailure) {
@@ -849,14 +851,14 @@ TEST_F(PrintTicketProviderTest, CapabilitiesThatThePlatformRefusesAreItsFailure)
     m_platform.m_errorText = L"no";
     m_calls.FailNth(1, Injected);
     Dom capabilities;
-    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()), Injected);
+    EXPECT_EQ(Injected, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesOfWhichNothingIsWrittenFail) {
     OpenBase();
     Dom capabilities;
-    EXPECT_EQ(m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()), E_FAIL);
+    EXPECT_EQ(E_FAIL, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
 }
 

@@ -20,9 +20,9 @@ using tests::Ticket;
 
 ComPtr<IXMLDOMNode> FirstChildOfRoot(IXMLDOMDocument2* pDom) {
     ComPtr<IXMLDOMElement> root;
-    EXPECT_EQ(pDom->get_documentElement(root.Put()), S_OK);
+    EXPECT_EQ(S_OK, pDom->get_documentElement(root.Put()));
     ComPtr<IXMLDOMNode> child;
-    EXPECT_EQ(root->get_firstChild(child.Put()), S_OK);
+    EXPECT_EQ(S_OK, root->get_firstChild(child.Put()));
     return child;
 }
 
@@ -36,7 +36,7 @@ class PrintTicketStructureComparatorTest : public tests::DomTest {
         const ComPtr<IXMLDOMNode> b = FirstChildOfRoot(pSecond.Get());
         const PrintTicketStructureComparator comparator;
         const bool same = comparator.IsSameNode(a.Get(), b.Get());
-        EXPECT_EQ(comparator.IsSameNode(b.Get(), a.Get()), same);
+        EXPECT_EQ(same, comparator.IsSameNode(b.Get(), a.Get()));
         return same;
     }
 };
@@ -120,13 +120,13 @@ TEST_F(PrintTicketStructureComparatorTest, AMergerPutsBackFeaturesAndKeepsValues
     const PrintTicketStructureComparator comparator;
     base::xml::XmlMarger(comparator).Merge(pBase.Get(), pTarget.Get());
     EXPECT_EQ(
-        tests::DomText(pBase.Get()),
         Ticket(
             L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">"
             L"<psf:ScoredProperty "
             L"name=\"psk:MediaSizeWidth\"><psf:Value>210000</psf:Value></psf:ScoredProperty>"
             L"<psf:ScoredProperty name=\"psk:MediaSizeHeight\"><psf:Value>6</psf:Value></psf:ScoredProperty>"
-            L"</psf:Option></psf:Feature><psf:Feature name=\"psk:JobInputBin\"/>"));
+            L"</psf:Option></psf:Feature><psf:Feature name=\"psk:JobInputBin\"/>"),
+        tests::DomText(pBase.Get()));
 }
 
 }  // namespace
