@@ -43,8 +43,8 @@ std::wstring PrintableMediaSize(std::wstring_view feature, std::wstring_view pro
 
 void ExpectRange(const PrintableMediaSizeData& data, const MediaDimensions& minimum,
                  const MediaDimensions& maximum) {
-    EXPECT_EQ(data.GetRange().minimum, minimum);
-    EXPECT_EQ(data.GetRange().maximum, maximum);
+    EXPECT_EQ(minimum, data.GetRange().minimum);
+    EXPECT_EQ(maximum, data.GetRange().maximum);
 }
 
 TEST(PrintableMediaRangeTest, HoldsItsLimitsAndNothingBeyond) {
@@ -77,29 +77,29 @@ const std::wstring Maxima = Property(L"MaxWidth", L"215900") + Property(L"MaxHei
 
 TEST_P(PrintableMediaSizeDataTest, StartsAsTheJobsWithNothingPrintable) {
     const PrintableMediaSizeData data;
-    EXPECT_EQ(data.GetFeatureId(), 0);
-    EXPECT_EQ(data.GetOptionId(), 0);
-    EXPECT_EQ(data.GetFeatureName().localName, L"JobPrintableMediaSize");
-    EXPECT_EQ(data.GetOptionName().localName, L"PrintableMediaSize");
+    EXPECT_EQ(0, data.GetFeatureId());
+    EXPECT_EQ(0, data.GetOptionId());
+    EXPECT_EQ(L"JobPrintableMediaSize", data.GetFeatureName().localName);
+    EXPECT_EQ(L"PrintableMediaSize", data.GetOptionName().localName);
     ExpectRange(data, {0, 0}, {0, 0});
 }
 
 TEST_P(PrintableMediaSizeDataTest, HasANameForEachScope) {
     PrintableMediaSizeData data;
-    EXPECT_EQ(data.FeatureIndexOfScope(Scope::Job), 0u);
-    EXPECT_EQ(data.FeatureIndexOfScope(Scope::Document), 1u);
-    EXPECT_EQ(data.FeatureIndexOfScope(Scope::Page), 2u);
+    EXPECT_EQ(0u, data.FeatureIndexOfScope(Scope::Job));
+    EXPECT_EQ(1u, data.FeatureIndexOfScope(Scope::Document));
+    EXPECT_EQ(2u, data.FeatureIndexOfScope(Scope::Page));
     const Scope scopes[] = {Scope::Job, Scope::Document, Scope::Page};
     for (int id = 0; id < 3; ++id) {
         data.SetFeatureId(id);
-        EXPECT_EQ(data.GetScope(), scopes[id]);
+        EXPECT_EQ(scopes[id], data.GetScope());
     }
     data.SetFeatureId(3);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
     data.SetFeatureId(-1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
-    EXPECT_EQ(&data.GetFeatureNames(), &PrintableMediaSizeFeatureNames::Instance());
-    EXPECT_EQ(&data.GetOptionNames(), &PrintableMediaSizePropertyNames::Instance());
+    EXPECT_EQ(Scope::None, data.GetScope());
+    EXPECT_EQ(&PrintableMediaSizeFeatureNames::Instance(), &data.GetFeatureNames());
+    EXPECT_EQ(&PrintableMediaSizePropertyNames::Instance(), &data.GetOptionNames());
 }
 
 TEST_P(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
@@ -116,8 +116,8 @@ TEST_P(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
 TEST_P(PrintableMediaSizeDataTest, TheWholeRangeIsRead) {
     const PrintableMediaSizeData data = ReadProperties(Minima + Maxima);
     ExpectRange(data, {76200, 127000}, {215900, 355600});
-    EXPECT_EQ(data.GetFeatureId(), 2);
-    EXPECT_EQ(data.GetScope(), Scope::Page);
+    EXPECT_EQ(2, data.GetFeatureId());
+    EXPECT_EQ(Scope::Page, data.GetScope());
 }
 
 TEST_P(PrintableMediaSizeDataTest, MaximaAloneReadWithMinimaOfZero) {
@@ -193,7 +193,7 @@ TEST_P(PrintableMediaSizeDataTest, TheWidestScopeOfTheTicketIsRead) {
     const PrintableMediaSizeData data =
         ReadFrom(PrintableMediaSize(L"PagePrintableMediaSize", Minima + Maxima) +
                  PrintableMediaSize(L"DocumentPrintableMediaSize", Maxima));
-    EXPECT_EQ(data.GetScope(), Scope::Document);
+    EXPECT_EQ(Scope::Document, data.GetScope());
     ExpectRange(data, {0, 0}, {215900, 355600});
 }
 
@@ -212,13 +212,13 @@ TEST_P(PrintableMediaSizeDataTest, IsWrittenWithMinimaBeforeMaximaAndWidthsBefor
     for (int scope = 1; scope <= 3; ++scope) {
         const Dom ticket = LoadDomFromString(PrivateTicket(L""));
         data.Write(ticket.Get(), static_cast<Scope>(scope));
-        EXPECT_EQ(DomText(ticket.Get()),
-                  PrivateTicket(PrintableMediaSize(
+        EXPECT_EQ(PrivateTicket(PrintableMediaSize(
                       features[scope - 1], Property(L"MinWidth", L"1") + Property(L"MinHeight", L"2") +
-                                               Property(L"MaxWidth", L"3") + Property(L"MaxHeight", L"4"))));
+                                               Property(L"MaxWidth", L"3") + Property(L"MaxHeight", L"4"))),
+                  DomText(ticket.Get()));
         PrintableMediaSizeData readBack;
         readBack.Read(ticket.Get());
-        EXPECT_EQ(readBack.GetFeatureId(), scope - 1);
+        EXPECT_EQ(scope - 1, readBack.GetFeatureId());
         ExpectRange(readBack, {1, 2}, {3, 4});
     }
 }

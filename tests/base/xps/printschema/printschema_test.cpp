@@ -30,62 +30,62 @@ Names LocalNames(const SchemaBase& list) {
 }
 
 TEST(Scope, IsConvertedByItsMeaning) {
-    EXPECT_EQ(ToPrintTicketScope(Scope::Page), kPTPageScope);
-    EXPECT_EQ(ToPrintTicketScope(Scope::Document), kPTDocumentScope);
-    EXPECT_EQ(ToPrintTicketScope(Scope::Job), kPTJobScope);
-    EXPECT_EQ(static_cast<int>(ToPrintTicketScope(Scope::Page)), 0);
-    EXPECT_EQ(static_cast<int>(ToPrintTicketScope(Scope::Document)), 1);
-    EXPECT_EQ(static_cast<int>(ToPrintTicketScope(Scope::Job)), 2);
+    EXPECT_EQ(kPTPageScope, ToPrintTicketScope(Scope::Page));
+    EXPECT_EQ(kPTDocumentScope, ToPrintTicketScope(Scope::Document));
+    EXPECT_EQ(kPTJobScope, ToPrintTicketScope(Scope::Job));
+    EXPECT_EQ(0, static_cast<int>(ToPrintTicketScope(Scope::Page)));
+    EXPECT_EQ(1, static_cast<int>(ToPrintTicketScope(Scope::Document)));
+    EXPECT_EQ(2, static_cast<int>(ToPrintTicketScope(Scope::Job)));
 }
 
 TEST(Scope, NoneCannotBeConverted) {
     const std::string text =
         "base/xps/printschema/printschema.cpp(LINE) : Scope::None cannot convert to EPrintTicketScope.\n";
-    EXPECT_EQ(Thrown<std::logic_error>([] { static_cast<void>(ToPrintTicketScope(Scope::None)); }), text);
-    EXPECT_EQ(Thrown<std::logic_error>([] { static_cast<void>(ToPrintTicketScope(Scope{4})); }), text);
-    EXPECT_EQ(Thrown<std::logic_error>([] { static_cast<void>(ToPrintTicketScope(Scope{-1})); }), text);
+    EXPECT_EQ(text, Thrown<std::logic_error>([] { static_cast<void>(ToPrintTicketScope(Scope::None)); }));
+    EXPECT_EQ(text, Thrown<std::logic_error>([] { static_cast<void>(ToPrintTicketScope(Scope{4})); }));
+    EXPECT_EQ(text, Thrown<std::logic_error>([] { static_cast<void>(ToPrintTicketScope(Scope{-1})); }));
 }
 
 TEST(KeywordLists, HoldTheirNamesInOrder) {
-    EXPECT_EQ(LocalNames(PageMediaSizeFeatureNames::Instance()), Names({L"PageMediaSize"}));
-    EXPECT_EQ(LocalNames(InputBinFeatureNames::Instance()),
-              Names({L"JobInputBin", L"DocumentInputBin", L"PageInputBin"}));
-    EXPECT_EQ(LocalNames(InputBinOptionNames::Instance()),
-              Names({L"AutoSelect", L"Manual", L"Cassette", L"Tractor", L"AutoSheetFeeder", L"Tray1",
-                     L"Tray2", L"Tray3", L"Tray4", L"Tray5"}));
-    EXPECT_EQ(LocalNames(FeedDirectionOptionNames::Instance()), Names({L"LongEdgeFirst", L"ShortEdgeFirst"}));
-    EXPECT_EQ(LocalNames(PageOrientationFeatureNames::Instance()), Names({L"PageOrientation"}));
-    EXPECT_EQ(LocalNames(PageOrientationOptionNames::Instance()),
-              Names({L"Landscape", L"Portrait", L"ReverseLandscape", L"ReversePortrait"}));
-    EXPECT_EQ(LocalNames(PageScalingFeatureNames::Instance()), Names({L"PageScaling"}));
-    EXPECT_EQ(LocalNames(PageScalingOptionNames::Instance()),
-              Names({L"Custom", L"CustomSquare", L"FitApplicationBleedSizeToPageImageableSize",
+    EXPECT_EQ(Names({L"PageMediaSize"}), LocalNames(PageMediaSizeFeatureNames::Instance()));
+    EXPECT_EQ(Names({L"JobInputBin", L"DocumentInputBin", L"PageInputBin"}),
+              LocalNames(InputBinFeatureNames::Instance()));
+    EXPECT_EQ(Names({L"AutoSelect", L"Manual", L"Cassette", L"Tractor", L"AutoSheetFeeder", L"Tray1",
+                     L"Tray2", L"Tray3", L"Tray4", L"Tray5"}),
+              LocalNames(InputBinOptionNames::Instance()));
+    EXPECT_EQ(Names({L"LongEdgeFirst", L"ShortEdgeFirst"}), LocalNames(FeedDirectionOptionNames::Instance()));
+    EXPECT_EQ(Names({L"PageOrientation"}), LocalNames(PageOrientationFeatureNames::Instance()));
+    EXPECT_EQ(Names({L"Landscape", L"Portrait", L"ReverseLandscape", L"ReversePortrait"}),
+              LocalNames(PageOrientationOptionNames::Instance()));
+    EXPECT_EQ(Names({L"PageScaling"}), LocalNames(PageScalingFeatureNames::Instance()));
+    EXPECT_EQ(Names({L"Custom", L"CustomSquare", L"FitApplicationBleedSizeToPageImageableSize",
                      L"FitApplicationContentSizeToPageImageableSize",
                      L"FitApplicationMediaSizeToPageImageableSize", L"FitApplicationMediaSizeToPageMediaSize",
-                     L"None", L"FitApplicationImageableSizeToImageableSize"}));
-    EXPECT_EQ(LocalNames(PrintableMediaSizeFeatureNames::Instance()),
-              Names({L"JobPrintableMediaSize", L"DocumentPrintableMediaSize", L"PagePrintableMediaSize"}));
-    EXPECT_EQ(LocalNames(PrintableMediaSizePropertyNames::Instance()), Names({L"PrintableMediaSize"}));
+                     L"None", L"FitApplicationImageableSizeToImageableSize"}),
+              LocalNames(PageScalingOptionNames::Instance()));
+    EXPECT_EQ(Names({L"JobPrintableMediaSize", L"DocumentPrintableMediaSize", L"PagePrintableMediaSize"}),
+              LocalNames(PrintableMediaSizeFeatureNames::Instance()));
+    EXPECT_EQ(Names({L"PrintableMediaSize"}), LocalNames(PrintableMediaSizePropertyNames::Instance()));
 }
 
 TEST(KeywordLists, AreOfTheKeywordsNamespaceButForTheMakersOwn) {
-    EXPECT_EQ(PageMediaSizeFeatureNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(MediaSizeOptionNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(InputBinFeatureNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(InputBinOptionNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(FeedDirectionOptionNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(PageOrientationFeatureNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(PageOrientationOptionNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(PageScalingFeatureNames::Instance().GetNamespaces(), Namespaces({Keywords}));
-    EXPECT_EQ(PageScalingOptionNames::Instance().GetNamespaces(), Namespaces({Keywords, Private}));
-    EXPECT_EQ(PrintableMediaSizeFeatureNames::Instance().GetNamespaces(), Namespaces({Private}));
-    EXPECT_EQ(PrintableMediaSizePropertyNames::Instance().GetNamespaces(), Namespaces({Private}));
+    EXPECT_EQ(Namespaces({Keywords}), PageMediaSizeFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords}), MediaSizeOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords}), InputBinFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords}), InputBinOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords}), FeedDirectionOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords}), PageOrientationFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords}), PageOrientationOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords}), PageScalingFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Keywords, Private}), PageScalingOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Private}), PrintableMediaSizeFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({Private}), PrintableMediaSizePropertyNames::Instance().GetNamespaces());
 }
 
 TEST(KeywordLists, OnlyTheLastScalingOptionIsPrivate) {
     const std::vector<Qname>& names = PageScalingOptionNames::Instance().GetQnames();
     for (std::size_t index = 0; index < names.size(); ++index)
-        EXPECT_EQ(names[index].space, index == 7 ? Private : Keywords) << index;
+        EXPECT_EQ(index == 7 ? Private : Keywords, names[index].space) << index;
 }
 
 // Where each list is, and where it keeps its first name.
@@ -110,40 +110,40 @@ TEST(KeywordLists, AreBuiltOnceForEveryThread) {
     std::thread([&] { there = AddressesOfTheLists(); }).join();
     EXPECT_EQ(here, there);
     EXPECT_EQ(here, AddressesOfTheLists());
-    EXPECT_EQ(std::set<const void*>(here.begin(), here.end()).size(), 22U);
+    EXPECT_EQ(22U, std::set<const void*>(here.begin(), here.end()).size());
 }
 
 TEST(MediaSizeOptionNames, AMediaSizesIdIsItsIndex) {
     const MediaSizeOptionNames& names = MediaSizeOptionNames::Instance();
-    ASSERT_EQ(names.GetQnames().size(), 172U);
+    ASSERT_EQ(172U, names.GetQnames().size());
     for (const auto& [id, record] : MediaSizeTable::Instance().Records()) {
         const std::uint32_t index =
             id == MediaSizeSchema::OptionUnknown ? SchemaBase::NotFound : static_cast<std::uint32_t>(id);
-        EXPECT_EQ(names.IndexOf(Keywords, record->keyword), index);
+        EXPECT_EQ(index, names.IndexOf(Keywords, record->keyword));
     }
-    EXPECT_EQ(names.GetQname(0), (Qname{Keywords, L"CustomMediaSize"}));
-    EXPECT_EQ(names.GetQname(9), (Qname{Keywords, L"ISOA4"}));
-    EXPECT_EQ(names.GetQname(171), (Qname{Keywords, L"CreditCard"}));
+    EXPECT_EQ((Qname{Keywords, L"CustomMediaSize"}), names.GetQname(0));
+    EXPECT_EQ((Qname{Keywords, L"ISOA4"}), names.GetQname(9));
+    EXPECT_EQ((Qname{Keywords, L"CreditCard"}), names.GetQname(171));
 }
 
 TEST(InputBinOptionNames, GetQnameWithIndex10ThrowsAndIndex9IsTray5) {
     const InputBinOptionNames& names = InputBinOptionNames::Instance();
-    EXPECT_EQ(Thrown<std::invalid_argument>([&] { static_cast<void>(names.GetQname(10)); }),
-              "base/xps/printschema/schemabase.cpp(LINE) : The index you specified is out of range.\n");
-    EXPECT_EQ(names.GetQname(9), (Qname{Keywords, L"Tray5"}));
+    EXPECT_EQ("base/xps/printschema/schemabase.cpp(LINE) : The index you specified is out of range.\n",
+              Thrown<std::invalid_argument>([&] { static_cast<void>(names.GetQname(10)); }));
+    EXPECT_EQ((Qname{Keywords, L"Tray5"}), names.GetQname(9));
 }
 
 TEST(InputBinOptionNames, LetterCaseMatters) {
-    EXPECT_EQ(InputBinOptionNames::Instance().IndexOf(Keywords, L"tray1"), 0xFFFFFFFFU);
-    EXPECT_EQ(InputBinOptionNames::Instance().IndexOf(Keywords, L"Tray1"), 5U);
+    EXPECT_EQ(0xFFFFFFFFU, InputBinOptionNames::Instance().IndexOf(Keywords, L"tray1"));
+    EXPECT_EQ(5U, InputBinOptionNames::Instance().IndexOf(Keywords, L"Tray1"));
 }
 
 TEST(PageScalingOptionNames, ThePrivateOptionIsFoundInThePrivateNamespaceAlone) {
     const PageScalingOptionNames& names = PageScalingOptionNames::Instance();
-    EXPECT_EQ(names.IndexOf(Keywords, L"FitApplicationImageableSizeToImageableSize"), 0xFFFFFFFFU);
-    EXPECT_EQ(names.IndexOf(Private, L"FitApplicationImageableSizeToImageableSize"), 7U);
-    EXPECT_EQ(names.IndexOf(Private, L"None"), 0xFFFFFFFFU);
-    EXPECT_EQ(names.IndexOf(Keywords, L"None"), 6U);
+    EXPECT_EQ(0xFFFFFFFFU, names.IndexOf(Keywords, L"FitApplicationImageableSizeToImageableSize"));
+    EXPECT_EQ(7U, names.IndexOf(Private, L"FitApplicationImageableSizeToImageableSize"));
+    EXPECT_EQ(0xFFFFFFFFU, names.IndexOf(Private, L"None"));
+    EXPECT_EQ(6U, names.IndexOf(Keywords, L"None"));
 }
 
 }  // namespace

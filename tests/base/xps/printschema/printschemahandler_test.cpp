@@ -61,39 +61,38 @@ TEST_P(PrintSchemaHandlerTest, PrefixesAreTheDocumentsOwn) {
     const Dom pTicket =
         Root(L"f:PrintTicket", Declaration(L"xmlns:k", KeywordsUri) + Declaration(L"xmlns:f", FrameworkUri));
     const PrintTicketHandler handler(pTicket.Get());
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Keywords), L"k:");
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Framework), L"f:");
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Private), L"krk:");
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Fallback), L"ns0000:");
+    EXPECT_EQ(L"k:", handler.GetPrefix(SchemaNamespace::Keywords));
+    EXPECT_EQ(L"f:", handler.GetPrefix(SchemaNamespace::Framework));
+    EXPECT_EQ(L"krk:", handler.GetPrefix(SchemaNamespace::Private));
+    EXPECT_EQ(L"ns0000:", handler.GetPrefix(SchemaNamespace::Fallback));
 }
 
 TEST_P(PrintSchemaHandlerTest, CapabilitiesHaveAHandlerOfTheirOwn) {
     const Dom pCapabilities = LoadDomFromString(tests::Capabilities(L""));
-    EXPECT_EQ(PrintCapabilitiesHandler(pCapabilities.Get()).GetPrefix(SchemaNamespace::Framework), L"psf:");
-    EXPECT_EQ(CodeOfConstruction(pCapabilities.Get()), E_FAIL);
+    EXPECT_EQ(L"psf:", PrintCapabilitiesHandler(pCapabilities.Get()).GetPrefix(SchemaNamespace::Framework));
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(pCapabilities.Get()));
     const Dom pTicket = LoadDomFromString(Ticket(L""));
-    EXPECT_EQ(ThrownCode([&] { const PrintCapabilitiesHandler handler(pTicket.Get()); }), E_FAIL);
+    EXPECT_EQ(E_FAIL, ThrownCode([&] { const PrintCapabilitiesHandler handler(pTicket.Get()); }));
 }
 
 TEST_P(PrintSchemaHandlerTest, ANullDocumentIsPending) {
-    EXPECT_EQ(CodeOfConstruction(nullptr), E_PENDING);
-    EXPECT_EQ(Thrown<HresultError>([] {
-                  const PrintTicketHandler handler(nullptr);
-              }).find("base/xps/printschema/printschemahandler.cpp(LINE) : "),
-              0U);
+    EXPECT_EQ(E_PENDING, CodeOfConstruction(nullptr));
+    EXPECT_EQ(0U, Thrown<HresultError>([] {
+                      const PrintTicketHandler handler(nullptr);
+                  }).find("base/xps/printschema/printschemahandler.cpp(LINE) : "));
 }
 
 TEST_P(PrintSchemaHandlerTest, ATicketWhoseFrameworkNamespaceIsTheDefaultNamespaceFailsConstruction) {
     const Dom pTicket =
         Root(L"PrintTicket", Declaration(L"xmlns", FrameworkUri) + Declaration(L"xmlns:psk", KeywordsUri));
-    EXPECT_EQ(CodeOfConstruction(pTicket.Get()), E_FAIL);
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(pTicket.Get()));
 }
 
 TEST_P(PrintSchemaHandlerTest, ADefaultDeclarationBeforeThePrefixFailsConstruction) {
     const std::wstring byDefault = Declaration(L"xmlns", FrameworkUri);
     const std::wstring byPrefix = Declaration(L"xmlns:psf", FrameworkUri);
-    EXPECT_EQ(CodeOfConstruction(Root(L"psf:PrintTicket", byDefault + byPrefix).Get()), E_FAIL);
-    EXPECT_EQ(CodeOfConstruction(Root(L"psf:PrintTicket", byPrefix + byDefault).Get()), S_OK);
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(Root(L"psf:PrintTicket", byDefault + byPrefix).Get()));
+    EXPECT_EQ(S_OK, CodeOfConstruction(Root(L"psf:PrintTicket", byPrefix + byDefault).Get()));
 }
 
 TEST_P(PrintSchemaHandlerTest, AnyOtherNamespaceThatIsTheDefaultFailsConstructionToo) {
@@ -102,36 +101,35 @@ TEST_P(PrintSchemaHandlerTest, AnyOtherNamespaceThatIsTheDefaultFailsConstructio
           std::wstring_view(L"http://www.w3.org/2001/XMLSchema")}) {
         const Dom pTicket =
             Root(L"psf:PrintTicket", Declaration(L"xmlns:psf", FrameworkUri) + Declaration(L"xmlns", uri));
-        EXPECT_EQ(CodeOfConstruction(pTicket.Get()), E_FAIL) << std::wstring(uri);
+        EXPECT_EQ(E_FAIL, CodeOfConstruction(pTicket.Get())) << std::wstring(uri);
     }
 }
 
 TEST_P(PrintSchemaHandlerTest, AnAttributeThatIsNoDeclarationFailsConstructionWhenItHoldsTheNamespace) {
     const Dom pTicket = Root(L"psf:PrintTicket",
                              Declaration(L"xmlns:psf", FrameworkUri) + Declaration(L"keywords", KeywordsUri));
-    EXPECT_EQ(CodeOfConstruction(pTicket.Get()), E_FAIL);
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(pTicket.Get()));
 }
 
 TEST_P(PrintSchemaHandlerTest, ADocumentInWhichTheRootQueryFindsNothingFailsConstruction) {
-    EXPECT_EQ(CodeOfConstruction(CreateDom().Get()), E_FAIL);
-    EXPECT_EQ(CodeOfConstruction(LoadDomFromString(L"<PrintTicket/>").Get()), E_FAIL);
-    EXPECT_EQ(CodeOfConstruction(LoadDomFromString(SchemaDocument(L"printTicket", L"")).Get()), E_FAIL);
-    EXPECT_EQ(CodeOfConstruction(Root(L"psf:PrintTicket", L" xmlns:psf=\"urn:other\"").Get()), E_FAIL);
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(CreateDom().Get()));
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(LoadDomFromString(L"<PrintTicket/>").Get()));
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(LoadDomFromString(SchemaDocument(L"printTicket", L"")).Get()));
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(Root(L"psf:PrintTicket", L" xmlns:psf=\"urn:other\"").Get()));
 }
 
 TEST_P(PrintSchemaHandlerTest, ADocumentWithoutTheKeywordPrefixConstructsAndItsFirstGetPrefixThrows) {
     const Dom pTicket = Root(L"psf:PrintTicket", Declaration(L"xmlns:psf", FrameworkUri));
     const PrintTicketHandler handler(pTicket.Get());
     for (const std::uint32_t index : {0U, 1U, 2U, 3U, 4U})
-        EXPECT_EQ(ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace{index})); }),
-                  E_UNEXPECTED)
+        EXPECT_EQ(E_UNEXPECTED,
+                  ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace{index})); }))
             << index;
     Bstr option;
-    EXPECT_EQ(ThrownCode([&] {
+    EXPECT_EQ(E_UNEXPECTED, ThrownCode([&] {
                   static_cast<void>(handler.GetOptionName({SchemaNamespace::Keywords, L"PageScaling"},
                                                           SchemaNamespace::Keywords, option.Put()));
-              }),
-              E_UNEXPECTED);
+              }));
 }
 
 TEST_P(PrintSchemaHandlerTest, AKeywordPrefixThatOnlyAFeatureDeclaresIsNotSeen) {
@@ -139,22 +137,22 @@ TEST_P(PrintSchemaHandlerTest, AKeywordPrefixThatOnlyAFeatureDeclaresIsNotSeen) 
     text += L"><psf:Feature" + Declaration(L"xmlns:psk", KeywordsUri);
     const Dom pTicket = LoadDomFromString(text + L" name=\"psk:PageScaling\"/></psf:PrintTicket>");
     const PrintTicketHandler handler(pTicket.Get());
-    EXPECT_EQ(ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace::Keywords)); }),
-              E_UNEXPECTED);
+    EXPECT_EQ(E_UNEXPECTED,
+              ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace::Keywords)); }));
 }
 
 TEST_P(PrintSchemaHandlerTest, GetPrefixOf4Throws) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     const PrintTicketHandler handler(pTicket.Get());
-    EXPECT_EQ(ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace{4})); }), E_INVALIDARG);
+    EXPECT_EQ(E_INVALIDARG, ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace{4})); }));
 }
 
 TEST_P(PrintSchemaHandlerTest, GetPrefixThrowsWhileThePrivatePrefixIsUnset) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     const PrintTicketHandler handler(pTicket.Get());
     SetPrivatePrefix({});
-    EXPECT_EQ(ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace::Keywords)); }),
-              E_UNEXPECTED);
+    EXPECT_EQ(E_UNEXPECTED,
+              ThrownCode([&] { static_cast<void>(handler.GetPrefix(SchemaNamespace::Keywords)); }));
 }
 
 TEST_P(PrintSchemaHandlerTest, TheFirstOfTwoPrefixesWins) {
@@ -163,48 +161,48 @@ TEST_P(PrintSchemaHandlerTest, TheFirstOfTwoPrefixesWins) {
                                    Declaration(L"xmlns:second", KeywordsUri) +
                                    Declaration(L"xmlns:first", KeywordsUri));
     const PrintTicketHandler handler(pTicket.Get());
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Framework), L"a:");
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Keywords), L"second:");
+    EXPECT_EQ(L"a:", handler.GetPrefix(SchemaNamespace::Framework));
+    EXPECT_EQ(L"second:", handler.GetPrefix(SchemaNamespace::Keywords));
 }
 
 TEST_P(PrintSchemaHandlerTest, AnUnsetPrivatePrefixBecomesTheFallback) {
     SetPrivatePrefix({});
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     const PrintTicketHandler handler(pTicket.Get());
-    EXPECT_EQ(handler.GetPrefix(SchemaNamespace::Private), L"ns0000:");
-    EXPECT_EQ(PrivatePrefix(), L"ns0000:");
+    EXPECT_EQ(L"ns0000:", handler.GetPrefix(SchemaNamespace::Private));
+    EXPECT_EQ(L"ns0000:", PrivatePrefix());
 }
 
 TEST_P(PrintSchemaHandlerTest, AFailingPrefixLeavesThePrivatePrefixUnset) {
     SetPrivatePrefix({});
-    EXPECT_EQ(CodeOfConstruction(Root(L"PrintTicket", Declaration(L"xmlns", FrameworkUri)).Get()), E_FAIL);
-    EXPECT_EQ(PrivatePrefix(), L"");
-    EXPECT_EQ(CodeOfConstruction(CreateDom().Get()), E_FAIL);
-    EXPECT_EQ(PrivatePrefix(), L"ns0000:");
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(Root(L"PrintTicket", Declaration(L"xmlns", FrameworkUri)).Get()));
+    EXPECT_EQ(L"", PrivatePrefix());
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(CreateDom().Get()));
+    EXPECT_EQ(L"ns0000:", PrivatePrefix());
 }
 
 TEST_P(PrintSchemaHandlerTest, TheDocumentIsLeftSelectingByItsOwnPrefix) {
     const Dom pTicket = Root(L"f:PrintTicket", Declaration(L"xmlns:f", FrameworkUri));
     const PrintTicketHandler handler(pTicket.Get());
-    EXPECT_EQ(Property(pTicket.Get(), L"SelectionLanguage"), L"XPath");
-    EXPECT_EQ(Property(pTicket.Get(), L"SelectionNamespaces"),
-              L"xmlns:f='" + std::wstring(FrameworkUri) + L"'");
+    EXPECT_EQ(L"XPath", Property(pTicket.Get(), L"SelectionLanguage"));
+    EXPECT_EQ(L"xmlns:f='" + std::wstring(FrameworkUri) + L"'",
+              Property(pTicket.Get(), L"SelectionNamespaces"));
 }
 
 TEST_P(PrintSchemaHandlerTest, FindPrefixTellsWhatIsWrongWithItsArguments) {
     const Dom pTicket = LoadDomFromString(Ticket(L"", L" xmlns:own=\"urn:own\" other=\"urn:other\""));
     const OpenHandler handler(pTicket.Get());
-    EXPECT_EQ(handler.FindPrefix(L"urn:own", nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, handler.FindPrefix(L"urn:own", nullptr));
     Bstr prefix(L"before");
-    EXPECT_EQ(handler.FindPrefix(L"", prefix.Put()), E_INVALIDARG);
-    EXPECT_EQ(prefix.Get(), nullptr);
-    EXPECT_EQ(handler.FindPrefix(L"urn:absent", prefix.Put()), S_FALSE);
-    EXPECT_EQ(prefix.Get(), nullptr);
-    EXPECT_EQ(handler.FindPrefix(L"urn:other", prefix.Put()), E_FAIL);
-    EXPECT_EQ(prefix.Get(), nullptr);
-    EXPECT_EQ(handler.FindPrefix(L"urn:own", prefix.Put()), S_OK);
-    EXPECT_EQ(prefix.View(), L"own:");
-    EXPECT_EQ(handler.FindPrefix(L"URN:own", prefix.Put()), S_FALSE);
+    EXPECT_EQ(E_INVALIDARG, handler.FindPrefix(L"", prefix.Put()));
+    EXPECT_EQ(nullptr, prefix.Get());
+    EXPECT_EQ(S_FALSE, handler.FindPrefix(L"urn:absent", prefix.Put()));
+    EXPECT_EQ(nullptr, prefix.Get());
+    EXPECT_EQ(E_FAIL, handler.FindPrefix(L"urn:other", prefix.Put()));
+    EXPECT_EQ(nullptr, prefix.Get());
+    EXPECT_EQ(S_OK, handler.FindPrefix(L"urn:own", prefix.Put()));
+    EXPECT_EQ(L"own:", prefix.View());
+    EXPECT_EQ(S_FALSE, handler.FindPrefix(L"URN:own", prefix.Put()));
 }
 
 class StripPrefixTest : public HandlerTest {
@@ -222,37 +220,37 @@ class StripPrefixTest : public HandlerTest {
 };
 
 TEST_P(StripPrefixTest, EveryKnownPrefixIsTakenOff) {
-    EXPECT_EQ(Stripped(L"psk:Tray1"), L"Tray1");
-    EXPECT_EQ(Stripped(L"psf:Tray1"), L"Tray1");
-    EXPECT_EQ(Stripped(L"krk:Tray1"), L"Tray1");
-    EXPECT_EQ(Stripped(L"ns0000:Tray1"), L"Tray1");
+    EXPECT_EQ(L"Tray1", Stripped(L"psk:Tray1"));
+    EXPECT_EQ(L"Tray1", Stripped(L"psf:Tray1"));
+    EXPECT_EQ(L"Tray1", Stripped(L"krk:Tray1"));
+    EXPECT_EQ(L"Tray1", Stripped(L"ns0000:Tray1"));
 }
 
 TEST_P(StripPrefixTest, AnUnknownPrefixStays) {
-    EXPECT_EQ(Stripped(L"ns0001:Tray1"), L"ns0001:Tray1");
-    EXPECT_EQ(Stripped(L"Tray1"), L"Tray1");
+    EXPECT_EQ(L"ns0001:Tray1", Stripped(L"ns0001:Tray1"));
+    EXPECT_EQ(L"Tray1", Stripped(L"Tray1"));
 }
 
 TEST_P(StripPrefixTest, OnlyOneIsTakenOffWhereverItStands) {
-    EXPECT_EQ(Stripped(L"psk:psk:Tray1"), L"psk:Tray1");
-    EXPECT_EQ(Stripped(L"krk:psk:Tray1"), L"krk:Tray1");
-    EXPECT_EQ(Stripped(L"apsk:Tray1"), L"aTray1");
-    EXPECT_EQ(Stripped(L"psk:"), L"");
+    EXPECT_EQ(L"psk:Tray1", Stripped(L"psk:psk:Tray1"));
+    EXPECT_EQ(L"krk:Tray1", Stripped(L"krk:psk:Tray1"));
+    EXPECT_EQ(L"aTray1", Stripped(L"apsk:Tray1"));
+    EXPECT_EQ(L"", Stripped(L"psk:"));
 }
 
 TEST_P(StripPrefixTest, PrefixesBeforeTheGivenNamespaceAreNotTried) {
-    EXPECT_EQ(Stripped(L"psk:Tray1", SchemaNamespace::Framework), L"psk:Tray1");
-    EXPECT_EQ(Stripped(L"krk:psk:Tray1", SchemaNamespace::Private), L"psk:Tray1");
-    EXPECT_EQ(Stripped(L"ns0000:Tray1", SchemaNamespace::Private), L"Tray1");
+    EXPECT_EQ(L"psk:Tray1", Stripped(L"psk:Tray1", SchemaNamespace::Framework));
+    EXPECT_EQ(L"psk:Tray1", Stripped(L"krk:psk:Tray1", SchemaNamespace::Private));
+    EXPECT_EQ(L"Tray1", Stripped(L"ns0000:Tray1", SchemaNamespace::Private));
 }
 
 TEST_P(StripPrefixTest, ANullPointerAndAnEmptyTextAreRefused) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     const PrintTicketHandler handler(pTicket.Get());
     BSTR text = nullptr;
-    EXPECT_EQ(handler.StripPrefix(nullptr, SchemaNamespace::Keywords), E_POINTER);
-    EXPECT_EQ(handler.StripPrefix(&text, SchemaNamespace::Keywords), E_INVALIDARG);
-    EXPECT_EQ(text, nullptr);
+    EXPECT_EQ(E_POINTER, handler.StripPrefix(nullptr, SchemaNamespace::Keywords));
+    EXPECT_EQ(E_INVALIDARG, handler.StripPrefix(&text, SchemaNamespace::Keywords));
+    EXPECT_EQ(nullptr, text);
 }
 
 TEST_ON_EACH_DOM(PrintSchemaHandlerTest);

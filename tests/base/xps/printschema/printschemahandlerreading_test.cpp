@@ -59,7 +59,7 @@ std::wstring TextOf(Operation&& operation) {
     Bstr text;
     const HRESULT hr = operation(text.Put());
     if (hr == S_OK) return std::wstring(text.View());
-    EXPECT_EQ(text.Get(), nullptr);
+    EXPECT_EQ(nullptr, text.Get());
     wchar_t code[11] = {};
     swprintf(code, 11, L"0x%08lX", static_cast<unsigned long>(hr));
     return code;
@@ -86,11 +86,11 @@ std::wstring OptionOf(const PrintSchemaHandler& handler, const Qname& feature = 
 TEST_P(SchemaReadingTest, QueriesNameElementsWithTheDocumentsPrefixes) {
     const PrintTicketHandler& handler = Open(L"");
     const Qname bound = {Private, L"MinWidth"};
-    EXPECT_EQ(handler.FeatureQuery(JobInputBin), L"//psf:Feature[@name = \"psk:JobInputBin\"]");
-    EXPECT_EQ(handler.OptionQuery(JobInputBin), L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option");
-    EXPECT_EQ(handler.PropertyQuery(bound), L"//psf:Property[@name = \"krk:MinWidth\"]");
-    EXPECT_EQ(handler.ScoredPropertyQuery(FeedDirection),
-              L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]");
+    EXPECT_EQ(L"//psf:Feature[@name = \"psk:JobInputBin\"]", handler.FeatureQuery(JobInputBin));
+    EXPECT_EQ(L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option", handler.OptionQuery(JobInputBin));
+    EXPECT_EQ(L"//psf:Property[@name = \"krk:MinWidth\"]", handler.PropertyQuery(bound));
+    EXPECT_EQ(L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]",
+              handler.ScoredPropertyQuery(FeedDirection));
 }
 
 TEST_P(SchemaReadingTest, ADoubleQuoteInANameIsAPieceOfItsOwnInAQuery) {
@@ -105,16 +105,16 @@ TEST_P(SchemaReadingTest, ADoubleQuoteInANameIsAPieceOfItsOwnInAQuery) {
 TEST_P(SchemaReadingTest, SelectSingleNodeTakesTheFirstMatchInDocumentOrder) {
     const PrintTicketHandler& handler = Open(L"<psf:Feature name=\"a\"/><psf:Feature name=\"b\"/>");
     Node pNode;
-    ASSERT_EQ(handler.SelectSingleNode(L"//psf:Feature", pNode.Put()), S_OK);
-    EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.GetAttribute(pNode.Get(), L"name", pText); }), L"a");
+    ASSERT_EQ(S_OK, handler.SelectSingleNode(L"//psf:Feature", pNode.Put()));
+    EXPECT_EQ(L"a", TextOf([&](BSTR* pText) { return handler.GetAttribute(pNode.Get(), L"name", pText); }));
 }
 
 TEST_P(SchemaReadingTest, SelectSingleNodeTellsWhyThereIsNoNode) {
     const PrintTicketHandler& handler = Open(L"");
     Node pNode;
-    EXPECT_EQ(handler.SelectSingleNode(L"//psf:Feature", nullptr), E_POINTER);
-    EXPECT_EQ(handler.SelectSingleNode(L"", pNode.Put()), E_INVALIDARG);
-    EXPECT_EQ(handler.SelectSingleNode(L"//psf:Feature", pNode.Put()), S_FALSE);
+    EXPECT_EQ(E_POINTER, handler.SelectSingleNode(L"//psf:Feature", nullptr));
+    EXPECT_EQ(E_INVALIDARG, handler.SelectSingleNode(L"", pNode.Put()));
+    EXPECT_EQ(S_FALSE, handler.SelectSingleNode(L"//psf:Feature", pNode.Put()));
     EXPECT_FALSE(pNode);
     EXPECT_TRUE(FAILED(handler.SelectSingleNode(L"//undeclared:Feature", pNode.Put())));
     EXPECT_FALSE(pNode);
@@ -128,31 +128,31 @@ TEST_P(SchemaReadingTest, SelectNodesFindsEveryElementOfTheName) {
              L" xmlns:other=\"urn:other\"");
     ComPtr<IXMLDOMNodeList> pList;
     long length = -1;
-    ASSERT_EQ(handler.SelectNodes(L"Feature", pList.Put()), S_OK);
-    EXPECT_EQ(pList->get_length(&length), S_OK);
-    EXPECT_EQ(length, 2);
-    ASSERT_EQ(handler.SelectNodes(L"Absent", pList.Put()), S_OK);
-    EXPECT_EQ(pList->get_length(&length), S_OK);
-    EXPECT_EQ(length, 0);
-    EXPECT_EQ(handler.SelectNodes(L"", pList.Put()), E_FAIL);
+    ASSERT_EQ(S_OK, handler.SelectNodes(L"Feature", pList.Put()));
+    EXPECT_EQ(S_OK, pList->get_length(&length));
+    EXPECT_EQ(2, length);
+    ASSERT_EQ(S_OK, handler.SelectNodes(L"Absent", pList.Put()));
+    EXPECT_EQ(S_OK, pList->get_length(&length));
+    EXPECT_EQ(0, length);
+    EXPECT_EQ(E_FAIL, handler.SelectNodes(L"", pList.Put()));
     EXPECT_FALSE(pList);
-    EXPECT_EQ(handler.SelectNodes(L"Feature", nullptr), E_POINTER);
+    EXPECT_EQ(E_POINTER, handler.SelectNodes(L"Feature", nullptr));
 }
 
 TEST_P(SchemaReadingTest, GetAttributeTellsAnEmptyOneFromNone) {
     const PrintTicketHandler& handler = Open(L"<psf:Feature name=\"\"/>text");
     Node pFeature;
-    ASSERT_EQ(handler.SelectSingleNode(L"//psf:Feature", pFeature.Put()), S_OK);
+    ASSERT_EQ(S_OK, handler.SelectSingleNode(L"//psf:Feature", pFeature.Put()));
     const auto attribute = [&](IXMLDOMNode* pNode, const wchar_t* name) {
         return TextOf([&](BSTR* pText) { return handler.GetAttribute(pNode, name, pText); });
     };
-    EXPECT_EQ(attribute(pFeature.Get(), L"name"), L"");
-    EXPECT_EQ(attribute(pFeature.Get(), L"type"), L"0x00000001");
+    EXPECT_EQ(L"", attribute(pFeature.Get(), L"name"));
+    EXPECT_EQ(L"0x00000001", attribute(pFeature.Get(), L"type"));
     Node pText;
-    ASSERT_EQ(handler.SelectSingleNode(L"//text()", pText.Put()), S_OK);
-    EXPECT_EQ(attribute(pText.Get(), L"name"), L"0x00000001");
-    EXPECT_EQ(attribute(nullptr, L"name"), L"0x80004003");
-    EXPECT_EQ(handler.GetAttribute(pFeature.Get(), L"name", nullptr), E_POINTER);
+    ASSERT_EQ(S_OK, handler.SelectSingleNode(L"//text()", pText.Put()));
+    EXPECT_EQ(L"0x00000001", attribute(pText.Get(), L"name"));
+    EXPECT_EQ(L"0x80004003", attribute(nullptr, L"name"));
+    EXPECT_EQ(E_POINTER, handler.GetAttribute(pFeature.Get(), L"name", nullptr));
 }
 
 TEST_P(SchemaReadingTest, GetAttributeWithoutANodeLeavesNoText) {
@@ -167,8 +167,8 @@ TEST_P(SchemaReadingTest, GetValueReadsALiteralValue) {
     const PrintTicketHandler& handler = Open(
         L"<psf:Property name=\"psk:P\"><psf:Value>first</psf:Value><psf:Value>second</psf:Value>"
         L"</psf:Property><psf:Property name=\"psk:Empty\"><psf:Value/></psf:Property>");
-    EXPECT_EQ(ValueOf(handler, handler.PropertyQuery({Keywords, L"P"})), L"first");
-    EXPECT_EQ(ValueOf(handler, handler.PropertyQuery({Keywords, L"Empty"})), L"");
+    EXPECT_EQ(L"first", ValueOf(handler, handler.PropertyQuery({Keywords, L"P"})));
+    EXPECT_EQ(L"", ValueOf(handler, handler.PropertyQuery({Keywords, L"Empty"})));
 }
 
 TEST_P(SchemaReadingTest, GetValueFollowsAParameterReference) {
@@ -178,7 +178,7 @@ TEST_P(SchemaReadingTest, GetValueFollowsAParameterReference) {
         L"</psf:ScoredProperty><psf:ParameterInit name=\"psk:A\"><psf:Value>first</psf:Value>"
         L"</psf:ParameterInit><psf:ParameterInit name=\"psk:A\"><psf:Value>second</psf:Value>"
         L"</psf:ParameterInit>");
-    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"first");
+    EXPECT_EQ(L"first", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, ALiteralValueWinsOverAParameterReference) {
@@ -186,7 +186,7 @@ TEST_P(SchemaReadingTest, ALiteralValueWinsOverAParameterReference) {
         L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
         L"<psf:Value>literal</psf:Value></psf:ScoredProperty>"
         L"<psf:ParameterInit name=\"psk:A\"><psf:Value>a</psf:Value></psf:ParameterInit>");
-    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"literal");
+    EXPECT_EQ(L"literal", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, AValueIsAnElementOfTheFrameworkUnderAnyPrefix) {
@@ -207,7 +207,7 @@ TEST_P(SchemaReadingTest, AParameterIsOfTheReferencesExactName) {
         L"<psf:ParameterInit name=\"k:A\"><psf:Value>other prefix</psf:Value></psf:ParameterInit>"
         L"<psf:ParameterInit name=\"psk:a\"><psf:Value>other case</psf:Value></psf:ParameterInit>",
         L" xmlns:k=\"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords\"");
-    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"0x00000001");
+    EXPECT_EQ(L"0x00000001", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, AParametersNameMayHoldQuotes) {
@@ -216,7 +216,7 @@ TEST_P(SchemaReadingTest, AParametersNameMayHoldQuotes) {
         L"</psf:ScoredProperty>"
         L"<psf:ParameterInit name=\"psk:other\"><psf:Value>other</psf:Value></psf:ParameterInit>"
         L"<psf:ParameterInit name='psk:\"] | //*[\"'><psf:Value>own</psf:Value></psf:ParameterInit>");
-    EXPECT_EQ(ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})), L"own");
+    EXPECT_EQ(L"own", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, GetValueTellsWhatIsMissing) {
@@ -230,13 +230,13 @@ TEST_P(SchemaReadingTest, GetValueTellsWhatIsMissing) {
         L"<psf:ParameterInit name=\"psk:Init\"/>");
     for (const wchar_t* name : {L"Absent", L"Bare", L"Nameless", L"Dangling", L"Valueless", L"Deep"}) {
         const std::wstring query = handler.PropertyQuery({Keywords, name});
-        EXPECT_EQ(ValueOf(handler, query), L"0x00000001") << name;
-        EXPECT_EQ(TextOf([&](BSTR* pText) { return handler.ReadValue(query, pText); }), L"0x80070490")
+        EXPECT_EQ(L"0x00000001", ValueOf(handler, query)) << name;
+        EXPECT_EQ(L"0x80070490", TextOf([&](BSTR* pText) { return handler.ReadValue(query, pText); }))
             << name;
     }
-    EXPECT_EQ(ValueOf(handler, L""), L"0x80070057");
-    EXPECT_EQ(handler.GetValue(L"//psf:Value", nullptr), E_POINTER);
-    EXPECT_EQ(handler.ReadValue(L"//psf:Value", nullptr), E_POINTER);
+    EXPECT_EQ(L"0x80070057", ValueOf(handler, L""));
+    EXPECT_EQ(E_POINTER, handler.GetValue(L"//psf:Value", nullptr));
+    EXPECT_EQ(E_POINTER, handler.ReadValue(L"//psf:Value", nullptr));
     Bstr text;
     EXPECT_TRUE(FAILED(handler.GetValue(L"//undeclared:Value", text.Put())));
 }
@@ -257,7 +257,7 @@ TEST_P(SchemaReadingTest, ReadIntegerTakesEvery32BitNumberInTheFormsOfASchemaInt
     for (const auto& [text, number] : numbers) {
         std::int32_t value = 7;
         EXPECT_EQ(S_OK, ReadIntegerOf(text, value)) << text;
-        EXPECT_EQ(number, value) << text;
+        EXPECT_EQ(value, number) << text;
     }
 }
 
@@ -290,10 +290,10 @@ TEST_P(SchemaReadingTest, ReadIntegerDoesNotDependOnTheLocale) {
 TEST_P(SchemaReadingTest, ReadIntegerTellsWhatIsMissing) {
     const PrintTicketHandler& handler = Open(L"");
     std::int32_t value = 7;
-    EXPECT_EQ(handler.ReadInteger(L"//psf:Property", &value), NotFound);
-    EXPECT_EQ(handler.ReadInteger(L"", &value), E_INVALIDARG);
-    EXPECT_EQ(handler.ReadInteger(L"//psf:Property", nullptr), E_POINTER);
-    EXPECT_EQ(value, 7);
+    EXPECT_EQ(NotFound, handler.ReadInteger(L"//psf:Property", &value));
+    EXPECT_EQ(E_INVALIDARG, handler.ReadInteger(L"", &value));
+    EXPECT_EQ(E_POINTER, handler.ReadInteger(L"//psf:Property", nullptr));
+    EXPECT_EQ(7, value);
 }
 
 TEST_P(SchemaReadingTest, ReadLocalNameTakesAnyPrefixAndABareWord) {
@@ -361,7 +361,7 @@ TEST_P(SchemaReadingTest, TheSelectedOptionIsTheFirstOptionsName) {
         L"<psf:Feature name=\"psk:JobInputBin\"><psf:Feature name=\"psk:Sub\">"
         L"<psf:Option name=\"psk:Nested\"/></psf:Feature><psf:Option name=\"psk:Tray1\"/>"
         L"<psf:Option name=\"psk:Tray2\"/></psf:Feature>");
-    EXPECT_EQ(OptionOf(handler), L"Tray1");
+    EXPECT_EQ(L"Tray1", OptionOf(handler));
 }
 
 constexpr wchar_t Option[] = L"<psf:Option name=\"psk:Tray1\"/>";
@@ -374,56 +374,56 @@ std::wstring InputBin(std::wstring_view content) {
 }
 
 TEST_P(SchemaReadingTest, AnOptionGivenOnlyThroughOptionNameIsFoundWhenNoOptionPrecedesIt) {
-    EXPECT_EQ(OptionOf(Open(InputBin(OptionName))), L"Tray2");
-    EXPECT_EQ(OptionOf(Open(InputBin(std::wstring(OptionName) + Option))), L"Tray2");
-    EXPECT_EQ(OptionOf(Open(InputBin(std::wstring(Option) + OptionName))), L"Tray1");
+    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(OptionName))));
+    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(std::wstring(OptionName) + Option))));
+    EXPECT_EQ(L"Tray1", OptionOf(Open(InputBin(std::wstring(Option) + OptionName))));
 }
 
 TEST_P(SchemaReadingTest, TheOptionsNamespaceTellsThePrefixOfOptionNameAlone) {
     const std::wstring content =
         L"<psf:ScoredProperty name=\"krk:OptionName\"><psf:Value>krk:Tray2</psf:Value></psf:ScoredProperty>";
-    EXPECT_EQ(OptionOf(Open(InputBin(content)), JobInputBin, Private), L"Tray2");
-    EXPECT_EQ(OptionOf(Open(InputBin(content)), JobInputBin, Keywords), L"0x80070490");
-    EXPECT_EQ(OptionOf(Open(InputBin(Option)), JobInputBin, Private), L"psk:Tray1");
+    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(content)), JobInputBin, Private));
+    EXPECT_EQ(L"0x80070490", OptionOf(Open(InputBin(content)), JobInputBin, Keywords));
+    EXPECT_EQ(L"psk:Tray1", OptionOf(Open(InputBin(Option)), JobInputBin, Private));
 }
 
 TEST_P(SchemaReadingTest, APrivateOptionIsFoundAmongTheKeywordsWithoutItsPrefix) {
-    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"krk:Own\"/>"))), L"Own");
-    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"ns0000:Own\"/>"))), L"Own");
-    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"oem:Own\"/>"))), L"oem:Own");
+    EXPECT_EQ(L"Own", OptionOf(Open(InputBin(L"<psf:Option name=\"krk:Own\"/>"))));
+    EXPECT_EQ(L"Own", OptionOf(Open(InputBin(L"<psf:Option name=\"ns0000:Own\"/>"))));
+    EXPECT_EQ(L"oem:Own", OptionOf(Open(InputBin(L"<psf:Option name=\"oem:Own\"/>"))));
 }
 
 TEST_P(SchemaReadingTest, AnOptionWithoutANameIsReadAsItsText) {
-    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option><psf:ScoredProperty><psf:Value>psk:Tray3</psf:Value>"
-                                     L"</psf:ScoredProperty></psf:Option>"))),
-              L"Tray3");
-    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option/>"))), L"0x80070057");
-    EXPECT_EQ(OptionOf(Open(InputBin(L"<psf:Option name=\"\"/>"))), L"0x80070057");
+    EXPECT_EQ(L"Tray3",
+              OptionOf(Open(InputBin(L"<psf:Option><psf:ScoredProperty><psf:Value>psk:Tray3</psf:Value>"
+                                     L"</psf:ScoredProperty></psf:Option>"))));
+    EXPECT_EQ(L"0x80070057", OptionOf(Open(InputBin(L"<psf:Option/>"))));
+    EXPECT_EQ(L"0x80070057", OptionOf(Open(InputBin(L"<psf:Option name=\"\"/>"))));
 }
 
 TEST_P(SchemaReadingTest, AFeatureWithoutAnOptionIsNotFound) {
-    EXPECT_EQ(OptionOf(Open(L"")), L"0x80070490");
-    EXPECT_EQ(OptionOf(Open(InputBin(L""))), L"0x80070490");
-    EXPECT_EQ(OptionOf(Open(L"<psf:Feature name=\"k:JobInputBin\"><psf:Option name=\"k:Tray1\"/>"
+    EXPECT_EQ(L"0x80070490", OptionOf(Open(L"")));
+    EXPECT_EQ(L"0x80070490", OptionOf(Open(InputBin(L""))));
+    EXPECT_EQ(L"0x80070490",
+              OptionOf(Open(L"<psf:Feature name=\"k:JobInputBin\"><psf:Option name=\"k:Tray1\"/>"
                             L"</psf:Feature>",
-                            L" xmlns:k=\"" + std::wstring(tests::KeywordsUri) + L"\"")),
-              L"0x80070490");
+                            L" xmlns:k=\"" + std::wstring(tests::KeywordsUri) + L"\"")));
 }
 
 TEST_P(SchemaReadingTest, AnOptionsArgumentsAreChecked) {
     const PrintTicketHandler& handler = Open(L"");
-    EXPECT_EQ(handler.GetOptionName(JobInputBin, Keywords, nullptr), E_POINTER);
-    EXPECT_EQ(OptionOf(handler, {Keywords, L""}), L"0x80070057");
+    EXPECT_EQ(E_POINTER, handler.GetOptionName(JobInputBin, Keywords, nullptr));
+    EXPECT_EQ(L"0x80070057", OptionOf(handler, {Keywords, L""}));
 }
 
 TEST_P(SchemaReadingTest, AQuoteInThePrivatePrefixIsNoPartOfTheQuery) {
     SetPrivatePrefix(L"x\"] | //psf:Option[\"1\" = \"1");
     const Qname feature = {Private, L"JobPrintableMediaSize"};
-    EXPECT_EQ(OptionOf(Open(InputBin(Option)), feature, Private), L"0x80070490");
-    EXPECT_EQ(OptionOf(Open(L"<psf:Feature name='x\"] | //psf:Option[\"1\" = \"1:JobPrintableMediaSize'>"
+    EXPECT_EQ(L"0x80070490", OptionOf(Open(InputBin(Option)), feature, Private));
+    EXPECT_EQ(L"psk:Found",
+              OptionOf(Open(L"<psf:Feature name='x\"] | //psf:Option[\"1\" = \"1:JobPrintableMediaSize'>"
                             L"<psf:Option name=\"psk:Found\"/></psf:Feature>"),
-                       feature, Private),
-              L"psk:Found");
+                       feature, Private));
 }
 
 TEST_ON_EACH_DOM(SchemaReadingTest);

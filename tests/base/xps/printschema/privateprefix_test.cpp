@@ -24,22 +24,22 @@ class PrivatePrefixTest : public testing::Test {
 
 TEST_F(PrivatePrefixTest, IsStoredWithAColon) {
     SetPrivatePrefix(L"krk");
-    EXPECT_EQ(PrivatePrefix(), L"krk:");
+    EXPECT_EQ(L"krk:", PrivatePrefix());
 }
 
 TEST_F(PrivatePrefixTest, AnEmptyTextMeansUnset) {
     SetPrivatePrefix(L"krk");
     SetPrivatePrefix(L"");
-    EXPECT_EQ(PrivatePrefix(), L"");
+    EXPECT_EQ(L"", PrivatePrefix());
 }
 
 TEST_F(PrivatePrefixTest, TheFallbackIsTakenOnlyWhileThePrefixIsUnset) {
     SetPrivatePrefix({});
     EnsurePrivatePrefix();
-    EXPECT_EQ(PrivatePrefix(), L"ns0000:");
+    EXPECT_EQ(L"ns0000:", PrivatePrefix());
     SetPrivatePrefix(L"krk");
     EnsurePrivatePrefix();
-    EXPECT_EQ(PrivatePrefix(), L"krk:");
+    EXPECT_EQ(L"krk:", PrivatePrefix());
 }
 
 // A thread that reads the prefix is stopped where it makes its copy, while another one is at its operation.
@@ -74,14 +74,14 @@ class PrefixIsReadTest : public PrivatePrefixTest {
 
 TEST_F(PrefixIsReadTest, ASetterWaits) {
     EXPECT_FALSE(EndsWhileItIsRead([] { SetPrivatePrefix(L"krk"); }));
-    EXPECT_EQ(m_read, m_prefix + L":");
-    EXPECT_EQ(PrivatePrefix(), L"krk:");
+    EXPECT_EQ(m_prefix + L":", m_read);
+    EXPECT_EQ(L"krk:", PrivatePrefix());
 }
 
 TEST_F(PrefixIsReadTest, TheFallbackWaits) {
     EXPECT_FALSE(EndsWhileItIsRead(EnsurePrivatePrefix));
-    EXPECT_EQ(m_read, m_prefix + L":");
-    EXPECT_EQ(PrivatePrefix(), m_prefix + L":");
+    EXPECT_EQ(m_prefix + L":", m_read);
+    EXPECT_EQ(m_prefix + L":", PrivatePrefix());
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ class RoundTripTest : public HandlerTest {
     void ExpectOneFeatureAfterWritingTwice(const Data& written, Scope scope) {
         const std::wstring once = DomText(m_pTicket.Get());
         written.Write(m_pTicket.Get(), scope);
-        EXPECT_EQ(DomText(m_pTicket.Get()), once);
+        EXPECT_EQ(once, DomText(m_pTicket.Get()));
     }
 
     // The ids that a ticket reads as in which an option is selected without values.
@@ -88,10 +88,10 @@ TEST_P(RoundTripTest, EveryBinWithEveryFeedDirectionAtEveryScope) {
                 written.SetOptionId(option);
                 written.SetFeedDirection(direction);
                 const InputBinData read = ReadBack(written, scope);
-                EXPECT_EQ(read.GetScope(), scope);
-                EXPECT_EQ(read.GetOptionId(), option);
+                EXPECT_EQ(scope, read.GetScope());
+                EXPECT_EQ(option, read.GetOptionId());
                 const bool isKnown = direction != InputBinData::FeedDirectionUnknown;
-                EXPECT_EQ(read.GetFeedDirection(), isKnown ? direction : InputBinData::ShortEdgeFirst);
+                EXPECT_EQ(isKnown ? direction : InputBinData::ShortEdgeFirst, read.GetFeedDirection());
                 ExpectOneFeatureAfterWritingTwice(written, scope);
             }
         }
@@ -104,9 +104,9 @@ TEST_P(RoundTripTest, EveryBinWithoutAFeedDirection) {
             InputBinData selected;
             selected.SetOptionId(option);
             const InputBinData read = WithoutValues(selected, scope);
-            EXPECT_EQ(read.GetScope(), scope);
-            EXPECT_EQ(read.GetOptionId(), option);
-            EXPECT_EQ(read.GetFeedDirection(), InputBinData::ShortEdgeFirst);
+            EXPECT_EQ(scope, read.GetScope());
+            EXPECT_EQ(option, read.GetOptionId());
+            EXPECT_EQ(InputBinData::ShortEdgeFirst, read.GetFeedDirection());
         }
     }
 }
@@ -117,10 +117,10 @@ TEST_P(RoundTripTest, EveryOrientationAtEveryScope) {
             PageOrientationData written;
             written.SetOptionId(option);
             const PageOrientationData read = ReadBack(written, scope);
-            EXPECT_EQ(read.GetFeatureId(), 0);
-            EXPECT_EQ(read.GetOptionId(), option);
+            EXPECT_EQ(0, read.GetFeatureId());
+            EXPECT_EQ(option, read.GetOptionId());
             ExpectOneFeatureAfterWritingTwice(written, scope);
-            EXPECT_EQ(WithoutValues(written, scope).GetOptionId(), option);
+            EXPECT_EQ(option, WithoutValues(written, scope).GetOptionId());
         }
     }
 }
@@ -133,11 +133,11 @@ TEST_P(RoundTripTest, EveryKeywordScalingWithItsValuesAtEveryScope) {
             written.SetOffset({-100, 200});
             written.SetScale({50, option == ScalingData::CustomSquare ? 50 : 60});
             const ScalingData read = ReadBack(written, scope);
-            EXPECT_EQ(read.GetFeatureId(), 0);
-            EXPECT_EQ(read.GetOptionId(), option);
+            EXPECT_EQ(0, read.GetFeatureId());
+            EXPECT_EQ(option, read.GetOptionId());
             const bool isCustom = option == ScalingData::Custom || option == ScalingData::CustomSquare;
-            EXPECT_EQ(read.GetOffset(), isCustom ? written.GetOffset() : ScalingData::Pair());
-            EXPECT_EQ(read.GetScale(), isCustom ? written.GetScale() : ScalingData::Pair());
+            EXPECT_EQ(isCustom ? written.GetOffset() : ScalingData::Pair(), read.GetOffset());
+            EXPECT_EQ(isCustom ? written.GetScale() : ScalingData::Pair(), read.GetScale());
             ExpectOneFeatureAfterWritingTwice(written, scope);
         }
     }
@@ -149,9 +149,9 @@ TEST_P(RoundTripTest, EveryKeywordScalingWithoutValues) {
             ScalingData selected;
             selected.SetOptionId(option);
             if (option == ScalingData::Custom || option == ScalingData::CustomSquare) {
-                EXPECT_EQ(ThrownCode([&] { static_cast<void>(WithoutValues(selected, scope)); }), NotFound);
+                EXPECT_EQ(NotFound, ThrownCode([&] { static_cast<void>(WithoutValues(selected, scope)); }));
             } else {
-                EXPECT_EQ(WithoutValues(selected, scope).GetOptionId(), option);
+                EXPECT_EQ(option, WithoutValues(selected, scope).GetOptionId());
             }
         }
     }
@@ -174,9 +174,9 @@ TEST_P(RoundTripTest, EveryMediaSizeWithItsSizeAtEveryScope) {
             written.SetOptionId(option);
             if (!MediaSizeTable::IsStandardSize(option)) written.SetSize({123456, 234567});
             const MediaSizeData read = ReadBack(written, scope);
-            EXPECT_EQ(read.GetFeatureId(), 0);
-            EXPECT_EQ(read.GetOptionId(), written.GetOptionId());
-            EXPECT_EQ(read.GetSize(), written.GetSize());
+            EXPECT_EQ(0, read.GetFeatureId());
+            EXPECT_EQ(written.GetOptionId(), read.GetOptionId());
+            EXPECT_EQ(written.GetSize(), read.GetSize());
             ExpectOneFeatureAfterWritingTwice(written, scope);
         }
     }
@@ -187,8 +187,8 @@ TEST_P(RoundTripTest, EveryMediaSizeWithoutItsSizeIsItsNominalOne) {
         if (!MediaSizeTable::IsStandardSize(id)) continue;
         m_pTicket = LoadDomFromString(Ticket(Feature(L"psk:PageMediaSize", L"psk:" + record->keyword)));
         const MediaSizeData read = Reread<MediaSizeData>();
-        EXPECT_EQ(read.GetSize(), record->size) << id;
-        EXPECT_EQ(read.GetOptionId(), MediaSizeTable::Instance().BySize(record->size)->id) << id;
+        EXPECT_EQ(record->size, read.GetSize()) << id;
+        EXPECT_EQ(MediaSizeTable::Instance().BySize(record->size)->id, read.GetOptionId()) << id;
     }
 }
 
@@ -198,11 +198,11 @@ TEST_P(RoundTripTest, ThePrintableMediaSizeAtEveryScope) {
         PrintableMediaSizeData written;
         written.SetRange(range);
         const PrintableMediaSizeData read = ReadBack(written, scope);
-        EXPECT_EQ(read.GetScope(), scope);
-        EXPECT_EQ(read.GetOptionId(), 0);
-        EXPECT_EQ(read.GetRange().minimum, range.minimum);
-        EXPECT_EQ(read.GetRange().maximum, range.maximum);
-        EXPECT_EQ(WithoutValues(written, scope).GetRange().maximum, MediaDimensions());
+        EXPECT_EQ(scope, read.GetScope());
+        EXPECT_EQ(0, read.GetOptionId());
+        EXPECT_EQ(range.minimum, read.GetRange().minimum);
+        EXPECT_EQ(range.maximum, read.GetRange().maximum);
+        EXPECT_EQ(MediaDimensions(), WithoutValues(written, scope).GetRange().maximum);
     }
 }
 
@@ -218,8 +218,8 @@ TEST_P(RoundTripTest, AnEarlierPrintableMediaSizeStaysWhenItIsWrittenAgain) {
             content += tests::Named(L"Property", name, tests::Integer(first++));
         return Feature(L"krk:PagePrintableMediaSize", L"krk:PrintableMediaSize", content);
     };
-    EXPECT_EQ(DomText(m_pTicket.Get()), Ticket(feature(1) + feature(5)));
-    EXPECT_EQ(Reread<PrintableMediaSizeData>().GetRange().minimum, (MediaDimensions{1, 2}));
+    EXPECT_EQ(Ticket(feature(1) + feature(5)), DomText(m_pTicket.Get()));
+    EXPECT_EQ((MediaDimensions{1, 2}), Reread<PrintableMediaSizeData>().GetRange().minimum);
 }
 
 TEST_ON_EACH_DOM(RoundTripTest);

@@ -80,49 +80,49 @@ void Read(ScalingData& data, std::wstring_view body) { data.Read(LoadDomFromStri
 
 TEST_P(ScalingDataTest, FitsTheMediaSizeAndHoldsFourZerosByDefault) {
     const ScalingData data;
-    EXPECT_EQ(data.GetFeatureId(), 0);
-    EXPECT_EQ(data.GetOptionId(), ScalingData::FitApplicationMediaSizeToPageMediaSize);
-    EXPECT_EQ(data.GetOptionName().localName, L"FitApplicationMediaSizeToPageMediaSize");
-    EXPECT_EQ(data.GetOffset(), (Pair{0, 0}));
-    EXPECT_EQ(data.GetScale(), (Pair{0, 0}));
-    EXPECT_EQ(&data.GetFeatureNames(), &PageScalingFeatureNames::Instance());
-    EXPECT_EQ(&data.GetOptionNames(), &PageScalingOptionNames::Instance());
+    EXPECT_EQ(0, data.GetFeatureId());
+    EXPECT_EQ(ScalingData::FitApplicationMediaSizeToPageMediaSize, data.GetOptionId());
+    EXPECT_EQ(L"FitApplicationMediaSizeToPageMediaSize", data.GetOptionName().localName);
+    EXPECT_EQ((Pair{0, 0}), data.GetOffset());
+    EXPECT_EQ((Pair{0, 0}), data.GetScale());
+    EXPECT_EQ(&PageScalingFeatureNames::Instance(), &data.GetFeatureNames());
+    EXPECT_EQ(&PageScalingOptionNames::Instance(), &data.GetOptionNames());
 }
 
 TEST_P(ScalingDataTest, IsThePagesFeatureAtEveryScope) {
     ScalingData data;
-    EXPECT_EQ(data.GetScope(), Scope::Page);
+    EXPECT_EQ(Scope::Page, data.GetScope());
     data.SetFeatureId(1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
     data.SetFeatureId(-1);
-    EXPECT_EQ(data.GetScope(), Scope::None);
+    EXPECT_EQ(Scope::None, data.GetScope());
     for (const Scope scope : {Scope::Job, Scope::Document, Scope::Page})
-        EXPECT_EQ(data.FeatureIndexOfScope(scope), 0U);
+        EXPECT_EQ(0U, data.FeatureIndexOfScope(scope));
     EXPECT_THROW(static_cast<void>(data.FeatureIndexOfScope(Scope::None)), NotSupportedException);
 }
 
 TEST_P(ScalingDataTest, ATicketSelectingNoneReadIntoAFreshObjectYieldsFourZeros) {
     ScalingData data;
     Read(data, Feature(L"psk:PageScaling", L"psk:None"));
-    EXPECT_EQ(data.GetOptionId(), None);
-    EXPECT_EQ(data.GetOffset(), (Pair{0, 0}));
-    EXPECT_EQ(data.GetScale(), (Pair{0, 0}));
+    EXPECT_EQ(None, data.GetOptionId());
+    EXPECT_EQ((Pair{0, 0}), data.GetOffset());
+    EXPECT_EQ((Pair{0, 0}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, ATicketSelectingNoneReadIntoACustomObjectKeepsTheHeights) {
     ScalingData data = Custom({100, 200}, {50, 60});
     Read(data, Feature(L"psk:PageScaling", L"psk:None"));
-    EXPECT_EQ(data.GetOptionId(), None);
-    EXPECT_EQ(data.GetOffset(), (Pair{0, 200}));
-    EXPECT_EQ(data.GetScale(), (Pair{0, 60}));
+    EXPECT_EQ(None, data.GetOptionId());
+    EXPECT_EQ((Pair{0, 200}), data.GetOffset());
+    EXPECT_EQ((Pair{0, 60}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, ATicketWithoutScalingKeepsEverything) {
     ScalingData data = Custom({100, 200}, {50, 60});
     Read(data, L"");
-    EXPECT_EQ(data.GetOptionId(), ScalingData::Custom);
-    EXPECT_EQ(data.GetOffset(), (Pair{100, 200}));
-    EXPECT_EQ(data.GetScale(), (Pair{50, 60}));
+    EXPECT_EQ(ScalingData::Custom, data.GetOptionId());
+    EXPECT_EQ((Pair{100, 200}), data.GetOffset());
+    EXPECT_EQ((Pair{50, 60}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, CustomSquareReadsOneScaleForBoth) {
@@ -130,9 +130,9 @@ TEST_P(ScalingDataTest, CustomSquareReadsOneScaleForBoth) {
     Read(data, Feature(L"psk:PageScaling", L"psk:CustomSquare",
                        Literal(L"OffsetWidth", 1) + Literal(L"OffsetHeight", 2) + Literal(L"Scale", 150) +
                            Literal(L"ScaleWidth", 3) + Literal(L"ScaleHeight", 4)));
-    EXPECT_EQ(data.GetOptionId(), ScalingData::CustomSquare);
-    EXPECT_EQ(data.GetOffset(), (Pair{1, 2}));
-    EXPECT_EQ(data.GetScale(), (Pair{150, 150}));
+    EXPECT_EQ(ScalingData::CustomSquare, data.GetOptionId());
+    EXPECT_EQ((Pair{1, 2}), data.GetOffset());
+    EXPECT_EQ((Pair{150, 150}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, CustomReadsLiteralValuesInAnyOrder) {
@@ -140,8 +140,8 @@ TEST_P(ScalingDataTest, CustomReadsLiteralValuesInAnyOrder) {
     Read(data, Feature(L"psk:PageScaling", L"psk:Custom",
                        Literal(L"ScaleHeight", 60) + Literal(L"ScaleWidth", 50) +
                            Literal(L"OffsetHeight", 200) + Literal(L"OffsetWidth", 100)));
-    EXPECT_EQ(data.GetOffset(), (Pair{100, 200}));
-    EXPECT_EQ(data.GetScale(), (Pair{50, 60}));
+    EXPECT_EQ((Pair{100, 200}), data.GetOffset());
+    EXPECT_EQ((Pair{50, 60}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, CustomReadsParametersOfAnyName) {
@@ -152,8 +152,8 @@ TEST_P(ScalingDataTest, CustomReadsParametersOfAnyName) {
                                ScoredProperty(L"psk:OffsetHeight", ParameterRef(L"oem:Y")) +
                                Referring(L"ScaleWidth") + Literal(L"ScaleHeight", 8)) +
                    Initializing(L"ScaleWidth", 7));
-    EXPECT_EQ(data.GetOffset(), (Pair{-5, 6}));
-    EXPECT_EQ(data.GetScale(), (Pair{7, 8}));
+    EXPECT_EQ((Pair{-5, 6}), data.GetOffset());
+    EXPECT_EQ((Pair{7, 8}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, ACustomOptionWithoutOneOfItsValuesIsAnErrorAndKeepsThePreviousOnes) {
@@ -163,12 +163,12 @@ TEST_P(ScalingDataTest, ACustomOptionWithoutOneOfItsValuesIsAnErrorAndKeepsThePr
         for (const std::wstring_view name : names)
             if (name != missing) content += Literal(name, 1);
         ScalingData data = CustomSquare({100, 200}, {50, 60});
-        EXPECT_EQ(ThrownCode([&] { Read(data, Feature(L"psk:PageScaling", L"psk:Custom", content)); }),
-                  NotFound)
+        EXPECT_EQ(NotFound,
+                  ThrownCode([&] { Read(data, Feature(L"psk:PageScaling", L"psk:Custom", content)); }))
             << std::wstring(missing);
-        EXPECT_EQ(data.GetOptionId(), ScalingData::Custom);
-        EXPECT_EQ(data.GetOffset(), (Pair{100, 200}));
-        EXPECT_EQ(data.GetScale(), (Pair{50, 60}));
+        EXPECT_EQ(ScalingData::Custom, data.GetOptionId());
+        EXPECT_EQ((Pair{100, 200}), data.GetOffset());
+        EXPECT_EQ((Pair{50, 60}), data.GetScale());
     }
 }
 
@@ -179,82 +179,81 @@ TEST_P(ScalingDataTest, CustomSquareWithoutOneOfItsValuesIsAnErrorAndKeepsThePre
         for (const std::wstring_view name : names)
             if (name != missing) content += Literal(name, 1);
         ScalingData data = Custom({100, 200}, {50, 60});
-        EXPECT_EQ(ThrownCode([&] { Read(data, Feature(L"psk:PageScaling", L"psk:CustomSquare", content)); }),
-                  NotFound)
+        EXPECT_EQ(NotFound,
+                  ThrownCode([&] { Read(data, Feature(L"psk:PageScaling", L"psk:CustomSquare", content)); }))
             << std::wstring(missing);
-        EXPECT_EQ(data.GetOffset(), (Pair{100, 200}));
-        EXPECT_EQ(data.GetScale(), (Pair{50, 60}));
+        EXPECT_EQ((Pair{100, 200}), data.GetOffset());
+        EXPECT_EQ((Pair{50, 60}), data.GetScale());
     }
 }
 
 TEST_P(ScalingDataTest, AValueThatIsNoIntegerIsAnError) {
     ScalingData data;
-    EXPECT_EQ(ThrownCode([&] {
+    EXPECT_EQ(NoInteger, ThrownCode([&] {
                   Read(data, Feature(L"psk:PageScaling", L"psk:CustomSquare",
                                      Literal(L"OffsetWidth", 1) + Literal(L"OffsetHeight", 2) +
                                          ScoredProperty(L"psk:Scale", Value(L"integer", L"150 %"))));
-              }),
-              NoInteger);
-    EXPECT_EQ(data.GetScale(), (Pair{0, 0}));
+              }));
+    EXPECT_EQ((Pair{0, 0}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, AFailingReadNamesItsPlace) {
     ScalingData data;
     const std::string text = Thrown<base::exception::HresultError>(
         [&] { Read(data, Feature(L"psk:PageScaling", L"psk:Custom")); });
-    EXPECT_EQ(text.find("base/xps/printschema/scalingdata.cpp(LINE) : "), 0U) << text;
+    EXPECT_EQ(0U, text.find("base/xps/printschema/scalingdata.cpp(LINE) : ")) << text;
 }
 
 TEST_P(ScalingDataTest, ValuesOfAnotherFeatureAreNotTaken) {
     ScalingData data;
     const std::wstring values =
         Literal(L"OffsetWidth", 1) + Literal(L"OffsetHeight", 2) + Literal(L"Scale", 3);
-    EXPECT_EQ(ThrownCode([&] {
+    EXPECT_EQ(NotFound, ThrownCode([&] {
                   Read(data, Feature(L"psk:JobNUp", L"psk:Option", values) +
                                  Feature(L"psk:PageScaling", L"psk:CustomSquare"));
-              }),
-              NotFound);
+              }));
     Read(data, Feature(L"psk:JobNUp", L"psk:Option", Literal(L"Scale", 9)) +
                    Feature(L"psk:PageScaling", L"psk:CustomSquare", values));
-    EXPECT_EQ(data.GetScale(), (Pair{3, 3}));
+    EXPECT_EQ((Pair{3, 3}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, WritingCustomProducesFourPropertiesAndFourInitializersInOrder) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     Custom({100, 200}, {50, 60}).Write(pTicket.Get(), Scope::Page);
-    EXPECT_EQ(DomText(pTicket.Get()),
-              Ticket(Initializing(L"OffsetWidth", 100) + Initializing(L"OffsetHeight", 200) +
+    EXPECT_EQ(Ticket(Initializing(L"OffsetWidth", 100) + Initializing(L"OffsetHeight", 200) +
                      Initializing(L"ScaleWidth", 50) + Initializing(L"ScaleHeight", 60) +
                      Feature(L"psk:PageScaling", L"psk:Custom",
                              Referring(L"OffsetWidth") + Referring(L"OffsetHeight") +
-                                 Referring(L"ScaleWidth") + Referring(L"ScaleHeight"))));
+                                 Referring(L"ScaleWidth") + Referring(L"ScaleHeight"))),
+              DomText(pTicket.Get()));
 }
 
 TEST_P(ScalingDataTest, WritingCustomSquareProducesOneScale) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     CustomSquare({100, 200}, {150, 150}).Write(pTicket.Get(), Scope::Job);
-    EXPECT_EQ(DomText(pTicket.Get()),
-              Ticket(Initializing(L"OffsetWidth", 100) + Initializing(L"OffsetHeight", 200) +
+    EXPECT_EQ(Ticket(Initializing(L"OffsetWidth", 100) + Initializing(L"OffsetHeight", 200) +
                      Initializing(L"Scale", 150) +
                      Feature(L"psk:PageScaling", L"psk:CustomSquare",
-                             Referring(L"OffsetWidth") + Referring(L"OffsetHeight") + Referring(L"Scale"))));
+                             Referring(L"OffsetWidth") + Referring(L"OffsetHeight") + Referring(L"Scale"))),
+              DomText(pTicket.Get()));
 }
 
 TEST_P(ScalingDataTest, WritingCustomSquareWithTwoScalesFailsAfterTheOffsets) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
-    EXPECT_EQ(Thrown<std::logic_error>([&] {
-                  CustomSquare({1, 2}, {100, 101}).Write(pTicket.Get(), Scope::Page);
-              }),
-              "base/xps/printschema/scalingdata.cpp(LINE) : "
-              "CustomSquare needs same values of Width and Height.\n");
-    EXPECT_EQ(DomText(pTicket.Get()),
-              Ticket(Initializing(L"OffsetWidth", 1) + Initializing(L"OffsetHeight", 2)));
+    EXPECT_EQ(
+        "base/xps/printschema/scalingdata.cpp(LINE) : "
+        "CustomSquare needs same values of Width and Height.\n",
+        Thrown<std::logic_error>([&] {
+            CustomSquare({1, 2}, {100, 101}).Write(pTicket.Get(), Scope::Page);
+        }));
+    EXPECT_EQ(Ticket(Initializing(L"OffsetWidth", 1) + Initializing(L"OffsetHeight", 2)),
+              DomText(pTicket.Get()));
 }
 
 TEST_P(ScalingDataTest, AnyOtherOptionWritesNoValues) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     Custom({1, 2}, {3, 4}, None).Write(pTicket.Get(), Scope::Page);
-    EXPECT_EQ(DomText(pTicket.Get()), Ticket(Feature(L"psk:PageScaling", L"psk:None")));
+    EXPECT_EQ(Ticket(Feature(L"psk:PageScaling", L"psk:None")), DomText(pTicket.Get()));
 }
 
 TEST_P(ScalingDataTest, NegativeOffsetsAreCarriedThroughUnchanged) {
@@ -263,35 +262,35 @@ TEST_P(ScalingDataTest, NegativeOffsetsAreCarriedThroughUnchanged) {
     Custom({-1, least}, {0, std::numeric_limits<std::int32_t>::max()}).Write(pTicket.Get(), Scope::Page);
     ScalingData data;
     data.Read(pTicket.Get());
-    EXPECT_EQ(data.GetOffset(), (Pair{-1, least}));
-    EXPECT_EQ(data.GetScale(), (Pair{0, std::numeric_limits<std::int32_t>::max()}));
+    EXPECT_EQ((Pair{-1, least}), data.GetOffset());
+    EXPECT_EQ((Pair{0, std::numeric_limits<std::int32_t>::max()}), data.GetScale());
 }
 
 TEST_P(ScalingDataTest, WritingAgainReplacesTheParametersToo) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     Custom({1, 2}, {3, 4}).Write(pTicket.Get(), Scope::Page);
     CustomSquare({5, 6}, {7, 7}).Write(pTicket.Get(), Scope::Page);
-    EXPECT_EQ(DomText(pTicket.Get()),
-              Ticket(Initializing(L"OffsetWidth", 5) + Initializing(L"OffsetHeight", 6) +
+    EXPECT_EQ(Ticket(Initializing(L"OffsetWidth", 5) + Initializing(L"OffsetHeight", 6) +
                      Initializing(L"Scale", 7) +
                      Feature(L"psk:PageScaling", L"psk:CustomSquare",
-                             Referring(L"OffsetWidth") + Referring(L"OffsetHeight") + Referring(L"Scale"))));
+                             Referring(L"OffsetWidth") + Referring(L"OffsetHeight") + Referring(L"Scale"))),
+              DomText(pTicket.Get()));
     ScalingData().Write(pTicket.Get(), Scope::Page);
-    EXPECT_EQ(DomText(pTicket.Get()),
-              Ticket(Feature(L"psk:PageScaling", L"psk:FitApplicationMediaSizeToPageMediaSize")));
+    EXPECT_EQ(Ticket(Feature(L"psk:PageScaling", L"psk:FitApplicationMediaSizeToPageMediaSize")),
+              DomText(pTicket.Get()));
 }
 
 TEST_P(ScalingDataTest, ThePrivateOptionIsWrittenWithThePrivatePrefix) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
     Custom({}, {}, PrivateOption).Write(pTicket.Get(), Scope::Page);
-    EXPECT_EQ(DomText(pTicket.Get()),
-              Ticket(Feature(L"psk:PageScaling", L"krk:FitApplicationImageableSizeToImageableSize")));
+    EXPECT_EQ(Ticket(Feature(L"psk:PageScaling", L"krk:FitApplicationImageableSizeToImageableSize")),
+              DomText(pTicket.Get()));
 }
 
 TEST_P(ScalingDataTest, ThePrivateOptionsElementIsLookedUpAmongTheKeywordsAndLeavesTheSetting) {
     ScalingData data;
     Read(data, Feature(L"psk:PageScaling", L"krk:FitApplicationImageableSizeToImageableSize"));
-    EXPECT_EQ(data.GetOptionId(), ScalingData::FitApplicationMediaSizeToPageMediaSize);
+    EXPECT_EQ(ScalingData::FitApplicationMediaSizeToPageMediaSize, data.GetOptionId());
 }
 
 TEST_P(ScalingDataTest, ThePrivateOptionIsReadThroughAPrivateOptionName) {
@@ -300,7 +299,7 @@ TEST_P(ScalingDataTest, ThePrivateOptionIsReadThroughAPrivateOptionName) {
          tests::Named(L"Feature", L"psk:PageScaling",
                       ScoredProperty(L"krk:OptionName",
                                      Value(L"QName", L"krk:FitApplicationImageableSizeToImageableSize"))));
-    EXPECT_EQ(data.GetOptionId(), PrivateOption);
+    EXPECT_EQ(PrivateOption, data.GetOptionId());
 }
 
 TEST_P(ScalingDataTest, ValuesOfAnOptionThatIsNotSelectedAreNotTaken) {

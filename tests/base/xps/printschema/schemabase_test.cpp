@@ -33,28 +33,29 @@ class MixedList : public SchemaBase {
 
 TEST(Qname, IsOfTheFrameworkAndWithoutANameByDefault) {
     const Qname name;
-    EXPECT_EQ(name.space, SchemaNamespace::Framework);
-    EXPECT_EQ(name.localName, L"");
+    EXPECT_EQ(SchemaNamespace::Framework, name.space);
+    EXPECT_EQ(L"", name.localName);
 }
 
 TEST(Qname, IsEqualWhenBothMembersAre) {
     const Qname name = {SchemaNamespace::Keywords, L"Tray1"};
     const Qname copy = name;
-    EXPECT_EQ(copy, name);
-    EXPECT_NE(name, (Qname{SchemaNamespace::Private, L"Tray1"}));
-    EXPECT_NE(name, (Qname{SchemaNamespace::Keywords, L"tray1"}));
+    EXPECT_EQ(name, copy);
+    EXPECT_NE((Qname{SchemaNamespace::Private, L"Tray1"}), name);
+    EXPECT_NE((Qname{SchemaNamespace::Keywords, L"tray1"}), name);
 }
 
 TEST(SchemaBase, GetNamespacesOnAListBuiltWithNoAddQnameThrowsALogicError) {
-    EXPECT_EQ(Thrown<std::logic_error>([] { static_cast<void>(EmptyList().GetNamespaces()); }),
-              "base/xps/printschema/schemabase.cpp(LINE) : "
-              "namespaces should be initialized in constructor through AddQname().\n");
+    EXPECT_EQ(
+        "base/xps/printschema/schemabase.cpp(LINE) : "
+        "namespaces should be initialized in constructor through AddQname().\n",
+        Thrown<std::logic_error>([] { static_cast<void>(EmptyList().GetNamespaces()); }));
 }
 
 TEST(SchemaBase, AListWithoutNamesHasNone) {
     const EmptyList list;
     EXPECT_TRUE(list.GetQnames().empty());
-    EXPECT_EQ(list.IndexOf(SchemaNamespace::Keywords, L"Same"), SchemaBase::NotFound);
+    EXPECT_EQ(SchemaBase::NotFound, list.IndexOf(SchemaNamespace::Keywords, L"Same"));
     EXPECT_THROW(static_cast<void>(list.GetQname(0)), std::invalid_argument);
 }
 
@@ -64,37 +65,37 @@ TEST(SchemaBase, NamesKeepTheirOrderAndNamespacesAreSorted) {
                                       {SchemaNamespace::Keywords, L"Same"},
                                       {SchemaNamespace::Keywords, L"Same"},
                                       {SchemaNamespace::Keywords, L""}};
-    EXPECT_EQ(list.GetQnames(), names);
-    EXPECT_EQ(list.GetNamespaces(),
-              (std::set<SchemaNamespace>{SchemaNamespace::Keywords, SchemaNamespace::Private}));
+    EXPECT_EQ(names, list.GetQnames());
+    EXPECT_EQ((std::set<SchemaNamespace>{SchemaNamespace::Keywords, SchemaNamespace::Private}),
+              list.GetNamespaces());
 }
 
 TEST(SchemaBase, TheFirstIndexOfANameInItsNamespaceIsFound) {
     const MixedList list;
-    EXPECT_EQ(list.IndexOf({SchemaNamespace::Keywords, L"Same"}), 1U);
-    EXPECT_EQ(list.IndexOf({SchemaNamespace::Private, L"Same"}), 0U);
-    EXPECT_EQ(list.IndexOf(SchemaNamespace::Keywords, std::wstring(L"Same")), 1U);
-    EXPECT_EQ(list.IndexOf(SchemaNamespace::Keywords, L""), 3U);
-    EXPECT_EQ(list.IndexOf(SchemaNamespace::Framework, L"Same"), 0xFFFFFFFFU);
+    EXPECT_EQ(1U, list.IndexOf({SchemaNamespace::Keywords, L"Same"}));
+    EXPECT_EQ(0U, list.IndexOf({SchemaNamespace::Private, L"Same"}));
+    EXPECT_EQ(1U, list.IndexOf(SchemaNamespace::Keywords, std::wstring(L"Same")));
+    EXPECT_EQ(3U, list.IndexOf(SchemaNamespace::Keywords, L""));
+    EXPECT_EQ(0xFFFFFFFFU, list.IndexOf(SchemaNamespace::Framework, L"Same"));
 }
 
 TEST(SchemaBase, ATextEndsAtItsFirstNullCharacter) {
-    EXPECT_EQ(MixedList().IndexOf(SchemaNamespace::Keywords, std::wstring(L"Same\0more", 9)), 1U);
+    EXPECT_EQ(1U, MixedList().IndexOf(SchemaNamespace::Keywords, std::wstring(L"Same\0more", 9)));
 }
 
 TEST(SchemaBase, AnIndexBehindTheLastThrows) {
-    EXPECT_EQ(Thrown<std::invalid_argument>([] { static_cast<void>(MixedList().GetQname(4)); }),
-              "base/xps/printschema/schemabase.cpp(LINE) : The index you specified is out of range.\n");
+    EXPECT_EQ("base/xps/printschema/schemabase.cpp(LINE) : The index you specified is out of range.\n",
+              Thrown<std::invalid_argument>([] { static_cast<void>(MixedList().GetQname(4)); }));
 }
 
 TEST(SchemaBase, ANullNameThrows) {
     const wchar_t* const pName = nullptr;
-    EXPECT_EQ(Thrown<std::invalid_argument>(
-                  [&] { static_cast<void>(MixedList().IndexOf(SchemaNamespace::Keywords, pName)); }),
-              "base/xps/printschema/schemabase.cpp(LINE) : pName is null.\n");
-    EXPECT_EQ(Thrown<std::invalid_argument>(
-                  [&] { static_cast<void>(EmptyList().Search(SchemaNamespace::Keywords, pName)); }),
-              "base/xps/printschema/schemabase.cpp(LINE) : pTarget is null.\n");
+    EXPECT_EQ("base/xps/printschema/schemabase.cpp(LINE) : pName is null.\n",
+              Thrown<std::invalid_argument>(
+                  [&] { static_cast<void>(MixedList().IndexOf(SchemaNamespace::Keywords, pName)); }));
+    EXPECT_EQ("base/xps/printschema/schemabase.cpp(LINE) : pTarget is null.\n",
+              Thrown<std::invalid_argument>(
+                  [&] { static_cast<void>(EmptyList().Search(SchemaNamespace::Keywords, pName)); }));
 }
 
 }  // namespace

@@ -54,14 +54,14 @@ template <typename Function>
 
 [[nodiscard]] ComPtr<IStream> StreamOf(const std::string& bytes) {
     ComPtr<IStream> pStream;
-    EXPECT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, pStream.Put()), S_OK);
-    EXPECT_EQ(pStream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr), S_OK);
-    EXPECT_EQ(pStream->Seek({}, STREAM_SEEK_SET, nullptr), S_OK);
+    EXPECT_EQ(S_OK, CreateStreamOnHGlobal(nullptr, TRUE, pStream.Put()));
+    EXPECT_EQ(S_OK, pStream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
+    EXPECT_EQ(S_OK, pStream->Seek({}, STREAM_SEEK_SET, nullptr));
     return pStream;
 }
 
 [[nodiscard]] Dom Load(IStream* pStream) {
-    EXPECT_EQ(pStream->Seek({}, STREAM_SEEK_SET, nullptr), S_OK);
+    EXPECT_EQ(S_OK, pStream->Seek({}, STREAM_SEEK_SET, nullptr));
     return LoadDom(Variant(static_cast<IUnknown*>(pStream)).Get());
 }
 
@@ -80,7 +80,7 @@ class SimulatedTicketsTest : public HandlerTest {
     // The settings of the default ticket merged with the delta.
     Lines MergedSettings(const std::string& delta, EPrintTicketScope scope) {
         HPTPROVIDER handle = nullptr;
-        EXPECT_EQ(Exported<decltype(PTOpenProvider)>("PTOpenProvider")(L"Printer", 1, &handle), S_OK);
+        EXPECT_EQ(S_OK, Exported<decltype(PTOpenProvider)>("PTOpenProvider")(L"Printer", 1, &handle));
         const ComPtr<IStream> pBase = StreamOf(Simulated().DefaultTicket());
         const ComPtr<IStream> pDelta = StreamOf(delta);
         const ComPtr<IStream> pResult = StreamOf({});
@@ -88,7 +88,7 @@ class SimulatedTicketsTest : public HandlerTest {
         const HRESULT merged =
             Exported<decltype(PTMergeAndValidatePrintTicket)>("PTMergeAndValidatePrintTicket")(
                 handle, pBase.Get(), pDelta.Get(), scope, pResult.Get(), error.Put());
-        EXPECT_EQ(Exported<decltype(PTCloseProvider)>("PTCloseProvider")(handle), S_OK);
+        EXPECT_EQ(S_OK, Exported<decltype(PTCloseProvider)>("PTCloseProvider")(handle));
         EXPECT_TRUE(SUCCEEDED(merged)) << std::hex << merged;
         return SUCCEEDED(merged) ? SettingsText(Load(pResult.Get()).Get()) : Lines{"refused"};
     }
@@ -120,26 +120,26 @@ TEST_P(SimulatedTicketsTest, DefaultTicketsStateTheSettingsOfTheirDevice) {
     const std::string a4 = "media PageMediaSize ISOA4 210000 297000";
     const std::string letter = "media PageMediaSize NorthAmericaLetter 215900 279400";
     Configure("simprinter", {});
-    EXPECT_EQ(DefaultSettings(),
-              (Lines{rest, "bin JobInputBin AutoSelect ShortEdgeFirst", a4, portrait, unlimited}));
+    EXPECT_EQ((Lines{rest, "bin JobInputBin AutoSelect ShortEdgeFirst", a4, portrait, unlimited}),
+              DefaultSettings());
     Configure("simprinter-us", {});
-    EXPECT_EQ(DefaultSettings(),
-              (Lines{rest, "bin JobInputBin AutoSelect ShortEdgeFirst", letter, portrait, unlimited}));
+    EXPECT_EQ((Lines{rest, "bin JobInputBin AutoSelect ShortEdgeFirst", letter, portrait, unlimited}),
+              DefaultSettings());
     Configure("longedge", {});
-    EXPECT_EQ(DefaultSettings(),
-              (Lines{rest, "bin JobInputBin Cassette LongEdgeFirst", a4, portrait, unlimited}));
+    EXPECT_EQ((Lines{rest, "bin JobInputBin Cassette LongEdgeFirst", a4, portrait, unlimited}),
+              DefaultSettings());
     Configure("shortedge", {});
-    EXPECT_EQ(DefaultSettings(),
-              (Lines{rest, "bin JobInputBin AutoSelect ShortEdgeFirst", a4, portrait, unlimited}));
+    EXPECT_EQ((Lines{rest, "bin JobInputBin AutoSelect ShortEdgeFirst", a4, portrait, unlimited}),
+              DefaultSettings());
 }
 
 TEST_P(SimulatedTicketsTest, AMergedTicketStatesTheSettingsOfItsScope) {
     Configure("simprinter", {});
-    EXPECT_EQ(MergedSettings(Delta(), kPTJobScope),
-              (Lines{"scaling PageScaling Custom 1000 2000 50 60", "bin JobInputBin Manual ShortEdgeFirst",
+    EXPECT_EQ((Lines{"scaling PageScaling Custom 1000 2000 50 60", "bin JobInputBin Manual ShortEdgeFirst",
                      "media PageMediaSize ISOA5 148000 210000", "orientation PageOrientation Landscape",
-                     "printable JobPrintableMediaSize PrintableMediaSize 0 0 0 0"}));
-    EXPECT_EQ(MergedSettings(Delta(), kPTPageScope)[1], "bin JobInputBin AutoSelect ShortEdgeFirst");
+                     "printable JobPrintableMediaSize PrintableMediaSize 0 0 0 0"}),
+              MergedSettings(Delta(), kPTJobScope));
+    EXPECT_EQ("bin JobInputBin AutoSelect ShortEdgeFirst", MergedSettings(Delta(), kPTPageScope)[1]);
 }
 
 TEST_P(SimulatedTicketsTest, HowATicketIsWrittenDoesNotChangeItsSettings) {
@@ -154,28 +154,28 @@ TEST_P(SimulatedTicketsTest, HowATicketIsWrittenDoesNotChangeItsSettings) {
         for (const std::string& way : ways) {
             SCOPED_TRACE(model + (" " + way));
             Configure(model, {way});
-            EXPECT_EQ(DefaultSettings(), defaults);
+            EXPECT_EQ(defaults, DefaultSettings());
             for (std::size_t index = 0; index < merged.size(); ++index)
-                EXPECT_EQ(MergedSettings(Delta(), Scopes[index]), merged[index]);
+                EXPECT_EQ(merged[index], MergedSettings(Delta(), Scopes[index]));
         }
         SCOPED_TRACE(model);
         Configure(model, {"prefixes=mangled", "order=reversed", "encoding=utf16le", "whitespace=comments"});
-        EXPECT_EQ(MergedSettings(Delta(), kPTJobScope), merged[2]);
+        EXPECT_EQ(merged[2], MergedSettings(Delta(), kPTJobScope));
     }
 }
 
 TEST_P(SimulatedTicketsTest, TheFrameworkAsTheDefaultNamespaceIsRefused) {
     Configure("simprinter", {"prefixes=default-ns"});
-    EXPECT_EQ(DefaultSettings(),
-              (Lines{"scaling error 0x80004005", "bin error 0x80004005", "media error 0x80004005",
-                     "orientation error 0x80004005", "printable error 0x80004005"}));
+    EXPECT_EQ((Lines{"scaling error 0x80004005", "bin error 0x80004005", "media error 0x80004005",
+                     "orientation error 0x80004005", "printable error 0x80004005"}),
+              DefaultSettings());
 }
 
 TEST_P(SimulatedTicketsTest, KeywordsDeclaredBelowTheRootAreUnexpected) {
     Configure("simprinter", {"prefixes=local"});
-    EXPECT_EQ(DefaultSettings(),
-              (Lines{"scaling error 0x8000FFFF", "bin error 0x8000FFFF", "media error 0x8000FFFF",
-                     "orientation error 0x8000FFFF", "printable error 0x8000FFFF"}));
+    EXPECT_EQ((Lines{"scaling error 0x8000FFFF", "bin error 0x8000FFFF", "media error 0x8000FFFF",
+                     "orientation error 0x8000FFFF", "printable error 0x8000FFFF"}),
+              DefaultSettings());
 }
 
 TEST_P(SimulatedTicketsTest, ADevicesOwnTrayIsReadAsTheKeywordOfItsNameUnderThePrefixOfLastResortAlone) {
@@ -183,9 +183,9 @@ TEST_P(SimulatedTicketsTest, ADevicesOwnTrayIsReadAsTheKeywordOfItsNameUnderTheP
         Bytes(Ticket(Feature(L"psk:JobInputBin", L"own:Tray2"),
                      L" xmlns:own=\"http://schemas.example.com/printing/simdevice/v1\""));
     Configure("simprinter", {});
-    EXPECT_EQ(MergedSettings(delta, kPTJobScope)[1], "bin JobInputBin Tray2 LongEdgeFirst");
+    EXPECT_EQ("bin JobInputBin Tray2 LongEdgeFirst", MergedSettings(delta, kPTJobScope)[1]);
     Configure("simprinter", {"prefixes=mangled"});
-    EXPECT_EQ(MergedSettings(delta, kPTJobScope)[1], "bin JobInputBin AutoSelect ShortEdgeFirst");
+    EXPECT_EQ("bin JobInputBin AutoSelect ShortEdgeFirst", MergedSettings(delta, kPTJobScope)[1]);
 }
 
 TEST_P(SimulatedTicketsTest, ThePrintableMediaSizeIsFoundUnderThePrefixThatTheFilterIsToldAlone) {
@@ -197,11 +197,11 @@ TEST_P(SimulatedTicketsTest, ThePrintableMediaSizeIsFoundUnderThePrefixThatTheFi
         Bytes(Ticket(Feature(L"krk:PagePrintableMediaSize", L"krk:PrintableMediaSize", bounds),
                      L" xmlns:krk=\"urn:printable\""));
     Configure("simprinter", {"private=all", "option-props=keep-perfect"});
-    EXPECT_EQ(MergedSettings(delta, kPTPageScope)[4],
-              "printable JobPrintableMediaSize PrintableMediaSize 0 0 0 0");
+    EXPECT_EQ("printable JobPrintableMediaSize PrintableMediaSize 0 0 0 0",
+              MergedSettings(delta, kPTPageScope)[4]);
     SetPrivatePrefix(L"ns0001");
-    EXPECT_EQ(MergedSettings(delta, kPTPageScope)[4],
-              "printable PagePrintableMediaSize PrintableMediaSize 100000 100001 100002 100003");
+    EXPECT_EQ("printable PagePrintableMediaSize PrintableMediaSize 100000 100001 100002 100003",
+              MergedSettings(delta, kPTPageScope)[4]);
 }
 
 TEST_ON_EACH_DOM(SimulatedTicketsTest);

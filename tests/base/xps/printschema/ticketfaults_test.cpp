@@ -66,20 +66,20 @@ TEST_P(TicketFaultTest, TheComparatorThrowsTheCodeOfEveryFailingCall) {
         const Dom pSecond = LoadDomFromString(Base);
         Element pFirstRoot;
         Element pSecondRoot;
-        EXPECT_EQ(pFirst->get_documentElement(pFirstRoot.Put()), S_OK);
-        EXPECT_EQ(pSecond->get_documentElement(pSecondRoot.Put()), S_OK);
+        EXPECT_EQ(S_OK, pFirst->get_documentElement(pFirstRoot.Put()));
+        EXPECT_EQ(S_OK, pSecond->get_documentElement(pSecondRoot.Put()));
         tests::Node pFeature;
         tests::Node pSameFeature;
-        EXPECT_EQ(pFirstRoot->get_firstChild(pFeature.Put()), S_OK);
-        EXPECT_EQ(pSecondRoot->get_firstChild(pSameFeature.Put()), S_OK);
+        EXPECT_EQ(S_OK, pFirstRoot->get_firstChild(pFeature.Put()));
+        EXPECT_EQ(S_OK, pSecondRoot->get_firstChild(pSameFeature.Put()));
 
         DomFaults faults(nth, Injected, Saves::Counted);
         bool isSame = false;
         const HRESULT thrown = ThrownCode([&] {
             isSame = PrintTicketStructureComparator().IsSameNode(pFeature.Get(), pSameFeature.Get());
         });
-        EXPECT_EQ(thrown, faults.HasFailed() ? Injected : S_OK) << "call " << nth;
-        EXPECT_EQ(isSame, !faults.HasFailed());
+        EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown) << "call " << nth;
+        EXPECT_EQ(!faults.HasFailed(), isSame);
         return faults.HasFailed();
     });
 }
@@ -90,9 +90,9 @@ TEST_P(TicketFaultTest, AMergeThrowsTheCodeOrDoesWithoutADeclarationAndNeverChan
         return ThrownCode([&] { XmlMarger(comparator).Merge(pBase.Get(), pTarget.Get()); });
     };
     const Dom pWhole = LoadDomFromString(Base);
-    ASSERT_EQ(merge(pWhole, LoadDomFromString(Delta)), S_OK);
+    ASSERT_EQ(S_OK, merge(pWhole, LoadDomFromString(Delta)));
     const std::wstring whole = DomText(pWhole.Get());
-    EXPECT_NE(whole.find(L"krk:B"), std::wstring::npos);
+    EXPECT_NE(std::wstring::npos, whole.find(L"krk:B"));
 
     FailEachCall([&](std::size_t nth) {
         const Dom pBase = LoadDomFromString(Base);
@@ -105,13 +105,13 @@ TEST_P(TicketFaultTest, AMergeThrowsTheCodeOrDoesWithoutADeclarationAndNeverChan
             hasFailed = faults.HasFailed();
         }
         EXPECT_TRUE(thrown == S_OK || (hasFailed && thrown == Injected)) << "call " << nth;
-        EXPECT_EQ(DomText(pTarget.Get()), Delta);
+        EXPECT_EQ(Delta, DomText(pTarget.Get()));
         const std::wstring text = DomText(pBase.Get());
         if (!hasFailed) {
-            EXPECT_EQ(text, whole);
+            EXPECT_EQ(whole, text);
         }
         if (thrown == S_OK) {
-            EXPECT_NE(text.find(L"<psf:Feature name=\"krk:B\">"), std::wstring::npos);
+            EXPECT_NE(std::wstring::npos, text.find(L"<psf:Feature name=\"krk:B\">"));
         }
         return hasFailed;
     });
@@ -135,7 +135,7 @@ TEST_P(TicketFaultTest, ADeclarationThatCannotBeReadOrMadeFailsTheMerge) {
             const DomFaults faults(call, nth, Injected);
             const HRESULT thrown =
                 ThrownCode([&] { XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get()); });
-            EXPECT_EQ(thrown, faults.HasFailed() ? Injected : S_OK)
+            EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown)
                 << "call " << nth << " of kind " << static_cast<int>(call);
             return faults.HasFailed();
         });
@@ -148,7 +148,7 @@ std::wstring DeclaredInSpiteOf(DomCall call, std::size_t nth) {
     const Dom pTarget = LoadDomFromString(Declaring);
     {
         const DomFaults faults(call, nth, Injected);
-        EXPECT_EQ(ThrownCode([&] { XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get()); }), S_OK)
+        EXPECT_EQ(S_OK, ThrownCode([&] { XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get()); }))
             << "call " << nth << " of kind " << static_cast<int>(call);
         if (!faults.HasFailed()) return {};
     }
@@ -162,8 +162,8 @@ TEST_P(TicketFaultTest, ADeclarationThatIsRefusedIsLeftOut) {
         if (!text.empty()) texts.push_back(text);
         return !text.empty();
     });
-    EXPECT_EQ(texts, (std::vector<std::wstring>{L"<r><a xmlns:j=\"urn:j\"/></r>",
-                                                L"<r xmlns:k=\"urn:k\"><a/></r>"}));
+    EXPECT_EQ((std::vector<std::wstring>{L"<r><a xmlns:j=\"urn:j\"/></r>", L"<r xmlns:k=\"urn:k\"><a/></r>"}),
+              texts);
 }
 
 TEST_P(TicketFaultTest, ANodeWhoseAttributesCannotBeHadDeclaresNothing) {
@@ -194,7 +194,7 @@ TEST_P(TicketFaultTest, AMapThatCannotBeResetStandsAtItsStart) {
         ASSERT_LT(nth, 100U);
         const std::wstring text = DeclaredInSpiteOf(DomCall::Reset, nth);
         if (text.empty()) break;
-        EXPECT_EQ(text, Declaring);
+        EXPECT_EQ(Declaring, text);
     }
 }
 
@@ -205,8 +205,9 @@ TEST_P(TicketFaultTest, AChildThatTheListDoesNotYieldIsAnUnexpectedState) {
         const DomFaults faults(DomCall::GetItem, nth, S_OK);
         const std::string thrown = tests::Thrown<std::runtime_error>(
             [&] { XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get()); });
-        EXPECT_EQ(thrown, faults.HasFailed() ? "base/xml/xmlmarger.cpp(LINE) : Unexpected state.\n"
-                                             : "nothing was thrown")
+        EXPECT_EQ(
+            faults.HasFailed() ? "base/xml/xmlmarger.cpp(LINE) : Unexpected state.\n" : "nothing was thrown",
+            thrown)
             << "item " << nth;
         return faults.HasFailed();
     });
@@ -218,13 +219,13 @@ TEST_P(TicketFaultTest, LoadingAndSavingThrowTheCode) {
         const platform::Variant source(static_cast<IUnknown*>(pDom.Get()));
         const DomFaults faults(nth, Injected, Saves::Counted);
         const HRESULT thrown = ThrownCode([&] { static_cast<void>(base::xml::LoadDom(source.Get())); });
-        EXPECT_EQ(thrown, faults.HasFailed() ? Injected : S_OK);
+        EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown);
         return faults.HasFailed();
     });
     FailEachCall([&](std::size_t nth) {
         const DomFaults faults(nth, Injected, Saves::Counted);
         const HRESULT thrown = ThrownCode([&] { static_cast<void>(base::xml::DomToString(pDom.Get())); });
-        EXPECT_EQ(thrown, faults.HasFailed() ? Injected : S_OK);
+        EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown);
         return faults.HasFailed();
     });
 }
@@ -233,11 +234,11 @@ class ProviderFaultTest : public TicketFaultTest {
   protected:
     void Open() {
         const auto base = MakeMock<tests::MockReadStream>(m_calls, tests::Bytes(Base));
-        ASSERT_EQ(m_provider.Open(base.Get(), platform::Bstr(L"Printer").Get(), nullptr), S_OK);
+        ASSERT_EQ(S_OK, m_provider.Open(base.Get(), platform::Bstr(L"Printer").Get(), nullptr));
     }
     Dom Get(EPrintTicketScope scope) {
         Dom pTicket;
-        EXPECT_EQ(m_provider.GetTicket(scope, pTicket.Put()), S_OK);
+        EXPECT_EQ(S_OK, m_provider.GetTicket(scope, pTicket.Put()));
         return pTicket;
     }
 
@@ -250,7 +251,7 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas
     Open();
     m_platform.m_merge = [](const std::string&) { return tests::Bytes(Base); };
     FailEachCall([&](std::size_t nth) {
-        EXPECT_EQ(m_provider.MergeTicket(kPTJobScope, nullptr, nullptr), S_OK);
+        EXPECT_EQ(S_OK, m_provider.MergeTicket(kPTJobScope, nullptr, nullptr));
         const Dom before = Get(kPTJobScope);
         const auto ticket = MakeMock<tests::MockPrintTicket>(m_calls, L"/ticket", tests::Bytes(Delta));
         const auto part = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job",
@@ -266,13 +267,13 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas
         const HRESULT failure = FAILED(thrown) ? thrown : hr;
         EXPECT_TRUE(failure == S_OK || (hasFailed && failure == Injected)) << "call " << nth;
         const Dom after = Get(kPTJobScope);
-        EXPECT_EQ(after.Get() == before.Get(), FAILED(failure)) << "call " << nth;
+        EXPECT_EQ(FAILED(failure), after.Get() == before.Get()) << "call " << nth;
         if (FAILED(failure)) {
-            EXPECT_EQ(DomText(after.Get()), Base);
+            EXPECT_EQ(Base, DomText(after.Get()));
         }
         return hasFailed;
     });
-    EXPECT_NE(DomText(Get(kPTJobScope).Get()).find(L"krk:B"), std::wstring::npos);
+    EXPECT_NE(std::wstring::npos, DomText(Get(kPTJobScope).Get()).find(L"krk:B"));
 }
 
 TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
@@ -293,7 +294,7 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
         const HRESULT failure = FAILED(thrown) ? thrown : hr;
         EXPECT_TRUE(failure == S_OK || (hasFailed && failure == Injected)) << "call " << nth;
         if (FAILED(failure)) {
-            EXPECT_EQ(DomText(Get(kPTJobScope).Get()), Base) << "call " << nth;
+            EXPECT_EQ(Base, DomText(Get(kPTJobScope).Get())) << "call " << nth;
         }
         return hasFailed;
     });
@@ -315,15 +316,15 @@ TEST_P(ProviderFaultTest, CapabilitiesFailWithTheCodeOrAsEmptyAndDoWithoutRewind
             hasFailed = faults.HasFailed();
         }
         EXPECT_TRUE(hr == S_OK || (hasFailed && (hr == Injected || hr == E_FAIL))) << "call " << nth;
-        EXPECT_EQ(static_cast<bool>(pCapabilities), hr == S_OK);
+        EXPECT_EQ(hr == S_OK, static_cast<bool>(pCapabilities));
         if (hr == S_OK) {
-            EXPECT_EQ(DomText(pCapabilities.Get()), whole);
+            EXPECT_EQ(whole, DomText(pCapabilities.Get()));
             rewindsRefused += hasFailed;
         }
         return hasFailed;
     });
     // Of the ticket's stream, and of the capabilities' stream before and after it is written.
-    EXPECT_EQ(rewindsRefused, 3);
+    EXPECT_EQ(3, rewindsRefused);
 }
 
 TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown) {
@@ -336,7 +337,7 @@ TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown
         number(L"ImageableSizeWidth") + number(L"ImageableSizeHeight") +
             tests::Property(L"psk:ImageableArea", number(L"OriginWidth") + number(L"OriginHeight") +
                                                       number(L"ExtentWidth") + number(L"ExtentHeight")))));
-    EXPECT_EQ(DomText(Get(kPTPageScope).Get()), Base);
+    EXPECT_EQ(Base, DomText(Get(kPTPageScope).Get()));
     FailEachCall([&](std::size_t nth) {
         base::xps::printschema::ImageableAreaHandler handler(m_provider);
         base::xps::printschema::ImageableAreaInfo area;
@@ -349,7 +350,7 @@ TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown
         EXPECT_TRUE(failure == S_OK || (faults.HasFailed() && (failure == Injected || failure == E_FAIL)))
             << "call " << nth << " " << std::hex << failure;
         if (failure == S_OK) {
-            EXPECT_EQ(area.extent.height, 7);
+            EXPECT_EQ(7, area.extent.height);
         }
         return faults.HasFailed();
     });
