@@ -72,7 +72,7 @@ class XmlMargerTest : public tests::DomTest {
         const Dom pBase = LoadDomFromString(base);
         const Dom pTarget = LoadDomFromString(target);
         XmlMarger(m_comparator).Merge(pBase.Get(), pTarget.Get());
-        EXPECT_EQ(TextOf(pTarget), target);
+        EXPECT_EQ(target, TextOf(pTarget));
         return TextOf(pBase);
     }
 
@@ -145,7 +145,7 @@ TEST_F(XmlMargerTest, MergingTheSameTargetAgainChangesNothing) {
     const std::wstring once = TextOf(base);
     merger.Merge(base.Get(), target.Get());
     EXPECT_EQ(L"<r><a><x/><y>t</y></a><b/></r>", once);
-    EXPECT_EQ(TextOf(base), once);
+    EXPECT_EQ(once, TextOf(base));
 }
 
 TEST_F(XmlMargerTest, AnXmlDeclarationThatTheBaseLacksIsNotPutBack) {

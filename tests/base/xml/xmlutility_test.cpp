@@ -74,7 +74,7 @@ TEST_F(XmlUtility, EachCreatedDocumentIsANewOne) {
 
 TEST_F(XmlUtility, TextIsLoadedAndSavedAsItWas) {
     const std::wstring_view text = L"<p:a xmlns:p=\"urn:p\" p:b=\"1\" c=\"&lt;\"><!--x--><d>t</d><e/></p:a>";
-    EXPECT_EQ(tests::DomText(LoadDomFromString(text).Get()), text);
+    EXPECT_EQ(text, tests::DomText(LoadDomFromString(text).Get()));
 }
 
 TEST_F(XmlUtility, TextWithAnEncodingDeclarationIsLoadedAsTheTextItIs) {
@@ -84,7 +84,7 @@ TEST_F(XmlUtility, TextWithAnEncodingDeclarationIsLoadedAsTheTextItIs) {
 
 TEST_F(XmlUtility, TextOutsideAsciiAndTheBasicPlaneIsSavedWhole) {
     const std::wstring_view text = L"<a b=\"\u00E9\">\u6F22\U0001F600</a>";
-    EXPECT_EQ(tests::DomText(LoadDomFromString(text).Get()), text);
+    EXPECT_EQ(text, tests::DomText(LoadDomFromString(text).Get()));
 }
 
 TEST_F(XmlUtility, TextThatIsNotWellFormedThrowsEFail) {
@@ -150,7 +150,7 @@ TEST_F(XmlUtility, ADocumentWithAUtf16DeclarationIsSavedAsText) {
 }
 
 TEST_F(XmlUtility, AnEmptyDocumentIsSavedAsNoElement) {
-    EXPECT_EQ(DomToString(CreateDom().Get()).find(L'<'), std::wstring::npos);
+    EXPECT_EQ(std::wstring::npos, DomToString(CreateDom().Get()).find(L'<'));
 }
 
 TEST_F(XmlUtility, SavingWithoutMemoryForAStreamThrowsItsCode) {

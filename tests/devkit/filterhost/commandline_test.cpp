@@ -227,14 +227,13 @@ TEST(CommandLine, RefusesWhatMakesNoSense) {
 
 TEST(CommandLine, AnswersHelpForEachCommand) {
     EXPECT_EQ("filterhost 1.0.0\n", std::get<Answer>(ParseCommandLine({"--version"})).text);
-    EXPECT_NE(std::get<Answer>(ParseCommandLine({"--help"})).text.find("Exit status: 0 done"),
-              std::string::npos);
+    EXPECT_NE(std::string::npos,
+              std::get<Answer>(ParseCommandLine({"--help"})).text.find("Exit status: 0 done"));
     EXPECT_NE(
-        std::get<Answer>(ParseCommandLine({"run", "--help"})).text.find("filterhost run [OPTIONS] INPUT..."),
-        std::string::npos);
-    EXPECT_NE(std::get<Answer>(ParseCommandLine({"inspect", "--help"}))
-                  .text.find("filterhost inspect [OPTIONS] INPUT..."),
-              std::string::npos);
+        std::string::npos,
+        std::get<Answer>(ParseCommandLine({"run", "--help"})).text.find("filterhost run [OPTIONS] INPUT..."));
+    EXPECT_NE(std::string::npos, std::get<Answer>(ParseCommandLine({"inspect", "--help"}))
+                                     .text.find("filterhost inspect [OPTIONS] INPUT..."));
 }
 
 }  // namespace

@@ -81,7 +81,7 @@ TEST(DocumentPrinterTest, ShowsTheWholeSample) {
              "\n        resource  /Resources/Images/corners.png  image/png, 185 bytes\n",
              "\n      page 2  /Documents/2/Pages/2.fpage  1056 x 816 (279.4 x 215.9 mm), landscape, ",
          })
-        EXPECT_NE(text.find(part), std::string::npos) << part << text;
+        EXPECT_NE(std::string::npos, text.find(part)) << part << text;
     EXPECT_EQ(std::string::npos, text.find("other parts")) << text;
     EXPECT_EQ(std::string::npos, text.find("findings")) << text;
 }

@@ -63,7 +63,7 @@ TEST(FilterHost, AMissingFilterGivesStatus2) {
 
 TEST(FilterHost, ADllThatIsNoFilterGivesStatus1) {
     wchar_t system[MAX_PATH];
-    ASSERT_NE(GetSystemDirectoryW(system, MAX_PATH), 0U);
+    ASSERT_NE(0U, GetSystemDirectoryW(system, MAX_PATH));
     const Ended ended = RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--filter",
                                     Text(Path(system) / "version.dll")});
     EXPECT_EQ(1U, ended.status);
@@ -175,8 +175,8 @@ TEST(FilterHost, NewTicketsGetLegalNamesInTheOutput) {
               RunProgram(RunArguments({Text(Sample("sample.xps")), "-o", Text(output)}), "ticket").status);
     const Ended tree = RunProgram({"inspect", Text(output)});
     EXPECT_EQ(0U, tree.status);
-    EXPECT_NE(tree.out.find("/Tickets/made_1.xml"), std::string::npos) << tree.out;
-    EXPECT_NE(tree.out.find("/Tickets/made_10.xml"), std::string::npos) << tree.out;
+    EXPECT_NE(std::string::npos, tree.out.find("/Tickets/made_1.xml")) << tree.out;
+    EXPECT_NE(std::string::npos, tree.out.find("/Tickets/made_10.xml")) << tree.out;
     EXPECT_EQ(std::string::npos, tree.out.find("Tickets\\")) << tree.out;
 }
 
@@ -203,9 +203,9 @@ TEST(FilterHost, CancellingAtEachPartEndsWithTheCodeOfTheCancellation) {
             RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(output), "--cancel-at", part}),
                        "close-on-shutdown");
         EXPECT_EQ(1U, ended.status) << part;
-        EXPECT_NE(ended.error.find("the filter failed with 0x800704C7 ERROR_CANCELLED"), std::string::npos)
+        EXPECT_NE(std::string::npos, ended.error.find("the filter failed with 0x800704C7 ERROR_CANCELLED"))
             << part << ended.error;
-        EXPECT_NE(ended.out.find("cancelled, 0x800704C7 ERROR_CANCELLED"), std::string::npos)
+        EXPECT_NE(std::string::npos, ended.out.find("cancelled, 0x800704C7 ERROR_CANCELLED"))
             << part << ended.out;
         EXPECT_FALSE(std::filesystem::exists(output)) << part;
     }
@@ -261,7 +261,7 @@ TEST(FilterHost, AnswersVersionAndHelp) {
     EXPECT_EQ("filterhost 1.0.0\n", version.out);
     const Ended help = RunProgram({"run", "--help"});
     EXPECT_EQ(0U, help.status);
-    EXPECT_NE(help.out.find("--cancel-at N"), std::string::npos);
+    EXPECT_NE(std::string::npos, help.out.find("--cancel-at N"));
 }
 
 TEST(FilterHost, InspectsSeveralDocumentsAndReportsTheUnreadable) {
@@ -292,7 +292,7 @@ TEST(FilterHost, TheUsersTicketMayComeFromAFile) {
         RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"), "--user-ticket",
                                  Text(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml")}));
     EXPECT_EQ(0U, given.status);
-    EXPECT_NE(given.out.find("feed LongEdgeFirst"), std::string::npos) << given.out;
+    EXPECT_NE(std::string::npos, given.out.find("feed LongEdgeFirst")) << given.out;
 }
 
 TEST(FilterHost, AnUnknownDeviceGivesStatus2AndTheNamesOfTheModels) {
@@ -302,7 +302,7 @@ TEST(FilterHost, AnUnknownDeviceGivesStatus2AndTheNamesOfTheModels) {
     EXPECT_TRUE(ended.error.starts_with(
         "filterhost: --device: there is no device model \"typewriter\"; the models here are "))
         << ended.error;
-    EXPECT_NE(ended.error.find("simprinter"), std::string::npos);
+    EXPECT_NE(std::string::npos, ended.error.find("simprinter"));
 }
 
 }  // namespace

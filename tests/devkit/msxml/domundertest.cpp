@@ -14,7 +14,7 @@ namespace {
 // The text that a getter of the node gives.
 template <typename Getter>
 std::wstring TextFrom(IXMLDOMNode* pNode, Getter getter) {
-    EXPECT_NE(pNode, nullptr);
+    EXPECT_NE(nullptr, pNode);
     if (pNode == nullptr) return L"<null>";
     Bstr text;
     const HRESULT result = (pNode->*getter)(text.Put());
@@ -69,14 +69,14 @@ std::string MakerName(const testing::TestParamInfo<Maker>& info) {
 HRESULT LoadText(const DocumentPtr& pDocument, std::wstring_view text) {
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
     const HRESULT result = pDocument->loadXML(Bstr(text).Get(), &isLoaded);
-    EXPECT_EQ(isLoaded, result == S_OK ? VARIANT_TRUE : VARIANT_FALSE);
+    EXPECT_EQ(result == S_OK ? VARIANT_TRUE : VARIANT_FALSE, isLoaded);
     return result;
 }
 
 HRESULT LoadObject(const DocumentPtr& pDocument, IUnknown* pSource) {
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
     const HRESULT result = pDocument->load(Variant(pSource).Get(), &isLoaded);
-    EXPECT_EQ(isLoaded, result == S_OK ? VARIANT_TRUE : VARIANT_FALSE);
+    EXPECT_EQ(result == S_OK ? VARIANT_TRUE : VARIANT_FALSE, isLoaded);
     return result;
 }
 
@@ -85,14 +85,14 @@ HRESULT ErrorCode(const DocumentPtr& pDocument) {
     EXPECT_EQ(S_OK, pDocument->get_parseError(pError.Put()));
     long code = 0;
     const HRESULT result = pError->get_errorCode(&code);
-    EXPECT_EQ(result, code == 0 ? S_FALSE : S_OK);
+    EXPECT_EQ(code == 0 ? S_FALSE : S_OK, result);
     return code;
 }
 
 ElementPtr RootOf(const DocumentPtr& pDocument) {
     ElementPtr pRoot;
     const HRESULT result = pDocument->get_documentElement(pRoot.Put());
-    EXPECT_EQ(result, pRoot ? S_OK : S_FALSE);
+    EXPECT_EQ(pRoot ? S_OK : S_FALSE, result);
     return pRoot;
 }
 
@@ -166,7 +166,7 @@ void BindPrefixes(const DocumentPtr& pDocument, std::wstring_view declarations) 
 NodePtr Find(IXMLDOMNode* pNode, std::wstring_view query) {
     NodePtr pFound;
     const HRESULT result = pNode->selectSingleNode(Bstr(query).Get(), pFound.Put());
-    EXPECT_EQ(result, pFound ? S_OK : S_FALSE);
+    EXPECT_EQ(pFound ? S_OK : S_FALSE, result);
     return pFound;
 }
 

@@ -10,7 +10,7 @@ namespace {
 TEST(RelationshipsTest, ComeInTheOrderOfTheMarkup) {
     const std::vector<Relationship> expected = {{"R1", "urn:a&b", "../x \"y\"", false},
                                                 {"R9", "urn:c", "http://example.com/", true}};
-    EXPECT_EQ(ParseRelationships(RelationshipsMarkup(expected), "/r", {}), expected);
+    EXPECT_EQ(expected, ParseRelationships(RelationshipsMarkup(expected), "/r", {}));
 }
 
 TEST(RelationshipsTest, AreWrittenAsTheirSchemaHasThem) {

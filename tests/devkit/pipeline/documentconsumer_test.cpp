@@ -26,8 +26,8 @@ class DocumentConsumerTest : public PartsTest {
         ComPtr<IUnknown> part;
         ComPtr<IPrintWriteStream> stream;
         const HRESULT hr = Consumer().GetNewEmptyPart(uri, iid, part.PutVoid(), stream.Put());
-        EXPECT_EQ(static_cast<bool>(part), SUCCEEDED(hr));
-        EXPECT_EQ(static_cast<bool>(stream), SUCCEEDED(hr));
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(part));
+        EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(stream));
         if (stream) stream->Close();
         return hr;
     }

@@ -29,7 +29,7 @@ namespace devkit::pipeline {
 // Makes a context with a behaviour, and sees that the test releases all of the kit's objects.
 class PipelineTest : public testing::Test {
   protected:
-    void TearDown() override { EXPECT_EQ(common::LiveObjectCount(), m_liveBefore + m_leaked); }
+    void TearDown() override { EXPECT_EQ(m_liveBefore + m_leaked, common::LiveObjectCount()); }
     // The test leaks so many objects on purpose.
     void ExpectLeaked(std::size_t count) { m_leaked = count; }
 

@@ -14,13 +14,13 @@ class PartsTest : public PipelineTest {
         const auto provider = MakeObject<DocumentProvider>(
             Context(), std::make_shared<JobParts>(std::move(job)), std::vector<ExtraPart>(), nullptr);
         platform::ComPtr<IUnknown> part;
-        for (unsigned i = 0; i < number; ++i) EXPECT_EQ(provider->GetXpsPart(part.Put()), S_OK);
+        for (unsigned i = 0; i < number; ++i) EXPECT_EQ(S_OK, provider->GetXpsPart(part.Put()));
         return part;
     }
     template <typename Interface>
     platform::ComPtr<Interface> PartNumberAs(unsigned number) {
         platform::ComPtr<Interface> part;
-        EXPECT_EQ(PartNumber(number).QueryTo(part), S_OK);
+        EXPECT_EQ(S_OK, PartNumber(number).QueryTo(part));
         return part;
     }
     platform::ComPtr<IXpsDocument> XpsDocument() { return PartNumberAs<IXpsDocument>(1); }
@@ -35,9 +35,9 @@ class PartsTest : public PipelineTest {
         platform::ComPtr<Interface> part;
         platform::ComPtr<IPrintWriteStream> stream;
         const auto consumer = MakeObject<DocumentConsumer>(Context());
-        EXPECT_EQ(consumer->GetNewEmptyPart(uri, __uuidof(Interface), part.PutVoid(), stream.Put()), S_OK);
+        EXPECT_EQ(S_OK, consumer->GetNewEmptyPart(uri, __uuidof(Interface), part.PutVoid(), stream.Put()));
         ULONG count = 0;
-        EXPECT_EQ(stream->WriteBytes(bytes.data(), static_cast<ULONG>(bytes.size()), &count), S_OK);
+        EXPECT_EQ(S_OK, stream->WriteBytes(bytes.data(), static_cast<ULONG>(bytes.size()), &count));
         stream->Close();
         return part;
     }

@@ -69,7 +69,7 @@ TEST(Element, ChildrenAreFoundByTagAndName) {
     Element ticket;
     ticket.children.push_back(ValueElement(Tag::Property, Keyword("JobName"), StringValue("one")));
     ticket.children.push_back(ValueElement(Tag::ParameterInit, Keyword("JobName"), StringValue("two")));
-    ASSERT_NE(ticket.Find(Tag::ParameterInit, Keyword("JobName")), nullptr);
+    ASSERT_NE(nullptr, ticket.Find(Tag::ParameterInit, Keyword("JobName")));
     EXPECT_EQ("two", ticket.Find(Tag::ParameterInit, Keyword("JobName"))->FindValue()->text);
     EXPECT_EQ("one", ticket.FindProperty(Keyword("JobName"))->text);
     EXPECT_EQ(nullptr, ticket.Find(Tag::Feature));

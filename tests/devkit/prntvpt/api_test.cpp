@@ -34,7 +34,7 @@ TEST_F(ApiTest, OpensVersionOneAlone) {
     EXPECT_EQ(kVersionNotSupported, m_provider.OpenProvider(L"SimPrinter", 2, &handle));
     EXPECT_EQ(nullptr, handle);
     EXPECT_EQ(S_OK, m_provider.OpenProvider(L"SimPrinter", 1, &handle));
-    EXPECT_NE(handle, nullptr);
+    EXPECT_NE(nullptr, handle);
     EXPECT_NE(handle, m_handle);
     EXPECT_EQ(S_OK, m_provider.CloseProvider(handle));
 }

@@ -179,7 +179,7 @@ TEST_P(WritingTest, GivesTheSameTicketAndTheSameCapabilities) {
     const Lines expected = Summarize(MergeWithDefault(delta).bytes);
     const Lines capabilities =
         Summarize(ReadFramework(Capabilities(delta).bytes, Tag::PrintCapabilities).root);
-    ASSERT_EQ(expected.back(), "#psk:JobName=<&\"\xC3\xBC");
+    ASSERT_EQ("#psk:JobName=<&\"\xC3\xBC", expected.back());
 
     Use({GetParam()});
     const WrittenResult merged = MergeWithDefault(delta);

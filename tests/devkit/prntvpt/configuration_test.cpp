@@ -90,9 +90,9 @@ TEST(Configuration, RefusesWhatItDoesNotKnow) {
     EXPECT_EQ("\"private\" is not KEY=VALUE", Refusal(ConfigurationFor({"private"})));
     EXPECT_EQ("there is no switch \"colour\"", Refusal(ConfigurationFor({"colour=1"})));
     EXPECT_EQ("fault merge: there is no such mode", Refusal(ConfigurationFor({"fault=merge"})));
-    EXPECT_NE(Refusal("{"), "");
-    EXPECT_NE(Refusal("{}"), "");
-    EXPECT_NE(Refusal(R"({"device": 5})"), "");
+    EXPECT_NE("", Refusal("{"));
+    EXPECT_NE("", Refusal("{}"));
+    EXPECT_NE("", Refusal(R"({"device": 5})"));
 }
 
 TEST_F(ModelTest, MissingModelIsNamed) {

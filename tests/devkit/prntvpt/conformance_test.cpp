@@ -79,7 +79,7 @@ TEST_P(PrinterConformanceTest, MergeLeavesTheResultAtItsEnd) {
 TEST_P(PrinterConformanceTest, ResultHoldsNoWiderScope) {
     const WrittenResult job = Merge(Ticket(""), nullptr);
     for (const std::string& line : Summarize(Merge(job.bytes, nullptr, kPTPageScope).bytes)) {
-        EXPECT_NE(line.find(":Page"), std::string::npos) << line;
+        EXPECT_NE(std::string::npos, line.find(":Page")) << line;
     }
 }
 
@@ -95,10 +95,10 @@ TEST_P(PrinterConformanceTest, BadBaseAndBadDeltaAreToldApartWithAText) {
     const std::string bad = Ticket(R"(<psf:Option name="psk:X"/>)");
     const WrittenResult base = Merge(bad, nullptr);
     EXPECT_EQ(kBadBase, base.result);
-    EXPECT_NE(base.error, std::nullopt);
+    EXPECT_NE(std::nullopt, base.error);
     const WrittenResult delta = Merge(Ticket(""), bad.c_str());
     EXPECT_EQ(kBadDelta, delta.result);
-    EXPECT_NE(delta.error, std::nullopt);
+    EXPECT_NE(std::nullopt, delta.error);
 }
 
 TEST_P(PrinterConformanceTest, ForeignNamespaceIsRemoved) {

@@ -70,7 +70,7 @@ void ConformanceTest::SetUp() {
         if (IsWine()) m_winePrinter.emplace(L"Prntvpt conformance");
         m_printer = FirstPrinter();
     }
-    ASSERT_NE(m_module, nullptr);
+    ASSERT_NE(nullptr, m_module);
 }
 
 void ConformanceTest::TearDown() {

@@ -104,7 +104,7 @@ TEST_F(FaultModeTest, OutputCanBeNoTicket) {
     EXPECT_EQ("This is no markup.", text.bytes);
     const WrittenResult root = MergeWith({"fault=out-wrongroot"});
     EXPECT_EQ(kNoConflict, root.result);
-    EXPECT_NE(root.bytes.find("<psf:PrintCapabilities "), std::string::npos);
+    EXPECT_NE(std::string::npos, root.bytes.find("<psf:PrintCapabilities "));
 }
 
 TEST_F(FaultModeTest, OutputCanDefineAFeatureTwice) {

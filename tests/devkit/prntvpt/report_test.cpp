@@ -136,11 +136,11 @@ TEST_F(ReportTest, FailedConfigureChangesNothing) {
     static_cast<void>(Merge(DefaultTicket(), std::nullopt));
     std::string error;
     EXPECT_EQ(E_INVALIDARG, m_provider.Configure("{}", error));
-    EXPECT_NE(error, "");
+    EXPECT_NE("", error);
     EXPECT_EQ(E_INVALIDARG, m_provider.Configure(nullptr, error));
     EXPECT_EQ("there is no configuration", error);
     EXPECT_EQ(1U, Report().calls.size());
-    EXPECT_NE(DefaultTicket().find("NorthAmericaLetter"), std::string::npos);
+    EXPECT_NE(std::string::npos, DefaultTicket().find("NorthAmericaLetter"));
 }
 
 TEST_F(ReportTest, WhatIsNotImplementedIsCounted) {

@@ -113,14 +113,14 @@ TEST(Serializer, LaterKeywordsHaveTheirOwnPrefix) {
     root.children.push_back(
         ValueElement(Tag::Property, QName{std::string(kKeywordsV11Uri), "JobPasscode"}, StringValue("a")));
     const std::string text = Write(root, {});
-    EXPECT_NE(text.find("xmlns:pskv11=\"" + std::string(kKeywordsV11Uri) + "\""), std::string::npos);
-    EXPECT_NE(text.find("<psf:Property name=\"pskv11:JobPasscode\">"), std::string::npos);
+    EXPECT_NE(std::string::npos, text.find("xmlns:pskv11=\"" + std::string(kKeywordsV11Uri) + "\""));
+    EXPECT_NE(std::string::npos, text.find("<psf:Property name=\"pskv11:JobPasscode\">"));
 }
 
 TEST(Serializer, EscapesText) {
     Element root;
     root.children.push_back(ValueElement(Tag::Property, Keyword("JobName"), StringValue("<&>\"'\r\n\t")));
-    EXPECT_NE(Write(root, {}).find(">&lt;&amp;&gt;&quot;'&#13;\n\t</psf:Value>"), std::string::npos);
+    EXPECT_NE(std::string::npos, Write(root, {}).find(">&lt;&amp;&gt;&quot;'&#13;\n\t</psf:Value>"));
 }
 
 TEST(Serializer, PrettyLayoutHasALineForEachElement) {
@@ -143,7 +143,7 @@ TEST(Serializer, CommentsComeWithProcessingInstructions) {
     const std::string text = Write(root, switches);
     EXPECT_EQ(std::string(kDeclaration).size(),
               text.find("<?devkit written by the simulated provider?>\n<psf:PrintTicket"));
-    EXPECT_NE(text.find("\n <!-- ParameterInit --><?devkit?>\n <psf:ParameterInit"), std::string::npos);
+    EXPECT_NE(std::string::npos, text.find("\n <!-- ParameterInit --><?devkit?>\n <psf:ParameterInit"));
 }
 
 TEST(Serializer, EncodingsBeginWithTheirMarks) {

@@ -82,7 +82,7 @@ TEST_F(SimulatedProviderTest, ExportsEveryNameOfThePlatformUndecorated) {
                                    "PTQuerySchemaVersionSupport",
                                    "PTReleaseMemory",
                                    "UnbindPTProviderThunk"}) {
-        EXPECT_NE(GetProcAddress(m_provider.Module(), name), nullptr) << name;
+        EXPECT_NE(nullptr, GetProcAddress(m_provider.Module(), name)) << name;
     }
 }
 
@@ -200,7 +200,7 @@ TEST_F(SimulatedProviderTest, WrongSettingsAreRefusedWithOneLine) {
             {.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"private=some"}});
         FAIL() << "accepted";
     } catch (const ProviderConfigurationError& error) {
-        EXPECT_STREQ(error.what(), "switch private: \"some\" is none of known, strict, all");
+        EXPECT_STREQ("switch private: \"some\" is none of known, strict, all", error.what());
     }
     EXPECT_THROW(m_provider.Configure({.device = "Z:\\no such folder", .printers = {}, .switches = {}}),
                  ProviderConfigurationError);
@@ -212,7 +212,7 @@ TEST_F(SimulatedProviderTest, ErrorTextIsCutToItsRoom) {
     auto* const pConfigure = Export<SimConfigureFunction>("SimConfigure");
     char error[8] = "xxxxxxx";
     EXPECT_EQ(E_INVALIDARG, pConfigure("[]", error, sizeof(error)));
-    EXPECT_STREQ(error, "the con");
+    EXPECT_STREQ("the con", error);
     EXPECT_EQ(E_INVALIDARG, pConfigure("[]", nullptr, 0));
     EXPECT_EQ(E_INVALIDARG, pConfigure(nullptr, error, sizeof(error)));
 }
@@ -276,7 +276,7 @@ class EnvironmentTest : public testing::Test {
 TEST_F(EnvironmentTest, NamesAFileWithTheConfiguration) {
     Write(ConfigurationFor({"us=1"}));
     EXPECT_EQ(S_OK, m_provider.OpenProvider(L"SimPrinter", 1, &m_handle));
-    EXPECT_NE(m_provider.DefaultTicket().find("NorthAmericaLetter"), std::string::npos);
+    EXPECT_NE(std::string::npos, m_provider.DefaultTicket().find("NorthAmericaLetter"));
     EXPECT_EQ(S_OK, m_provider.CloseProvider(m_handle));
 }
 

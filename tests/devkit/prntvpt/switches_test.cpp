@@ -72,7 +72,7 @@ TEST(Switches, EveryValueOfEverySwitchIsReadAsItIsWritten) {
             Behaviour switches;
             SetSwitch(switches, row[0], row[index]);
             const std::vector<std::string> lines = DescribeSwitches(switches);
-            EXPECT_NE(std::find(lines.begin(), lines.end(), row[0] + "=" + row[index]), lines.end())
+            EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(), row[0] + "=" + row[index]))
                 << row[0] << " " << row[index];
         }
     }

@@ -57,7 +57,7 @@ TEST_F(VariantTest, NoScalingLacksTheFeatureAndItsParameters) {
     for (const Element& entry : capabilities.children) {
         EXPECT_FALSE(entry.name->local.starts_with("PageScaling")) << entry.name->local;
     }
-    EXPECT_NE(capabilities.Find(Tag::ParameterDef, Keyword("PageMediaSizeMediaSizeWidth")), nullptr);
+    EXPECT_NE(nullptr, capabilities.Find(Tag::ParameterDef, Keyword("PageMediaSizeMediaSizeWidth")));
     EXPECT_EQ("", LineAfter(Select("psk:PageScaling", "psk:Custom"), "PageScaling", kConflictResolved));
     EXPECT_EQ(11U, Summarize(DefaultTicket()).size());
 }
@@ -74,7 +74,7 @@ TEST_F(VariantTest, FeedDirectionCanBeAPropertyWhichTicketsDoNotHave) {
     for (const Element& option : capabilities.Find(Tag::Feature, Keyword("JobInputBin"))->children) {
         if (option.tag != Tag::Option) continue;
         EXPECT_EQ(nullptr, option.Find(Tag::ScoredProperty, Keyword("FeedDirection")));
-        ASSERT_NE(option.FindProperty(Keyword("FeedDirection")), nullptr);
+        ASSERT_NE(nullptr, option.FindProperty(Keyword("FeedDirection")));
         EXPECT_EQ(NameValue(Keyword("LongEdgeFirst")), *option.FindProperty(Keyword("FeedDirection")));
     }
     EXPECT_EQ("psk:JobInputBin[psk:Cassette(psk:BinType=psk:SheetFeed)]",
@@ -126,9 +126,9 @@ TEST_F(VariantTest, PrivateSizeNamesHideWhatASheetIs) {
                                                            Select("psk:PageMediaSize", "dev:User0000000262"),
                                                        "JobInputBin", kConflictResolved)
                                                  .substr(0, 27));
-    EXPECT_NE(Capabilities(Ticket(Select("psk:PageMediaSize", "dev:User0000000262")))
-                  .bytes.find("\"psk:OriginHeight\"><psf:Value xsi:type=\"xsd:integer\">12700<"),
-              std::string::npos);
+    EXPECT_NE(std::string::npos,
+              Capabilities(Ticket(Select("psk:PageMediaSize", "dev:User0000000262")))
+                  .bytes.find("\"psk:OriginHeight\"><psf:Value xsi:type=\"xsd:integer\">12700<"));
 }
 
 TEST_F(VariantTest, EveryVariantLeavesTheDefaultTicketAFixpoint) {

@@ -11,7 +11,7 @@ namespace {
 bool Has(const DocumentPtr& pDocument, REFIID iid) {
     ComPtr<IUnknown> pObject;
     const HRESULT result = pDocument->QueryInterface(iid, pObject.PutVoid());
-    EXPECT_EQ(result, pObject ? S_OK : E_NOINTERFACE);
+    EXPECT_EQ(pObject ? S_OK : E_NOINTERFACE, result);
     return result == S_OK;
 }
 

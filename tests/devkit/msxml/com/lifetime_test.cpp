@@ -22,7 +22,7 @@ TEST_F(Lifetime, AnyNodeKeepsItsDocument) {
         ASSERT_TRUE(pNode) << query;
         ComPtr<IXMLDOMDocument> pOwner;
         const HRESULT result = pNode->get_ownerDocument(pOwner.Put());
-        EXPECT_EQ(result, pOwner ? S_OK : S_FALSE);
+        EXPECT_EQ(pOwner ? S_OK : S_FALSE, result);
         NodePtr pTop = pNode;
         for (NodePtr pParent; pTop->get_parentNode(pParent.Put()) == S_OK;) pTop = pParent;
         const IXMLDOMNode* const pDocument = pOwner ? static_cast<IXMLDOMNode*>(pOwner.Get()) : pNode.Get();

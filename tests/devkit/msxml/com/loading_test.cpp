@@ -25,7 +25,7 @@ Variant& ByteArray(Variant& variant, std::string_view bytes) {
 HRESULT LoadValue(const DocumentPtr& pDocument, const VARIANT& value) {
     VARIANT_BOOL isLoaded = VARIANT_TRUE;
     const HRESULT result = pDocument->load(value, &isLoaded);
-    EXPECT_EQ(isLoaded, result == S_OK ? VARIANT_TRUE : VARIANT_FALSE);
+    EXPECT_EQ(result == S_OK ? VARIANT_TRUE : VARIANT_FALSE, isLoaded);
     return result;
 }
 
@@ -78,7 +78,7 @@ TEST_P(Loading, AStreamAtItsEndIsNoDocument) {
     const DocumentPtr pDocument = New();
     const ComPtr<IStream> pStream = StreamOf("<a/>");
     ASSERT_EQ(S_OK, pStream->Seek(LARGE_INTEGER{}, STREAM_SEEK_END, nullptr));
-    EXPECT_NE(LoadObject(pDocument, pStream.Get()), S_OK);
+    EXPECT_NE(S_OK, LoadObject(pDocument, pStream.Get()));
     EXPECT_FALSE(RootOf(pDocument));
 }
 
@@ -114,7 +114,7 @@ TEST_P(Loading, OldNodesStayUsable) {
 TEST_P(Loading, TextThatIsNotWellFormedIsSFalseWithAParseError) {
     const DocumentPtr pDocument = New();
     EXPECT_EQ(S_FALSE, LoadText(pDocument, L"<a><b></a>"));
-    EXPECT_NE(ErrorCode(pDocument), S_OK);
+    EXPECT_NE(S_OK, ErrorCode(pDocument));
     EXPECT_FALSE(RootOf(pDocument));
     EXPECT_EQ(S_OK, LoadText(pDocument, L"<a/>"));
     EXPECT_EQ(S_OK, ErrorCode(pDocument));

@@ -289,7 +289,7 @@ using KitMap = KitDom;
 
 TEST_F(KitMap, TheMapKeepsItsElement) {
     MapPtr pMap = AttributesOf(RootOf(From(L"<a b=\"1\"/>")).Get());
-    EXPECT_EQ(NamesByNextNode(pMap), Names{L"b"});
+    EXPECT_EQ(Names{L"b"}, NamesByNextNode(pMap));
 }
 
 TEST_F(KitMap, AReplacedAttributeUnderTheCursorEndsTheWalk) {

@@ -54,7 +54,7 @@ TEST_F(OutOfMemory, Loading) {
     const Bstr source(kText);
     FailEachAllocation(
         [&] { return pDocument->loadXML(source.Get(), nullptr); },
-        [&](HRESULT result) { EXPECT_EQ(static_cast<bool>(RootOf(pDocument)), result == S_OK); });
+        [&](HRESULT result) { EXPECT_EQ(result == S_OK, static_cast<bool>(RootOf(pDocument))); });
 }
 
 TEST_F(OutOfMemory, LoadingFromAStream) {
@@ -65,7 +65,7 @@ TEST_F(OutOfMemory, LoadingFromAStream) {
             const ComPtr<IStream> pStream = StreamOf(bytes);
             return pDocument->load(Variant(pStream.Get()).Get(), nullptr);
         },
-        [&](HRESULT result) { EXPECT_EQ(static_cast<bool>(RootOf(pDocument)), result == S_OK); });
+        [&](HRESULT result) { EXPECT_EQ(result == S_OK, static_cast<bool>(RootOf(pDocument))); });
 }
 
 TEST_F(OutOfMemory, Saving) {

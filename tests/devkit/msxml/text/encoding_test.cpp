@@ -51,7 +51,7 @@ TEST(Decoder, KnowsUtf16WithoutAMark) {
 
 TEST(Decoder, AMarkOfUtf8OutweighsADeclaration) {
     const std::string_view text = "<?xml version=\"1.0\" encoding=\"UTF-16\"?><a/>";
-    EXPECT_EQ(DecodeBytes("\xEF\xBB\xBF" + std::string(text)), text);
+    EXPECT_EQ(text, DecodeBytes("\xEF\xBB\xBF" + std::string(text)));
 }
 
 TEST(Decoder, FollowsTheDeclaration) {

@@ -28,7 +28,7 @@ void ExpectSound(const DocumentPtr& pDocument, HRESULT loaded) {
         const std::wstring xml = XmlOf(pDocument.Get());
         const DocumentPtr pAgain = NewDocument(Maker::Kit);
         ASSERT_EQ(S_OK, LoadText(pAgain, xml)) << xml;
-        ASSERT_EQ(XmlOf(pAgain.Get()), xml);
+        ASSERT_EQ(xml, XmlOf(pAgain.Get()));
     } else {
         ASSERT_EQ(S_FALSE, loaded);
         ASSERT_TRUE(FAILED(ErrorCode(pDocument)));
@@ -44,7 +44,7 @@ TEST_F(Hostile, TruncatedAtEveryByte) {
     const std::size_t lastOfRoot = kSample.find("</psf:PrintTicket>") + 18;
     for (std::size_t size = 0; size < kSample.size(); ++size) {
         const HRESULT result = LoadBytes(pDocument, kSample.substr(0, size));
-        EXPECT_EQ(result, size == lastOfRoot ? S_OK : S_FALSE) << size;
+        EXPECT_EQ(size == lastOfRoot ? S_OK : S_FALSE, result) << size;
         ExpectSound(pDocument, result);
     }
 }
@@ -155,7 +155,7 @@ TEST_F(Hostile, ManyDeclarationsStayCheap) {
     const DocumentPtr pDocument = New();
     const auto start = std::chrono::steady_clock::now();
     ASSERT_EQ(S_OK, LoadBytes(pDocument, text));
-    EXPECT_EQ(Saved(pDocument), text + "\r\n");
+    EXPECT_EQ(text + "\r\n", Saved(pDocument));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 

@@ -177,8 +177,8 @@ TEST_F(KitParsing, TheReasonIsOneLine) {
     for (const wchar_t* text : {L"<a></b>", L"<!DOCTYPE a><a/>", L"<a>&none;</a>", L"", L"<a>\x01</a>"}) {
         ASSERT_EQ(S_FALSE, LoadText(pDocument, text));
         const std::wstring reason = ErrorOf(pDocument).reason;
-        EXPECT_NE(reason, L"") << text;
-        EXPECT_EQ(reason.find_first_of(L"\r\n"), std::wstring::npos) << text;
+        EXPECT_NE(L"", reason) << text;
+        EXPECT_EQ(std::wstring::npos, reason.find_first_of(L"\r\n")) << text;
     }
     EXPECT_EQ(L"XML does not have the character", ErrorOf(pDocument).reason);
 }
@@ -257,7 +257,7 @@ TEST_F(KitParsing, ALongTextStaysOneNode) {
     long length = 0;
     ASSERT_EQ(S_OK, ChildrenOf(RootOf(pDocument).Get())->get_length(&length));
     EXPECT_EQ(1, length);
-    EXPECT_EQ(TextOf(RootOf(pDocument).Get()), text + L"&" + text);
+    EXPECT_EQ(text + L"&" + text, TextOf(RootOf(pDocument).Get()));
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 HRESULT XmlFailure(IXMLDOMNode* pNode) {
     Bstr text;
     const HRESULT result = pNode->get_xml(text.Put());
-    EXPECT_EQ(text.Get() == nullptr, FAILED(result));
+    EXPECT_EQ(FAILED(result), text.Get() == nullptr);
     return result;
 }
 
@@ -60,8 +60,8 @@ TEST_F(KitMarkup, WhiteSpaceThatWouldChangeIsEscaped) {
     const std::wstring xml = XmlOf(RootOf(pDocument).Get());
     EXPECT_EQ(L"<a b=\"1&#x9;2&#xA;3&#xD;4\">1\t2\r\n3&#xD;4</a>", xml);
     const DocumentPtr pAgain = From(xml);
-    EXPECT_EQ(ValueOf(AttributeOf(RootOf(pAgain).Get(), L"b").Get()), text);
-    EXPECT_EQ(ValueOf(ChildAt(RootOf(pAgain).Get(), 0).Get()), text);
+    EXPECT_EQ(text, ValueOf(AttributeOf(RootOf(pAgain).Get(), L"b").Get()));
+    EXPECT_EQ(text, ValueOf(ChildAt(RootOf(pAgain).Get(), 0).Get()));
 }
 
 TEST_F(KitMarkup, EveryKindOfNodeHasMarkup) {
