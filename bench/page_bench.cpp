@@ -18,7 +18,7 @@ void OfOnePage(benchmark::State& state, PageTickets tickets, double (PageJob::*r
 }
 
 // Each floor right before what it is the floor of.
-const bool g_registered = [] {
+const bool kRegistered = [] {
     struct Kind {
         const char* name;
         PageTickets tickets;

@@ -8,17 +8,17 @@
 // form.
 namespace tests {
 
-inline constexpr std::wstring_view FrameworkUri =
+inline constexpr std::wstring_view kFrameworkUri =
     L"http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
-inline constexpr std::wstring_view KeywordsUri =
+inline constexpr std::wstring_view kKeywordsUri =
     L"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
 
 // A document of the given kind; declarations are added to the root's.
 [[nodiscard]] inline std::wstring SchemaDocument(std::wstring_view kind, std::wstring_view body,
                                                  std::wstring_view declarations = {}) {
     std::wstring text = L"<psf:";
-    text.append(kind).append(L" xmlns:psf=\"").append(FrameworkUri);
-    text.append(L"\" xmlns:psk=\"").append(KeywordsUri);
+    text.append(kind).append(L" xmlns:psf=\"").append(kFrameworkUri);
+    text.append(L"\" xmlns:psk=\"").append(kKeywordsUri);
     text.append(L"\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"");
     text.append(L" xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\"").append(declarations);
     text.append(L" version=\"1\"");

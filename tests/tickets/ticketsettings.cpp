@@ -45,7 +45,7 @@ using platform::ComPtr;
 
 using Dom = ComPtr<IXMLDOMDocument2>;
 
-constexpr LONG DefaultFamily = 7;
+constexpr LONG kDefaultFamily = 7;
 
 [[nodiscard]] std::vector<fs::path> FilesOf(const fs::path& folder) {
     std::vector<fs::path> files;
@@ -131,7 +131,7 @@ class Job {
     std::string m_partTicket;
     PrintTicketProvider m_provider;
     Dom m_pExtra =
-        base::xml::LoadDomFromString(base::xps::filterpipeline::DefaultPrintTicketText(DefaultFamily));
+        base::xml::LoadDomFromString(base::xps::filterpipeline::DefaultPrintTicketText(kDefaultFamily));
 };
 
 void Save(IXMLDOMDocument2* pTicket, const fs::path& file) {

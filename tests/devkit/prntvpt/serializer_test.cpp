@@ -13,29 +13,29 @@ using namespace printschema;
 using namespace tests;
 
 constexpr const char* kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-const std::string Psf = "http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
-const std::string Psk = "http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
-const std::string Xsi = "http://www.w3.org/2001/XMLSchema-instance";
-const std::string Xsd = "http://www.w3.org/2001/XMLSchema";
-const std::string Dev = "http://schemas.example.com/printing/simdevice/v1";
-const std::string Acme = "http://schemas.example.com/acme/filters/v1";
+const std::string kPsf = "http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework";
+const std::string kPsk = "http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords";
+const std::string kXsi = "http://www.w3.org/2001/XMLSchema-instance";
+const std::string kXsd = "http://www.w3.org/2001/XMLSchema";
+const std::string kDev = "http://schemas.example.com/printing/simdevice/v1";
+const std::string kAcme = "http://schemas.example.com/acme/filters/v1";
 
 [[nodiscard]] Element Sample() {
     Element root;
     root.children.push_back(ValueElement(Tag::ParameterInit, Keyword("PageCopies"), IntegerValue(2)));
     Element& feature = root.children.emplace_back();
     feature.tag = Tag::Feature;
-    feature.name = QName{Acme, "PageStamp"};
+    feature.name = QName{kAcme, "PageStamp"};
     Element& option = feature.children.emplace_back();
     option.tag = Tag::Option;
     option.children.push_back(
-        ValueElement(Tag::ScoredProperty, Keyword("Side"), NameValue(QName{Dev, "Front"})));
+        ValueElement(Tag::ScoredProperty, Keyword("Side"), NameValue(QName{kDev, "Front"})));
     return root;
 }
 
 [[nodiscard]] std::string Write(const Element& root, const Behaviour& switches,
                                 const std::vector<PrefixBinding>& input = {}) {
-    return Serialize(root, switches, {{Dev}, input});
+    return Serialize(root, switches, {{kDev}, input});
 }
 
 [[nodiscard]] Behaviour With(PrefixStyle prefixes) {
@@ -46,9 +46,9 @@ const std::string Acme = "http://schemas.example.com/acme/filters/v1";
 
 TEST(Serializer, DeclaresEverythingOnTheRootInTheOrderOfThePlatform) {
     EXPECT_EQ(
-        kDeclaration + std::string("<psf:PrintTicket xmlns:psf=\"") + Psf + "\" xmlns:xsi=\"" + Xsi +
-            "\" xmlns:xsd=\"" + Xsd + "\" version=\"1\" xmlns:ns0000=\"" + Dev + "\" xmlns:ns0001=\"" + Acme +
-            "\" xmlns:psk=\"" + Psk + "\">" +
+        kDeclaration + std::string("<psf:PrintTicket xmlns:psf=\"") + kPsf + "\" xmlns:xsi=\"" + kXsi +
+            "\" xmlns:xsd=\"" + kXsd + "\" version=\"1\" xmlns:ns0000=\"" + kDev + "\" xmlns:ns0001=\"" +
+            kAcme + "\" xmlns:psk=\"" + kPsk + "\">" +
             "<psf:ParameterInit name=\"psk:PageCopies\"><psf:Value xsi:type=\"xsd:integer\">2</psf:Value>"
             "</psf:ParameterInit><psf:Feature name=\"ns0001:PageStamp\"><psf:Option>"
             "<psf:ScoredProperty name=\"psk:Side\"><psf:Value xsi:type=\"xsd:QName\">ns0000:Front"
@@ -57,25 +57,25 @@ TEST(Serializer, DeclaresEverythingOnTheRootInTheOrderOfThePlatform) {
 }
 
 TEST(Serializer, MangledPrefixesAreNumbered) {
-    EXPECT_EQ(kDeclaration + std::string("<ns0001:PrintTicket xmlns:ns0001=\"") + Psf + "\" xmlns:ns0003=\"" +
-                  Xsi + "\" xmlns:ns0004=\"" + Xsd + "\" version=\"1\" xmlns:ns0005=\"" + Dev +
-                  "\" xmlns:ns0002=\"" + Psk + "\"/>",
+    EXPECT_EQ(kDeclaration + std::string("<ns0001:PrintTicket xmlns:ns0001=\"") + kPsf +
+                  "\" xmlns:ns0003=\"" + kXsi + "\" xmlns:ns0004=\"" + kXsd +
+                  "\" version=\"1\" xmlns:ns0005=\"" + kDev + "\" xmlns:ns0002=\"" + kPsk + "\"/>",
               Write(Element(), With(PrefixStyle::Mangled)));
 }
 
 TEST(Serializer, DefaultNamespaceHasNoPrefix) {
-    EXPECT_EQ(kDeclaration + std::string("<PrintTicket xmlns=\"") + Psf + "\" xmlns:xsi=\"" + Xsi +
-                  "\" xmlns:xsd=\"" + Xsd + "\" version=\"1\" xmlns:ns0000=\"" + Dev + "\" xmlns:psk=\"" +
-                  Psk + "\"/>",
+    EXPECT_EQ(kDeclaration + std::string("<PrintTicket xmlns=\"") + kPsf + "\" xmlns:xsi=\"" + kXsi +
+                  "\" xmlns:xsd=\"" + kXsd + "\" version=\"1\" xmlns:ns0000=\"" + kDev + "\" xmlns:psk=\"" +
+                  kPsk + "\"/>",
               Write(Element(), With(PrefixStyle::DefaultNamespace)));
 }
 
 TEST(Serializer, NamesOfTheFrameworkNeedAPrefixBesideTheDefaultNamespace) {
     Element root;
     root.children.push_back(ValueElement(Tag::Property, FrameworkName("PageX"), StringValue("")));
-    EXPECT_EQ(kDeclaration + std::string("<PrintTicket xmlns=\"") + Psf + "\" xmlns:psf=\"" + Psf +
-                  "\" xmlns:xsi=\"" + Xsi + "\" xmlns:xsd=\"" + Xsd + "\" version=\"1\" xmlns:ns0000=\"" +
-                  Dev + "\" xmlns:psk=\"" + Psk +
+    EXPECT_EQ(kDeclaration + std::string("<PrintTicket xmlns=\"") + kPsf + "\" xmlns:psf=\"" + kPsf +
+                  "\" xmlns:xsi=\"" + kXsi + "\" xmlns:xsd=\"" + kXsd + "\" version=\"1\" xmlns:ns0000=\"" +
+                  kDev + "\" xmlns:psk=\"" + kPsk +
                   "\"><Property name=\"psf:PageX\"><Value xsi:type=\"xsd:string\"/></Property></PrintTicket>",
               Write(root, With(PrefixStyle::DefaultNamespace)));
 }
@@ -83,28 +83,29 @@ TEST(Serializer, NamesOfTheFrameworkNeedAPrefixBesideTheDefaultNamespace) {
 TEST(Serializer, LocalDeclarationsStandOnEachElementThatNeedsThem) {
     Element root;
     root.children.push_back(ValueElement(Tag::ParameterInit, Keyword("PageCopies"), IntegerValue(2)));
-    EXPECT_EQ(kDeclaration + std::string("<psf:PrintTicket xmlns:psf=\"") + Psf +
-                  "\" version=\"1\"><psf:ParameterInit xmlns:psf=\"" + Psf + "\" xmlns:psk=\"" + Psk +
-                  "\" name=\"psk:PageCopies\"><psf:Value xmlns:psf=\"" + Psf + "\" xmlns:xsd=\"" + Xsd +
-                  "\" xmlns:xsi=\"" + Xsi +
+    EXPECT_EQ(kDeclaration + std::string("<psf:PrintTicket xmlns:psf=\"") + kPsf +
+                  "\" version=\"1\"><psf:ParameterInit xmlns:psf=\"" + kPsf + "\" xmlns:psk=\"" + kPsk +
+                  "\" name=\"psk:PageCopies\"><psf:Value xmlns:psf=\"" + kPsf + "\" xmlns:xsd=\"" + kXsd +
+                  "\" xmlns:xsi=\"" + kXsi +
                   "\" xsi:type=\"xsd:integer\">2</psf:Value></psf:ParameterInit></psf:PrintTicket>",
               Write(root, With(PrefixStyle::Local)));
 }
 
 TEST(Serializer, CollidingPrefixesAreTheInputsOnOtherNamespaces) {
     const std::string text =
-        Write(Element(), With(PrefixStyle::Collide), {{"psf", Psf}, {"psk", Psk}, {"krk", Acme}});
-    EXPECT_EQ(kDeclaration + std::string("<psk:PrintTicket xmlns:psk=\"") + Psf + "\" xmlns:psf=\"" + Xsi +
-                  "\" xmlns:krk=\"" + Xsd + "\" version=\"1\" xmlns:ns0000=\"" + Dev + "\" xmlns:ns0001=\"" +
-                  Psk + "\"/>",
+        Write(Element(), With(PrefixStyle::Collide), {{"psf", kPsf}, {"psk", kPsk}, {"krk", kAcme}});
+    EXPECT_EQ(kDeclaration + std::string("<psk:PrintTicket xmlns:psk=\"") + kPsf + "\" xmlns:psf=\"" + kXsi +
+                  "\" xmlns:krk=\"" + kXsd + "\" version=\"1\" xmlns:ns0000=\"" + kDev +
+                  "\" xmlns:ns0001=\"" + kPsk + "\"/>",
               text);
 }
 
 TEST(Serializer, CollidingPrefixesNeverRepeat) {
-    const std::string text = Write(Element(), With(PrefixStyle::Collide), {{"ns0000", Psf}, {"ns0001", Psk}});
-    EXPECT_EQ(kDeclaration + std::string("<ns0001:PrintTicket xmlns:ns0001=\"") + Psf + "\" xmlns:ns0000=\"" +
-                  Xsi + "\" xmlns:ns0002=\"" + Xsd + "\" version=\"1\" xmlns:ns0003=\"" + Dev +
-                  "\" xmlns:ns0004=\"" + Psk + "\"/>",
+    const std::string text =
+        Write(Element(), With(PrefixStyle::Collide), {{"ns0000", kPsf}, {"ns0001", kPsk}});
+    EXPECT_EQ(kDeclaration + std::string("<ns0001:PrintTicket xmlns:ns0001=\"") + kPsf +
+                  "\" xmlns:ns0000=\"" + kXsi + "\" xmlns:ns0002=\"" + kXsd +
+                  "\" version=\"1\" xmlns:ns0003=\"" + kDev + "\" xmlns:ns0004=\"" + kPsk + "\"/>",
               text);
 }
 

@@ -10,13 +10,13 @@ namespace {
 // Two kinds of objects whose functions may be different ones in the same slot.
 enum class Kind { Document, Element, Attribute, Text, Selected, Children, Map, Stream };
 
-std::optional<VtablePatches> s_patches;
-std::size_t s_calls = 0;
-std::size_t s_failing = 0;
-HRESULT s_code = S_OK;
-std::optional<DomCall> s_only;
+std::optional<VtablePatches> g_patches;
+std::size_t g_calls = 0;
+std::size_t g_failing = 0;
+HRESULT g_code = S_OK;
+std::optional<DomCall> g_only;
 
-[[nodiscard]] bool IsCounted(DomCall call) noexcept { return !s_only || *s_only == call; }
+[[nodiscard]] bool IsCounted(DomCall call) noexcept { return !g_only || *g_only == call; }
 
 // Stands in a slot of the virtual table of one kind of object.
 template <Kind kind, std::size_t slot, DomCall call, typename... Arguments>
@@ -25,12 +25,12 @@ struct Thunk {
     static inline Function* s_pOriginal = nullptr;
 
     static HRESULT STDMETHODCALLTYPE Call(void* self, Arguments... arguments) {
-        if (IsCounted(call) && ++s_calls == s_failing) return s_code;
+        if (IsCounted(call) && ++g_calls == g_failing) return g_code;
         return s_pOriginal(self, arguments...);
     }
 
     static void Install(IUnknown* pObject) {
-        if (Function* const pOriginal = s_patches->Replace(pObject, slot, &Call)) s_pOriginal = pOriginal;
+        if (Function* const pOriginal = g_patches->Replace(pObject, slot, &Call)) s_pOriginal = pOriginal;
     }
 };
 
@@ -114,7 +114,7 @@ void InstallInMap(IXMLDOMNamedNodeMap* pMap) {
 
 void InstallInDom(Saves saves) {
     const DomObjects objects;
-    s_patches.emplace();
+    g_patches.emplace();
     InstallInDocument(objects.pDocument.Get(), saves);
     const Installer<Kind::Element> element{objects.pElement.Get()};
     element.Node();
@@ -135,10 +135,10 @@ void InstallInDom(Saves saves) {
 
 void Start(std::optional<DomCall> only, std::size_t nth, HRESULT code, Saves saves) {
     InstallInDom(saves);
-    s_only = only;
-    s_calls = 0;
-    s_failing = nth;
-    s_code = code;
+    g_only = only;
+    g_calls = 0;
+    g_failing = nth;
+    g_code = code;
 }
 
 }  // namespace
@@ -147,10 +147,10 @@ DomFaults::DomFaults(std::size_t nth, HRESULT code, Saves saves) { Start(std::nu
 
 DomFaults::DomFaults(DomCall only, std::size_t nth, HRESULT code) { Start(only, nth, code, Saves::Counted); }
 
-DomFaults::~DomFaults() { s_patches.reset(); }
+DomFaults::~DomFaults() { g_patches.reset(); }
 
-std::size_t DomFaults::Calls() const noexcept { return s_calls; }
+std::size_t DomFaults::Calls() const noexcept { return g_calls; }
 
-bool DomFaults::HasFailed() const noexcept { return s_failing != 0 && s_calls >= s_failing; }
+bool DomFaults::HasFailed() const noexcept { return g_failing != 0 && g_calls >= g_failing; }
 
 }  // namespace tests

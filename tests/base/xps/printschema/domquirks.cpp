@@ -7,12 +7,12 @@
 namespace tests {
 namespace {
 
-std::optional<VtablePatches> s_patches;
-VARIANT s_value = {};
+std::optional<VtablePatches> g_patches;
+VARIANT g_value = {};
 
 HRESULT STDMETHODCALLTYPE GiveTypedValue(IXMLDOMNode*, VARIANT* pValue) {
     VariantInit(pValue);
-    return VariantCopy(pValue, &s_value);
+    return VariantCopy(pValue, &g_value);
 }
 
 HRESULT STDMETHODCALLTYPE GiveWalkedMap(IXMLDOMNode* pNode, IXMLDOMNamedNodeMap** ppMap);
@@ -31,17 +31,17 @@ HRESULT STDMETHODCALLTYPE GiveWalkedMap(IXMLDOMNode* pNode, IXMLDOMNamedNodeMap*
 
 TypedValue::TypedValue(const VARIANT& value) {
     const DomObjects objects;
-    s_value = value;
-    s_patches.emplace().Replace(objects.pElement.Get(), GetNodeTypedValue, &GiveTypedValue);
+    g_value = value;
+    g_patches.emplace().Replace(objects.pElement.Get(), GetNodeTypedValue, &GiveTypedValue);
 }
 
-TypedValue::~TypedValue() { s_patches.reset(); }
+TypedValue::~TypedValue() { g_patches.reset(); }
 
 WalkedMaps::WalkedMaps() {
     const DomObjects objects;
-    s_pGetAttributes = s_patches.emplace().Replace(objects.pElement.Get(), GetAttributes, &GiveWalkedMap);
+    s_pGetAttributes = g_patches.emplace().Replace(objects.pElement.Get(), GetAttributes, &GiveWalkedMap);
 }
 
-WalkedMaps::~WalkedMaps() { s_patches.reset(); }
+WalkedMaps::~WalkedMaps() { g_patches.reset(); }
 
 }  // namespace tests

@@ -9,7 +9,7 @@
 namespace tests {
 namespace {
 
-FakePlatformProvider* currentProvider = nullptr;
+FakePlatformProvider* g_pCurrentProvider = nullptr;
 
 [[nodiscard]] std::string ReadToEnd(IStream* pStream) {
     std::string bytes;
@@ -39,15 +39,15 @@ void WINAPI TestSysFreeString(BSTR text) {
 
 FakePlatformProvider::FakePlatformProvider(CallRecorder& calls)
     : m_merge([](const std::string& delta) { return delta; }), m_calls(calls) {
-    currentProvider = this;
+    g_pCurrentProvider = this;
 }
 
-FakePlatformProvider::~FakePlatformProvider() { currentProvider = nullptr; }
+FakePlatformProvider::~FakePlatformProvider() { g_pCurrentProvider = nullptr; }
 
-FakePlatformProvider& FakePlatformProvider::Current() { return *currentProvider; }
+FakePlatformProvider& FakePlatformProvider::Current() { return *g_pCurrentProvider; }
 
 void FakePlatformProvider::TextIsFreed(BSTR text) {
-    if (currentProvider != nullptr) currentProvider->m_errorTexts.erase(text);
+    if (g_pCurrentProvider != nullptr) g_pCurrentProvider->m_errorTexts.erase(text);
 }
 
 HRESULT FakePlatformProvider::Enter(const std::string& call, HPTPROVIDER provider) {

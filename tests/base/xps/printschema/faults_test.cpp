@@ -48,12 +48,12 @@ using tests::ThrownCode;
 using tests::Ticket;
 using tests::Value;
 
-constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
-constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-constexpr HRESULT InvalidData = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+constexpr HRESULT kInjected = static_cast<HRESULT>(0xA0040123L);
+constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr HRESULT kInvalidData = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 
-const Qname Scaling = {SchemaNamespace::Keywords, L"PageScaling"};
-const Qname Offset = {SchemaNamespace::Keywords, L"OffsetWidth"};
+const Qname kScaling = {SchemaNamespace::Keywords, L"PageScaling"};
+const Qname kOffset = {SchemaNamespace::Keywords, L"OffsetWidth"};
 
 std::wstring Referring(std::wstring_view name, std::wstring_view parameter) {
     return ScoredProperty(L"psk:" + std::wstring(name), ParameterRef(parameter));
@@ -87,7 +87,7 @@ class FaultTest : public HandlerTest {
         for (bool hasFailed = true; hasFailed; ++nth) {
             ASSERT_LT(nth, 1000U);
             const Dom pTicket = LoadDomFromString(FullTicket());
-            DomFaults faults(nth, Injected);
+            DomFaults faults(nth, kInjected);
             SCOPED_TRACE("call " + std::to_string(nth));
             attempt(pTicket, [&] { return hasFailed = faults.HasFailed(); });
         }
@@ -101,7 +101,7 @@ class FaultTest : public HandlerTest {
             Data data;
             const HRESULT thrown = ThrownCode([&] { data.Read(pTicket.Get()); });
             const bool isFaulty = hasFailed();
-            EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == Injected));
+            EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == kInjected));
             check(data, thrown, isFaulty);
         });
     }
@@ -117,8 +117,8 @@ class FaultTest : public HandlerTest {
         FailEachCall([&](const Dom& pTicket, auto&& hasFailed) {
             const HRESULT thrown = ThrownCode([&] { data.Write(pTicket.Get()); });
             const bool isFaulty = hasFailed();
-            thrownCount += thrown == Injected;
-            EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == Injected));
+            thrownCount += thrown == kInjected;
+            EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == kInjected));
             if (thrown != S_OK) return;
             const std::wstring text = DomText(pTicket.Get());
             EXPECT_TRUE(text.ends_with(feature));
@@ -136,10 +136,10 @@ class FaultTest : public HandlerTest {
                 answered = operation(handler);
             });
             if (thrown == S_OK) {
-                EXPECT_EQ(hasFailed() ? Injected : S_OK, answered);
+                EXPECT_EQ(hasFailed() ? kInjected : S_OK, answered);
             } else {
                 EXPECT_TRUE(hasFailed());
-                EXPECT_EQ(Injected, thrown);
+                EXPECT_EQ(kInjected, thrown);
             }
         });
     }
@@ -220,21 +220,21 @@ TEST_P(FaultTest, AFailingCallIsWhatAReaderAnswers) {
         });
     };
     reading([](const PrintSchemaHandler& handler, BSTR* pText) {
-        return handler.GetValue(handler.ScoredPropertyQuery(Offset), pText);
+        return handler.GetValue(handler.ScoredPropertyQuery(kOffset), pText);
     });
     reading([](const PrintSchemaHandler& handler, BSTR* pText) {
         Node pOption;
-        const HRESULT hr = handler.SelectSingleNode(handler.OptionQuery(Scaling), pOption.Put());
-        return hr == S_OK ? handler.ReadLocalName(pOption.Get(), PropertyKind::Scored, Offset, pText) : hr;
+        const HRESULT hr = handler.SelectSingleNode(handler.OptionQuery(kScaling), pOption.Put());
+        return hr == S_OK ? handler.ReadLocalName(pOption.Get(), PropertyKind::Scored, kOffset, pText) : hr;
     });
     reading([](const PrintSchemaHandler& handler, BSTR* pText) {
-        return handler.GetOptionName(Scaling, SchemaNamespace::Keywords, pText);
+        return handler.GetOptionName(kScaling, SchemaNamespace::Keywords, pText);
     });
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         std::int32_t value = 7;
         Node pOption;
-        HRESULT hr = handler.SelectSingleNode(handler.OptionQuery(Scaling), pOption.Put());
-        if (hr == S_OK) hr = handler.ReadInteger(pOption.Get(), PropertyKind::Scored, Offset, &value);
+        HRESULT hr = handler.SelectSingleNode(handler.OptionQuery(kScaling), pOption.Put());
+        if (hr == S_OK) hr = handler.ReadInteger(pOption.Get(), PropertyKind::Scored, kOffset, &value);
         EXPECT_EQ(hr == S_OK ? 11 : 7, value);
         return hr;
     });
@@ -243,7 +243,7 @@ TEST_P(FaultTest, AFailingCallIsWhatAReaderAnswers) {
 TEST_P(FaultTest, AFailingCallIsWhatABuilderAnswers) {
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         Element pProperty;
-        const HRESULT hr = handler.CreateIntegerProperty(Offset, 1, pProperty.Put());
+        const HRESULT hr = handler.CreateIntegerProperty(kOffset, 1, pProperty.Put());
         EXPECT_EQ(hr == S_OK, static_cast<bool>(pProperty));
         return hr;
     });
@@ -258,7 +258,7 @@ TEST_P(FaultTest, AFailingCallIsWhatABuilderAnswers) {
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         Element pFeature;
         Element pOption;
-        const HRESULT hr = handler.CreateFeatureOption(Scaling, Offset, pFeature.Put(), pOption.Put());
+        const HRESULT hr = handler.CreateFeatureOption(kScaling, kOffset, pFeature.Put(), pOption.Put());
         EXPECT_EQ(hr == S_OK, static_cast<bool>(pFeature));
         EXPECT_EQ(hr == S_OK, static_cast<bool>(pOption));
         return hr;
@@ -268,10 +268,10 @@ TEST_P(FaultTest, AFailingCallIsWhatABuilderAnswers) {
 TEST_P(FaultTest, AFailingCallIsWhatPlacingAndRemovingAnswer) {
     AnswerEachFailure([](const PrintSchemaHandler& handler) {
         Node pFeature;
-        const HRESULT hr = handler.SelectSingleNode(handler.FeatureQuery(Scaling), pFeature.Put());
+        const HRESULT hr = handler.SelectSingleNode(handler.FeatureQuery(kScaling), pFeature.Put());
         return hr == S_OK ? handler.AppendToRoot(pFeature.Get()) : hr;
     });
-    AnswerEachFailure([](const PrintSchemaHandler& handler) { return handler.RemoveFeature(Scaling); });
+    AnswerEachFailure([](const PrintSchemaHandler& handler) { return handler.RemoveFeature(kScaling); });
 }
 
 TEST_P(FaultTest, AFailedReadOfScalingKeepsItsValues) {
@@ -318,7 +318,7 @@ TEST_P(FaultTest, AFailedReadOfACustomMediaSizeSaysThatInformationLacksAndKeepsT
             EXPECT_EQ("Unexpected print ticket format. informations lack.\n", reading.text);
             EXPECT_EQ(MediaSizeSchema::CustomMediaSize, data.GetOptionId());
         } else {
-            EXPECT_TRUE(reading.code == S_OK || reading.code == Injected) << std::hex << reading.code;
+            EXPECT_TRUE(reading.code == S_OK || reading.code == kInjected) << std::hex << reading.code;
             EXPECT_EQ(MediaSizeSchema::ISOA4, data.GetOptionId());
         }
     });
@@ -336,7 +336,7 @@ TEST_P(FaultTest, AFailedReadOfAStandardMediaSizeTakesTheOptionsOwn) {
         ASSERT_LT(nth, 1000U);
         const Dom pTicket = LoadDomFromString(ticket);
         MediaSizeData data;
-        const DomFaults faults(nth, Injected);
+        const DomFaults faults(nth, kInjected);
         const Reading reading = Read(data, pTicket);
         hasFailed = faults.HasFailed();
         codes.insert(reading.code);
@@ -350,7 +350,7 @@ TEST_P(FaultTest, AFailedReadOfAStandardMediaSizeTakesTheOptionsOwn) {
             EXPECT_EQ((MediaDimensions{1000, 2000}), data.GetSize()) << "call " << nth;
         }
     }
-    EXPECT_EQ((std::set<HRESULT>{S_OK, Injected}), codes);
+    EXPECT_EQ((std::set<HRESULT>{S_OK, kInjected}), codes);
     EXPECT_GT(ownSizes, 1);
 }
 
@@ -370,7 +370,7 @@ TEST_P(FaultTest, AFailedReadOfThePrintableMediaSizeMakesBothLengthsZero) {
             EXPECT_EQ("printticket is in invalid state.\n", reading.text);
             return;
         }
-        EXPECT_TRUE(reading.code == S_OK || (isFaulty && reading.code == Injected))
+        EXPECT_TRUE(reading.code == S_OK || (isFaulty && reading.code == kInjected))
             << std::hex << reading.code;
         if (range.maximum == zero) {
             EXPECT_TRUE(isFaulty);
@@ -390,24 +390,24 @@ TEST_P(FaultTest, AFailedReadOfThePrintableMediaSizeMakesBothLengthsZero) {
 }
 
 TEST_P(FaultTest, AReaderToldNothingSaysThatThereIsNothing) {
-    YieldNothingAtEachCall({NotFound, S_OK, InvalidData}, [](const PrintSchemaHandler& handler) {
+    YieldNothingAtEachCall({kNotFound, S_OK, kInvalidData}, [](const PrintSchemaHandler& handler) {
         Node pOption;
-        if (handler.SelectSingleNode(handler.OptionQuery(Scaling), pOption.Put()) != S_OK) return NotFound;
+        if (handler.SelectSingleNode(handler.OptionQuery(kScaling), pOption.Put()) != S_OK) return kNotFound;
         std::int32_t value = 7;
-        const HRESULT hr = handler.ReadInteger(pOption.Get(), PropertyKind::Scored, Offset, &value);
+        const HRESULT hr = handler.ReadInteger(pOption.Get(), PropertyKind::Scored, kOffset, &value);
         EXPECT_EQ(hr == S_OK ? 11 : 7, value);
         return hr;
     });
-    YieldNothingAtEachCall({NotFound, S_OK, InvalidData}, [](const PrintSchemaHandler& handler) {
+    YieldNothingAtEachCall({kNotFound, S_OK, kInvalidData}, [](const PrintSchemaHandler& handler) {
         std::int32_t value = 7;
         const HRESULT hr = handler.ReadInteger(L"//psf:ParameterInit[@name = \"krk:A\"]", &value);
         EXPECT_EQ(hr == S_OK ? 11 : 7, value);
         return hr;
     });
     // An option whose name is empty is an error.
-    YieldNothingAtEachCall({NotFound, S_OK, E_INVALIDARG}, [](const PrintSchemaHandler& handler) {
+    YieldNothingAtEachCall({kNotFound, S_OK, E_INVALIDARG}, [](const PrintSchemaHandler& handler) {
         Bstr text;
-        const HRESULT hr = handler.GetOptionName(Scaling, SchemaNamespace::Keywords, text.Put());
+        const HRESULT hr = handler.GetOptionName(kScaling, SchemaNamespace::Keywords, text.Put());
         // Without the name it is read as the text that is in it.
         EXPECT_TRUE(text.View() == (hr == S_OK ? L"CustomSquare" : L"") ||
                     (hr == S_OK && text.View() == L"33"));
@@ -415,14 +415,14 @@ TEST_P(FaultTest, AReaderToldNothingSaysThatThereIsNothing) {
     });
     YieldNothingAtEachCall({S_FALSE, S_OK}, [](const PrintSchemaHandler& handler) {
         Bstr text;
-        return handler.GetValue(handler.ScoredPropertyQuery(Offset), text.Put());
+        return handler.GetValue(handler.ScoredPropertyQuery(kOffset), text.Put());
     });
 }
 
 TEST_P(FaultTest, ABuilderGivenNothingFails) {
     YieldNothingAtEachCall({E_FAIL, S_OK, S_FALSE}, [](const PrintSchemaHandler& handler) {
         Element pProperty;
-        const HRESULT hr = handler.CreateIntegerProperty(Offset, 1, pProperty.Put());
+        const HRESULT hr = handler.CreateIntegerProperty(kOffset, 1, pProperty.Put());
         EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pProperty));
         return hr;
     });
@@ -437,7 +437,7 @@ TEST_P(FaultTest, ABuilderGivenNothingFails) {
     YieldNothingAtEachCall({E_FAIL, S_OK, S_FALSE}, [](const PrintSchemaHandler& handler) {
         Element pFeature;
         Element pOption;
-        const HRESULT hr = handler.CreateFeatureOption(Scaling, Offset, pFeature.Put(), pOption.Put());
+        const HRESULT hr = handler.CreateFeatureOption(kScaling, kOffset, pFeature.Put(), pOption.Put());
         EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pFeature));
         EXPECT_EQ(SUCCEEDED(hr), static_cast<bool>(pOption));
         return hr;
@@ -451,7 +451,7 @@ TEST_P(FaultTest, PlacingAndRemovingWithoutAPlaceFail) {
         return handler.AppendToRoot(pFeature.Get());
     });
     YieldNothingAtEachCall({E_FAIL, S_OK, S_FALSE},
-                           [](const PrintSchemaHandler& handler) { return handler.RemoveFeature(Scaling); });
+                           [](const PrintSchemaHandler& handler) { return handler.RemoveFeature(kScaling); });
 }
 
 TEST_P(FaultTest, WhatHasNoParentCannotBeRemoved) {
@@ -462,7 +462,7 @@ TEST_P(FaultTest, WhatHasNoParentCannotBeRemoved) {
             const Dom pTicket = LoadDomFromString(FullTicket());
             const PrintTicketHandler handler(pTicket.Get());
             const DomFaults faults(tests::DomCall::GetParentNode, nth, claimed);
-            const HRESULT hr = handler.RemoveFeature(Scaling);
+            const HRESULT hr = handler.RemoveFeature(kScaling);
             hasFailed = faults.HasFailed();
             EXPECT_EQ(hasFailed ? E_FAIL : S_OK, hr) << "parent " << nth << " claims " << claimed;
         }
@@ -476,8 +476,8 @@ TEST_P(FaultTest, AnOptionNameWithoutATypedValueIsNotFound) {
     const PrintTicketHandler handler(pTicket.Get());
     const DomFaults faults(tests::DomCall::GetNodeTypedValue, 1, S_FALSE);
     Bstr option;
-    EXPECT_EQ(NotFound, handler.GetOptionName({SchemaNamespace::Keywords, L"JobInputBin"},
-                                              SchemaNamespace::Keywords, option.Put()));
+    EXPECT_EQ(kNotFound, handler.GetOptionName({SchemaNamespace::Keywords, L"JobInputBin"},
+                                               SchemaNamespace::Keywords, option.Put()));
     EXPECT_TRUE(faults.HasFailed());
     EXPECT_EQ(nullptr, option.Get());
 }
@@ -496,7 +496,7 @@ TEST_P(FaultTest, AFailedRemovalLeavesTheFeatureWithoutAnError) {
     FailEachCall([&](const Dom& pTicket, auto&& hasFailed) {
         const HRESULT thrown = ThrownCode([&] { PageOrientationData().Remove(pTicket.Get()); });
         const bool isFaulty = hasFailed();
-        EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == Injected));
+        EXPECT_TRUE(thrown == S_OK || (isFaulty && thrown == kInjected));
         const bool isGone = DomText(pTicket.Get()).find(L"psk:PageOrientation") == std::wstring::npos;
         EXPECT_TRUE(isGone || isFaulty);
     });
@@ -535,7 +535,7 @@ TEST_P(NoMemoryTest, AValueThatCannotBeAllocatedIsOutOfMemory) {
     FailEachText(
         [](const Dom& pTicket) {
             const PrintTicketHandler handler(pTicket.Get());
-            const std::wstring query = handler.ScoredPropertyQuery(Offset);
+            const std::wstring query = handler.ScoredPropertyQuery(kOffset);
             BSTR text = nullptr;
             const HRESULT hr = handler.GetValue(query, &text);
             EXPECT_EQ(hr == S_OK ? L"11" : L"", Bstr::Adopt(text).View());

@@ -34,8 +34,8 @@ using tests::Capabilities;
 using tests::DomText;
 using tests::Ticket;
 
-constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-const MediaSizeOption A5 = {L"ISOA5", 12, {148000, 210000}};
+constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+const MediaSizeOption kA5 = {L"ISOA5", 12, {148000, 210000}};
 
 std::wstring Keyword(std::wstring_view name, std::wstring_view content) {
     return tests::Property(L"psk:" + std::wstring(name), content);
@@ -45,16 +45,16 @@ std::wstring Number(std::wstring_view name, std::wstring_view value) {
     return Keyword(name, tests::Value(L"integer", value));
 }
 
-const std::vector<std::wstring> PageNumbers = {Number(L"ImageableSizeWidth", L"148001"),
-                                               Number(L"ImageableSizeHeight", L"210001")};
-const std::vector<std::wstring> AreaNumbers = {
+const std::vector<std::wstring> kPageNumbers = {Number(L"ImageableSizeWidth", L"148001"),
+                                                Number(L"ImageableSizeHeight", L"210001")};
+const std::vector<std::wstring> kAreaNumbers = {
     Number(L"OriginWidth", L"4001"), Number(L"OriginHeight", L"5001"), Number(L"ExtentWidth", L"140001"),
     Number(L"ExtentHeight", L"200001")};
-const std::wstring WholeArea =
-    Keyword(L"PageImageableSize",
-            PageNumbers[0] + PageNumbers[1] +
-                Keyword(L"ImageableArea", AreaNumbers[0] + AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]));
-const ImageableAreaInfo WholeAreaInfo = {{148001, 210001}, {4001, 5001}, {140001, 200001}};
+const std::wstring kWholeArea = Keyword(
+    L"PageImageableSize",
+    kPageNumbers[0] + kPageNumbers[1] +
+        Keyword(L"ImageableArea", kAreaNumbers[0] + kAreaNumbers[1] + kAreaNumbers[2] + kAreaNumbers[3]));
+const ImageableAreaInfo kWholeAreaInfo = {{148001, 210001}, {4001, 5001}, {140001, 200001}};
 
 class ImageableAreaHandlerTest : public tests::EachDomTest {
   protected:
@@ -62,12 +62,12 @@ class ImageableAreaHandlerTest : public tests::EachDomTest {
 
     HRESULT Find(std::wstring_view capabilities, ImageableAreaInfo& area) {
         m_provider.m_pCapabilities = LoadDomFromString(Capabilities(capabilities));
-        return ImageableAreaHandler(m_provider).GetImageableArea(A5, area);
+        return ImageableAreaHandler(m_provider).GetImageableArea(kA5, area);
     }
     HRESULT ThrownByFind() {
         ImageableAreaInfo area;
         try {
-            static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea(A5, area));
+            static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea(kA5, area));
         } catch (const HresultError& error) {
             return error.GetHresult();
         }
@@ -80,20 +80,20 @@ class ImageableAreaHandlerTest : public tests::EachDomTest {
 
 TEST_P(ImageableAreaHandlerTest, AllSixValuesAreRead) {
     ImageableAreaInfo area;
-    EXPECT_EQ(S_OK, Find(WholeArea, area));
-    EXPECT_EQ(WholeAreaInfo, area);
+    EXPECT_EQ(S_OK, Find(kWholeArea, area));
+    EXPECT_EQ(kWholeAreaInfo, area);
 }
 
 TEST_P(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTicketThatSelectsTheMedium) {
     ImageableAreaInfo area;
-    ASSERT_EQ(S_OK, Find(WholeArea, area));
+    ASSERT_EQ(S_OK, Find(kWholeArea, area));
     EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope));
     EXPECT_EQ(PageTicket, DomText(m_provider.m_tickets[kPTPageScope].Get()));
     ASSERT_TRUE(m_provider.m_pAskedTicket);
     EXPECT_NE(m_provider.m_tickets[kPTPageScope].Get(), m_provider.m_pAskedTicket.Get());
     MediaSizeData selected;
     selected.Read(m_provider.m_pAskedTicket.Get());
-    EXPECT_EQ(A5, selected.ToRecord());
+    EXPECT_EQ(kA5, selected.ToRecord());
     EXPECT_THAT(DomText(m_provider.m_pAskedTicket.Get()),
                 testing::HasSubstr(L"<psf:Feature name=\"psk:PageOrientation\"/><psf:Feature "
                                    L"name=\"psk:PageMediaSize\">"));
@@ -101,17 +101,17 @@ TEST_P(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTi
 
 TEST_P(ImageableAreaHandlerTest, AValueThatIsMissingStopsTheReading) {
     ImageableAreaInfo area;
-    EXPECT_EQ(NotFound, Find(L"", area));
+    EXPECT_EQ(kNotFound, Find(L"", area));
     EXPECT_EQ(ImageableAreaInfo(), area);
-    EXPECT_EQ(NotFound, Find(Keyword(L"PageImageableSize", PageNumbers[0]), area));
+    EXPECT_EQ(kNotFound, Find(Keyword(L"PageImageableSize", kPageNumbers[0]), area));
     EXPECT_EQ((ImageableAreaInfo{{148001, 0}, {0, 0}, {0, 0}}), area);
-    EXPECT_EQ(NotFound, Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1]), area));
+    EXPECT_EQ(kNotFound, Find(Keyword(L"PageImageableSize", kPageNumbers[0] + kPageNumbers[1]), area));
     EXPECT_EQ((ImageableAreaInfo{{148001, 210001}, {0, 0}, {0, 0}}), area);
     area = {};
-    const std::wstring withoutOriginHeight = AreaNumbers[0] + AreaNumbers[2] + AreaNumbers[3];
-    EXPECT_EQ(NotFound,
-              Find(Keyword(L"PageImageableSize",
-                           PageNumbers[0] + PageNumbers[1] + Keyword(L"ImageableArea", withoutOriginHeight)),
+    const std::wstring withoutOriginHeight = kAreaNumbers[0] + kAreaNumbers[2] + kAreaNumbers[3];
+    EXPECT_EQ(kNotFound,
+              Find(Keyword(L"PageImageableSize", kPageNumbers[0] + kPageNumbers[1] +
+                                                     Keyword(L"ImageableArea", withoutOriginHeight)),
                    area));
     EXPECT_EQ((ImageableAreaInfo{{148001, 210001}, {4001, 0}, {0, 0}}), area);
 }
@@ -120,15 +120,15 @@ TEST_P(ImageableAreaHandlerTest, TheValuesBeforeTheFirstThatIsMissingAreReadAndN
     const std::int32_t values[] = {148001, 210001, 4001, 5001, 140001, 200001};
     for (std::size_t missing = 0; missing < std::size(values); ++missing) {
         std::wstring page;
-        for (std::size_t index = 0; index < PageNumbers.size(); ++index) {
-            if (index != missing) page += PageNumbers[index];
+        for (std::size_t index = 0; index < kPageNumbers.size(); ++index) {
+            if (index != missing) page += kPageNumbers[index];
         }
         std::wstring rectangle;
-        for (std::size_t index = 0; index < AreaNumbers.size(); ++index) {
-            if (PageNumbers.size() + index != missing) rectangle += AreaNumbers[index];
+        for (std::size_t index = 0; index < kAreaNumbers.size(); ++index) {
+            if (kPageNumbers.size() + index != missing) rectangle += kAreaNumbers[index];
         }
         ImageableAreaInfo area;
-        EXPECT_EQ(NotFound,
+        EXPECT_EQ(kNotFound,
                   Find(Keyword(L"PageImageableSize", page + Keyword(L"ImageableArea", rectangle)), area));
         const std::int32_t read[] = {area.imageableSize.width, area.imageableSize.height, area.origin.width,
                                      area.origin.height,       area.extent.width,         area.extent.height};
@@ -151,14 +151,14 @@ TEST_P(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
         Keyword(L"ImageableArea", Number(L"OriginWidth", L"3") + Number(L"OriginHeight", L"4")) +
         Keyword(L"PageOther", Number(L"ExtentWidth", L"5") + Number(L"ExtentHeight", L"6"));
     ImageableAreaInfo area;
-    EXPECT_EQ(S_OK, Find(elsewhere + WholeArea, area));
-    EXPECT_EQ(WholeAreaInfo, area);
-    EXPECT_EQ(NotFound, Find(elsewhere, area));
+    EXPECT_EQ(S_OK, Find(elsewhere + kWholeArea, area));
+    EXPECT_EQ(kWholeAreaInfo, area);
+    EXPECT_EQ(kNotFound, Find(elsewhere, area));
     // Beside the area is not in it.
     area = {};
-    EXPECT_EQ(NotFound,
-              Find(Keyword(L"PageImageableSize", PageNumbers[0] + PageNumbers[1] + AreaNumbers[0] +
-                                                     AreaNumbers[1] + AreaNumbers[2] + AreaNumbers[3]),
+    EXPECT_EQ(kNotFound,
+              Find(Keyword(L"PageImageableSize", kPageNumbers[0] + kPageNumbers[1] + kAreaNumbers[0] +
+                                                     kAreaNumbers[1] + kAreaNumbers[2] + kAreaNumbers[3]),
                    area));
     EXPECT_EQ(0, area.origin.width);
 }
@@ -189,7 +189,7 @@ TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
 }
 
 TEST_P(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {
-    m_provider.m_pCapabilities = LoadDomFromString(Ticket(WholeArea));
+    m_provider.m_pCapabilities = LoadDomFromString(Ticket(kWholeArea));
     EXPECT_EQ(E_FAIL, ThrownByFind());
 }
 
@@ -212,38 +212,38 @@ class FixedArea : public ImageableAreaSource {
     MediaDimensions m_extent;
 };
 
-const MediaSizeOption A4 = {L"ISOA4", 9, {210000, 297000}};
+const MediaSizeOption kA4 = {L"ISOA4", 9, {210000, 297000}};
 
 TEST(MediaScaleFactorTest, WithoutASourceTheSmallerRatioOfTheSizesIsTaken) {
-    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, A4, nullptr));
-    EXPECT_EQ(0.5, MediaScaleFactor({210000, 594000}, A4, nullptr));
-    EXPECT_EQ(2.0, MediaScaleFactor({105000, 99000}, A4, nullptr));
-    EXPECT_EQ(1.0, MediaScaleFactor({210000, 297000}, A4, nullptr));
+    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, kA4, nullptr));
+    EXPECT_EQ(0.5, MediaScaleFactor({210000, 594000}, kA4, nullptr));
+    EXPECT_EQ(2.0, MediaScaleFactor({105000, 99000}, kA4, nullptr));
+    EXPECT_EQ(1.0, MediaScaleFactor({210000, 297000}, kA4, nullptr));
 }
 
 TEST(MediaScaleFactorTest, TheFactorIsNotRounded) {
-    EXPECT_EQ(148000.0 / 210000.0, MediaScaleFactor({210000, 297000}, A5, nullptr));
+    EXPECT_EQ(148000.0 / 210000.0, MediaScaleFactor({210000, 297000}, kA5, nullptr));
 }
 
 TEST(MediaScaleFactorTest, WithASourceTheExtentTakesThePlaceOfTheFallbacksSize) {
     FixedArea area(S_OK, {200000, 287000});
-    EXPECT_EQ(0.5, MediaScaleFactor({400000, 287000}, A4, &area));
-    EXPECT_EQ(A4, area.m_asked);
+    EXPECT_EQ(0.5, MediaScaleFactor({400000, 287000}, kA4, &area));
+    EXPECT_EQ(kA4, area.m_asked);
 }
 
 TEST(MediaScaleFactorTest, ASourceThatDoesNotKnowTheAreaLeavesTheWholeSheet) {
     FixedArea area(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), {1, 1});
-    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, A4, &area));
+    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, kA4, &area));
 }
 
 TEST(MediaScaleFactorTest, AZeroOrNegativeSizeGivesTheFactor1) {
     for (const std::int32_t length : {0, -1, std::numeric_limits<std::int32_t>::min()}) {
-        EXPECT_EQ(1.0, MediaScaleFactor({length, 297000}, A5, nullptr));
-        EXPECT_EQ(1.0, MediaScaleFactor({210000, length}, A5, nullptr));
-        EXPECT_EQ(1.0, MediaScaleFactor(A4.size, {L"CustomMediaSize", 0, {length, 210000}}, nullptr));
-        EXPECT_EQ(1.0, MediaScaleFactor(A4.size, {L"CustomMediaSize", 0, {148000, length}}, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor({length, 297000}, kA5, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor({210000, length}, kA5, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor(kA4.size, {L"CustomMediaSize", 0, {length, 210000}}, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor(kA4.size, {L"CustomMediaSize", 0, {148000, length}}, nullptr));
         FixedArea area(S_OK, {length, 1000});
-        EXPECT_EQ(1.0, MediaScaleFactor(A4.size, A5, &area));
+        EXPECT_EQ(1.0, MediaScaleFactor(kA4.size, kA5, &area));
     }
 }
 

@@ -62,8 +62,8 @@ TEST_P(InputBinDataTest, AFreshObjectWrittenAtJobScopeYieldsAutoSelectFedShortEd
 }
 
 TEST_P(InputBinDataTest, AFeedDirectionIsWrittenWithTheTicketsOwnPrefix) {
-    const std::wstring begin = L"<f:PrintTicket xmlns:f=\"" + std::wstring(tests::FrameworkUri) +
-                               L"\" xmlns:k=\"" + std::wstring(tests::KeywordsUri) +
+    const std::wstring begin = L"<f:PrintTicket xmlns:f=\"" + std::wstring(tests::kFrameworkUri) +
+                               L"\" xmlns:k=\"" + std::wstring(tests::kKeywordsUri) +
                                L"\" xmlns:i=\"http://www.w3.org/2001/XMLSchema-instance\"" +
                                L" xmlns:s=\"http://www.w3.org/2001/XMLSchema\"";
     const Dom pTicket = LoadDomFromString(begin + L"/>");

@@ -46,14 +46,14 @@ using tests::Value;
 
 using Dom = ComPtr<IXMLDOMDocument2>;
 
-constexpr MediaDimensions A4 = {210000, 297000};
-constexpr MediaDimensions A4Rotated = {297000, 210000};
-constexpr MediaDimensions Letter = {215900, 279400};
-constexpr MediaDimensions Nothing = {0, 0};
-constexpr std::int32_t ISOA4Rotated = 10;
-constexpr std::int32_t ISOB4 = 25;
-constexpr std::int32_t ISOB4Envelope = 26;
-constexpr std::int32_t NorthAmericaNote = 99;
+constexpr MediaDimensions kA4 = {210000, 297000};
+constexpr MediaDimensions kA4Rotated = {297000, 210000};
+constexpr MediaDimensions kLetter = {215900, 279400};
+constexpr MediaDimensions kNothing = {0, 0};
+constexpr std::int32_t kISOA4Rotated = 10;
+constexpr std::int32_t kISOB4 = 25;
+constexpr std::int32_t kISOB4Envelope = 26;
+constexpr std::int32_t kNorthAmericaNote = 99;
 
 std::wstring Length(std::wstring_view name, std::int32_t value) {
     return ScoredProperty(L"psk:" + std::wstring(name), Integer(value));
@@ -83,7 +83,7 @@ void ExpectState(const MediaSizeData& data, std::int32_t id, const MediaDimensio
 
 TEST(MediaSizeDataTest, StartsAsA4) {
     const MediaSizeData data;
-    ExpectState(data, MediaSizeSchema::ISOA4, A4);
+    ExpectState(data, MediaSizeSchema::ISOA4, kA4);
     EXPECT_EQ(0, data.GetFeatureId());
     EXPECT_EQ(L"PageMediaSize", data.GetFeatureName().localName);
     EXPECT_EQ(L"ISOA4", data.GetOptionName().localName);
@@ -95,30 +95,30 @@ TEST(MediaSizeDataTest, IsMadeFromARecord) {
     ExpectState(MediaSizeData({L"PSCustomMediaSize", 1, {5, 6}}), 1, {5, 6});
     ExpectState(MediaSizeData({L"OptionUnknown", -1, {-1, -1}}), 0, {-1, -1});
     // The size wins over the option of a record that is not of the table.
-    ExpectState(MediaSizeData({L"ISOA5", 12, A4}), MediaSizeSchema::ISOA4, A4);
-    EXPECT_EQ(0, MediaSizeData({L"ISOA5", 12, A4}).GetFeatureId());
+    ExpectState(MediaSizeData({L"ISOA5", 12, kA4}), MediaSizeSchema::ISOA4, kA4);
+    EXPECT_EQ(0, MediaSizeData({L"ISOA5", 12, kA4}).GetFeatureId());
 }
 
 TEST(MediaSizeDataTest, ARecordSetsItsOptionBeforeItsSizeWhenAnObjectIsMadeFromIt) {
     // As setting the option does: of two options with one size the lower, and 172 becomes custom. A size of
     // nothing then leaves that.
-    ExpectState(MediaSizeData({L"ISOB4Envelope", ISOB4Envelope, Nothing}), ISOB4, Nothing);
-    ExpectState(MediaSizeData({L"", 172, Nothing}), MediaSizeSchema::CustomMediaSize, Nothing);
-    ExpectState(MediaSizeData({L"", 173, Nothing}), 173, Nothing);
+    ExpectState(MediaSizeData({L"ISOB4Envelope", kISOB4Envelope, kNothing}), kISOB4, kNothing);
+    ExpectState(MediaSizeData({L"", 172, kNothing}), MediaSizeSchema::CustomMediaSize, kNothing);
+    ExpectState(MediaSizeData({L"", 173, kNothing}), 173, kNothing);
 }
 
 TEST(MediaSizeDataTest, SettingA4sSizeOnAnyObjectYieldsA4AndSwappedA4Rotated) {
     for (const std::int32_t id : {-1, 0, 1, 9, 94, 143}) {
         MediaSizeData data = WithOption(id);
-        data.SetSize(A4);
-        ExpectState(data, MediaSizeSchema::ISOA4, A4);
-        data.SetSize(A4Rotated);
-        ExpectState(data, ISOA4Rotated, A4Rotated);
+        data.SetSize(kA4);
+        ExpectState(data, MediaSizeSchema::ISOA4, kA4);
+        data.SetSize(kA4Rotated);
+        ExpectState(data, kISOA4Rotated, kA4Rotated);
     }
 }
 
 TEST(MediaSizeDataTest, SettingNorthAmericaNoteStoresNorthAmericaLetter) {
-    ExpectState(WithOption(NorthAmericaNote), MediaSizeSchema::NorthAmericaLetter, Letter);
+    ExpectState(WithOption(kNorthAmericaNote), MediaSizeSchema::NorthAmericaLetter, kLetter);
 }
 
 TEST(MediaSizeDataTest, SettingAnOptionStoresTheLowestIdOfItsSize) {
@@ -154,8 +154,8 @@ TEST(MediaSizeDataTest, ASizeOfNoOptionMakesAnObjectWithoutAFeatureCustom) {
 TEST(MediaSizeDataTest, TheSizeZeroKeepsTheOption) {
     for (const std::int32_t id : {0, 1, 9}) {
         MediaSizeData data = WithOption(id);
-        data.SetSize(Nothing);
-        ExpectState(data, id, Nothing);
+        data.SetSize(kNothing);
+        ExpectState(data, id, kNothing);
     }
 }
 
@@ -166,7 +166,7 @@ TEST(MediaSizeDataTest, SettingOption172GivesACustomOptionOfTheUnknownSize) {
 TEST(MediaSizeDataTest, SettingAnOptionThatIsNoStandardSizeLeavesTheSizeAlone) {
     for (const std::int32_t id : {-1, 0, 1, 173}) {
         MediaSizeData data = WithOption(id);
-        EXPECT_EQ(A4, data.GetSize());
+        EXPECT_EQ(kA4, data.GetSize());
         data.SetFeatureId(0);
         EXPECT_EQ(id, data.OptionIdOrUnknown());
     }
@@ -187,9 +187,9 @@ TEST(MediaSizeDataTest, ASquareSheetIsPortrait) {
 TEST(MediaSizeDataTest, RotatingSwapsTheSizeAndTheOptionFollows) {
     MediaSizeData data;
     data.Rotate();
-    ExpectState(data, ISOA4Rotated, A4Rotated);
+    ExpectState(data, kISOA4Rotated, kA4Rotated);
     data.Rotate();
-    ExpectState(data, MediaSizeSchema::ISOA4, A4);
+    ExpectState(data, MediaSizeSchema::ISOA4, kA4);
     MediaSizeData executive = WithOption(89);  // has no rotated row
     executive.Rotate();
     ExpectState(executive, MediaSizeSchema::CustomMediaSize, {266700, 184150});
@@ -205,19 +205,19 @@ TEST(MediaSizeDataTest, IsSetFromARecordAlsoWithoutAFeature) {
 
 TEST(MediaSizeDataTest, ARecordsOptionIsStoredAsItIsWhenAnObjectIsSetFromIt) {
     MediaSizeData data;
-    data.SetFromRecord({L"ISOB4Envelope", ISOB4Envelope, Nothing});
-    ExpectState(data, ISOB4Envelope, Nothing);
-    data.SetFromRecord({L"", 172, Nothing});
-    ExpectState(data, 172, Nothing);
-    data.SetFromRecord({L"ISOB4Envelope", ISOB4Envelope, {250000, 353000}});
-    ExpectState(data, ISOB4, {250000, 353000});
+    data.SetFromRecord({L"ISOB4Envelope", kISOB4Envelope, kNothing});
+    ExpectState(data, kISOB4Envelope, kNothing);
+    data.SetFromRecord({L"", 172, kNothing});
+    ExpectState(data, 172, kNothing);
+    data.SetFromRecord({L"ISOB4Envelope", kISOB4Envelope, {250000, 353000}});
+    ExpectState(data, kISOB4, {250000, 353000});
 }
 
 TEST(MediaSizeDataTest, AStandardOptionsRecordIsItsRow) {
-    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), MediaSizeData().ToRecord());
+    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, kA4}), MediaSizeData().ToRecord());
     MediaSizeData without;
-    without.SetSize(Nothing);
-    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), without.ToRecord());
+    without.SetSize(kNothing);
+    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, kA4}), without.ToRecord());
 }
 
 TEST(MediaSizeDataTest, ACustomOrUnknownOptionsRecordHasTheObjectsSize) {
@@ -289,7 +289,7 @@ class MediaSizeDataTicketTest : public tests::EachDomTest {
 };
 
 TEST_P(MediaSizeDataTicketTest, A4WithoutASizeReadsAsItsOwnSize) {
-    ExpectState(ReadFrom(MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, A4);
+    ExpectState(ReadFrom(MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, kA4);
 }
 
 TEST_P(MediaSizeDataTicketTest, ACustomSizeWithoutASizeFails) {
@@ -307,7 +307,7 @@ TEST_P(MediaSizeDataTicketTest, ACustomSizeWithoutASizeFails) {
 
 TEST_P(MediaSizeDataTicketTest, ASizeIsTakenAsItIsReadAndTheOptionStays) {
     ExpectState(ReadFrom(MediaSize(L"CustomMediaSize", MediaDimensions{1, 2})), 0, {1, 2});
-    ExpectState(ReadFrom(MediaSize(L"CustomMediaSize", A4)), 0, A4);
+    ExpectState(ReadFrom(MediaSize(L"CustomMediaSize", kA4)), 0, kA4);
     ExpectState(ReadFrom(MediaSize(L"ISOA4", MediaDimensions{1, 2})), 9, {1, 2});
 }
 
@@ -317,7 +317,7 @@ TEST_P(MediaSizeDataTicketTest, OneLengthAloneIsNoSize) {
     for (const std::wstring& length : {height, width}) {
         ExpectState(ReadFrom(L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">" +
                              length + L"</psf:Option></psf:Feature>"),
-                    MediaSizeSchema::ISOA4, A4);
+                    MediaSizeSchema::ISOA4, kA4);
     }
 }
 
@@ -327,7 +327,7 @@ TEST_P(MediaSizeDataTicketTest, ALengthThatIsNoIntegerIsNoLength) {
             L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:ISOA4\">" +
             Length(L"MediaSizeHeight", 5) + L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\">" +
             Value(L"integer", text) + L"</psf:ScoredProperty></psf:Option></psf:Feature>";
-        ExpectState(ReadFrom(body), MediaSizeSchema::ISOA4, A4);
+        ExpectState(ReadFrom(body), MediaSizeSchema::ISOA4, kA4);
     }
 }
 
@@ -346,7 +346,7 @@ TEST_P(MediaSizeDataTicketTest, TheSizeOfAnotherFeatureIsNotReadForThisOne) {
     const std::wstring other = L"<psf:Feature name=\"psk:JobOther\"><psf:Option name=\"psk:X\">" +
                                Length(L"MediaSizeHeight", 5) + Length(L"MediaSizeWidth", 6) +
                                L"</psf:Option></psf:Feature>";
-    ExpectState(ReadFrom(other + MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, A4);
+    ExpectState(ReadFrom(other + MediaSize(L"ISOA4")), MediaSizeSchema::ISOA4, kA4);
     ExpectState(ReadFrom(other + MediaSize(L"CustomMediaSize", MediaDimensions{7, 8})), 0, {7, 8});
 }
 
@@ -356,18 +356,18 @@ TEST_P(MediaSizeDataTicketTest, ATicketWithoutTheFeatureOrWithAnUnknownOptionCha
 }
 
 TEST_P(MediaSizeDataTicketTest, IsWrittenWithTheHeightBeforeTheWidth) {
-    EXPECT_EQ(Ticket(MediaSize(L"ISOA4", A4)), Written(MediaSizeData(), L""));
+    EXPECT_EQ(Ticket(MediaSize(L"ISOA4", kA4)), Written(MediaSizeData(), L""));
 }
 
 TEST_P(MediaSizeDataTicketTest, IsWrittenInThePlaceOfAnEarlierOneBehindEverythingElse) {
-    EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:A\"/>" + MediaSize(L"ISOA4", A4)),
+    EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:A\"/>" + MediaSize(L"ISOA4", kA4)),
               Written(MediaSizeData(),
                       MediaSize(L"ISOA5", MediaDimensions{1, 2}) + L"<psf:Feature name=\"psk:A\"/>"));
 }
 
 TEST_P(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
     MediaSizeData data;
-    data.SetSize(Nothing);
+    data.SetSize(kNothing);
     const Dom ticket = LoadDomFromString(Ticket(L""));
     try {
         data.Write(ticket.Get());
@@ -381,13 +381,13 @@ TEST_P(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
 
 TEST_P(MediaSizeDataTicketTest, AStandardOptionWithAnotherWidthOrHeightCannotBeWritten) {
     for (const MediaDimensions& size :
-         {MediaDimensions{A4.width, A4.height + 1}, MediaDimensions{A4.width, 0},
-          MediaDimensions{A4.width - 1, A4.height}, A4Rotated}) {
+         {MediaDimensions{kA4.width, kA4.height + 1}, MediaDimensions{kA4.width, 0},
+          MediaDimensions{kA4.width - 1, kA4.height}, kA4Rotated}) {
         const MediaSizeData data = ReadFrom(MediaSize(L"ISOA4", size));
         ExpectState(data, MediaSizeSchema::ISOA4, size);
         EXPECT_THROW(Written(data, L""), std::runtime_error) << size.width << " " << size.height;
     }
-    EXPECT_EQ(Ticket(MediaSize(L"ISOA4", A4)), Written(ReadFrom(MediaSize(L"ISOA4", A4)), L""));
+    EXPECT_EQ(Ticket(MediaSize(L"ISOA4", kA4)), Written(ReadFrom(MediaSize(L"ISOA4", kA4)), L""));
 }
 
 TEST_P(MediaSizeDataTicketTest, EveryOptionReadsBackAsItWasWrittenAtEveryScope) {
@@ -451,16 +451,16 @@ TEST_P(MediaSizeSelectionTest, WithoutATicketThatFitsTheLocalesSheetIsTaken) {
     const MediaDimensions most = {215900, 297000};
     for (const wchar_t* setting : {L"0", L"2", L""}) {
         const MeasurementSetting metric(setting);
-        EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), Select({1, 1}, most, Scope::Job)) << setting;
+        EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, kA4}), Select({1, 1}, most, Scope::Job)) << setting;
     }
     {
         const MeasurementSetting us(L"1");
-        EXPECT_EQ((MediaSizeOption{L"NorthAmericaLetter", 94, Letter}), Select({1, 1}, most, Scope::Job));
+        EXPECT_EQ((MediaSizeOption{L"NorthAmericaLetter", 94, kLetter}), Select({1, 1}, most, Scope::Job));
     }
     for (const auto& setting :
          {std::optional<std::wstring_view>(), std::optional<std::wstring_view>(L"11")}) {
         const MeasurementSetting unreadable(setting);
-        EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, A4}), Select({1, 1}, most, Scope::Job));
+        EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, kA4}), Select({1, 1}, most, Scope::Job));
     }
 }
 
@@ -500,7 +500,7 @@ TEST_P(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
 
 TEST_P(MediaSizeSelectionTest, NoScopeAtAllVisitsNone) {
     const MeasurementSetting metric(L"0");
-    EXPECT_EQ(L"ISOA4", Select({1, 1}, A4, Scope::None).keyword);
+    EXPECT_EQ(L"ISOA4", Select({1, 1}, kA4, Scope::None).keyword);
     EXPECT_THAT(m_provider.m_scopes, IsEmpty());
 }
 
@@ -522,11 +522,11 @@ TEST_P(MediaSizeDataTicketTest, TheSizeOfAnOptionThatIsNotSelectedIsNotRead) {
     data.Read(LoadDomFromString(TwoSizes(OptionOfSize(L"NorthAmericaLetter", std::nullopt),
                                          OptionOfSize(L"ISOA4", MediaDimensions{210000, 297000})))
                   .Get());
-    ExpectState(data, 94, Letter);
+    ExpectState(data, 94, kLetter);
     // And so it can be written.
     const Dom ticket = LoadDomFromString(Ticket(L""));
     data.Write(ticket.Get());
-    EXPECT_EQ(Ticket(MediaSize(L"NorthAmericaLetter", Letter)), DomText(ticket.Get()));
+    EXPECT_EQ(Ticket(MediaSize(L"NorthAmericaLetter", kLetter)), DomText(ticket.Get()));
 }
 
 TEST_P(MediaSizeDataTicketTest, OneLengthOfEachOfTwoOptionsIsNoSize) {

@@ -164,8 +164,8 @@ TEST_P(PageCostTest, ClosingLetsGoOfWhatWasReadOfThePrintersDefaults) {
 TEST_P(PageCostTest, ADocumentIsToldItsNamespaceOnceWhenItsPrefixIsTheUsualOne) {
     const Dom pUsual = base::xml::LoadDomFromString(Ticket(L""));
     EXPECT_EQ(2U, CallsOf(DomCall::SetProperty, [&] { const PrintTicketHandler ticket(pUsual.Get()); }));
-    const std::wstring text = L"<f:PrintTicket xmlns:f=\"" + std::wstring(tests::FrameworkUri) +
-                              L"\" xmlns:k=\"" + std::wstring(tests::KeywordsUri) + L"\"/>";
+    const std::wstring text = L"<f:PrintTicket xmlns:f=\"" + std::wstring(tests::kFrameworkUri) +
+                              L"\" xmlns:k=\"" + std::wstring(tests::kKeywordsUri) + L"\"/>";
     const Dom pOther = base::xml::LoadDomFromString(text);
     EXPECT_EQ(3U, CallsOf(DomCall::SetProperty, [&] { const PrintTicketHandler ticket(pOther.Get()); }));
 }

@@ -72,8 +72,8 @@ class PrintableMediaSizeDataTest : public tests::HandlerTest {
     }
 };
 
-const std::wstring Minima = Property(L"MinWidth", L"76200") + Property(L"MinHeight", L"127000");
-const std::wstring Maxima = Property(L"MaxWidth", L"215900") + Property(L"MaxHeight", L"355600");
+const std::wstring kMinima = Property(L"MinWidth", L"76200") + Property(L"MinHeight", L"127000");
+const std::wstring kMaxima = Property(L"MaxWidth", L"215900") + Property(L"MaxHeight", L"355600");
 
 TEST_P(PrintableMediaSizeDataTest, StartsAsTheJobsWithNothingPrintable) {
     const PrintableMediaSizeData data;
@@ -114,21 +114,21 @@ TEST_P(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
 }
 
 TEST_P(PrintableMediaSizeDataTest, TheWholeRangeIsRead) {
-    const PrintableMediaSizeData data = ReadProperties(Minima + Maxima);
+    const PrintableMediaSizeData data = ReadProperties(kMinima + kMaxima);
     ExpectRange(data, {76200, 127000}, {215900, 355600});
     EXPECT_EQ(2, data.GetFeatureId());
     EXPECT_EQ(Scope::Page, data.GetScope());
 }
 
 TEST_P(PrintableMediaSizeDataTest, MaximaAloneReadWithMinimaOfZero) {
-    ExpectRange(ReadProperties(Maxima), {0, 0}, {215900, 355600});
+    ExpectRange(ReadProperties(kMaxima), {0, 0}, {215900, 355600});
 }
 
 TEST_P(PrintableMediaSizeDataTest, AMinimumWithoutItsOtherLengthReadsAsZero) {
-    ExpectRange(ReadProperties(Property(L"MinWidth", L"80000") + Maxima), {0, 0}, {215900, 355600});
-    ExpectRange(ReadProperties(Property(L"MinHeight", L"80000") + Maxima), {0, 0}, {215900, 355600});
-    ExpectRange(ReadProperties(Property(L"MinWidth", L"8e4") + Property(L"MinHeight", L"1") + Maxima), {0, 0},
-                {215900, 355600});
+    ExpectRange(ReadProperties(Property(L"MinWidth", L"80000") + kMaxima), {0, 0}, {215900, 355600});
+    ExpectRange(ReadProperties(Property(L"MinHeight", L"80000") + kMaxima), {0, 0}, {215900, 355600});
+    ExpectRange(ReadProperties(Property(L"MinWidth", L"8e4") + Property(L"MinHeight", L"1") + kMaxima),
+                {0, 0}, {215900, 355600});
 }
 
 TEST_P(PrintableMediaSizeDataTest, ALengthAloneIsNeitherAMinimumNorAMaximum) {
@@ -140,7 +140,7 @@ TEST_P(PrintableMediaSizeDataTest, ALengthAloneIsNeitherAMinimumNorAMaximum) {
 TEST_P(PrintableMediaSizeDataTest, WhatIsNotStatedForgetsWhatTheObjectHeld) {
     PrintableMediaSizeData data;
     data.SetRange({{1, 2}, {3, 4}});
-    data.Read(LoadDomFromString(PrivateTicket(PrintableMediaSize(L"JobPrintableMediaSize", Maxima))).Get());
+    data.Read(LoadDomFromString(PrivateTicket(PrintableMediaSize(L"JobPrintableMediaSize", kMaxima))).Get());
     ExpectRange(data, {0, 0}, {215900, 355600});
     data.SetRange({{1, 2}, {3, 4}});
     data.Read(LoadDomFromString(PrivateTicket(PrintableMediaSize(L"JobPrintableMediaSize", L""))).Get());
@@ -185,14 +185,14 @@ TEST_P(PrintableMediaSizeDataTest, NegativeLengthsAreComparedWithTheirSign) {
 TEST_P(PrintableMediaSizeDataTest, PropertiesOfAnotherFeatureAreNotReadForThisOne) {
     const std::wstring other =
         PrintableMediaSize(L"PageOther", Property(L"MinWidth", L"1") + Property(L"MinHeight", L"1"));
-    ExpectRange(ReadFrom(other + PrintableMediaSize(L"PagePrintableMediaSize", Maxima)), {0, 0},
+    ExpectRange(ReadFrom(other + PrintableMediaSize(L"PagePrintableMediaSize", kMaxima)), {0, 0},
                 {215900, 355600});
 }
 
 TEST_P(PrintableMediaSizeDataTest, TheWidestScopeOfTheTicketIsRead) {
     const PrintableMediaSizeData data =
-        ReadFrom(PrintableMediaSize(L"PagePrintableMediaSize", Minima + Maxima) +
-                 PrintableMediaSize(L"DocumentPrintableMediaSize", Maxima));
+        ReadFrom(PrintableMediaSize(L"PagePrintableMediaSize", kMinima + kMaxima) +
+                 PrintableMediaSize(L"DocumentPrintableMediaSize", kMaxima));
     EXPECT_EQ(Scope::Document, data.GetScope());
     ExpectRange(data, {0, 0}, {215900, 355600});
 }

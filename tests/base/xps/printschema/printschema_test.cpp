@@ -20,8 +20,8 @@ using tests::Thrown;
 using Names = std::vector<std::wstring>;
 using Namespaces = std::set<SchemaNamespace>;
 
-constexpr SchemaNamespace Keywords = SchemaNamespace::Keywords;
-constexpr SchemaNamespace Private = SchemaNamespace::Private;
+constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
+constexpr SchemaNamespace kPrivate = SchemaNamespace::Private;
 
 Names LocalNames(const SchemaBase& list) {
     Names names;
@@ -69,23 +69,23 @@ TEST(KeywordLists, HoldTheirNamesInOrder) {
 }
 
 TEST(KeywordLists, AreOfTheKeywordsNamespaceButForTheMakersOwn) {
-    EXPECT_EQ(Namespaces({Keywords}), PageMediaSizeFeatureNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords}), MediaSizeOptionNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords}), InputBinFeatureNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords}), InputBinOptionNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords}), FeedDirectionOptionNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords}), PageOrientationFeatureNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords}), PageOrientationOptionNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords}), PageScalingFeatureNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Keywords, Private}), PageScalingOptionNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Private}), PrintableMediaSizeFeatureNames::Instance().GetNamespaces());
-    EXPECT_EQ(Namespaces({Private}), PrintableMediaSizePropertyNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), PageMediaSizeFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), MediaSizeOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), InputBinFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), InputBinOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), FeedDirectionOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), PageOrientationFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), PageOrientationOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords}), PageScalingFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kKeywords, kPrivate}), PageScalingOptionNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kPrivate}), PrintableMediaSizeFeatureNames::Instance().GetNamespaces());
+    EXPECT_EQ(Namespaces({kPrivate}), PrintableMediaSizePropertyNames::Instance().GetNamespaces());
 }
 
 TEST(KeywordLists, OnlyTheLastScalingOptionIsPrivate) {
     const std::vector<Qname>& names = PageScalingOptionNames::Instance().GetQnames();
     for (std::size_t index = 0; index < names.size(); ++index)
-        EXPECT_EQ(index == 7 ? Private : Keywords, names[index].space) << index;
+        EXPECT_EQ(index == 7 ? kPrivate : kKeywords, names[index].space) << index;
 }
 
 // Where each list is, and where it keeps its first name.
@@ -119,31 +119,31 @@ TEST(MediaSizeOptionNames, AMediaSizesIdIsItsIndex) {
     for (const auto& [id, record] : MediaSizeTable::Instance().Records()) {
         const std::uint32_t index =
             id == MediaSizeSchema::OptionUnknown ? SchemaBase::NotFound : static_cast<std::uint32_t>(id);
-        EXPECT_EQ(index, names.IndexOf(Keywords, record->keyword));
+        EXPECT_EQ(index, names.IndexOf(kKeywords, record->keyword));
     }
-    EXPECT_EQ((Qname{Keywords, L"CustomMediaSize"}), names.GetQname(0));
-    EXPECT_EQ((Qname{Keywords, L"ISOA4"}), names.GetQname(9));
-    EXPECT_EQ((Qname{Keywords, L"CreditCard"}), names.GetQname(171));
+    EXPECT_EQ((Qname{kKeywords, L"CustomMediaSize"}), names.GetQname(0));
+    EXPECT_EQ((Qname{kKeywords, L"ISOA4"}), names.GetQname(9));
+    EXPECT_EQ((Qname{kKeywords, L"CreditCard"}), names.GetQname(171));
 }
 
 TEST(InputBinOptionNames, GetQnameWithIndex10ThrowsAndIndex9IsTray5) {
     const InputBinOptionNames& names = InputBinOptionNames::Instance();
     EXPECT_EQ("base/xps/printschema/schemabase.cpp(LINE) : The index you specified is out of range.\n",
               Thrown<std::invalid_argument>([&] { static_cast<void>(names.GetQname(10)); }));
-    EXPECT_EQ((Qname{Keywords, L"Tray5"}), names.GetQname(9));
+    EXPECT_EQ((Qname{kKeywords, L"Tray5"}), names.GetQname(9));
 }
 
 TEST(InputBinOptionNames, LetterCaseMatters) {
-    EXPECT_EQ(0xFFFFFFFFU, InputBinOptionNames::Instance().IndexOf(Keywords, L"tray1"));
-    EXPECT_EQ(5U, InputBinOptionNames::Instance().IndexOf(Keywords, L"Tray1"));
+    EXPECT_EQ(0xFFFFFFFFU, InputBinOptionNames::Instance().IndexOf(kKeywords, L"tray1"));
+    EXPECT_EQ(5U, InputBinOptionNames::Instance().IndexOf(kKeywords, L"Tray1"));
 }
 
 TEST(PageScalingOptionNames, ThePrivateOptionIsFoundInThePrivateNamespaceAlone) {
     const PageScalingOptionNames& names = PageScalingOptionNames::Instance();
-    EXPECT_EQ(0xFFFFFFFFU, names.IndexOf(Keywords, L"FitApplicationImageableSizeToImageableSize"));
-    EXPECT_EQ(7U, names.IndexOf(Private, L"FitApplicationImageableSizeToImageableSize"));
-    EXPECT_EQ(0xFFFFFFFFU, names.IndexOf(Private, L"None"));
-    EXPECT_EQ(6U, names.IndexOf(Keywords, L"None"));
+    EXPECT_EQ(0xFFFFFFFFU, names.IndexOf(kKeywords, L"FitApplicationImageableSizeToImageableSize"));
+    EXPECT_EQ(7U, names.IndexOf(kPrivate, L"FitApplicationImageableSizeToImageableSize"));
+    EXPECT_EQ(0xFFFFFFFFU, names.IndexOf(kPrivate, L"None"));
+    EXPECT_EQ(6U, names.IndexOf(kKeywords, L"None"));
 }
 
 }  // namespace

@@ -19,9 +19,9 @@ using base::xml::LoadDomFromString;
 using platform::Bstr;
 using platform::Variant;
 using tests::Dom;
-using tests::FrameworkUri;
 using tests::HandlerTest;
-using tests::KeywordsUri;
+using tests::kFrameworkUri;
+using tests::kKeywordsUri;
 using tests::SchemaDocument;
 using tests::Thrown;
 using tests::ThrownCode;
@@ -58,8 +58,8 @@ std::wstring Property(IXMLDOMDocument2* pDocument, const wchar_t* name) {
 }
 
 TEST_P(PrintSchemaHandlerTest, PrefixesAreTheDocumentsOwn) {
-    const Dom pTicket =
-        Root(L"f:PrintTicket", Declaration(L"xmlns:k", KeywordsUri) + Declaration(L"xmlns:f", FrameworkUri));
+    const Dom pTicket = Root(L"f:PrintTicket",
+                             Declaration(L"xmlns:k", kKeywordsUri) + Declaration(L"xmlns:f", kFrameworkUri));
     const PrintTicketHandler handler(pTicket.Get());
     EXPECT_EQ(L"k:", handler.GetPrefix(SchemaNamespace::Keywords));
     EXPECT_EQ(L"f:", handler.GetPrefix(SchemaNamespace::Framework));
@@ -84,30 +84,30 @@ TEST_P(PrintSchemaHandlerTest, ANullDocumentIsPending) {
 
 TEST_P(PrintSchemaHandlerTest, ATicketWhoseFrameworkNamespaceIsTheDefaultNamespaceFailsConstruction) {
     const Dom pTicket =
-        Root(L"PrintTicket", Declaration(L"xmlns", FrameworkUri) + Declaration(L"xmlns:psk", KeywordsUri));
+        Root(L"PrintTicket", Declaration(L"xmlns", kFrameworkUri) + Declaration(L"xmlns:psk", kKeywordsUri));
     EXPECT_EQ(E_FAIL, CodeOfConstruction(pTicket.Get()));
 }
 
 TEST_P(PrintSchemaHandlerTest, ADefaultDeclarationBeforeThePrefixFailsConstruction) {
-    const std::wstring byDefault = Declaration(L"xmlns", FrameworkUri);
-    const std::wstring byPrefix = Declaration(L"xmlns:psf", FrameworkUri);
+    const std::wstring byDefault = Declaration(L"xmlns", kFrameworkUri);
+    const std::wstring byPrefix = Declaration(L"xmlns:psf", kFrameworkUri);
     EXPECT_EQ(E_FAIL, CodeOfConstruction(Root(L"psf:PrintTicket", byDefault + byPrefix).Get()));
     EXPECT_EQ(S_OK, CodeOfConstruction(Root(L"psf:PrintTicket", byPrefix + byDefault).Get()));
 }
 
 TEST_P(PrintSchemaHandlerTest, AnyOtherNamespaceThatIsTheDefaultFailsConstructionToo) {
     for (const std::wstring_view uri :
-         {KeywordsUri, std::wstring_view(L"http://www.w3.org/2001/XMLSchema-instance"),
+         {kKeywordsUri, std::wstring_view(L"http://www.w3.org/2001/XMLSchema-instance"),
           std::wstring_view(L"http://www.w3.org/2001/XMLSchema")}) {
         const Dom pTicket =
-            Root(L"psf:PrintTicket", Declaration(L"xmlns:psf", FrameworkUri) + Declaration(L"xmlns", uri));
+            Root(L"psf:PrintTicket", Declaration(L"xmlns:psf", kFrameworkUri) + Declaration(L"xmlns", uri));
         EXPECT_EQ(E_FAIL, CodeOfConstruction(pTicket.Get())) << std::wstring(uri);
     }
 }
 
 TEST_P(PrintSchemaHandlerTest, AnAttributeThatIsNoDeclarationFailsConstructionWhenItHoldsTheNamespace) {
-    const Dom pTicket = Root(L"psf:PrintTicket",
-                             Declaration(L"xmlns:psf", FrameworkUri) + Declaration(L"keywords", KeywordsUri));
+    const Dom pTicket = Root(L"psf:PrintTicket", Declaration(L"xmlns:psf", kFrameworkUri) +
+                                                     Declaration(L"keywords", kKeywordsUri));
     EXPECT_EQ(E_FAIL, CodeOfConstruction(pTicket.Get()));
 }
 
@@ -119,7 +119,7 @@ TEST_P(PrintSchemaHandlerTest, ADocumentInWhichTheRootQueryFindsNothingFailsCons
 }
 
 TEST_P(PrintSchemaHandlerTest, ADocumentWithoutTheKeywordPrefixConstructsAndItsFirstGetPrefixThrows) {
-    const Dom pTicket = Root(L"psf:PrintTicket", Declaration(L"xmlns:psf", FrameworkUri));
+    const Dom pTicket = Root(L"psf:PrintTicket", Declaration(L"xmlns:psf", kFrameworkUri));
     const PrintTicketHandler handler(pTicket.Get());
     for (const std::uint32_t index : {0U, 1U, 2U, 3U, 4U})
         EXPECT_EQ(E_UNEXPECTED,
@@ -133,8 +133,8 @@ TEST_P(PrintSchemaHandlerTest, ADocumentWithoutTheKeywordPrefixConstructsAndItsF
 }
 
 TEST_P(PrintSchemaHandlerTest, AKeywordPrefixThatOnlyAFeatureDeclaresIsNotSeen) {
-    std::wstring text = L"<psf:PrintTicket" + Declaration(L"xmlns:psf", FrameworkUri);
-    text += L"><psf:Feature" + Declaration(L"xmlns:psk", KeywordsUri);
+    std::wstring text = L"<psf:PrintTicket" + Declaration(L"xmlns:psf", kFrameworkUri);
+    text += L"><psf:Feature" + Declaration(L"xmlns:psk", kKeywordsUri);
     const Dom pTicket = LoadDomFromString(text + L" name=\"psk:PageScaling\"/></psf:PrintTicket>");
     const PrintTicketHandler handler(pTicket.Get());
     EXPECT_EQ(E_UNEXPECTED,
@@ -157,9 +157,9 @@ TEST_P(PrintSchemaHandlerTest, GetPrefixThrowsWhileThePrivatePrefixIsUnset) {
 
 TEST_P(PrintSchemaHandlerTest, TheFirstOfTwoPrefixesWins) {
     const Dom pTicket =
-        Root(L"b:PrintTicket", Declaration(L"xmlns:a", FrameworkUri) + Declaration(L"xmlns:b", FrameworkUri) +
-                                   Declaration(L"xmlns:second", KeywordsUri) +
-                                   Declaration(L"xmlns:first", KeywordsUri));
+        Root(L"b:PrintTicket",
+             Declaration(L"xmlns:a", kFrameworkUri) + Declaration(L"xmlns:b", kFrameworkUri) +
+                 Declaration(L"xmlns:second", kKeywordsUri) + Declaration(L"xmlns:first", kKeywordsUri));
     const PrintTicketHandler handler(pTicket.Get());
     EXPECT_EQ(L"a:", handler.GetPrefix(SchemaNamespace::Framework));
     EXPECT_EQ(L"second:", handler.GetPrefix(SchemaNamespace::Keywords));
@@ -175,17 +175,17 @@ TEST_P(PrintSchemaHandlerTest, AnUnsetPrivatePrefixBecomesTheFallback) {
 
 TEST_P(PrintSchemaHandlerTest, AFailingPrefixLeavesThePrivatePrefixUnset) {
     SetPrivatePrefix({});
-    EXPECT_EQ(E_FAIL, CodeOfConstruction(Root(L"PrintTicket", Declaration(L"xmlns", FrameworkUri)).Get()));
+    EXPECT_EQ(E_FAIL, CodeOfConstruction(Root(L"PrintTicket", Declaration(L"xmlns", kFrameworkUri)).Get()));
     EXPECT_EQ(L"", PrivatePrefix());
     EXPECT_EQ(E_FAIL, CodeOfConstruction(CreateDom().Get()));
     EXPECT_EQ(L"ns0000:", PrivatePrefix());
 }
 
 TEST_P(PrintSchemaHandlerTest, TheDocumentIsLeftSelectingByItsOwnPrefix) {
-    const Dom pTicket = Root(L"f:PrintTicket", Declaration(L"xmlns:f", FrameworkUri));
+    const Dom pTicket = Root(L"f:PrintTicket", Declaration(L"xmlns:f", kFrameworkUri));
     const PrintTicketHandler handler(pTicket.Get());
     EXPECT_EQ(L"XPath", Property(pTicket.Get(), L"SelectionLanguage"));
-    EXPECT_EQ(L"xmlns:f='" + std::wstring(FrameworkUri) + L"'",
+    EXPECT_EQ(L"xmlns:f='" + std::wstring(kFrameworkUri) + L"'",
               Property(pTicket.Get(), L"SelectionNamespaces"));
 }
 

@@ -21,13 +21,13 @@ using tests::HandlerTest;
 using tests::Node;
 using tests::Ticket;
 
-constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-constexpr HRESULT NoInteger = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
-constexpr SchemaNamespace Keywords = SchemaNamespace::Keywords;
-constexpr SchemaNamespace Private = SchemaNamespace::Private;
+constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr HRESULT kNoInteger = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
+constexpr SchemaNamespace kPrivate = SchemaNamespace::Private;
 
-const Qname JobInputBin = {Keywords, L"JobInputBin"};
-const Qname FeedDirection = {Keywords, L"FeedDirection"};
+const Qname kJobInputBin = {kKeywords, L"JobInputBin"};
+const Qname kFeedDirection = {kKeywords, L"FeedDirection"};
 
 // The property psk:P with a value.
 std::wstring PropertyOf(std::wstring_view value) {
@@ -45,7 +45,7 @@ class SchemaReadingTest : public HandlerTest {
 
     HRESULT ReadIntegerOf(std::wstring_view text, std::int32_t& value) {
         const PrintTicketHandler& handler = Open(PropertyOf(text));
-        return handler.ReadInteger(handler.PropertyQuery({Keywords, L"P"}), &value);
+        return handler.ReadInteger(handler.PropertyQuery({kKeywords, L"P"}), &value);
     }
 
   private:
@@ -74,32 +74,32 @@ std::wstring LocalNameIn(const PrintSchemaHandler& handler, PropertyKind kind) {
     Node pRoot;
     EXPECT_EQ(S_OK, handler.SelectSingleNode(L"/*", pRoot.Put()));
     return TextOf([&](BSTR* pText) {
-        return handler.ReadLocalName(pRoot.Get(), kind, {Keywords, L"P"}, pText);
+        return handler.ReadLocalName(pRoot.Get(), kind, {kKeywords, L"P"}, pText);
     });
 }
 
-std::wstring OptionOf(const PrintSchemaHandler& handler, const Qname& feature = JobInputBin,
-                      SchemaNamespace optionSpace = Keywords) {
+std::wstring OptionOf(const PrintSchemaHandler& handler, const Qname& feature = kJobInputBin,
+                      SchemaNamespace optionSpace = kKeywords) {
     return TextOf([&](BSTR* pText) { return handler.GetOptionName(feature, optionSpace, pText); });
 }
 
 TEST_P(SchemaReadingTest, QueriesNameElementsWithTheDocumentsPrefixes) {
     const PrintTicketHandler& handler = Open(L"");
-    const Qname bound = {Private, L"MinWidth"};
-    EXPECT_EQ(L"//psf:Feature[@name = \"psk:JobInputBin\"]", handler.FeatureQuery(JobInputBin));
-    EXPECT_EQ(L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option", handler.OptionQuery(JobInputBin));
+    const Qname bound = {kPrivate, L"MinWidth"};
+    EXPECT_EQ(L"//psf:Feature[@name = \"psk:JobInputBin\"]", handler.FeatureQuery(kJobInputBin));
+    EXPECT_EQ(L"//psf:Feature[@name = \"psk:JobInputBin\"]/psf:Option", handler.OptionQuery(kJobInputBin));
     EXPECT_EQ(L"//psf:Property[@name = \"krk:MinWidth\"]", handler.PropertyQuery(bound));
     EXPECT_EQ(L"//psf:ScoredProperty[@name = \"psk:FeedDirection\"]",
-              handler.ScoredPropertyQuery(FeedDirection));
+              handler.ScoredPropertyQuery(kFeedDirection));
 }
 
 TEST_P(SchemaReadingTest, ADoubleQuoteInANameIsAPieceOfItsOwnInAQuery) {
     const PrintTicketHandler& handler = Open(L"");
-    EXPECT_EQ(L"//psf:Feature[@name = \"psk:it's\"]", handler.FeatureQuery({Keywords, L"it's"}));
+    EXPECT_EQ(L"//psf:Feature[@name = \"psk:it's\"]", handler.FeatureQuery({kKeywords, L"it's"}));
     EXPECT_EQ(L"//psf:Feature[@name = concat(\"psk:a\", '\"', \"b'c\")]",
-              handler.FeatureQuery({Keywords, L"a\"b'c"}));
+              handler.FeatureQuery({kKeywords, L"a\"b'c"}));
     EXPECT_EQ(L"//psf:Property[@name = concat(\"psk:\", '\"', \"\")]",
-              handler.PropertyQuery({Keywords, L"\""}));
+              handler.PropertyQuery({kKeywords, L"\""}));
 }
 
 TEST_P(SchemaReadingTest, SelectSingleNodeTakesTheFirstMatchInDocumentOrder) {
@@ -167,8 +167,8 @@ TEST_P(SchemaReadingTest, GetValueReadsALiteralValue) {
     const PrintTicketHandler& handler = Open(
         L"<psf:Property name=\"psk:P\"><psf:Value>first</psf:Value><psf:Value>second</psf:Value>"
         L"</psf:Property><psf:Property name=\"psk:Empty\"><psf:Value/></psf:Property>");
-    EXPECT_EQ(L"first", ValueOf(handler, handler.PropertyQuery({Keywords, L"P"})));
-    EXPECT_EQ(L"", ValueOf(handler, handler.PropertyQuery({Keywords, L"Empty"})));
+    EXPECT_EQ(L"first", ValueOf(handler, handler.PropertyQuery({kKeywords, L"P"})));
+    EXPECT_EQ(L"", ValueOf(handler, handler.PropertyQuery({kKeywords, L"Empty"})));
 }
 
 TEST_P(SchemaReadingTest, GetValueFollowsAParameterReference) {
@@ -178,7 +178,7 @@ TEST_P(SchemaReadingTest, GetValueFollowsAParameterReference) {
         L"</psf:ScoredProperty><psf:ParameterInit name=\"psk:A\"><psf:Value>first</psf:Value>"
         L"</psf:ParameterInit><psf:ParameterInit name=\"psk:A\"><psf:Value>second</psf:Value>"
         L"</psf:ParameterInit>");
-    EXPECT_EQ(L"first", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
+    EXPECT_EQ(L"first", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, ALiteralValueWinsOverAParameterReference) {
@@ -186,14 +186,15 @@ TEST_P(SchemaReadingTest, ALiteralValueWinsOverAParameterReference) {
         L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
         L"<psf:Value>literal</psf:Value></psf:ScoredProperty>"
         L"<psf:ParameterInit name=\"psk:A\"><psf:Value>a</psf:Value></psf:ParameterInit>");
-    EXPECT_EQ(L"literal", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
+    EXPECT_EQ(L"literal", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, AValueIsAnElementOfTheFrameworkUnderAnyPrefix) {
     const std::wstring none =
         L"<Value>1</Value><x:Value xmlns:x=\"urn:x\">2</x:Value><?Value 3?><!--Value-->"
         L"Value<psf:value>4</psf:value><psf:P><psf:Value>5</psf:Value></psf:P>";
-    const std::wstring other = L"<f:Value xmlns:f=\"" + std::wstring(tests::FrameworkUri) + L"\">6</f:Value>";
+    const std::wstring other =
+        L"<f:Value xmlns:f=\"" + std::wstring(tests::kFrameworkUri) + L"\">6</f:Value>";
     const std::wstring query = L"//psf:Property[@name = \"psk:P\"]";
     EXPECT_EQ(L"0x00000001", ValueOf(Open(tests::Property(L"psk:P", none)), query));
     EXPECT_EQ(L"6", ValueOf(Open(tests::Property(L"psk:P", none + other)), query));
@@ -207,7 +208,7 @@ TEST_P(SchemaReadingTest, AParameterIsOfTheReferencesExactName) {
         L"<psf:ParameterInit name=\"k:A\"><psf:Value>other prefix</psf:Value></psf:ParameterInit>"
         L"<psf:ParameterInit name=\"psk:a\"><psf:Value>other case</psf:Value></psf:ParameterInit>",
         L" xmlns:k=\"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords\"");
-    EXPECT_EQ(L"0x00000001", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
+    EXPECT_EQ(L"0x00000001", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, AParametersNameMayHoldQuotes) {
@@ -216,7 +217,7 @@ TEST_P(SchemaReadingTest, AParametersNameMayHoldQuotes) {
         L"</psf:ScoredProperty>"
         L"<psf:ParameterInit name=\"psk:other\"><psf:Value>other</psf:Value></psf:ParameterInit>"
         L"<psf:ParameterInit name='psk:\"] | //*[\"'><psf:Value>own</psf:Value></psf:ParameterInit>");
-    EXPECT_EQ(L"own", ValueOf(handler, handler.ScoredPropertyQuery({Keywords, L"P"})));
+    EXPECT_EQ(L"own", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
 }
 
 TEST_P(SchemaReadingTest, GetValueTellsWhatIsMissing) {
@@ -229,7 +230,7 @@ TEST_P(SchemaReadingTest, GetValueTellsWhatIsMissing) {
         L"name=\"psk:Deep\"><psf:Property><psf:Value>1</psf:Value></psf:Property></psf:Property>"
         L"<psf:ParameterInit name=\"psk:Init\"/>");
     for (const wchar_t* name : {L"Absent", L"Bare", L"Nameless", L"Dangling", L"Valueless", L"Deep"}) {
-        const std::wstring query = handler.PropertyQuery({Keywords, name});
+        const std::wstring query = handler.PropertyQuery({kKeywords, name});
         EXPECT_EQ(L"0x00000001", ValueOf(handler, query)) << name;
         EXPECT_EQ(L"0x80070490", TextOf([&](BSTR* pText) { return handler.ReadValue(query, pText); }))
             << name;
@@ -272,7 +273,7 @@ TEST_P(SchemaReadingTest, AnythingThatIsNo32BitIntegerIsAFailingReadAndNever0) {
                                 L"2147483648", L"-2147483649", L"18446744073709551616",
                                 digits.c_str()}) {
         std::int32_t value = 7;
-        EXPECT_EQ(NoInteger, ReadIntegerOf(text, value)) << text;
+        EXPECT_EQ(kNoInteger, ReadIntegerOf(text, value)) << text;
         EXPECT_EQ(7, value) << text;
     }
 }
@@ -281,7 +282,7 @@ TEST_P(SchemaReadingTest, ReadIntegerDoesNotDependOnTheLocale) {
     const std::string before = std::setlocale(LC_ALL, nullptr);
     std::setlocale(LC_ALL, "German_Germany.1252");
     std::int32_t value = 7;
-    EXPECT_EQ(NoInteger, ReadIntegerOf(L"1.000", value));
+    EXPECT_EQ(kNoInteger, ReadIntegerOf(L"1.000", value));
     EXPECT_EQ(S_OK, ReadIntegerOf(L"1000", value));
     EXPECT_EQ(1000, value);
     std::setlocale(LC_ALL, before.c_str());
@@ -290,7 +291,7 @@ TEST_P(SchemaReadingTest, ReadIntegerDoesNotDependOnTheLocale) {
 TEST_P(SchemaReadingTest, ReadIntegerTellsWhatIsMissing) {
     const PrintTicketHandler& handler = Open(L"");
     std::int32_t value = 7;
-    EXPECT_EQ(NotFound, handler.ReadInteger(L"//psf:Property", &value));
+    EXPECT_EQ(kNotFound, handler.ReadInteger(L"//psf:Property", &value));
     EXPECT_EQ(E_INVALIDARG, handler.ReadInteger(L"", &value));
     EXPECT_EQ(E_POINTER, handler.ReadInteger(L"//psf:Property", nullptr));
     EXPECT_EQ(7, value);
@@ -314,7 +315,7 @@ TEST_P(SchemaReadingTest, ReadingBelowANodeRefusesNullPointers) {
     const PrintTicketHandler& handler = Open(L"<psf:Property name=\"psk:P\"/>");
     Node pRoot;
     ASSERT_EQ(S_OK, handler.SelectSingleNode(L"/*", pRoot.Put()));
-    const Qname name = {Keywords, L"P"};
+    const Qname name = {kKeywords, L"P"};
     EXPECT_EQ(E_POINTER, handler.ReadLocalName(pRoot.Get(), PropertyKind::Plain, name, nullptr));
     BSTR text = nullptr;
     EXPECT_EQ(E_POINTER, handler.ReadLocalName(nullptr, PropertyKind::Plain, name, &text));
@@ -332,15 +333,15 @@ TEST_P(SchemaReadingTest, APropertyIsReadInsideItsFeaturesOwnOption) {
         L"</psf:ScoredProperty><psf:Option name=\"psk:One\"><psf:ScoredProperty name=\"psk:Width\">"
         L"<psf:Value>4</psf:Value>"
         L"</psf:ScoredProperty></psf:Option></psf:Feature>");
-    const Qname width = {Keywords, L"Width"};
+    const Qname width = {kKeywords, L"Width"};
     Bstr name;
     Node pOption;
-    ASSERT_EQ(S_OK, handler.GetOption({Keywords, L"Own"}, Keywords, name.Put(), pOption.Put()));
+    ASSERT_EQ(S_OK, handler.GetOption({kKeywords, L"Own"}, kKeywords, name.Put(), pOption.Put()));
     EXPECT_EQ(L"One", name.View());
     std::int32_t value = 0;
     EXPECT_EQ(S_OK, handler.ReadInteger(pOption.Get(), PropertyKind::Scored, width, &value));
     EXPECT_EQ(4, value);
-    EXPECT_EQ(NotFound, handler.ReadInteger(pOption.Get(), PropertyKind::Plain, width, &value));
+    EXPECT_EQ(kNotFound, handler.ReadInteger(pOption.Get(), PropertyKind::Plain, width, &value));
 }
 
 TEST_P(SchemaReadingTest, GetOptionGivesBothOrNeither) {
@@ -348,12 +349,12 @@ TEST_P(SchemaReadingTest, GetOptionGivesBothOrNeither) {
         Open(L"<psf:Feature name=\"psk:JobInputBin\"><psf:Option/></psf:Feature>");
     Bstr name;
     Node pOption;
-    EXPECT_EQ(E_INVALIDARG, handler.GetOption(JobInputBin, Keywords, name.Put(), pOption.Put()));
+    EXPECT_EQ(E_INVALIDARG, handler.GetOption(kJobInputBin, kKeywords, name.Put(), pOption.Put()));
     EXPECT_TRUE(name.Empty());
     EXPECT_FALSE(pOption);
-    EXPECT_EQ(E_POINTER, handler.GetOption(JobInputBin, Keywords, nullptr, pOption.Put()));
-    EXPECT_EQ(E_POINTER, handler.GetOption(JobInputBin, Keywords, name.Put(), nullptr));
-    EXPECT_EQ(NotFound, handler.GetOption({Keywords, L"No"}, Keywords, name.Put(), pOption.Put()));
+    EXPECT_EQ(E_POINTER, handler.GetOption(kJobInputBin, kKeywords, nullptr, pOption.Put()));
+    EXPECT_EQ(E_POINTER, handler.GetOption(kJobInputBin, kKeywords, name.Put(), nullptr));
+    EXPECT_EQ(kNotFound, handler.GetOption({kKeywords, L"No"}, kKeywords, name.Put(), pOption.Put()));
 }
 
 TEST_P(SchemaReadingTest, TheSelectedOptionIsTheFirstOptionsName) {
@@ -364,8 +365,8 @@ TEST_P(SchemaReadingTest, TheSelectedOptionIsTheFirstOptionsName) {
     EXPECT_EQ(L"Tray1", OptionOf(handler));
 }
 
-constexpr wchar_t Option[] = L"<psf:Option name=\"psk:Tray1\"/>";
-constexpr wchar_t OptionName[] =
+constexpr wchar_t kOption[] = L"<psf:Option name=\"psk:Tray1\"/>";
+constexpr wchar_t kOptionName[] =
     L"<psf:ScoredProperty name=\"psk:OptionName\"><psf:Value>psk:Tray2</psf:Value></psf:ScoredProperty>";
 
 std::wstring InputBin(std::wstring_view content) {
@@ -374,17 +375,17 @@ std::wstring InputBin(std::wstring_view content) {
 }
 
 TEST_P(SchemaReadingTest, AnOptionGivenOnlyThroughOptionNameIsFoundWhenNoOptionPrecedesIt) {
-    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(OptionName))));
-    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(std::wstring(OptionName) + Option))));
-    EXPECT_EQ(L"Tray1", OptionOf(Open(InputBin(std::wstring(Option) + OptionName))));
+    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(kOptionName))));
+    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(std::wstring(kOptionName) + kOption))));
+    EXPECT_EQ(L"Tray1", OptionOf(Open(InputBin(std::wstring(kOption) + kOptionName))));
 }
 
 TEST_P(SchemaReadingTest, TheOptionsNamespaceTellsThePrefixOfOptionNameAlone) {
     const std::wstring content =
         L"<psf:ScoredProperty name=\"krk:OptionName\"><psf:Value>krk:Tray2</psf:Value></psf:ScoredProperty>";
-    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(content)), JobInputBin, Private));
-    EXPECT_EQ(L"0x80070490", OptionOf(Open(InputBin(content)), JobInputBin, Keywords));
-    EXPECT_EQ(L"psk:Tray1", OptionOf(Open(InputBin(Option)), JobInputBin, Private));
+    EXPECT_EQ(L"Tray2", OptionOf(Open(InputBin(content)), kJobInputBin, kPrivate));
+    EXPECT_EQ(L"0x80070490", OptionOf(Open(InputBin(content)), kJobInputBin, kKeywords));
+    EXPECT_EQ(L"psk:Tray1", OptionOf(Open(InputBin(kOption)), kJobInputBin, kPrivate));
 }
 
 TEST_P(SchemaReadingTest, APrivateOptionIsFoundAmongTheKeywordsWithoutItsPrefix) {
@@ -407,23 +408,23 @@ TEST_P(SchemaReadingTest, AFeatureWithoutAnOptionIsNotFound) {
     EXPECT_EQ(L"0x80070490",
               OptionOf(Open(L"<psf:Feature name=\"k:JobInputBin\"><psf:Option name=\"k:Tray1\"/>"
                             L"</psf:Feature>",
-                            L" xmlns:k=\"" + std::wstring(tests::KeywordsUri) + L"\"")));
+                            L" xmlns:k=\"" + std::wstring(tests::kKeywordsUri) + L"\"")));
 }
 
 TEST_P(SchemaReadingTest, AnOptionsArgumentsAreChecked) {
     const PrintTicketHandler& handler = Open(L"");
-    EXPECT_EQ(E_POINTER, handler.GetOptionName(JobInputBin, Keywords, nullptr));
-    EXPECT_EQ(L"0x80070057", OptionOf(handler, {Keywords, L""}));
+    EXPECT_EQ(E_POINTER, handler.GetOptionName(kJobInputBin, kKeywords, nullptr));
+    EXPECT_EQ(L"0x80070057", OptionOf(handler, {kKeywords, L""}));
 }
 
 TEST_P(SchemaReadingTest, AQuoteInThePrivatePrefixIsNoPartOfTheQuery) {
     SetPrivatePrefix(L"x\"] | //psf:Option[\"1\" = \"1");
-    const Qname feature = {Private, L"JobPrintableMediaSize"};
-    EXPECT_EQ(L"0x80070490", OptionOf(Open(InputBin(Option)), feature, Private));
+    const Qname feature = {kPrivate, L"JobPrintableMediaSize"};
+    EXPECT_EQ(L"0x80070490", OptionOf(Open(InputBin(kOption)), feature, kPrivate));
     EXPECT_EQ(L"psk:Found",
               OptionOf(Open(L"<psf:Feature name='x\"] | //psf:Option[\"1\" = \"1:JobPrintableMediaSize'>"
                             L"<psf:Option name=\"psk:Found\"/></psf:Feature>"),
-                       feature, Private));
+                       feature, kPrivate));
 }
 
 TEST_ON_EACH_DOM(SchemaReadingTest);

@@ -19,14 +19,14 @@ using tests::Dom;
 using tests::DomText;
 using tests::Element;
 using tests::HandlerTest;
-using tests::KeywordsUri;
+using tests::kKeywordsUri;
 using tests::Node;
 using tests::Ticket;
 
-constexpr SchemaNamespace Keywords = SchemaNamespace::Keywords;
-constexpr SchemaNamespace Private = SchemaNamespace::Private;
+constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
+constexpr SchemaNamespace kPrivate = SchemaNamespace::Private;
 
-const Qname Nameless = {Keywords, L""};
+const Qname kNameless = {kKeywords, L""};
 
 class SchemaWritingTest : public HandlerTest {
   protected:
@@ -74,7 +74,7 @@ TEST_P(SchemaWritingTest, AnAttributeIsReplacedByOneOfItsName) {
 TEST_P(SchemaWritingTest, APropertyIsNamedWithTheNamespacesPrefix) {
     EXPECT_EQ(Ticket(L"<psf:Property name=\"krk:MinWidth\"/>"),
               With([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateProperty({Private, L"MinWidth"}, pp);
+                  return handler.CreateProperty({kPrivate, L"MinWidth"}, pp);
               }));
 }
 
@@ -83,7 +83,7 @@ TEST_P(SchemaWritingTest, APropertysValueIsTyped) {
         Ticket(L"<psf:Property name=\"psk:Name\"><psf:Value xsi:type=\"xsd:string\">a &lt; b</psf:Value>"
                L"</psf:Property>"),
         With([](const Handler& handler, IXMLDOMElement** pp) {
-            return handler.CreatePropertyWithValue({Keywords, L"Name"}, L"string", L"a < b", pp);
+            return handler.CreatePropertyWithValue({kKeywords, L"Name"}, L"string", L"a < b", pp);
         }));
 }
 
@@ -91,7 +91,7 @@ TEST_P(SchemaWritingTest, AnIntegerPropertyHoldsADecimalNumber) {
     EXPECT_EQ(Ticket(L"<psf:Property name=\"krk:MinWidth\"><psf:Value xsi:type=\"xsd:integer\">-2147483648"
                      L"</psf:Value></psf:Property>"),
               With([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateIntegerProperty({Private, L"MinWidth"},
+                  return handler.CreateIntegerProperty({kPrivate, L"MinWidth"},
                                                        std::numeric_limits<std::int32_t>::min(), pp);
               }));
 }
@@ -99,7 +99,7 @@ TEST_P(SchemaWritingTest, AnIntegerPropertyHoldsADecimalNumber) {
 TEST_P(SchemaWritingTest, AScoredPropertyIsBuiltLikeAProperty) {
     EXPECT_EQ(Ticket(L"<psf:ScoredProperty name=\"psk:Scale\"/>"),
               With([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateScoredProperty({Keywords, L"Scale"}, pp);
+                  return handler.CreateScoredProperty({kKeywords, L"Scale"}, pp);
               }));
 }
 
@@ -107,7 +107,7 @@ TEST_P(SchemaWritingTest, AScoredPropertysValueIsTyped) {
     EXPECT_EQ(Ticket(L"<psf:ScoredProperty name=\"psk:FeedDirection\"><psf:Value xsi:type=\"xsd:QName\">"
                      L"psk:LongEdgeFirst</psf:Value></psf:ScoredProperty>"),
               With([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateScoredPropertyWithValue({Keywords, L"FeedDirection"}, L"QName",
+                  return handler.CreateScoredPropertyWithValue({kKeywords, L"FeedDirection"}, L"QName",
                                                                L"psk:LongEdgeFirst", pp);
               }));
 }
@@ -116,7 +116,7 @@ TEST_P(SchemaWritingTest, AnIntegerScoredPropertyHoldsADecimalNumber) {
     EXPECT_EQ(Ticket(L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\"><psf:Value xsi:type=\"xsd:integer\">"
                      L"210000</psf:Value></psf:ScoredProperty>"),
               With([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateIntegerScoredProperty({Keywords, L"MediaSizeWidth"}, 210000, pp);
+                  return handler.CreateIntegerScoredProperty({kKeywords, L"MediaSizeWidth"}, 210000, pp);
               }));
 }
 
@@ -169,7 +169,7 @@ TEST_P(SchemaWritingTest, AParametersArgumentsAreChecked) {
 TEST_P(SchemaWritingTest, AFeatureHoldsItsOptionEachWithItsOwnPrefix) {
     Element pFeature;
     Element pOption;
-    ASSERT_EQ(S_OK, m_handler.CreateFeatureOption({Keywords, L"PageScaling"}, {Private, L"Own"},
+    ASSERT_EQ(S_OK, m_handler.CreateFeatureOption({kKeywords, L"PageScaling"}, {kPrivate, L"Own"},
                                                   pFeature.Put(), pOption.Put()));
     EXPECT_EQ(Ticket(L""), DomText(m_pTicket.Get()));
     ASSERT_EQ(S_OK, m_handler.AppendToRoot(pFeature.Get()));
@@ -182,11 +182,11 @@ TEST_P(SchemaWritingTest, AFeatureHoldsItsOptionEachWithItsOwnPrefix) {
 TEST_P(SchemaWritingTest, AFeaturesArgumentsAreChecked) {
     Element pFeature;
     Element pOption;
-    const Qname name = {Keywords, L"PageScaling"};
+    const Qname name = {kKeywords, L"PageScaling"};
     EXPECT_EQ(E_POINTER, m_handler.CreateFeatureOption(name, name, nullptr, pOption.Put()));
     EXPECT_EQ(E_POINTER, m_handler.CreateFeatureOption(name, name, pFeature.Put(), nullptr));
-    EXPECT_EQ(E_INVALIDARG, m_handler.CreateFeatureOption(Nameless, name, pFeature.Put(), pOption.Put()));
-    EXPECT_EQ(E_INVALIDARG, m_handler.CreateFeatureOption(name, Nameless, pFeature.Put(), pOption.Put()));
+    EXPECT_EQ(E_INVALIDARG, m_handler.CreateFeatureOption(kNameless, name, pFeature.Put(), pOption.Put()));
+    EXPECT_EQ(E_INVALIDARG, m_handler.CreateFeatureOption(name, kNameless, pFeature.Put(), pOption.Put()));
     EXPECT_FALSE(pFeature);
     EXPECT_FALSE(pOption);
 }
@@ -196,16 +196,16 @@ TEST_P(SchemaWritingTest, AnEmptyNameIsRefused) {
                   return handler.CreateElement(L"", kFrameworkNamespace, pp);
               }));
     EXPECT_EQ(E_INVALIDARG, CodeOf([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateProperty(Nameless, pp);
+                  return handler.CreateProperty(kNameless, pp);
               }));
     EXPECT_EQ(E_INVALIDARG, CodeOf([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreatePropertyWithValue(Nameless, L"string", L"", pp);
+                  return handler.CreatePropertyWithValue(kNameless, L"string", L"", pp);
               }));
     EXPECT_EQ(E_INVALIDARG, CodeOf([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateScoredProperty(Nameless, pp);
+                  return handler.CreateScoredProperty(kNameless, pp);
               }));
     EXPECT_EQ(E_INVALIDARG, CodeOf([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateIntegerScoredProperty(Nameless, 1, pp);
+                  return handler.CreateIntegerScoredProperty(kNameless, 1, pp);
               }));
     Element pElement;
     ASSERT_EQ(S_OK, m_handler.CreateElement(L"Feature", kFrameworkNamespace, pElement.Put()));
@@ -230,12 +230,12 @@ TEST_P(SchemaWritingTest, NothingCanBePlacedInADocumentThatHasLostItsRoot) {
 
 TEST_P(SchemaWritingTest, ANullPointerIsRefusedBeforeAnythingElse) {
     EXPECT_EQ(E_POINTER, m_handler.CreateElement(L"", {}, nullptr));
-    EXPECT_EQ(E_POINTER, m_handler.CreateProperty(Nameless, nullptr));
-    EXPECT_EQ(E_POINTER, m_handler.CreatePropertyWithValue(Nameless, {}, {}, nullptr));
-    EXPECT_EQ(E_POINTER, m_handler.CreateIntegerProperty(Nameless, 0, nullptr));
-    EXPECT_EQ(E_POINTER, m_handler.CreateScoredProperty(Nameless, nullptr));
-    EXPECT_EQ(E_POINTER, m_handler.CreateScoredPropertyWithValue(Nameless, {}, {}, nullptr));
-    EXPECT_EQ(E_POINTER, m_handler.CreateIntegerScoredProperty(Nameless, 0, nullptr));
+    EXPECT_EQ(E_POINTER, m_handler.CreateProperty(kNameless, nullptr));
+    EXPECT_EQ(E_POINTER, m_handler.CreatePropertyWithValue(kNameless, {}, {}, nullptr));
+    EXPECT_EQ(E_POINTER, m_handler.CreateIntegerProperty(kNameless, 0, nullptr));
+    EXPECT_EQ(E_POINTER, m_handler.CreateScoredProperty(kNameless, nullptr));
+    EXPECT_EQ(E_POINTER, m_handler.CreateScoredPropertyWithValue(kNameless, {}, {}, nullptr));
+    EXPECT_EQ(E_POINTER, m_handler.CreateIntegerScoredProperty(kNameless, 0, nullptr));
     EXPECT_EQ(E_POINTER, m_handler.SetAttribute(nullptr, L"name", {}, {}));
     EXPECT_EQ(E_POINTER, m_handler.AppendToRoot(nullptr));
 }
@@ -250,7 +250,7 @@ TEST_P(SchemaWritingTest, APrivateNameNeedsNoDeclarationOfItsPrefix) {
     SetPrivatePrefix(L"other");
     EXPECT_EQ(Ticket(L"<psf:Property name=\"other:MinWidth\"/>"),
               With([](const Handler& handler, IXMLDOMElement** pp) {
-                  return handler.CreateProperty({Private, L"MinWidth"}, pp);
+                  return handler.CreateProperty({kPrivate, L"MinWidth"}, pp);
               }));
 }
 
@@ -263,7 +263,7 @@ TEST_P(OtherPrefixesTest, ElementsNamesAndTypesHaveTheDocumentsPrefixes) {
     const Dom pTicket = LoadDomFromString(begin + L"/>");
     const PrintTicketHandler handler(pTicket.Get());
     Element pProperty;
-    ASSERT_EQ(S_OK, handler.CreateIntegerScoredProperty({Keywords, L"Scale"}, 5, pProperty.Put()));
+    ASSERT_EQ(S_OK, handler.CreateIntegerScoredProperty({kKeywords, L"Scale"}, 5, pProperty.Put()));
     ASSERT_EQ(S_OK, handler.AppendToRoot(pProperty.Get()));
     EXPECT_EQ(begin +
                   L"><f:ScoredProperty name=\"k:Scale\"><f:Value i:type=\"s:integer\">"
@@ -277,7 +277,7 @@ TEST_P(OtherPrefixesTest, WithoutThePrefixesOfXmlSchemaTheTypeIsABareWord) {
     const Dom pTicket = LoadDomFromString(begin + L"/>");
     const PrintTicketHandler handler(pTicket.Get());
     Element pProperty;
-    ASSERT_EQ(S_OK, handler.CreateIntegerProperty({Keywords, L"P"}, 5, pProperty.Put()));
+    ASSERT_EQ(S_OK, handler.CreateIntegerProperty({kKeywords, L"P"}, 5, pProperty.Put()));
     ASSERT_EQ(S_OK, handler.AppendToRoot(pProperty.Get()));
     EXPECT_EQ(begin +
                   L"><psf:Property name=\"psk:P\"><psf:Value type=\"integer\">5"
@@ -291,7 +291,7 @@ TEST_P(OtherPrefixesTest, WithoutTheKeywordPrefixBuildersThrowWhatGetPrefixThrow
     const PrintTicketHandler handler(pTicket.Get());
     Element pElement;
     EXPECT_EQ(E_UNEXPECTED, tests::ThrownCode([&] {
-                  static_cast<void>(handler.CreateProperty({Private, L"P"}, pElement.Put()));
+                  static_cast<void>(handler.CreateProperty({kPrivate, L"P"}, pElement.Put()));
               }));
     EXPECT_FALSE(pElement);
     EXPECT_EQ(S_OK, handler.CreateElement(L"Feature", kFrameworkNamespace, pElement.Put()));
@@ -308,7 +308,7 @@ class RemovalTest : public HandlerTest {
         return DomText(pTicket.Get());
     }
 
-    const Qname m_scaling = {Keywords, L"PageScaling"};
+    const Qname m_scaling = {kKeywords, L"PageScaling"};
 };
 
 TEST_P(RemovalTest, NothingToRemoveIsNoError) {
@@ -340,7 +340,7 @@ TEST_P(RemovalTest, NamesAreComparedWithTheirPrefix) {
     constexpr wchar_t body[] =
         L"<psf:Feature name=\"krk:PageScaling\"/><psf:Feature name=\"psk:pagescaling\"/>";
     EXPECT_EQ(Ticket(body), Without(m_scaling, body));
-    EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:pagescaling\"/>"), Without({Private, L"PageScaling"}, body));
+    EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:pagescaling\"/>"), Without({kPrivate, L"PageScaling"}, body));
 }
 
 TEST_P(RemovalTest, ANestedFeatureGoesFromItsParent) {
@@ -360,7 +360,7 @@ TEST_P(RemovalTest, AReferenceWithQuotesInItsNameRemovesItsOwnParameterAlone) {
 
 TEST_P(RemovalTest, AnEmptyNameIsRefused) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
-    EXPECT_EQ(E_INVALIDARG, PrintTicketHandler(pTicket.Get()).RemoveFeature(Nameless));
+    EXPECT_EQ(E_INVALIDARG, PrintTicketHandler(pTicket.Get()).RemoveFeature(kNameless));
 }
 
 TEST_ON_EACH_DOM(SchemaWritingTest);

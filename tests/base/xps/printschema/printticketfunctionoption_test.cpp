@@ -35,7 +35,7 @@ using tests::ThrownCode;
 using tests::Ticket;
 using tests::Value;
 
-constexpr SchemaNamespace Keywords = SchemaNamespace::Keywords;
+constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
 
 class FunctionOptionTest : public HandlerTest {};
 
@@ -59,7 +59,7 @@ Ids IdsAfterRead(std::wstring_view body, std::wstring_view declarations = {}) {
     return {data.GetFeatureId(), data.GetOptionId()};
 }
 
-constexpr Ids Unchanged = {1, 6};
+constexpr Ids kUnchanged = {1, 6};
 
 // Notes what its hooks and setters are called with.
 class RecordingData : public PageOrientationData {
@@ -80,8 +80,8 @@ class RecordingData : public PageOrientationData {
   protected:
     void OnRead(const PrintSchemaHandler& handler, const Qname& featureName, IXMLDOMNode* pOption) override {
         EXPECT_NE(nullptr, pOption);
-        EXPECT_EQ((Qname{Keywords, L"PageOrientation"}), featureName);
-        EXPECT_EQ(L"psk:", handler.GetPrefix(Keywords));
+        EXPECT_EQ((Qname{kKeywords, L"PageOrientation"}), featureName);
+        EXPECT_EQ(L"psk:", handler.GetPrefix(kKeywords));
         calls += "read; ";
     }
     void OnWrite(const PrintSchemaHandler&, IXMLDOMElement* pOption, Scope scope) const override {
@@ -124,9 +124,9 @@ TEST_P(FunctionOptionTest, NamesAreThoseOfTheIds) {
     InputBinData data;
     data.SetFeatureId(2);
     data.SetOptionId(9);
-    EXPECT_EQ((Qname{Keywords, L"PageInputBin"}), data.GetFeatureName());
-    EXPECT_EQ((Qname{Keywords, L"JobInputBin"}), data.GetFeatureName(Scope::Job));
-    EXPECT_EQ((Qname{Keywords, L"Tray5"}), data.GetOptionName());
+    EXPECT_EQ((Qname{kKeywords, L"PageInputBin"}), data.GetFeatureName());
+    EXPECT_EQ((Qname{kKeywords, L"JobInputBin"}), data.GetFeatureName(Scope::Job));
+    EXPECT_EQ((Qname{kKeywords, L"Tray5"}), data.GetOptionName());
     data.SetFeatureId(3);
     EXPECT_THROW(static_cast<void>(data.GetFeatureName()), std::invalid_argument);
     data.SetFeatureId(-1);
@@ -188,13 +188,13 @@ TEST_P(FunctionOptionTest, ReadTakesFeatureAndOption) {
 }
 
 TEST_P(FunctionOptionTest, ReadingAnOptionThatIsNotInTheListLeavesTheIds) {
-    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9")));
+    EXPECT_EQ(kUnchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9")));
 }
 
 TEST_P(FunctionOptionTest, ReadingATicketWithoutTheFeatureLeavesTheIds) {
-    EXPECT_EQ(Unchanged, IdsAfterRead(L""));
-    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:PageScaling", L"psk:None")));
-    EXPECT_EQ(Unchanged, IdsAfterRead(Named(L"Feature", L"psk:JobInputBin", L"")));
+    EXPECT_EQ(kUnchanged, IdsAfterRead(L""));
+    EXPECT_EQ(kUnchanged, IdsAfterRead(Feature(L"psk:PageScaling", L"psk:None")));
+    EXPECT_EQ(kUnchanged, IdsAfterRead(Named(L"Feature", L"psk:JobInputBin", L"")));
 }
 
 TEST_P(FunctionOptionTest, TheFirstNameOfTheListIsReadWhateverItsPlaceInTheTicket) {
@@ -207,20 +207,20 @@ TEST_P(FunctionOptionTest, TheFirstNameOfTheListIsReadWhateverItsPlaceInTheTicke
 }
 
 TEST_P(FunctionOptionTest, AnUnknownOptionOfTheFirstNameHidesTheOthers) {
-    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9") +
-                                      Feature(L"psk:PageInputBin", L"psk:Tray1")));
+    EXPECT_EQ(kUnchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"psk:Tray9") +
+                                       Feature(L"psk:PageInputBin", L"psk:Tray1")));
 }
 
 TEST_P(FunctionOptionTest, AnOptionOfThePrefixOfLastResortIsReadAsTheKeywordItIsNamedAfter) {
     EXPECT_EQ((Ids{0, 6}),
               IdsAfterRead(Feature(L"psk:JobInputBin", L"ns0000:Tray2"), L" xmlns:ns0000=\"urn:oem\""));
-    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"oem:Tray1"), L" xmlns:oem=\"urn:oem\""));
+    EXPECT_EQ(kUnchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"oem:Tray1"), L" xmlns:oem=\"urn:oem\""));
 }
 
 TEST_P(FunctionOptionTest, NamesUnderASecondPrefixOfTheSameNamespaceAreNotRead) {
-    const std::wstring declaration = L" xmlns:k=\"" + std::wstring(tests::KeywordsUri) + L"\"";
-    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"k:JobInputBin", L"k:Tray1"), declaration));
-    EXPECT_EQ(Unchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"k:Tray1"), declaration));
+    const std::wstring declaration = L" xmlns:k=\"" + std::wstring(tests::kKeywordsUri) + L"\"";
+    EXPECT_EQ(kUnchanged, IdsAfterRead(Feature(L"k:JobInputBin", L"k:Tray1"), declaration));
+    EXPECT_EQ(kUnchanged, IdsAfterRead(Feature(L"psk:JobInputBin", L"k:Tray1"), declaration));
 }
 
 TEST_P(FunctionOptionTest, ADocumentThatIsNoTicketIsThrown) {
@@ -236,7 +236,7 @@ TEST_P(FunctionOptionTest, ADocumentThatIsNoTicketIsThrown) {
 TEST_P(FunctionOptionTest, ATicketWithoutTheKeywordPrefixIsUnexpected) {
     InputBinData data;
     const Dom pTicket =
-        LoadDomFromString(L"<psf:PrintTicket xmlns:psf=\"" + std::wstring(tests::FrameworkUri) + L"\"/>");
+        LoadDomFromString(L"<psf:PrintTicket xmlns:psf=\"" + std::wstring(tests::kFrameworkUri) + L"\"/>");
     EXPECT_EQ(E_UNEXPECTED, ThrownCode([&] { data.Read(pTicket.Get()); }));
     EXPECT_EQ(E_UNEXPECTED, ThrownCode([&] { data.Write(pTicket.Get()); }));
 }
@@ -364,7 +364,7 @@ TEST_P(FunctionOptionTest, AppendIntegerPropertyAppendsToTheParent) {
     Element pRoot;
     ASSERT_EQ(S_OK, pTicket->get_documentElement(pRoot.Put()));
     AppendingData::AppendIntegerProperty(handler, pRoot.Get(), L"MinWidth", -1, SchemaNamespace::Private);
-    AppendingData::AppendIntegerProperty(handler, pRoot.Get(), L"P", 2, Keywords);
+    AppendingData::AppendIntegerProperty(handler, pRoot.Get(), L"P", 2, kKeywords);
     EXPECT_EQ(
         Ticket(Named(L"Property", L"krk:MinWidth", Integer(-1)) + Named(L"Property", L"psk:P", Integer(2))),
         DomText(pTicket.Get()));
@@ -376,10 +376,10 @@ TEST_P(FunctionOptionTest, AppendIntegerPropertyThrowsWhatFails) {
     tests::Node pText;
     ASSERT_EQ(S_OK, handler.SelectSingleNode(L"//text()", pText.Put()));
     EXPECT_EQ(E_INVALIDARG, ThrownCode([&] {
-                  AppendingData::AppendIntegerProperty(handler, pText.Get(), L"", 1, Keywords);
+                  AppendingData::AppendIntegerProperty(handler, pText.Get(), L"", 1, kKeywords);
               }));
     EXPECT_TRUE(FAILED(
-        ThrownCode([&] { AppendingData::AppendIntegerProperty(handler, pText.Get(), L"P", 1, Keywords); })));
+        ThrownCode([&] { AppendingData::AppendIntegerProperty(handler, pText.Get(), L"P", 1, kKeywords); })));
 }
 
 TEST_P(FunctionOptionTest, PageOrientationIsPortraitByDefaultAndHasNoHooks) {

@@ -43,21 +43,21 @@ using tests::Ticket;
 
 using Dom = ComPtr<IXMLDOMDocument2>;
 
-constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
-constexpr HRESULT NoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
-constexpr HRESULT ConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
-constexpr HRESULT NoTicketPart = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-constexpr HRESULT InvalidHandle = HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE);
-constexpr auto NoScope = static_cast<EPrintTicketScope>(3);
+constexpr HRESULT kInjected = static_cast<HRESULT>(0xA0040123L);
+constexpr HRESULT kNoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
+constexpr HRESULT kConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
+constexpr HRESULT kNoTicketPart = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr HRESULT kInvalidHandle = HRESULT_FROM_WIN32(ERROR_INVALID_HANDLE);
+constexpr auto kNoScope = static_cast<EPrintTicketScope>(3);
 constexpr std::wstring_view NoTicket;
-constexpr EPrintTicketScope AllScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
+constexpr EPrintTicketScope kAllScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
 
-const std::wstring Base = Ticket(Feature(L"psk:A", L"psk:base"));
-const std::wstring JobDelta = Ticket(Feature(L"psk:A", L"psk:job"));
-const std::wstring DocumentDelta = Ticket(Feature(L"psk:A", L"psk:document"));
-const std::wstring PageDelta = Ticket(Feature(L"psk:A", L"psk:page"));
-const std::wstring Extra = Ticket(Feature(L"psk:X", L"psk:extra"));
-const std::wstring NotATicket = L"<other><child/></other>";
+const std::wstring kBase = Ticket(Feature(L"psk:A", L"psk:base"));
+const std::wstring kJobDelta = Ticket(Feature(L"psk:A", L"psk:job"));
+const std::wstring kDocumentDelta = Ticket(Feature(L"psk:A", L"psk:document"));
+const std::wstring kPageDelta = Ticket(Feature(L"psk:A", L"psk:page"));
+const std::wstring kExtra = Ticket(Feature(L"psk:X", L"psk:extra"));
+const std::wstring kNotATicket = L"<other><child/></other>";
 
 std::string MergeCall(int scope, std::wstring_view base, std::wstring_view delta) {
     return "PTMergeAndValidatePrintTicket " + std::to_string(scope) + " " + Bytes(base) + " " + Bytes(delta);
@@ -124,7 +124,7 @@ class PrintTicketProviderTest : public tests::DomTest {
         return m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get());
     }
     void OpenBase() {
-        ASSERT_EQ(S_OK, OpenWith(Base));
+        ASSERT_EQ(S_OK, OpenWith(kBase));
         m_calls.Clear();
         m_platform.m_tokens.clear();
     }
@@ -132,7 +132,7 @@ class PrintTicketProviderTest : public tests::DomTest {
     // With a ticket at every scope that nobody was handed.
     void OpenScopes() {
         OpenBase();
-        ASSERT_EQ(Base, DomText(Read(kPTPageScope).Get()));
+        ASSERT_EQ(kBase, DomText(Read(kPTPageScope).Get()));
     }
 
     // A part's ticket; null for no text.
@@ -195,16 +195,16 @@ class PrintTicketProviderTest : public tests::DomTest {
 // Open and Close.
 
 TEST_F(PrintTicketProviderTest, OpenOpensThePrinterAsTheUserAndLoadsTheBaseFromItsStart) {
-    EXPECT_EQ(S_OK, OpenWith(Base));
+    EXPECT_EQ(S_OK, OpenWith(kBase));
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTOpenProvider Printer 1"));
     ExpectEveryCallUnderTheUsersToken();
     Dom base;
     EXPECT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
-    EXPECT_EQ(Base, DomText(base.Get()));
+    EXPECT_EQ(kBase, DomText(base.Get()));
 }
 
 TEST_F(PrintTicketProviderTest, OpenWithAnEmptyPrinterNameFailsAndOpensNothing) {
-    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
+    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(kBase));
     EXPECT_EQ(E_INVALIDARG, m_provider->Open(stream.Get(), Bstr(L"").Get(), m_token.get()));
     EXPECT_EQ(E_INVALIDARG, m_provider->Open(stream.Get(), nullptr, m_token.get()));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
@@ -218,23 +218,23 @@ TEST_F(PrintTicketProviderTest, OpenWithoutAStreamFailsAndOpensNothing) {
 
 TEST_F(PrintTicketProviderTest, OpenUnderATokenThatCannotBeTakenMakesNoCall) {
     m_token.reset();
-    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
+    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(kBase));
     const HANDLE noToken = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(0xBEE0));
-    EXPECT_EQ(InvalidHandle, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), noToken));
+    EXPECT_EQ(kInvalidHandle, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), noToken));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
     EXPECT_EQ(E_PENDING, GetResult(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, OpenWithoutATokenRunsAsTheProcess) {
-    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(Base));
+    const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(kBase));
     EXPECT_EQ(S_OK, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), nullptr));
     ASSERT_EQ(1u, m_platform.m_tokens.size());
     EXPECT_FALSE(m_platform.m_tokens[0].has_value());
 }
 
 TEST_F(PrintTicketProviderTest, ARefusalOfThePlatformToOpenIsReturned) {
-    m_calls.Fail("PTOpenProvider Printer 1", Injected);
-    EXPECT_EQ(Injected, OpenWith(Base));
+    m_calls.Fail("PTOpenProvider Printer 1", kInjected);
+    EXPECT_EQ(kInjected, OpenWith(kBase));
     EXPECT_EQ(E_PENDING, GetResult(kPTJobScope));
     EXPECT_EQ(S_OK, m_provider->Close());
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTOpenProvider Printer 1"));
@@ -248,11 +248,11 @@ TEST_F(PrintTicketProviderTest, ABaseThatIsNotWellFormedFailsToOpen) {
 
 TEST_F(PrintTicketProviderTest, OpeningAgainClosesTheFirstAndForgetsItsTickets) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
     m_calls.Clear();
-    EXPECT_EQ(S_OK, OpenWith(PageDelta));
+    EXPECT_EQ(S_OK, OpenWith(kPageDelta));
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider", "PTOpenProvider Printer 1"));
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, OpeningAgainWithBadArgumentsStillClosesTheFirst) {
@@ -263,9 +263,9 @@ TEST_F(PrintTicketProviderTest, OpeningAgainWithBadArgumentsStillClosesTheFirst)
 
 TEST_F(PrintTicketProviderTest, APrinterThatCannotBeOpenedLeavesTheTickets) {
     OpenBase();
-    m_calls.Fail("PTOpenProvider Printer 1", Injected);
-    EXPECT_EQ(Injected, OpenWith(PageDelta));
-    EXPECT_EQ(Base, TextAt(kPTPageScope));
+    m_calls.Fail("PTOpenProvider Printer 1", kInjected);
+    EXPECT_EQ(kInjected, OpenWith(kPageDelta));
+    EXPECT_EQ(kBase, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, ABaseThatCannotBeLoadedLeavesNoTicket) {
@@ -278,17 +278,17 @@ TEST_F(PrintTicketProviderTest, ABaseThatCannotBeLoadedLeavesNoTicket) {
 TEST_F(PrintTicketProviderTest, ATokenThatIsRefusedWithoutAReasonMakesNoCall) {
     OpenBase();
     const tests::RefusedToken refused(ERROR_SUCCESS);
-    EXPECT_EQ(E_FAIL, SetJob(JobDelta));
+    EXPECT_EQ(E_FAIL, SetJob(kJobDelta));
     Dom capabilities;
-    EXPECT_EQ(E_FAIL, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
-    EXPECT_EQ(E_FAIL, OpenWith(Base));
+    EXPECT_EQ(E_FAIL, m_provider->GetPrintCapabilities(LoadDomFromString(kBase).Get(), capabilities.Put()));
+    EXPECT_EQ(E_FAIL, OpenWith(kBase));
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
 }
 
 TEST_F(PrintTicketProviderTest, ATokenThatIsRefusedIsTheSystemsCode) {
     OpenBase();
     const tests::RefusedToken refused(ERROR_ACCESS_DENIED);
-    EXPECT_EQ(E_ACCESSDENIED, SetJob(JobDelta));
+    EXPECT_EQ(E_ACCESSDENIED, SetJob(kJobDelta));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
@@ -296,14 +296,14 @@ TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
     for (std::size_t call = 1;; ++call) {
         ASSERT_LT(call, 1000u);
         m_calls.Clear();
-        m_calls.FailNth(call, Injected);
-        const HRESULT hr = OpenWith(Base);
+        m_calls.FailNth(call, kInjected);
+        const HRESULT hr = OpenWith(kBase);
         if (!m_calls.HasFailed()) {
             EXPECT_EQ(S_OK, hr);
             EXPECT_GT(call, 3u);
             break;
         }
-        EXPECT_THAT(hr, AnyOf(Injected, E_FAIL)) << m_calls.FailedCall();
+        EXPECT_THAT(hr, AnyOf(kInjected, E_FAIL)) << m_calls.FailedCall();
         EXPECT_FALSE(tests::ThreadTokenId().has_value());
         EXPECT_EQ(E_PENDING, GetResult(kPTPageScope)) << m_calls.FailedCall();
         EXPECT_EQ(S_OK, m_provider->Close());
@@ -312,7 +312,7 @@ TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
 }
 
 TEST_F(PrintTicketProviderTest, TheBaseIsReadAsTheUser) {
-    const auto stream = MakeMock<TokenNotingStream>(m_calls, Bytes(Base));
+    const auto stream = MakeMock<TokenNotingStream>(m_calls, Bytes(kBase));
     ASSERT_EQ(S_OK, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get()));
     EXPECT_FALSE(stream->m_tokens.empty());
     for (const auto& token : stream->m_tokens) {
@@ -322,26 +322,26 @@ TEST_F(PrintTicketProviderTest, TheBaseIsReadAsTheUser) {
 
 TEST_F(PrintTicketProviderTest, OpeningAgainReleasesAllFourTickets) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
     Dom base;
     ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     const std::vector<Dom> tickets = {base, Get(kPTJobScope), Get(kPTDocumentScope), Get(kPTPageScope)};
     base.Reset();
     for (const Dom& ticket : tickets) EXPECT_EQ(2u, ReferencesOf(ticket.Get()));
-    ASSERT_EQ(S_OK, OpenWith(PageDelta));
+    ASSERT_EQ(S_OK, OpenWith(kPageDelta));
     for (const Dom& ticket : tickets) EXPECT_EQ(1u, ReferencesOf(ticket.Get()));
-    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(PageDelta, TextAt(scope));
+    for (const EPrintTicketScope scope : kAllScopes) EXPECT_EQ(kPageDelta, TextAt(scope));
 }
 
 TEST_F(PrintTicketProviderTest, NothingIsDoneOnThePlatformBeforeOpenForThereIsNoTokenYet) {
-    const Dom source = LoadDomFromString(Base);
+    const Dom source = LoadDomFromString(kBase);
     ASSERT_EQ(S_OK, m_provider->SetBaseTicket(source.Get()));
-    EXPECT_EQ(InvalidHandle, SetJob(JobDelta));
-    EXPECT_EQ(InvalidHandle,
-              m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr));
+    EXPECT_EQ(kInvalidHandle, SetJob(kJobDelta));
+    EXPECT_EQ(kInvalidHandle,
+              m_provider->MergeTicket(kPTJobScope, LoadDomFromString(kJobDelta).Get(), nullptr));
     Dom capabilities;
-    EXPECT_EQ(InvalidHandle, m_provider->GetPrintCapabilities(source.Get(), capabilities.Put()));
+    EXPECT_EQ(kInvalidHandle, m_provider->GetPrintCapabilities(source.Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
@@ -352,8 +352,8 @@ TEST_F(PrintTicketProviderTest, EveryDocumentLoadsSynchronously) {
     Dom base;
     ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     EXPECT_FALSE(LoadsAsynchronously(base));
-    for (const EPrintTicketScope scope : AllScopes) EXPECT_FALSE(LoadsAsynchronously(Get(scope))) << scope;
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    for (const EPrintTicketScope scope : kAllScopes) EXPECT_FALSE(LoadsAsynchronously(Get(scope))) << scope;
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
     EXPECT_FALSE(LoadsAsynchronously(Get(kPTJobScope)));
     ASSERT_EQ(S_OK, SetPage(NoTicket));
     EXPECT_FALSE(LoadsAsynchronously(Get(kPTPageScope)));
@@ -369,8 +369,8 @@ TEST_F(PrintTicketProviderTest, CloseWithoutOpenSucceeds) {
 
 TEST_F(PrintTicketProviderTest, CloseReturnsThePlatformsResultAndClosesOnce) {
     OpenBase();
-    m_calls.Fail("PTCloseProvider", Injected);
-    EXPECT_EQ(Injected, m_provider->Close());
+    m_calls.Fail("PTCloseProvider", kInjected);
+    EXPECT_EQ(kInjected, m_provider->Close());
     EXPECT_EQ(S_OK, m_provider->Close());
     m_provider.reset();
     EXPECT_THAT(PlatformCalls(), ElementsAre("PTCloseProvider"));
@@ -384,20 +384,20 @@ TEST_F(PrintTicketProviderTest, TheDestructorCloses) {
 
 TEST_F(PrintTicketProviderTest, CloseReleasesTheTicketsWithTheHandle) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
     const Dom job = Get(kPTJobScope);
     ASSERT_EQ(S_OK, m_provider->Close());
-    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(E_PENDING, GetResult(scope));
+    for (const EPrintTicketScope scope : kAllScopes) EXPECT_EQ(E_PENDING, GetResult(scope));
     Dom base;
     EXPECT_EQ(E_PENDING, m_provider->GetBaseTicket(base.Put()));
-    EXPECT_EQ(E_PENDING, SetJob(JobDelta));
+    EXPECT_EQ(E_PENDING, SetJob(kJobDelta));
     // Nobody else holds what was handed out.
     job.Get()->AddRef();
     EXPECT_EQ(1u, job.Get()->Release());
 }
 
 TEST_F(PrintTicketProviderTest, CloseWithoutAnOpenPrinterReleasesTheTicketsToo) {
-    ASSERT_EQ(S_OK, m_provider->SetBaseTicket(LoadDomFromString(Base).Get()));
+    ASSERT_EQ(S_OK, m_provider->SetBaseTicket(LoadDomFromString(kBase).Get()));
     EXPECT_EQ(S_OK, m_provider->Close());
     EXPECT_EQ(E_PENDING, GetResult(kPTJobScope));
 }
@@ -412,21 +412,21 @@ TEST_F(PrintTicketProviderTest, TheBaseIsMissingBeforeOpen) {
 }
 
 TEST_F(PrintTicketProviderTest, TheBaseIsTakenFromADocumentAsACopy) {
-    const Dom source = LoadDomFromString(Base);
+    const Dom source = LoadDomFromString(kBase);
     EXPECT_EQ(S_OK, m_provider->SetBaseTicket(source.Get()));
     Dom base;
     ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     EXPECT_NE(base.Get(), source.Get());
-    EXPECT_EQ(Base, DomText(base.Get()));
+    EXPECT_EQ(kBase, DomText(base.Get()));
 }
 
 TEST_F(PrintTicketProviderTest, TheBaseIsTakenFromAStreamFromItsStart) {
     ComPtr<IStream> stream;
     ASSERT_EQ(S_OK, CreateStreamOnHGlobal(nullptr, TRUE, stream.Put()));
-    const std::string bytes = Bytes(Base);
+    const std::string bytes = Bytes(kBase);
     ASSERT_EQ(S_OK, stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
     EXPECT_EQ(S_OK, m_provider->SetBaseTicket(stream.Get()));
-    EXPECT_EQ(Base, TextAt(kPTJobScope));
+    EXPECT_EQ(kBase, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, ABadSourceLeavesTheBaseAsItWas) {
@@ -437,7 +437,7 @@ TEST_F(PrintTicketProviderTest, ABadSourceLeavesTheBaseAsItWas) {
     ComPtr<IStream> empty;
     ASSERT_EQ(S_OK, CreateStreamOnHGlobal(nullptr, TRUE, empty.Put()));
     EXPECT_EQ(E_FAIL, m_provider->SetBaseTicket(empty.Get()));
-    EXPECT_EQ(Base, TextAt(kPTJobScope));
+    EXPECT_EQ(kBase, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, AStreamThatCannotBeRewoundIsNoBase) {
@@ -445,17 +445,17 @@ TEST_F(PrintTicketProviderTest, AStreamThatCannotBeRewoundIsNoBase) {
     const auto output = MakeMock<tests::MockWriteStream>(m_calls);
     const ComPtr<IStream> forwardOnly = base::io::CreatePrintWriteStreamToIStream(output.Get());
     EXPECT_EQ(E_NOTIMPL, m_provider->SetBaseTicket(forwardOnly.Get()));
-    EXPECT_EQ(Base, TextAt(kPTJobScope));
+    EXPECT_EQ(kBase, TextAt(kPTJobScope));
 }
 
 // Reading and deriving.
 
 TEST_F(PrintTicketProviderTest, EveryScopeIsPendingWithoutABase) {
-    for (const EPrintTicketScope scope : AllScopes) {
+    for (const EPrintTicketScope scope : kAllScopes) {
         EXPECT_EQ(E_PENDING, GetResult(scope));
         EXPECT_EQ(E_PENDING, m_provider->MergeTicket(scope, nullptr, nullptr));
     }
-    EXPECT_EQ(E_PENDING, SetJob(JobDelta));
+    EXPECT_EQ(E_PENDING, SetJob(kJobDelta));
     EXPECT_EQ(E_PENDING, SetJob(NoTicket));
 }
 
@@ -464,9 +464,9 @@ TEST_F(PrintTicketProviderTest, EveryScopeStartsAsACopyOfTheBase) {
     Dom base;
     ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     std::vector<Dom> tickets = {base};
-    for (const EPrintTicketScope scope : AllScopes) {
+    for (const EPrintTicketScope scope : kAllScopes) {
         const Dom ticket = Get(scope);
-        EXPECT_EQ(Base, DomText(ticket.Get()));
+        EXPECT_EQ(kBase, DomText(ticket.Get()));
         for (const Dom& other : tickets) EXPECT_NE(ticket.Get(), other.Get());
         tickets.push_back(ticket);
     }
@@ -475,23 +475,23 @@ TEST_F(PrintTicketProviderTest, EveryScopeStartsAsACopyOfTheBase) {
 
 TEST_F(PrintTicketProviderTest, GetTicketForThePageBeforeAnyPagePartYieldsACopyOfTheDocumentTicket) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
-    EXPECT_EQ(DocumentDelta, TextAt(kPTPageScope));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
+    EXPECT_EQ(kDocumentDelta, TextAt(kPTPageScope));
     EXPECT_NE(Get(kPTPageScope).Get(), Get(kPTDocumentScope).Get());
 }
 
 TEST_F(PrintTicketProviderTest, GetTicketHandsOutTheSameDocumentEachTime) {
     OpenBase();
-    for (const EPrintTicketScope scope : AllScopes) EXPECT_EQ(Get(scope).Get(), Get(scope).Get());
+    for (const EPrintTicketScope scope : kAllScopes) EXPECT_EQ(Get(scope).Get(), Get(scope).Get());
 }
 
 TEST_F(PrintTicketProviderTest, GetTicketRefusesOtherScopesAndANullPointer) {
     IXMLDOMDocument2* pTicket = reinterpret_cast<IXMLDOMDocument2*>(this);
-    EXPECT_EQ(E_INVALIDARG, m_provider->GetTicket(NoScope, &pTicket));
+    EXPECT_EQ(E_INVALIDARG, m_provider->GetTicket(kNoScope, &pTicket));
     EXPECT_EQ(nullptr, pTicket);
     OpenBase();
-    EXPECT_EQ(E_INVALIDARG, GetResult(NoScope));
+    EXPECT_EQ(E_INVALIDARG, GetResult(kNoScope));
     EXPECT_EQ(E_POINTER, m_provider->GetTicket(kPTPageScope, nullptr));
 }
 
@@ -499,93 +499,94 @@ TEST_F(PrintTicketProviderTest, GetTicketRefusesOtherScopesAndANullPointer) {
 
 TEST_F(PrintTicketProviderTest, MergingAtScope3FailsAndChangesNothing) {
     OpenBase();
-    const Dom delta = LoadDomFromString(JobDelta);
+    const Dom delta = LoadDomFromString(kJobDelta);
     const Dom job = Get(kPTJobScope);
-    EXPECT_EQ(E_INVALIDARG, m_provider->MergeTicket(NoScope, delta.Get(), nullptr));
-    EXPECT_EQ(E_INVALIDARG, m_provider->MergeTicket(NoScope, nullptr, nullptr));
+    EXPECT_EQ(E_INVALIDARG, m_provider->MergeTicket(kNoScope, delta.Get(), nullptr));
+    EXPECT_EQ(E_INVALIDARG, m_provider->MergeTicket(kNoScope, nullptr, nullptr));
     EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, EachScopeIsMergedOverTheNextWiderOne) {
     OpenBase();
-    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr));
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, LoadDomFromString(kJobDelta).Get(), nullptr));
     EXPECT_EQ(S_OK,
-              m_provider->MergeTicket(kPTDocumentScope, LoadDomFromString(DocumentDelta).Get(), nullptr));
-    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr));
+              m_provider->MergeTicket(kPTDocumentScope, LoadDomFromString(kDocumentDelta).Get(), nullptr));
+    EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTPageScope, LoadDomFromString(kPageDelta).Get(), nullptr));
     EXPECT_THAT(PlatformCalls(),
-                ElementsAre(MergeCall(2, Base, JobDelta), MergeCall(1, JobDelta, DocumentDelta),
-                            MergeCall(0, DocumentDelta, PageDelta)));
+                ElementsAre(MergeCall(2, kBase, kJobDelta), MergeCall(1, kJobDelta, kDocumentDelta),
+                            MergeCall(0, kDocumentDelta, kPageDelta)));
     ExpectEveryCallUnderTheUsersToken();
-    EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
-    EXPECT_EQ(DocumentDelta, TextAt(kPTDocumentScope));
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kJobDelta, TextAt(kPTJobScope));
+    EXPECT_EQ(kDocumentDelta, TextAt(kPTDocumentScope));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, MergingAtAScopeForgetsTheNarrowerOnes) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
     EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTDocumentScope, nullptr, nullptr));
-    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kJobDelta, TextAt(kPTPageScope));
     EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, nullptr, nullptr));
-    EXPECT_EQ(Base, TextAt(kPTJobScope));
-    EXPECT_EQ(Base, TextAt(kPTPageScope));
+    EXPECT_EQ(kBase, TextAt(kPTJobScope));
+    EXPECT_EQ(kBase, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, MergingWithoutADeltaLeavesTheExtraTicketOut) {
     OpenBase();
-    const Dom extra = LoadDomFromString(Extra);
+    const Dom extra = LoadDomFromString(kExtra);
     EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, nullptr, extra.Get()));
-    EXPECT_EQ(Base, TextAt(kPTJobScope));
+    EXPECT_EQ(kBase, TextAt(kPTJobScope));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, EverySuccessCodeOfThePlatformIsASuccess) {
     OpenBase();
-    for (const HRESULT success : {NoConflict, ConflictResolved, S_OK}) {
+    for (const HRESULT success : {kNoConflict, kConflictResolved, S_OK}) {
         m_platform.m_mergeResult = success;
-        EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, LoadDomFromString(JobDelta).Get(), nullptr));
-        EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
-        EXPECT_EQ(S_OK, SetJob(PageDelta));
-        EXPECT_EQ(PageDelta, TextAt(kPTJobScope));
+        EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, LoadDomFromString(kJobDelta).Get(), nullptr));
+        EXPECT_EQ(kJobDelta, TextAt(kPTJobScope));
+        EXPECT_EQ(S_OK, SetJob(kPageDelta));
+        EXPECT_EQ(kPageDelta, TextAt(kPTJobScope));
     }
 }
 
 TEST_F(PrintTicketProviderTest, AMergeThatThePlatformRefusesLeavesTheCopyOfTheParent) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
     m_platform.m_errorText = L"Delta ticket: 100% wrong \u6F22";
     m_platform.m_mergeResult = static_cast<HRESULT>(0x80040005L);
     EXPECT_EQ(static_cast<HRESULT>(0x80040005L),
-              m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr));
-    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
+              m_provider->MergeTicket(kPTPageScope, LoadDomFromString(kPageDelta).Get(), nullptr));
+    EXPECT_EQ(kJobDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, ARefusedMergeWithoutATextFailsAllTheSame) {
     OpenBase();
-    m_platform.m_mergeResult = Injected;
-    EXPECT_EQ(Injected, SetJob(JobDelta));
-    EXPECT_EQ(Base, TextAt(kPTJobScope));
+    m_platform.m_mergeResult = kInjected;
+    EXPECT_EQ(kInjected, SetJob(kJobDelta));
+    EXPECT_EQ(kBase, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, AResultThatIsNotWellFormedLeavesTheCopyOfTheParent) {
     OpenBase();
     for (const std::string_view result : {"", "<psf:PrintTicket>", "<a/><b/>"}) {
         m_platform.m_merge = [&](const auto&) { return std::string(result); };
-        EXPECT_EQ(E_FAIL, m_provider->MergeTicket(kPTPageScope, LoadDomFromString(PageDelta).Get(), nullptr));
-        EXPECT_EQ(Base, TextAt(kPTPageScope));
+        EXPECT_EQ(E_FAIL,
+                  m_provider->MergeTicket(kPTPageScope, LoadDomFromString(kPageDelta).Get(), nullptr));
+        EXPECT_EQ(kBase, TextAt(kPTPageScope));
     }
 }
 
 TEST_F(PrintTicketProviderTest, TheDeltaAndTheExtraTicketAreNotChanged) {
     OpenBase();
-    const Dom delta = LoadDomFromString(JobDelta);
-    const Dom extra = LoadDomFromString(Extra);
+    const Dom delta = LoadDomFromString(kJobDelta);
+    const Dom extra = LoadDomFromString(kExtra);
     EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, delta.Get(), extra.Get()));
-    EXPECT_EQ(JobDelta, DomText(delta.Get()));
-    EXPECT_EQ(Extra, DomText(extra.Get()));
+    EXPECT_EQ(kJobDelta, DomText(delta.Get()));
+    EXPECT_EQ(kExtra, DomText(extra.Get()));
 }
 
 // What validation dropped.
@@ -612,7 +613,7 @@ TEST_F(PrintTicketProviderTest, APrivateFeatureThatValidationDropsComesBackAndVa
 TEST_F(PrintTicketProviderTest, AnOptionThatValidationReplacedStandsBeforeTheOneThatWasAskedFor) {
     OpenBase();
     m_platform.m_merge = [](const auto&) { return Bytes(Ticket(Feature(L"psk:A", L"psk:validated"))); };
-    EXPECT_EQ(S_OK, SetJob(JobDelta));
+    EXPECT_EQ(S_OK, SetJob(kJobDelta));
     EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:validated\"/>"
                      L"<psf:Option name=\"psk:job\"/></psf:Feature>"),
               TextAt(kPTJobScope));
@@ -625,14 +626,14 @@ TEST_F(PrintTicketProviderTest, WhatWasPutBackIsInTheNextMergesBase) {
     m_platform.m_merge = [&](const auto&) { return Bytes(Ticket(validated)); };
     ASSERT_EQ(S_OK, SetJob(Ticket(dropped + validated)));
     m_calls.Clear();
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
-    EXPECT_THAT(PlatformCalls(), ElementsAre(MergeCall(1, Ticket(validated + dropped), DocumentDelta)));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
+    EXPECT_THAT(PlatformCalls(), ElementsAre(MergeCall(1, Ticket(validated + dropped), kDocumentDelta)));
 }
 
 TEST_F(PrintTicketProviderTest, TheExtraTicketIsMergedAfterTheDelta) {
     OpenBase();
-    m_platform.m_merge = [](const auto&) { return Bytes(Base); };
-    const Dom extra = LoadDomFromString(Extra);
+    m_platform.m_merge = [](const auto&) { return Bytes(kBase); };
+    const Dom extra = LoadDomFromString(kExtra);
     const std::wstring delta = Ticket(Feature(L"psk:B", L"psk:delta"));
     EXPECT_EQ(S_OK, SetJob(delta, extra.Get()));
     EXPECT_EQ(Ticket(Feature(L"psk:A", L"psk:base") + Feature(L"psk:B", L"psk:delta") +
@@ -642,77 +643,77 @@ TEST_F(PrintTicketProviderTest, TheExtraTicketIsMergedAfterTheDelta) {
 
 TEST_F(PrintTicketProviderTest, AResultUnderAnotherRootThrowsAndTheScopeKeepsItsTicket) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
     const Dom job = Get(kPTJobScope);
-    m_platform.m_merge = [](const auto&) { return Bytes(NotATicket); };
-    EXPECT_THROW(static_cast<void>(SetJob(PageDelta)), HresultError);
+    m_platform.m_merge = [](const auto&) { return Bytes(kNotATicket); };
+    EXPECT_THROW(static_cast<void>(SetJob(kPageDelta)), HresultError);
     EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
-    EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
+    EXPECT_EQ(kJobDelta, TextAt(kPTJobScope));
 }
 
 // Parts.
 
 TEST_F(PrintTicketProviderTest, PartsAreMergedInTheOrderOfTheDocument) {
     OpenBase();
-    EXPECT_EQ(S_OK, SetJob(JobDelta));
-    EXPECT_EQ(S_OK, SetDocument(DocumentDelta));
-    EXPECT_EQ(S_OK, SetPage(PageDelta));
+    EXPECT_EQ(S_OK, SetJob(kJobDelta));
+    EXPECT_EQ(S_OK, SetDocument(kDocumentDelta));
+    EXPECT_EQ(S_OK, SetPage(kPageDelta));
     EXPECT_THAT(PlatformCalls(),
-                ElementsAre(MergeCall(2, Base, JobDelta), MergeCall(1, JobDelta, DocumentDelta),
-                            MergeCall(0, DocumentDelta, PageDelta)));
+                ElementsAre(MergeCall(2, kBase, kJobDelta), MergeCall(1, kJobDelta, kDocumentDelta),
+                            MergeCall(0, kDocumentDelta, kPageDelta)));
     ExpectEveryCallUnderTheUsersToken();
 }
 
 TEST_F(PrintTicketProviderTest, ASecondPageStartsFromTheDocumentAndASecondDocumentFromTheJob) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
     ASSERT_EQ(S_OK, SetPage(NoTicket));
-    EXPECT_EQ(DocumentDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kDocumentDelta, TextAt(kPTPageScope));
     ASSERT_EQ(S_OK, SetDocument(NoTicket));
-    EXPECT_EQ(JobDelta, TextAt(kPTDocumentScope));
-    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kJobDelta, TextAt(kPTDocumentScope));
+    EXPECT_EQ(kJobDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, APartWithATicketLeavesTheNarrowerTicketsAsTheyAre) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
     const Dom page = Get(kPTPageScope);
-    ASSERT_EQ(S_OK, SetJob(PageDelta));
-    EXPECT_EQ(DocumentDelta, TextAt(kPTDocumentScope));
+    ASSERT_EQ(S_OK, SetJob(kPageDelta));
+    EXPECT_EQ(kDocumentDelta, TextAt(kPTDocumentScope));
     EXPECT_EQ(page.Get(), Get(kPTPageScope).Get());
 }
 
 TEST_F(PrintTicketProviderTest, APartWithATicketNeedsTheWiderTicket) {
     OpenBase();
-    EXPECT_EQ(E_PENDING, SetDocument(DocumentDelta));
-    EXPECT_EQ(E_PENDING, SetPage(PageDelta));
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    EXPECT_EQ(E_PENDING, SetPage(PageDelta));
+    EXPECT_EQ(E_PENDING, SetDocument(kDocumentDelta));
+    EXPECT_EQ(E_PENDING, SetPage(kPageDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    EXPECT_EQ(E_PENDING, SetPage(kPageDelta));
     EXPECT_EQ(1u, PlatformCalls().size());
 }
 
 TEST_F(PrintTicketProviderTest, APagePartWithoutATicketYieldsTheDocumentTicketWithTheExtraTicketMergedIn) {
     OpenBase();
     ASSERT_EQ(S_OK, SetJob(NoTicket));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
     m_calls.Clear();
     EXPECT_EQ(S_OK, SetPage(NoTicket));
-    EXPECT_EQ(DocumentDelta, TextAt(kPTPageScope));
-    const Dom extra = LoadDomFromString(Extra);
+    EXPECT_EQ(kDocumentDelta, TextAt(kPTPageScope));
+    const Dom extra = LoadDomFromString(kExtra);
     EXPECT_EQ(S_OK, SetPage(NoTicket, extra.Get()));
     EXPECT_EQ(Ticket(Feature(L"psk:A", L"psk:document") + Feature(L"psk:X", L"psk:extra")),
               TextAt(kPTPageScope));
-    EXPECT_EQ(DocumentDelta, TextAt(kPTDocumentScope));
+    EXPECT_EQ(kDocumentDelta, TextAt(kPTDocumentScope));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
 }
 
 TEST_F(PrintTicketProviderTest, ASuccessWithoutATicketPartIsAPartWithoutATicket) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    const Dom extra = LoadDomFromString(Extra);
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    const Dom extra = LoadDomFromString(kExtra);
     const auto part = MakeMock<DocumentWithNullTicket>(m_calls, L"/document");
     EXPECT_EQ(S_OK, m_provider->SetDocumentTicket(part.Get(), extra.Get()));
     EXPECT_EQ(Ticket(Feature(L"psk:A", L"psk:job") + Feature(L"psk:X", L"psk:extra")),
@@ -723,24 +724,24 @@ TEST_F(PrintTicketProviderTest, AnyOtherFailureOfThePartIsReturnedUnchanged) {
     OpenBase();
     const Dom job = Get(kPTJobScope);
     m_calls.Fail("GetPrintTicket /job", E_ACCESSDENIED);
-    EXPECT_EQ(E_ACCESSDENIED, SetJob(JobDelta));
+    EXPECT_EQ(E_ACCESSDENIED, SetJob(kJobDelta));
     m_calls.Fail("GetPrintTicket /document", RPC_E_DISCONNECTED);
-    EXPECT_EQ(RPC_E_DISCONNECTED, SetDocument(DocumentDelta));
+    EXPECT_EQ(RPC_E_DISCONNECTED, SetDocument(kDocumentDelta));
     m_calls.Fail("GetPrintTicket /page", E_FAIL);
-    EXPECT_EQ(E_FAIL, SetPage(PageDelta));
+    EXPECT_EQ(E_FAIL, SetPage(kPageDelta));
     m_calls.Fail("GetStream", STG_E_ACCESSDENIED);
-    EXPECT_EQ(STG_E_ACCESSDENIED, SetJob(JobDelta));
+    EXPECT_EQ(STG_E_ACCESSDENIED, SetJob(kJobDelta));
     EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
 }
 
 TEST_F(PrintTicketProviderTest, OnlyAPartCanBeWithoutATicketNotTheTicketItself) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
     const Dom job = Get(kPTJobScope);
-    m_calls.Fail("GetStream", NoTicketPart);
-    EXPECT_EQ(NoTicketPart, SetJob(PageDelta));
+    m_calls.Fail("GetStream", kNoTicketPart);
+    EXPECT_EQ(kNoTicketPart, SetJob(kPageDelta));
     EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
-    EXPECT_EQ(JobDelta, TextAt(kPTJobScope));
+    EXPECT_EQ(kJobDelta, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, ANullPartIsRefused) {
@@ -770,71 +771,71 @@ TEST_F(PrintTicketProviderTest, APartWhoseStreamCannotBeWrappedIsOutOfMemory) {
 
 TEST_F(PrintTicketProviderTest, AnExtraTicketThatCannotBeMergedThrowsAndTheScopeIsTheCopyOfItsParent) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    const Dom extra = LoadDomFromString(NotATicket);
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    const Dom extra = LoadDomFromString(kNotATicket);
     EXPECT_THROW(static_cast<void>(SetPage(NoTicket, extra.Get())), HresultError);
-    EXPECT_EQ(JobDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kJobDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, AMergeUnderATokenThatIsGoneMakesNoCall) {
     OpenBase();
     m_token.reset();
-    EXPECT_EQ(InvalidHandle, SetJob(JobDelta));
+    EXPECT_EQ(kInvalidHandle, SetJob(kJobDelta));
     Dom capabilities;
-    EXPECT_EQ(InvalidHandle,
-              m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
+    EXPECT_EQ(kInvalidHandle,
+              m_provider->GetPrintCapabilities(LoadDomFromString(kBase).Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
     EXPECT_THAT(PlatformCalls(), IsEmpty());
-    EXPECT_EQ(Base, TextAt(kPTJobScope));
+    EXPECT_EQ(kBase, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, SettingAPagesTicketFailsCleanlyAtEveryCall) {
     OpenBase();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
     const Dom before = Get(kPTPageScope);
     for (std::size_t call = 1;; ++call) {
         ASSERT_LT(call, 1000u);
         m_calls.Clear();
-        m_calls.FailNth(call, Injected);
-        const HRESULT hr = SetPage(PageDelta);
+        m_calls.FailNth(call, kInjected);
+        const HRESULT hr = SetPage(kPageDelta);
         if (!m_calls.HasFailed()) {
             EXPECT_EQ(S_OK, hr);
             EXPECT_GT(call, 5u);
             break;
         }
-        EXPECT_THAT(hr, AnyOf(Injected, E_FAIL)) << m_calls.FailedCall();
+        EXPECT_THAT(hr, AnyOf(kInjected, E_FAIL)) << m_calls.FailedCall();
         EXPECT_FALSE(tests::ThreadTokenId().has_value());
         EXPECT_EQ(before.Get(), Get(kPTPageScope).Get()) << m_calls.FailedCall();
-        EXPECT_EQ(DocumentDelta, DomText(before.Get()));
+        EXPECT_EQ(kDocumentDelta, DomText(before.Get()));
     }
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
 }
 
 // Capabilities.
 
-const std::wstring SomeCapabilities = tests::Capabilities(Feature(L"psk:A", L"psk:one"));
+const std::wstring kSomeCapabilities = tests::Capabilities(Feature(L"psk:A", L"psk:one"));
 
 TEST_F(PrintTicketProviderTest, CapabilitiesAreWrittenIntoAFreshDocumentUnderTheUsersToken) {
     OpenBase();
-    m_platform.m_capabilities = Bytes(SomeCapabilities);
-    const Dom ticket = LoadDomFromString(PageDelta);
+    m_platform.m_capabilities = Bytes(kSomeCapabilities);
+    const Dom ticket = LoadDomFromString(kPageDelta);
     Dom capabilities;
     EXPECT_EQ(S_OK, m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()));
-    EXPECT_EQ(SomeCapabilities, DomText(capabilities.Get()));
-    EXPECT_THAT(PlatformCalls(), ElementsAre("PTGetPrintCapabilities " + Bytes(PageDelta)));
+    EXPECT_EQ(kSomeCapabilities, DomText(capabilities.Get()));
+    EXPECT_THAT(PlatformCalls(), ElementsAre("PTGetPrintCapabilities " + Bytes(kPageDelta)));
     ExpectEveryCallUnderTheUsersToken();
-    EXPECT_EQ(PageDelta, DomText(ticket.Get()));
+    EXPECT_EQ(kPageDelta, DomText(ticket.Get()));
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesCanBeAskedForTwice) {
     OpenBase();
-    m_platform.m_capabilities = Bytes(SomeCapabilities);
-    const Dom ticket = LoadDomFromString(PageDelta);
+    m_platform.m_capabilities = Bytes(kSomeCapabilities);
+    const Dom ticket = LoadDomFromString(kPageDelta);
     for (int time = 0; time < 2; ++time) {
         Dom capabilities;
         EXPECT_EQ(S_OK, m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()));
-        EXPECT_EQ(SomeCapabilities, DomText(capabilities.Get()));
+        EXPECT_EQ(kSomeCapabilities, DomText(capabilities.Get()));
     }
 }
 
@@ -843,22 +844,23 @@ TEST_F(PrintTicketProviderTest, CapabilitiesNeedATicketAndAPlace) {
     IXMLDOMDocument2* pCapabilities = reinterpret_cast<IXMLDOMDocument2*>(this);
     EXPECT_EQ(E_POINTER, m_provider->GetPrintCapabilities(nullptr, &pCapabilities));
     EXPECT_EQ(nullptr, pCapabilities);
-    EXPECT_EQ(E_POINTER, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), nullptr));
+    EXPECT_EQ(E_POINTER, m_provider->GetPrintCapabilities(LoadDomFromString(kBase).Get(), nullptr));
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesThatThePlatformRefusesAreItsFailure) {
     OpenBase();
     m_platform.m_errorText = L"no";
-    m_calls.FailNth(1, Injected);
+    m_calls.FailNth(1, kInjected);
     Dom capabilities;
-    EXPECT_EQ(Injected, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
+    EXPECT_EQ(kInjected,
+              m_provider->GetPrintCapabilities(LoadDomFromString(kBase).Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
 }
 
 TEST_F(PrintTicketProviderTest, CapabilitiesOfWhichNothingIsWrittenFail) {
     OpenBase();
     Dom capabilities;
-    EXPECT_EQ(E_FAIL, m_provider->GetPrintCapabilities(LoadDomFromString(Base).Get(), capabilities.Put()));
+    EXPECT_EQ(E_FAIL, m_provider->GetPrintCapabilities(LoadDomFromString(kBase).Get(), capabilities.Put()));
     EXPECT_FALSE(capabilities);
 }
 
@@ -866,30 +868,30 @@ TEST_F(PrintTicketProviderTest, WhatThePlatformSaysOfAFailureIsKeptWithTheTicket
     OpenBase();
     EXPECT_EQ("", m_provider->LastFailure().message);
     m_platform.m_errorText = L"not today";
-    m_calls.Fail(MergeCall(kPTJobScope, Base, JobDelta), Injected);
-    EXPECT_EQ(Injected, SetJob(JobDelta));
+    m_calls.Fail(MergeCall(kPTJobScope, kBase, kJobDelta), kInjected);
+    EXPECT_EQ(kInjected, SetJob(kJobDelta));
     const auto trimmed = [](std::wstring text) { return text.substr(0, text.find_last_not_of(L"\r\n") + 1); };
     EXPECT_EQ("PTMergeAndValidatePrintTicket failed with message: not today\n",
               m_provider->LastFailure().message);
-    EXPECT_EQ(Base, trimmed(m_provider->LastFailure().parent));
-    EXPECT_EQ(JobDelta, trimmed(m_provider->LastFailure().delta));
+    EXPECT_EQ(kBase, trimmed(m_provider->LastFailure().parent));
+    EXPECT_EQ(kJobDelta, trimmed(m_provider->LastFailure().delta));
 
-    m_calls.FailNth(1, Injected);
+    m_calls.FailNth(1, kInjected);
     Dom capabilities;
-    EXPECT_EQ(Injected,
-              m_provider->GetPrintCapabilities(LoadDomFromString(PageDelta).Get(), capabilities.Put()));
+    EXPECT_EQ(kInjected,
+              m_provider->GetPrintCapabilities(LoadDomFromString(kPageDelta).Get(), capabilities.Put()));
     EXPECT_EQ("PTGetPrintCapabilities failed with message: not today\n", m_provider->LastFailure().message);
     EXPECT_EQ(L"", m_provider->LastFailure().parent);
-    EXPECT_EQ(PageDelta, trimmed(m_provider->LastFailure().delta));
+    EXPECT_EQ(kPageDelta, trimmed(m_provider->LastFailure().delta));
 }
 
 // What is done once for pages that are alike.
 
 TEST_F(PrintTicketProviderTest, PagesWithoutATicketShareOneUnderTheSameDocumentAndExtraTicket) {
     OpenScopes();
-    ASSERT_EQ(S_OK, SetJob(JobDelta));
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
-    const Dom extra = LoadDomFromString(Extra);
+    ASSERT_EQ(S_OK, SetJob(kJobDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
+    const Dom extra = LoadDomFromString(kExtra);
     ASSERT_EQ(S_OK, SetPage(NoTicket, extra.Get()));
     const std::uint64_t version = m_provider->TicketVersion(kPTPageScope);
     EXPECT_NE(0u, version);
@@ -901,21 +903,21 @@ TEST_F(PrintTicketProviderTest, PagesWithoutATicketShareOneUnderTheSameDocumentA
 
 TEST_F(PrintTicketProviderTest, AnotherExtraTicketMakesAnotherPageTicket) {
     OpenScopes();
-    const Dom extra = LoadDomFromString(Extra);
+    const Dom extra = LoadDomFromString(kExtra);
     ASSERT_EQ(S_OK, SetPage(NoTicket, extra.Get()));
     const std::uint64_t version = m_provider->TicketVersion(kPTPageScope);
     ASSERT_EQ(S_OK, SetPage(NoTicket));
     EXPECT_NE(version, m_provider->TicketVersion(kPTPageScope));
-    EXPECT_EQ(Base, TextAt(kPTPageScope));
+    EXPECT_EQ(kBase, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, AWiderTicketThatChangesMakesAnotherPageTicket) {
     OpenScopes();
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
     ASSERT_EQ(S_OK, SetPage(NoTicket));
-    ASSERT_EQ(S_OK, SetDocument(PageDelta));
+    ASSERT_EQ(S_OK, SetDocument(kPageDelta));
     ASSERT_EQ(S_OK, SetPage(NoTicket));
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, ATicketThatReadingDerivesIsSharedToo) {
@@ -930,19 +932,19 @@ TEST_F(PrintTicketProviderTest, ATicketThatWasHandedOutAndChangedIsNotShared) {
     const Dom lent = Get(kPTPageScope);
     EXPECT_EQ(0u, m_provider->TicketVersion(kPTPageScope));
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
-    ASSERT_EQ(S_OK, lent->loadXML(Bstr(PageDelta).Get(), &isLoaded));
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    ASSERT_EQ(S_OK, lent->loadXML(Bstr(kPageDelta).Get(), &isLoaded));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
     ASSERT_EQ(S_OK, SetPage(NoTicket));
-    EXPECT_EQ(Base, TextAt(kPTPageScope));
+    EXPECT_EQ(kBase, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, PagesUnderATicketThatWasHandedOutAndChangedFollowIt) {
     OpenScopes();
     ASSERT_EQ(S_OK, SetPage(NoTicket));
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
-    ASSERT_EQ(S_OK, Get(kPTDocumentScope)->loadXML(Bstr(PageDelta).Get(), &isLoaded));
+    ASSERT_EQ(S_OK, Get(kPTDocumentScope)->loadXML(Bstr(kPageDelta).Get(), &isLoaded));
     ASSERT_EQ(S_OK, SetPage(NoTicket));
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, TicketsUnderABaseThatWasHandedOutAndChangedFollowIt) {
@@ -951,30 +953,30 @@ TEST_F(PrintTicketProviderTest, TicketsUnderABaseThatWasHandedOutAndChangedFollo
     Dom base;
     ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
-    ASSERT_EQ(S_OK, base->loadXML(Bstr(PageDelta).Get(), &isLoaded));
+    ASSERT_EQ(S_OK, base->loadXML(Bstr(kPageDelta).Get(), &isLoaded));
     ASSERT_EQ(S_OK, SetJob(NoTicket));
-    EXPECT_EQ(PageDelta, TextAt(kPTJobScope));
+    EXPECT_EQ(kPageDelta, TextAt(kPTJobScope));
 }
 
 TEST_F(PrintTicketProviderTest, APageLikeTheOneBeforeIsValidatedAndKeepsItsTicket) {
     OpenScopes();
-    ASSERT_EQ(S_OK, SetDocument(DocumentDelta));
-    const Dom extra = LoadDomFromString(Extra);
-    ASSERT_EQ(S_OK, SetPage(PageDelta, extra.Get()));
+    ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
+    const Dom extra = LoadDomFromString(kExtra);
+    ASSERT_EQ(S_OK, SetPage(kPageDelta, extra.Get()));
     const Dom first = Read(kPTPageScope);
     const std::uint64_t version = m_provider->TicketVersion(kPTPageScope);
     m_calls.Clear();
-    ASSERT_EQ(S_OK, SetPage(PageDelta, extra.Get()));
-    EXPECT_THAT(PlatformCalls(), ElementsAre(MergeCall(kPTPageScope, DocumentDelta, PageDelta)));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta, extra.Get()));
+    EXPECT_THAT(PlatformCalls(), ElementsAre(MergeCall(kPTPageScope, kDocumentDelta, kPageDelta)));
     EXPECT_EQ(first.Get(), Read(kPTPageScope).Get());
     EXPECT_EQ(version, m_provider->TicketVersion(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, APageOfWhichThePlatformMakesSomethingElseGetsAnotherTicket) {
     OpenScopes();
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
-    m_platform.m_merge = [](const std::string&) { return Bytes(JobDelta); };
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
+    m_platform.m_merge = [](const std::string&) { return Bytes(kJobDelta); };
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
     EXPECT_EQ(
         Ticket(Feature(L"psk:A", L"psk:job").substr(0, std::wstring(L"<psf:Feature name=\"psk:A\">").size()) +
                L"<psf:Option name=\"psk:job\"/><psf:Option name=\"psk:page\"/></psf:Feature>"),
@@ -984,19 +986,19 @@ TEST_F(PrintTicketProviderTest, APageOfWhichThePlatformMakesSomethingElseGetsAno
 TEST_F(PrintTicketProviderTest, APageWithATicketBetweenTwoWithoutLeavesNothingBehind) {
     OpenScopes();
     ASSERT_EQ(S_OK, SetPage(NoTicket));
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
     ASSERT_EQ(S_OK, SetPage(NoTicket));
-    EXPECT_EQ(Base, TextAt(kPTPageScope));
+    EXPECT_EQ(kBase, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, AChangedTicketOfAPageWithATicketIsMadeAnew) {
     OpenScopes();
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
     VARIANT_BOOL isLoaded = VARIANT_FALSE;
-    ASSERT_EQ(S_OK, Get(kPTPageScope)->loadXML(Bstr(JobDelta).Get(), &isLoaded));
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
-    EXPECT_EQ(PageDelta, TextAt(kPTPageScope));
+    ASSERT_EQ(S_OK, Get(kPTPageScope)->loadXML(Bstr(kJobDelta).Get(), &isLoaded));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
+    EXPECT_EQ(kPageDelta, TextAt(kPTPageScope));
 }
 
 TEST_F(PrintTicketProviderTest, WhatWasKeptOfATicketGoesWithIt) {
@@ -1006,12 +1008,12 @@ TEST_F(PrintTicketProviderTest, WhatWasKeptOfATicketGoesWithIt) {
     m_provider->KeepMedia(kPTPageScope, {L"krk:", {1, 2}, {}});
     ASSERT_NE(nullptr, m_provider->KeptMedia(kPTPageScope));
     EXPECT_EQ(2, m_provider->KeptMedia(kPTPageScope)->size.height);
-    ASSERT_EQ(S_OK, SetPage(PageDelta));
+    ASSERT_EQ(S_OK, SetPage(kPageDelta));
     EXPECT_EQ(nullptr, m_provider->KeptMedia(kPTPageScope));
     EXPECT_NE(nullptr, Get(kPTPageScope).Get());
     m_provider->KeepMedia(kPTPageScope, {L"krk:", {1, 2}, {}});
     EXPECT_EQ(nullptr, m_provider->KeptMedia(kPTPageScope));
-    EXPECT_EQ(0u, m_provider->TicketVersion(NoScope));
+    EXPECT_EQ(0u, m_provider->TicketVersion(kNoScope));
 }
 
 }  // namespace

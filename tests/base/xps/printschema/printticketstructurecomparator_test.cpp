@@ -92,7 +92,7 @@ TEST_F(PrintTicketStructureComparatorTest, OneFeatureUnderTwoPrefixesInItsNameIs
 
 TEST_F(PrintTicketStructureComparatorTest, OneElementUnderTwoPrefixesIsTwoElements) {
     const std::wstring other =
-        L"<f:Feature xmlns:f=\"" + std::wstring(tests::FrameworkUri) + L"\" name=\"psk:PageMediaSize\"/>";
+        L"<f:Feature xmlns:f=\"" + std::wstring(tests::kFrameworkUri) + L"\" name=\"psk:PageMediaSize\"/>";
     EXPECT_FALSE(Same(other, L"<psf:Feature name=\"psk:PageMediaSize\"/>"));
 }
 

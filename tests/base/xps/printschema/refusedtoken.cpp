@@ -5,25 +5,25 @@
 namespace tests {
 namespace {
 
-bool isRefused = false;
-DWORD refusal = ERROR_SUCCESS;
+bool g_isRefused = false;
+DWORD g_refusal = ERROR_SUCCESS;
 
 BOOL WINAPI TestSetThreadToken(PHANDLE pThread, HANDLE token) {
     static const auto system =
         SystemFunction<decltype(TestSetThreadToken)>(L"advapi32.dll", "SetThreadToken");
-    if (!isRefused || token == nullptr) return system(pThread, token);
-    SetLastError(refusal);
+    if (!g_isRefused || token == nullptr) return system(pThread, token);
+    SetLastError(g_refusal);
     return FALSE;
 }
 
 }  // namespace
 
 RefusedToken::RefusedToken(DWORD lastError) noexcept {
-    refusal = lastError;
-    isRefused = true;
+    g_refusal = lastError;
+    g_isRefused = true;
 }
 
-RefusedToken::~RefusedToken() { isRefused = false; }
+RefusedToken::~RefusedToken() { g_isRefused = false; }
 
 }  // namespace tests
 

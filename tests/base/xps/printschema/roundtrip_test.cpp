@@ -29,9 +29,9 @@ using tests::HandlerTest;
 using tests::ThrownCode;
 using tests::Ticket;
 
-constexpr Scope Scopes[] = {Scope::Job, Scope::Document, Scope::Page};
-constexpr std::int32_t PrivateScaling = 7;
-constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr Scope kScopes[] = {Scope::Job, Scope::Document, Scope::Page};
+constexpr std::int32_t kPrivateScaling = 7;
+constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 
 class RoundTripTest : public HandlerTest {
   protected:
@@ -80,7 +80,7 @@ std::int32_t OptionCount(const PrintTicketFunctionOption& data) {
 }
 
 TEST_P(RoundTripTest, EveryBinWithEveryFeedDirectionAtEveryScope) {
-    for (const Scope scope : Scopes) {
+    for (const Scope scope : kScopes) {
         for (std::int32_t option = 0; option < OptionCount(InputBinData()); ++option) {
             for (const std::int32_t direction : {InputBinData::FeedDirectionUnknown,
                                                  InputBinData::LongEdgeFirst, InputBinData::ShortEdgeFirst}) {
@@ -99,7 +99,7 @@ TEST_P(RoundTripTest, EveryBinWithEveryFeedDirectionAtEveryScope) {
 }
 
 TEST_P(RoundTripTest, EveryBinWithoutAFeedDirection) {
-    for (const Scope scope : Scopes) {
+    for (const Scope scope : kScopes) {
         for (std::int32_t option = 0; option < OptionCount(InputBinData()); ++option) {
             InputBinData selected;
             selected.SetOptionId(option);
@@ -112,7 +112,7 @@ TEST_P(RoundTripTest, EveryBinWithoutAFeedDirection) {
 }
 
 TEST_P(RoundTripTest, EveryOrientationAtEveryScope) {
-    for (const Scope scope : Scopes) {
+    for (const Scope scope : kScopes) {
         for (std::int32_t option = 0; option < OptionCount(PageOrientationData()); ++option) {
             PageOrientationData written;
             written.SetOptionId(option);
@@ -126,8 +126,8 @@ TEST_P(RoundTripTest, EveryOrientationAtEveryScope) {
 }
 
 TEST_P(RoundTripTest, EveryKeywordScalingWithItsValuesAtEveryScope) {
-    for (const Scope scope : Scopes) {
-        for (std::int32_t option = 0; option < PrivateScaling; ++option) {
+    for (const Scope scope : kScopes) {
+        for (std::int32_t option = 0; option < kPrivateScaling; ++option) {
             ScalingData written;
             written.SetOptionId(option);
             written.SetOffset({-100, 200});
@@ -144,12 +144,12 @@ TEST_P(RoundTripTest, EveryKeywordScalingWithItsValuesAtEveryScope) {
 }
 
 TEST_P(RoundTripTest, EveryKeywordScalingWithoutValues) {
-    for (const Scope scope : Scopes) {
-        for (std::int32_t option = 0; option < PrivateScaling; ++option) {
+    for (const Scope scope : kScopes) {
+        for (std::int32_t option = 0; option < kPrivateScaling; ++option) {
             ScalingData selected;
             selected.SetOptionId(option);
             if (option == ScalingData::Custom || option == ScalingData::CustomSquare) {
-                EXPECT_EQ(NotFound, ThrownCode([&] { static_cast<void>(WithoutValues(selected, scope)); }));
+                EXPECT_EQ(kNotFound, ThrownCode([&] { static_cast<void>(WithoutValues(selected, scope)); }));
             } else {
                 EXPECT_EQ(option, WithoutValues(selected, scope).GetOptionId());
             }
@@ -158,9 +158,9 @@ TEST_P(RoundTripTest, EveryKeywordScalingWithoutValues) {
 }
 
 TEST_P(RoundTripTest, ThePrivateScalingIsWrittenOnceAndReadAsNoKeyword) {
-    for (const Scope scope : Scopes) {
+    for (const Scope scope : kScopes) {
         ScalingData written;
-        written.SetOptionId(PrivateScaling);
+        written.SetOptionId(kPrivateScaling);
         EXPECT_FALSE(ReadBack(written, scope).IsSet());
         EXPECT_TRUE(written.IsSpecified(m_pTicket.Get()));
         ExpectOneFeatureAfterWritingTwice(written, scope);
@@ -168,7 +168,7 @@ TEST_P(RoundTripTest, ThePrivateScalingIsWrittenOnceAndReadAsNoKeyword) {
 }
 
 TEST_P(RoundTripTest, EveryMediaSizeWithItsSizeAtEveryScope) {
-    for (const Scope scope : Scopes) {
+    for (const Scope scope : kScopes) {
         for (std::int32_t option = 0; option < OptionCount(MediaSizeData()); ++option) {
             MediaSizeData written;
             written.SetOptionId(option);
@@ -194,7 +194,7 @@ TEST_P(RoundTripTest, EveryMediaSizeWithoutItsSizeIsItsNominalOne) {
 
 TEST_P(RoundTripTest, ThePrintableMediaSizeAtEveryScope) {
     const PrintableMediaRange range = {{76200, 127000}, {215900, 355600}};
-    for (const Scope scope : Scopes) {
+    for (const Scope scope : kScopes) {
         PrintableMediaSizeData written;
         written.SetRange(range);
         const PrintableMediaSizeData read = ReadBack(written, scope);

@@ -43,10 +43,10 @@ using tests::Value;
 
 using Pair = ScalingData::Pair;
 
-constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-constexpr HRESULT NoInteger = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
-constexpr std::int32_t None = 6;
-constexpr std::int32_t PrivateOption = 7;
+constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
+constexpr HRESULT kNoInteger = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+constexpr std::int32_t kNone = 6;
+constexpr std::int32_t kPrivateOption = 7;
 
 class ScalingDataTest : public HandlerTest {};
 
@@ -104,7 +104,7 @@ TEST_P(ScalingDataTest, IsThePagesFeatureAtEveryScope) {
 TEST_P(ScalingDataTest, ATicketSelectingNoneReadIntoAFreshObjectYieldsFourZeros) {
     ScalingData data;
     Read(data, Feature(L"psk:PageScaling", L"psk:None"));
-    EXPECT_EQ(None, data.GetOptionId());
+    EXPECT_EQ(kNone, data.GetOptionId());
     EXPECT_EQ((Pair{0, 0}), data.GetOffset());
     EXPECT_EQ((Pair{0, 0}), data.GetScale());
 }
@@ -112,7 +112,7 @@ TEST_P(ScalingDataTest, ATicketSelectingNoneReadIntoAFreshObjectYieldsFourZeros)
 TEST_P(ScalingDataTest, ATicketSelectingNoneReadIntoACustomObjectKeepsTheHeights) {
     ScalingData data = Custom({100, 200}, {50, 60});
     Read(data, Feature(L"psk:PageScaling", L"psk:None"));
-    EXPECT_EQ(None, data.GetOptionId());
+    EXPECT_EQ(kNone, data.GetOptionId());
     EXPECT_EQ((Pair{0, 200}), data.GetOffset());
     EXPECT_EQ((Pair{0, 60}), data.GetScale());
 }
@@ -163,7 +163,7 @@ TEST_P(ScalingDataTest, ACustomOptionWithoutOneOfItsValuesIsAnErrorAndKeepsThePr
         for (const std::wstring_view name : names)
             if (name != missing) content += Literal(name, 1);
         ScalingData data = CustomSquare({100, 200}, {50, 60});
-        EXPECT_EQ(NotFound,
+        EXPECT_EQ(kNotFound,
                   ThrownCode([&] { Read(data, Feature(L"psk:PageScaling", L"psk:Custom", content)); }))
             << std::wstring(missing);
         EXPECT_EQ(ScalingData::Custom, data.GetOptionId());
@@ -179,7 +179,7 @@ TEST_P(ScalingDataTest, CustomSquareWithoutOneOfItsValuesIsAnErrorAndKeepsThePre
         for (const std::wstring_view name : names)
             if (name != missing) content += Literal(name, 1);
         ScalingData data = Custom({100, 200}, {50, 60});
-        EXPECT_EQ(NotFound,
+        EXPECT_EQ(kNotFound,
                   ThrownCode([&] { Read(data, Feature(L"psk:PageScaling", L"psk:CustomSquare", content)); }))
             << std::wstring(missing);
         EXPECT_EQ((Pair{100, 200}), data.GetOffset());
@@ -189,7 +189,7 @@ TEST_P(ScalingDataTest, CustomSquareWithoutOneOfItsValuesIsAnErrorAndKeepsThePre
 
 TEST_P(ScalingDataTest, AValueThatIsNoIntegerIsAnError) {
     ScalingData data;
-    EXPECT_EQ(NoInteger, ThrownCode([&] {
+    EXPECT_EQ(kNoInteger, ThrownCode([&] {
                   Read(data, Feature(L"psk:PageScaling", L"psk:CustomSquare",
                                      Literal(L"OffsetWidth", 1) + Literal(L"OffsetHeight", 2) +
                                          ScoredProperty(L"psk:Scale", Value(L"integer", L"150 %"))));
@@ -208,7 +208,7 @@ TEST_P(ScalingDataTest, ValuesOfAnotherFeatureAreNotTaken) {
     ScalingData data;
     const std::wstring values =
         Literal(L"OffsetWidth", 1) + Literal(L"OffsetHeight", 2) + Literal(L"Scale", 3);
-    EXPECT_EQ(NotFound, ThrownCode([&] {
+    EXPECT_EQ(kNotFound, ThrownCode([&] {
                   Read(data, Feature(L"psk:JobNUp", L"psk:Option", values) +
                                  Feature(L"psk:PageScaling", L"psk:CustomSquare"));
               }));
@@ -252,7 +252,7 @@ TEST_P(ScalingDataTest, WritingCustomSquareWithTwoScalesFailsAfterTheOffsets) {
 
 TEST_P(ScalingDataTest, AnyOtherOptionWritesNoValues) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
-    Custom({1, 2}, {3, 4}, None).Write(pTicket.Get(), Scope::Page);
+    Custom({1, 2}, {3, 4}, kNone).Write(pTicket.Get(), Scope::Page);
     EXPECT_EQ(Ticket(Feature(L"psk:PageScaling", L"psk:None")), DomText(pTicket.Get()));
 }
 
@@ -282,7 +282,7 @@ TEST_P(ScalingDataTest, WritingAgainReplacesTheParametersToo) {
 
 TEST_P(ScalingDataTest, ThePrivateOptionIsWrittenWithThePrivatePrefix) {
     const Dom pTicket = LoadDomFromString(Ticket(L""));
-    Custom({}, {}, PrivateOption).Write(pTicket.Get(), Scope::Page);
+    Custom({}, {}, kPrivateOption).Write(pTicket.Get(), Scope::Page);
     EXPECT_EQ(Ticket(Feature(L"psk:PageScaling", L"krk:FitApplicationImageableSizeToImageableSize")),
               DomText(pTicket.Get()));
 }
@@ -299,7 +299,7 @@ TEST_P(ScalingDataTest, ThePrivateOptionIsReadThroughAPrivateOptionName) {
          tests::Named(L"Feature", L"psk:PageScaling",
                       ScoredProperty(L"krk:OptionName",
                                      Value(L"QName", L"krk:FitApplicationImageableSizeToImageableSize"))));
-    EXPECT_EQ(PrivateOption, data.GetOptionId());
+    EXPECT_EQ(kPrivateOption, data.GetOptionId());
 }
 
 TEST_P(ScalingDataTest, ValuesOfAnOptionThatIsNotSelectedAreNotTaken) {
@@ -312,7 +312,7 @@ TEST_P(ScalingDataTest, ValuesOfAnOptionThatIsNotSelectedAreNotTaken) {
         Read(data, tests::Named(L"Feature", L"psk:PageScaling",
                                 tests::Named(L"Option", L"psk:CustomSquare", L"") + refused));
     });
-    EXPECT_EQ(NotFound, code);
+    EXPECT_EQ(kNotFound, code);
     EXPECT_EQ((Pair{7, 8}), data.GetOffset());
     EXPECT_EQ((Pair{9, 10}), data.GetScale());
 }

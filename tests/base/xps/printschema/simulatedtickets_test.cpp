@@ -36,8 +36,8 @@ using tests::Ticket;
 using Lines = std::vector<std::string>;
 using Switches = std::vector<std::string>;
 
-constexpr EPrintTicketScope Scopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
-constexpr const char* Models[] = {"simprinter", "simprinter-us", "asymmetric", "longedge", "shortedge"};
+constexpr EPrintTicketScope kScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
+constexpr const char* kModels[] = {"simprinter", "simprinter-us", "asymmetric", "longedge", "shortedge"};
 
 [[nodiscard]] SimulatedProvider& Simulated() {
     wchar_t path[MAX_PATH] = {};
@@ -146,17 +146,17 @@ TEST_P(SimulatedTicketsTest, HowATicketIsWrittenDoesNotChangeItsSettings) {
     const Switches ways = {"prefixes=mangled",  "prefixes=collide",   "order=input",
                            "order=reversed",    "encoding=utf8-bom",  "encoding=utf16le",
                            "whitespace=pretty", "whitespace=comments"};
-    for (const char* const model : Models) {
+    for (const char* const model : kModels) {
         Configure(model, {});
         const Lines defaults = DefaultSettings();
         std::vector<Lines> merged;
-        for (const EPrintTicketScope scope : Scopes) merged.push_back(MergedSettings(Delta(), scope));
+        for (const EPrintTicketScope scope : kScopes) merged.push_back(MergedSettings(Delta(), scope));
         for (const std::string& way : ways) {
             SCOPED_TRACE(model + (" " + way));
             Configure(model, {way});
             EXPECT_EQ(defaults, DefaultSettings());
             for (std::size_t index = 0; index < merged.size(); ++index)
-                EXPECT_EQ(merged[index], MergedSettings(Delta(), Scopes[index]));
+                EXPECT_EQ(merged[index], MergedSettings(Delta(), kScopes[index]));
         }
         SCOPED_TRACE(model);
         Configure(model, {"prefixes=mangled", "order=reversed", "encoding=utf16le", "whitespace=comments"});

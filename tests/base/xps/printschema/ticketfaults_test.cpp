@@ -43,11 +43,11 @@ using tests::Saves;
 using tests::ThrownCode;
 using tests::Ticket;
 
-constexpr HRESULT Injected = static_cast<HRESULT>(0xA0040123L);
+constexpr HRESULT kInjected = static_cast<HRESULT>(0xA0040123L);
 
-const std::wstring Base = Ticket(tests::Feature(L"psk:A", L"psk:X"));
-const std::wstring Delta = Ticket(tests::Feature(L"psk:A", L"psk:Y") + tests::Feature(L"krk:B", L"krk:Z"),
-                                  L" xmlns:krk=\"urn:krk\"");
+const std::wstring kBase = Ticket(tests::Feature(L"psk:A", L"psk:X"));
+const std::wstring kDelta = Ticket(tests::Feature(L"psk:A", L"psk:Y") + tests::Feature(L"krk:B", L"krk:Z"),
+                                   L" xmlns:krk=\"urn:krk\"");
 
 // Runs an operation with the first call failing, then the second, until none fails. The operation is given a
 // fault that it starts itself, and returns whether it was met.
@@ -62,8 +62,8 @@ class TicketFaultTest : public tests::EachDomTest {};
 
 TEST_P(TicketFaultTest, TheComparatorThrowsTheCodeOfEveryFailingCall) {
     FailEachCall([](std::size_t nth) {
-        const Dom pFirst = LoadDomFromString(Base);
-        const Dom pSecond = LoadDomFromString(Base);
+        const Dom pFirst = LoadDomFromString(kBase);
+        const Dom pSecond = LoadDomFromString(kBase);
         Element pFirstRoot;
         Element pSecondRoot;
         EXPECT_EQ(S_OK, pFirst->get_documentElement(pFirstRoot.Put()));
@@ -73,12 +73,12 @@ TEST_P(TicketFaultTest, TheComparatorThrowsTheCodeOfEveryFailingCall) {
         EXPECT_EQ(S_OK, pFirstRoot->get_firstChild(pFeature.Put()));
         EXPECT_EQ(S_OK, pSecondRoot->get_firstChild(pSameFeature.Put()));
 
-        DomFaults faults(nth, Injected, Saves::Counted);
+        DomFaults faults(nth, kInjected, Saves::Counted);
         bool isSame = false;
         const HRESULT thrown = ThrownCode([&] {
             isSame = PrintTicketStructureComparator().IsSameNode(pFeature.Get(), pSameFeature.Get());
         });
-        EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown) << "call " << nth;
+        EXPECT_EQ(faults.HasFailed() ? kInjected : S_OK, thrown) << "call " << nth;
         EXPECT_EQ(!faults.HasFailed(), isSame);
         return faults.HasFailed();
     });
@@ -89,23 +89,23 @@ TEST_P(TicketFaultTest, AMergeThrowsTheCodeOrDoesWithoutADeclarationAndNeverChan
     const auto merge = [&](const Dom& pBase, const Dom& pTarget) {
         return ThrownCode([&] { XmlMarger(comparator).Merge(pBase.Get(), pTarget.Get()); });
     };
-    const Dom pWhole = LoadDomFromString(Base);
-    ASSERT_EQ(S_OK, merge(pWhole, LoadDomFromString(Delta)));
+    const Dom pWhole = LoadDomFromString(kBase);
+    ASSERT_EQ(S_OK, merge(pWhole, LoadDomFromString(kDelta)));
     const std::wstring whole = DomText(pWhole.Get());
     EXPECT_NE(std::wstring::npos, whole.find(L"krk:B"));
 
     FailEachCall([&](std::size_t nth) {
-        const Dom pBase = LoadDomFromString(Base);
-        const Dom pTarget = LoadDomFromString(Delta);
+        const Dom pBase = LoadDomFromString(kBase);
+        const Dom pTarget = LoadDomFromString(kDelta);
         bool hasFailed = false;
         HRESULT thrown = S_OK;
         {
-            const DomFaults faults(nth, Injected, Saves::Counted);
+            const DomFaults faults(nth, kInjected, Saves::Counted);
             thrown = merge(pBase, pTarget);
             hasFailed = faults.HasFailed();
         }
-        EXPECT_TRUE(thrown == S_OK || (hasFailed && thrown == Injected)) << "call " << nth;
-        EXPECT_EQ(Delta, DomText(pTarget.Get()));
+        EXPECT_TRUE(thrown == S_OK || (hasFailed && thrown == kInjected)) << "call " << nth;
+        EXPECT_EQ(kDelta, DomText(pTarget.Get()));
         const std::wstring text = DomText(pBase.Get());
         if (!hasFailed) {
             EXPECT_EQ(whole, text);
@@ -123,19 +123,19 @@ class AnyPair : public base::xml::XmlNodeComparator {
     bool IsSameNode(IXMLDOMNode*, IXMLDOMNode*) const override { return true; }
 };
 
-constexpr wchar_t Undeclared[] = L"<r><a/></r>";
-constexpr wchar_t Declaring[] = L"<r xmlns:k=\"urn:k\"><a xmlns:j=\"urn:j\"/></r>";
+constexpr wchar_t kUndeclared[] = L"<r><a/></r>";
+constexpr wchar_t kDeclaring[] = L"<r xmlns:k=\"urn:k\"><a xmlns:j=\"urn:j\"/></r>";
 
 TEST_P(TicketFaultTest, ADeclarationThatCannotBeReadOrMadeFailsTheMerge) {
     for (const DomCall call :
          {DomCall::GetNodeName, DomCall::GetText, DomCall::CreateAttribute, DomCall::PutValue}) {
         FailEachCall([&](std::size_t nth) {
-            const Dom pBase = LoadDomFromString(Undeclared);
-            const Dom pTarget = LoadDomFromString(Declaring);
-            const DomFaults faults(call, nth, Injected);
+            const Dom pBase = LoadDomFromString(kUndeclared);
+            const Dom pTarget = LoadDomFromString(kDeclaring);
+            const DomFaults faults(call, nth, kInjected);
             const HRESULT thrown =
                 ThrownCode([&] { XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get()); });
-            EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown)
+            EXPECT_EQ(faults.HasFailed() ? kInjected : S_OK, thrown)
                 << "call " << nth << " of kind " << static_cast<int>(call);
             return faults.HasFailed();
         });
@@ -144,10 +144,10 @@ TEST_P(TicketFaultTest, ADeclarationThatCannotBeReadOrMadeFailsTheMerge) {
 
 // The base after a merge with declarations while the nth call of a kind fails; empty when none does.
 std::wstring DeclaredInSpiteOf(DomCall call, std::size_t nth) {
-    const Dom pBase = LoadDomFromString(Undeclared);
-    const Dom pTarget = LoadDomFromString(Declaring);
+    const Dom pBase = LoadDomFromString(kUndeclared);
+    const Dom pTarget = LoadDomFromString(kDeclaring);
     {
-        const DomFaults faults(call, nth, Injected);
+        const DomFaults faults(call, nth, kInjected);
         EXPECT_EQ(S_OK, ThrownCode([&] { XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get()); }))
             << "call " << nth << " of kind " << static_cast<int>(call);
         if (!faults.HasFailed()) return {};
@@ -181,12 +181,12 @@ TEST_P(TicketFaultTest, ANodeWhoseAttributesCannotBeHadDeclaresNothing) {
 }
 
 TEST_P(TicketFaultTest, ADeclarationThatTheBaseHasAlreadyIsNotSetAgain) {
-    const Dom pBase = LoadDomFromString(Declaring);
-    const Dom pTarget = LoadDomFromString(Declaring);
-    const DomFaults faults(DomCall::CreateAttribute, 1, Injected);
+    const Dom pBase = LoadDomFromString(kDeclaring);
+    const Dom pTarget = LoadDomFromString(kDeclaring);
+    const DomFaults faults(DomCall::CreateAttribute, 1, kInjected);
     XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get());
     EXPECT_FALSE(faults.HasFailed());
-    EXPECT_EQ(Declaring, DomText(pBase.Get()));
+    EXPECT_EQ(kDeclaring, DomText(pBase.Get()));
 }
 
 TEST_P(TicketFaultTest, AMapThatCannotBeResetStandsAtItsStart) {
@@ -194,14 +194,14 @@ TEST_P(TicketFaultTest, AMapThatCannotBeResetStandsAtItsStart) {
         ASSERT_LT(nth, 100U);
         const std::wstring text = DeclaredInSpiteOf(DomCall::Reset, nth);
         if (text.empty()) break;
-        EXPECT_EQ(Declaring, text);
+        EXPECT_EQ(kDeclaring, text);
     }
 }
 
 TEST_P(TicketFaultTest, AChildThatTheListDoesNotYieldIsAnUnexpectedState) {
     FailEachCall([](std::size_t nth) {
-        const Dom pBase = LoadDomFromString(Undeclared);
-        const Dom pTarget = LoadDomFromString(Declaring);
+        const Dom pBase = LoadDomFromString(kUndeclared);
+        const Dom pTarget = LoadDomFromString(kDeclaring);
         const DomFaults faults(DomCall::GetItem, nth, S_OK);
         const std::string thrown = tests::Thrown<std::runtime_error>(
             [&] { XmlMarger(AnyPair()).Merge(pBase.Get(), pTarget.Get()); });
@@ -214,18 +214,18 @@ TEST_P(TicketFaultTest, AChildThatTheListDoesNotYieldIsAnUnexpectedState) {
 }
 
 TEST_P(TicketFaultTest, LoadingAndSavingThrowTheCode) {
-    const Dom pDom = LoadDomFromString(Base);
+    const Dom pDom = LoadDomFromString(kBase);
     FailEachCall([&](std::size_t nth) {
         const platform::Variant source(static_cast<IUnknown*>(pDom.Get()));
-        const DomFaults faults(nth, Injected, Saves::Counted);
+        const DomFaults faults(nth, kInjected, Saves::Counted);
         const HRESULT thrown = ThrownCode([&] { static_cast<void>(base::xml::LoadDom(source.Get())); });
-        EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown);
+        EXPECT_EQ(faults.HasFailed() ? kInjected : S_OK, thrown);
         return faults.HasFailed();
     });
     FailEachCall([&](std::size_t nth) {
-        const DomFaults faults(nth, Injected, Saves::Counted);
+        const DomFaults faults(nth, kInjected, Saves::Counted);
         const HRESULT thrown = ThrownCode([&] { static_cast<void>(base::xml::DomToString(pDom.Get())); });
-        EXPECT_EQ(faults.HasFailed() ? Injected : S_OK, thrown);
+        EXPECT_EQ(faults.HasFailed() ? kInjected : S_OK, thrown);
         return faults.HasFailed();
     });
 }
@@ -233,7 +233,7 @@ TEST_P(TicketFaultTest, LoadingAndSavingThrowTheCode) {
 class ProviderFaultTest : public TicketFaultTest {
   protected:
     void Open() {
-        const auto base = MakeMock<tests::MockReadStream>(m_calls, tests::Bytes(Base));
+        const auto base = MakeMock<tests::MockReadStream>(m_calls, tests::Bytes(kBase));
         ASSERT_EQ(S_OK, m_provider.Open(base.Get(), platform::Bstr(L"Printer").Get(), nullptr));
     }
     Dom Get(EPrintTicketScope scope) {
@@ -249,27 +249,27 @@ class ProviderFaultTest : public TicketFaultTest {
 
 TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas) {
     Open();
-    m_platform.m_merge = [](const std::string&) { return tests::Bytes(Base); };
+    m_platform.m_merge = [](const std::string&) { return tests::Bytes(kBase); };
     FailEachCall([&](std::size_t nth) {
         EXPECT_EQ(S_OK, m_provider.MergeTicket(kPTJobScope, nullptr, nullptr));
         const Dom before = Get(kPTJobScope);
-        const auto ticket = MakeMock<tests::MockPrintTicket>(m_calls, L"/ticket", tests::Bytes(Delta));
+        const auto ticket = MakeMock<tests::MockPrintTicket>(m_calls, L"/ticket", tests::Bytes(kDelta));
         const auto part = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job",
                                                                      ComPtr<IPartPrintTicket>(ticket.Get()));
         bool hasFailed = false;
         HRESULT hr = S_OK;
         HRESULT thrown = S_OK;
         {
-            const DomFaults faults(nth, Injected, Saves::Counted);
+            const DomFaults faults(nth, kInjected, Saves::Counted);
             thrown = ThrownCode([&] { hr = m_provider.SetJobTicket(part.Get(), nullptr); });
             hasFailed = faults.HasFailed();
         }
         const HRESULT failure = FAILED(thrown) ? thrown : hr;
-        EXPECT_TRUE(failure == S_OK || (hasFailed && failure == Injected)) << "call " << nth;
+        EXPECT_TRUE(failure == S_OK || (hasFailed && failure == kInjected)) << "call " << nth;
         const Dom after = Get(kPTJobScope);
         EXPECT_EQ(FAILED(failure), after.Get() == before.Get()) << "call " << nth;
         if (FAILED(failure)) {
-            EXPECT_EQ(Base, DomText(after.Get()));
+            EXPECT_EQ(kBase, DomText(after.Get()));
         }
         return hasFailed;
     });
@@ -278,7 +278,7 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas
 
 TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
     Open();
-    const Dom extra = LoadDomFromString(Delta);
+    const Dom extra = LoadDomFromString(kDelta);
     FailEachCall([&](std::size_t nth) {
         const auto part = MakeMock<tests::MockFixedDocumentSequence>(m_calls, L"/job");
         bool hasFailed = false;
@@ -287,14 +287,14 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
         {
             // What was handed out is not shared with the next part, which therefore gets a copy of its own.
             static_cast<void>(Get(kPTJobScope));
-            const DomFaults faults(nth, Injected, Saves::Counted);
+            const DomFaults faults(nth, kInjected, Saves::Counted);
             thrown = ThrownCode([&] { hr = m_provider.SetJobTicket(part.Get(), extra.Get()); });
             hasFailed = faults.HasFailed();
         }
         const HRESULT failure = FAILED(thrown) ? thrown : hr;
-        EXPECT_TRUE(failure == S_OK || (hasFailed && failure == Injected)) << "call " << nth;
+        EXPECT_TRUE(failure == S_OK || (hasFailed && failure == kInjected)) << "call " << nth;
         if (FAILED(failure)) {
-            EXPECT_EQ(Base, DomText(Get(kPTJobScope).Get())) << "call " << nth;
+            EXPECT_EQ(kBase, DomText(Get(kPTJobScope).Get())) << "call " << nth;
         }
         return hasFailed;
     });
@@ -304,18 +304,18 @@ TEST_P(ProviderFaultTest, CapabilitiesFailWithTheCodeOrAsEmptyAndDoWithoutRewind
     Open();
     const std::wstring whole = tests::Capabilities(L"");
     m_platform.m_capabilities = tests::Bytes(whole);
-    const Dom pTicket = LoadDomFromString(Base);
+    const Dom pTicket = LoadDomFromString(kBase);
     int rewindsRefused = 0;
     FailEachCall([&](std::size_t nth) {
         Dom pCapabilities;
         bool hasFailed = false;
         HRESULT hr = S_OK;
         {
-            const DomFaults faults(nth, Injected, Saves::Counted);
+            const DomFaults faults(nth, kInjected, Saves::Counted);
             hr = m_provider.GetPrintCapabilities(pTicket.Get(), pCapabilities.Put());
             hasFailed = faults.HasFailed();
         }
-        EXPECT_TRUE(hr == S_OK || (hasFailed && (hr == Injected || hr == E_FAIL))) << "call " << nth;
+        EXPECT_TRUE(hr == S_OK || (hasFailed && (hr == kInjected || hr == E_FAIL))) << "call " << nth;
         EXPECT_EQ(hr == S_OK, static_cast<bool>(pCapabilities));
         if (hr == S_OK) {
             EXPECT_EQ(whole, DomText(pCapabilities.Get()));
@@ -337,17 +337,17 @@ TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown
         number(L"ImageableSizeWidth") + number(L"ImageableSizeHeight") +
             tests::Property(L"psk:ImageableArea", number(L"OriginWidth") + number(L"OriginHeight") +
                                                       number(L"ExtentWidth") + number(L"ExtentHeight")))));
-    EXPECT_EQ(Base, DomText(Get(kPTPageScope).Get()));
+    EXPECT_EQ(kBase, DomText(Get(kPTPageScope).Get()));
     FailEachCall([&](std::size_t nth) {
         base::xps::printschema::ImageableAreaHandler handler(m_provider);
         base::xps::printschema::ImageableAreaInfo area;
-        const DomFaults faults(nth, Injected, Saves::Counted);
+        const DomFaults faults(nth, kInjected, Saves::Counted);
         HRESULT hr = S_OK;
         const HRESULT thrown = ThrownCode([&] {
             hr = handler.GetImageableArea({L"ISOA4", 9, {210000, 297000}}, area);
         });
         const HRESULT failure = FAILED(thrown) ? thrown : hr;
-        EXPECT_TRUE(failure == S_OK || (faults.HasFailed() && (failure == Injected || failure == E_FAIL)))
+        EXPECT_TRUE(failure == S_OK || (faults.HasFailed() && (failure == kInjected || failure == E_FAIL)))
             << "call " << nth << " " << std::hex << failure;
         if (failure == S_OK) {
             EXPECT_EQ(7, area.extent.height);

@@ -35,4 +35,4 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) {
     return CLASS_E_CLASSNOTAVAILABLE;
 }
 
-STDAPI DllCanUnloadNow() { return testfilter::liveObjects == 0 ? S_OK : S_FALSE; }
+STDAPI DllCanUnloadNow() { return testfilter::g_liveObjects == 0 ? S_OK : S_FALSE; }

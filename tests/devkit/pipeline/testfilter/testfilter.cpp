@@ -109,7 +109,7 @@ std::string ReadMode(IPrintPipelinePropertyBag& bag) {
 
 }  // namespace
 
-std::atomic<long> liveObjects = 0;
+std::atomic<long> g_liveObjects = 0;
 
 HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                      IPrintPipelinePropertyBag* pIPropertyBag,

@@ -25,12 +25,12 @@ inline constexpr CLSID kStreamClassId = {
     0xc1d7f0a2, 0x35d4, 0x4e0b, {0x9c, 0x53, 0x6b, 0x1c, 0x5a, 0x7e, 0x9d, 0x12}};
 
 // The objects of the module that are alive.
-extern std::atomic<long> liveObjects;
+extern std::atomic<long> g_liveObjects;
 
 class CountedObject : public platform::ReferenceCount {
   protected:
-    CountedObject() noexcept { ++liveObjects; }
-    ~CountedObject() { --liveObjects; }
+    CountedObject() noexcept { ++g_liveObjects; }
+    ~CountedObject() { --g_liveObjects; }
 };
 
 // A filter that passes every part on as it came, and misbehaves in the one way that the string
