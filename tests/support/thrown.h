@@ -7,20 +7,22 @@
 #include <typeinfo>
 #include <utility>
 
-#include "base/logging/exceptions.h"
+namespace base::exception {
+class HresultError;
+}
 
 namespace tests {
 
 // What a body threw.
 struct ThrownException {
     const std::type_info* pType = nullptr;  // exact; null for nothing and for what is no std::exception
-    HRESULT code = S_OK;                    // an HresultError's own, E_FAIL for any other std::exception
     std::string text;                       // with LINE in the place of the number of the throwing line
 };
 
+// "a/b.cpp(LINE) : text" for "a/b.cpp(12) : text", as the product's messages begin; any other text as it is.
 [[nodiscard]] inline std::string WithoutLineNumber(std::string text) {
     const std::size_t open = text.find('(');
-    const std::size_t close = text.find(')');
+    const std::size_t close = text.find(") : ");
     const bool isNumber = close != std::string::npos && open + 1 < close &&
                           text.find_first_not_of("0123456789", open + 1) == close;
     if (isNumber) text.replace(open + 1, close - open - 1, "LINE");
@@ -31,14 +33,12 @@ template <typename Body>
 [[nodiscard]] ThrownException Catch(Body&& body) {
     try {
         body();
-    } catch (const base::exception::HresultError& failure) {
-        return {&typeid(failure), failure.GetHresult(), WithoutLineNumber(failure.what())};
     } catch (const std::exception& failure) {
-        return {&typeid(failure), E_FAIL, WithoutLineNumber(failure.what())};
+        return {&typeid(failure), WithoutLineNumber(failure.what())};
     } catch (...) {
-        return {nullptr, E_UNEXPECTED, "what was thrown is no std::exception"};
+        return {nullptr, "what was thrown is no std::exception"};
     }
-    return {nullptr, S_OK, "nothing was thrown"};
+    return {nullptr, "nothing was thrown"};
 }
 
 // The message of the exception of exactly this type that the body throws; what else happens is told in words.
@@ -49,13 +49,25 @@ template <typename Exception, typename Body>
     return isOther ? std::string("a ") + thrown.pType->name() + ": " + thrown.text : thrown.text;
 }
 
-// The code of the HresultError that the body throws; S_OK when it throws nothing. Any other exception passes
-// through.
-template <typename Body>
+// The message, to the letter, of the Exception that the body throws, or of one derived from it; empty when it
+// throws nothing. Any other exception passes through.
+template <typename Exception, typename Body>
+[[nodiscard]] std::string MessageOf(Body&& body) {
+    try {
+        body();
+    } catch (const Exception& failure) {
+        return failure.what();
+    }
+    return {};
+}
+
+// The code of the Exception that the body throws; S_OK when it throws nothing. Any other exception passes
+// through. Without a type it is the product's, which the test then includes.
+template <typename Exception = base::exception::HresultError, typename Body>
 [[nodiscard]] HRESULT ThrownCode(Body&& body) {
     try {
         body();
-    } catch (const base::exception::HresultError& failure) {
+    } catch (const Exception& failure) {
         return failure.GetHresult();
     }
     return S_OK;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/io/streamadaptertest.h"
+#include "base/logging/exceptions.h"
 #include "mockstreams.h"
 #include "thrown.h"
 

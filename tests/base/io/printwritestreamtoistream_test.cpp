@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/io/streamadaptertest.h"
+#include "base/logging/exceptions.h"
 #include "mockstreams.h"
 #include "thrown.h"
 

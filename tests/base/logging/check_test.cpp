@@ -14,16 +14,11 @@ TEST(CheckTest, ThrowIfFailedLetsSuccessCodesPass) {
 }
 
 TEST(CheckTest, ThrowIfFailedThrowsHresultErrorWithTheCodeAndTheThrowingLine) {
-    int line = 0;
-    try {
-        line = __LINE__ + 1;
-        ThrowIfFailed(E_PENDING);
-        FAIL();
-    } catch (const exception::HresultError& error) {
-        EXPECT_EQ(E_PENDING, error.GetHresult());
-        EXPECT_NE(std::string::npos,
-                  std::string(error.what()).find("check_test.cpp(" + std::to_string(line) + ") : "));
-    }
+    const int line = __LINE__ + 1;
+    const auto refusal = [] { ThrowIfFailed(E_PENDING); };
+    EXPECT_EQ(E_PENDING, tests::ThrownCode(refusal));
+    EXPECT_NE(std::string::npos, tests::MessageOf<exception::HresultError>(refusal).find(
+                                     "check_test.cpp(" + std::to_string(line) + ") : "));
 }
 
 TEST(CheckTest, ThrowIfNullThrowsInvalidArgumentWithTheMessage) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <thread>
 
+#include "base/logging/exceptions.h"
 #include "importseam.h"
 #include "thrown.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/logging/exceptions.h"
 #include "base/xps/fixedpagevalidator.h"
 #include "base/xps/validatorfixture.h"
 #include "thrown.h"
@@ -56,13 +57,8 @@ TEST_F(FixedPageValidatorTest, FailuresOfThePagesTicketNameTheValidatorsSource) 
     for (const bool hasStream : {true, false}) {
         GiveTicket(L"/t.xml", "<psf:PrintTicket");
         m_ticket->m_hasNoStream = !hasStream;
-        try {
-            Validate();
-            FAIL();
-        } catch (const std::exception& error) {
-            EXPECT_TRUE(std::string_view(error.what()).starts_with("base/xps/fixedpagevalidator.cpp("))
-                << error.what();
-        }
+        const std::string message = tests::MessageOf<std::exception>([&] { Validate(); });
+        EXPECT_TRUE(message.starts_with("base/xps/fixedpagevalidator.cpp(")) << message;
     }
 }
 
@@ -114,11 +110,9 @@ TEST_F(FixedPageValidatorTest, WhicheverCallFailsThePageFailsWithItsCodeOrTheFai
         GiveTicket();
         m_calls.FailNth(failing, kCode);
         HRESULT result = S_OK;
-        try {
-            result = tests::ThrownCode([&] { Validate(); });
-        } catch (const std::overflow_error&) {
-            result = E_FAIL;
-        }
+        const std::string overflow =
+            tests::MessageOf<std::overflow_error>([&] { result = tests::ThrownCode([&] { Validate(); }); });
+        if (!overflow.empty()) result = E_FAIL;
         if (!m_calls.HasFailed()) {
             EXPECT_EQ(S_OK, result);
             ASSERT_NE(nullptr, m_page->Written());

@@ -4,6 +4,7 @@
 
 #include "base/logging/exceptions.h"
 #include "base/xps/gdiplusguard.h"
+#include "thrown.h"
 
 namespace base::xps {
 namespace {
@@ -105,14 +106,8 @@ TEST_F(PageGeometryTest, AnElementJustOverTheThresholdPrintsAsZeroButIsNotSnappe
 TEST_F(PageGeometryTest, AMatrixWithoutElementsCannotBeFormatted) {
     Matrix matrix;
     const Matrix taker = std::move(matrix);
-    try {
-        (void)FormatRenderTransform(matrix);
-        FAIL() << "formatted a matrix that is not there";
-    } catch (const exception::Error& error) {
-        const std::string_view message = error.what();
-        EXPECT_TRUE(message.starts_with("base/xps/pagegeometry.cpp(")) << message;
-        EXPECT_TRUE(message.ends_with(") : Matrix.GetElements failed.\n")) << message;
-    }
+    EXPECT_EQ("base/xps/pagegeometry.cpp(LINE) : Matrix.GetElements failed.\n",
+              tests::Thrown<exception::Error>([&] { static_cast<void>(FormatRenderTransform(matrix)); }));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "devkit/common/error.h"
+#include "thrown.h"
 
 namespace devkit::common {
 namespace {
@@ -31,13 +32,8 @@ TEST(Errors, AreOneLineWithAPlaceOrWithout) {
 
 TEST(Errors, ACodeThatFailsIsThrownAndDescribed) {
     EXPECT_NO_THROW(ThrowIfFailed(S_FALSE));
-    try {
-        ThrowIfFailed(E_ABORT);
-        FAIL() << "nothing was thrown";
-    } catch (const HresultError& error) {
-        EXPECT_EQ(E_ABORT, error.GetHresult());
-        EXPECT_STREQ("0x80004004 E_ABORT", error.what());
-    }
+    EXPECT_EQ(E_ABORT, tests::ThrownCode<HresultError>([] { ThrowIfFailed(E_ABORT); }));
+    EXPECT_EQ("0x80004004 E_ABORT", tests::MessageOf<HresultError>([] { ThrowIfFailed(E_ABORT); }));
 }
 
 }  // namespace

@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <set>
 
-#include "errortext.h"
+#include "devkit/common/error.h"
 #include "temporaryfolder.h"
+#include "thrown.h"
 
 namespace devkit::common {
 namespace {
 
+using tests::MessageOf;
 using tests::ReadFileBytes;
 using tests::TemporaryFolder;
 using tests::WriteFileBytes;
@@ -33,14 +35,14 @@ TEST(FileSourceTest, ReadsAnywhere) {
 
 TEST(FileSourceTest, AFileThatIsNotThereIsAnError) {
     const TemporaryFolder folder;
-    const std::string error = ErrorOf([&] { FileSource(folder / "none"); });
+    const std::string error = MessageOf<Error>([&] { FileSource(folder / "none"); });
     EXPECT_TRUE(error.starts_with("cannot be opened: ")) << error;
     EXPECT_TRUE(error.ends_with(", " + PathText(folder / "none"))) << error;
 }
 
 TEST(FileSourceTest, AFolderIsAnError) {
     const TemporaryFolder folder;
-    EXPECT_TRUE(ErrorOf([&] { FileSource(folder / "."); }).starts_with("cannot be opened: "));
+    EXPECT_TRUE(MessageOf<Error>([&] { FileSource(folder / "."); }).starts_with("cannot be opened: "));
 }
 
 TEST(OutputFileTest, AppearsWhenItIsWhole) {
@@ -123,7 +125,7 @@ TEST(OutputFileTest, TwoOutputsOfOneNameDoNotMeet) {
 
 TEST(OutputFileTest, AFolderThatIsNotThereIsAnError) {
     const TemporaryFolder folder;
-    const std::string error = ErrorOf([&] { OutputFile(folder / "none" / "out"); });
+    const std::string error = MessageOf<Error>([&] { OutputFile(folder / "none" / "out"); });
     EXPECT_TRUE(error.starts_with("cannot be written: ")) << error;
     EXPECT_TRUE(error.ends_with(", " + PathText(folder / "none" / "out"))) << error;
 }
@@ -133,7 +135,7 @@ TEST(OutputFileTest, AFolderInItsPlaceIsAnErrorThatLeavesNothing) {
     std::filesystem::create_directory(folder / "out");
     OutputFile file(folder / "out");
     file.WriteAt(0, "x", 1);
-    EXPECT_TRUE(ErrorOf([&] { file.Commit(); }).starts_with("cannot be written: "));
+    EXPECT_TRUE(MessageOf<Error>([&] { file.Commit(); }).starts_with("cannot be written: "));
     EXPECT_EQ(Names{"out"}, folder.Names());
 }
 

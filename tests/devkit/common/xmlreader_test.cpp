@@ -3,12 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "devkit/common/error.h"
-#include "errortext.h"
+#include "thrown.h"
 
 namespace devkit::common {
 namespace {
 
 using namespace std::string_literals;
+using tests::MessageOf;
 
 // The local names of all elements with their depths.
 std::string Elements(std::string_view markup, const XmlLimits& limits = {},
@@ -48,8 +49,8 @@ TEST(XmlReaderTest, ReadsEveryEncodingOfXps) {
 
 TEST(XmlReaderTest, AnotherEncodingIsRefused) {
     EXPECT_EQ("is encoded as ISO-8859-1, neither UTF-8 nor UTF-16, /part",
-              ErrorOf([] { Elements("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>"); }));
-    EXPECT_NE("", ErrorOf([] { Elements("<?xml version='1.0' encoding='windows-1252'?><a/>"); }));
+              MessageOf<Error>([] { Elements("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>"); }));
+    EXPECT_NE("", MessageOf<Error>([] { Elements("<?xml version='1.0' encoding='windows-1252'?><a/>"); }));
 }
 
 TEST(XmlReaderTest, TellsNamespacesAndAttributes) {
@@ -72,12 +73,13 @@ TEST(XmlReaderTest, TellsTheTextOfAnElementWithThatOfTheElementsInIt) {
 
 TEST(XmlReaderTest, ADocumentTypeDeclarationIsRefused) {
     const std::string error = "has a document type declaration, /part";
-    EXPECT_EQ(error, ErrorOf([] { Elements("<!DOCTYPE a><a/>"); }));
-    EXPECT_EQ(error, ErrorOf([] { Elements("<!DOCTYPE a SYSTEM 'http://127.0.0.1:1/a.dtd'><a/>"); }));
-    EXPECT_EQ(error, ErrorOf([] {
+    EXPECT_EQ(error, MessageOf<Error>([] { Elements("<!DOCTYPE a><a/>"); }));
+    EXPECT_EQ(error,
+              MessageOf<Error>([] { Elements("<!DOCTYPE a SYSTEM 'http://127.0.0.1:1/a.dtd'><a/>"); }));
+    EXPECT_EQ(error, MessageOf<Error>([] {
                   Elements("<!DOCTYPE a [<!ENTITY x 'y'><!ENTITY z '&x;&x;&x;'>]><a b='&z;'>&z;</a>");
               }));
-    EXPECT_EQ(error, ErrorOf([] {
+    EXPECT_EQ(error, MessageOf<Error>([] {
                   static_cast<void>(ParseXml(
                       "<!DOCTYPE a [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><a>&x;</a>", "/part", {}));
               }));
@@ -89,17 +91,19 @@ TEST(XmlReaderTest, EntitiesThatMultiplyAreRefused) {
         const std::string inner = "&x" + std::to_string(level - 1) + ";";
         bomb += "<!ENTITY x" + std::to_string(level) + " '" + inner + inner + "'>";
     }
-    EXPECT_EQ("has a document type declaration, /part", ErrorOf([&] { Elements(bomb + "]><a>&x29;</a>"); }));
+    EXPECT_EQ("has a document type declaration, /part",
+              MessageOf<Error>([&] { Elements(bomb + "]><a>&x29;</a>"); }));
 }
 
 TEST(XmlReaderTest, NestingIsLimited) {
-    EXPECT_EQ("nests more than 256 elements, /part", ErrorOf([] { Elements(Deep(100'000)); }));
+    EXPECT_EQ("nests more than 256 elements, /part", MessageOf<Error>([] { Elements(Deep(100'000)); }));
     XmlLimits limits;
     limits.maxDepth = 2;
     EXPECT_EQ("a0 b1 ", Elements("<a><b/></a>", limits));
-    EXPECT_EQ("nests more than 2 elements, /part", ErrorOf([&] { Elements("<a><b><c/></b></a>", limits); }));
     EXPECT_EQ("nests more than 2 elements, /part",
-              ErrorOf([&] { static_cast<void>(ParseXml("<a><b><c/></b></a>", "/part", limits)); }));
+              MessageOf<Error>([&] { Elements("<a><b><c/></b></a>", limits); }));
+    EXPECT_EQ("nests more than 2 elements, /part",
+              MessageOf<Error>([&] { static_cast<void>(ParseXml("<a><b><c/></b></a>", "/part", limits)); }));
 }
 
 TEST(XmlReaderTest, SizeAndAttributesAreLimited) {
@@ -107,28 +111,29 @@ TEST(XmlReaderTest, SizeAndAttributesAreLimited) {
     limits.maxBytes = 12;
     limits.maxAttributes = 1;
     EXPECT_EQ("a0 ", Elements("<a b='1' />\n", limits));
-    EXPECT_EQ("is larger than 12 bytes, /part", ErrorOf([&] { Elements("<a b='1' />\n\n", limits); }));
+    EXPECT_EQ("is larger than 12 bytes, /part",
+              MessageOf<Error>([&] { Elements("<a b='1' />\n\n", limits); }));
     limits.maxBytes = 100;
     EXPECT_EQ("has an element with more than 1 attributes, /part",
-              ErrorOf([&] { Elements("<a><b c='1' d='2'/></a>", limits); }));
+              MessageOf<Error>([&] { Elements("<a><b c='1' d='2'/></a>", limits); }));
     EXPECT_EQ("has an element with more than 1 attributes, /part",
-              ErrorOf([&] { Elements("<a xmlns='urn:1' xmlns:b='urn:2'/>", limits); }));
+              MessageOf<Error>([&] { Elements("<a xmlns='urn:1' xmlns:b='urn:2'/>", limits); }));
 }
 
 TEST(XmlReaderTest, WhatIsNotWellFormedIsAnErrorOfOneLine) {
     EXPECT_EQ("is not well-formed XML (line 3: Couldn't find end of Start Tag b), /part",
-              ErrorOf([] { Elements("<a>\n\n<b"); }));
+              MessageOf<Error>([] { Elements("<a>\n\n<b"); }));
     EXPECT_EQ("is not well-formed XML (line 1: Document is empty), /part",
-              ErrorOf([] { Elements("not markup"); }));
-    EXPECT_EQ("is empty, /part", ErrorOf([] { Elements(""); }));
+              MessageOf<Error>([] { Elements("not markup"); }));
+    EXPECT_EQ("is empty, /part", MessageOf<Error>([] { Elements(""); }));
     EXPECT_EQ("is not well-formed XML (line 1: Extra content at the end of the document), /part",
-              ErrorOf([] { Elements("<a/><b/>"); }));
+              MessageOf<Error>([] { Elements("<a/><b/>"); }));
     EXPECT_EQ("is not well-formed XML (line 1: The markup breaks off), /part",
-              ErrorOf([] { Elements("<a"); }));
+              MessageOf<Error>([] { Elements("<a"); }));
     EXPECT_EQ("is not well-formed XML (line 2: The markup ends inside the element b), /part",
-              ErrorOf([] { Elements("<a>\n<b><c/>"); }));
-    EXPECT_NE("", ErrorOf([] { Elements("<a>\x01</a>"); }));
-    EXPECT_NE("", ErrorOf([] { Elements("<a>\xFF\xFE</a>"); }));
+              MessageOf<Error>([] { Elements("<a>\n<b><c/>"); }));
+    EXPECT_NE("", MessageOf<Error>([] { Elements("<a>\x01</a>"); }));
+    EXPECT_NE("", MessageOf<Error>([] { Elements("<a>\xFF\xFE</a>"); }));
 }
 
 TEST(XmlReaderTest, TheErrorTellsTheLine) {
@@ -143,9 +148,9 @@ TEST(XmlReaderTest, TheErrorTellsTheLine) {
 TEST(XmlReaderTest, APrefixThatIsNotDeclaredIsToleratedOrRefused) {
     EXPECT_EQ("p:a0 ", Elements("<p:a/>"));
     EXPECT_EQ("is not well-formed XML (line 1: Namespace prefix p on a is not defined), /part",
-              ErrorOf([] { Elements("<p:a/>", {}, Prefixes::Declared); }));
+              MessageOf<Error>([] { Elements("<p:a/>", {}, Prefixes::Declared); }));
     EXPECT_EQ("is not well-formed XML (line 2: Namespace prefix p for b on a is not defined), /part",
-              ErrorOf([] { Elements("<c>\n<a p:b=''/></c>", {}, Prefixes::Declared); }));
+              MessageOf<Error>([] { Elements("<c>\n<a p:b=''/></c>", {}, Prefixes::Declared); }));
 }
 
 TEST(XmlTreeTest, HoldsTheWholeMarkup) {
@@ -179,9 +184,9 @@ TEST(XmlTreeTest, OfManyElementsNoneIsLost) {
 
 TEST(XmlTreeTest, WhatIsNotWellFormedIsAnError) {
     EXPECT_EQ("is not well-formed XML (line 1: The markup ends inside the element a), /part",
-              ErrorOf([] { static_cast<void>(ParseXml("<a><b/>", "/part", {})); }));
+              MessageOf<Error>([] { static_cast<void>(ParseXml("<a><b/>", "/part", {})); }));
     EXPECT_EQ("is not well-formed XML (line 1: Namespace prefix p on b is not defined), /part",
-              ErrorOf([] { static_cast<void>(ParseXml("<a><p:b/></a>", "/part", {})); }));
+              MessageOf<Error>([] { static_cast<void>(ParseXml("<a><p:b/></a>", "/part", {})); }));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
+#include "thrown.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -18,12 +19,7 @@ RunSettings SettingsOf(Arguments more) {
 
 // The one line of a refusal; empty when there is none.
 std::string Refusal(Arguments arguments) {
-    try {
-        static_cast<void>(ParseCommandLine(std::move(arguments)));
-        return {};
-    } catch (const UsageError& error) {
-        return error.what();
-    }
+    return tests::MessageOf<UsageError>([&] { static_cast<void>(ParseCommandLine(std::move(arguments))); });
 }
 
 std::filesystem::path Absolute(const char* path) { return std::filesystem::absolute(path); }

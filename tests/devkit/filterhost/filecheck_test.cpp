@@ -7,6 +7,7 @@
 #include "devkit/common/file.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/program.h"
+#include "thrown.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -29,16 +30,10 @@ class FileCheck : public testing::Test {
     }
     // The one line of the refusal, without the folder; empty when there is none.
     [[nodiscard]] std::string Refusal() const {
-        try {
-            CheckFiles(m_settings);
-            return {};
-        } catch (const UsageError& error) {
-            std::string text = error.what();
-            const std::string folder = common::PathText(m_folder) + "\\";
-            if (const std::size_t at = text.find(folder); at != std::string::npos)
-                text.erase(at, folder.size());
-            return text;
-        }
+        std::string text = tests::MessageOf<UsageError>([&] { CheckFiles(m_settings); });
+        const std::string folder = common::PathText(m_folder) + "\\";
+        if (const std::size_t at = text.find(folder); at != std::string::npos) text.erase(at, folder.size());
+        return text;
     }
 
     Path m_folder;

@@ -40,10 +40,7 @@ Texts Changed(const std::vector<RawEntry>& entries, XpsDocument& document) {
     Texts changed;
     for (const RawEntry& entry : entries) {
         std::string bytes = "gone";
-        try {
-            bytes = saved.Read("/" + entry.name);
-        } catch (const common::Error&) {
-        }
+        static_cast<void>(ErrorOf([&] { bytes = saved.Read("/" + entry.name); }));
         if (bytes != entry.data) changed.push_back("/" + entry.name + (bytes == "gone" ? " gone" : ""));
     }
     for (const PartInfo& part : saved.Parts()) {

@@ -93,15 +93,12 @@ TEST(FaultTest, AFailingReadWhileSavingLeavesNoFile) {
         for (unsigned failing = 1;; ++failing) {
             ASSERT_LT(failing, 1000U);
             const auto counter = std::make_shared<CallCounter>(failing);
-            std::string error;
-            try {
+            const std::string error = ErrorOf([&] {
                 Package package = Package::Open(
                     std::make_unique<MemorySource>(BuildZip(SmallDocument()), counter), "test.xps");
                 if (change) package.Replace("/p.fpage", "new");
                 package.Save(folder / "out.xps");
-            } catch (const common::Error& failure) {
-                error = failure.what();
-            }
+            });
             EXPECT_EQ(std::set<std::string>{"out.xps"}, folder.Names());
             EXPECT_EQ(ReadFileBytes(folder / "out.xps") != "old", error.empty()) << failing;
             if (!counter->HasFailed()) break;

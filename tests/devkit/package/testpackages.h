@@ -10,6 +10,7 @@
 #include "devkit/package/xpsdocument.h"
 #include "memorystorage.h"
 #include "temporaryfolder.h"
+#include "thrown.h"
 #include "zipbuilder.h"
 
 namespace devkit::package {
@@ -78,12 +79,7 @@ template <typename Saved>
 // What the action's common::Error says; empty when there is none.
 template <typename Action>
 [[nodiscard]] std::string ErrorOf(Action&& action) {
-    try {
-        std::forward<Action>(action)();
-    } catch (const common::Error& error) {
-        return error.what();
-    }
-    return {};
+    return tests::MessageOf<common::Error>(std::forward<Action>(action));
 }
 
 [[nodiscard]] inline std::string OpeningError(const std::vector<RawEntry>& entries,

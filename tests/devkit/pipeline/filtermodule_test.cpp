@@ -4,19 +4,15 @@
 
 #include "devkit/pipeline/testfilter/testfilter.h"
 #include "devkit/pipeline/testmodule.h"
+#include "thrown.h"
 
 namespace devkit::pipeline {
 namespace {
 
 HRESULT CodeOf(const std::filesystem::path& dll, const CLSID& clsid, std::string& text) {
-    try {
-        FilterModule module(dll, clsid);
-        static_cast<void>(module.CreateFilter());
-        return S_OK;
-    } catch (const FilterError& error) {
-        text = error.what();
-        return error.GetHresult();
-    }
+    const auto make = [&] { static_cast<void>(FilterModule(dll, clsid).CreateFilter()); };
+    text = tests::MessageOf<FilterError>(make);
+    return tests::ThrownCode<FilterError>(make);
 }
 
 TEST(FilterModule, MakesAFilterThroughTheClassFactory) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "devkit/common/error.h"
+#include "thrown.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -16,12 +17,8 @@ std::vector<ConfiguredFilter> Read(const std::string& filters) {
 }
 
 std::string Refusal(const std::string& markup) {
-    try {
-        static_cast<void>(ReadPipelineConfig(markup, "config.xml"));
-        return "(taken)";
-    } catch (const common::Error& error) {
-        return error.what();
-    }
+    return tests::MessageOf<common::Error>(
+        [&] { static_cast<void>(ReadPipelineConfig(markup, "config.xml")); });
 }
 
 std::string Filter(const std::string& inside) {

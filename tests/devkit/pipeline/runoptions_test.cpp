@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "thrown.h"
+
 namespace devkit::pipeline {
 namespace {
 
@@ -14,12 +16,7 @@ RunOptions With(std::string_view text) {
 Behaviour BehaviourWith(std::string_view text) { return With(text).behaviour; }
 
 std::string Refusal(std::string_view text) {
-    try {
-        static_cast<void>(With(text));
-        return "(taken)";
-    } catch (const SwitchError& error) {
-        return error.what();
-    }
+    return tests::MessageOf<SwitchError>([&] { static_cast<void>(With(text)); });
 }
 
 Fault FaultWith(std::string_view text) {
@@ -97,12 +94,7 @@ TEST(PipelineSwitches, WhatCannotBeIsRefusedInALine) {
 }
 
 std::string PropertyRefusal(std::string_view text) {
-    try {
-        static_cast<void>(ParseProperty(text));
-        return "(taken)";
-    } catch (const SwitchError& error) {
-        return error.what();
-    }
+    return tests::MessageOf<SwitchError>([&] { static_cast<void>(ParseProperty(text)); });
 }
 
 TEST(PropertyText, HasANameATypeAndAValue) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "devkit/printschema/names.h"
+#include "thrown.h"
 #include "tickets.h"
 
 namespace devkit::printschema {
@@ -13,12 +14,7 @@ using namespace tests;
 using Lines = std::vector<std::string>;
 
 [[nodiscard]] std::string Refusal(std::string_view bytes, Tag root = Tag::PrintTicket) {
-    try {
-        static_cast<void>(ReadFramework(bytes, root));
-        return {};
-    } catch (const FormatError& error) {
-        return error.what();
-    }
+    return ::tests::MessageOf<FormatError>([&] { static_cast<void>(ReadFramework(bytes, root)); });
 }
 
 // The refusal of a ticket with these children.

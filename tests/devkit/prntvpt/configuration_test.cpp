@@ -6,6 +6,7 @@
 
 #include "platform/utf.h"
 #include "providertest.h"
+#include "thrown.h"
 #include "tickets.h"
 
 namespace devkit::prntvpt {
@@ -16,12 +17,7 @@ using namespace tests;
 using Json = nlohmann::json;
 
 [[nodiscard]] std::string Refusal(const std::string& json) {
-    try {
-        static_cast<void>(ParseConfiguration(json));
-        return {};
-    } catch (const ConfigurationError& error) {
-        return error.what();
-    }
+    return ::tests::MessageOf<ConfigurationError>([&] { static_cast<void>(ParseConfiguration(json)); });
 }
 
 [[nodiscard]] Json Plain() { return Json::parse(ConfigurationFor({})); }

@@ -5,16 +5,13 @@
 #include <stdexcept>
 #include <string>
 
+#include "thrown.h"
+
 namespace devkit::prntvpt {
 namespace {
 
 [[nodiscard]] std::string Refusal(std::string_view text) {
-    try {
-        static_cast<void>(ParseFault(text));
-        return {};
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
+    return tests::MessageOf<std::invalid_argument>([&] { static_cast<void>(ParseFault(text)); });
 }
 
 TEST(Fault, HasModeArgumentNumberAndScope) {

@@ -9,6 +9,7 @@
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "providertest.h"
+#include "thrown.h"
 #include "tickets.h"
 
 // The built DLL, through its exports.
@@ -195,13 +196,11 @@ TEST_F(SimulatedProviderTest, PrintersOfTheSettingsReplaceTheModels) {
 }
 
 TEST_F(SimulatedProviderTest, WrongSettingsAreRefusedWithOneLine) {
-    try {
-        m_provider.Configure(
-            {.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"private=some"}});
-        FAIL() << "accepted";
-    } catch (const ProviderConfigurationError& error) {
-        EXPECT_STREQ("switch private: \"some\" is none of known, strict, all", error.what());
-    }
+    EXPECT_EQ("switch private: \"some\" is none of known, strict, all",
+              ::tests::MessageOf<ProviderConfigurationError>([&] {
+                  m_provider.Configure(
+                      {.device = DeviceFolder("simprinter"), .printers = {}, .switches = {"private=some"}});
+              }));
     EXPECT_THROW(m_provider.Configure({.device = "Z:\\no such folder", .printers = {}, .switches = {}}),
                  ProviderConfigurationError);
     // The old ones are still in force.
@@ -246,13 +245,9 @@ TEST(SimulatedProviderLoad, RefusesWhatCannotBeLoadedOrIsAnother) {
     EXPECT_THROW(SimulatedProvider(Beside(L"nothing.dll")), std::runtime_error);
     wchar_t system[MAX_PATH] = L"";
     GetSystemDirectoryW(system, MAX_PATH);
-    try {
-        const SimulatedProvider other(std::filesystem::path(system) / L"kernel32.dll");
-        FAIL() << "accepted";
-    } catch (const std::runtime_error& error) {
-        EXPECT_TRUE(
-            std::string(error.what()).ends_with("kernel32.dll: not the simulated print ticket provider"));
-    }
+    const std::string refusal = ::tests::Thrown<std::runtime_error>(
+        [&] { const SimulatedProvider other(std::filesystem::path(system) / L"kernel32.dll"); });
+    EXPECT_TRUE(refusal.ends_with("kernel32.dll: not the simulated print ticket provider")) << refusal;
 }
 
 // Without a host, the environment says what to simulate.

@@ -4,18 +4,14 @@
 #include <stdexcept>
 
 #include "devkit/prntvpt/merge/behaviour.h"
+#include "thrown.h"
 
 namespace devkit::prntvpt {
 namespace {
 
 [[nodiscard]] std::string Refusal(std::string_view key, std::string_view value) {
     Behaviour switches;
-    try {
-        SetSwitch(switches, key, value);
-        return {};
-    } catch (const std::invalid_argument& error) {
-        return error.what();
-    }
+    return tests::MessageOf<std::invalid_argument>([&] { SetSwitch(switches, key, value); });
 }
 
 TEST(Switches, DefaultsComeFirst) {

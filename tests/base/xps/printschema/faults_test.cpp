@@ -175,15 +175,11 @@ struct Reading {
 
 template <typename Data>
 Reading Read(Data& data, const Dom& pTicket) {
-    try {
-        data.Read(pTicket.Get());
-        return {};
-    } catch (const base::exception::HresultError& failure) {
-        return {failure.GetHresult(), {}};
-    } catch (const std::exception& failure) {
-        const std::string text = failure.what();
-        return {E_FAIL, text.substr(text.find(" : ") + 3)};
-    }
+    Reading reading;
+    const std::string text = tests::MessageOf<std::exception>(
+        [&] { reading.code = ThrownCode([&] { data.Read(pTicket.Get()); }); });
+    if (!text.empty()) reading = {E_FAIL, text.substr(text.find(" : ") + 3)};
+    return reading;
 }
 
 TEST_P(FaultTest, AFailingCallIsWhatAQueryAnswers) {
@@ -515,11 +511,9 @@ void FailEachText(Attempt&& attempt, Check&& check) {
         HRESULT thrown = S_OK;
         {
             const tests::TextFaults faults(nth);
-            try {
-                thrown = ThrownCode([&] { attempt(pTicket); });
-            } catch (const std::bad_alloc&) {
-                thrown = E_OUTOFMEMORY;
-            }
+            const std::string noMemory =
+                tests::MessageOf<std::bad_alloc>([&] { thrown = ThrownCode([&] { attempt(pTicket); }); });
+            if (!noMemory.empty()) thrown = E_OUTOFMEMORY;
             hasFailed = faults.HasFailed();
         }
         thrownCount += thrown == E_OUTOFMEMORY;

@@ -16,6 +16,7 @@
 #include "eachdom.h"
 #include "platform/comptr.h"
 #include "stubticketprovider.h"
+#include "thrown.h"
 #include "ticketmarkup.h"
 
 namespace {
@@ -66,12 +67,8 @@ class ImageableAreaHandlerTest : public tests::EachDomTest {
     }
     HRESULT ThrownByFind() {
         ImageableAreaInfo area;
-        try {
-            static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea(kA5, area));
-        } catch (const HresultError& error) {
-            return error.GetHresult();
-        }
-        return S_OK;
+        return tests::ThrownCode(
+            [&] { static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea(kA5, area)); });
     }
 
     const std::wstring PageTicket = Ticket(L"<psf:Feature name=\"psk:PageOrientation\"/>");
@@ -178,14 +175,9 @@ TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
     EXPECT_EQ(E_FAIL, ThrownByFind());
     EXPECT_FALSE(m_provider.m_pAskedTicket);
     ImageableAreaInfo area;
-    try {
-        static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea({}, area));
-        FAIL();
-    } catch (const std::exception& error) {
-        EXPECT_TRUE(
-            std::string_view(error.what()).starts_with("base/xps/printschema/imageableareahandler.cpp("))
-            << error.what();
-    }
+    const std::string message = tests::MessageOf<std::exception>(
+        [&] { static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea({}, area)); });
+    EXPECT_TRUE(message.starts_with("base/xps/printschema/imageableareahandler.cpp(")) << message;
 }
 
 TEST_P(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {

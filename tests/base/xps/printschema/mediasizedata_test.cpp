@@ -16,6 +16,7 @@
 #include "measurementsetting.h"
 #include "platform/comptr.h"
 #include "stubticketprovider.h"
+#include "thrown.h"
 #include "ticketmarkup.h"
 
 namespace {
@@ -244,12 +245,9 @@ TEST(MediaSizeDataTest, IsOneFeatureInEveryScope) {
 
 TEST(MediaSizeDataTest, AnyOtherScopeIsNotSupported) {
     for (const Scope scope : {Scope::None, static_cast<Scope>(4), static_cast<Scope>(-1)}) {
-        try {
-            static_cast<void>(MediaSizeData().FeatureIndexOfScope(scope));
-            FAIL();
-        } catch (const NotSupportedException& error) {
-            EXPECT_THAT(error.what(), testing::HasSubstr("this scope is not supported in this feature."));
-        }
+        EXPECT_THAT(tests::Thrown<NotSupportedException>(
+                        [&] { static_cast<void>(MediaSizeData().FeatureIndexOfScope(scope)); }),
+                    testing::HasSubstr("this scope is not supported in this feature."));
     }
 }
 
@@ -294,14 +292,10 @@ TEST_P(MediaSizeDataTicketTest, A4WithoutASizeReadsAsItsOwnSize) {
 
 TEST_P(MediaSizeDataTicketTest, ACustomSizeWithoutASizeFails) {
     for (const wchar_t* option : {L"CustomMediaSize", L"PSCustomMediaSize"}) {
-        try {
-            ReadFrom(MediaSize(option));
-            FAIL();
-        } catch (const std::runtime_error& error) {
-            EXPECT_THAT(error.what(),
-                        testing::MatchesRegex("base/xps/printschema/mediasizedata\\.cpp\\(\\d+\\) : "
-                                              "Unexpected print ticket format\\. informations lack\\.\n"));
-        }
+        EXPECT_EQ(
+            "base/xps/printschema/mediasizedata.cpp(LINE) : "
+            "Unexpected print ticket format. informations lack.\n",
+            tests::Thrown<std::runtime_error>([&] { ReadFrom(MediaSize(option)); }));
     }
 }
 
@@ -369,14 +363,8 @@ TEST_P(MediaSizeDataTicketTest, AStandardOptionOfAnotherSizeCannotBeWritten) {
     MediaSizeData data;
     data.SetSize(kNothing);
     const Dom ticket = LoadDomFromString(Ticket(L""));
-    try {
-        data.Write(ticket.Get());
-        FAIL();
-    } catch (const std::runtime_error& error) {
-        EXPECT_THAT(error.what(),
-                    testing::MatchesRegex("base/xps/printschema/mediasizedata\\.cpp\\(\\d+\\) : "
-                                          "unexpected paper size was specified\\.\n"));
-    }
+    EXPECT_EQ("base/xps/printschema/mediasizedata.cpp(LINE) : unexpected paper size was specified.\n",
+              tests::Thrown<std::runtime_error>([&] { data.Write(ticket.Get()); }));
 }
 
 TEST_P(MediaSizeDataTicketTest, AStandardOptionWithAnotherWidthOrHeightCannotBeWritten) {
@@ -488,12 +476,7 @@ TEST_P(MediaSizeSelectionTest, ATicketWithoutAMediaSizeCountsAsA4) {
 }
 
 TEST_P(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
-    try {
-        Select({1, 1}, {1, 1}, Scope::Job);
-        FAIL();
-    } catch (const HresultError& error) {
-        EXPECT_EQ(E_PENDING, error.GetHresult());
-    }
+    EXPECT_EQ(E_PENDING, tests::ThrownCode([&] { Select({1, 1}, {1, 1}, Scope::Job); }));
     Put(kPTJobScope, L"CustomMediaSize");
     EXPECT_THROW(Select({1, 1}, {1, 1}, Scope::Job), std::runtime_error);
 }

@@ -1,6 +1,5 @@
 #include "base/xps/printschema/mediasizetable.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +7,8 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "thrown.h"
 
 namespace {
 
@@ -128,14 +129,8 @@ TEST(MediaSizeTableTest, LookupsShareTheirRecords) {
 
 TEST(MediaSizeTableTest, ARowWithoutThePrefixOfTheListIsRefused) {
     const MediaSizeRow rows[] = {{-1, L"MediaSizeSchema::OptionUnknown", {-1, -1}}, {2, L"ISOA0", {1, 2}}};
-    try {
-        const MediaSizeTable table(rows);
-        FAIL();
-    } catch (const std::logic_error& error) {
-        EXPECT_THAT(error.what(),
-                    testing::MatchesRegex("base/xps/printschema/mediasizetable\\.cpp\\(\\d+\\) : "
-                                          "Encounterd unexpect state\\.\n"));
-    }
+    EXPECT_EQ("base/xps/printschema/mediasizetable.cpp(LINE) : Encounterd unexpect state.\n",
+              tests::Thrown<std::logic_error>([&] { const MediaSizeTable table(rows); }));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/logging/exceptions.h"
+#include "thrown.h"
 
 namespace {
 
@@ -19,14 +20,10 @@ TEST(PageOrientationDataTest, NextGoesRoundTheFourOptions) {
 
 TEST(PageOrientationDataTest, AnyOtherIdIsAFailure) {
     for (const int id : {-1, 4, 0x7FFFFFFF}) {
-        try {
-            (void)PageOrientationData::Next(id);
-            ADD_FAILURE() << "an orientation follows " << id;
-        } catch (const base::exception::Error& error) {
-            const std::string_view message = error.what();
-            EXPECT_TRUE(message.starts_with("base/xps/printschema/pageorientationdata.cpp(")) << message;
-            EXPECT_TRUE(message.ends_with(") : Unexpected Option Id.\n")) << message;
-        }
+        EXPECT_EQ(
+            "base/xps/printschema/pageorientationdata.cpp(LINE) : Unexpected Option Id.\n",
+            tests::Thrown<base::exception::Error>([&] { static_cast<void>(PageOrientationData::Next(id)); }))
+            << id;
     }
 }
 

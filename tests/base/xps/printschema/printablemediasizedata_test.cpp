@@ -12,6 +12,7 @@
 #include "domtext.h"
 #include "handlertest.h"
 #include "platform/comptr.h"
+#include "thrown.h"
 #include "ticketmarkup.h"
 
 namespace {
@@ -104,12 +105,9 @@ TEST_P(PrintableMediaSizeDataTest, HasANameForEachScope) {
 
 TEST_P(PrintableMediaSizeDataTest, AnyOtherScopeIsNotSupported) {
     for (const Scope scope : {Scope::None, static_cast<Scope>(4)}) {
-        try {
-            static_cast<void>(PrintableMediaSizeData().FeatureIndexOfScope(scope));
-            FAIL();
-        } catch (const NotSupportedException& error) {
-            EXPECT_THAT(error.what(), testing::HasSubstr("this scope is not supported in this feature."));
-        }
+        EXPECT_THAT(tests::Thrown<NotSupportedException>(
+                        [&] { static_cast<void>(PrintableMediaSizeData().FeatureIndexOfScope(scope)); }),
+                    testing::HasSubstr("this scope is not supported in this feature."));
     }
 }
 
@@ -150,14 +148,9 @@ TEST_P(PrintableMediaSizeDataTest, WhatIsNotStatedForgetsWhatTheObjectHeld) {
 TEST_P(PrintableMediaSizeDataTest, MinimaWithoutMaximaFail) {
     const std::wstring onlyMinima = Property(L"MinWidth", L"80000") + Property(L"MinHeight", L"80000");
     for (const std::wstring& properties : {onlyMinima, onlyMinima + Property(L"MaxWidth", L"90000")}) {
-        try {
-            ReadProperties(properties);
-            FAIL();
-        } catch (const std::logic_error& error) {
-            EXPECT_THAT(error.what(),
-                        testing::MatchesRegex("base/xps/printschema/printablemediasizedata\\.cpp\\(\\d+\\) : "
-                                              "printticket is in invalid state\\.\n"));
-        }
+        EXPECT_EQ(
+            "base/xps/printschema/printablemediasizedata.cpp(LINE) : printticket is in invalid state.\n",
+            tests::Thrown<std::logic_error>([&] { ReadProperties(properties); }));
     }
 }
 

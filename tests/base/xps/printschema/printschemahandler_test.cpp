@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/logging/exceptions.h"
 #include "handlertest.h"
 #include "platform/variant.h"
 #include "thrown.h"

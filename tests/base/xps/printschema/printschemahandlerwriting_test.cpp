@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/logging/exceptions.h"
 #include "base/xps/printschema/printschemahandler.h"
 #include "domtext.h"
 #include "handlertest.h"

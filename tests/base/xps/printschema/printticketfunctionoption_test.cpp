@@ -7,6 +7,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "base/logging/exceptions.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/pageorientationdata.h"
 #include "base/xps/printschema/scalingdata.h"

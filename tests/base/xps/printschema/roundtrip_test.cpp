@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/logging/exceptions.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/mediasizedata.h"
 #include "base/xps/printschema/mediasizetable.h"

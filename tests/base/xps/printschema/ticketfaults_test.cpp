@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/logging/exceptions.h"
 #include "base/xml/xmlmarger.h"
 #include "base/xml/xmlutility.h"
 #include "base/xps/printschema/imageableareahandler.h"
