@@ -1,8 +1,13 @@
 #include "failingallocation.h"
 
+#include <gtest/gtest.h>
+#include <objbase.h>
+
 #include <cstdlib>
 #include <new>
 #include <utility>
+
+#include "importseam.h"
 
 namespace {
 
@@ -35,6 +40,29 @@ void operator delete(void* pBlock) noexcept { std::free(pBlock); }
 void operator delete(void* pBlock, std::size_t) noexcept { std::free(pBlock); }
 
 namespace tests {
+namespace {
+
+bool g_areTextsCounted = false;
+std::size_t g_texts = 0;
+std::size_t g_failingText = 0;
+HRESULT g_streamFailure = S_OK;
+
+BSTR WINAPI AllocateText(const OLECHAR* pText, UINT length) {
+    static auto* const pSystem =
+        SystemFunction<decltype(SysAllocStringLen)>(L"oleaut32.dll", "SysAllocStringLen");
+    if (g_areTextsCounted && ++g_texts == g_failingText) return nullptr;
+    return pSystem(pText, length);
+}
+
+HRESULT WINAPI CreateCheckedStream(HGLOBAL memory, BOOL deleteOnRelease, IStream** ppStream) {
+    static auto* const pSystem =
+        SystemFunction<decltype(CreateStreamOnHGlobal)>(L"ole32.dll", "CreateStreamOnHGlobal");
+    if (FAILED(g_streamFailure)) return g_streamFailure;
+    EXPECT_TRUE(memory != nullptr || deleteOnRelease) << "the stream's memory would stay behind";
+    return pSystem(memory, deleteOnRelease, ppStream);
+}
+
+}  // namespace
 
 FailingAllocation::FailingAllocation(long nth) noexcept {
     t_hasFailed = false;
@@ -54,4 +82,21 @@ BeforeAllocation::~BeforeAllocation() { t_pCall = nullptr; }
 
 bool BeforeAllocation::WasCalled() const noexcept { return t_pCall == nullptr; }
 
+FailingText::FailingText(std::size_t nth) noexcept {
+    g_texts = 0;
+    g_failingText = nth;
+    g_areTextsCounted = true;
+}
+
+FailingText::~FailingText() { g_areTextsCounted = false; }
+
+bool FailingText::HasFailed() const noexcept { return g_failingText != 0 && g_texts >= g_failingText; }
+
+FailingStreamMemory::FailingStreamMemory(HRESULT code) noexcept { g_streamFailure = code; }
+
+FailingStreamMemory::~FailingStreamMemory() { g_streamFailure = S_OK; }
+
 }  // namespace tests
+
+TEST_IMPORT(SysAllocStringLen, 8, tests::AllocateText)
+TEST_IMPORT(CreateStreamOnHGlobal, 12, tests::CreateCheckedStream)

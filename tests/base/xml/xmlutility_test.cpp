@@ -10,9 +10,9 @@
 #include "base/logging/exceptions.h"
 #include "domtest.h"
 #include "domtext.h"
+#include "failingallocation.h"
 #include "platform/bstr.h"
 #include "platform/variant.h"
-#include "streammemory.h"
 #include "thrown.h"
 
 namespace {

@@ -21,8 +21,8 @@
 #include "base/xps/printschema/scalingdata.h"
 #include "domfaults.h"
 #include "domtext.h"
+#include "failingallocation.h"
 #include "handlertest.h"
-#include "textfaults.h"
 #include "thrown.h"
 #include "ticketmarkup.h"
 
@@ -510,7 +510,7 @@ void FailEachText(Attempt&& attempt, Check&& check) {
         SCOPED_TRACE("text " + std::to_string(nth));
         HRESULT thrown = S_OK;
         {
-            const tests::TextFaults faults(nth);
+            const tests::FailingText faults(nth);
             const std::string noMemory =
                 tests::MessageOf<std::bad_alloc>([&] { thrown = ThrownCode([&] { attempt(pTicket); }); });
             if (!noMemory.empty()) thrown = E_OUTOFMEMORY;

@@ -19,7 +19,6 @@
 #include "mockparts.h"
 #include "mockstreams.h"
 #include "platform/bstr.h"
-#include "refusedtoken.h"
 #include "ticketmarkup.h"
 #include "usertoken.h"
 

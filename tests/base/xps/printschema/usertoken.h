@@ -52,4 +52,14 @@ using OwnedHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleCloser>
     return OwnedHandle(token);
 }
 
+// Makes this program's threads fail to take any token, with the given last error, until it is destroyed.
+// Giving a token back works. For programs that have usertoken.cpp.
+class RefusedToken {
+  public:
+    explicit RefusedToken(DWORD lastError) noexcept;
+    RefusedToken(const RefusedToken&) = delete;
+    RefusedToken& operator=(const RefusedToken&) = delete;
+    ~RefusedToken();
+};
+
 }  // namespace tests

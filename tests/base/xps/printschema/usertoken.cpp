@@ -1,4 +1,4 @@
-#include "refusedtoken.h"
+#include "usertoken.h"
 
 #include "importseam.h"
 
@@ -9,9 +9,9 @@ bool g_isRefused = false;
 DWORD g_refusal = ERROR_SUCCESS;
 
 BOOL WINAPI TestSetThreadToken(PHANDLE pThread, HANDLE token) {
-    static const auto system =
+    static auto* const pSystem =
         SystemFunction<decltype(TestSetThreadToken)>(L"advapi32.dll", "SetThreadToken");
-    if (!g_isRefused || token == nullptr) return system(pThread, token);
+    if (!g_isRefused || token == nullptr) return pSystem(pThread, token);
     SetLastError(g_refusal);
     return FALSE;
 }
