@@ -5,6 +5,9 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "platform/guarded.h"
 
 namespace devkit::common {
 
@@ -48,6 +51,14 @@ class HresultError : public std::runtime_error {
 
 inline void ThrowIfFailed(HRESULT hr) {
     if (FAILED(hr)) throw HresultError(hr);
+}
+
+// Runs the body of a COM method of the kit: what it returns is the method's result. A thrown HresultError
+// becomes its own code, std::bad_alloc E_OUTOFMEMORY, any other std::exception E_FAIL, anything else
+// E_UNEXPECTED.
+template <typename Body>
+[[nodiscard]] HRESULT Guarded(Body&& body) noexcept {
+    return platform::Guarded<HresultError>(std::forward<Body>(body));
 }
 
 }  // namespace devkit::common

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 
 namespace devkit::pipeline {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 #include "devkit/common/text.h"
 #include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/partobject.h"

@@ -4,7 +4,7 @@
 #include <optional>
 #include <utility>
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 #include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/runobserver.h"
 

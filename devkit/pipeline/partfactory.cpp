@@ -1,6 +1,6 @@
 #include "devkit/pipeline/partfactory.h"
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 #include "devkit/pipeline/fixedpageobject.h"
 #include "devkit/pipeline/resourceobjects.h"
 #include "devkit/pipeline/ticketedobjects.h"

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 #include "devkit/pipeline/part.h"
 #include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"

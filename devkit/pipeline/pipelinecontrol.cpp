@@ -1,6 +1,6 @@
 #include "devkit/pipeline/pipelinecontrol.h"
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 #include "devkit/common/hresult.h"
 #include "devkit/common/text.h"
 

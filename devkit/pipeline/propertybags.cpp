@@ -3,7 +3,7 @@
 #include <system_error>
 #include <utility>
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 #include "devkit/common/text.h"
 #include "platform/bstr.h"
 #include "platform/utf.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 #include "devkit/common/text.h"
 #include "devkit/pipeline/runobserver.h"
 

@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 
 namespace devkit::pipeline {
 

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <utility>
 
-#include "devkit/common/boundary.h"
 #include "devkit/common/error.h"
 #include "devkit/msxml/tree/xmlerror.h"
 

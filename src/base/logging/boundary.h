@@ -4,22 +4,16 @@
 
 #include <utility>
 
+#include "base/logging/exceptions.h"
+#include "platform/guarded.h"
+
 namespace base::logging {
 
-// The HRESULT for the exception that is being handled; call it inside a catch block only. std::bad_alloc
-// gives E_OUTOFMEMORY, HresultError its own code, any other std::exception E_FAIL, anything else
-// E_UNEXPECTED.
-[[nodiscard]] HRESULT HresultOfCurrentException() noexcept;
-
-// Runs the body of a COM method: what it returns is the method's result, what it throws becomes the mapped
-// HRESULT.
+// Runs the body of a COM method: what it returns is the method's result. A thrown HresultError becomes its
+// own code, std::bad_alloc E_OUTOFMEMORY, any other std::exception E_FAIL, anything else E_UNEXPECTED.
 template <typename Body>
 [[nodiscard]] HRESULT Guarded(Body&& body) noexcept {
-    try {
-        return std::forward<Body>(body)();
-    } catch (...) {
-        return HresultOfCurrentException();
-    }
+    return platform::Guarded<exception::HresultError>(std::forward<Body>(body));
 }
 
 }  // namespace base::logging

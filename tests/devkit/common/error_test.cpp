@@ -1,11 +1,10 @@
-#include "devkit/common/boundary.h"
+#include "devkit/common/error.h"
 
 #include <gtest/gtest.h>
 
 #include <new>
 #include <stdexcept>
 
-#include "devkit/common/error.h"
 #include "thrown.h"
 
 namespace devkit::common {
