@@ -1,5 +1,7 @@
 #include "devkit/msxml/com/nodemethods.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "devkit/msxml/com/answer.h"
@@ -15,22 +17,27 @@ namespace devkit::msxml {
 
 namespace {
 
-// nodeName of a kind without names.
-std::wstring_view FixedNameOf(Kind kind) noexcept {
-    switch (kind) {
-        case Kind::Text:
-            return L"#text";
-        case Kind::CdataSection:
-            return L"#cdata-section";
-        case Kind::Comment:
-            return L"#comment";
-        case Kind::Document:
-            return L"#document";
-        case Kind::Fragment:
-            return L"#document-fragment";
-        default:
-            return L"";
-    }
+struct KindTexts {
+    Kind kind;
+    std::wstring_view type;  // nodeTypeString
+    std::wstring_view name;  // nodeName of a kind whose nodes have none of their own
+};
+
+constexpr KindTexts kKinds[] = {
+    {Kind::Element, L"element", L""},
+    {Kind::Attribute, L"attribute", L""},
+    {Kind::Text, L"text", L"#text"},
+    {Kind::CdataSection, L"cdatasection", L"#cdata-section"},
+    {Kind::EntityReference, L"entityreference", L""},
+    {Kind::Instruction, L"processinginstruction", L""},
+    {Kind::Comment, L"comment", L"#comment"},
+    {Kind::Document, L"document", L"#document"},
+    {Kind::Fragment, L"documentfragment", L"#document-fragment"},
+};
+
+KindTexts TextsOf(Kind kind) noexcept {
+    const auto pFound = std::ranges::find(kKinds, kind, &KindTexts::kind);
+    return pFound == std::end(kKinds) ? KindTexts{kind, {}, {}} : *pFound;
 }
 
 bool HasNodeValue(Kind kind) noexcept {
@@ -66,33 +73,10 @@ HRESULT ReturnChild(Node& node, Node* NodeChain::*pEnd, IXMLDOMNode** ppChild) n
 
 }  // namespace
 
-std::wstring_view TypeNameOf(Kind kind) noexcept {
-    switch (kind) {
-        case Kind::Element:
-            return L"element";
-        case Kind::Attribute:
-            return L"attribute";
-        case Kind::Text:
-            return L"text";
-        case Kind::CdataSection:
-            return L"cdatasection";
-        case Kind::EntityReference:
-            return L"entityreference";
-        case Kind::Instruction:
-            return L"processinginstruction";
-        case Kind::Comment:
-            return L"comment";
-        case Kind::Document:
-            return L"document";
-        case Kind::Fragment:
-            return L"documentfragment";
-        default:
-            return {};
-    }
-}
+std::wstring_view TypeNameOf(Kind kind) noexcept { return TextsOf(kind).type; }
 
 HRESULT GetNodeName(const Node& node, BSTR* pName) noexcept {
-    return ReturnText(node.GetName() ? node.GetName()->Qualified() : FixedNameOf(node.What()), pName);
+    return ReturnText(node.GetName() ? node.GetName()->Qualified() : TextsOf(node.What()).name, pName);
 }
 
 HRESULT GetNodeType(const Node& node, DOMNodeType* pType) noexcept {

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <concepts>
 #include <stdexcept>
+#include <type_traits>
 
 #include "devkit/common/hresult.h"
 #include "devkit/common/json.h"
@@ -26,6 +28,38 @@ using Json = nlohmann::json;
 template <typename Value>
 void ReadIfPresent(const Json& json, const char* key, Value& value) {
     if (json.contains(key)) json.at(key).get_to(value);
+}
+
+// Calls visit with the key and the value of each field of a ProviderCall, const or not, but the result, which
+// is written as people read it.
+template <typename Call, typename Visit>
+requires std::same_as<std::remove_const_t<Call>, ProviderCall>
+void VisitFields(Call& call, Visit&& visit) {
+    visit("sequence", call.sequence);
+    visit("function", call.function);
+    visit("handle", call.handle);
+    visit("scope", call.scope);
+    visit("thread", call.thread);
+    visit("impersonating", call.impersonating);
+    visit("expected_token", call.expectedToken);
+    visit("base", call.base);
+    visit("delta", call.delta);
+    visit("output", call.output);
+    visit("media_size", call.facts.mediaSize);
+    visit("feed_direction", call.facts.feedDirection);
+    visit("error", call.error);
+}
+
+template <typename Report, typename Visit>
+requires std::same_as<std::remove_const_t<Report>, ProviderReport>
+void VisitFields(Report& report, Visit&& visit) {
+    visit("configuration", report.configuration);
+    visit("calls", report.calls);
+    visit("counts", report.counts);
+    visit("open_handles", report.openHandles);
+    visit("breaches", report.breaches);
+    visit("notes", report.notes);
+    visit("idle_faults", report.idleFaults);
 }
 
 }  // namespace
@@ -56,53 +90,21 @@ void from_json(const Json& json, ProviderSettings& settings) {
 }
 
 void to_json(Json& json, const ProviderCall& call) {
-    json = {{"sequence", call.sequence},
-            {"function", call.function},
-            {"handle", call.handle},
-            {"scope", call.scope},
-            {"thread", call.thread},
-            {"impersonating", call.impersonating},
-            {"expected_token", call.expectedToken},
-            {"result", common::HexOf(call.result)},
-            {"base", call.base},
-            {"delta", call.delta},
-            {"output", call.output},
-            {"media_size", call.facts.mediaSize},
-            {"feed_direction", call.facts.feedDirection},
-            {"error", call.error}};
+    VisitFields(call, [&](const char* key, const auto& value) { json[key] = value; });
+    json["result"] = common::HexOf(call.result);
 }
 
 void from_json(const Json& json, ProviderCall& call) {
-    json.at("sequence").get_to(call.sequence);
-    json.at("function").get_to(call.function);
-    json.at("handle").get_to(call.handle);
-    json.at("scope").get_to(call.scope);
-    json.at("thread").get_to(call.thread);
-    json.at("impersonating").get_to(call.impersonating);
-    json.at("expected_token").get_to(call.expectedToken);
+    VisitFields(call, [&](const char* key, auto& value) { json.at(key).get_to(value); });
     call.result = ReadResult(json.at("result").get<std::string>());
-    json.at("base").get_to(call.base);
-    json.at("delta").get_to(call.delta);
-    json.at("output").get_to(call.output);
-    json.at("media_size").get_to(call.facts.mediaSize);
-    json.at("feed_direction").get_to(call.facts.feedDirection);
-    json.at("error").get_to(call.error);
 }
 
 void to_json(Json& json, const ProviderReport& report) {
-    json = {{"configuration", report.configuration}, {"calls", report.calls},       {"counts", report.counts},
-            {"open_handles", report.openHandles},    {"breaches", report.breaches}, {"notes", report.notes},
-            {"idle_faults", report.idleFaults}};
+    VisitFields(report, [&](const char* key, const auto& value) { json[key] = value; });
 }
 
 void from_json(const Json& json, ProviderReport& report) {
-    json.at("configuration").get_to(report.configuration);
-    json.at("calls").get_to(report.calls);
-    json.at("counts").get_to(report.counts);
-    json.at("open_handles").get_to(report.openHandles);
-    json.at("breaches").get_to(report.breaches);
-    json.at("notes").get_to(report.notes);
-    json.at("idle_faults").get_to(report.idleFaults);
+    VisitFields(report, [&](const char* key, auto& value) { json.at(key).get_to(value); });
 }
 
 template <typename Message>
