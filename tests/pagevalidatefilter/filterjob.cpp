@@ -3,41 +3,48 @@
 #include <algorithm>
 
 #include "base/xps/printschema/privateprefix.h"
+#include "base/xps/printschema/schemabase.h"
 #include "mockstreams.h"
 #include "pagevalidatefilter/module.h"
+#include "ticketmarkup.h"
 
 namespace pagevalidatefilter {
 
 using platform::ComPtr;
+using tests::Feature;
+using tests::Integer;
 using tests::MakeMock;
+using tests::Property;
+using tests::ScoredProperty;
+using tests::Value;
+
+std::wstring BinText(std::wstring_view feedDirection) {
+    return Feature(
+        L"psk:JobInputBin", L"psk:Tray1",
+        ScoredProperty(L"psk:FeedDirection", Value(L"QName", L"psk:" + std::wstring(feedDirection))));
+}
+
+std::wstring SheetText(std::wstring_view option, int width, int height) {
+    return Feature(L"psk:PageMediaSize", option,
+                   ScoredProperty(L"psk:MediaSizeWidth", Integer(width)) +
+                       ScoredProperty(L"psk:MediaSizeHeight", Integer(height)));
+}
+
+std::wstring PrintableText(int most) {
+    return Feature(L"krk:PagePrintableMediaSize", L"krk:PrintableMediaSize",
+                   Property(L"krk:MinWidth", Integer(76200)) + Property(L"krk:MinHeight", Integer(76200)) +
+                       Property(L"krk:MaxWidth", Integer(most)) + Property(L"krk:MaxHeight", Integer(most)));
+}
+
+std::wstring TicketWith(std::wstring_view features) {
+    return tests::Ticket(features,
+                         L" xmlns:krk=\"" + std::wstring(base::xps::printschema::kPrivateNamespace) + L"\"");
+}
 
 std::wstring TicketText(std::wstring_view feedDirection) {
-    std::wstring text =
-        LR"(<psf:PrintTicket xmlns:psf="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
-              xmlns:psk="http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"
-              xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xmlns:xsd="http://www.w3.org/2001/XMLSchema"
-              xmlns:krk="http://schemas.pagevalidate.example/printing/ptpc/2008/11" version="1">
-             <psf:Feature name="psk:PageMediaSize"><psf:Option name="psk:ISOA4">
-               <psf:ScoredProperty name="psk:MediaSizeWidth">
-                 <psf:Value xsi:type="xsd:integer">210000</psf:Value></psf:ScoredProperty>
-               <psf:ScoredProperty name="psk:MediaSizeHeight">
-                 <psf:Value xsi:type="xsd:integer">297000</psf:Value></psf:ScoredProperty>
-             </psf:Option></psf:Feature>
-             <psf:Feature name="psk:PageOrientation"><psf:Option name="psk:Portrait"/></psf:Feature>
-             <psf:Feature name="krk:PagePrintableMediaSize"><psf:Option name="krk:PrintableMediaSize">
-               <psf:Property name="krk:MinWidth"><psf:Value xsi:type="xsd:integer">76200</psf:Value></psf:Property>
-               <psf:Property name="krk:MinHeight"><psf:Value xsi:type="xsd:integer">76200</psf:Value></psf:Property>
-               <psf:Property name="krk:MaxWidth"><psf:Value xsi:type="xsd:integer">400000</psf:Value></psf:Property>
-               <psf:Property name="krk:MaxHeight"><psf:Value xsi:type="xsd:integer">400000</psf:Value></psf:Property>
-             </psf:Option></psf:Feature>)";
-    if (!feedDirection.empty()) {
-        text.append(
-                LR"(<psf:Feature name="psk:JobInputBin"><psf:Option name="psk:Tray1">
-                          <psf:ScoredProperty name="psk:FeedDirection"><psf:Value xsi:type="xsd:QName">psk:)")
-            .append(feedDirection)
-            .append(L"</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>");
-    }
-    return text.append(L"</psf:PrintTicket>");
+    return TicketWith(SheetText(L"psk:ISOA4", 210000, 297000) +
+                      Feature(L"psk:PageOrientation", L"psk:Portrait") + PrintableText(400000) +
+                      (feedDirection.empty() ? std::wstring() : BinText(feedDirection)));
 }
 
 HRESULT FakeTicketProvider::GetTicket(EPrintTicketScope scope, IXMLDOMDocument2** ppTicket) {

@@ -29,6 +29,14 @@ using Calls = std::vector<std::string>;
 // one is given.
 [[nodiscard]] std::wstring TicketText(std::wstring_view feedDirection = {});
 
+// Pieces of such a ticket; lengths are micrometres. Names of options come with their prefixes, "krk" being
+// the private one, and feed directions without.
+[[nodiscard]] std::wstring BinText(std::wstring_view feedDirection);
+[[nodiscard]] std::wstring SheetText(std::wstring_view option, int width, int height);
+// What the device takes: 76200 at least and so much at most, either way.
+[[nodiscard]] std::wstring PrintableText(int most);
+[[nodiscard]] std::wstring TicketWith(std::wstring_view features);
+
 // Gives each scope's effective ticket from its text, a document of its own for each call. Calls are noted as
 // "GetTicket SCOPE", "SetJobTicket", "SetDocumentTicket", "SetPageTicket", "Open" and "Close provider".
 class FakeTicketProvider final : public base::xps::printschema::PrintTicketProvider {

@@ -11,10 +11,12 @@
 
 #include "pagevalidatefilter/filterjob.h"
 #include "thrown.h"
+#include "ticketmarkup.h"
 
 namespace pagevalidatefilter {
 namespace {
 
+using tests::Feature;
 using tests::MakeMock;
 
 enum Setting : std::size_t { Scaling, FeedDirection, MediaSize, Orientation, PrintableSize, kSettings };
@@ -27,66 +29,26 @@ struct Texts {
     std::wstring broken;
 };
 
-std::wstring Feature(const std::wstring& name, const std::wstring& option, const std::wstring& content = {}) {
-    return L"<psf:Feature name=\"" + name + L"\"><psf:Option name=\"" + option + L"\">" + content +
-           L"</psf:Option></psf:Feature>";
-}
-
-std::wstring Value(const std::wstring& kind, const std::wstring& name, const std::wstring& type,
-                   const std::wstring& text) {
-    return L"<psf:" + kind + L" name=\"" + name + L"\"><psf:Value xsi:type=\"xsd:" + type + L"\">" + text +
-           L"</psf:Value></psf:" + kind + L">";
-}
-
-std::wstring Bin(const std::wstring& direction) {
-    return Feature(L"psk:JobInputBin", L"psk:Tray1",
-                   Value(L"ScoredProperty", L"psk:FeedDirection", L"QName", L"psk:" + direction));
-}
-
-std::wstring Sheet(const std::wstring& option, int width, int height) {
-    const auto length = [](const wchar_t* name, int micrometres) {
-        return Value(L"ScoredProperty", name, L"integer", std::to_wstring(micrometres));
-    };
-    return Feature(L"psk:PageMediaSize", option,
-                   length(L"psk:MediaSizeWidth", width) + length(L"psk:MediaSizeHeight", height));
-}
-
-std::wstring Printable(int most) {
-    std::wstring bounds;
-    const std::pair<const wchar_t*, int> lengths[] = {{L"krk:MinWidth", 76200},
-                                                      {L"krk:MinHeight", 76200},
-                                                      {L"krk:MaxWidth", most},
-                                                      {L"krk:MaxHeight", most}};
-    for (const auto& [name, micrometres] : lengths) {
-        bounds += Value(L"Property", name, L"integer", std::to_wstring(micrometres));
-    }
-    return Feature(L"krk:PagePrintableMediaSize", L"krk:PrintableMediaSize", bounds);
-}
-
 const std::array<Texts, kSettings>& Settings() {
     static const std::array<Texts, kSettings> settings = {{
         {Feature(L"psk:PageScaling", L"psk:FitApplicationMediaSizeToPageMediaSize"),
          Feature(L"psk:PageScaling", L"psk:None"), Feature(L"psk:PageScaling", L"psk:Custom")},
-        {Bin(L"LongEdgeFirst"), Bin(L"ShortEdgeFirst"), {}},
-        {Sheet(L"psk:ISOA4", 210000, 297000), Sheet(L"psk:ISOA5", 148000, 210000),
+        {BinText(L"LongEdgeFirst"), BinText(L"ShortEdgeFirst"), {}},
+        {SheetText(L"psk:ISOA4", 210000, 297000), SheetText(L"psk:ISOA5", 148000, 210000),
          Feature(L"psk:PageMediaSize", L"psk:CustomMediaSize")},
         {Feature(L"psk:PageOrientation", L"psk:Portrait"),
          Feature(L"psk:PageOrientation", L"psk:ReversePortrait"),
          {}},
-        {Printable(400000), Printable(250000), Printable(70000)},
+        {PrintableText(400000), PrintableText(250000), PrintableText(70000)},
     }};
     return settings;
 }
 
 // The ticket of what is chosen of each setting.
 std::wstring TicketOf(const std::function<std::wstring(std::size_t)>& choose) {
-    std::wstring text =
-        LR"(<psf:PrintTicket xmlns:psf="http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
-              xmlns:psk="http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"
-              xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xmlns:xsd="http://www.w3.org/2001/XMLSchema"
-              xmlns:krk="http://schemas.pagevalidate.example/printing/ptpc/2008/11" version="1">)";
-    for (std::size_t setting = 0; setting < kSettings; ++setting) text += choose(setting);
-    return text + L"</psf:PrintTicket>";
+    std::wstring features;
+    for (std::size_t setting = 0; setting < kSettings; ++setting) features += choose(setting);
+    return TicketWith(features);
 }
 
 std::wstring AllBefore() {
