@@ -83,26 +83,19 @@ INSTANTIATE_TEST_SUITE_P(
         Ending{"initialize:hang", "the filter made no progress for 5 s", kBeforeParts}));
 
 TEST(Endings, ADamagedHeapIsNoSuccess) {
-    const Path folder = FreshFolder("ending-heap");
-    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
-                                                 "--json", Text(folder / "r.json"), "--timeout", "5"}),
-                                   "damage-heap");
+    const auto [ended, output, report] = RunReported("ending-heap", "damage-heap", {"--timeout", "5"});
     EXPECT_EQ(1U, ended.status) << ended.error;
     EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) +
                   ": the filter damaged the heap of the process, at the end of the parts\n",
               ended.error);
-    EXPECT_FALSE(std::filesystem::exists(folder / "o.xps"));
-    EXPECT_EQ(1U, Json::parse(FileBytes(folder / "r.json")).size());
+    EXPECT_FALSE(std::filesystem::exists(output));
+    EXPECT_EQ(1U, report.size());
 }
 
 TEST(Endings, TheReportHasAllThatCameBefore) {
-    const Path folder = FreshFolder("ending-report");
-    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
-                                                 "--json", Text(folder / "r.json"), "--quiet"}),
-                                   "exit-process");
+    const auto [ended, output, report] = RunReported("ending-report", "exit-process", {"--quiet"});
     EXPECT_EQ(1U, ended.status);
     EXPECT_EQ("", ended.out);
-    const Json report = Json::parse(FileBytes(folder / "r.json"));
     EXPECT_EQ("the filter ended the process with status 0", report[0]["crash"]);
     EXPECT_EQ(nullptr, report[0]["hresult"]);
     ASSERT_EQ(3U, report[0]["parts"].size());
@@ -130,16 +123,13 @@ TEST(Endings, OneBadInputOfManyIsOneBadResult) {
 }
 
 TEST(Endings, InThisProcessACrashIsToldAllTheSame) {
-    const Path folder = FreshFolder("ending-here");
-    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
-                                                 "--json", Text(folder / "r.json"), "--in-process"}),
-                                   "crash");
+    const auto [ended, output, report] = RunReported("ending-here", "crash", {"--in-process"});
     EXPECT_EQ(1U, ended.status);
     EXPECT_TRUE(
         ended.error.starts_with("filterhost: " + Text(Sample("minimal.xps")) +
                                 ": the filter crashed with 0xC0000005 ACCESS_VIOLATION writing 0x0 at "))
         << ended.error;
-    EXPECT_EQ(1U, Json::parse(FileBytes(folder / "r.json")).size());
+    EXPECT_EQ(1U, report.size());
 }
 
 TEST(Endings, AFilterMayChangeTheCurrentFolder) {

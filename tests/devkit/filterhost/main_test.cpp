@@ -126,11 +126,7 @@ TEST(FilterHost, SeveralInputsAllRunAndTheHighestStatusCounts) {
 }
 
 TEST(FilterHost, TheReportIsExact) {
-    const Path folder = FreshFolder("report");
-    const Path input = Sample("minimal.xps");
-    const Ended ended = RunProgram(RunArguments({Text(input), "-o", Text(folder / "o.xps"), "--json",
-                                                 Text(folder / "r.json"), "--quiet"}),
-                                   "ticket");
+    auto [ended, output, report] = RunReported("report", "ticket", {"--quiet"});
     EXPECT_EQ(0U, ended.status);
     EXPECT_EQ("", ended.out);
     EXPECT_EQ("", ended.error);
@@ -144,9 +140,8 @@ TEST(FilterHost, TheReportIsExact) {
             {"kind": "FixedPage", "uri": "/p.fpage", "ticket_in": null, "ticket_out": "/Tickets\\made_1.xml",
              "width_in": 793.76, "height_in": 1122.56, "width_out": 793.76, "height_out": 1122.56,
              "markup_rewritten": false, "ticket_replaced": true, "bytes_in": 0, "bytes_out": 0}]}])");
-    Json report = Json::parse(FileBytes(folder / "r.json"));
-    EXPECT_EQ(Text(input), report[0]["input"]);
-    EXPECT_EQ(Text(folder / "o.xps"), report[0]["output"]);
+    EXPECT_EQ(Text(Sample("minimal.xps")), report[0]["input"]);
+    EXPECT_EQ(Text(output), report[0]["output"]);
     EXPECT_GT(report[0]["parts"][3]["bytes_in"], 100);
     EXPECT_EQ(report[0]["parts"][3]["bytes_out"], report[0]["parts"][3]["bytes_in"]);
     report[0].erase("input");
@@ -157,12 +152,8 @@ TEST(FilterHost, TheReportIsExact) {
 }
 
 TEST(FilterHost, AFailureIsInTheReport) {
-    const Path folder = FreshFolder("failure");
-    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
-                                                 "--json", Text(folder / "r.json"), "--quiet"}),
-                                   "fail");
+    const auto [ended, output, report] = RunReported("failure", "fail", {"--quiet"});
     EXPECT_EQ(1U, ended.status);
-    const Json report = Json::parse(FileBytes(folder / "r.json"));
     EXPECT_EQ("0x80004004", report[0]["hresult"]);
     EXPECT_EQ("0x80004004", report[0]["shutdown"]);
     EXPECT_EQ(nullptr, report[0]["output"]);
@@ -181,13 +172,9 @@ TEST(FilterHost, NewTicketsGetLegalNamesInTheOutput) {
 }
 
 TEST(FilterHost, MarkupThatIsNotWellFormedIsAFindingNotABreach) {
-    const Path folder = FreshFolder("malformed");
-    const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"),
-                                                 "--json", Text(folder / "r.json"), "--quiet"}),
-                                   "break-markup");
+    const auto [ended, output, report] = RunReported("malformed", "break-markup", {"--quiet"});
     EXPECT_EQ(0U, ended.status);
     EXPECT_EQ("", ended.error);
-    const Json report = Json::parse(FileBytes(folder / "r.json"));
     EXPECT_EQ(Json::array(), report[0]["breaches"]);
     ASSERT_EQ(1U, report[0]["findings"].size());
     const std::string finding = report[0]["findings"][0];

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <thread>
+#include <utility>
 
 #include "devkit/filterhost/files.h"
 #include "platform/utf.h"
@@ -104,6 +105,17 @@ std::vector<std::string> RunArguments(std::vector<std::string> more) {
                                        "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
+}
+
+Reported RunReported(const std::string& folder, const char* mode, const std::vector<std::string>& more) {
+    const Path fresh = FreshFolder(folder);
+    const Path output = fresh / "o.xps";
+    const Path report = fresh / "r.json";
+    std::vector<std::string> arguments =
+        RunArguments({Text(Sample("minimal.xps")), "-o", Text(output), "--json", Text(report)});
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    Ended ended = RunProgram(arguments, mode);
+    return {std::move(ended), output, nlohmann::json::parse(FileBytes(report))};
 }
 
 Path FreshFolder(const std::string& name) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace devkit::filterhost {
 
 // How filterhost.exe ended, and what it wrote (UTF-8).
@@ -19,6 +21,17 @@ struct Ended {
 
 // Arguments that run the test filter over the inputs, with the given further ones.
 [[nodiscard]] std::vector<std::string> RunArguments(std::vector<std::string> more);
+
+// A run of the test filter over minimal.xps, with its report.
+struct Reported {
+    Ended ended;
+    std::filesystem::path output;  // where the document is, if one was written
+    nlohmann::json report;
+};
+
+// In a folder of the test's own of that name, with the given further arguments.
+[[nodiscard]] Reported RunReported(const std::string& folder, const char* mode,
+                                   const std::vector<std::string>& more);
 
 // A folder of the test's own, empty at its start.
 [[nodiscard]] std::filesystem::path FreshFolder(const std::string& name);

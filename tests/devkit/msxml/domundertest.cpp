@@ -22,6 +22,17 @@ std::wstring TextFrom(IXMLDOMNode* pNode, Getter getter) {
     return result == S_OK ? std::wstring(text.View()) : L"<none>";
 }
 
+template <typename NodesPtr>
+std::vector<std::wstring> WalkedNames(const NodesPtr& pNodes) {
+    std::vector<std::wstring> names;
+    NodePtr pNode;
+    HRESULT result = pNodes->nextNode(pNode.Put());
+    for (; result == S_OK; result = pNodes->nextNode(pNode.Put())) names.push_back(NameOf(pNode.Get()));
+    EXPECT_EQ(S_FALSE, result);
+    EXPECT_FALSE(pNode);
+    return names;
+}
+
 }  // namespace
 
 void PrintTo(Maker maker, std::ostream* pOut) { *pOut << (maker == Maker::Kit ? "Kit" : "System"); }
@@ -120,13 +131,9 @@ NodePtr AttributeOf(IXMLDOMNode* pNode, std::wstring_view name) {
     return pAttribute;
 }
 
-std::vector<std::wstring> NamesByNextNode(const MapPtr& pMap) {
-    std::vector<std::wstring> names;
-    NodePtr pNode;
-    while (pMap->nextNode(pNode.Put()) == S_OK) names.push_back(NameOf(pNode.Get()));
-    EXPECT_FALSE(pNode);
-    return names;
-}
+std::vector<std::wstring> NamesByNextNode(const MapPtr& pMap) { return WalkedNames(pMap); }
+
+std::vector<std::wstring> NamesByNextNode(const ListPtr& pList) { return WalkedNames(pList); }
 
 std::wstring NameOf(IXMLDOMNode* pNode) { return TextFrom(pNode, &IXMLDOMNode::get_nodeName); }
 

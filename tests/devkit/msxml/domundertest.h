@@ -68,7 +68,9 @@ class KitDom : public testing::Test {
 [[nodiscard]] ListPtr ChildrenOf(IXMLDOMNode* pNode);
 [[nodiscard]] NodePtr ChildAt(IXMLDOMNode* pNode, long index);
 [[nodiscard]] NodePtr AttributeOf(IXMLDOMNode* pNode, std::wstring_view name);
+// From where the walk stands to its end.
 [[nodiscard]] std::vector<std::wstring> NamesByNextNode(const MapPtr& pMap);
+[[nodiscard]] std::vector<std::wstring> NamesByNextNode(const ListPtr& pList);
 
 // Texts of properties; "<none>" for S_FALSE with null. The xml of another library's node is without the white
 // space between tags, by which some indent what has none.

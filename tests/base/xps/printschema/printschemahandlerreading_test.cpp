@@ -34,25 +34,6 @@ std::wstring PropertyOf(std::wstring_view value) {
     return tests::Property(L"psk:P", L"<psf:Value>" + std::wstring(value) + L"</psf:Value>");
 }
 
-class SchemaReadingTest : public HandlerTest {
-  protected:
-    const PrintTicketHandler& Open(std::wstring_view body, std::wstring_view declarations = {}) {
-        m_pTicket = LoadDomFromString(Ticket(body, declarations));
-        m_handler.emplace(m_pTicket.Get());
-        return *m_handler;
-    }
-    IXMLDOMDocument2* Document() { return m_pTicket.Get(); }
-
-    HRESULT ReadIntegerOf(std::wstring_view text, std::int32_t& value) {
-        const PrintTicketHandler& handler = Open(PropertyOf(text));
-        return handler.ReadInteger(handler.PropertyQuery({kKeywords, L"P"}), &value);
-    }
-
-  private:
-    Dom m_pTicket;
-    std::optional<PrintTicketHandler> m_handler;
-};
-
 // What an operation with one text as its result answers: the text, or its code.
 template <typename Operation>
 std::wstring TextOf(Operation&& operation) {
@@ -68,6 +49,30 @@ std::wstring TextOf(Operation&& operation) {
 std::wstring ValueOf(const PrintSchemaHandler& handler, std::wstring_view query) {
     return TextOf([&](BSTR* pText) { return handler.GetValue(query, pText); });
 }
+
+class SchemaReadingTest : public HandlerTest {
+  protected:
+    const PrintTicketHandler& Open(std::wstring_view body, std::wstring_view declarations = {}) {
+        m_pTicket = LoadDomFromString(Ticket(body, declarations));
+        m_handler.emplace(m_pTicket.Get());
+        return *m_handler;
+    }
+    IXMLDOMDocument2* Document() { return m_pTicket.Get(); }
+
+    // What GetValue reads of the scored property psk:P of a ticket with that content.
+    std::wstring ScoredValueIn(std::wstring_view body, std::wstring_view declarations = {}) {
+        const PrintTicketHandler& handler = Open(body, declarations);
+        return ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"}));
+    }
+    HRESULT ReadIntegerOf(std::wstring_view text, std::int32_t& value) {
+        const PrintTicketHandler& handler = Open(PropertyOf(text));
+        return handler.ReadInteger(handler.PropertyQuery({kKeywords, L"P"}), &value);
+    }
+
+  private:
+    Dom m_pTicket;
+    std::optional<PrintTicketHandler> m_handler;
+};
 
 // The local name in the property psk:P anywhere in the document, or the code.
 std::wstring LocalNameIn(const PrintSchemaHandler& handler, PropertyKind kind) {
@@ -172,21 +177,21 @@ TEST_P(SchemaReadingTest, GetValueReadsALiteralValue) {
 }
 
 TEST_P(SchemaReadingTest, GetValueFollowsAParameterReference) {
-    const PrintTicketHandler& handler = Open(
-        L"<psf:ParameterInit/><psf:ParameterInit name=\"psk:B\"><psf:Value>b</psf:Value>"
-        L"</psf:ParameterInit><psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
-        L"</psf:ScoredProperty><psf:ParameterInit name=\"psk:A\"><psf:Value>first</psf:Value>"
-        L"</psf:ParameterInit><psf:ParameterInit name=\"psk:A\"><psf:Value>second</psf:Value>"
-        L"</psf:ParameterInit>");
-    EXPECT_EQ(L"first", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
+    EXPECT_EQ(L"first",
+              ScoredValueIn(
+                  L"<psf:ParameterInit/><psf:ParameterInit name=\"psk:B\"><psf:Value>b</psf:Value>"
+                  L"</psf:ParameterInit><psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
+                  L"</psf:ScoredProperty><psf:ParameterInit name=\"psk:A\"><psf:Value>first</psf:Value>"
+                  L"</psf:ParameterInit><psf:ParameterInit name=\"psk:A\"><psf:Value>second</psf:Value>"
+                  L"</psf:ParameterInit>"));
 }
 
 TEST_P(SchemaReadingTest, ALiteralValueWinsOverAParameterReference) {
-    const PrintTicketHandler& handler = Open(
-        L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
-        L"<psf:Value>literal</psf:Value></psf:ScoredProperty>"
-        L"<psf:ParameterInit name=\"psk:A\"><psf:Value>a</psf:Value></psf:ParameterInit>");
-    EXPECT_EQ(L"literal", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
+    EXPECT_EQ(
+        L"literal",
+        ScoredValueIn(L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/>"
+                      L"<psf:Value>literal</psf:Value></psf:ScoredProperty>"
+                      L"<psf:ParameterInit name=\"psk:A\"><psf:Value>a</psf:Value></psf:ParameterInit>"));
 }
 
 TEST_P(SchemaReadingTest, AValueIsAnElementOfTheFrameworkUnderAnyPrefix) {
@@ -203,21 +208,23 @@ TEST_P(SchemaReadingTest, AValueIsAnElementOfTheFrameworkUnderAnyPrefix) {
 }
 
 TEST_P(SchemaReadingTest, AParameterIsOfTheReferencesExactName) {
-    const PrintTicketHandler& handler = Open(
-        L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/></psf:ScoredProperty>"
-        L"<psf:ParameterInit name=\"k:A\"><psf:Value>other prefix</psf:Value></psf:ParameterInit>"
-        L"<psf:ParameterInit name=\"psk:a\"><psf:Value>other case</psf:Value></psf:ParameterInit>",
-        L" xmlns:k=\"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords\"");
-    EXPECT_EQ(L"0x00000001", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
+    EXPECT_EQ(
+        L"0x00000001",
+        ScoredValueIn(
+            L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name=\"psk:A\"/></psf:ScoredProperty>"
+            L"<psf:ParameterInit name=\"k:A\"><psf:Value>other prefix</psf:Value></psf:ParameterInit>"
+            L"<psf:ParameterInit name=\"psk:a\"><psf:Value>other case</psf:Value></psf:ParameterInit>",
+            L" xmlns:k=\"http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords\""));
 }
 
 TEST_P(SchemaReadingTest, AParametersNameMayHoldQuotes) {
-    const PrintTicketHandler& handler = Open(
-        L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name='psk:\"] | //*[\"'/>"
-        L"</psf:ScoredProperty>"
-        L"<psf:ParameterInit name=\"psk:other\"><psf:Value>other</psf:Value></psf:ParameterInit>"
-        L"<psf:ParameterInit name='psk:\"] | //*[\"'><psf:Value>own</psf:Value></psf:ParameterInit>");
-    EXPECT_EQ(L"own", ValueOf(handler, handler.ScoredPropertyQuery({kKeywords, L"P"})));
+    EXPECT_EQ(
+        L"own",
+        ScoredValueIn(
+            L"<psf:ScoredProperty name=\"psk:P\"><psf:ParameterRef name='psk:\"] | //*[\"'/>"
+            L"</psf:ScoredProperty>"
+            L"<psf:ParameterInit name=\"psk:other\"><psf:Value>other</psf:Value></psf:ParameterInit>"
+            L"<psf:ParameterInit name='psk:\"] | //*[\"'><psf:Value>own</psf:Value></psf:ParameterInit>"));
 }
 
 TEST_P(SchemaReadingTest, GetValueTellsWhatIsMissing) {
@@ -258,7 +265,7 @@ TEST_P(SchemaReadingTest, ReadIntegerTakesEvery32BitNumberInTheFormsOfASchemaInt
     for (const auto& [text, number] : numbers) {
         std::int32_t value = 7;
         EXPECT_EQ(S_OK, ReadIntegerOf(text, value)) << text;
-        EXPECT_EQ(value, number) << text;
+        EXPECT_EQ(number, value) << text;
     }
 }
 

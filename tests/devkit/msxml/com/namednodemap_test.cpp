@@ -55,7 +55,7 @@ TEST_P(AttributeMap, NextNodeStaysBehindTheLastUntilReset) {
     const DocumentPtr pDocument = From(L"<a one=\"1\" two=\"2\"/>");
     const MapPtr pMap = AttributesOf(RootOf(pDocument).Get());
     EXPECT_EQ((Names{L"one", L"two"}), NamesByNextNode(pMap));
-    EXPECT_EQ(NamesByNextNode(pMap), Names());
+    EXPECT_EQ(Names(), NamesByNextNode(pMap));
     ASSERT_EQ(S_OK, pMap->reset());
     EXPECT_EQ((Names{L"one", L"two"}), NamesByNextNode(pMap));
 }
@@ -86,7 +86,7 @@ TEST_P(AttributeMap, RemovingTheCurrentNodeEndsTheWalk) {
 TEST_P(AttributeMap, AnEmptyMapEndsAtOnce) {
     const DocumentPtr pDocument = From(L"<a/>");
     const MapPtr pMap = AttributesOf(RootOf(pDocument).Get());
-    EXPECT_EQ(NamesByNextNode(pMap), Names());
+    EXPECT_EQ(Names(), NamesByNextNode(pMap));
     NodePtr pNode;
     EXPECT_EQ(S_FALSE, pMap->get_item(0, pNode.Put()));
 }

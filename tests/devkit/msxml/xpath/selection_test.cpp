@@ -94,12 +94,11 @@ TEST_P(XPathSelection, NoMatchIsAnEmptyList) {
 TEST_P(XPathSelection, AnUndeclaredPrefixFails) {
     if (HasGaps()) GTEST_SKIP() << "known gap: leaves the out-parameter as it was";
     for (const wchar_t* query : {L"//q:Feature", L"//psf:Feature/q:Option", L"//psf:None[q:x]"}) {
-        const Selection one = SelectOne(Ticket().Get(), query);
-        EXPECT_EQ(E_FAIL, one.result) << query;
-        EXPECT_TRUE(one.isNull);
-        const Selection many = SelectMany(Ticket().Get(), query);
-        EXPECT_EQ(E_FAIL, many.result) << query;
-        EXPECT_TRUE(many.isNull);
+        for (const Selection& selection :
+             {SelectOne(Ticket().Get(), query), SelectMany(Ticket().Get(), query)}) {
+            EXPECT_EQ(E_FAIL, selection.result) << query;
+            EXPECT_TRUE(selection.isNull) << query;
+        }
     }
 }
 
@@ -107,12 +106,11 @@ TEST_P(XPathSelection, ABadExpressionFails) {
     if (HasGaps()) GTEST_SKIP() << "known gap: leaves the out-parameter as it was";
     for (const wchar_t* query :
          {L"", L"//", L"psf:Feature[", L"@@", L"psf:Feature]", L"'open", L"nosuch()"}) {
-        const Selection one = SelectOne(Ticket().Get(), query);
-        EXPECT_EQ(E_FAIL, one.result) << query;
-        EXPECT_TRUE(one.isNull);
-        const Selection many = SelectMany(Ticket().Get(), query);
-        EXPECT_EQ(E_FAIL, many.result) << query;
-        EXPECT_TRUE(many.isNull);
+        for (const Selection& selection :
+             {SelectOne(Ticket().Get(), query), SelectMany(Ticket().Get(), query)}) {
+            EXPECT_EQ(E_FAIL, selection.result) << query;
+            EXPECT_TRUE(selection.isNull) << query;
+        }
     }
 }
 
@@ -197,16 +195,9 @@ TEST_P(XPathSelection, TheListWalksByNextNode) {
     const DocumentPtr pDocument = From(L"<a><b/><c/></a>");
     ListPtr pList;
     ASSERT_EQ(S_OK, pDocument->selectNodes(Bstr(L"/a/*").Get(), pList.Put()));
-    NodePtr pNode;
-    ASSERT_EQ(S_OK, pList->nextNode(pNode.Put()));
-    EXPECT_EQ(L"b", NameOf(pNode.Get()));
-    ASSERT_EQ(S_OK, pList->nextNode(pNode.Put()));
-    EXPECT_EQ(L"c", NameOf(pNode.Get()));
-    EXPECT_EQ(S_FALSE, pList->nextNode(pNode.Put()));
-    EXPECT_FALSE(pNode);
+    EXPECT_EQ((Names{L"b", L"c"}), NamesByNextNode(pList));
     ASSERT_EQ(S_OK, pList->reset());
-    ASSERT_EQ(S_OK, pList->nextNode(pNode.Put()));
-    EXPECT_EQ(L"b", NameOf(pNode.Get()));
+    EXPECT_EQ((Names{L"b", L"c"}), NamesByNextNode(pList));
 }
 
 using KitXPath = KitDom;
