@@ -80,9 +80,9 @@ HRESULT STDMETHODCALLTYPE DiscardingWriteStream::WriteBytes(const void*, ULONG c
     return S_OK;
 }
 
-ComPtr<IPrintReadStream> GlyphPage::GetPageReadStream() { return ComPtr<IPrintReadStream>(&m_input); }
+ComPtr<IPrintReadStream> GlyphPage::GetPageReadStream() { return ComPtr<IPrintReadStream>(&input); }
 
-ComPtr<IPrintWriteStream> GlyphPage::GetPageWriteStream() { return ComPtr<IPrintWriteStream>(&m_output); }
+ComPtr<IPrintWriteStream> GlyphPage::GetPageWriteStream() { return ComPtr<IPrintWriteStream>(&output); }
 
 ComPtr<ISAXContentHandler> GlyphPage::CreateContentHandler(std::ostream& sink) {
     return ComPtr<ISAXContentHandler>::Adopt(new base::xps::FixedPageContentHandler(sink, 270, 1));

@@ -49,7 +49,7 @@ class DiscardingWriteStream final : public platform::ComObject<IPrintWriteStream
 // A page made of the two, rewritten as the filter rewrites it.
 class GlyphPage final : public base::xps::FixedPageSource {
   public:
-    explicit GlyphPage(std::uint64_t size) : m_input(size) {}
+    explicit GlyphPage(std::uint64_t size) : input(size) {}
 
     // Rewritten without being asked whether it must be.
     void Validate() override {}
@@ -57,8 +57,8 @@ class GlyphPage final : public base::xps::FixedPageSource {
     platform::ComPtr<IPrintWriteStream> GetPageWriteStream() override;
     platform::ComPtr<ISAXContentHandler> CreateContentHandler(std::ostream& sink) override;
 
-    GlyphPageStream m_input;
-    DiscardingWriteStream m_output;
+    GlyphPageStream input;
+    DiscardingWriteStream output;
 };
 
 // The floor of any rewrite: the same reader on the same bytes with a handler that does nothing.

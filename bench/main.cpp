@@ -19,7 +19,7 @@ namespace {
 // bench_pagevalidate --memory floor|rewrite MEGABYTES
 int MeasureMemory(std::string_view what, std::uint64_t megabytes) {
     bench::GlyphPage page(megabytes * 1024 * 1024);
-    what == "floor" ? bench::ParseOnly(page.m_input) : base::xps::FixedPageSaxConvertor().Convert(page);
+    what == "floor" ? bench::ParseOnly(page.input) : base::xps::FixedPageSaxConvertor().Convert(page);
 
     PROCESS_MEMORY_COUNTERS counters{};
     counters.cb = sizeof(counters);

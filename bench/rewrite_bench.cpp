@@ -19,7 +19,7 @@ void Floor(benchmark::State& state) {
 void Rewrite(benchmark::State& state) {
     GlyphPage page(static_cast<std::uint64_t>(state.range(0) * kMegabyte));
     for (auto _ : state) base::xps::FixedPageSaxConvertor().Convert(page);
-    state.SetBytesProcessed(static_cast<std::int64_t>(page.m_input.Size()) * state.iterations());
+    state.SetBytesProcessed(static_cast<std::int64_t>(page.input.Size()) * state.iterations());
 }
 
 // Each floor right before what it is the floor of.

@@ -102,11 +102,11 @@ class WatchedConsumer final : public tests::MockDocumentConsumer {
     using MockDocumentConsumer::MockDocumentConsumer;
 
     ULONG STDMETHODCALLTYPE AddRef() override {
-        if (m_onAddRef) m_onAddRef();
+        if (onAddRef) onAddRef();
         return MockDocumentConsumer::AddRef();
     }
 
-    std::function<void()> m_onAddRef;
+    std::function<void()> onAddRef;
 };
 
 TEST_F(CancellationTest, TheWriterIsNotReplacedWhileACancellingThreadTakesIt) {
@@ -118,7 +118,7 @@ TEST_F(CancellationTest, TheWriterIsNotReplacedWhileACancellingThreadTakesIt) {
 
     std::atomic<bool> isTaking = false;
     bool isReplaced = false;
-    pWatched->m_onAddRef = [&] {
+    pWatched->onAddRef = [&] {
         isTaking = true;
         // What the operation does next when it has a new writer.
         isReplaced = WaitUntil([&] { return m_calls.Count("GetProperty PerUserPrintTicket") != 0; },
@@ -128,7 +128,7 @@ TEST_F(CancellationTest, TheWriterIsNotReplacedWhileACancellingThreadTakesIt) {
     EXPECT_TRUE(WaitUntil([&] { return isTaking.load(); }));
     EXPECT_EQ(S_OK, Run());
     canceller.join();
-    pWatched->m_onAddRef = nullptr;
+    pWatched->onAddRef = nullptr;
     EXPECT_FALSE(isReplaced);
     EXPECT_EQ(1u, pWatched->References());
     EXPECT_EQ(3u, m_pWriter->References());

@@ -10,12 +10,12 @@ namespace {
 // The standard lets a va_list be walked once, and measuring walks it.
 class ArgumentsCopy {
   public:
-    explicit ArgumentsCopy(va_list source) noexcept { va_copy(m_arguments, source); }
+    explicit ArgumentsCopy(va_list source) noexcept { va_copy(list, source); }
     ArgumentsCopy(const ArgumentsCopy&) = delete;
     ArgumentsCopy& operator=(const ArgumentsCopy&) = delete;
-    ~ArgumentsCopy() { va_end(m_arguments); }
+    ~ArgumentsCopy() { va_end(list); }
 
-    va_list m_arguments;
+    va_list list;
 };
 
 int Measure(const char* format, va_list arguments) { return _vscprintf(format, arguments); }
@@ -32,7 +32,7 @@ template <typename Character>
 std::basic_string<Character> FormatInto(const Character* format, va_list arguments) {
     if (format == nullptr) throw std::invalid_argument(Located("pMessage is null."));
     ArgumentsCopy measured(arguments);
-    const int length = Measure(format, measured.m_arguments);
+    const int length = Measure(format, measured.list);
     if (length < 0) throw std::runtime_error(Located("the format cannot be printed."));
     std::basic_string<Character> text(static_cast<std::size_t>(length), Character());
     // A string's storage has room for the terminator behind its last character.
@@ -53,7 +53,7 @@ std::string Format(const char* format, ...) {
     va_start(started, format);
     ArgumentsCopy arguments(started);
     va_end(started);
-    return FormatV(format, arguments.m_arguments);
+    return FormatV(format, arguments.list);
 }
 
 std::wstring Format(const wchar_t* format, ...) {
@@ -62,7 +62,7 @@ std::wstring Format(const wchar_t* format, ...) {
     va_start(started, format);
     ArgumentsCopy arguments(started);
     va_end(started);
-    return FormatV(format, arguments.m_arguments);
+    return FormatV(format, arguments.list);
 }
 
 const char* SourcePath(const std::source_location& where) noexcept {

@@ -18,9 +18,9 @@ std::wstring_view Strip(std::wstring_view text, Predicate isStripped) noexcept {
 
 void WriteAttribute(Utf8Writer& writer, const TagAttribute& attribute) {
     writer.WriteAscii(" ");
-    writer.Write(attribute.m_name);
+    writer.Write(attribute.name);
     writer.WriteAscii("=\"");
-    attribute.m_isEscaped ? writer.WriteEscaped(attribute.m_value) : writer.Write(attribute.m_value);
+    attribute.isEscaped ? writer.WriteEscaped(attribute.value) : writer.Write(attribute.value);
     writer.WriteAscii("\"");
 }
 

@@ -10,11 +10,11 @@ namespace base::xps {
 
 // An attribute as the parser delivered it; the texts are the parser's.
 struct TagAttribute {
-    std::wstring_view m_name;
-    std::wstring_view m_value;
+    std::wstring_view name;
+    std::wstring_view value;
     // Whether the value is escaped again. Every other value is written as it is, even where that is not well
     // formed.
-    bool m_isEscaped = false;
+    bool isEscaped = false;
 };
 
 // Writes the tags of one element of page markup: start tags when asked to, and, when it is destroyed, the end

@@ -18,25 +18,25 @@ constexpr std::wstring_view kEscaped = L"UnicodeString";
 // False when the parser refuses one of the texts, or gives no storage for one that is not empty.
 bool ReadAttribute(ISAXAttributes& attributes, int index, TagAttribute& attribute) {
     struct Text {
-        const wchar_t* m_pText = nullptr;
-        int m_length = 0;
+        const wchar_t* pText = nullptr;
+        int length = 0;
     };
     Text uri;
     Text localName;
     Text name;
     Text value;
-    if (FAILED(attributes.getName(index, &uri.m_pText, &uri.m_length, &localName.m_pText, &localName.m_length,
-                                  &name.m_pText, &name.m_length)) ||
-        FAILED(attributes.getValue(index, &value.m_pText, &value.m_length))) {
+    if (FAILED(attributes.getName(index, &uri.pText, &uri.length, &localName.pText, &localName.length,
+                                  &name.pText, &name.length)) ||
+        FAILED(attributes.getValue(index, &value.pText, &value.length))) {
         return false;
     }
     const auto isReadable = [](const Text& text) {
-        return text.m_length == 0 || (text.m_length > 0 && text.m_pText != nullptr);
+        return text.length == 0 || (text.length > 0 && text.pText != nullptr);
     };
     const auto view = [](const Text& text) {
         constexpr std::wstring_view kEmpty = L"";
-        return text.m_length == 0 ? kEmpty
-                                  : std::wstring_view(text.m_pText, static_cast<std::size_t>(text.m_length));
+        return text.length == 0 ? kEmpty
+                                : std::wstring_view(text.pText, static_cast<std::size_t>(text.length));
     };
     if (!isReadable(localName) || !isReadable(name) || !isReadable(value)) return false;
     attribute = {view(name), view(value), view(localName) == kEscaped};
@@ -64,8 +64,8 @@ FixedPageSaxHandlerBase::AttributeTable FixedPageSaxHandlerBase::ToTable(
     std::span<const TagAttribute> attributes) {
     AttributeTable table;
     for (const TagAttribute& attribute : attributes) {
-        table.insert_or_assign(std::wstring(attribute.m_name),
-                               AttributeValue{std::wstring(attribute.m_value), attribute.m_isEscaped});
+        table.insert_or_assign(std::wstring(attribute.name),
+                               AttributeValue{std::wstring(attribute.value), attribute.isEscaped});
     }
     return table;
 }
@@ -73,13 +73,13 @@ FixedPageSaxHandlerBase::AttributeTable FixedPageSaxHandlerBase::ToTable(
 std::vector<TagAttribute> FixedPageSaxHandlerBase::ToAttributes(const AttributeTable& table) {
     std::vector<TagAttribute> attributes;
     attributes.reserve(table.size());
-    for (const auto& [name, value] : table) attributes.push_back({name, value.m_text, value.m_isEscaped});
+    for (const auto& [name, value] : table) attributes.push_back({name, value.text, value.isEscaped});
     return attributes;
 }
 
 Box FixedPageSaxHandlerBase::ReadPage(AttributeTable& table) {
-    const float height = ParseDecimal(table[std::wstring(kHeight)].m_text);
-    const float width = ParseDecimal(table[std::wstring(kWidth)].m_text);
+    const float height = ParseDecimal(table[std::wstring(kHeight)].text);
+    const float width = ParseDecimal(table[std::wstring(kWidth)].text);
     return {0, 0, width, height};
 }
 
@@ -90,13 +90,13 @@ void FixedPageSaxHandlerBase::RewriteSize(AttributeTable& table, const Box& page
         logging::Throw<exception::Error>("FixedPage Hegiht/Width attribute is required by XPS.");
     }
     const Box turned = TransformCornerBox(page, matrix);
-    width->second.m_text = FormatDecimal(turned.Width());
-    height->second.m_text = FormatDecimal(turned.Height());
+    width->second.text = FormatDecimal(turned.Width());
+    height->second.text = FormatDecimal(turned.Height());
 }
 
 void FixedPageSaxHandlerBase::RewriteBleedBox(AttributeTable& table, const Box& page, const Matrix& matrix) {
     constexpr auto kIsRemoved = [](const Box& unturned, const Box& box) {
-        return box.m_left > 0 || box.m_top > 0 || unturned.Width() > box.Width() ||
+        return box.left > 0 || box.top > 0 || unturned.Width() > box.Width() ||
                unturned.Height() > box.Height();
     };
     RewriteBox(table, L"BleedBox", kIsRemoved, page, matrix);
@@ -105,7 +105,7 @@ void FixedPageSaxHandlerBase::RewriteBleedBox(AttributeTable& table, const Box& 
 void FixedPageSaxHandlerBase::RewriteContentBox(AttributeTable& table, const Box& page,
                                                 const Matrix& matrix) {
     constexpr auto kIsRemoved = [](const Box& unturned, const Box& box) {
-        return box.m_left < 0 || box.m_top < 0 || box.Width() > unturned.Width() ||
+        return box.left < 0 || box.top < 0 || box.Width() > unturned.Width() ||
                box.Height() > unturned.Height();
     };
     RewriteBox(table, L"ContentBox", kIsRemoved, page, matrix);
@@ -116,11 +116,10 @@ void FixedPageSaxHandlerBase::RewriteBox(AttributeTable& table, std::wstring_vie
     const auto attribute = table.find(name);
     if (attribute == table.end()) return;
     try {
-        const Box parsed = ParseBox(attribute->second.m_text);
-        const Box box = OffsetBox(TransformCornerBox(parsed, matrix), {parsed.m_left, parsed.m_top});
+        const Box parsed = ParseBox(attribute->second.text);
+        const Box box = OffsetBox(TransformCornerBox(parsed, matrix), {parsed.left, parsed.top});
         if (!isRemoved(page, box)) {
-            attribute->second.m_text =
-                FormatDecimals(std::array{box.m_left, box.m_top, box.m_right, box.m_bottom});
+            attribute->second.text = FormatDecimals(std::array{box.left, box.top, box.right, box.bottom});
             return;
         }
     } catch (const std::invalid_argument&) {

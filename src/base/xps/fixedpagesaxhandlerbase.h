@@ -44,8 +44,8 @@ class FixedPageSaxHandlerBase : public platform::ComObject<ISAXContentHandler> {
     ~FixedPageSaxHandlerBase() override = default;
 
     struct AttributeValue {
-        std::wstring m_text;
-        bool m_isEscaped = false;
+        std::wstring text;
+        bool isEscaped = false;
     };
     // Keyed by qualified name.
     using AttributeTable = std::map<std::wstring, AttributeValue, std::less<>>;

@@ -10,8 +10,8 @@ namespace base::xps {
 
 // A point on a page, in 1/96 inch; laid out as GDI+ wants it.
 struct Point {
-    float m_x = 0;
-    float m_y = 0;
+    float x = 0;
+    float y = 0;
 };
 
 // m11, m12, m21, m22, dx, dy of an affine matrix in the row-vector convention: a point (x, y) goes to

@@ -20,8 +20,8 @@ void BuildPageMatrix(const Box& page, float angle, float scale, Matrix& matrix) 
     float left = 0;
     float top = 0;
     for (const Point& corner : corners) {
-        left = std::min(left, corner.m_x);
-        top = std::min(top, corner.m_y);
+        left = std::min(left, corner.x);
+        top = std::min(top, corner.y);
     }
 
     MatrixElements elements{};
@@ -32,15 +32,15 @@ void BuildPageMatrix(const Box& page, float angle, float scale, Matrix& matrix) 
 }
 
 Box TransformCornerBox(const Box& box, const Matrix& matrix) {
-    std::array<Point, 2> corners{{{box.m_left, box.m_top}, {box.m_right, box.m_bottom}}};
+    std::array<Point, 2> corners{{{box.left, box.top}, {box.right, box.bottom}}};
     matrix.TransformPoints(corners);
-    const auto [left, right] = std::minmax(corners[0].m_x, corners[1].m_x);
-    const auto [top, bottom] = std::minmax(corners[0].m_y, corners[1].m_y);
+    const auto [left, right] = std::minmax(corners[0].x, corners[1].x);
+    const auto [top, bottom] = std::minmax(corners[0].y, corners[1].y);
     return {left, top, right, bottom};
 }
 
 Box OffsetBox(const Box& box, Point point) noexcept {
-    return {point.m_x, point.m_y, box.Width() + point.m_x, box.Height() + point.m_y};
+    return {point.x, point.y, box.Width() + point.x, box.Height() + point.y};
 }
 
 std::wstring FormatRenderTransform(const Matrix& matrix) {

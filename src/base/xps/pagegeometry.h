@@ -9,13 +9,13 @@ namespace base::xps {
 
 // Ordered edges; a width or a height may be negative in markup that says so.
 struct Box {
-    float m_left = 0;
-    float m_top = 0;
-    float m_right = 0;
-    float m_bottom = 0;
+    float left = 0;
+    float top = 0;
+    float right = 0;
+    float bottom = 0;
 
-    [[nodiscard]] float Width() const noexcept { return m_right - m_left; }
-    [[nodiscard]] float Height() const noexcept { return m_bottom - m_top; }
+    [[nodiscard]] float Width() const noexcept { return right - left; }
+    [[nodiscard]] float Height() const noexcept { return bottom - top; }
 };
 
 // Makes the matrix rotate by the angle in degrees, scale by the factor, and move the page back to where its

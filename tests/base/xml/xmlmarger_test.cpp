@@ -55,13 +55,13 @@ class KeyComparator : public XmlNodeComparator {
     bool IsSameNode(IXMLDOMNode* pFirst, IXMLDOMNode* pSecond) const override {
         const std::wstring first = TextKeyOf(pFirst);
         const std::wstring second = TextKeyOf(pSecond);
-        m_pairs.push_back(first + L"|" + second);
-        if (m_pairs.size() == m_throwAt) throw HresultError(E_ABORT, "comparator", 1);
+        pairs.push_back(first + L"|" + second);
+        if (pairs.size() == throwAt) throw HresultError(E_ABORT, "comparator", 1);
         return first == second;
     }
 
-    std::size_t m_throwAt = 0;
-    mutable std::vector<std::wstring> m_pairs;
+    std::size_t throwAt = 0;
+    mutable std::vector<std::wstring> pairs;
 };
 
 std::wstring TextOf(const Dom& dom) { return tests::DomText(dom.Get()); }
@@ -120,7 +120,7 @@ TEST_F(XmlMargerTest, AnEmptyDocumentOnEitherSideChangesNothing) {
     EXPECT_EQ(S_FALSE, empty->get_documentElement(root.Put()));
     merger.Merge(full.Get(), empty.Get());
     EXPECT_EQ(L"<r><a/></r>", TextOf(full));
-    EXPECT_THAT(m_comparator.m_pairs, testing::IsEmpty());
+    EXPECT_THAT(m_comparator.pairs, testing::IsEmpty());
 }
 
 TEST_F(XmlMargerTest, MissingNodesAreAppendedInTheOrderOfTheTarget) {
@@ -129,12 +129,12 @@ TEST_F(XmlMargerTest, MissingNodesAreAppendedInTheOrderOfTheTarget) {
 
 TEST_F(XmlMargerTest, NodesAppendedByAMergeAreNotComparedWithinIt) {
     EXPECT_EQ(L"<r><m/><a/><a/></r>", Merged(L"<r><m/></r>", L"<r><a/><a/></r>"));
-    EXPECT_THAT(m_comparator.m_pairs, testing::ElementsAre(L"r|r", L"m|a", L"m|a"));
+    EXPECT_THAT(m_comparator.pairs, testing::ElementsAre(L"r|r", L"m|a", L"m|a"));
 }
 
 TEST_F(XmlMargerTest, EveryTargetChildIsComparedWithEveryBaseChildTheBaseNodeFirst) {
     Merged(L"<r><a/><b/></r>", L"<r><b/><c/></r>");
-    EXPECT_THAT(m_comparator.m_pairs, testing::ElementsAre(L"r|r", L"a|b", L"b|b", L"a|c", L"b|c"));
+    EXPECT_THAT(m_comparator.pairs, testing::ElementsAre(L"r|r", L"a|b", L"b|b", L"a|c", L"b|c"));
 }
 
 TEST_F(XmlMargerTest, MergingTheSameTargetAgainChangesNothing) {
@@ -198,7 +198,7 @@ TEST_F(XmlMargerTest, ASecondRootElementIsRefused) {
 TEST_F(XmlMargerTest, AMergeThatFailsPartWayKeepsWhatIsDoneAndAppendsNothingOfTheCurrentLevel) {
     const Dom base = LoadDomFromString(L"<r><a><x/></a></r>");
     const Dom target = LoadDomFromString(L"<r xmlns:k=\"urn:k\"><n/><a><y/></a><o/></r>");
-    m_comparator.m_throwAt = 5;  // r|r, a|n, a|a, x|y, a|o
+    m_comparator.throwAt = 5;  // r|r, a|n, a|a, x|y, a|o
     EXPECT_THROW(XmlMarger(m_comparator).Merge(base.Get(), target.Get()), HresultError);
     EXPECT_EQ(L"<r xmlns:k=\"urn:k\"><a><x/><y/></a></r>", TextOf(base));
 }
@@ -223,11 +223,11 @@ TEST_F(XmlMargerTest, ANullTargetFails) {
 class KeyedComparator final : public KeyComparator {
   public:
     std::optional<std::wstring> KeyOf(IXMLDOMNode* pNode) const override {
-        m_asked.push_back(TextKeyOf(pNode));
-        return m_asked.back();
+        asked.push_back(TextKeyOf(pNode));
+        return asked.back();
     }
 
-    mutable std::vector<std::wstring> m_asked;
+    mutable std::vector<std::wstring> asked;
 };
 
 TEST_F(XmlMargerTest, DocumentsOfSeveralMergesAreReadOnce) {
@@ -238,19 +238,19 @@ TEST_F(XmlMargerTest, DocumentsOfSeveralMergesAreReadOnce) {
     for (int i = 0; i < 2; ++i) {
         const Dom pBase = LoadDomFromString(L"<t><a id=\"2\"><x/></a></t>");
         DocumentView base(pBase.Get());
-        comparator.m_asked.clear();
+        comparator.asked.clear();
         merger.Merge(base, target);
         const std::wstring merged = L"<t><a id=\"2\"><x/><y/></a><b/></t>";
         EXPECT_EQ(merged, TextOf(pBase));
         const std::vector<std::wstring> both = {L"t", L"t", L"a#2", L"a#2", L"x", L"y", L"b"};
         const std::vector<std::wstring> baseAlone = {L"t", L"a#2", L"x"};
-        EXPECT_EQ(i == 0 ? both : baseAlone, comparator.m_asked);
-        comparator.m_asked.clear();
+        EXPECT_EQ(i == 0 ? both : baseAlone, comparator.asked);
+        comparator.asked.clear();
         merger.Merge(base, target);
         EXPECT_EQ(merged, TextOf(pBase));
-        EXPECT_THAT(comparator.m_asked, testing::IsEmpty());
+        EXPECT_THAT(comparator.asked, testing::IsEmpty());
     }
-    EXPECT_THAT(comparator.m_pairs, testing::IsEmpty());
+    EXPECT_THAT(comparator.pairs, testing::IsEmpty());
 }
 
 TEST_F(XmlMargerTest, WhatOneMergeAppendsTheNextOneMergesWith) {

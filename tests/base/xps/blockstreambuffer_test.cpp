@@ -15,17 +15,17 @@ constexpr std::size_t kBlock = 64 * 1024;
 
 class Target final : public std::streambuf {
   public:
-    std::streamsize m_mostPerWrite = std::numeric_limits<std::streamsize>::max();
-    bool m_throws = false;
-    std::string m_content;
-    std::vector<std::streamsize> m_writes;
+    std::streamsize mostPerWrite = std::numeric_limits<std::streamsize>::max();
+    bool throws = false;
+    std::string content;
+    std::vector<std::streamsize> writes;
 
   protected:
     std::streamsize xsputn(const char* text, std::streamsize count) override {
-        m_writes.push_back(count);
-        if (m_throws) throw std::runtime_error("refused");
-        const std::streamsize taken = std::min(count, m_mostPerWrite);
-        m_content.append(text, static_cast<std::size_t>(taken));
+        writes.push_back(count);
+        if (throws) throw std::runtime_error("refused");
+        const std::streamsize taken = std::min(count, mostPerWrite);
+        content.append(text, static_cast<std::size_t>(taken));
         return taken;
     }
 };
@@ -42,10 +42,10 @@ TEST(BlockStreamBufferTest, HandsOnOnlyFullBlocksUntilItIsFlushed) {
     std::ostream sink(&blocks);
     const std::string text = Text(2 * kBlock + 100);
     for (const char character : text) sink.put(character);
-    EXPECT_EQ((std::vector<std::streamsize>{kBlock, kBlock}), target.m_writes);
+    EXPECT_EQ((std::vector<std::streamsize>{kBlock, kBlock}), target.writes);
     EXPECT_EQ(0, blocks.pubsync());
-    EXPECT_EQ((std::vector<std::streamsize>{kBlock, kBlock, 100}), target.m_writes);
-    EXPECT_EQ(text, target.m_content);
+    EXPECT_EQ((std::vector<std::streamsize>{kBlock, kBlock, 100}), target.writes);
+    EXPECT_EQ(text, target.content);
 }
 
 TEST(BlockStreamBufferTest, AFlushWithNothingWaitingWritesNothing) {
@@ -55,7 +55,7 @@ TEST(BlockStreamBufferTest, AFlushWithNothingWaitingWritesNothing) {
     blocks.sputn("ab", 2);
     EXPECT_EQ(0, blocks.pubsync());
     EXPECT_EQ(0, blocks.pubsync());
-    EXPECT_EQ(std::vector<std::streamsize>{2}, target.m_writes);
+    EXPECT_EQ(std::vector<std::streamsize>{2}, target.writes);
 }
 
 TEST(BlockStreamBufferTest, TextOfAnySizeComesThroughInOrder) {
@@ -68,41 +68,41 @@ TEST(BlockStreamBufferTest, TextOfAnySizeComesThroughInOrder) {
         sink.write(text.data(), static_cast<std::streamsize>(text.size()));
         sink.flush();
         EXPECT_TRUE(sink.good());
-        EXPECT_EQ("x" + text, target.m_content);
+        EXPECT_EQ("x" + text, target.content);
     }
 }
 
 TEST(BlockStreamBufferTest, CompletesShortWrites) {
     Target target;
-    target.m_mostPerWrite = 1000;
+    target.mostPerWrite = 1000;
     BlockStreamBuffer blocks(target);
     std::ostream sink(&blocks);
     const std::string text = Text(kBlock + 10);
     sink.write(text.data(), static_cast<std::streamsize>(text.size()));
     sink.flush();
-    EXPECT_EQ(text, target.m_content);
-    EXPECT_EQ(kBlock / 1000 + 2, target.m_writes.size());
+    EXPECT_EQ(text, target.content);
+    EXPECT_EQ(kBlock / 1000 + 2, target.writes.size());
 }
 
 TEST(BlockStreamBufferTest, ATargetThatTakesNothingIsAFailure) {
     Target target;
-    target.m_mostPerWrite = 0;
+    target.mostPerWrite = 0;
     BlockStreamBuffer blocks(target);
     blocks.sputn("ab", 2);
     EXPECT_THROW(blocks.pubsync(), std::overflow_error);
-    EXPECT_EQ(1u, target.m_writes.size());
+    EXPECT_EQ(1u, target.writes.size());
 }
 
 TEST(BlockStreamBufferTest, AFailingTargetShowsInTheStreamsState) {
     Target target;
-    target.m_throws = true;
+    target.throws = true;
     BlockStreamBuffer blocks(target);
     std::ostream sink(&blocks);
     const std::string text = Text(kBlock + 1);
     sink.write(text.data(), static_cast<std::streamsize>(text.size()));
     EXPECT_TRUE(sink.bad());
     sink << "more";
-    EXPECT_EQ(1u, target.m_writes.size());
+    EXPECT_EQ(1u, target.writes.size());
 }
 
 TEST(BlockStreamBufferTest, WhatIsNotFlushedIsDropped) {
@@ -111,7 +111,7 @@ TEST(BlockStreamBufferTest, WhatIsNotFlushedIsDropped) {
         BlockStreamBuffer blocks(target);
         blocks.sputn("ab", 2);
     }
-    EXPECT_EQ("", target.m_content);
+    EXPECT_EQ("", target.content);
 }
 
 }  // namespace

@@ -15,24 +15,24 @@ namespace base::xps {
 class FakeAttributes final : public FakeObject<ISAXAttributes> {
   public:
     struct Attribute {
-        std::wstring m_localName;
-        std::wstring m_name;
-        std::wstring m_value;
+        std::wstring localName;
+        std::wstring name;
+        std::wstring value;
     };
 
     explicit FakeAttributes(std::vector<Attribute> attributes) : m_attributes(std::move(attributes)) {}
 
     HRESULT STDMETHODCALLTYPE getLength(int* pLength) override {
-        if (FAILED(m_lengthResult)) return m_lengthResult;
+        if (FAILED(lengthResult)) return lengthResult;
         *pLength = static_cast<int>(m_attributes.size());
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE getURI(int, const wchar_t**, int*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE getLocalName(int index, const wchar_t** ppText, int* pLength) override {
-        return Give(m_failingName, index, m_attributes[AsIndex(index)].m_localName, ppText, pLength);
+        return Give(failingName, index, m_attributes[AsIndex(index)].localName, ppText, pLength);
     }
     HRESULT STDMETHODCALLTYPE getQName(int index, const wchar_t** ppText, int* pLength) override {
-        return Give(m_failingName, index, m_attributes[AsIndex(index)].m_name, ppText, pLength);
+        return Give(failingName, index, m_attributes[AsIndex(index)].name, ppText, pLength);
     }
     HRESULT STDMETHODCALLTYPE getName(int index, const wchar_t** ppUri, int* pUriLength,
                                       const wchar_t** ppLocalName, int* pLocalLength, const wchar_t** ppName,
@@ -55,12 +55,12 @@ class FakeAttributes final : public FakeObject<ISAXAttributes> {
         return E_NOTIMPL;
     }
     HRESULT STDMETHODCALLTYPE getValue(int index, const wchar_t** ppText, int* pLength) override {
-        if (index == m_nullValue) {
+        if (index == nullValue) {
             *ppText = nullptr;
-            *pLength = m_nullLength;
+            *pLength = nullLength;
             return S_OK;
         }
-        return Give(m_failingValue, index, m_attributes[AsIndex(index)].m_value, ppText, pLength);
+        return Give(failingValue, index, m_attributes[AsIndex(index)].value, ppText, pLength);
     }
     HRESULT STDMETHODCALLTYPE getValueFromName(const wchar_t*, int, const wchar_t*, int, const wchar_t**,
                                                int*) override {
@@ -70,11 +70,11 @@ class FakeAttributes final : public FakeObject<ISAXAttributes> {
         return E_NOTIMPL;
     }
 
-    HRESULT m_lengthResult = S_OK;
-    int m_failingName = -1;
-    int m_failingValue = -1;
-    int m_nullValue = -1;
-    int m_nullLength = 0;
+    HRESULT lengthResult = S_OK;
+    int failingName = -1;
+    int failingValue = -1;
+    int nullValue = -1;
+    int nullLength = 0;
 
   private:
     static std::size_t AsIndex(int index) { return static_cast<std::size_t>(index); }

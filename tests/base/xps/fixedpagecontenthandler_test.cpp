@@ -83,7 +83,7 @@ TEST_F(FixedPageContentHandlerTest, ADeclarationWithItsLocalNameIsCarriedOnceAsW
 
 TEST_F(FixedPageContentHandlerTest, AttributesThatCannotBeReadAreAllLeftOut) {
     FakeAttributes attributes({{L"a", L"a", L"1"}, {L"b", L"b", L"2"}});
-    attributes.m_failingValue = 1;
+    attributes.failingValue = 1;
     EXPECT_EQ(S_OK, Start(L"Path", L"Path", &attributes));
     EXPECT_EQ(S_OK, Start(L"Path", L"Path", nullptr));
     EXPECT_EQ("<Path><Path>", Written());

@@ -11,18 +11,18 @@ namespace {
 
 // One line of markup, and the one line that the rewrite makes of it.
 struct Rewrite {
-    const char* m_name;
-    const char* m_input;
-    const char* m_output;
+    const char* name;
+    const char* input;
+    const char* output;
 };
 
-void PrintTo(const Rewrite& rewrite, std::ostream* stream) { *stream << rewrite.m_name; }
-std::string NameOf(const testing::TestParamInfo<Rewrite>& info) { return info.param.m_name; }
+void PrintTo(const Rewrite& rewrite, std::ostream* stream) { *stream << rewrite.name; }
+std::string NameOf(const testing::TestParamInfo<Rewrite>& info) { return info.param.name; }
 
 // Whole pages: the root and the Canvas round the content.
 class PageRewriteTest : public testing::TestWithParam<Rewrite> {};
 
-TEST_P(PageRewriteTest, WritesExactly) { EXPECT_EQ(GetParam().m_output, Rewritten(GetParam().m_input)); }
+TEST_P(PageRewriteTest, WritesExactly) { EXPECT_EQ(GetParam().output, Rewritten(GetParam().input)); }
 
 // The start of every Letter page that is turned, and its end.
 #define CANVAS R"(<Canvas RenderTransform="0.00,-1.00,1.00,0.00,0.00,816.00">)"
@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(Pages, PageRewriteTest, testing::ValuesIn(kPages), Name
 class ContentRewriteTest : public testing::TestWithParam<Rewrite> {};
 
 TEST_P(ContentRewriteTest, WritesExactly) {
-    EXPECT_EQ(GetParam().m_output, RewrittenContent(GetParam().m_input));
+    EXPECT_EQ(GetParam().output, RewrittenContent(GetParam().input));
 }
 
 const Rewrite kContents[] = {

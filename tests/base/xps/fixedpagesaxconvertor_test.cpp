@@ -40,33 +40,33 @@ std::string LargePageRewritten() {
 TEST(FixedPageSaxConvertorTest, WritesTheDeclarationFirstAndNoLineBreakAfterIt) {
     MemoryPage page(kSmallPage);
     FixedPageSaxConvertor().Convert(page);
-    EXPECT_EQ(kSmallPageRewritten, page.m_output.m_content);
+    EXPECT_EQ(kSmallPageRewritten, page.output.content);
 }
 
 TEST(FixedPageSaxConvertorTest, ClosesTheWriteStreamOnceAndThenSeeksTheReadStreamToItsStart) {
     MemoryPage page(kSmallPage);
     FixedPageSaxConvertor().Convert(page);
-    EXPECT_EQ(1, page.m_output.m_closes);
-    EXPECT_EQ(std::vector<std::string>{"Seek 0 0"}, page.m_input.m_calls);
-    EXPECT_EQ(0u, page.m_input.m_position);
+    EXPECT_EQ(1, page.output.closes);
+    EXPECT_EQ(std::vector<std::string>{"Seek 0 0"}, page.input.calls);
+    EXPECT_EQ(0u, page.input.position);
 }
 
 TEST(FixedPageSaxConvertorTest, AReadStreamThatCannotGoBackIsNoFailure) {
     MemoryPage page(kSmallPage);
-    page.m_input.m_seekResult = STG_E_INVALIDFUNCTION;
+    page.input.seekResult = STG_E_INVALIDFUNCTION;
     FixedPageSaxConvertor().Convert(page);
-    EXPECT_EQ(kSmallPageRewritten, page.m_output.m_content);
-    EXPECT_EQ(1, page.m_output.m_closes);
+    EXPECT_EQ(kSmallPageRewritten, page.output.content);
+    EXPECT_EQ(1, page.output.closes);
 }
 
 TEST(FixedPageSaxConvertorTest, ReadsAStreamThatGivesAFewBytesAtATime) {
     for (const std::size_t most : {1, 2, 3, 7, 2047, 2049}) {
         for (const bool endComesWithData : {true, false}) {
             MemoryPage page(LargePage());
-            page.m_input.m_mostPerRead = most;
-            page.m_input.m_endComesWithData = endComesWithData;
+            page.input.mostPerRead = most;
+            page.input.endComesWithData = endComesWithData;
             FixedPageSaxConvertor().Convert(page);
-            ASSERT_EQ(LargePageRewritten(), page.m_output.m_content) << most << endComesWithData;
+            ASSERT_EQ(LargePageRewritten(), page.output.content) << most << endComesWithData;
         }
     }
 }
@@ -76,45 +76,45 @@ TEST(FixedPageSaxConvertorTest, ReadsAPageWhoseSizeIsAMultipleOfTheReadersBlock)
         std::string markup = kSmallPage;
         markup.append(2 * 2048 - markup.size(), ' ');
         MemoryPage page(markup);
-        page.m_input.m_endComesWithData = endComesWithData;
+        page.input.endComesWithData = endComesWithData;
         FixedPageSaxConvertor().Convert(page);
-        EXPECT_EQ(kSmallPageRewritten, page.m_output.m_content);
+        EXPECT_EQ(kSmallPageRewritten, page.output.content);
     }
 }
 
 TEST(FixedPageSaxConvertorTest, CompletesShortWrites) {
     for (const std::size_t most : {1, 3, 1000, 65535}) {
         MemoryPage page(LargePage());
-        page.m_output.m_mostPerWrite = most;
+        page.output.mostPerWrite = most;
         FixedPageSaxConvertor().Convert(page);
-        ASSERT_EQ(LargePageRewritten(), page.m_output.m_content) << most;
+        ASSERT_EQ(LargePageRewritten(), page.output.content) << most;
     }
 }
 
 TEST(FixedPageSaxConvertorTest, HandsTheMarkupOnInLargeBlocks) {
     MemoryPage page(LargePage());
     FixedPageSaxConvertor().Convert(page);
-    EXPECT_EQ(page.m_output.m_content.size() / (64 * 1024) + 1, page.m_output.m_writes);
+    EXPECT_EQ(page.output.content.size() / (64 * 1024) + 1, page.output.writes);
 }
 
 TEST(FixedPageSaxConvertorTest, AWriteThatTakesNothingIsAFailure) {
     MemoryPage small(kSmallPage);
-    small.m_output.m_mostPerWrite = 0;
+    small.output.mostPerWrite = 0;
     EXPECT_THROW(FixedPageSaxConvertor().Convert(small), std::overflow_error);
-    EXPECT_EQ(0, small.m_output.m_closes);
+    EXPECT_EQ(0, small.output.closes);
 
     MemoryPage large(LargePage());
-    large.m_output.m_mostPerWrite = 0;
+    large.output.mostPerWrite = 0;
     EXPECT_EQ(E_FAIL, tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(large); }));
-    EXPECT_EQ(1u, large.m_output.m_writes);
-    EXPECT_EQ(0, large.m_output.m_closes);
+    EXPECT_EQ(1u, large.output.writes);
+    EXPECT_EQ(0, large.output.closes);
 }
 
 TEST(FixedPageSaxConvertorTest, WhicheverWriteFailsThePageIsNotClosed) {
     for (std::size_t failing = 1;; ++failing) {
         ASSERT_LT(failing, 1000u);
         MemoryPage page(LargePage());
-        page.m_output.m_failingWrite = failing;
+        page.output.failingWrite = failing;
         HRESULT code = S_OK;
         const std::string overflow = tests::MessageOf<std::overflow_error>(
             [&] { code = tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); }); });
@@ -124,15 +124,15 @@ TEST(FixedPageSaxConvertorTest, WhicheverWriteFailsThePageIsNotClosed) {
         } else if (failed) {
             EXPECT_EQ(E_FAIL, code);
         }
-        EXPECT_EQ(1u, page.m_output.References());
-        EXPECT_EQ(1u, page.m_input.References());
+        EXPECT_EQ(1u, page.output.References());
+        EXPECT_EQ(1u, page.input.References());
         if (!failed) {
-            EXPECT_EQ(LargePageRewritten(), page.m_output.m_content);
-            EXPECT_GT(failing, page.m_output.m_writes);
+            EXPECT_EQ(LargePageRewritten(), page.output.content);
+            EXPECT_GT(failing, page.output.writes);
             break;
         }
-        EXPECT_EQ(failing, page.m_output.m_writes) << "written to after a failure";
-        EXPECT_EQ(0, page.m_output.m_closes);
+        EXPECT_EQ(failing, page.output.writes) << "written to after a failure";
+        EXPECT_EQ(0, page.output.closes);
     }
 }
 
@@ -140,19 +140,19 @@ TEST(FixedPageSaxConvertorTest, WhicheverReadFailsThePageIsNotClosed) {
     for (std::size_t failing = 1;; ++failing) {
         ASSERT_LT(failing, 1000u);
         MemoryPage page(LargePage());
-        page.m_input.m_mostPerRead = 20000;
-        page.m_input.m_failingRead = failing;
+        page.input.mostPerRead = 20000;
+        page.input.failingRead = failing;
         const HRESULT result = tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); });
-        EXPECT_EQ(1u, page.m_output.References());
-        EXPECT_EQ(1u, page.m_input.References());
+        EXPECT_EQ(1u, page.output.References());
+        EXPECT_EQ(1u, page.input.References());
         if (SUCCEEDED(result)) {
-            EXPECT_EQ(LargePageRewritten(), page.m_output.m_content);
-            EXPECT_GT(failing, page.m_input.m_reads);
+            EXPECT_EQ(LargePageRewritten(), page.output.content);
+            EXPECT_GT(failing, page.input.reads);
             break;
         }
         EXPECT_EQ(STG_E_READFAULT, result) << failing;
-        EXPECT_EQ(0, page.m_output.m_closes);
-        EXPECT_TRUE(LargePageRewritten().starts_with(page.m_output.m_content));
+        EXPECT_EQ(0, page.output.closes);
+        EXPECT_TRUE(LargePageRewritten().starts_with(page.output.content));
     }
 }
 
@@ -162,10 +162,10 @@ TEST(FixedPageSaxConvertorTest, MarkupThatIsNotWellFormedFailsAndIsNotClosed) {
                                R"(<FixedPage Width="816" Height="1056"><Path></FixedPage>)"}) {
         MemoryPage page(markup);
         EXPECT_TRUE(FAILED(tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); }))) << markup;
-        EXPECT_EQ("", page.m_output.m_content) << "a page that failed is given no more text";
-        EXPECT_EQ(0, page.m_output.m_closes);
-        EXPECT_EQ(1u, page.m_output.References());
-        EXPECT_EQ(1u, page.m_input.References());
+        EXPECT_EQ("", page.output.content) << "a page that failed is given no more text";
+        EXPECT_EQ(0, page.output.closes);
+        EXPECT_EQ(1u, page.output.References());
+        EXPECT_EQ(1u, page.input.References());
     }
 }
 
@@ -176,16 +176,16 @@ TEST(FixedPageSaxConvertorTest, AfterAFailedParseNothingMoreReachesThePage) {
     for (int depth = 0; depth < 100; ++depth) markup += "<" + name + ">";
     MemoryPage page(markup + "<Path></Broken>");
     EXPECT_TRUE(FAILED(tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); })));
-    EXPECT_GT(page.m_output.m_content.size(), 100u * 4096u - 65536u);
-    EXPECT_EQ(std::string::npos, page.m_output.m_content.find("</"));
-    EXPECT_EQ(0, page.m_output.m_closes);
+    EXPECT_GT(page.output.content.size(), 100u * 4096u - 65536u);
+    EXPECT_EQ(std::string::npos, page.output.content.find("</"));
+    EXPECT_EQ(0, page.output.closes);
 }
 
 TEST(FixedPageSaxConvertorTest, APageThatAnswersWithoutABytesEndOrFailureFails) {
     MemoryPage page(kSmallPage);
-    page.m_input.m_mostPerRead = 0;
+    page.input.mostPerRead = 0;
     EXPECT_EQ(STG_E_READFAULT, tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); }));
-    EXPECT_EQ(0, page.m_output.m_closes);
+    EXPECT_EQ(0, page.output.closes);
 }
 
 TEST(FixedPageSaxConvertorTest, ReadsEveryEncodingThatTheReaderKnows) {
@@ -209,7 +209,7 @@ TEST(FixedPageSaxConvertorTest, ReadsEveryEncodingThatTheReaderKnows) {
           "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n" + utf8}) {
         MemoryPage page(markup);
         FixedPageSaxConvertor().Convert(page);
-        EXPECT_EQ(expected, page.m_output.m_content);
+        EXPECT_EQ(expected, page.output.content);
     }
 }
 
@@ -263,38 +263,38 @@ TEST(FixedPageSaxConvertorTest, TheLocaleOfTheProcessDoesNotMatter) {
 // A source whose steps are recorded, and of which one fails.
 class RecordingPage final : public FixedPageSource {
   public:
-    explicit RecordingPage(std::string failing) : m_failing(std::move(failing)), m_page(kSmallPage) {}
+    explicit RecordingPage(std::string step) : failing(std::move(step)), memory(kSmallPage) {}
 
     void Validate() override { FixedPageSaxConvertor().Convert(*this); }
     platform::ComPtr<IPrintReadStream> GetPageReadStream() override {
         Step("read");
-        return m_page.GetPageReadStream();
+        return memory.GetPageReadStream();
     }
     platform::ComPtr<IPrintWriteStream> GetPageWriteStream() override {
         Step("write");
-        return m_page.GetPageWriteStream();
+        return memory.GetPageWriteStream();
     }
     platform::ComPtr<ISAXContentHandler> CreateContentHandler(std::ostream& sink) override {
         Step("handler");
-        return m_page.CreateContentHandler(sink);
+        return memory.CreateContentHandler(sink);
     }
 
-    std::vector<std::string> m_steps;
-    std::string m_failing;
-    MemoryPage m_page;
+    std::vector<std::string> steps;
+    std::string failing;
+    MemoryPage memory;
 
   private:
     void Step(const std::string& name) {
-        m_steps.push_back(name);
-        if (name == m_failing) throw exception::HresultError(E_ACCESSDENIED, "page", 1);
+        steps.push_back(name);
+        if (name == failing) throw exception::HresultError(E_ACCESSDENIED, "page", 1);
     }
 };
 
 TEST(FixedPageSaxConvertorTest, AsksForTheWriteStreamThenTheHandlerThenTheReadStream) {
     RecordingPage page("");
     FixedPageSaxConvertor().Convert(page);
-    EXPECT_EQ((std::vector<std::string>{"write", "handler", "read"}), page.m_steps);
-    EXPECT_EQ(kSmallPageRewritten, page.m_page.m_output.m_content);
+    EXPECT_EQ((std::vector<std::string>{"write", "handler", "read"}), page.steps);
+    EXPECT_EQ(kSmallPageRewritten, page.memory.output.content);
 }
 
 TEST(FixedPageSaxConvertorTest, AStepOfTheSourceThatFailsEndsTheRewrite) {
@@ -303,11 +303,11 @@ TEST(FixedPageSaxConvertorTest, AStepOfTheSourceThatFailsEndsTheRewrite) {
         RecordingPage page(steps[failing]);
         EXPECT_EQ(E_ACCESSDENIED, tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); }));
         EXPECT_EQ(std::vector<std::string>(steps.begin(), steps.begin() + static_cast<int>(failing) + 1),
-                  page.m_steps);
-        EXPECT_EQ("", page.m_page.m_output.m_content);
-        EXPECT_EQ(0, page.m_page.m_output.m_closes);
-        EXPECT_EQ(1u, page.m_page.m_output.References());
-        EXPECT_EQ(1u, page.m_page.m_input.References());
+                  page.steps);
+        EXPECT_EQ("", page.memory.output.content);
+        EXPECT_EQ(0, page.memory.output.closes);
+        EXPECT_EQ(1u, page.memory.output.References());
+        EXPECT_EQ(1u, page.memory.input.References());
     }
 }
 
@@ -331,7 +331,7 @@ using Calls = std::vector<std::string>;
 TEST_F(KeptReaderTest, ParsesWithTheHandlerAndTheReadersDefaultsAndThenTakesTheHandlerBack) {
     MemoryPage page(kSmallPage);
     EXPECT_EQ(S_OK, Convert(page));
-    EXPECT_EQ(kSmallPageRewritten, page.m_output.m_content);
+    EXPECT_EQ(kSmallPageRewritten, page.output.content);
     EXPECT_EQ((Calls{"putContentHandler", "parse", "putContentHandler null"}), m_calls.Calls());
     ExpectNoHandler();
 }
@@ -341,9 +341,9 @@ TEST_F(KeptReaderTest, AReaderThatTakesNoHandlerIsNotAskedToParse) {
     MemoryPage page(kSmallPage);
     EXPECT_EQ(E_ACCESSDENIED, Convert(page));
     EXPECT_EQ(Calls{"putContentHandler"}, m_calls.Calls());
-    EXPECT_EQ(0u, page.m_input.m_reads);
-    EXPECT_EQ("", page.m_output.m_content);
-    EXPECT_EQ(0, page.m_output.m_closes);
+    EXPECT_EQ(0u, page.input.reads);
+    EXPECT_EQ("", page.output.content);
+    EXPECT_EQ(0, page.output.closes);
     ExpectNoHandler();
 }
 
@@ -352,9 +352,9 @@ TEST_F(KeptReaderTest, AReaderThatDoesNotParseFailsWithItsCodeAndLosesTheHandler
     MemoryPage page(kSmallPage);
     EXPECT_EQ(E_ACCESSDENIED, Convert(page));
     EXPECT_EQ((Calls{"putContentHandler", "parse", "putContentHandler null"}), m_calls.Calls());
-    EXPECT_EQ("", page.m_output.m_content);
-    EXPECT_EQ(0, page.m_output.m_closes);
-    EXPECT_EQ(Calls{}, page.m_input.m_calls);
+    EXPECT_EQ("", page.output.content);
+    EXPECT_EQ(0, page.output.closes);
+    EXPECT_EQ(Calls{}, page.input.calls);
     ExpectNoHandler();
 }
 
@@ -379,7 +379,7 @@ TEST(FixedPageSaxConvertorTest, AThreadOutsideEveryApartmentCannotMakeTheReader)
     result = tests::ThrownCode([&] { FixedPageSaxConvertor().Convert(page); });
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_MULTITHREADED));
     EXPECT_EQ(CO_E_NOTINITIALIZED, result);
-    EXPECT_EQ(0u, page.m_output.m_writes);
+    EXPECT_EQ(0u, page.output.writes);
 }
 
 }  // namespace

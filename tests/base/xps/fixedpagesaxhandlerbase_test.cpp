@@ -92,35 +92,35 @@ TEST_F(FixedPageSaxHandlerBaseTest, ReadsAttributesInTheReadersOrder) {
         {{L"b", L"p:b", L"2"}, {L"UnicodeString", L"UnicodeString", L"<"}, {L"", L"xmlns", L"u"}});
     const auto attributes = m_handler->ReadAttributes(&source);
     ASSERT_EQ(3u, attributes.size());
-    EXPECT_EQ(L"p:b", attributes[0].m_name);
-    EXPECT_EQ(L"2", attributes[0].m_value);
-    EXPECT_FALSE(attributes[0].m_isEscaped);
-    EXPECT_EQ(L"UnicodeString", attributes[1].m_name);
-    EXPECT_EQ(L"<", attributes[1].m_value);
-    EXPECT_TRUE(attributes[1].m_isEscaped);
-    EXPECT_EQ(L"xmlns", attributes[2].m_name);
-    EXPECT_EQ(L"u", attributes[2].m_value);
-    EXPECT_FALSE(attributes[2].m_isEscaped);
+    EXPECT_EQ(L"p:b", attributes[0].name);
+    EXPECT_EQ(L"2", attributes[0].value);
+    EXPECT_FALSE(attributes[0].isEscaped);
+    EXPECT_EQ(L"UnicodeString", attributes[1].name);
+    EXPECT_EQ(L"<", attributes[1].value);
+    EXPECT_TRUE(attributes[1].isEscaped);
+    EXPECT_EQ(L"xmlns", attributes[2].name);
+    EXPECT_EQ(L"u", attributes[2].value);
+    EXPECT_FALSE(attributes[2].isEscaped);
 }
 
 TEST_F(FixedPageSaxHandlerBaseTest, ThereAreNoAttributesWhenTheCountANameOrAValueCannotBeRead) {
     const std::vector<FakeAttributes::Attribute> three = {
         {L"a", L"a", L"1"}, {L"b", L"b", L"2"}, {L"c", L"c", L"3"}};
     FakeAttributes noCount(three);
-    noCount.m_lengthResult = E_FAIL;
+    noCount.lengthResult = E_FAIL;
     EXPECT_TRUE(m_handler->ReadAttributes(&noCount).empty());
     for (int index = 0; index < 3; ++index) {
         FakeAttributes noName(three);
-        noName.m_failingName = index;
+        noName.failingName = index;
         EXPECT_TRUE(m_handler->ReadAttributes(&noName).empty());
         FakeAttributes noValue(three);
-        noValue.m_failingValue = index;
+        noValue.failingValue = index;
         EXPECT_TRUE(m_handler->ReadAttributes(&noValue).empty());
         FakeAttributes noStorage(three);
-        noStorage.m_nullValue = index;
-        noStorage.m_nullLength = 1;
+        noStorage.nullValue = index;
+        noStorage.nullLength = 1;
         EXPECT_TRUE(m_handler->ReadAttributes(&noStorage).empty());
-        noStorage.m_nullLength = -1;
+        noStorage.nullLength = -1;
         EXPECT_TRUE(m_handler->ReadAttributes(&noStorage).empty());
     }
     EXPECT_TRUE(m_handler->ReadAttributes(nullptr).empty());
@@ -128,11 +128,11 @@ TEST_F(FixedPageSaxHandlerBaseTest, ThereAreNoAttributesWhenTheCountANameOrAValu
 
 TEST_F(FixedPageSaxHandlerBaseTest, AnEmptyValueNeedsNoStorage) {
     FakeAttributes source({{L"a", L"a", L"1"}});
-    source.m_nullValue = 0;
+    source.nullValue = 0;
     const auto attributes = m_handler->ReadAttributes(&source);
     ASSERT_EQ(1u, attributes.size());
-    EXPECT_EQ(L"", attributes[0].m_value);
-    EXPECT_NE(nullptr, attributes[0].m_value.data());
+    EXPECT_EQ(L"", attributes[0].value);
+    EXPECT_NE(nullptr, attributes[0].value.data());
 }
 
 TEST_F(FixedPageSaxHandlerBaseTest, ALaterDuplicateOverwritesAnEarlierOneInTheTable) {
@@ -140,28 +140,28 @@ TEST_F(FixedPageSaxHandlerBaseTest, ALaterDuplicateOverwritesAnEarlierOneInTheTa
     const auto table = Handler::ToTable(attributes);
     const auto sorted = Handler::ToAttributes(table);
     ASSERT_EQ(2u, sorted.size());
-    EXPECT_EQ(L"a", sorted[0].m_name);
-    EXPECT_EQ(L"2", sorted[0].m_value);
-    EXPECT_EQ(L"b", sorted[1].m_name);
-    EXPECT_EQ(L"3", sorted[1].m_value);
-    EXPECT_TRUE(sorted[1].m_isEscaped);
+    EXPECT_EQ(L"a", sorted[0].name);
+    EXPECT_EQ(L"2", sorted[0].value);
+    EXPECT_EQ(L"b", sorted[1].name);
+    EXPECT_EQ(L"3", sorted[1].value);
+    EXPECT_TRUE(sorted[1].isEscaped);
 }
 
 TEST_F(FixedPageSaxHandlerBaseTest, ReadingThePageAddsAMissingSizeWithAnEmptyValue) {
     Handler::AttributeTable table;
-    table[L"Width"].m_text = L"816";
+    table[L"Width"].text = L"816";
     const Box page = Handler::ReadPage(table);
     EXPECT_EQ(816, page.Width());
     EXPECT_EQ(0, page.Height());
     ASSERT_EQ(2u, table.size());
-    EXPECT_EQ(L"", table[L"Height"].m_text);
+    EXPECT_EQ(L"", table[L"Height"].text);
 }
 
 TEST_F(FixedPageSaxHandlerBaseTest, ASizeThatIsMissingCannotBeRewritten) {
     for (const wchar_t* missing : {L"Width", L"Height"}) {
         Handler::AttributeTable table;
-        table[L"Width"].m_text = L"816";
-        table[L"Height"].m_text = L"1056";
+        table[L"Width"].text = L"816";
+        table[L"Height"].text = L"1056";
         table.erase(missing);
         EXPECT_EQ(
             "base/xps/fixedpagesaxhandlerbase.cpp(LINE) : "
@@ -177,8 +177,8 @@ TEST_F(FixedPageSaxHandlerBaseTest, TheSizeTradesPlaces) {
     const Box page = Handler::ReadPage(table);
     EXPECT_EQ(0, page.Width());
     Handler::RewriteSize(table, kLetter, m_matrix);
-    EXPECT_EQ(L"1056.00", table[L"Width"].m_text);
-    EXPECT_EQ(L"816.00", table[L"Height"].m_text);
+    EXPECT_EQ(L"1056.00", table[L"Width"].text);
+    EXPECT_EQ(L"816.00", table[L"Height"].text);
 }
 
 TEST_F(FixedPageSaxHandlerBaseTest, ABoxThatIsAbsentStaysAbsent) {
@@ -190,10 +190,10 @@ TEST_F(FixedPageSaxHandlerBaseTest, ABoxThatIsAbsentStaysAbsent) {
 
 TEST_F(FixedPageSaxHandlerBaseTest, ABoxIsParsedIntoItsEdges) {
     const Box box = Handler::ParseBox(L"1,2.5,30,40");
-    EXPECT_EQ(1, box.m_left);
-    EXPECT_EQ(2.5f, box.m_top);
-    EXPECT_EQ(31, box.m_right);
-    EXPECT_EQ(42.5f, box.m_bottom);
+    EXPECT_EQ(1, box.left);
+    EXPECT_EQ(2.5f, box.top);
+    EXPECT_EQ(31, box.right);
+    EXPECT_EQ(42.5f, box.bottom);
 }
 
 TEST_F(FixedPageSaxHandlerBaseTest, AnEmptyBoxAndAnyCountButFourAreRejected) {

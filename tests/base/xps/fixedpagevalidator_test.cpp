@@ -15,7 +15,7 @@ TEST_F(FixedPageValidatorTest, TheFallbackComesFromTheDocumentsTicketWithoutTheJ
 }
 
 TEST_F(FixedPageValidatorTest, TheFallbackComesFromTheJobsTicketWhenTheDocumentsDoesNotFit) {
-    m_provider.m_sizes[kPTDocumentScope] = {1, 1};
+    m_provider.sizes[kPTDocumentScope] = {1, 1};
     (void)Validator();
     EXPECT_EQ((Calls{"GetTicket 1", "GetTicket 2"}), m_calls.Calls());
 }
@@ -67,9 +67,9 @@ TEST_F(FixedPageValidatorTest, AnUnknownFeedDirectionTurnsNothing) {
 }
 
 struct Turn {
-    std::int32_t m_feedDirection;
-    MediaDimensions m_size;
-    bool m_isTurned;
+    std::int32_t feedDirection;
+    MediaDimensions size;
+    bool isTurned;
 };
 
 TEST_F(FixedPageValidatorTest, APageIsTurnedWhenItsSheetWouldBeFedByTheOtherEdge) {
@@ -81,11 +81,11 @@ TEST_F(FixedPageValidatorTest, APageIsTurnedWhenItsSheetWouldBeFedByTheOtherEdge
           Turn{InputBinData::ShortEdgeFirst, kA4Rotated, true},
           Turn{InputBinData::ShortEdgeFirst, {220001, 220000}, true}}) {
         GiveNoTicket();
-        m_feedDirection.SetFeedDirection(turn.m_feedDirection);
-        SetSize(turn.m_size);
+        m_feedDirection.SetFeedDirection(turn.feedDirection);
+        SetSize(turn.size);
         Validate();
-        EXPECT_EQ(turn.m_isTurned, IsTurned())
-            << turn.m_feedDirection << " " << turn.m_size.width << " " << turn.m_size.height;
+        EXPECT_EQ(turn.isTurned, IsTurned())
+            << turn.feedDirection << " " << turn.size.width << " " << turn.size.height;
     }
 }
 
@@ -118,8 +118,8 @@ TEST_F(FixedPageValidatorTest, TwoPagesHandledInOneProcessNeverGetTheSameNumber)
 }
 
 struct Range {
-    MediaDimensions m_size;
-    bool m_isOut;
+    MediaDimensions size;
+    bool isOut;
 };
 
 TEST_F(FixedPageValidatorTest, AMediaSizeExactlyAtALimitIsInRangeAndOneMicronOverIsOut) {
@@ -131,9 +131,9 @@ TEST_F(FixedPageValidatorTest, AMediaSizeExactlyAtALimitIsInRangeAndOneMicronOve
           Range{{210000, 289999}, true}, Range{{199999, 300000}, true}}) {
         m_consumer->Clear();
         GiveNoTicket();
-        SetSize(range.m_size);
+        SetSize(range.size);
         Validate();
-        EXPECT_EQ(range.m_isOut, HasNewTicket()) << range.m_size.width << " " << range.m_size.height;
+        EXPECT_EQ(range.isOut, HasNewTicket()) << range.size.width << " " << range.size.height;
         EXPECT_FALSE(IsTurned());
     }
 }
@@ -141,7 +141,7 @@ TEST_F(FixedPageValidatorTest, AMediaSizeExactlyAtALimitIsInRangeAndOneMicronOve
 TEST_F(FixedPageValidatorTest, TheRangeIsTestedOnTheTurnedSheet) {
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
     m_printable.SetRange({{0, 0}, {297000, 210000}});
-    m_provider.m_sizes[kPTDocumentScope] = kA4Rotated;
+    m_provider.sizes[kPTDocumentScope] = kA4Rotated;
     Validate();
     EXPECT_TRUE(IsTurned());
     EXPECT_NE(std::string::npos, NewTicket().find(MediaFeature(L"ISOA4Rotated", 297000, 210000)));

@@ -26,7 +26,7 @@ TEST_F(FixedPageValidatorTest, ANullWriterOrPageIsNamedBeforeAnyTicketIsAskedFor
 }
 
 TEST_F(FixedPageValidatorTest, ATicketThatCannotBeHadFailsTheConstruction) {
-    m_provider.m_sizes[kPTDocumentScope] = {1, 1};
+    m_provider.sizes[kPTDocumentScope] = {1, 1};
     for (const char* call : {"GetTicket 1", "GetTicket 2"}) {
         m_calls.Fail(call, E_PENDING);
         EXPECT_EQ(E_PENDING, tests::ThrownCode([&] { (void)Validator(); })) << call;
@@ -56,7 +56,7 @@ TEST_F(FixedPageValidatorTest, FailuresOfThePagesTicketNameTheValidatorsSource) 
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
     for (const bool hasStream : {true, false}) {
         GiveTicket(L"/t.xml", "<psf:PrintTicket");
-        m_ticket->m_hasNoStream = !hasStream;
+        m_ticket->hasNoStream = !hasStream;
         const std::string message = tests::MessageOf<std::exception>([&] { Validate(); });
         EXPECT_TRUE(message.starts_with("base/xps/fixedpagevalidator.cpp(")) << message;
     }
@@ -64,7 +64,7 @@ TEST_F(FixedPageValidatorTest, FailuresOfThePagesTicketNameTheValidatorsSource) 
 
 TEST_F(FixedPageValidatorTest, AnOldTicketWithoutAStreamIsNamed) {
     GiveTicket();
-    m_ticket->m_hasNoStream = true;
+    m_ticket->hasNoStream = true;
     m_feedDirection.SetFeedDirection(InputBinData::LongEdgeFirst);
     const std::string message = tests::Thrown<std::invalid_argument>([&] { Validate(); });
     EXPECT_TRUE(message.ends_with(") : pReader is null.\n")) << message;
@@ -93,7 +93,7 @@ TEST_F(FixedPageValidatorTest, AStreamThatThePageRefusesIsAFailure) {
     EXPECT_EQ(E_ACCESSDENIED, tests::ThrownCode([&] { (void)validator.GetPageReadStream(); }));
     m_calls.Fail("GetWriteStream /p", E_ACCESSDENIED);
     EXPECT_EQ(E_ACCESSDENIED, tests::ThrownCode([&] { (void)validator.GetPageWriteStream(); }));
-    m_page->m_hasNoStreams = true;
+    m_page->hasNoStreams = true;
     EXPECT_EQ(E_POINTER, tests::ThrownCode([&] { (void)validator.GetPageReadStream(); }));
     EXPECT_EQ(E_POINTER, tests::ThrownCode([&] { (void)validator.GetPageWriteStream(); }));
 }

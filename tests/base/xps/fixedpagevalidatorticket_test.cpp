@@ -29,7 +29,7 @@ TEST_F(FixedPageValidatorTest, APageWithoutTicketThatNeedsAChangeGetsANewTicketF
         m_calls.Clear();
         m_consumer->Clear();
         GiveNoTicket();
-        m_page->m_succeedsWithoutTicket = succeeds;
+        m_page->succeedsWithoutTicket = succeeds;
         SetSize({76200, 126999});
         m_scaling.SetOptionId(6);
         Validate();
@@ -108,11 +108,11 @@ TEST_F(FixedPageValidatorTest, ATurnedPageOutOfRangeIsScaledByItsTurnedSize) {
 TEST_F(FixedPageValidatorTest, AScaleBeyondWhatATicketCanStateIsTheLargestItCan) {
     m_printable.SetRange({{0, 127000}, {297000, 420000}});
     SetSize({1, 1});
-    m_provider.m_sizes[kPTDocumentScope] = kA4;
+    m_provider.sizes[kPTDocumentScope] = kA4;
     Validate();
     EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(21000000)), NewTicket());
     m_printable.SetRange({{100, 127000}, {2000000000, 2000000000}});
-    m_provider.m_sizes[kPTDocumentScope] = {2000000000, 2000000000};
+    m_provider.sizes[kPTDocumentScope] = {2000000000, 2000000000};
     ValidateNext({1, 1});
     EXPECT_NE(std::string::npos, NewTicket().find(">2147483647<")) << NewTicket();
 }
@@ -126,19 +126,19 @@ TEST_F(FixedPageValidatorTest, ASizeOfZeroIsNotScaled) {
 
 TEST_F(FixedPageValidatorTest, WithAnImageableAreaThePageIsScaledIntoIt) {
     FakeImageableArea area;
-    area.m_extent = {200000, 280000};
+    area.extent = {200000, 280000};
     m_pImageableArea = &area;
     SetSize({400000, 500000});
     Validate();
-    ASSERT_EQ(1u, area.m_asked.size());
-    EXPECT_EQ(L"ISOA4", area.m_asked[0].keyword);
+    ASSERT_EQ(1u, area.asked.size());
+    EXPECT_EQ(L"ISOA4", area.asked[0].keyword);
     EXPECT_EQ(TicketOf(MediaFeature(L"ISOA4", 210000, 297000), CustomScaling(50)), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, AnImageableAreaThatIsNotKnownIsTheWholeSheet) {
     FakeImageableArea area;
-    area.m_extent = {200000, 280000};
-    area.m_result = E_ELEMENT_NOT_FOUND;
+    area.extent = {200000, 280000};
+    area.result = E_ELEMENT_NOT_FOUND;
     m_pImageableArea = &area;
     SetSize({400000, 500000});
     Validate();
@@ -152,7 +152,7 @@ TEST_F(FixedPageValidatorTest, TheImageableAreaIsAskedForOnlyWhenThePageIsFitted
     SetSize({400000, 500000});
     m_scaling.SetOptionId(6);
     Validate();
-    EXPECT_TRUE(area.m_asked.empty());
+    EXPECT_TRUE(area.asked.empty());
 }
 
 TEST_F(FixedPageValidatorTest, OtherScalingOptionsStayAsTheyAre) {
@@ -190,21 +190,21 @@ TEST_F(FixedPageValidatorTest, TheFallbackIsTheCataloguesSheetOfItsId) {
     m_scaling.SetOptionId(6);
     const std::string none = PlainFeature(L"PageScaling", L"None");
 
-    m_provider.m_sizes[kPTDocumentScope] = kA5;
+    m_provider.sizes[kPTDocumentScope] = kA5;
     ValidateNext({400000, 500000});
     EXPECT_EQ(TicketOf(MediaFeature(L"ISOA5", 148000, 210000), none), NewTicket());
 
     // A custom sheet has no size in the catalogue, whatever the ticket says of it.
-    m_provider.m_sizes[kPTDocumentScope] = {200001, 200002};
+    m_provider.sizes[kPTDocumentScope] = {200001, 200002};
     ValidateNext({400000, 500000});
     EXPECT_EQ(TicketOf(MediaFeature(L"CustomMediaSize", 0, 0), none), NewTicket());
 }
 
 TEST_F(FixedPageValidatorTest, ALandscapePageIsTakenAsTheNextOrientationWithItsSheetTurned) {
     struct Orientation {
-        std::int32_t m_id;
-        std::wstring m_written;
-        bool m_isSwapped;
+        std::int32_t id;
+        std::wstring written;
+        bool isSwapped;
     };
     m_scaling.SetOptionId(6);
     const std::string none = PlainFeature(L"PageScaling", L"None");
@@ -214,15 +214,15 @@ TEST_F(FixedPageValidatorTest, ALandscapePageIsTakenAsTheNextOrientationWithItsS
           Orientation{PageOrientationData::ReverseLandscape, L"ReversePortrait", true},
           Orientation{PageOrientationData::ReversePortrait, L"ReversePortrait", false}}) {
         GiveNoTicket();
-        m_orientation.SetOptionId(orientation.m_id);
+        m_orientation.SetOptionId(orientation.id);
         // Fed so that the page is turned, and so gets a ticket that shows its size, turned once more.
-        m_feedDirection.SetFeedDirection(orientation.m_isSwapped ? InputBinData::ShortEdgeFirst
-                                                                 : InputBinData::LongEdgeFirst);
+        m_feedDirection.SetFeedDirection(orientation.isSwapped ? InputBinData::ShortEdgeFirst
+                                                               : InputBinData::LongEdgeFirst);
         Validate();
         EXPECT_TRUE(IsTurned());
-        EXPECT_EQ(TicketOf(orientation.m_isSwapped ? MediaFeature(L"ISOA4", 210000, 297000)
-                                                   : MediaFeature(L"ISOA4Rotated", 297000, 210000),
-                           none, orientation.m_written),
+        EXPECT_EQ(TicketOf(orientation.isSwapped ? MediaFeature(L"ISOA4", 210000, 297000)
+                                                 : MediaFeature(L"ISOA4Rotated", 297000, 210000),
+                           none, orientation.written),
                   NewTicket());
     }
 }

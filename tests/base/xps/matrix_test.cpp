@@ -55,14 +55,14 @@ TEST_F(MatrixTest, TransformsPointsAsRowVectors) {
     matrix.SetElements({1, 2, 3, 4, 5, 6});
     Point points[] = {{0, 0}, {1, 0}, {0, 1}, {10, 100}};
     EXPECT_EQ(Gdiplus::Ok, matrix.TransformPoints(points));
-    EXPECT_EQ(5, points[0].m_x);
-    EXPECT_EQ(6, points[0].m_y);
-    EXPECT_EQ(6, points[1].m_x);
-    EXPECT_EQ(8, points[1].m_y);
-    EXPECT_EQ(8, points[2].m_x);
-    EXPECT_EQ(10, points[2].m_y);
-    EXPECT_EQ(315, points[3].m_x);
-    EXPECT_EQ(426, points[3].m_y);
+    EXPECT_EQ(5, points[0].x);
+    EXPECT_EQ(6, points[0].y);
+    EXPECT_EQ(6, points[1].x);
+    EXPECT_EQ(8, points[1].y);
+    EXPECT_EQ(8, points[2].x);
+    EXPECT_EQ(10, points[2].y);
+    EXPECT_EQ(315, points[3].x);
+    EXPECT_EQ(426, points[3].y);
 }
 
 TEST_F(MatrixTest, KeepsTheLastStatusThatWasNotOk) {

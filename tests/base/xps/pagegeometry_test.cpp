@@ -14,10 +14,10 @@ class PageGeometryTest : public testing::Test {
     static constexpr Box kLetter = {0, 0, 816, 1056};
 
     static void ExpectBox(const Box& expected, const Box& actual) {
-        EXPECT_NEAR(expected.m_left, actual.m_left, 0.001);
-        EXPECT_NEAR(expected.m_top, actual.m_top, 0.001);
-        EXPECT_NEAR(expected.m_right, actual.m_right, 0.001);
-        EXPECT_NEAR(expected.m_bottom, actual.m_bottom, 0.001);
+        EXPECT_NEAR(expected.left, actual.left, 0.001);
+        EXPECT_NEAR(expected.top, actual.top, 0.001);
+        EXPECT_NEAR(expected.right, actual.right, 0.001);
+        EXPECT_NEAR(expected.bottom, actual.bottom, 0.001);
     }
 
     static std::wstring TransformOf(const Box& page, float angle, float scale) {
@@ -41,8 +41,8 @@ TEST_F(PageGeometryTest, Angle270TurnsALetterPageIntoItsPlace) {
     ExpectBox({0, 0, 1056, 816}, TransformCornerBox(kLetter, matrix));
     Point point[] = {{100, 200}};
     matrix.TransformPoints(point);
-    EXPECT_NEAR(200, point[0].m_x, 0.001);
-    EXPECT_NEAR(816 - 100, point[0].m_y, 0.001);
+    EXPECT_NEAR(200, point[0].x, 0.001);
+    EXPECT_NEAR(816 - 100, point[0].y, 0.001);
 }
 
 TEST_F(PageGeometryTest, EveryQuarterTurnEndsInThePositiveQuadrant) {

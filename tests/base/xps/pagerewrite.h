@@ -15,22 +15,22 @@ namespace base::xps {
 class MemoryPage : public FixedPageSource {
   public:
     explicit MemoryPage(std::string markup, float angle = 270, float scale = 1)
-        : m_input(std::move(markup)), m_angle(angle), m_scale(scale) {}
+        : input(std::move(markup)), m_angle(angle), m_scale(scale) {}
 
     void Validate() override { FixedPageSaxConvertor().Convert(*this); }
     platform::ComPtr<IPrintReadStream> GetPageReadStream() override {
-        return platform::ComPtr<IPrintReadStream>(&m_input);
+        return platform::ComPtr<IPrintReadStream>(&input);
     }
     platform::ComPtr<IPrintWriteStream> GetPageWriteStream() override {
-        return platform::ComPtr<IPrintWriteStream>(&m_output);
+        return platform::ComPtr<IPrintWriteStream>(&output);
     }
     platform::ComPtr<ISAXContentHandler> CreateContentHandler(std::ostream& sink) override {
         return platform::ComPtr<ISAXContentHandler>::Adopt(
             new FixedPageContentHandler(sink, m_angle, m_scale));
     }
 
-    MemoryReadStream m_input;
-    MemoryWriteStream m_output;
+    MemoryReadStream input;
+    MemoryWriteStream output;
 
   private:
     float m_angle;
@@ -43,12 +43,12 @@ inline constexpr std::string_view kDeclaration = R"(<?xml version="1.0" encoding
 inline std::string Rewritten(std::string markup, float angle = 270, float scale = 1) {
     MemoryPage page(std::move(markup), angle, scale);
     FixedPageSaxConvertor().Convert(page);
-    EXPECT_EQ(1, page.m_output.m_closes);
-    EXPECT_EQ(0u, page.m_input.m_position);
-    EXPECT_EQ(1u, page.m_input.References());
-    EXPECT_EQ(1u, page.m_output.References());
-    EXPECT_TRUE(page.m_output.m_content.starts_with(kDeclaration));
-    return page.m_output.m_content.substr(std::min(kDeclaration.size(), page.m_output.m_content.size()));
+    EXPECT_EQ(1, page.output.closes);
+    EXPECT_EQ(0u, page.input.position);
+    EXPECT_EQ(1u, page.input.References());
+    EXPECT_EQ(1u, page.output.References());
+    EXPECT_TRUE(page.output.content.starts_with(kDeclaration));
+    return page.output.content.substr(std::min(kDeclaration.size(), page.output.content.size()));
 }
 
 // What stands inside the Canvas when the markup stands inside a page without further attributes.

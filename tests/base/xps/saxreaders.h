@@ -72,7 +72,7 @@ class KeptSaxReaders {
             if (FAILED(hr)) throw std::runtime_error("the SAX reader's class cannot be replaced");
         };
         require(CoGetClassObject(platform::CLSID_SaxXmlReader60, CLSCTX_INPROC_SERVER, nullptr,
-                                 __uuidof(IClassFactory), m_pFactory->m_pSystem.PutVoid()));
+                                 __uuidof(IClassFactory), m_pFactory->pSystem.PutVoid()));
         require(CoRegisterClassObject(platform::CLSID_SaxXmlReader60, m_pFactory.Get(), CLSCTX_INPROC_SERVER,
                                       REGCLS_MULTIPLEUSE, &m_cookie));
     }
@@ -81,27 +81,27 @@ class KeptSaxReaders {
     ~KeptSaxReaders() { CoRevokeClassObject(m_cookie); }
 
     [[nodiscard]] const std::vector<platform::ComPtr<NotedSaxReader>>& Readers() const noexcept {
-        return m_pFactory->m_readers;
+        return m_pFactory->readers;
     }
 
   private:
     class Factory final : public MockObject<IClassFactory> {
       public:
-        explicit Factory(CallRecorder& calls) : m_calls(calls) {}
+        explicit Factory(CallRecorder& recorder) : calls(recorder) {}
 
         HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override {
             *ppObject = nullptr;
             platform::ComPtr<ISAXXMLReader> pReader;
-            const HRESULT hr = m_pSystem->CreateInstance(pOuter, __uuidof(ISAXXMLReader), pReader.PutVoid());
+            const HRESULT hr = pSystem->CreateInstance(pOuter, __uuidof(ISAXXMLReader), pReader.PutVoid());
             if (FAILED(hr)) return hr;
-            m_readers.push_back(MakeMock<NotedSaxReader>(m_calls, std::move(pReader)));
-            return m_readers.back()->QueryInterface(iid, ppObject);
+            readers.push_back(MakeMock<NotedSaxReader>(calls, std::move(pReader)));
+            return readers.back()->QueryInterface(iid, ppObject);
         }
         HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 
-        CallRecorder& m_calls;
-        platform::ComPtr<IClassFactory> m_pSystem;
-        std::vector<platform::ComPtr<NotedSaxReader>> m_readers;
+        CallRecorder& calls;
+        platform::ComPtr<IClassFactory> pSystem;
+        std::vector<platform::ComPtr<NotedSaxReader>> readers;
     };
 
     platform::ComPtr<Factory> m_pFactory;

@@ -51,43 +51,43 @@ TEST_F(SequentialReadStreamTest, AReadPastTheEndIsSFalse) {
 }
 
 TEST_F(SequentialReadStreamTest, AStreamThatGivesNothingForEverIsAFailure) {
-    m_source.m_mostPerRead = 0;
+    m_source.mostPerRead = 0;
     EXPECT_EQ(STG_E_READFAULT, Read(4));
     EXPECT_EQ("", Got());
-    EXPECT_EQ(std::size_t{SequentialReadStream::kMostEmptyAnswers}, m_source.m_reads);
+    EXPECT_EQ(std::size_t{SequentialReadStream::kMostEmptyAnswers}, m_source.reads);
 }
 
 TEST_F(SequentialReadStreamTest, OnlyEmptyAnswersInARowCount) {
-    m_source.m_emptyAnswersBetween = SequentialReadStream::kMostEmptyAnswers - 1;
-    m_source.m_mostPerRead = 3;
+    m_source.emptyAnswersBetween = SequentialReadStream::kMostEmptyAnswers - 1;
+    m_source.mostPerRead = 3;
     EXPECT_EQ(S_OK, Read(10));
     EXPECT_EQ("0123456789", Got());
 }
 
 TEST_F(SequentialReadStreamTest, AfterTheEndTheSourceIsNotAskedAgain) {
     EXPECT_EQ(S_OK, Read(10));
-    const std::size_t reads = m_source.m_reads;
+    const std::size_t reads = m_source.reads;
     EXPECT_EQ(S_FALSE, Read(5));
     EXPECT_EQ("", Got());
-    EXPECT_EQ(reads, m_source.m_reads);
+    EXPECT_EQ(reads, m_source.reads);
 }
 
 TEST_F(SequentialReadStreamTest, TheEndMayComeAloneAfterTheData) {
-    m_source.m_endComesWithData = false;
+    m_source.endComesWithData = false;
     EXPECT_EQ(S_OK, Read(10));
     EXPECT_EQ("0123456789", Got());
     EXPECT_EQ(S_FALSE, Read(10));
     EXPECT_EQ("", Got());
-    EXPECT_EQ(2u, m_source.m_reads);
+    EXPECT_EQ(2u, m_source.reads);
     EXPECT_EQ(S_FALSE, Read(10));
-    EXPECT_EQ(2u, m_source.m_reads);
+    EXPECT_EQ(2u, m_source.reads);
 }
 
 TEST_F(SequentialReadStreamTest, ShortReadsAreCompleted) {
-    m_source.m_mostPerRead = 3;
+    m_source.mostPerRead = 3;
     EXPECT_EQ(S_OK, Read(8));
     EXPECT_EQ("01234567", Got());
-    EXPECT_EQ(3u, m_source.m_reads);
+    EXPECT_EQ(3u, m_source.reads);
     EXPECT_EQ(S_FALSE, Read(8));
     EXPECT_EQ("89", Got());
 }
@@ -96,13 +96,13 @@ TEST_F(SequentialReadStreamTest, AReadOfNothingIsSOkAndAsksForNothing) {
     EXPECT_EQ(S_OK, Read(0));
     EXPECT_EQ(0u, m_count);
     EXPECT_EQ(S_OK, m_stream->Read(nullptr, 0, &m_count));
-    EXPECT_EQ(0u, m_source.m_reads);
+    EXPECT_EQ(0u, m_source.reads);
 }
 
 TEST_F(SequentialReadStreamTest, ANullCountPointerIsAnInvalidArgument) {
     EXPECT_EQ(E_INVALIDARG, m_stream->Read(m_buffer.data(), 4, nullptr));
     EXPECT_EQ(E_INVALIDARG, m_stream->Read(m_buffer.data(), 0, nullptr));
-    EXPECT_EQ(0u, m_source.m_reads);
+    EXPECT_EQ(0u, m_source.reads);
 }
 
 TEST_F(SequentialReadStreamTest, ANullBufferIsAnInvalidArgument) {
@@ -112,14 +112,14 @@ TEST_F(SequentialReadStreamTest, ANullBufferIsAnInvalidArgument) {
 }
 
 TEST_F(SequentialReadStreamTest, AFailureIsReturnedWithWhatWasReadBeforeIt) {
-    m_source.m_mostPerRead = 3;
-    m_source.m_failingRead = 3;
+    m_source.mostPerRead = 3;
+    m_source.failingRead = 3;
     EXPECT_EQ(STG_E_READFAULT, Read(10));
     EXPECT_EQ("012345", Got());
 }
 
 TEST_F(SequentialReadStreamTest, AFailureIsNotTheEnd) {
-    m_source.m_failingRead = 1;
+    m_source.failingRead = 1;
     EXPECT_EQ(STG_E_READFAULT, Read(4));
     EXPECT_EQ(S_OK, Read(4));
     EXPECT_EQ("0123", Got());

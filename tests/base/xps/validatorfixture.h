@@ -66,14 +66,14 @@ class FakeTicketProvider final : public printschema::PrintTicketProvider {
         *ppTicket = nullptr;
         const HRESULT hr = m_calls.Enter("GetTicket " + std::to_string(scope));
         if (FAILED(hr)) return hr;
-        const MediaDimensions size = m_sizes.at(scope);
+        const MediaDimensions size = sizes.at(scope);
         const std::wstring keyword = MediaSizeData(MediaSizeOption{L"", 0, size}).ToRecord().keyword;
         const std::wstring text = logging::Format(kTicketOfSize, keyword.c_str(), size.height, size.width);
         *ppTicket = xml::LoadDomFromString(text).Detach();
         return S_OK;
     }
 
-    std::map<EPrintTicketScope, MediaDimensions> m_sizes = {{kPTDocumentScope, kA4}, {kPTJobScope, kA4}};
+    std::map<EPrintTicketScope, MediaDimensions> sizes = {{kPTDocumentScope, kA4}, {kPTJobScope, kA4}};
 
   private:
     CallRecorder& m_calls;
@@ -90,12 +90,12 @@ class TicketPart final : public tests::MockPrintTicket {
         return FAILED(hr) ? hr : MockPrintTicket::GetUri(pUri);
     }
     HRESULT STDMETHODCALLTYPE GetStream(IPrintReadStream** ppStream) override {
-        if (!m_hasNoStream) return MockPrintTicket::GetStream(ppStream);
+        if (!hasNoStream) return MockPrintTicket::GetStream(ppStream);
         *ppStream = nullptr;
         return S_OK;
     }
 
-    bool m_hasNoStream = false;
+    bool hasNoStream = false;
 
   private:
     CallRecorder& m_calls;
@@ -107,7 +107,7 @@ class Page final : public tests::MockFixedPage {
 
     HRESULT STDMETHODCALLTYPE GetPrintTicket(IPartPrintTicket** ppTicket) override {
         const HRESULT hr = MockFixedPage::GetPrintTicket(ppTicket);
-        return hr == E_ELEMENT_NOT_FOUND && m_succeedsWithoutTicket ? S_OK : hr;
+        return hr == E_ELEMENT_NOT_FOUND && succeedsWithoutTicket ? S_OK : hr;
     }
     HRESULT STDMETHODCALLTYPE DeleteResource(const wchar_t* uri) override {
         const HRESULT hr = m_calls.Enter("DeleteResource " + Narrow(uri));
@@ -115,31 +115,31 @@ class Page final : public tests::MockFixedPage {
         return hr;
     }
     HRESULT STDMETHODCALLTYPE GetStream(IPrintReadStream** ppStream) override {
-        if (!m_hasNoStreams) return MockFixedPage::GetStream(ppStream);
+        if (!hasNoStreams) return MockFixedPage::GetStream(ppStream);
         *ppStream = nullptr;
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE GetWriteStream(IPrintWriteStream** ppStream) override {
-        if (!m_hasNoStreams) return MockFixedPage::GetWriteStream(ppStream);
+        if (!hasNoStreams) return MockFixedPage::GetWriteStream(ppStream);
         *ppStream = nullptr;
         return S_OK;
     }
 
-    bool m_succeedsWithoutTicket = false;
-    bool m_hasNoStreams = false;
+    bool succeedsWithoutTicket = false;
+    bool hasNoStreams = false;
 };
 
 class FakeImageableArea final : public printschema::ImageableAreaSource {
   public:
     HRESULT GetImageableArea(const MediaSizeOption& mediaSize, ImageableAreaInfo& area) override {
-        m_asked.push_back(mediaSize);
-        area.extent = m_extent;
-        return m_result;
+        asked.push_back(mediaSize);
+        area.extent = extent;
+        return result;
     }
 
-    MediaDimensions m_extent;
-    HRESULT m_result = S_OK;
-    std::vector<MediaSizeOption> m_asked;
+    MediaDimensions extent;
+    HRESULT result = S_OK;
+    std::vector<MediaSizeOption> asked;
 };
 
 inline constexpr char kMarkup[] = R"(<FixedPage Width="816" Height="1056"><Path/></FixedPage>)";

@@ -85,7 +85,7 @@ class ListingFilter final : public XpsDocumentProviderFilterBase {
     void OnXpsDocument(IXpsDocument* pPart) override { Note("OnXpsDocument", pPart); }
 
     void Note(const char* call, IUnknown* pPart) {
-        m_parts.push_back(pPart);
+        parts.push_back(pPart);
         logging::ThrowIfFailed(m_calls.Enter(call));
     }
 
@@ -93,7 +93,7 @@ class ListingFilter final : public XpsDocumentProviderFilterBase {
 
   public:
     // Not referenced: identities to compare while a test holds the parts.
-    std::vector<IUnknown*> m_parts;
+    std::vector<IUnknown*> parts;
 };
 
 // A part that is of the given kinds and of no other.
@@ -199,7 +199,7 @@ TEST_F(PartLoopTest, EachPartGoesFirstToTheTicketProviderAndThenToTheHandlerOfIt
               m_calls.Calls());
     EXPECT_EQ((std::vector<IUnknown*>{pXpsDocument.Get(), pSequence.Get(), pDocument.Get(), pPage.Get(),
                                       pOther.Get()}),
-              m_pFilter->m_parts);
+              m_pFilter->parts);
     EXPECT_EQ(1u, pXpsDocument->References());
     EXPECT_EQ(1u, pSequence->References());
     EXPECT_EQ(1u, pDocument->References());
@@ -244,7 +244,7 @@ TEST_F(PartLoopTest, APartOfAnUnknownKindReachesOnUnknownPartUnchanged) {
     const auto pTicket = MakeMock<tests::MockPrintTicket>(m_calls, L"/t.xml", "");
     m_pReader->Add(pTicket.Get());
     EXPECT_EQ(S_OK, Run());
-    EXPECT_EQ(std::vector<IUnknown*>{pTicket.Get()}, m_pFilter->m_parts);
+    EXPECT_EQ(std::vector<IUnknown*>{pTicket.Get()}, m_pFilter->parts);
     EXPECT_EQ(1u, pTicket->References());
 }
 

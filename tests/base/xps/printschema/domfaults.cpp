@@ -36,15 +36,15 @@ struct Thunk {
 
 template <Kind kind>
 struct Installer {
-    IUnknown* m_pObject;
+    IUnknown* pObject;
 
     template <std::size_t slot, typename... Arguments>
     void Any() const {
-        Thunk<kind, slot, DomCall::Other, Arguments...>::Install(m_pObject);
+        Thunk<kind, slot, DomCall::Other, Arguments...>::Install(pObject);
     }
     template <std::size_t slot, DomCall call, typename... Arguments>
     void Named() const {
-        Thunk<kind, slot, call, Arguments...>::Install(m_pObject);
+        Thunk<kind, slot, call, Arguments...>::Install(pObject);
     }
 
     void Node() const {

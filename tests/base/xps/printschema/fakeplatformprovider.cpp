@@ -38,7 +38,7 @@ void WINAPI TestSysFreeString(BSTR text) {
 }  // namespace
 
 FakePlatformProvider::FakePlatformProvider(CallRecorder& calls)
-    : m_merge([](const std::string& delta) { return delta; }), m_calls(calls) {
+    : merge([](const std::string& delta) { return delta; }), m_calls(calls) {
     g_pCurrentProvider = this;
 }
 
@@ -47,23 +47,23 @@ FakePlatformProvider::~FakePlatformProvider() { g_pCurrentProvider = nullptr; }
 FakePlatformProvider& FakePlatformProvider::Current() { return *g_pCurrentProvider; }
 
 void FakePlatformProvider::TextIsFreed(BSTR text) {
-    if (g_pCurrentProvider != nullptr) g_pCurrentProvider->m_errorTexts.erase(text);
+    if (g_pCurrentProvider != nullptr) g_pCurrentProvider->errorTexts.erase(text);
 }
 
 HRESULT FakePlatformProvider::Enter(const std::string& call, HPTPROVIDER provider) {
-    m_tokens.push_back(ThreadTokenId());
-    if (GetCurrentThreadId() != m_thread) m_breaches.push_back("another thread");
-    if (provider != nullptr && !m_openHandles.contains(provider))
-        m_breaches.push_back("a handle that is not open");
+    tokens.push_back(ThreadTokenId());
+    if (GetCurrentThreadId() != m_thread) breaches.push_back("another thread");
+    if (provider != nullptr && !openHandles.contains(provider))
+        breaches.push_back("a handle that is not open");
     return m_calls.Enter(call);
 }
 
 HRESULT FakePlatformProvider::Answer(HRESULT hr, BSTR* pError) {
     if (pError == nullptr) return hr;
-    if (*pError != nullptr) m_breaches.push_back("an error text that is not null");
-    if (FAILED(hr) && !m_errorText.empty()) {
-        *pError = platform::Bstr(m_errorText).Detach();
-        m_errorTexts.insert(*pError);
+    if (*pError != nullptr) breaches.push_back("an error text that is not null");
+    if (FAILED(hr) && !errorText.empty()) {
+        *pError = platform::Bstr(errorText).Detach();
+        errorTexts.insert(*pError);
     }
     return hr;
 }
@@ -72,13 +72,13 @@ HRESULT FakePlatformProvider::Open(PCWSTR printer, DWORD version, HPTPROVIDER* p
     const HRESULT hr = Enter("PTOpenProvider " + Narrow(printer) + " " + std::to_string(version), nullptr);
     if (FAILED(hr)) return hr;
     *pProvider = reinterpret_cast<HPTPROVIDER>(++m_lastHandle);
-    m_openHandles.insert(*pProvider);
+    openHandles.insert(*pProvider);
     return S_OK;
 }
 
 HRESULT FakePlatformProvider::Close(HPTPROVIDER provider) {
     const HRESULT hr = Enter("PTCloseProvider", provider);
-    m_openHandles.erase(provider);
+    openHandles.erase(provider);
     return hr;
 }
 
@@ -90,15 +90,15 @@ HRESULT FakePlatformProvider::Merge(HPTPROVIDER provider, IStream* pBase, IStrea
         Enter("PTMergeAndValidatePrintTicket " + std::to_string(scope) + " " + base + " " + delta, provider);
     if (FAILED(hr)) return Answer(hr, pError);
     if (provider == nullptr) return Answer(E_INVALIDARG, pError);
-    const HRESULT written = WriteAll(pResult, m_merge(delta));
-    return Answer(FAILED(written) ? written : m_mergeResult, pError);
+    const HRESULT written = WriteAll(pResult, merge(delta));
+    return Answer(FAILED(written) ? written : mergeResult, pError);
 }
 
 HRESULT FakePlatformProvider::GetCapabilities(HPTPROVIDER provider, IStream* pTicket, IStream* pCapabilities,
                                               BSTR* pError) {
     const HRESULT hr = Enter("PTGetPrintCapabilities " + TrimmedEnd(ReadToEnd(pTicket)), provider);
     if (FAILED(hr)) return Answer(hr, pError);
-    return Answer(provider == nullptr ? E_INVALIDARG : WriteAll(pCapabilities, m_capabilities), pError);
+    return Answer(provider == nullptr ? E_INVALIDARG : WriteAll(pCapabilities, capabilities), pError);
 }
 
 }  // namespace tests

@@ -38,18 +38,18 @@ class FakePlatformProvider {
     HRESULT GetCapabilities(HPTPROVIDER provider, IStream* pTicket, IStream* pCapabilities, BSTR* pError);
 
     // Makes a merge's result of the delta; the delta itself by default.
-    std::function<std::string(const std::string& delta)> m_merge;
-    HRESULT m_mergeResult = static_cast<HRESULT>(S_PT_NO_CONFLICT);
-    std::string m_capabilities;
+    std::function<std::string(const std::string& delta)> merge;
+    HRESULT mergeResult = static_cast<HRESULT>(S_PT_NO_CONFLICT);
+    std::string capabilities;
     // Handed out with every failure unless it is empty.
-    std::wstring m_errorText;
+    std::wstring errorText;
 
-    std::vector<std::string> m_breaches;
-    std::set<HPTPROVIDER> m_openHandles;
+    std::vector<std::string> breaches;
+    std::set<HPTPROVIDER> openHandles;
     // The texts that were handed out and are not freed yet.
-    std::set<BSTR> m_errorTexts;
+    std::set<BSTR> errorTexts;
     // The token of every call since the last one was forgotten, none for a call without one.
-    std::vector<std::optional<LUID>> m_tokens;
+    std::vector<std::optional<LUID>> tokens;
 
   private:
     [[nodiscard]] HRESULT Enter(const std::string& call, HPTPROVIDER provider);

@@ -59,10 +59,10 @@ const ImageableAreaInfo kWholeAreaInfo = {{148001, 210001}, {4001, 5001}, {14000
 
 class ImageableAreaHandlerTest : public tests::EachDomTest {
   protected:
-    ImageableAreaHandlerTest() { m_provider.m_tickets[kPTPageScope] = LoadDomFromString(PageTicket); }
+    ImageableAreaHandlerTest() { m_provider.tickets[kPTPageScope] = LoadDomFromString(PageTicket); }
 
     HRESULT Find(std::wstring_view capabilities, ImageableAreaInfo& area) {
-        m_provider.m_pCapabilities = LoadDomFromString(Capabilities(capabilities));
+        m_provider.pCapabilities = LoadDomFromString(Capabilities(capabilities));
         return ImageableAreaHandler(m_provider).GetImageableArea(kA5, area);
     }
     HRESULT ThrownByFind() {
@@ -84,14 +84,14 @@ TEST_P(ImageableAreaHandlerTest, AllSixValuesAreRead) {
 TEST_P(ImageableAreaHandlerTest, TheCapabilitiesAreAskedForUnderACopyOfThePageTicketThatSelectsTheMedium) {
     ImageableAreaInfo area;
     ASSERT_EQ(S_OK, Find(kWholeArea, area));
-    EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope));
-    EXPECT_EQ(PageTicket, DomText(m_provider.m_tickets[kPTPageScope].Get()));
-    ASSERT_TRUE(m_provider.m_pAskedTicket);
-    EXPECT_NE(m_provider.m_tickets[kPTPageScope].Get(), m_provider.m_pAskedTicket.Get());
+    EXPECT_THAT(m_provider.scopes, ElementsAre(kPTPageScope));
+    EXPECT_EQ(PageTicket, DomText(m_provider.tickets[kPTPageScope].Get()));
+    ASSERT_TRUE(m_provider.pAskedTicket);
+    EXPECT_NE(m_provider.tickets[kPTPageScope].Get(), m_provider.pAskedTicket.Get());
     MediaSizeData selected;
-    selected.Read(m_provider.m_pAskedTicket.Get());
+    selected.Read(m_provider.pAskedTicket.Get());
     EXPECT_EQ(kA5, selected.ToRecord());
-    EXPECT_THAT(DomText(m_provider.m_pAskedTicket.Get()),
+    EXPECT_THAT(DomText(m_provider.pAskedTicket.Get()),
                 testing::HasSubstr(L"<psf:Feature name=\"psk:PageOrientation\"/><psf:Feature "
                                    L"name=\"psk:PageMediaSize\">"));
 }
@@ -161,19 +161,19 @@ TEST_P(ImageableAreaHandlerTest, ValuesOfTheSameNameElsewhereAreNotTaken) {
 }
 
 TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeHadThrowsItsCode) {
-    m_provider.m_tickets.clear();
+    m_provider.tickets.clear();
     EXPECT_EQ(E_PENDING, ThrownByFind());
 }
 
 TEST_P(ImageableAreaHandlerTest, CapabilitiesThatCannotBeHadThrowTheirCode) {
     EXPECT_EQ(E_PENDING, ThrownByFind());
-    EXPECT_TRUE(m_provider.m_pAskedTicket);
+    EXPECT_TRUE(m_provider.pAskedTicket);
 }
 
 TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
-    m_provider.m_tickets[kPTPageScope] = base::xml::CreateDom();
+    m_provider.tickets[kPTPageScope] = base::xml::CreateDom();
     EXPECT_EQ(E_FAIL, ThrownByFind());
-    EXPECT_FALSE(m_provider.m_pAskedTicket);
+    EXPECT_FALSE(m_provider.pAskedTicket);
     ImageableAreaInfo area;
     const std::string message = tests::MessageOf<std::exception>(
         [&] { static_cast<void>(ImageableAreaHandler(m_provider).GetImageableArea({}, area)); });
@@ -181,7 +181,7 @@ TEST_P(ImageableAreaHandlerTest, APageTicketThatCannotBeCopiedThrows) {
 }
 
 TEST_P(ImageableAreaHandlerTest, ADocumentThatIsNoCapabilitiesThrows) {
-    m_provider.m_pCapabilities = LoadDomFromString(Ticket(kWholeArea));
+    m_provider.pCapabilities = LoadDomFromString(Ticket(kWholeArea));
     EXPECT_EQ(E_FAIL, ThrownByFind());
 }
 
@@ -192,12 +192,12 @@ class FixedArea : public ImageableAreaSource {
     FixedArea(HRESULT result, const MediaDimensions& extent) : m_result(result), m_extent(extent) {}
 
     HRESULT GetImageableArea(const MediaSizeOption& mediaSize, ImageableAreaInfo& area) override {
-        m_asked = mediaSize;
+        asked = mediaSize;
         area = {{1, 2}, {3, 4}, m_extent};
         return m_result;
     }
 
-    MediaSizeOption m_asked;
+    MediaSizeOption asked;
 
   private:
     HRESULT m_result;
@@ -220,7 +220,7 @@ TEST(MediaScaleFactorTest, TheFactorIsNotRounded) {
 TEST(MediaScaleFactorTest, WithASourceTheExtentTakesThePlaceOfTheFallbacksSize) {
     FixedArea area(S_OK, {200000, 287000});
     EXPECT_EQ(0.5, MediaScaleFactor({400000, 287000}, kA4, &area));
-    EXPECT_EQ(kA4, area.m_asked);
+    EXPECT_EQ(kA4, area.asked);
 }
 
 TEST(MediaScaleFactorTest, ASourceThatDoesNotKnowTheAreaLeavesTheWholeSheet) {

@@ -402,7 +402,7 @@ class MediaSizeSelectionTest : public tests::EachDomTest {
   protected:
     void Put(EPrintTicketScope scope, std::wstring_view option,
              const std::optional<MediaDimensions>& size = std::nullopt) {
-        m_provider.m_tickets[scope] = LoadDomFromString(Ticket(MediaSize(option, size)));
+        m_provider.tickets[scope] = LoadDomFromString(Ticket(MediaSize(option, size)));
     }
     MediaSizeOption Select(const MediaDimensions& minimum, const MediaDimensions& maximum, Scope start) {
         return MediaSizeData::SelectPrintableMediaSize(m_provider, {minimum, maximum}, start);
@@ -418,10 +418,10 @@ TEST_P(MediaSizeSelectionTest, TheFirstTicketFromTheStartThatFitsIsTaken) {
     const MediaDimensions most = {210000, 297000};
     EXPECT_EQ(L"ISOA5", Select({1, 1}, most, Scope::Page).keyword);
     EXPECT_EQ(L"ISOA6", Select({1, 1}, most, Scope::Document).keyword);
-    EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTPageScope, kPTDocumentScope, kPTJobScope));
-    m_provider.m_scopes.clear();
+    EXPECT_THAT(m_provider.scopes, ElementsAre(kPTPageScope, kPTDocumentScope, kPTJobScope));
+    m_provider.scopes.clear();
     EXPECT_EQ(L"ISOA6", Select({1, 1}, most, Scope::Job).keyword);
-    EXPECT_THAT(m_provider.m_scopes, ElementsAre(kPTJobScope));
+    EXPECT_THAT(m_provider.scopes, ElementsAre(kPTJobScope));
 }
 
 TEST_P(MediaSizeSelectionTest, TheLimitsAreInTheRange) {
@@ -470,7 +470,7 @@ TEST_P(MediaSizeSelectionTest, ARangeThatNothingFitsGivesItsSmallestSheet) {
 }
 
 TEST_P(MediaSizeSelectionTest, ATicketWithoutAMediaSizeCountsAsA4) {
-    m_provider.m_tickets[kPTJobScope] = LoadDomFromString(Ticket(L""));
+    m_provider.tickets[kPTJobScope] = LoadDomFromString(Ticket(L""));
     const MeasurementSetting us(L"1");
     EXPECT_EQ(L"ISOA4", Select({1, 1}, {220000, 297000}, Scope::Job).keyword);
 }
@@ -484,7 +484,7 @@ TEST_P(MediaSizeSelectionTest, ATicketThatCannotBeHadOrReadThrows) {
 TEST_P(MediaSizeSelectionTest, NoScopeAtAllVisitsNone) {
     const MeasurementSetting metric(L"0");
     EXPECT_EQ(L"ISOA4", Select({1, 1}, kA4, Scope::None).keyword);
-    EXPECT_THAT(m_provider.m_scopes, IsEmpty());
+    EXPECT_THAT(m_provider.scopes, IsEmpty());
 }
 
 // A ticket whose feature holds two options of different sizes.

@@ -79,7 +79,7 @@ class PageCostTest : public tests::HandlerTest {
         ASSERT_EQ(S_OK, m_provider.SetJobTicket(job.Get(), m_extra.Get()));
         const auto document = MakeMock<tests::MockFixedDocument>(m_calls, L"/d");
         ASSERT_EQ(S_OK, m_provider.SetDocumentTicket(document.Get(), m_extra.Get()));
-        m_platform.m_merge = [this](const std::string&) { return Bytes(Validated(m_color)); };
+        m_platform.merge = [this](const std::string&) { return Bytes(Validated(m_color)); };
     }
 
     void SetPage(const wchar_t* color) {

@@ -88,11 +88,11 @@ class TokenNotingStream : public MockReadStream {
     using MockReadStream::MockReadStream;
     HRESULT STDMETHODCALLTYPE ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead,
                                         BOOL* pEndOfFile) override {
-        m_tokens.push_back(tests::ThreadTokenId());
+        tokens.push_back(tests::ThreadTokenId());
         return MockReadStream::ReadBytes(pBuffer, cbWanted, pcbRead, pEndOfFile);
     }
 
-    std::vector<std::optional<LUID>> m_tokens;
+    std::vector<std::optional<LUID>> tokens;
 };
 
 // How many references an object has.
@@ -112,9 +112,9 @@ class PrintTicketProviderTest : public tests::DomTest {
     void TearDown() override {
         EXPECT_FALSE(tests::ThreadTokenId().has_value());
         m_provider.reset();
-        EXPECT_THAT(m_platform.m_openHandles, IsEmpty());
-        EXPECT_THAT(m_platform.m_breaches, IsEmpty());
-        EXPECT_THAT(m_platform.m_errorTexts, IsEmpty()) << "a text of the platform was not freed";
+        EXPECT_THAT(m_platform.openHandles, IsEmpty());
+        EXPECT_THAT(m_platform.breaches, IsEmpty());
+        EXPECT_THAT(m_platform.errorTexts, IsEmpty()) << "a text of the platform was not freed";
         DomTest::TearDown();
     }
 
@@ -125,7 +125,7 @@ class PrintTicketProviderTest : public tests::DomTest {
     void OpenBase() {
         ASSERT_EQ(S_OK, OpenWith(kBase));
         m_calls.Clear();
-        m_platform.m_tokens.clear();
+        m_platform.tokens.clear();
     }
 
     // With a ticket at every scope that nobody was handed.
@@ -179,7 +179,7 @@ class PrintTicketProviderTest : public tests::DomTest {
     }
 
     void ExpectEveryCallUnderTheUsersToken() {
-        for (const auto& token : m_platform.m_tokens) {
+        for (const auto& token : m_platform.tokens) {
             EXPECT_TRUE(tests::SameToken(token, tests::TokenIdOf(m_token.get())));
         }
         EXPECT_FALSE(tests::ThreadTokenId().has_value());
@@ -227,8 +227,8 @@ TEST_F(PrintTicketProviderTest, OpenUnderATokenThatCannotBeTakenMakesNoCall) {
 TEST_F(PrintTicketProviderTest, OpenWithoutATokenRunsAsTheProcess) {
     const auto stream = MakeMock<MockReadStream>(m_calls, Bytes(kBase));
     EXPECT_EQ(S_OK, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), nullptr));
-    ASSERT_EQ(1u, m_platform.m_tokens.size());
-    EXPECT_FALSE(m_platform.m_tokens[0].has_value());
+    ASSERT_EQ(1u, m_platform.tokens.size());
+    EXPECT_FALSE(m_platform.tokens[0].has_value());
 }
 
 TEST_F(PrintTicketProviderTest, ARefusalOfThePlatformToOpenIsReturned) {
@@ -306,15 +306,15 @@ TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
         EXPECT_FALSE(tests::ThreadTokenId().has_value());
         EXPECT_EQ(E_PENDING, GetResult(kPTPageScope)) << m_calls.FailedCall();
         EXPECT_EQ(S_OK, m_provider->Close());
-        EXPECT_THAT(m_platform.m_openHandles, IsEmpty());
+        EXPECT_THAT(m_platform.openHandles, IsEmpty());
     }
 }
 
 TEST_F(PrintTicketProviderTest, TheBaseIsReadAsTheUser) {
     const auto stream = MakeMock<TokenNotingStream>(m_calls, Bytes(kBase));
     ASSERT_EQ(S_OK, m_provider->Open(stream.Get(), Bstr(L"Printer").Get(), m_token.get()));
-    EXPECT_FALSE(stream->m_tokens.empty());
-    for (const auto& token : stream->m_tokens) {
+    EXPECT_FALSE(stream->tokens.empty());
+    for (const auto& token : stream->tokens) {
         EXPECT_TRUE(tests::SameToken(token, tests::TokenIdOf(m_token.get())));
     }
 }
@@ -347,7 +347,7 @@ TEST_F(PrintTicketProviderTest, NothingIsDoneOnThePlatformBeforeOpenForThereIsNo
 
 TEST_F(PrintTicketProviderTest, EveryDocumentLoadsSynchronously) {
     OpenBase();
-    m_platform.m_capabilities = Bytes(tests::Capabilities(L""));
+    m_platform.capabilities = Bytes(tests::Capabilities(L""));
     Dom base;
     ASSERT_EQ(S_OK, m_provider->GetBaseTicket(base.Put()));
     EXPECT_FALSE(LoadsAsynchronously(base));
@@ -544,7 +544,7 @@ TEST_F(PrintTicketProviderTest, MergingWithoutADeltaLeavesTheExtraTicketOut) {
 TEST_F(PrintTicketProviderTest, EverySuccessCodeOfThePlatformIsASuccess) {
     OpenBase();
     for (const HRESULT success : {kNoConflict, kConflictResolved, S_OK}) {
-        m_platform.m_mergeResult = success;
+        m_platform.mergeResult = success;
         EXPECT_EQ(S_OK, m_provider->MergeTicket(kPTJobScope, LoadDomFromString(kJobDelta).Get(), nullptr));
         EXPECT_EQ(kJobDelta, TextAt(kPTJobScope));
         EXPECT_EQ(S_OK, SetJob(kPageDelta));
@@ -555,8 +555,8 @@ TEST_F(PrintTicketProviderTest, EverySuccessCodeOfThePlatformIsASuccess) {
 TEST_F(PrintTicketProviderTest, AMergeThatThePlatformRefusesLeavesTheCopyOfTheParent) {
     OpenBase();
     ASSERT_EQ(S_OK, SetJob(kJobDelta));
-    m_platform.m_errorText = L"Delta ticket: 100% wrong \u6F22";
-    m_platform.m_mergeResult = static_cast<HRESULT>(0x80040005L);
+    m_platform.errorText = L"Delta ticket: 100% wrong \u6F22";
+    m_platform.mergeResult = static_cast<HRESULT>(0x80040005L);
     EXPECT_EQ(static_cast<HRESULT>(0x80040005L),
               m_provider->MergeTicket(kPTPageScope, LoadDomFromString(kPageDelta).Get(), nullptr));
     EXPECT_EQ(kJobDelta, TextAt(kPTPageScope));
@@ -564,7 +564,7 @@ TEST_F(PrintTicketProviderTest, AMergeThatThePlatformRefusesLeavesTheCopyOfThePa
 
 TEST_F(PrintTicketProviderTest, ARefusedMergeWithoutATextFailsAllTheSame) {
     OpenBase();
-    m_platform.m_mergeResult = kInjected;
+    m_platform.mergeResult = kInjected;
     EXPECT_EQ(kInjected, SetJob(kJobDelta));
     EXPECT_EQ(kBase, TextAt(kPTJobScope));
 }
@@ -572,7 +572,7 @@ TEST_F(PrintTicketProviderTest, ARefusedMergeWithoutATextFailsAllTheSame) {
 TEST_F(PrintTicketProviderTest, AResultThatIsNotWellFormedLeavesTheCopyOfTheParent) {
     OpenBase();
     for (const std::string_view result : {"", "<psf:PrintTicket>", "<a/><b/>"}) {
-        m_platform.m_merge = [&](const auto&) { return std::string(result); };
+        m_platform.merge = [&](const auto&) { return std::string(result); };
         EXPECT_EQ(E_FAIL,
                   m_provider->MergeTicket(kPTPageScope, LoadDomFromString(kPageDelta).Get(), nullptr));
         EXPECT_EQ(kBase, TextAt(kPTPageScope));
@@ -598,7 +598,7 @@ TEST_F(PrintTicketProviderTest, APrivateFeatureThatValidationDropsComesBackAndVa
         L"<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:CustomMediaSize\">"
         L"<psf:ScoredProperty name=\"psk:MediaSizeWidth\"><psf:Value>";
     const std::wstring sizeEnd = L"</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>";
-    m_platform.m_merge = [&](const auto&) { return Bytes(Ticket(size + L"100" + sizeEnd)); };
+    m_platform.merge = [&](const auto&) { return Bytes(Ticket(size + L"100" + sizeEnd)); };
 
     EXPECT_EQ(S_OK, SetJob(Ticket(secret + size + L"999" + sizeEnd, declaration)));
 
@@ -611,7 +611,7 @@ TEST_F(PrintTicketProviderTest, APrivateFeatureThatValidationDropsComesBackAndVa
 
 TEST_F(PrintTicketProviderTest, AnOptionThatValidationReplacedStandsBeforeTheOneThatWasAskedFor) {
     OpenBase();
-    m_platform.m_merge = [](const auto&) { return Bytes(Ticket(Feature(L"psk:A", L"psk:validated"))); };
+    m_platform.merge = [](const auto&) { return Bytes(Ticket(Feature(L"psk:A", L"psk:validated"))); };
     EXPECT_EQ(S_OK, SetJob(kJobDelta));
     EXPECT_EQ(Ticket(L"<psf:Feature name=\"psk:A\"><psf:Option name=\"psk:validated\"/>"
                      L"<psf:Option name=\"psk:job\"/></psf:Feature>"),
@@ -622,7 +622,7 @@ TEST_F(PrintTicketProviderTest, WhatWasPutBackIsInTheNextMergesBase) {
     OpenBase();
     const std::wstring validated = Feature(L"psk:A", L"psk:job");
     const std::wstring dropped = Feature(L"psk:Dropped", L"psk:On");
-    m_platform.m_merge = [&](const auto&) { return Bytes(Ticket(validated)); };
+    m_platform.merge = [&](const auto&) { return Bytes(Ticket(validated)); };
     ASSERT_EQ(S_OK, SetJob(Ticket(dropped + validated)));
     m_calls.Clear();
     ASSERT_EQ(S_OK, SetDocument(kDocumentDelta));
@@ -631,7 +631,7 @@ TEST_F(PrintTicketProviderTest, WhatWasPutBackIsInTheNextMergesBase) {
 
 TEST_F(PrintTicketProviderTest, TheExtraTicketIsMergedAfterTheDelta) {
     OpenBase();
-    m_platform.m_merge = [](const auto&) { return Bytes(kBase); };
+    m_platform.merge = [](const auto&) { return Bytes(kBase); };
     const Dom extra = LoadDomFromString(kExtra);
     const std::wstring delta = Ticket(Feature(L"psk:B", L"psk:delta"));
     EXPECT_EQ(S_OK, SetJob(delta, extra.Get()));
@@ -644,7 +644,7 @@ TEST_F(PrintTicketProviderTest, AResultUnderAnotherRootThrowsAndTheScopeKeepsIts
     OpenBase();
     ASSERT_EQ(S_OK, SetJob(kJobDelta));
     const Dom job = Get(kPTJobScope);
-    m_platform.m_merge = [](const auto&) { return Bytes(kNotATicket); };
+    m_platform.merge = [](const auto&) { return Bytes(kNotATicket); };
     EXPECT_THROW(static_cast<void>(SetJob(kPageDelta)), HresultError);
     EXPECT_EQ(job.Get(), Get(kPTJobScope).Get());
     EXPECT_EQ(kJobDelta, TextAt(kPTJobScope));
@@ -817,7 +817,7 @@ const std::wstring kSomeCapabilities = tests::Capabilities(Feature(L"psk:A", L"p
 
 TEST_F(PrintTicketProviderTest, CapabilitiesAreWrittenIntoAFreshDocumentUnderTheUsersToken) {
     OpenBase();
-    m_platform.m_capabilities = Bytes(kSomeCapabilities);
+    m_platform.capabilities = Bytes(kSomeCapabilities);
     const Dom ticket = LoadDomFromString(kPageDelta);
     Dom capabilities;
     EXPECT_EQ(S_OK, m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()));
@@ -829,7 +829,7 @@ TEST_F(PrintTicketProviderTest, CapabilitiesAreWrittenIntoAFreshDocumentUnderThe
 
 TEST_F(PrintTicketProviderTest, CapabilitiesCanBeAskedForTwice) {
     OpenBase();
-    m_platform.m_capabilities = Bytes(kSomeCapabilities);
+    m_platform.capabilities = Bytes(kSomeCapabilities);
     const Dom ticket = LoadDomFromString(kPageDelta);
     for (int time = 0; time < 2; ++time) {
         Dom capabilities;
@@ -848,7 +848,7 @@ TEST_F(PrintTicketProviderTest, CapabilitiesNeedATicketAndAPlace) {
 
 TEST_F(PrintTicketProviderTest, CapabilitiesThatThePlatformRefusesAreItsFailure) {
     OpenBase();
-    m_platform.m_errorText = L"no";
+    m_platform.errorText = L"no";
     m_calls.FailNth(1, kInjected);
     Dom capabilities;
     EXPECT_EQ(kInjected,
@@ -866,7 +866,7 @@ TEST_F(PrintTicketProviderTest, CapabilitiesOfWhichNothingIsWrittenFail) {
 TEST_F(PrintTicketProviderTest, WhatThePlatformSaysOfAFailureIsKeptWithTheTickets) {
     OpenBase();
     EXPECT_EQ("", m_provider->LastFailure().message);
-    m_platform.m_errorText = L"not today";
+    m_platform.errorText = L"not today";
     m_calls.Fail(MergeCall(kPTJobScope, kBase, kJobDelta), kInjected);
     EXPECT_EQ(kInjected, SetJob(kJobDelta));
     const auto trimmed = [](std::wstring text) { return text.substr(0, text.find_last_not_of(L"\r\n") + 1); };
@@ -974,7 +974,7 @@ TEST_F(PrintTicketProviderTest, APageLikeTheOneBeforeIsValidatedAndKeepsItsTicke
 TEST_F(PrintTicketProviderTest, APageOfWhichThePlatformMakesSomethingElseGetsAnotherTicket) {
     OpenScopes();
     ASSERT_EQ(S_OK, SetPage(kPageDelta));
-    m_platform.m_merge = [](const std::string&) { return Bytes(kJobDelta); };
+    m_platform.merge = [](const std::string&) { return Bytes(kJobDelta); };
     ASSERT_EQ(S_OK, SetPage(kPageDelta));
     EXPECT_EQ(
         Ticket(Feature(L"psk:A", L"psk:job").substr(0, std::wstring(L"<psf:Feature name=\"psk:A\">").size()) +

@@ -16,20 +16,20 @@ namespace tests {
 class StubTicketProvider : public base::xps::printschema::PrintTicketProvider {
   public:
     HRESULT GetTicket(EPrintTicketScope scope, IXMLDOMDocument2** ppTicket) override {
-        m_scopes.push_back(scope);
-        *ppTicket = platform::ComPtr<IXMLDOMDocument2>(m_tickets[scope]).Detach();
+        scopes.push_back(scope);
+        *ppTicket = platform::ComPtr<IXMLDOMDocument2>(tickets[scope]).Detach();
         return *ppTicket == nullptr ? E_PENDING : S_OK;
     }
     HRESULT GetPrintCapabilities(IXMLDOMDocument2* pTicket, IXMLDOMDocument2** ppCapabilities) override {
-        m_pAskedTicket = platform::ComPtr<IXMLDOMDocument2>(pTicket);
-        *ppCapabilities = platform::ComPtr<IXMLDOMDocument2>(m_pCapabilities).Detach();
+        pAskedTicket = platform::ComPtr<IXMLDOMDocument2>(pTicket);
+        *ppCapabilities = platform::ComPtr<IXMLDOMDocument2>(pCapabilities).Detach();
         return *ppCapabilities == nullptr ? E_PENDING : S_OK;
     }
 
-    std::map<EPrintTicketScope, platform::ComPtr<IXMLDOMDocument2>> m_tickets;
-    platform::ComPtr<IXMLDOMDocument2> m_pCapabilities;
-    std::vector<EPrintTicketScope> m_scopes;
-    platform::ComPtr<IXMLDOMDocument2> m_pAskedTicket;
+    std::map<EPrintTicketScope, platform::ComPtr<IXMLDOMDocument2>> tickets;
+    platform::ComPtr<IXMLDOMDocument2> pCapabilities;
+    std::vector<EPrintTicketScope> scopes;
+    platform::ComPtr<IXMLDOMDocument2> pAskedTicket;
 };
 
 }  // namespace tests

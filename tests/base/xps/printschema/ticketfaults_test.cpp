@@ -250,7 +250,7 @@ class ProviderFaultTest : public TicketFaultTest {
 
 TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas) {
     Open();
-    m_platform.m_merge = [](const std::string&) { return tests::Bytes(kBase); };
+    m_platform.merge = [](const std::string&) { return tests::Bytes(kBase); };
     FailEachCall([&](std::size_t nth) {
         EXPECT_EQ(S_OK, m_provider.MergeTicket(kPTJobScope, nullptr, nullptr));
         const Dom before = Get(kPTJobScope);
@@ -304,7 +304,7 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
 TEST_P(ProviderFaultTest, CapabilitiesFailWithTheCodeOrAsEmptyAndDoWithoutRewinding) {
     Open();
     const std::wstring whole = tests::Capabilities(L"");
-    m_platform.m_capabilities = tests::Bytes(whole);
+    m_platform.capabilities = tests::Bytes(whole);
     const Dom pTicket = LoadDomFromString(kBase);
     int rewindsRefused = 0;
     FailEachCall([&](std::size_t nth) {
@@ -333,7 +333,7 @@ TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown
     const auto number = [](const wchar_t* name) {
         return tests::Property(L"psk:" + std::wstring(name), tests::Integer(7));
     };
-    m_platform.m_capabilities = tests::Bytes(tests::Capabilities(tests::Property(
+    m_platform.capabilities = tests::Bytes(tests::Capabilities(tests::Property(
         L"psk:PageImageableSize",
         number(L"ImageableSizeWidth") + number(L"ImageableSizeHeight") +
             tests::Property(L"psk:ImageableArea", number(L"OriginWidth") + number(L"OriginHeight") +
