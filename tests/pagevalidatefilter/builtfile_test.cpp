@@ -12,19 +12,16 @@
 #include "pagevalidatefilter/pagevalidatexpsfilter.h"
 #include "pagevalidatefilter/peimage.h"
 #include "platform/comptr.h"
+#include "programfolder.h"
 
 namespace pagevalidatefilter {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr wchar_t kFileName[] = L"pagevalidatefilter.dll";
+using tests::ProgramFolder;
 
-fs::path ProgramFolder() {
-    std::wstring path(MAX_PATH, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-    return fs::path(path).parent_path();
-}
+constexpr wchar_t kFileName[] = L"pagevalidatefilter.dll";
 
 // The file built with this program, and those that the other presets' builds have left beside it.
 std::vector<fs::path> BuiltFiles() {

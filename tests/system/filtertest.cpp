@@ -1,9 +1,9 @@
 #include "filtertest.h"
 
-#include <array>
 #include <utility>
 
 #include "devkit/msxml/com/domdocument.h"
+#include "programfolder.h"
 
 namespace systemtest {
 
@@ -14,6 +14,7 @@ using devkit::pipeline::JobInput;
 using devkit::pipeline::RunOptions;
 using devkit::pipeline::RunOutcome;
 using devkit::prntvpt::SimulatedProvider;
+using tests::ProgramFolder;
 
 std::optional<devkit::msxml::DomRegistration> FilterTest::s_dom;
 long FilterTest::s_liveDomObjects = 0;
@@ -40,12 +41,6 @@ void FilterTest::TearDownTestSuite() {
     UnloadFilter();
     s_pProvider.reset();
     s_dom.reset();
-}
-
-std::filesystem::path FilterTest::ProgramFolder() {
-    std::array<wchar_t, 32768> path{};
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    return std::filesystem::path(std::wstring(path.data(), length)).parent_path();
 }
 
 std::filesystem::path FilterTest::Device(const std::string& name) {

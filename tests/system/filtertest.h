@@ -27,7 +27,6 @@ class FilterTest : public testing::Test {
     static void SetUpTestSuite();
     static void TearDownTestSuite();
 
-    [[nodiscard]] static std::filesystem::path ProgramFolder();
     [[nodiscard]] static std::filesystem::path Device(const std::string& name);
     [[nodiscard]] static std::shared_ptr<const devkit::package::XpsDocument> OpenSample();
     [[nodiscard]] static std::shared_ptr<const devkit::pipeline::JobInput> SampleInput();

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "devkit/pipeline/fixture.h"
 #include "devkit/pipeline/testfilter/testfilter.h"
-#include "devkit/pipeline/testmodule.h"
 #include "thrown.h"
 
 namespace devkit::pipeline {

@@ -7,7 +7,6 @@
 #include "devkit/pipeline/fixture.h"
 #include "devkit/pipeline/scriptedfilter.h"
 #include "devkit/pipeline/testfilter/testfilter.h"
-#include "devkit/pipeline/testmodule.h"
 #include "platform/utf.h"
 #include "platform/variant.h"
 

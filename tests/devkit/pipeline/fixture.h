@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "devkit/pipeline/runcontext.h"
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
+#include "programfolder.h"
 
 namespace devkit::pipeline {
 
@@ -22,6 +24,11 @@ namespace devkit::pipeline {
 // Two documents of two pages and one: tickets of the job, of the first document and of the first page; the
 // first page has a font, an image, a colour profile, a dictionary and a part of an unknown kind.
 [[nodiscard]] std::shared_ptr<JobInput> SampleJob();
+
+// testfilter.dll, beside the test program.
+[[nodiscard]] inline std::filesystem::path TestFilterPath() {
+    return tests::ProgramFolder() / "testfilter.dll";
+}
 
 [[nodiscard]] std::string ReadAll(IPrintReadStream* pStream);
 [[nodiscard]] std::wstring UriOf(IPartBase* pPart);

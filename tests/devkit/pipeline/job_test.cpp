@@ -9,7 +9,6 @@
 #include "devkit/pipeline/filterrun.h"
 #include "devkit/pipeline/fixture.h"
 #include "devkit/pipeline/testfilter/testfilter.h"
-#include "devkit/pipeline/testmodule.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -77,7 +76,7 @@ std::string FileBytes(const Path& path) {
 class OutputPackageTest : public PipelineTest {
   protected:
     static Path Sample() { return Path(SAMPLES_FOLDER) / "sample.xps"; }
-    static Path Output() { return ProgramFolder() / "outputpackage_test.xps"; }
+    static Path Output() { return tests::ProgramFolder() / "outputpackage_test.xps"; }
 
     // The document after the filter, written and read again.
     XpsDocument Through(const wchar_t* mode) {

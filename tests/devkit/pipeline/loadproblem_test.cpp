@@ -7,7 +7,7 @@
 #include <iterator>
 #include <string>
 
-#include "devkit/pipeline/testmodule.h"
+#include "devkit/pipeline/fixture.h"
 
 namespace devkit::pipeline {
 namespace {

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "beside.h"
 #include "devkit/prntvpt/client/simulatedprovider.h"
 #include "memorystream.h"
 #include "platform/bstr.h"

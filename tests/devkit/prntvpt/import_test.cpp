@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include "beside.h"
 #include "providertest.h"
 
 namespace devkit::prntvpt {
@@ -24,7 +23,8 @@ using Handle = std::unique_ptr<void, HandleClose>;
     const Handle readEnd(read);
     Handle writeEnd(write);
 
-    std::wstring command = L"\"" + Beside(L"importprobe.exe").wstring() + L"\" " + arguments;
+    std::wstring command =
+        L"\"" + (tests::ProgramFolder() / "importprobe.exe").wstring() + L"\" " + arguments;
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;

@@ -13,6 +13,7 @@
 #include "devkit/prntvpt/api/provider.h"
 #include "devkit/prntvpt/control/messages.h"
 #include "platform/prntvpt.h"
+#include "programfolder.h"
 
 namespace devkit::prntvpt {
 
@@ -22,6 +23,10 @@ inline constexpr HRESULT kBadBase = static_cast<HRESULT>(E_PRINTTICKET_FORMAT);
 inline constexpr HRESULT kBadDelta = static_cast<HRESULT>(E_DELTA_PRINTTICKET_FORMAT);
 inline constexpr HRESULT kNoSuchPrinter = HRESULT_FROM_WIN32(ERROR_INVALID_PRINTER_NAME);
 
+// The simulated provider as the host loads it.
+[[nodiscard]] inline std::filesystem::path SimulatedDll() {
+    return tests::ProgramFolder() / "simulated" / "prntvpt.dll";
+}
 [[nodiscard]] std::filesystem::path DeviceFolder(std::string_view name);
 [[nodiscard]] std::string ReadFile(const std::filesystem::path& path);
 // The JSON that configures a provider for a device of the kit.

@@ -5,7 +5,6 @@
 #include <system_error>
 #include <thread>
 
-#include "beside.h"
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "providertest.h"
@@ -242,7 +241,7 @@ TEST_F(SimulatedProviderTest, TokenThatIsNoneIsRefused) {
 }
 
 TEST(SimulatedProviderLoad, RefusesWhatCannotBeLoadedOrIsAnother) {
-    EXPECT_THROW(SimulatedProvider(Beside(L"nothing.dll")), std::runtime_error);
+    EXPECT_THROW(SimulatedProvider(::tests::ProgramFolder() / "nothing.dll"), std::runtime_error);
     wchar_t system[MAX_PATH] = L"";
     GetSystemDirectoryW(system, MAX_PATH);
     const std::string refusal = ::tests::Thrown<std::runtime_error>(

@@ -14,6 +14,7 @@
 #include "importseam.h"
 #include "platform/prntvpt.h"
 #include "platform/variant.h"
+#include "programfolder.h"
 #include "settingstext.h"
 #include "ticketmarkup.h"
 
@@ -40,10 +41,7 @@ constexpr EPrintTicketScope kScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobS
 constexpr const char* kModels[] = {"simprinter", "simprinter-us", "asymmetric", "longedge", "shortedge"};
 
 [[nodiscard]] SimulatedProvider& Simulated() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    static SimulatedProvider provider(std::filesystem::path(path).parent_path() / "simulated" /
-                                      "prntvpt.dll");
+    static SimulatedProvider provider(tests::ProgramFolder() / "simulated" / "prntvpt.dll");
     return provider;
 }
 

@@ -1,17 +1,17 @@
-#include "devkit/pipeline/testmodule.h"
+#pragma once
 
 #include "platform/windows.h"
 
+#include <filesystem>
 #include <string>
 
-namespace devkit::pipeline {
+namespace tests {
 
-std::filesystem::path ProgramFolder() {
+// The folder of the running program, in which the build puts all programs and libraries.
+[[nodiscard]] inline std::filesystem::path ProgramFolder() {
     std::wstring path(32768, L'\0');
     path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
     return std::filesystem::path(path).parent_path();
 }
 
-std::filesystem::path TestFilterPath() { return ProgramFolder() / "testfilter.dll"; }
-
-}  // namespace devkit::pipeline
+}  // namespace tests
