@@ -1,6 +1,6 @@
 #pragma once
 
-#include "devkit/msxml/com/settings.h"
+#include "devkit/msxml/com/documentsettings.h"
 #include "devkit/msxml/text/parsefailure.h"
 #include "devkit/msxml/tree/node.h"
 #include "devkit/msxml/xpath/selection.h"

@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::string_view kFaultKey = "fault";
 
-void ApplySwitch(const std::string& text, Behaviour& behaviour, std::vector<Fault>& faults) {
+void ApplySwitch(const std::string& text, Switches& behaviour, std::vector<Fault>& faults) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos) throw ConfigurationError("\"" + text + "\" is not KEY=VALUE");
     const std::string_view key = std::string_view(text).substr(0, equals);
@@ -36,7 +36,7 @@ void ApplySwitch(const std::string& text, Behaviour& behaviour, std::vector<Faul
 // The default ticket is the only place where a model states its defaults, so it must be one that the provider
 // would give out itself.
 void CheckDefaultTicket(const Configuration& configuration) {
-    Behaviour plain;
+    Switches plain;
     plain.variants = configuration.behaviour.variants;
     const Device& device = configuration.device;
     const std::string where = platform::ToUtf8((configuration.folder / "default-ticket.xml").native()) + ": ";

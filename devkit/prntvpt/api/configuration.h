@@ -10,7 +10,7 @@
 #include "devkit/prntvpt/api/fault.h"
 #include "devkit/prntvpt/control/messages.h"
 #include "devkit/prntvpt/device/device.h"
-#include "devkit/prntvpt/merge/behaviour.h"
+#include "devkit/prntvpt/merge/switches.h"
 
 namespace devkit::prntvpt {
 
@@ -24,7 +24,7 @@ class ConfigurationError : public std::runtime_error {
 struct Configuration {
     std::filesystem::path folder;
     Device device;
-    Behaviour behaviour;
+    Switches behaviour;
     std::unique_ptr<FaultPlan> pFaults;
     bool recordTickets = true;
 

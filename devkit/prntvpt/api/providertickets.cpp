@@ -6,7 +6,7 @@
 #include "devkit/printschema/reader.h"
 #include "devkit/prntvpt/api/provider.h"
 #include "devkit/prntvpt/api/resultfaults.h"
-#include "devkit/prntvpt/api/streams.h"
+#include "devkit/prntvpt/api/ticketstreams.h"
 #include "devkit/prntvpt/merge/capabilities.h"
 #include "devkit/prntvpt/merge/serializer.h"
 #include "devkit/prntvpt/merge/validation.h"

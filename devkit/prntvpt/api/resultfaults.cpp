@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "devkit/printschema/names.h"
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 #include "devkit/prntvpt/merge/optionchoice.h"
 
 namespace devkit::prntvpt {
@@ -35,7 +35,7 @@ void ChangeSetting(const Fault& fault, const Device& device, Element& ticket) {
     const Element* const pOffered = device.capabilities.Find(Tag::Feature, *feature->name);
     if (pOffered == nullptr) return;
     for (const Element& offered : pOffered->children) {
-        if (offered.tag != Tag::Option || !IsSelectable(offered, Behaviour())) continue;
+        if (offered.tag != Tag::Option || !IsSelectable(offered, Switches())) continue;
         Element option = SelectOption(offered);
         const auto selected = std::find_if(feature->children.begin(), feature->children.end(),
                                            [](const Element& child) { return child.tag == Tag::Option; });

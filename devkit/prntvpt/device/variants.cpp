@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "devkit/printschema/names.h"
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 
 namespace devkit::prntvpt {
 

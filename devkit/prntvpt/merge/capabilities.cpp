@@ -7,7 +7,7 @@
 
 #include "devkit/printschema/names.h"
 #include "devkit/prntvpt/device/imageablesize.h"
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 #include "devkit/prntvpt/merge/constraintpass.h"
 
 namespace devkit::prntvpt {
@@ -37,7 +37,7 @@ namespace {
                 LengthProperty("ExtentWidth", size.extentX), LengthProperty("ExtentHeight", size.extentY)})});
 }
 
-void ReplaceImageableSize(const Device& device, const Behaviour& behaviour, const Element& ticket,
+void ReplaceImageableSize(const Device& device, const Switches& behaviour, const Element& ticket,
                           Element& capabilities) {
     const QName name = Keyword("PageImageableSize");
     std::optional<ImageableSize> size;
@@ -91,7 +91,7 @@ void MarkOptions(const Device& device, const Element& ticket, Element& capabilit
 
 }  // namespace
 
-Element CapabilitiesFor(const Device& device, const Behaviour& behaviour, const Element& ticket) {
+Element CapabilitiesFor(const Device& device, const Switches& behaviour, const Element& ticket) {
     Element capabilities = device.capabilities;
     MarkOptions(device, ticket, capabilities);
     ReplaceImageableSize(device, behaviour, ticket, capabilities);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 
 namespace devkit::prntvpt {
 

@@ -7,7 +7,7 @@
 
 #include "devkit/printschema/element.h"
 #include "devkit/printschema/reader.h"
-#include "devkit/prntvpt/merge/behaviour.h"
+#include "devkit/prntvpt/merge/switches.h"
 
 namespace devkit::prntvpt {
 

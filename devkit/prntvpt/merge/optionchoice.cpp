@@ -7,7 +7,7 @@
 #include <optional>
 
 #include "devkit/printschema/names.h"
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 #include "devkit/prntvpt/merge/optionscore.h"
 
 namespace devkit::prntvpt {
@@ -35,7 +35,7 @@ struct Candidate {
 
 // The best of the options, the first of equals: the order of the capabilities is the device's preference.
 [[nodiscard]] Candidate FindBest(const Element& asked, const Element& offeredFeature,
-                                 const ParameterSource& parameters, const Behaviour& behaviour) {
+                                 const ParameterSource& parameters, const Switches& behaviour) {
     Candidate best;
     for (const Element& offered : offeredFeature.children) {
         if (offered.tag != Tag::Option || !IsSelectable(offered, behaviour)) continue;
@@ -140,7 +140,7 @@ void Reduce(Choices& choices, PassState& state) {
 
 }  // namespace
 
-bool IsSelectable(const Element& option, const Behaviour& behaviour) {
+bool IsSelectable(const Element& option, const Switches& behaviour) {
     if (option.constrained == Keyword("AdminSettings")) return false;
     if (option.constrained == Keyword("DeviceSettings")) return false;
     const bool strict =

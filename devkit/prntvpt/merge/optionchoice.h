@@ -16,7 +16,7 @@ struct ChosenOption {
 
 // Whether a ticket can select the option: it is not constrained by the administrator or by what the device
 // has fitted, and no strict filter removes it.
-[[nodiscard]] bool IsSelectable(const Element& option, const Behaviour& behaviour);
+[[nodiscard]] bool IsSelectable(const Element& option, const Switches& behaviour);
 
 // The options that stand for what the ticket's feature asks for; the default ones where it asks for nothing
 // that the device has. Notes a conflict in the state where the ticket does not get what it asks for.

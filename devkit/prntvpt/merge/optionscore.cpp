@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 
 namespace devkit::prntvpt {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 #include "devkit/prntvpt/merge/optionchoice.h"
 
 namespace devkit::prntvpt {

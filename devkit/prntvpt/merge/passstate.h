@@ -7,7 +7,7 @@
 #include "devkit/printschema/element.h"
 #include "devkit/printschema/names.h"
 #include "devkit/prntvpt/device/device.h"
-#include "devkit/prntvpt/merge/behaviour.h"
+#include "devkit/prntvpt/merge/switches.h"
 #include "platform/prntvpt.h"
 
 namespace devkit::prntvpt {
@@ -15,7 +15,7 @@ namespace devkit::prntvpt {
 // What the passes of one validation share.
 struct PassState {
     const Device& device;
-    const Behaviour& behaviour;
+    const Switches& behaviour;
     EPrintTicketScope scope;
     Element ticket;  // merged, and rid of what the scope or the namespaces exclude
 

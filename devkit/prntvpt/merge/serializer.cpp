@@ -125,7 +125,7 @@ void Reverse(Element& element) {
 
 }  // namespace
 
-std::string Serialize(const Element& root, const Behaviour& behaviour, const SerializerInput& input) {
+std::string Serialize(const Element& root, const Switches& behaviour, const SerializerInput& input) {
     const NamespacePlan plan(behaviour.prefixes, root, input.privateUris, input.inputPrefixes);
     Writer writer(plan, behaviour.prefixes, behaviour.layout);
     if (behaviour.order == ElementOrder::Reversed) {

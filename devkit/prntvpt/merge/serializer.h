@@ -5,7 +5,7 @@
 
 #include "devkit/printschema/element.h"
 #include "devkit/printschema/reader.h"
-#include "devkit/prntvpt/merge/behaviour.h"
+#include "devkit/prntvpt/merge/switches.h"
 
 namespace devkit::prntvpt {
 
@@ -15,7 +15,7 @@ struct SerializerInput {
 };
 
 // The bytes of the document as the switches prefixes, order, encoding and whitespace want them.
-[[nodiscard]] std::string Serialize(const Element& root, const Behaviour& behaviour,
+[[nodiscard]] std::string Serialize(const Element& root, const Switches& behaviour,
                                     const SerializerInput& input);
 
 }  // namespace devkit::prntvpt

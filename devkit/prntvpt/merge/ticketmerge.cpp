@@ -72,7 +72,7 @@ Element MergeTickets(Element base, const Element* pDelta) {
     return base;
 }
 
-NamespaceFilterResult FilterNamespaces(Element& ticket, const Device& device, const Behaviour& behaviour) {
+NamespaceFilterResult FilterNamespaces(Element& ticket, const Device& device, const Switches& behaviour) {
     NamespaceFilterResult result;
     if (behaviour.privateNames == PrivateNames::All) {
         for (const Element& entry : ticket.children) {

@@ -10,7 +10,7 @@
 
 #include "devkit/printschema/element.h"
 #include "devkit/prntvpt/device/device.h"
-#include "devkit/prntvpt/merge/behaviour.h"
+#include "devkit/prntvpt/merge/switches.h"
 #include "platform/prntvpt.h"
 
 namespace devkit::prntvpt {
@@ -35,6 +35,6 @@ struct NamespaceFilterResult {
 // Removes what has a name of a namespace that the device does not know, at any level; under private=strict
 // also the root entries, and with strict=options the options, whose names are not public.
 [[nodiscard]] NamespaceFilterResult FilterNamespaces(Element& ticket, const Device& device,
-                                                     const Behaviour& behaviour);
+                                                     const Switches& behaviour);
 
 }  // namespace devkit::prntvpt

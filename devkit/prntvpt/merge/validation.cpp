@@ -8,7 +8,7 @@
 #include <set>
 #include <utility>
 
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 #include "devkit/prntvpt/merge/constraintpass.h"
 #include "devkit/prntvpt/merge/passes.h"
 #include "devkit/prntvpt/merge/ticketmerge.h"
@@ -43,7 +43,7 @@ void Append(std::vector<Element>&& elements, Element& ticket) {
     std::move(elements.begin(), elements.end(), std::back_inserter(ticket.children));
 }
 
-[[nodiscard]] ValidatedTicket Validate(const Device& device, const Behaviour& behaviour, Element base,
+[[nodiscard]] ValidatedTicket Validate(const Device& device, const Switches& behaviour, Element base,
                                        const Element* pDelta, EPrintTicketScope scope) {
     ValidatedTicket result;
     KeepScope(base, scope, result.notes);
@@ -75,7 +75,7 @@ void Append(std::vector<Element>&& elements, Element& ticket) {
 
 }  // namespace
 
-ValidatedTicket MergeAndValidate(const Device& device, const Behaviour& behaviour, Element base,
+ValidatedTicket MergeAndValidate(const Device& device, const Switches& behaviour, Element base,
                                  const Element* pDelta, EPrintTicketScope scope) {
     ValidatedTicket result = Validate(device, behaviour, std::move(base), pDelta, scope);
 #ifndef NDEBUG

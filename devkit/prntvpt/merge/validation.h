@@ -7,7 +7,7 @@
 
 #include "devkit/printschema/element.h"
 #include "devkit/prntvpt/device/device.h"
-#include "devkit/prntvpt/merge/behaviour.h"
+#include "devkit/prntvpt/merge/switches.h"
 #include "platform/prntvpt.h"
 
 namespace devkit::prntvpt {
@@ -21,7 +21,7 @@ struct ValidatedTicket {
 // Merges the delta, when there is one, into the base, and makes the outcome a complete and valid ticket of
 // the device for the scope: its order is that of the device, or that of the input under order=input. A ticket
 // that came out of here comes out of here unchanged.
-[[nodiscard]] ValidatedTicket MergeAndValidate(const Device& device, const Behaviour& behaviour, Element base,
+[[nodiscard]] ValidatedTicket MergeAndValidate(const Device& device, const Switches& behaviour, Element base,
                                                const Element* pDelta, EPrintTicketScope scope);
 
 }  // namespace devkit::prntvpt

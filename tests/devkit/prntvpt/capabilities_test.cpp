@@ -145,7 +145,7 @@ TEST(CapabilitiesMarks, StrongerConstraintsOfTheModelStay) {
                            {Condition::Kind::OneOf, Keyword("PageOrientation"), {Keyword("Portrait")}, {}, 0},
                            Keyword("JobInputBin"),
                            Keyword("AutoSelect")}};
-    const Element marked = CapabilitiesFor(device, Behaviour(), device.defaultTicket);
+    const Element marked = CapabilitiesFor(device, Switches(), device.defaultTicket);
     for (const Element& option : marked.Find(Tag::Feature, Keyword("JobInputBin"))->children) {
         if (option.name != tray) continue;
         EXPECT_EQ(Keyword("DeviceSettings"), option.constrained);

@@ -55,7 +55,7 @@ TEST(Configuration, NeedsADeviceAndNothingElse) {
     const auto configuration = ParseConfiguration(ConfigurationFor({}));
     EXPECT_EQ((std::vector<std::string>{"SimPrinter"}), configuration->device.printers);
     EXPECT_TRUE(configuration->recordTickets);
-    EXPECT_EQ(DescribeSwitches(Behaviour()), DescribeSwitches(configuration->behaviour));
+    EXPECT_EQ(DescribeSwitches(Switches()), DescribeSwitches(configuration->behaviour));
     EXPECT_TRUE(configuration->pFaults->Faults().empty());
 }
 

@@ -33,13 +33,13 @@ const std::string kAcme = "http://schemas.example.com/acme/filters/v1";
     return root;
 }
 
-[[nodiscard]] std::string Write(const Element& root, const Behaviour& switches,
+[[nodiscard]] std::string Write(const Element& root, const Switches& switches,
                                 const std::vector<PrefixBinding>& input = {}) {
     return Serialize(root, switches, {{kDev}, input});
 }
 
-[[nodiscard]] Behaviour With(PrefixStyle prefixes) {
-    Behaviour switches;
+[[nodiscard]] Switches With(PrefixStyle prefixes) {
+    Switches switches;
     switches.prefixes = prefixes;
     return switches;
 }
@@ -127,7 +127,7 @@ TEST(Serializer, EscapesText) {
 TEST(Serializer, PrettyLayoutHasALineForEachElement) {
     Element root;
     root.children.push_back(ValueElement(Tag::ParameterInit, Keyword("PageCopies"), IntegerValue(2)));
-    Behaviour switches;
+    Switches switches;
     switches.layout = Layout::Pretty;
     const std::string text = Write(root, switches);
     EXPECT_EQ(
@@ -139,7 +139,7 @@ TEST(Serializer, PrettyLayoutHasALineForEachElement) {
 TEST(Serializer, CommentsComeWithProcessingInstructions) {
     Element root;
     root.children.push_back(ValueElement(Tag::ParameterInit, Keyword("PageCopies"), IntegerValue(2)));
-    Behaviour switches;
+    Switches switches;
     switches.layout = Layout::Comments;
     const std::string text = Write(root, switches);
     EXPECT_EQ(std::string(kDeclaration).size(),
@@ -148,7 +148,7 @@ TEST(Serializer, CommentsComeWithProcessingInstructions) {
 }
 
 TEST(Serializer, EncodingsBeginWithTheirMarks) {
-    Behaviour switches;
+    Switches switches;
     switches.encoding = Encoding::Utf8WithMark;
     EXPECT_EQ("\xEF\xBB\xBF" + Write(Element(), {}), Write(Element(), switches));
     switches.encoding = Encoding::Utf16LittleEndian;

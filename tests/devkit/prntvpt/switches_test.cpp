@@ -1,16 +1,17 @@
+#include "devkit/prntvpt/merge/switches.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <stdexcept>
 
-#include "devkit/prntvpt/merge/behaviour.h"
 #include "thrown.h"
 
 namespace devkit::prntvpt {
 namespace {
 
 [[nodiscard]] std::string Refusal(std::string_view key, std::string_view value) {
-    Behaviour switches;
+    Switches switches;
     return tests::MessageOf<std::invalid_argument>([&] { SetSwitch(switches, key, value); });
 }
 
@@ -36,7 +37,7 @@ TEST(Switches, DefaultsComeFirst) {
                                         "us=0",
                                         "private-size-names=0",
                                         "snapshot=0"}),
-              DescribeSwitches(Behaviour()));
+              DescribeSwitches(Switches()));
 }
 
 TEST(Switches, EveryValueOfEverySwitchIsReadAsItIsWritten) {
@@ -65,14 +66,14 @@ TEST(Switches, EveryValueOfEverySwitchIsReadAsItIsWritten) {
     };
     for (const std::vector<std::string>& row : table) {
         for (std::size_t index = 1; index < row.size(); ++index) {
-            Behaviour switches;
+            Switches switches;
             SetSwitch(switches, row[0], row[index]);
             const std::vector<std::string> lines = DescribeSwitches(switches);
             EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(), row[0] + "=" + row[index]))
                 << row[0] << " " << row[index];
         }
     }
-    EXPECT_EQ(DescribeSwitches(Behaviour()).size(), table.size());
+    EXPECT_EQ(DescribeSwitches(Switches()).size(), table.size());
 }
 
 TEST(Switches, RefusesUnknownKeysAndValues) {

@@ -296,7 +296,7 @@ TEST(Validation, OptionThatTheAdministratorBarsBecomesTheDefaultWithConflict) {
     }
     const Element ticket =
         ReadFramework(Ticket(Select("psk:PageOutputColor", "psk:Grayscale")), Tag::PrintTicket).root;
-    const ValidatedTicket validated = MergeAndValidate(device, Behaviour(), ticket, nullptr, kPTJobScope);
+    const ValidatedTicket validated = MergeAndValidate(device, Switches(), ticket, nullptr, kPTJobScope);
     EXPECT_TRUE(validated.conflict);
     EXPECT_EQ(*device.defaultTicket.Find(Tag::Feature, Keyword("PageOutputColor")),
               *validated.ticket.Find(Tag::Feature, Keyword("PageOutputColor")));
@@ -322,7 +322,7 @@ class PickManyTest : public testing::Test {
         for (const std::string& option : options) feature += "<psf:Option name=\"psk:" + option + "\"/>";
         const Element ticket = ReadFramework(Ticket(feature + "</psf:Feature>"), Tag::PrintTicket).root;
         const ValidatedTicket validated =
-            MergeAndValidate(m_device, Behaviour(), ticket, nullptr, kPTJobScope);
+            MergeAndValidate(m_device, Switches(), ticket, nullptr, kPTJobScope);
         std::string names;
         for (const Element& child :
              validated.ticket.Find(Tag::Feature, Keyword("PageOutputColor"))->children) {

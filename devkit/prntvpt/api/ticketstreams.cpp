@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/api/streams.h"
+#include "devkit/prntvpt/api/ticketstreams.h"
 
 #include <algorithm>
 #include <array>

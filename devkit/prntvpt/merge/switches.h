@@ -22,7 +22,7 @@ enum class OptionProperties { Strip, KeepPerfect };
 enum class ThreadRule { Enforce, Warn, Off };
 
 // How the provider behaves where its documentation leaves room. control.h describes each.
-struct Behaviour {
+struct Switches {
     PrivateNames privateNames = PrivateNames::Known;
     StrictExtent strictExtent = StrictExtent::Features;
     PrefixStyle prefixes = PrefixStyle::Standard;
@@ -40,9 +40,9 @@ struct Behaviour {
 };
 
 // Sets one switch. std::invalid_argument, one line, when there is no such key or value.
-void SetSwitch(Behaviour& behaviour, std::string_view key, std::string_view value);
+void SetSwitch(Switches& behaviour, std::string_view key, std::string_view value);
 
 // Every switch as "KEY=VALUE", in a fixed order.
-[[nodiscard]] std::vector<std::string> DescribeSwitches(const Behaviour& behaviour);
+[[nodiscard]] std::vector<std::string> DescribeSwitches(const Switches& behaviour);
 
 }  // namespace devkit::prntvpt

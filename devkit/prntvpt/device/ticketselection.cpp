@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/device/selection.h"
+#include "devkit/prntvpt/device/ticketselection.h"
 
 namespace devkit::prntvpt {
 namespace {

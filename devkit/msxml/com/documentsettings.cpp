@@ -1,4 +1,4 @@
-#include "devkit/msxml/com/settings.h"
+#include "devkit/msxml/com/documentsettings.h"
 
 #include <algorithm>
 #include <array>

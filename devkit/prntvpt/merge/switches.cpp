@@ -1,4 +1,4 @@
-#include "devkit/prntvpt/merge/behaviour.h"
+#include "devkit/prntvpt/merge/switches.h"
 
 #include <array>
 #include <charconv>
@@ -18,24 +18,24 @@ constexpr unsigned kMaxSnapshotBytes = 4U * 1024U * 1024U;
 struct Entry {
     std::string_view key;
     std::span<const std::string_view> values;
-    std::size_t (*get)(const Behaviour&);
-    void (*set)(Behaviour&, std::size_t);
+    std::size_t (*get)(const Switches&);
+    void (*set)(Switches&, std::size_t);
 };
 
 // One entry for the member that the path of pointers leads to.
 template <auto Member>
 [[nodiscard]] constexpr Entry Row(std::string_view key, std::span<const std::string_view> values) {
     return {key, values,
-            [](const Behaviour& behaviour) { return static_cast<std::size_t>(behaviour.*Member); },
-            [](Behaviour& behaviour, std::size_t index) {
+            [](const Switches& behaviour) { return static_cast<std::size_t>(behaviour.*Member); },
+            [](Switches& behaviour, std::size_t index) {
                 behaviour.*Member = static_cast<std::remove_reference_t<decltype(behaviour.*Member)>>(index);
             }};
 }
 template <auto Member>
 [[nodiscard]] constexpr Entry VariantRow(std::string_view key, std::span<const std::string_view> values) {
     return {key, values,
-            [](const Behaviour& behaviour) { return static_cast<std::size_t>(behaviour.variants.*Member); },
-            [](Behaviour& behaviour, std::size_t index) {
+            [](const Switches& behaviour) { return static_cast<std::size_t>(behaviour.variants.*Member); },
+            [](Switches& behaviour, std::size_t index) {
                 auto& member = behaviour.variants.*Member;
                 member = static_cast<std::remove_reference_t<decltype(member)>>(index);
             }};
@@ -60,19 +60,19 @@ constexpr std::array<Name, 3> kFeedValues{"scored", "property", "absent"};
 constexpr std::array<Name, 3> kImageableValues{"oriented", "portrait", "absent"};
 
 constexpr std::array<Entry, 20> kTable{{
-    Row<&Behaviour::privateNames>("private", kPrivateValues),
-    Row<&Behaviour::strictExtent>("strict", kStrictValues),
-    Row<&Behaviour::prefixes>("prefixes", kPrefixValues),
-    Row<&Behaviour::order>("order", kOrderValues),
-    Row<&Behaviour::encoding>("encoding", kEncodingValues),
-    Row<&Behaviour::layout>("whitespace", kLayoutValues),
-    Row<&Behaviour::duplicates>("duplicates", kDuplicateValues),
-    Row<&Behaviour::mixedValues>("mixed-values", kMixedValueValues),
-    Row<&Behaviour::orphans>("orphans", kOrphanValues),
-    Row<&Behaviour::fallback>("fallback", kFallbackValues),
-    Row<&Behaviour::optionProperties>("option-props", kPropertyValues),
-    Row<&Behaviour::dropIsConflict>("drop-is-conflict", kFlag),
-    Row<&Behaviour::threadRule>("thread", kThreadValues),
+    Row<&Switches::privateNames>("private", kPrivateValues),
+    Row<&Switches::strictExtent>("strict", kStrictValues),
+    Row<&Switches::prefixes>("prefixes", kPrefixValues),
+    Row<&Switches::order>("order", kOrderValues),
+    Row<&Switches::encoding>("encoding", kEncodingValues),
+    Row<&Switches::layout>("whitespace", kLayoutValues),
+    Row<&Switches::duplicates>("duplicates", kDuplicateValues),
+    Row<&Switches::mixedValues>("mixed-values", kMixedValueValues),
+    Row<&Switches::orphans>("orphans", kOrphanValues),
+    Row<&Switches::fallback>("fallback", kFallbackValues),
+    Row<&Switches::optionProperties>("option-props", kPropertyValues),
+    Row<&Switches::dropIsConflict>("drop-is-conflict", kFlag),
+    Row<&Switches::threadRule>("thread", kThreadValues),
     VariantRow<&Variants::bins>("bins", kBinValues),
     VariantRow<&Variants::noScaling>("no-scaling", kFlag),
     VariantRow<&Variants::noCopies>("no-copies", kFlag),
@@ -96,7 +96,7 @@ constexpr std::string_view kSnapshotKey = "snapshot";
     return joined;
 }
 
-void SetSnapshot(Behaviour& behaviour, std::string_view value) {
+void SetSnapshot(Switches& behaviour, std::string_view value) {
     unsigned bytes = 0;
     const char* const pEnd = value.data() + value.size();
     const auto [pStop, error] = std::from_chars(value.data(), pEnd, bytes);
@@ -108,7 +108,7 @@ void SetSnapshot(Behaviour& behaviour, std::string_view value) {
 
 }  // namespace
 
-void SetSwitch(Behaviour& behaviour, std::string_view key, std::string_view value) {
+void SetSwitch(Switches& behaviour, std::string_view key, std::string_view value) {
     if (key == kSnapshotKey) return SetSnapshot(behaviour, value);
     for (const Entry& entry : kTable) {
         if (entry.key != key) continue;
@@ -120,7 +120,7 @@ void SetSwitch(Behaviour& behaviour, std::string_view key, std::string_view valu
     throw std::invalid_argument("there is no switch \"" + std::string(key) + "\"");
 }
 
-std::vector<std::string> DescribeSwitches(const Behaviour& behaviour) {
+std::vector<std::string> DescribeSwitches(const Switches& behaviour) {
     std::vector<std::string> lines;
     for (const Entry& entry : kTable) {
         lines.push_back(std::string(entry.key) + "=" + std::string(entry.values[entry.get(behaviour)]));
