@@ -15,21 +15,7 @@ using namespace tests;
 
 using Lines = std::vector<std::string>;
 
-[[nodiscard]] std::string Select(const std::string& feature, const std::string& option,
-                                 const std::string& content = {}) {
-    return "<psf:Feature name=\"" + feature + "\"><psf:Option name=\"" + option + "\">" + content +
-           "</psf:Option></psf:Feature>";
-}
-
-class BehaviourTest : public ProviderTest {
-  protected:
-    [[nodiscard]] std::string LineAfter(const std::string& delta, const char* local, HRESULT expected,
-                                        EPrintTicketScope scope = kPTJobScope) {
-        const WrittenResult merged = MergeWithDefault(Ticket(delta), scope);
-        EXPECT_EQ(expected, merged.result) << delta;
-        return Line(merged.bytes, local);
-    }
-};
+class BehaviourTest : public ProviderTest {};
 
 TEST_F(BehaviourTest, StrictRemovesTheDevicesOwnFeaturesToo) {
     Use({"private=strict"});

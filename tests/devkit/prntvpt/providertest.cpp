@@ -6,6 +6,7 @@
 #include "memorystream.h"
 #include "platform/bstr.h"
 #include "platform/utf.h"
+#include "tickets.h"
 
 namespace devkit::prntvpt {
 namespace {
@@ -70,6 +71,14 @@ WrittenResult ProviderTest::Merge(std::string_view base, std::optional<std::stri
 
 WrittenResult ProviderTest::MergeWithDefault(std::string_view delta, EPrintTicketScope scope) {
     return Merge(DefaultTicket(), delta, scope);
+}
+
+std::string ProviderTest::LineAfter(const std::string& children, const char* local, HRESULT expected,
+                                    EPrintTicketScope scope) {
+    const WrittenResult merged = MergeWithDefault(tests::Ticket(children), scope);
+    EXPECT_EQ(expected, merged.result) << children;
+    EXPECT_EQ(std::nullopt, merged.error) << children;
+    return tests::Line(merged.bytes, local);
 }
 
 WrittenResult ProviderTest::Capabilities(std::optional<std::string_view> ticket) {

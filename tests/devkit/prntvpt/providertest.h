@@ -55,6 +55,10 @@ class ProviderTest : public testing::Test {
     // The device's default ticket is the base.
     [[nodiscard]] WrittenResult MergeWithDefault(std::string_view delta,
                                                  EPrintTicketScope scope = kPTJobScope);
+    // The line of the root entry of that local name, once these children of a ticket are merged with the
+    // default ticket; the result has to be the one that is expected, without an error text.
+    [[nodiscard]] std::string LineAfter(const std::string& children, const char* local, HRESULT expected,
+                                        EPrintTicketScope scope = kPTJobScope);
     [[nodiscard]] WrittenResult Capabilities(std::optional<std::string_view> ticket = std::nullopt);
     [[nodiscard]] std::string DefaultTicket() const { return m_provider.DefaultTicket(); }
     [[nodiscard]] ProviderReport Report() const {

@@ -30,13 +30,6 @@ class ValidationTest : public ProviderTest {
   protected:
     void SetUp() override { Use({}); }
 
-    // Merges the delta into the default ticket at job scope; the line of `local` in the result.
-    [[nodiscard]] std::string LineAfter(const std::string& delta, const char* local, HRESULT expected) {
-        const WrittenResult merged = MergeWithDefault(Ticket(delta));
-        EXPECT_EQ(expected, merged.result) << delta;
-        EXPECT_EQ(std::nullopt, merged.error);
-        return Line(merged.bytes, local);
-    }
     // The lines of the default ticket with one of them replaced.
     [[nodiscard]] Lines DefaultWith(const std::string& line) {
         Lines lines = Summarize(DefaultTicket());

@@ -17,12 +17,6 @@ class VariantTest : public ProviderTest {
     [[nodiscard]] Element ReadCapabilities() {
         return ReadFramework(Capabilities().bytes, Tag::PrintCapabilities).root;
     }
-    [[nodiscard]] std::string LineAfter(const std::string& delta, const char* local, HRESULT expected,
-                                        EPrintTicketScope scope = kPTJobScope) {
-        const WrittenResult merged = MergeWithDefault(Ticket(delta), scope);
-        EXPECT_EQ(expected, merged.result) << delta;
-        return Line(merged.bytes, local);
-    }
 };
 
 TEST_F(VariantTest, BinsCanBelongToThePage) {
