@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tests {
@@ -12,12 +13,17 @@ class LiveCount {
   public:
     LiveCount(std::string what, std::function<long()> count);
 
+    // The running test leaves so many of that kind on purpose. Throws std::invalid_argument for a kind that
+    // the program does not count.
+    static void ExpectLeft(std::string_view what, long count);
+
     struct Kind {
         std::string what;
         std::function<long()> count;
+        long left = 0;  // on purpose
     };
     // In no particular order.
-    [[nodiscard]] static const std::vector<Kind>& Kinds();
+    [[nodiscard]] static std::vector<Kind>& Kinds();
 };
 
 }  // namespace tests

@@ -7,6 +7,7 @@
 #include "devkit/pipeline/fixture.h"
 #include "devkit/pipeline/scriptedfilter.h"
 #include "devkit/pipeline/testfilter/testfilter.h"
+#include "livecount.h"
 #include "platform/utf.h"
 #include "platform/variant.h"
 
@@ -208,12 +209,12 @@ TEST_F(FilterRunTest, AStreamThatIsNeverClosedIsABreachOfAJobThatSucceeds) {
 }
 
 TEST_F(FilterRunTest, ALeakedPageIsFound) {
-    ExpectLeaked(1);
+    tests::LiveCount::ExpectLeft("objects of the kit", 1);
     EXPECT_EQ(Lines{"never released: FixedPage /1/1.fpage, 1 reference"}, Run(L"leak-page").breaches);
 }
 
 TEST_F(FilterRunTest, AFilterThatKeepsItselfAliveIsFoundWithAllThatItHolds) {
-    ExpectLeaked(8);
+    tests::LiveCount::ExpectLeft("objects of the kit", 8);
     EXPECT_EQ(
         (Lines{"the filter is still referenced 1 times beside the host's own reference",
                "never released: DocumentProvider, 2 references",

@@ -33,13 +33,9 @@ namespace devkit::pipeline {
 [[nodiscard]] std::string ReadAll(IPrintReadStream* pStream);
 [[nodiscard]] std::wstring UriOf(IPartBase* pPart);
 
-// Makes a context with a behaviour, and sees that the test releases all of the kit's objects.
+// Makes a context with a behaviour.
 class PipelineTest : public testing::Test {
   protected:
-    void TearDown() override { EXPECT_EQ(m_liveBefore + m_leaked, common::LiveObjectCount()); }
-    // The test leaks so many objects on purpose.
-    void ExpectLeaked(std::size_t count) { m_leaked = count; }
-
     // The context of the test's objects; a later behaviour makes a new one.
     [[nodiscard]] const ContextPtr& Context();
     void Use(Behaviour behaviour) { m_context = std::make_shared<RunContext>(std::move(behaviour)); }
@@ -48,8 +44,6 @@ class PipelineTest : public testing::Test {
     static Behaviour Failing(std::string method, HRESULT code, std::string argument = {}, unsigned nth = 1);
 
   private:
-    const std::size_t m_liveBefore = common::LiveObjectCount();
-    std::size_t m_leaked = 0;
     ContextPtr m_context;
 };
 

@@ -7,26 +7,7 @@
 namespace devkit::prntvpt {
 
 platform::ComPtr<MemoryStream> MemoryStream::Make(std::string bytes, std::size_t position) {
-    auto stream = platform::ComPtr<MemoryStream>::Adopt(new MemoryStream);
-    stream->m_bytes = std::move(bytes);
-    stream->m_position = position;
-    return stream;
-}
-
-HRESULT MemoryStream::QueryInterface(REFIID iid, void** ppObject) {
-    *ppObject = nullptr;
-    if (iid != __uuidof(IUnknown) && iid != __uuidof(ISequentialStream) && iid != __uuidof(IStream)) {
-        return E_NOINTERFACE;
-    }
-    *ppObject = static_cast<IStream*>(this);
-    AddRef();
-    return S_OK;
-}
-
-ULONG MemoryStream::Release() {
-    const ULONG references = --m_references;
-    if (references == 0) delete this;
-    return references;
+    return tests::MakeMock<MemoryStream>(std::move(bytes), position);
 }
 
 HRESULT MemoryStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {

@@ -6,24 +6,25 @@
 #include <string>
 #include <utility>
 
+#include "mockobject.h"
 #include "platform/comptr.h"
+
+PLATFORM_INTERFACE_EXTENDS(IStream, ISequentialStream)
 
 namespace devkit::prntvpt {
 
-// A stream over bytes in memory that counts its living instances. Only Read, Write and Seek work.
-class MemoryStream final : public IStream {
+// A stream over bytes in memory. Only Read, Write and Seek work.
+class MemoryStream final : public tests::MockObject<IStream> {
   public:
+    MemoryStream(std::string bytes, std::size_t position)
+        : m_bytes(std::move(bytes)), m_position(position) {}
     // Made with one reference, positioned at `position`.
     [[nodiscard]] static platform::ComPtr<MemoryStream> Make(std::string bytes = {},
                                                              std::size_t position = 0);
-    [[nodiscard]] static int Living() noexcept { return s_living; }
-
-    MemoryStream(const MemoryStream&) = delete;
 
     [[nodiscard]] const std::string& Bytes() const noexcept { return m_bytes; }
     [[nodiscard]] std::size_t Position() const noexcept { return m_position; }
     [[nodiscard]] int Seeks() const noexcept { return m_seeks; }
-    [[nodiscard]] ULONG References() const noexcept { return m_references; }
     // No Read and no Write moves more than that.
     void LimitBlocks(ULONG most) noexcept { m_most = most; }
     // Read and Write take one off the counter, which streams can share, and fail with STG_E_INVALIDFUNCTION
@@ -36,9 +37,6 @@ class MemoryStream final : public IStream {
     void FailReads(HRESULT hr) noexcept { m_readResult = hr; }
     void FailWrites(HRESULT hr) noexcept { m_writeResult = hr; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override;
     HRESULT STDMETHODCALLTYPE Read(void* pBuffer, ULONG cb, ULONG* pcbRead) override;
     HRESULT STDMETHODCALLTYPE Write(const void* pBuffer, ULONG cb, ULONG* pcbWritten) override;
     HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* pPosition) override;
@@ -56,16 +54,11 @@ class MemoryStream final : public IStream {
     HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
 
   private:
-    MemoryStream() { ++s_living; }
-    ~MemoryStream() { --s_living; }
-
     [[nodiscard]] bool IsAtZero() const noexcept { return m_counter && (*m_counter)-- == 0; }
 
-    static inline int s_living = 0;
     std::shared_ptr<int> m_counter;
-    ULONG m_references = 1;
     std::string m_bytes;
-    std::size_t m_position = 0;
+    std::size_t m_position;
     ULONG m_most = 0xFFFFFFFF;
     bool m_tellsEnd = false;
     int m_reads = 0;

@@ -40,8 +40,8 @@ struct WrittenResult {
     std::optional<std::wstring> error;  // none: the BSTR stayed null
 };
 
-// A provider of the test's own with a handle on the device's printer. Every test ends with a look at what is
-// left: streams, and breaches that it did not ask for.
+// A provider of the test's own with a handle on the device's printer. Every test ends with a look at
+// the breaches, of which there must be none that it did not ask for.
 class ProviderTest : public testing::Test {
   protected:
     // Configures for the device with these switches and opens its printer.

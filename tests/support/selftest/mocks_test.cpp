@@ -4,6 +4,7 @@
 #include "callrecorder.h"
 #include "devkit/msxml/com/domdocument.h"
 #include "leakchecklistener.h"
+#include "livecount.h"
 #include "mockobject.h"
 #include "mockparts.h"
 #include "platform/comptr.h"
@@ -30,6 +31,19 @@ TEST(LeakCheckListenerTest, FailsATestThatLeavesAnObjectOfTheKitAlive) {
     EXPECT_NONFATAL_FAILURE(listener.OnTestEnd(thisTest), "objects of the kit's DOM are still alive");
     pLeaked.Reset();
     listener.OnTestEnd(thisTest);
+}
+
+TEST(LeakCheckListenerTest, AllowsWhatATestLeavesOnPurpose) {
+    const testing::TestInfo& thisTest = *testing::UnitTest::GetInstance()->current_test_info();
+    LeakCheckListener listener;
+    listener.OnTestStart(thisTest);
+    LiveCount::ExpectLeft("mock objects", 1);
+    EXPECT_NONFATAL_FAILURE(listener.OnTestEnd(thisTest), "mock objects are still alive");
+    auto pLeft = MakeMock<MockUnknown>();
+    listener.OnTestEnd(thisTest);
+    pLeft.Reset();
+    LiveCount::ExpectLeft("mock objects", 0);
+    EXPECT_THROW(LiveCount::ExpectLeft("mocks", 1), std::invalid_argument);
 }
 
 TEST(CallRecorderTest, FailsTheNthCallOfAnyOrOfOneText) {
