@@ -14,7 +14,7 @@ namespace bench {
 // A page of glyph markup of the given size as a pipeline read stream. The markup is made while it is read, so
 // that a page of 100 MB costs no memory that would hide what the reader and its handler use. Both streams are
 // members, whose own reference nobody gives up.
-class GlyphPageStream final : public platform::ComObject<IPrintReadStream> {
+class GlyphPageStream final : public platform::ComIdentity<platform::ReferenceCount, IPrintReadStream> {
   public:
     explicit GlyphPageStream(std::uint64_t size);
 
@@ -35,7 +35,8 @@ class GlyphPageStream final : public platform::ComObject<IPrintReadStream> {
 };
 
 // Counts what is written and drops it.
-class DiscardingWriteStream final : public platform::ComObject<IPrintWriteStream> {
+class DiscardingWriteStream final
+    : public platform::ComIdentity<platform::ReferenceCount, IPrintWriteStream> {
   public:
     [[nodiscard]] std::uint64_t Written() const noexcept { return m_written; }
 

@@ -11,7 +11,8 @@ namespace pagevalidatefilter {
 
 // The class factory of PageValidateXpsFilter. Made with one reference, destroyed by the last Release; it
 // counts as one live object of the module, and as a second one while it is locked. Any thread may use it.
-class PageValidateXpsFilterFactory final : public platform::ComObject<IClassFactory> {
+class PageValidateXpsFilterFactory final
+    : public platform::ComIdentity<platform::ReferenceCount, IClassFactory> {
   public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override;
 

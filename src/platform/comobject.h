@@ -76,10 +76,6 @@ class ComIdentity : public First, public Others..., public Count {
     }
 };
 
-// The identity of an object of which nobody keeps a list.
-template <typename First, typename... Others>
-using ComObject = ComIdentity<ReferenceCount, First, Others...>;
-
 // A new object with the one reference that the owner holds.
 template <typename Object, typename... Arguments>
 [[nodiscard]] ComPtr<Object> MakeObject(Arguments&&... arguments) {

@@ -36,7 +36,7 @@ class Control final : public ComIdentity<Registered, IPrintPipelineManagerContro
     int& m_livingAtTheEnd;
 };
 
-class Font final : public ComObject<IPartFont2> {
+class Font final : public ComIdentity<ReferenceCount, IPartFont2> {
   public:
     HRESULT STDMETHODCALLTYPE GetUri(BSTR*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetStream(IPrintReadStream**) override { return E_NOTIMPL; }

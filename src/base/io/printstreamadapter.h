@@ -15,7 +15,7 @@ namespace base::io {
 // What the two IStream adapters have in common: identity, the pipeline stream, a size, three times and the
 // methods that neither supports. No method throws. One thread uses an adapter at a time.
 template <typename PipelineStream>
-class PrintStreamAdapter : public platform::ComObject<IStream> {
+class PrintStreamAdapter : public platform::ComIdentity<platform::ReferenceCount, IStream> {
   public:
     HRESULT STDMETHODCALLTYPE Read(void*, ULONG, ULONG*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE Write(const void*, ULONG, ULONG*) override { return E_NOTIMPL; }

@@ -16,7 +16,7 @@ namespace base::xps {
 
 // A SAX content handler that ignores every event, with the operations on attributes that a handler of page
 // markup needs. Made with one reference, which is the maker's.
-class FixedPageSaxHandlerBase : public platform::ComObject<ISAXContentHandler> {
+class FixedPageSaxHandlerBase : public platform::ComIdentity<platform::ReferenceCount, ISAXContentHandler> {
   public:
     HRESULT STDMETHODCALLTYPE putDocumentLocator(ISAXLocator*) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE startDocument() override { return S_OK; }

@@ -12,7 +12,7 @@ namespace base::xps {
 // less than it is asked for before its end, which a reader takes for the end; so a read goes on until the
 // buffer is full or the end is there. A stream that keeps answering without a byte, an end or a failure is
 // taken for broken. Made with one reference, which is the maker's.
-class SequentialReadStream final : public platform::ComObject<ISequentialStream> {
+class SequentialReadStream final : public platform::ComIdentity<platform::ReferenceCount, ISequentialStream> {
   public:
     // Shares the stream, which must not be null.
     explicit SequentialReadStream(platform::ComPtr<IPrintReadStream> pStream) noexcept;

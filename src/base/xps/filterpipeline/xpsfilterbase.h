@@ -20,7 +20,7 @@ namespace base::xps::filterpipeline {
 //
 // StartOperation runs on a thread of the pipeline; ShutdownOperation may come from another one meanwhile.
 // Subclasses throw; only the methods of IPrintPipelineFilter turn exceptions into HRESULTs.
-class XpsFilterBase : public platform::ComObject<IPrintPipelineFilter> {
+class XpsFilterBase : public platform::ComIdentity<platform::ReferenceCount, IPrintPipelineFilter> {
   public:
     // Keeps the three objects and sets the prefix of the private print schema namespace from the driver's
     // property bag. E_FAIL for a null argument; a driver without a property bag is no failure.

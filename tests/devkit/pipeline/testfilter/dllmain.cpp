@@ -9,7 +9,7 @@ using testfilter::TestFilter;
 
 // A member of the module, whose own reference nobody gives up.
 template <typename Filter>
-class Factory final : public platform::ComObject<IClassFactory> {
+class Factory final : public platform::ComIdentity<platform::ReferenceCount, IClassFactory> {
   public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override {
         if (ppObject == nullptr) return E_POINTER;
