@@ -52,8 +52,8 @@ constexpr int kMostAttempts = 10;
 // child that is started at the same time would inherit them too and keep the pipes open.
 [[nodiscard]] UniqueHandle Start(std::wstring_view command, const UniqueHandle& read,
                                  const UniqueHandle& write) {
-    static std::mutex starting;
-    const std::lock_guard guard(starting);
+    static std::mutex s_starting;
+    const std::lock_guard guard(s_starting);
     const std::wstring program = ProgramPath().wstring();
     std::wstring line = L"\"" + program + L"\" ";
     line.append(command).append(L" ").append(HandleText(read)).append(L" ").append(HandleText(write));

@@ -304,12 +304,12 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
         if (m_settings.teskType) properties.driverValues->emplace(L"KoraTeskType", *m_settings.teskType);
         for (const std::string& text : m_settings.driverValues) {
             auto [name, value] = pipeline::ParseProperty(text);
-            properties.driverValues->insert_or_assign(std::move(name), std::move(value));
+            properties.driverValues->insert_or_assign(name, std::move(value));
         }
     }
     for (const std::string& text : m_settings.properties) {
         auto [name, value] = pipeline::ParseProperty(text);
-        properties.more.insert_or_assign(std::move(name), std::move(value));
+        properties.more.insert_or_assign(name, std::move(value));
     }
     options.cancelAt = m_settings.cancelAt;
     for (const std::string& text : m_settings.pipelineSwitches) pipeline::ApplySwitch(options, text);

@@ -12,7 +12,6 @@ namespace devkit::pipeline {
 namespace {
 
 using common::UniqueHandle;
-using platform::ComPtr;
 
 // How long the provider waits for ShutdownOperation to return before it answers all the same: a filter whose
 // ShutdownOperation waits for its own loop to end must not be locked up by the kit.

@@ -34,8 +34,8 @@ struct Graveyard {
 
 // Never destroyed, because objects may be released until the process ends.
 Graveyard& TheGraveyard() {
-    static Graveyard& graveyard = *new Graveyard;
-    return graveyard;
+    static Graveyard& s_graveyard = *new Graveyard;
+    return s_graveyard;
 }
 
 const char* MethodName(std::size_t index) {

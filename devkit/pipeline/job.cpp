@@ -67,7 +67,7 @@ std::string ContentTypeOfNew(const Part& part) {
 }
 
 std::shared_ptr<JobInput> TreeOf(const Document& document) {
-    const auto job = std::make_shared<JobInput>();
+    auto job = std::make_shared<JobInput>();
     const package::FixedDocumentSequence& sequence = document->sequence;
     job->thumbnail = MakePart(document, document->thumbnail);
     job->sequence = MakePart(document, sequence.name);

@@ -27,8 +27,8 @@ constexpr auto kTypes = std::to_array<TypeOfKind>({
 });
 
 const Bytes& NoBytes() {
-    static const Bytes none = std::make_shared<const std::string>();
-    return none;
+    static const Bytes kNone = std::make_shared<const std::string>();
+    return kNone;
 }
 
 }  // namespace
@@ -97,7 +97,7 @@ Bytes Part::Read() {
 }
 
 Bytes Part::ReadPlain() {
-    const Bytes bytes = Read();
+    Bytes bytes = Read();
     const bool isObfuscated = m_kind == PartKind::Font && !IsNew() && !IsWritten() &&
                               common::EqualIgnoringCase(m_inputType, kObfuscatedFont);
     if (!isObfuscated) return bytes;
@@ -105,7 +105,7 @@ Bytes Part::ReadPlain() {
 }
 
 Bytes Part::ReadPackaged() {
-    const Bytes bytes = Read();
+    Bytes bytes = Read();
     if (!obfuscate || !IsNew()) return bytes;
     return std::make_shared<const std::string>(ToggleObfuscation(*bytes, Name()));
 }

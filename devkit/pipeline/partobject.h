@@ -17,6 +17,13 @@ struct PLATFORM_UUID("6d6f9a4e-8f5b-4c1e-9a57-2d0b7f3c61e8") IKitPart : public I
     [[nodiscard]] virtual const PartPtr& GetPart() const noexcept = 0;
 };
 
+}  // namespace devkit::pipeline
+
+PLATFORM_INTERFACE_UUID(devkit::pipeline::IKitPart, 0x6d6f9a4e, 0x8f5b, 0x4c1e, 0x9a, 0x57, 0x2d, 0x0b, 0x7f,
+                        0x3c, 0x61, 0xe8)
+
+namespace devkit::pipeline {
+
 // The object's identity, with the reference of its maker.
 template <typename Object>
 [[nodiscard]] platform::ComPtr<IUnknown> MakeIdentity(const ContextPtr& context, const PartPtr& part) {
@@ -39,7 +46,7 @@ class PartObject : public ComObject<Interfaces..., IKitPart> {
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
         using Shown = ComObject<Interfaces..., IKitPart>;
         if (iid != __uuidof(IKitPart)) return Shown::QueryInterface(iid, ppObject);
-        return Shown::Identity::QueryInterface(iid, ppObject);
+        return Shown::Identity::QueryInterface(iid, ppObject);  // NOLINT(bugprone-parent-virtual-call)
     }
     const PartPtr& GetPart() const noexcept override { return m_part; }
 
@@ -103,6 +110,3 @@ class StreamPartObject : public PartObject<Interface> {
 };
 
 }  // namespace devkit::pipeline
-
-PLATFORM_INTERFACE_UUID(devkit::pipeline::IKitPart, 0x6d6f9a4e, 0x8f5b, 0x4c1e, 0x9a, 0x57, 0x2d, 0x0b, 0x7f,
-                        0x3c, 0x61, 0xe8)

@@ -7,7 +7,7 @@
 #ifdef __GLIBCXX__
 namespace __gnu_cxx {
 // Frees what the C++ library keeps for the life of the process, its reserve for exceptions without memory.
-void __freeres();
+void __freeres();  // NOLINT(bugprone-reserved-identifier,readability-identifier-naming): the library's name
 }  // namespace __gnu_cxx
 
 namespace {
@@ -36,14 +36,14 @@ void FreeSlots() {
 }  // namespace
 
 // The linker prefers the module's own import slot to the import library's.
-extern "C" void* const takeSlot asm(
+extern "C" void* const kTakeSlot asm(
 #ifdef _M_IX86
     "__imp__TlsAlloc@0"
 #else
     "__imp_TlsAlloc"
 #endif
 );
-extern "C" void* const takeSlot = reinterpret_cast<void*>(&TakeSlot);
+extern "C" void* const kTakeSlot = reinterpret_cast<void*>(&TakeSlot);
 #endif
 
 // The entry point stands in an object that is always linked: an import library may bring a DllMain of its

@@ -11,7 +11,6 @@ namespace pagevalidatefilter {
 
 using base::logging::ThrowIfFailed;
 using base::logging::ThrowIfNull;
-using base::xps::filterpipeline::XpsDocumentProviderFilterBase;
 using base::xps::printschema::PrintTicketHandler;
 using base::xps::printschema::PrivatePrefix;
 using platform::ComPtr;

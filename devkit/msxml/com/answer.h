@@ -35,7 +35,7 @@ template <typename Body>
 
 // Whether failing calls leave what the caller's out-pointer held, as Windows' document does, see
 // LeaveOutPointersOfFailures.
-inline std::atomic<bool> leavesOutPointers = false;
+inline std::atomic<bool> g_leavesOutPointers = false;
 
 // Runs the body of a COM method that gives something out: an object, a text or a VARIANT. The place is null
 // when the body starts, and again when it has failed. E_INVALIDARG for no place.
@@ -45,7 +45,7 @@ template <typename Out, typename Body>
     const Out before = *pOut;
     *pOut = Out();
     const HRESULT result = Guarded(std::forward<Body>(body));
-    if (FAILED(result)) *pOut = leavesOutPointers ? before : Out();
+    if (FAILED(result)) *pOut = g_leavesOutPointers ? before : Out();
     return result;
 }
 

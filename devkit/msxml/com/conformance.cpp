@@ -78,9 +78,9 @@ void CheckWriting(IClassFactory& factory) {
     const DocumentPtr pDocument = NewDocument(factory);
     ComPtr<IStream> pStream;
     Require(pDocument.QueryTo(pStream) == S_OK);
-    constexpr std::string_view text = "<a/>";
+    constexpr std::string_view kText = "<a/>";
     ULONG written = 0;
-    Require(pStream->Write(text.data(), static_cast<ULONG>(text.size()), &written) == S_OK);
+    Require(pStream->Write(kText.data(), static_cast<ULONG>(kText.size()), &written) == S_OK);
     pStream.Reset();
     static_cast<void>(RootOf(*pDocument.Get()));
 }
@@ -118,10 +118,10 @@ void CheckDtdRefused(IClassFactory& factory) {
 }  // namespace
 
 bool DomConforms(IClassFactory& factory) noexcept {
-    constexpr std::array checks = {CheckDeclarationsInMap,  CheckReading,   CheckWriting, CheckSelection,
-                                   CheckAttributeNamespace, CheckDtdRefused};
+    constexpr std::array kChecks = {CheckDeclarationsInMap,  CheckReading,   CheckWriting, CheckSelection,
+                                    CheckAttributeNamespace, CheckDtdRefused};
     return Guarded([&] {
-               for (const auto check : checks) check(factory);
+               for (const auto check : kChecks) check(factory);
                return S_OK;
            }) == S_OK;
 }

@@ -210,8 +210,8 @@ HRESULT DomDocument::save(VARIANT destination) { return Save(*this, destination)
 HRESULT DomDocument::abort() { return S_OK; }
 
 HRESULT DomDocument::get_readyState(long* pState) {
-    constexpr long complete = 4;
-    return ReturnNumber(complete, pState);
+    constexpr long kComplete = 4;
+    return ReturnNumber(kComplete, pState);
 }
 
 HRESULT DomDocument::get_parseError(IXMLDOMParseError** ppError) {
@@ -279,7 +279,7 @@ HRESULT CreateDomDocument(REFIID iid, void** ppDocument) noexcept {
     if (ppDocument == nullptr) return E_POINTER;
     *ppDocument = nullptr;
     return Guarded([&] {
-        auto* const pDocument = new DomDocument;
+        auto* const pDocument = new DomDocument;  // NOLINT(bugprone-unhandled-exception-at-new): Guarded
         const NodeRef keep(pDocument);
         return pDocument->QueryInterface(iid, ppDocument);
     });
@@ -287,6 +287,6 @@ HRESULT CreateDomDocument(REFIID iid, void** ppDocument) noexcept {
 
 long LiveObjectCount() noexcept { return Node::CountLiving() + LiveCount::Living(); }
 
-void LeaveOutPointersOfFailures(bool leave) noexcept { leavesOutPointers = leave; }
+void LeaveOutPointersOfFailures(bool leave) noexcept { g_leavesOutPointers = leave; }
 
 }  // namespace devkit::msxml

@@ -48,10 +48,10 @@ HRESULT Save(const Document& document, const VARIANT& destination) noexcept {
 }
 
 void WriteWhole(ISequentialStream& stream, std::string_view bytes) {
-    constexpr std::size_t longestWrite = 1 << 30;
+    constexpr std::size_t kLongestWrite = 1 << 30;
     while (!bytes.empty()) {
         ULONG written = 0;
-        const auto wanted = static_cast<ULONG>(std::min(bytes.size(), longestWrite));
+        const auto wanted = static_cast<ULONG>(std::min(bytes.size(), kLongestWrite));
         common::ThrowIfFailed(stream.Write(bytes.data(), wanted, &written));
         if (written == 0) throw common::HresultError(STG_E_MEDIUMFULL);
         if (written > wanted) throw common::HresultError(E_UNEXPECTED);

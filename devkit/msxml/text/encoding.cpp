@@ -46,12 +46,12 @@ bool IsWide(Encoding encoding) noexcept {
 // The encoding that a declaration names; without one the other. A malformed declaration is the parser's to
 // refuse.
 Encoding DeclaredEncoding(std::wstring_view start, Encoding otherwise) {
-    constexpr std::wstring_view opening = L"<?xml";
+    constexpr std::wstring_view kOpening = L"<?xml";
     const std::size_t end = start.find(L"?>");
-    if (!start.starts_with(opening) || end == std::wstring_view::npos) return otherwise;
+    if (!start.starts_with(kOpening) || end == std::wstring_view::npos) return otherwise;
     std::wstring name;
     try {
-        name = ParseXmlDeclaration(start.substr(opening.size(), end - opening.size())).encoding;
+        name = ParseXmlDeclaration(start.substr(kOpening.size(), end - kOpening.size())).encoding;
     } catch (const Refused&) {
         return otherwise;
     }
@@ -68,8 +68,8 @@ Encoding DeclaredEncoding(std::wstring_view start, Encoding otherwise) {
 
 // The start of 8-bit text, in which a declaration is ASCII.
 std::wstring StartOf(std::string_view bytes) {
-    constexpr std::size_t longestDeclaration = 1024;
-    const std::string_view start = bytes.substr(0, longestDeclaration);
+    constexpr std::size_t kLongestDeclaration = 1024;
+    const std::string_view start = bytes.substr(0, kLongestDeclaration);
     std::wstring text(start.size(), L'\0');
     std::transform(start.begin(), start.end(), text.begin(),
                    [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });

@@ -112,14 +112,15 @@ Run::Run(Document& document, const ParseRules& rules, std::string_view utf8)
 }
 
 void Run::Go() {
-    constexpr std::string_view opening = "<?xml";
-    constexpr std::string_view space = " \t\r\n";
-    const bool hasDeclaration = m_utf8.starts_with(opening) && m_utf8.size() > opening.size() &&
-                                space.find(m_utf8[opening.size()]) != std::string_view::npos;
+    constexpr std::string_view kOpening = "<?xml";
+    constexpr std::string_view kSpace = " \t\r\n";
+    const bool hasDeclaration = m_utf8.starts_with(kOpening) && m_utf8.size() > kOpening.size() &&
+                                kSpace.find(m_utf8[kOpening.size()]) != std::string_view::npos;
     if (hasDeclaration) {
         const std::size_t end = m_utf8.find("?>");
-        const std::size_t length = end == std::string_view::npos ? end : end - opening.size();
-        Handle(this, [&](Run& run) { run.m_builder.Declaration(run.m_utf8.substr(opening.size(), length)); });
+        const std::size_t length = end == std::string_view::npos ? end : end - kOpening.size();
+        Handle(this,
+               [&](Run& run) { run.m_builder.Declaration(run.m_utf8.substr(kOpening.size(), length)); });
     }
     if (!m_hasFailed) xmlParseDocument(m_pContext.get());
     if (m_hasFailed) Report();

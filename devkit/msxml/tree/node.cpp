@@ -6,19 +6,19 @@ namespace devkit::msxml {
 
 namespace {
 
-std::atomic<long> livingNodes = 0;
+std::atomic<long> g_livingNodes = 0;
 
 }  // namespace
 
 // The document's address is kept, not its content, which may not be made yet.
 Node::Node(Kind kind, Document& document, SharedName pName) noexcept
     : m_kind(kind), m_pDocument(&document), m_pName(std::move(pName)) {
-    ++livingNodes;
+    ++g_livingNodes;
 }
 
-Node::~Node() { --livingNodes; }
+Node::~Node() { --g_livingNodes; }
 
-long Node::CountLiving() noexcept { return livingNodes; }
+long Node::CountLiving() noexcept { return g_livingNodes; }
 
 Node* Node::Keeper() const noexcept {
     if (m_pParent != nullptr) return m_pParent;

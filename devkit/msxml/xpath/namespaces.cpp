@@ -13,8 +13,8 @@ constexpr std::wstring_view kSpace = L" \t\r\n";
 
 // Every character that can be part of a name or a number; what it is exactly is the parser's to find out.
 bool IsWord(wchar_t c) noexcept {
-    constexpr std::wstring_view others = L" \t\r\n()[].@,:/|+=!<>*$\"'";
-    return c == L'.' || others.find(c) == std::wstring_view::npos;
+    constexpr std::wstring_view kOthers = L" \t\r\n()[].@,:/|+=!<>*$\"'";
+    return c == L'.' || kOthers.find(c) == std::wstring_view::npos;
 }
 
 // Takes one declaration off the text.

@@ -50,11 +50,11 @@ class SimplePath::Reader {
     // An ASCII name without a colon; others are the XML library's.
     [[nodiscard]] bool TakeName(std::wstring& name) {
         SkipSpace();
-        constexpr std::wstring_view letters = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
-        constexpr std::wstring_view others =
+        constexpr std::wstring_view kLetters = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
+        constexpr std::wstring_view kOthers =
             L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_0123456789-.";
-        if (m_rest.empty() || letters.find(m_rest.front()) == std::wstring_view::npos) return false;
-        const std::size_t end = std::min(m_rest.find_first_not_of(others), m_rest.size());
+        if (m_rest.empty() || kLetters.find(m_rest.front()) == std::wstring_view::npos) return false;
+        const std::size_t end = std::min(m_rest.find_first_not_of(kOthers), m_rest.size());
         name = m_rest.substr(0, end);
         m_rest.remove_prefix(end);
         return m_rest.empty() || m_rest.front() < 0x80;

@@ -5,8 +5,8 @@
 namespace devkit::prntvpt {
 
 Provider& Instance() {
-    static Provider provider;
-    return provider;
+    static Provider s_provider;
+    return s_provider;
 }
 
 }  // namespace devkit::prntvpt

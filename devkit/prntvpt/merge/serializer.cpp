@@ -114,7 +114,7 @@ void Reverse(Element& element) {
 
 [[nodiscard]] std::string Encode(const std::string& body, Encoding encoding) {
     const bool isWide = encoding == Encoding::Utf16LittleEndian;
-    const std::string text =
+    std::string text =
         std::string(R"(<?xml version="1.0" encoding=")") + (isWide ? "UTF-16" : "UTF-8") + "\"?>\n" + body;
     if (encoding == Encoding::Utf8) return text;
     if (encoding == Encoding::Utf8WithMark) return "\xEF\xBB\xBF" + text;

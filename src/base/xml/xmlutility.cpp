@@ -18,8 +18,8 @@ using platform::ComPtr;
 
 namespace {
 
-constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
-constexpr std::string_view Utf16Mark = "\xFF\xFE";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
 // A load that fails to parse is a success code with the flag false; either shows it.
 [[nodiscard]] bool IsLoaded(HRESULT loaded, VARIANT_BOOL wellFormed) noexcept {
@@ -45,8 +45,8 @@ constexpr std::string_view Utf16Mark = "\xFF\xFE";
 }
 
 [[nodiscard]] std::wstring Widen(std::string_view bytes) {
-    if (bytes.starts_with(Utf16Mark)) return WidenUtf16(bytes.substr(Utf16Mark.size()));
-    if (bytes.starts_with(Utf8Mark)) return platform::ToUtf16(bytes.substr(Utf8Mark.size()));
+    if (bytes.starts_with(kUtf16Mark)) return WidenUtf16(bytes.substr(kUtf16Mark.size()));
+    if (bytes.starts_with(kUtf8Mark)) return platform::ToUtf16(bytes.substr(kUtf8Mark.size()));
     const bool isUtf16WithoutMark = bytes.size() >= 2 && bytes[0] == '<' && bytes[1] == '\0';
     return isUtf16WithoutMark ? WidenUtf16(bytes) : platform::ToUtf16(bytes);
 }

@@ -61,8 +61,8 @@ std::wstring NewTicketName(std::wstring_view oldName, std::int32_t number) {
 }
 
 std::int32_t NextTicketNumber() noexcept {
-    static std::atomic<std::int32_t> last = 0;
-    return ++last;
+    static std::atomic<std::int32_t> s_last = 0;
+    return ++s_last;
 }
 
 }  // namespace base::xps

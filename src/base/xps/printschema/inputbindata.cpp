@@ -12,8 +12,8 @@ using platform::ComPtr;
 namespace {
 
 const Qname& FeedDirectionName() {
-    static const Qname name = {SchemaNamespace::Keywords, L"FeedDirection"};
-    return name;
+    static const Qname kName = {SchemaNamespace::Keywords, L"FeedDirection"};
+    return kName;
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ void InputBinData::OnRead(const PrintSchemaHandler& handler, const Qname&, IXMLD
         return;
     const std::uint32_t id = FeedDirectionOptionNames::Instance().IndexOf(SchemaNamespace::Keywords,
                                                                           std::wstring(direction.View()));
-    if (id != SchemaBase::NotFound) m_feedDirection = static_cast<std::int32_t>(id);
+    if (id != SchemaBase::kNotFound) m_feedDirection = static_cast<std::int32_t>(id);
 }
 
 void InputBinData::OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, Scope) const {

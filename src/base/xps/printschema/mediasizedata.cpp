@@ -19,8 +19,8 @@ using platform::ComPtr;
 
 namespace {
 
-const Qname HeightName = {SchemaNamespace::Keywords, L"MediaSizeHeight"};
-const Qname WidthName = {SchemaNamespace::Keywords, L"MediaSizeWidth"};
+const Qname kHeightName = {SchemaNamespace::Keywords, L"MediaSizeHeight"};
+const Qname kWidthName = {SchemaNamespace::Keywords, L"MediaSizeWidth"};
 
 void AppendLength(const PrintSchemaHandler& handler, IXMLDOMElement* pOption, const Qname& name,
                   std::int32_t micrometres) {
@@ -152,8 +152,8 @@ MediaSizeOption MediaSizeData::SelectPrintableMediaSize(PrintTicketProvider& pro
 
 void MediaSizeData::OnRead(const PrintSchemaHandler& handler, const Qname&, IXMLDOMNode* pOption) {
     MediaDimensions size;
-    const HRESULT height = handler.ReadInteger(pOption, PropertyKind::Scored, HeightName, &size.height);
-    const HRESULT width = handler.ReadInteger(pOption, PropertyKind::Scored, WidthName, &size.width);
+    const HRESULT height = handler.ReadInteger(pOption, PropertyKind::Scored, kHeightName, &size.height);
+    const HRESULT width = handler.ReadInteger(pOption, PropertyKind::Scored, kWidthName, &size.width);
     if (SUCCEEDED(height) && SUCCEEDED(width)) {
         m_size = size;
         return;
@@ -170,8 +170,8 @@ void MediaSizeData::OnWrite(const PrintSchemaHandler& handler, IXMLDOMElement* p
     if (MediaSizeTable::IsStandardSize(id) && MediaSizeTable::Instance().ById(id)->size != m_size) {
         Throw<std::runtime_error>("unexpected paper size was specified.");
     }
-    AppendLength(handler, pOption, HeightName, m_size.height);
-    AppendLength(handler, pOption, WidthName, m_size.width);
+    AppendLength(handler, pOption, kHeightName, m_size.height);
+    AppendLength(handler, pOption, kWidthName, m_size.width);
 }
 
 }  // namespace base::xps::printschema

@@ -5,7 +5,7 @@ namespace {
 
 // Id, name, width and height in micrometres. The values are this program's own, also where other published
 // tables differ: rolls have no height, and several names share one size.
-constexpr MediaSizeRow Rows[] = {
+constexpr MediaSizeRow kRows[] = {
     {-1, L"MediaSizeSchema::OptionUnknown", {-1, -1}},
     {0, L"MediaSizeSchema::CustomMediaSize", {0, 0}},
     {1, L"MediaSizeSchema::PSCustomMediaSize", {0, 0}},
@@ -183,6 +183,6 @@ constexpr MediaSizeRow Rows[] = {
 
 }  // namespace
 
-std::span<const MediaSizeRow> MediaSizeRows() noexcept { return Rows; }
+std::span<const MediaSizeRow> MediaSizeRows() noexcept { return kRows; }
 
 }  // namespace base::xps::printschema

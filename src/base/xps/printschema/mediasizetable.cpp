@@ -9,17 +9,17 @@ namespace base::xps::printschema {
 namespace {
 
 [[nodiscard]] std::wstring KeywordOf(std::wstring_view name) {
-    constexpr std::wstring_view prefix = L"MediaSizeSchema::";
-    const std::size_t found = name.find(prefix);
+    constexpr std::wstring_view kPrefix = L"MediaSizeSchema::";
+    const std::size_t found = name.find(kPrefix);
     if (found == std::wstring_view::npos) logging::Throw<std::logic_error>("Encounterd unexpect state.");
-    return std::wstring(name).erase(found, prefix.size());
+    return std::wstring(name).erase(found, kPrefix.size());
 }
 
 }  // namespace
 
 const MediaSizeTable& MediaSizeTable::Instance() {
-    static const MediaSizeTable table(MediaSizeRows());
-    return table;
+    static const MediaSizeTable kTable(MediaSizeRows());
+    return kTable;
 }
 
 MediaSizeTable::MediaSizeTable(std::span<const MediaSizeRow> rows) {

@@ -26,8 +26,8 @@ template <typename List>
 class KeywordList : public SchemaBase {
   public:
     [[nodiscard]] static const List& Instance() {
-        static const List list;
-        return list;
+        static const List kList;
+        return kList;
     }
 };
 

@@ -19,7 +19,7 @@ using platform::Yielded;
 
 namespace {
 
-constexpr auto LastNamespace = static_cast<std::uint32_t>(SchemaNamespace::Fallback);
+constexpr auto kLastNamespace = static_cast<std::uint32_t>(SchemaNamespace::Fallback);
 
 [[nodiscard]] HRESULT SetProperty(IXMLDOMDocument2* pDocument, std::wstring_view name,
                                   std::wstring_view value) {
@@ -134,7 +134,7 @@ HRESULT PrintSchemaHandler::FindPrefix(std::wstring_view uri, BSTR* pPrefix) con
 }
 
 std::wstring PrintSchemaHandler::GetPrefix(SchemaNamespace space) const {
-    const std::wstring privatePrefix = PrivatePrefix();
+    std::wstring privatePrefix = PrivatePrefix();
     if (m_frameworkPrefix.Empty() || m_keywordPrefix.Empty() || privatePrefix.empty())
         logging::ThrowHresult(E_UNEXPECTED);
     switch (space) {
@@ -160,7 +160,7 @@ HRESULT PrintSchemaHandler::StripPrefix(BSTR* pText, SchemaNamespace first) cons
 
 std::wstring PrintSchemaHandler::Stripped(std::wstring_view text, SchemaNamespace first) const {
     std::wstring stripped(text);
-    for (auto index = static_cast<std::uint32_t>(first); index <= LastNamespace; ++index) {
+    for (auto index = static_cast<std::uint32_t>(first); index <= kLastNamespace; ++index) {
         const std::wstring prefix = GetPrefix(SchemaNamespace{index});
         const std::size_t found = stripped.find(prefix);
         if (found != std::wstring::npos) return stripped.erase(found, prefix.size());

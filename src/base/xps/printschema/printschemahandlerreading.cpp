@@ -43,10 +43,10 @@ void AppendLiteral(std::wstring& query, std::wstring_view text) {
 
 // White space as XML has it.
 [[nodiscard]] std::wstring_view Trimmed(std::wstring_view text) {
-    constexpr std::wstring_view space = L" \t\r\n";
-    const std::size_t first = text.find_first_not_of(space);
+    constexpr std::wstring_view kSpace = L" \t\r\n";
+    const std::size_t first = text.find_first_not_of(kSpace);
     if (first == std::wstring_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(space) - first + 1);
+    return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
 }
 
 // A decimal number with an optional sign and white space round it; nothing when it is not one or does not
@@ -57,12 +57,12 @@ void AppendLiteral(std::wstring& query, std::wstring_view text) {
     if (isNegative || digits.starts_with(L'+')) digits.remove_prefix(1);
     if (digits.empty()) return std::nullopt;
 
-    constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int64_t kLimit = std::numeric_limits<std::int32_t>::max();
     std::int64_t value = 0;
     for (const wchar_t digit : digits) {
         if (digit < L'0' || digit > L'9') return std::nullopt;
         value = value * 10 + (digit - L'0');
-        if (value > limit + (isNegative ? 1 : 0)) return std::nullopt;
+        if (value > kLimit + (isNegative ? 1 : 0)) return std::nullopt;
     }
     return static_cast<std::int32_t>(isNegative ? -value : value);
 }

@@ -57,7 +57,7 @@ void PrintTicketFunctionOption::ReadFrom(const PrintTicketHandler& ticket) {
     const std::optional<Selection> selection = FindSelection(ticket, GetFeatureNames(), GetOptionNames());
     if (!selection) return;
     const std::uint32_t option = GetOptionNames().IndexOf(selection->option);
-    if (option == SchemaBase::NotFound) return;
+    if (option == SchemaBase::kNotFound) return;
     SetFeatureId(static_cast<std::int32_t>(GetFeatureNames().IndexOf(selection->feature)));
     SetOptionId(static_cast<std::int32_t>(option));
     OnRead(ticket, selection->feature, selection->pOption.Get());

@@ -26,9 +26,9 @@ namespace {
 }
 
 [[nodiscard]] ComPtr<IXMLDOMNode> NameAttribute(IXMLDOMNamedNodeMap* pAttributes) {
-    static const Bstr name(L"name");
+    static const Bstr kName(L"name");
     ComPtr<IXMLDOMNode> pAttribute;
-    ThrowIfFailed(pAttributes->getNamedItem(name.Get(), pAttribute.Put()));
+    ThrowIfFailed(pAttributes->getNamedItem(kName.Get(), pAttribute.Put()));
     return pAttribute;
 }
 

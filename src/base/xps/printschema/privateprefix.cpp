@@ -5,26 +5,26 @@
 namespace base::xps::printschema {
 namespace {
 
-std::mutex s_lock;
-std::wstring s_privatePrefix;
+std::mutex g_lock;
+std::wstring g_privatePrefix;
 
 }  // namespace
 
 void SetPrivatePrefix(std::wstring_view prefix) {
     std::wstring stored(prefix);
     if (!stored.empty()) stored += L':';
-    const std::scoped_lock lock(s_lock);
-    s_privatePrefix.swap(stored);
+    const std::scoped_lock lock(g_lock);
+    g_privatePrefix.swap(stored);
 }
 
 std::wstring PrivatePrefix() {
-    const std::scoped_lock lock(s_lock);
-    return s_privatePrefix;
+    const std::scoped_lock lock(g_lock);
+    return g_privatePrefix;
 }
 
 void EnsurePrivatePrefix() {
-    const std::scoped_lock lock(s_lock);
-    if (s_privatePrefix.empty()) s_privatePrefix = kFallbackPrefix;
+    const std::scoped_lock lock(g_lock);
+    if (g_privatePrefix.empty()) g_privatePrefix = kFallbackPrefix;
 }
 
 }  // namespace base::xps::printschema

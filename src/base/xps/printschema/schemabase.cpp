@@ -50,7 +50,7 @@ std::uint32_t SchemaBase::Search(SchemaNamespace space, const wchar_t* pTarget) 
     const std::wstring_view target = pTarget;
     const auto found = std::ranges::find_if(
         m_qnames, [&](const Qname& name) { return name.localName == target && name.space == space; });
-    return found == m_qnames.end() ? NotFound : static_cast<std::uint32_t>(found - m_qnames.begin());
+    return found == m_qnames.end() ? kNotFound : static_cast<std::uint32_t>(found - m_qnames.begin());
 }
 
 }  // namespace base::xps::printschema

@@ -40,7 +40,7 @@ struct Qname {
 class SchemaBase {
   public:
     // What IndexOf answers for a name that the list does not hold; negative as a signed number.
-    static constexpr std::uint32_t NotFound = 0xFFFFFFFF;
+    static constexpr std::uint32_t kNotFound = 0xFFFFFFFF;
 
     SchemaBase(const SchemaBase&) = delete;
     SchemaBase& operator=(const SchemaBase&) = delete;
@@ -50,7 +50,7 @@ class SchemaBase {
     [[nodiscard]] virtual const std::set<SchemaNamespace>& GetNamespaces() const;
     // std::invalid_argument when there is no such index.
     [[nodiscard]] virtual const Qname& GetQname(std::uint32_t index) const;
-    // The first index of exactly this name, or NotFound. Letter case and namespace count; a text ends at its
+    // The first index of exactly this name, or kNotFound. Letter case and namespace count; a text ends at its
     // first null character. std::invalid_argument for a null pName.
     [[nodiscard]] virtual std::uint32_t IndexOf(const Qname& name) const;
     [[nodiscard]] virtual std::uint32_t IndexOf(SchemaNamespace space, const std::wstring& name) const;

@@ -118,7 +118,7 @@ TEST(MediaSizeOptionNames, AMediaSizesIdIsItsIndex) {
     ASSERT_EQ(172U, names.GetQnames().size());
     for (const auto& [id, record] : MediaSizeTable::Instance().Records()) {
         const std::uint32_t index =
-            id == MediaSizeSchema::OptionUnknown ? SchemaBase::NotFound : static_cast<std::uint32_t>(id);
+            id == MediaSizeSchema::OptionUnknown ? SchemaBase::kNotFound : static_cast<std::uint32_t>(id);
         EXPECT_EQ(index, names.IndexOf(kKeywords, record->keyword));
     }
     EXPECT_EQ((Qname{kKeywords, L"CustomMediaSize"}), names.GetQname(0));

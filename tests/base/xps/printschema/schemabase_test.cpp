@@ -55,7 +55,7 @@ TEST(SchemaBase, GetNamespacesOnAListBuiltWithNoAddQnameThrowsALogicError) {
 TEST(SchemaBase, AListWithoutNamesHasNone) {
     const EmptyList list;
     EXPECT_TRUE(list.GetQnames().empty());
-    EXPECT_EQ(SchemaBase::NotFound, list.IndexOf(SchemaNamespace::Keywords, L"Same"));
+    EXPECT_EQ(SchemaBase::kNotFound, list.IndexOf(SchemaNamespace::Keywords, L"Same"));
     EXPECT_THROW(static_cast<void>(list.GetQname(0)), std::invalid_argument);
 }
 
