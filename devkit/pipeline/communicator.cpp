@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "devkit/common/error.h"
-
 namespace devkit::pipeline {
 
 Communicator::Communicator(ContextPtr context, StreamEnd reader, StreamEnd writer)
@@ -26,7 +24,7 @@ HRESULT Communicator::RequestWriter(void** ppWriter) {
 HRESULT Communicator::Request(const char* method, StreamKind kind, const StreamEnd& end, void** ppStream) {
     if (ppStream == nullptr) return E_POINTER;
     *ppStream = nullptr;
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         if (const HRESULT hr = Context().Calls().Enter(method); FAILED(hr)) return hr;
         Context().Used(end.pInterface == m_reader.pInterface ? "reader" : "writer");
         if (kind == StreamKind::None) return S_OK;

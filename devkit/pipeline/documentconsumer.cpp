@@ -3,7 +3,6 @@
 #include <array>
 #include <utility>
 
-#include "devkit/common/error.h"
 #include "devkit/common/text.h"
 #include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/partobject.h"
@@ -114,7 +113,7 @@ HRESULT DocumentConsumer::SendFixedPage(IFixedPage* pFixedPage) {
 }
 
 HRESULT DocumentConsumer::CloseSender() {
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         const std::lock_guard guard(m_lock);
         const bool closedBefore = std::exchange(m_closed, true);
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentConsumer::CloseSender"); FAILED(hr))
@@ -129,7 +128,7 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
                                           IPrintWriteStream** ppWriteStream) {
     if (ppNewPart != nullptr) *ppNewPart = nullptr;
     if (ppWriteStream != nullptr) *ppWriteStream = nullptr;
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         const std::lock_guard guard(m_lock);
         const std::string name = common::Utf8OrNull(uri);
         const HRESULT planned = Context().Calls().Enter("IXpsDocumentConsumer::GetNewEmptyPart", name);
@@ -155,7 +154,7 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
 }
 
 HRESULT DocumentConsumer::Send(const char* method, PartKind kind, IUnknown* pObject) {
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         const PartPtr part = PartOf(pObject);
         const HRESULT hr = Take(method, kind, pObject, part);
         if (FAILED(hr) || m_next == nullptr) return hr;
@@ -187,7 +186,7 @@ HRESULT DocumentConsumer::Take(const char* method, PartKind kind, IUnknown* pObj
         // The next filter holds its own reference, if there is one.
         if (m_next == nullptr) m_foreign.emplace_back(pObject);
         m_sent.push_back({PartKind::Unknown, NameOfForeign(pObject), nullptr});
-        Context().Observer().PartSent(m_sent.back());
+        Context().Observer()->PartSent(m_sent.back());
         return S_OK;
     }
     if (part->sent) return Context().Breach(part->Title() + " was sent twice");
@@ -235,7 +234,7 @@ void DocumentConsumer::Record(PartKind kind, const PartPtr& part) {
     m_counts.sequences += kind == PartKind::FixedDocumentSequence;
     m_counts.fixedDocuments += kind == PartKind::FixedDocument;
     m_sent.push_back({kind, part->Name(), part});
-    Context().Observer().PartSent(m_sent.back());
+    Context().Observer()->PartSent(m_sent.back());
 }
 
 }  // namespace devkit::pipeline

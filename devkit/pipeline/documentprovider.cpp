@@ -4,7 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "devkit/common/error.h"
 #include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/runobserver.h"
 
@@ -36,7 +35,7 @@ HRESULT DocumentProvider::QueryInterface(REFIID iid, void** ppObject) {
 HRESULT DocumentProvider::GetXpsPart(IUnknown** ppPart) {
     if (ppPart == nullptr) return E_POINTER;
     *ppPart = nullptr;
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         if (m_onAsked != nullptr) m_onAsked(++m_asked);
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentProvider::GetXpsPart"); FAILED(hr))
             return hr;
@@ -86,7 +85,7 @@ ComPtr<IUnknown> DocumentProvider::ObjectOf(GivenPart given) const {
 }
 
 void DocumentProvider::SetLastGiven(std::string text) {
-    Context().Observer().PartGiven(text);
+    Context().Observer()->PartGiven(text);
     const std::lock_guard guard(m_lock);
     m_lastGiven = std::move(text);
 }

@@ -113,6 +113,10 @@ void FilterRun::Cancel() {
     m_state->signal->changed.notify_all();
 }
 
+void FilterRun::Reassign(Share share, OperationClock::Duration time) {
+    for (const auto& stage : m_state->stages) stage->Context()->Clock().Reassign(share, time);
+}
+
 std::string FilterRun::LastPart() const {
     return m_state->stages.empty() ? std::string() : m_state->stages.front()->LastPart();
 }

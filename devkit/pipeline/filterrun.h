@@ -55,6 +55,8 @@ class FilterRun {
 
     // Cancels the job as a user would; any thread may call, at any time.
     void Cancel();
+    // The filter that runs on the calling thread has spent so much of its StartOperation on somebody else.
+    void Reassign(Share share, OperationClock::Duration time);
     // What the first filter was given last ("FixedPage /1.fpage"), empty before the first part; any thread
     // may ask.
     [[nodiscard]] std::string LastPart() const;

@@ -71,9 +71,9 @@ FilterStage::FilterStage(std::string name, std::shared_ptr<FilterSource> source,
 }
 
 void FilterStage::MakeObjects() {
-    m_context->Observer().CallBegins("the making of the filter");
+    m_context->Observer()->CallBegins("the making of the filter");
     m_filter = m_source->CreateFilter();
-    m_context->Observer().CallEnds("the making of the filter");
+    m_context->Observer()->CallEnds("the making of the filter");
     StreamEnd reader = MakeReader();
     StreamEnd writer = MakeWriter();
     m_control = MakeObject<PipelineControl>(m_context);
@@ -166,7 +166,7 @@ void FilterStage::LookAtThreads() {
 }
 
 void FilterStage::PartAsked(unsigned number) {
-    m_context->Observer().PartAsked(number);
+    m_context->Observer()->PartAsked(number);
     m_asked = number;
     if (onAsked) onAsked(number);
 }
@@ -199,6 +199,7 @@ void FilterStage::Report() {
     m_outcome.calls = m_context->Calls().Text();
     m_outcome.missing = m_context->MissingThings();
     if (m_progress) m_outcome.progress = m_progress->Counts();
+    m_outcome.times = m_context->Clock().Times();
     m_outcome.unstruckFaults = m_context->Calls().UnstruckFaults();
     ReportBreaches();
     ReportFindings();
@@ -238,7 +239,7 @@ std::vector<std::string> FilterStage::UnusedSwitches() const {
 
 void FilterStage::Release() {
     if (m_outcome.IsAbandoned()) return;
-    m_context->Observer().CallBegins("the last release");
+    m_context->Observer()->CallBegins("the last release");
     if (m_consumer) m_consumer->ReleaseForeignParts();
     const ULONG references = ReferencesTo(*m_filter.Get());
     if (references != 1) {
@@ -256,7 +257,7 @@ void FilterStage::Release() {
     m_control.Reset();
     m_consumer.Reset();
     m_provider.Reset();
-    m_context->Observer().CallEnds("the last release");
+    m_context->Observer()->CallEnds("the last release");
 }
 
 void FilterStage::LookForLeftovers() {

@@ -54,6 +54,7 @@ struct RunOutcome {
     std::vector<std::string> missing;   // what the filter asked for and the job does not have: "property X"
     ProgressCounts progress;            // what the filter reported
     std::vector<std::string> findings;  // what is odd, but breaks no rule
+    OperationTimes times;               // of StartOperation
     std::vector<std::string> unstruckFaults;  // "GetXpsPart@9=0x80004005 E_FAIL"
     std::vector<std::string> unusedSwitches;  // "short-reads=7": those that made no difference
 

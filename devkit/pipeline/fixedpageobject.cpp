@@ -32,6 +32,7 @@ PartIterator::PartIterator(ContextPtr context, const PartPtr& page)
 }
 
 void PartIterator::Reset() {
+    const OperationClock::Timed time = PipelineTime();
     Context().Calls().Note("IXpsPartIterator::Reset");
     m_index = 0;
 }
@@ -39,7 +40,7 @@ void PartIterator::Reset() {
 HRESULT PartIterator::Current(BSTR* pUri, IUnknown** ppPart) {
     if (pUri != nullptr) *pUri = nullptr;
     if (ppPart != nullptr) *ppPart = nullptr;
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         if (const HRESULT hr = Context().Calls().Enter("IXpsPartIterator::Current"); FAILED(hr)) return hr;
         if (pUri == nullptr || ppPart == nullptr) return E_POINTER;
         if (m_index >= m_parts.size()) return E_ELEMENT_NOT_FOUND;
@@ -53,6 +54,7 @@ HRESULT PartIterator::Current(BSTR* pUri, IUnknown** ppPart) {
 BOOL PartIterator::IsDone() { return m_index >= m_parts.size() ? TRUE : FALSE; }
 
 void PartIterator::Next() {
+    const OperationClock::Timed time = PipelineTime();
     Context().Calls().Note("IXpsPartIterator::Next");
     if (m_index < m_parts.size()) ++m_index;
 }

@@ -4,7 +4,6 @@
 
 #include <utility>
 
-#include "devkit/common/error.h"
 #include "devkit/pipeline/part.h"
 #include "devkit/pipeline/runcontext.h"
 #include "platform/filterpipeline.h"
@@ -55,7 +54,7 @@ class PartObject : public ComObject<Interfaces..., IKitPart> {
     // planned for it, and turns what the body throws into a code.
     template <typename Body>
     HRESULT Call(const char* method, Body&& body) {
-        return common::Guarded([&]() -> HRESULT {
+        return this->Answer([&]() -> HRESULT {
             const HRESULT planned = this->Context().Calls().Enter(method, m_part->Name());
             return FAILED(planned) ? planned : body();
         });

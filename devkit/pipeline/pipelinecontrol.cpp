@@ -1,6 +1,5 @@
 #include "devkit/pipeline/pipelinecontrol.h"
 
-#include "devkit/common/error.h"
 #include "devkit/common/hresult.h"
 #include "devkit/common/text.h"
 
@@ -19,7 +18,7 @@ unsigned PipelineControl::FinishedCount() const {
 }
 
 HRESULT PipelineControl::RequestShutdown(HRESULT reason, IImgErrorInfo* pErrorInfo) {
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         {
             const std::lock_guard guard(m_lock);
             m_shutdownCodes.push_back(reason);
@@ -35,7 +34,7 @@ HRESULT PipelineControl::RequestShutdown(HRESULT reason, IImgErrorInfo* pErrorIn
 }
 
 HRESULT PipelineControl::FilterFinished() {
-    return common::Guarded([&] {
+    return Answer([&] {
         const HRESULT hr = Context().Calls().Enter("IPrintPipelineManagerControl::FilterFinished");
         const std::lock_guard guard(m_lock);
         ++m_finished;
@@ -51,7 +50,7 @@ ProgressCounts ProgressReport::Counts() const {
 }
 
 HRESULT ProgressReport::ReportProgress(EXpsJobConsumption consumption) {
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         const HRESULT hr = Context().Calls().Enter("IPrintPipelineProgressReport::ReportProgress");
         if (FAILED(hr)) return hr;
         const std::lock_guard guard(m_lock);
@@ -76,7 +75,7 @@ PrintClassFactory::PrintClassFactory(ContextPtr context)
 HRESULT PrintClassFactory::GetPrintClassObject(const wchar_t*, REFIID iid, void** ppObject) {
     if (ppObject == nullptr) return E_POINTER;
     *ppObject = nullptr;
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         const HRESULT hr = Context().Calls().Enter("IPrintClassObjectFactory::GetPrintClassObject");
         if (FAILED(hr)) return hr;
         Context().Missing("print class " + common::TextOf(iid));

@@ -50,7 +50,10 @@ HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context, boo
         const SingleThreadedApartment apartment(singleThreaded);
         const std::shared_ptr<void> company = setUp == nullptr ? nullptr : setUp();
         const Standing before = Standing::Now();
-        const HRESULT hr = CallFilter(context, "StartOperation", [&] { return filter.StartOperation(); });
+        const HRESULT hr = CallFilter(context, "StartOperation", [&] {
+            const OperationClock::Operation operation(context.Clock());
+            return filter.StartOperation();
+        });
         if (Standing::Now() != before)
             context.Breach("StartOperation left its thread in another COM apartment");
         if (IsImpersonating()) {

@@ -16,14 +16,14 @@ namespace devkit::pipeline {
 // Calls a method of the filter; that an exception leaves it is a breach, and gives E_UNEXPECTED.
 template <typename Body>
 [[nodiscard]] HRESULT CallFilter(RunContext& context, const char* method, Body&& body) noexcept {
-    context.Observer().CallBegins(method);
+    context.Observer()->CallBegins(method);
     HRESULT result = E_UNEXPECTED;
     try {
         result = std::forward<Body>(body)();
     } catch (...) {
         result = context.Breach(std::string("an exception left ") + method, E_UNEXPECTED);
     }
-    context.Observer().CallEnds(method);
+    context.Observer()->CallEnds(method);
     return result;
 }
 

@@ -3,7 +3,6 @@
 #include <system_error>
 #include <utility>
 
-#include "devkit/common/error.h"
 #include "devkit/common/text.h"
 #include "platform/bstr.h"
 #include "platform/utf.h"
@@ -58,7 +57,7 @@ void PropertyBag::PutHandle(std::wstring_view name, HANDLE handle) {
 }
 
 HRESULT PropertyBag::AddProperty(const wchar_t* name, const VARIANT* value) {
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         if (const HRESULT hr =
                 Context().Calls().Enter("IPrintPipelinePropertyBag::AddProperty", common::Utf8OrNull(name));
             FAILED(hr)) {
@@ -80,7 +79,7 @@ HRESULT PropertyBag::Store(std::wstring_view name, const VARIANT& value) {
 
 HRESULT PropertyBag::GetProperty(const wchar_t* name, VARIANT* value) {
     if (value != nullptr) VariantInit(value);
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         if (const HRESULT hr =
                 Context().Calls().Enter("IPrintPipelinePropertyBag::GetProperty", common::Utf8OrNull(name));
             FAILED(hr)) {
@@ -96,6 +95,7 @@ HRESULT PropertyBag::GetProperty(const wchar_t* name, VARIANT* value) {
 }
 
 BOOL PropertyBag::DeleteProperty(const wchar_t* name) {
+    const OperationClock::Timed time = PipelineTime();
     Context().Calls().Note("IPrintPipelinePropertyBag::DeleteProperty", common::Utf8OrNull(name));
     if (name == nullptr) return FALSE;
     const std::lock_guard guard(m_lock);
@@ -123,7 +123,7 @@ HRESULT DriverBag::Find(const char* method, BSTR name, const Value** ppValue) {
 HRESULT DriverBag::GetBool(BSTR name, BOOL* pValue) {
     if (pValue == nullptr) return E_POINTER;
     *pValue = FALSE;
-    return common::Guarded([&] {
+    return Answer([&] {
         const bool* value = nullptr;
         const HRESULT hr = Find("IPrinterPropertyBag::GetBool", name, &value);
         if (SUCCEEDED(hr)) *pValue = *value ? TRUE : FALSE;
@@ -134,7 +134,7 @@ HRESULT DriverBag::GetBool(BSTR name, BOOL* pValue) {
 HRESULT DriverBag::GetInt32(BSTR name, LONG* pValue) {
     if (pValue == nullptr) return E_POINTER;
     *pValue = 0;
-    return common::Guarded([&] {
+    return Answer([&] {
         const LONG* value = nullptr;
         const HRESULT hr = Find("IPrinterPropertyBag::GetInt32", name, &value);
         if (SUCCEEDED(hr)) *pValue = *value;
@@ -145,7 +145,7 @@ HRESULT DriverBag::GetInt32(BSTR name, LONG* pValue) {
 HRESULT DriverBag::GetString(BSTR name, BSTR* pValue) {
     if (pValue == nullptr) return E_POINTER;
     *pValue = nullptr;
-    return common::Guarded([&] {
+    return Answer([&] {
         const std::wstring* value = nullptr;
         const HRESULT hr = Find("IPrinterPropertyBag::GetString", name, &value);
         if (SUCCEEDED(hr)) *pValue = platform::Bstr(*value).Detach();

@@ -30,7 +30,7 @@ FilterCalls& RunContext::Calls() {
 }
 
 HRESULT RunContext::Breach(std::string text, HRESULT code) {
-    m_observer->Breached(text);
+    Observer()->Breached(text);
     m_breaches.Add(std::move(text));
     return code;
 }
@@ -40,7 +40,7 @@ void RunContext::LeftOpen(std::string text) { m_leftOpen.Add(std::move(text)); }
 std::vector<std::string> RunContext::LeftOpen() const { return m_leftOpen.Lines(); }
 
 void RunContext::InputFailed(std::string text) {
-    m_observer->InputFailed(text);
+    Observer()->InputFailed(text);
     m_inputFailures.Add(std::move(text));
 }
 
@@ -57,7 +57,7 @@ std::vector<std::string> RunContext::MissingThings() const {
 }
 
 void RunContext::Found(std::string text) {
-    m_observer->Found(text);
+    Observer()->Found(text);
     m_findings.Add(std::move(text));
 }
 

@@ -11,12 +11,15 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "devkit/common/error.h"
 #include "devkit/common/countedobject.h"
 #include "devkit/pipeline/behaviour.h"
 #include "devkit/pipeline/filtercalls.h"
 #include "devkit/pipeline/graveyard.h"
+#include "devkit/pipeline/operationclock.h"
 #include "platform/comobject.h"
 
 namespace devkit::pipeline {
@@ -53,8 +56,20 @@ class RunContext {
     [[nodiscard]] BreachLog& Breaches() noexcept { return m_breaches; }
     // Asked for by every call of the filter to an object of the kit.
     [[nodiscard]] FilterCalls& Calls();
-    // Never null.
-    [[nodiscard]] RunObserver& Observer() const noexcept { return *m_observer; }
+    // What the observer is told by it takes time of the observer's own.
+    class Told {
+      public:
+        Told(RunObserver& observer, OperationClock& clock) noexcept
+            : m_time(clock, Share::Observer), m_observer(observer) {}
+        RunObserver* operator->() const noexcept { return &m_observer; }
+
+      private:
+        OperationClock::Timed m_time;
+        RunObserver& m_observer;
+    };
+    [[nodiscard]] Told Observer() noexcept { return {*m_observer, m_clock}; }
+    // Of the filter's StartOperation.
+    [[nodiscard]] OperationClock& Clock() noexcept { return m_clock; }
 
     // Records a breach and gives the code that the offending call answers.
     HRESULT Breach(std::string text, HRESULT code = kCallOutOfOrder);
@@ -98,6 +113,7 @@ class RunContext {
 
     const Behaviour m_behaviour;
     const std::shared_ptr<RunObserver> m_observer;
+    OperationClock m_clock;
     BreachLog m_breaches;
     BreachLog m_leftOpen;
     BreachLog m_inputFailures;
@@ -132,6 +148,16 @@ class LiveObject : public common::CountedObject {
 
     [[nodiscard]] RunContext& Context() const noexcept { return *m_context; }
     [[nodiscard]] const ContextPtr& SharedContext() const noexcept { return m_context; }
+    // While it lives, time is the pipeline's.
+    [[nodiscard]] OperationClock::Timed PipelineTime() const noexcept {
+        return {m_context->Clock(), Share::Pipeline};
+    }
+    // Runs the body of a method of the object in the pipeline's time; what it throws becomes a code.
+    template <typename Body>
+    HRESULT Answer(Body&& body) const noexcept {
+        const OperationClock::Timed time = PipelineTime();
+        return common::Guarded(std::forward<Body>(body));
+    }
     // The failure that a test has planned for this query, S_OK when there is none. That an object is itself
     // is never refused.
     [[nodiscard]] HRESULT PlannedRefusal(REFIID iid) const noexcept;
@@ -150,10 +176,18 @@ template <typename First, typename... Others>
 class ComObject : public platform::ComIdentity<LiveObject, First, Others...> {
   public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
+        const OperationClock::Timed time = this->PipelineTime();
         const HRESULT planned = this->PlannedRefusal(iid);
         if (SUCCEEDED(planned)) return Identity::QueryInterface(iid, ppObject);
         if (ppObject != nullptr) *ppObject = nullptr;
         return planned;
+    }
+    ULONG STDMETHODCALLTYPE Release() override {
+        // Only what takes the object apart is worth a look at the clock.
+        if (this->References() != 1) return Identity::Release();
+        const ContextPtr context = this->SharedContext();
+        const OperationClock::Timed time(context->Clock(), Share::Pipeline);
+        return Identity::Release();
     }
 
   protected:

@@ -4,8 +4,6 @@
 #include <limits>
 #include <utility>
 
-#include "devkit/common/error.h"
-
 namespace devkit::pipeline {
 
 namespace {
@@ -40,6 +38,7 @@ ReadStream::ReadStream(ContextPtr context, const std::string& name, std::shared_
     : ComObject(std::move(context), "ReadStream " + name), m_name(name), m_bytes(std::move(bytes)) {}
 
 HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) {
+    const OperationClock::Timed time = PipelineTime();
     if (pNewPosition != nullptr) *pNewPosition = 0;
     if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::Seek", m_name); FAILED(hr)) return hr;
     std::int64_t start = 0;
@@ -62,6 +61,7 @@ HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition)
 }
 
 HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOOL* pEndOfFile) {
+    const OperationClock::Timed time = PipelineTime();
     if (pcbRead != nullptr) *pcbRead = 0;
     if (pEndOfFile != nullptr) *pEndOfFile = FALSE;
     if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::ReadBytes", m_name); FAILED(hr))
@@ -91,7 +91,7 @@ ReadStreamFactory::ReadStreamFactory(ContextPtr context, std::string name, Bytes
 HRESULT ReadStreamFactory::GetStream(IPrintReadStream** ppStream) {
     if (ppStream == nullptr) return E_POINTER;
     *ppStream = nullptr;
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         if (const HRESULT hr = Context().Calls().Enter("IPrintReadStreamFactory::GetStream", m_name);
             FAILED(hr)) {
             return hr;
@@ -117,7 +117,7 @@ WriteStream::~WriteStream() {
 
 HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) {
     if (pcbWritten != nullptr) *pcbWritten = 0;
-    return common::Guarded([&]() -> HRESULT {
+    return Answer([&]() -> HRESULT {
         if (const HRESULT hr = Context().Calls().Enter("IPrintWriteStream::WriteBytes", m_name); FAILED(hr))
             return hr;
         if (pBuffer == nullptr || pcbWritten == nullptr) {
@@ -134,7 +134,7 @@ HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten
 }
 
 void WriteStream::Close() {
-    static_cast<void>(common::Guarded([&]() -> HRESULT {
+    static_cast<void>(Answer([&]() -> HRESULT {
         Context().Calls().Note("IPrintWriteStream::Close", m_name);
         if (m_target->IsClosed())
             return Context().Breach("the write stream of " + m_name + " was closed twice");
@@ -144,6 +144,7 @@ void WriteStream::Close() {
 }
 
 HRESULT WriteStream::FlushData() {
+    const OperationClock::Timed time = PipelineTime();
     return Context().Calls().Enter("IPrintWriteStreamFlush::FlushData", m_name);
 }
 

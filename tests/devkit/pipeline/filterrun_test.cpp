@@ -535,6 +535,42 @@ VARTYPE TypeOf(GivenToFilter& given, const wchar_t* name) {
                                                                 : static_cast<VARTYPE>(VT_EMPTY);
 }
 
+TEST_F(FilterRunTest, TellsTheFiltersTimeFromThePipelines) {
+    using std::chrono::milliseconds;
+    RunOptions options;
+    options.behaviour.slowPart = milliseconds(1000);
+    const RunOutcome outcome = RunScript(
+        {.start =
+             [](GivenToFilter& given) {
+                 Sleep(100);
+                 ComPtr<IXpsDocumentProvider> reader;
+                 static_cast<void>(given.communicator->RequestReader(reinterpret_cast<void**>(reader.Put())));
+                 ComPtr<IUnknown> part;
+                 return reader->GetXpsPart(part.Put());
+             }},
+        std::move(options));
+    const OperationTimes& times = outcome.times;
+    EXPECT_LE(milliseconds(100), times.Of(Share::Filter));
+    EXPECT_GT(milliseconds(1000), times.Of(Share::Filter));
+    EXPECT_LE(milliseconds(1000), times.Of(Share::Pipeline));
+    EXPECT_EQ(times.end - times.begin,
+              times.Of(Share::Filter) + times.Of(Share::Pipeline) + times.Of(Share::Observer));
+}
+
+TEST_F(FilterRunTest, TimeCanBeSaidToBeSomebodyElses) {
+    constexpr std::chrono::milliseconds kTime{30};
+    FilterRun* pRun = nullptr;
+    FilterScript script;
+    script.start = [&](GivenToFilter&) {
+        Sleep(30);
+        pRun->Reassign(Share::TicketProvider, kTime);
+        return S_OK;
+    };
+    FilterRun run(std::make_shared<ScriptedSource>(std::move(script)), SampleJob(), RunOptions());
+    pRun = &run;
+    EXPECT_EQ(kTime, run.Run().times.Of(Share::TicketProvider));
+}
+
 TEST_F(FilterRunTest, AFilterThatFailsToInitialiseNeedNotCloseTheWriterThatItTook) {
     const RunOutcome outcome = RunScript({.initialize = [](GivenToFilter& given) {
         ComPtr<IXpsDocumentConsumer> writer;

@@ -12,6 +12,7 @@
 
 #include "devkit/pipeline/job.h"
 #include "devkit/pipeline/runcontext.h"
+#include "devkit/pipeline/runobserver.h"
 #include "platform/comptr.h"
 #include "platform/filterpipeline.h"
 #include "programfolder.h"
@@ -38,6 +39,10 @@ class PipelineTest : public testing::Test {
   protected:
     // The context of the test's objects; a later behaviour makes a new one.
     [[nodiscard]] const ContextPtr& Context();
+    // One that the observer is told by.
+    void Watch(std::shared_ptr<RunObserver> observer) {
+        m_context = std::make_shared<RunContext>(Behaviour(), std::move(observer));
+    }
     void Use(Behaviour behaviour) { m_context = std::make_shared<RunContext>(std::move(behaviour)); }
     [[nodiscard]] std::vector<std::string> Breaches() { return Context()->Breaches().Lines(); }
     // A switch that fails the nth call of the method.
