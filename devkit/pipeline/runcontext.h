@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "devkit/common/error.h"
 #include "devkit/common/countedobject.h"
+#include "devkit/common/error.h"
 #include "devkit/pipeline/behaviour.h"
 #include "devkit/pipeline/filtercalls.h"
 #include "devkit/pipeline/graveyard.h"

@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -10,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "devkit/prntvpt/api/calltime.h"
 #include "devkit/prntvpt/api/configuration.h"
 #include "devkit/prntvpt/api/fault.h"
 #include "devkit/prntvpt/api/handleregistry.h"
@@ -56,7 +58,9 @@ class Provider {
     template <typename Body>
     HRESULT Run(const char* function, const Body& body) noexcept {
         try {
+            const std::chrono::nanoseconds start = Now();
             ProviderCall call = m_log.Begin(function);
+            call.start = start;
             try {
                 call.result = body(call);
             } catch (const std::bad_alloc&) {
@@ -66,6 +70,7 @@ class Provider {
                 call.result = E_UNEXPECTED;
             }
             const HRESULT result = call.result;
+            call.own = Now() - start - call.inStreams;
             m_log.Add(std::move(call));
             return result;
         } catch (...) {

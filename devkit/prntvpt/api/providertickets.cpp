@@ -91,7 +91,15 @@ void ThrowMergeFault(const ActiveFaults& faults) {
     return conflict ? kConflictResolved : kNoConflict;
 }
 
-[[nodiscard]] HRESULT WriteResult(IStream* pStream, const std::string& bytes, const ActiveFaults& faults) {
+// All of a ticket that a caller hands over.
+[[nodiscard]] HRESULT ReadTicket(IStream* pStream, std::string& bytes, ProviderCall& call) {
+    const StreamTime time(call);
+    return ReadToEnd(pStream, kMaxDocumentSize, bytes);
+}
+
+[[nodiscard]] HRESULT WriteResult(IStream* pStream, const std::string& bytes, const ActiveFaults& faults,
+                                  ProviderCall& call) {
+    const StreamTime time(call);
     if (faults.Has(FaultMode::OutShortWrite)) {
         const HRESULT hr = WriteAll(pStream, std::string_view(bytes).substr(0, bytes.size() / 2));
         return FAILED(hr) ? hr : STG_E_MEDIUMFULL;
@@ -121,10 +129,10 @@ HRESULT Provider::Merge(const Configuration& configuration, IStream* pBase, IStr
     const ErrorText error(pError, faults, call);
     InputTicket base;
     InputTicket delta;
-    HRESULT hr = ReadToEnd(pBase, kMaxDocumentSize, base.bytes);
+    HRESULT hr = ReadTicket(pBase, base.bytes, call);
     if (FAILED(hr)) return hr;
     if (configuration.recordTickets) call.base = DocumentText(base.bytes);
-    hr = pDelta == nullptr ? S_OK : ReadToEnd(pDelta, kMaxDocumentSize, delta.bytes);
+    hr = pDelta == nullptr ? S_OK : ReadTicket(pDelta, delta.bytes, call);
     if (FAILED(hr)) return hr;
     if (configuration.recordTickets && pDelta != nullptr) call.delta = DocumentText(delta.bytes);
     try {
@@ -145,7 +153,7 @@ HRESULT Provider::Merge(const Configuration& configuration, IStream* pBase, IStr
     SpoilBytes(faults, bytes);
     if (configuration.recordTickets) call.output = DocumentText(bytes);
     call.facts = FactsOf(validated.ticket);
-    hr = WriteResult(pResult, bytes, faults);
+    hr = WriteResult(pResult, bytes, faults, call);
     return FAILED(hr) ? hr : error.Succeed(ResultOf(faults, validated.conflict));
 }
 
@@ -156,7 +164,7 @@ HRESULT Provider::WriteCapabilities(const Configuration& configuration, IStream*
     const ErrorText error(pError, faults, call);
     if (faults.Has(FaultMode::CapabilitiesNotImplemented)) return E_NOTIMPL;
     InputTicket ticket;
-    HRESULT hr = pTicket == nullptr ? S_OK : ReadToEnd(pTicket, kMaxDocumentSize, ticket.bytes);
+    HRESULT hr = pTicket == nullptr ? S_OK : ReadTicket(pTicket, ticket.bytes, call);
     if (FAILED(hr)) return hr;
     if (configuration.recordTickets && pTicket != nullptr) call.base = DocumentText(ticket.bytes);
     try {
@@ -174,7 +182,10 @@ HRESULT Provider::WriteCapabilities(const Configuration& configuration, IStream*
     const std::string bytes =
         Serialize(capabilities, configuration.behaviour, {device.privateUris, ticket.document.prefixes});
     if (configuration.recordTickets) call.output = DocumentText(bytes);
-    hr = WriteAll(pCapabilities, bytes);
+    {
+        const StreamTime time(call);
+        hr = WriteAll(pCapabilities, bytes);
+    }
     return FAILED(hr) ? hr : error.Succeed(S_OK);
 }
 

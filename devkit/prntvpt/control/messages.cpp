@@ -25,6 +25,10 @@ using Json = nlohmann::json;
     return static_cast<HRESULT>(code);
 }
 
+[[nodiscard]] std::chrono::nanoseconds ReadTime(const Json& json) {
+    return std::chrono::nanoseconds(json.get<std::chrono::nanoseconds::rep>());
+}
+
 template <typename Value>
 void ReadIfPresent(const Json& json, const char* key, Value& value) {
     if (json.contains(key)) json.at(key).get_to(value);
@@ -92,11 +96,17 @@ void from_json(const Json& json, ProviderSettings& settings) {
 void to_json(Json& json, const ProviderCall& call) {
     VisitFields(call, [&](const char* key, const auto& value) { json[key] = value; });
     json["result"] = common::HexOf(call.result);
+    json["start"] = call.start.count();
+    json["in_streams"] = call.inStreams.count();
+    json["own"] = call.own.count();
 }
 
 void from_json(const Json& json, ProviderCall& call) {
     VisitFields(call, [&](const char* key, auto& value) { json.at(key).get_to(value); });
     call.result = ReadResult(json.at("result").get<std::string>());
+    call.start = ReadTime(json.at("start"));
+    call.inStreams = ReadTime(json.at("in_streams"));
+    call.own = ReadTime(json.at("own"));
 }
 
 void to_json(Json& json, const ProviderReport& report) {

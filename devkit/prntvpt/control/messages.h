@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -44,6 +45,10 @@ struct ProviderCall {
     std::optional<std::string> output;
     printschema::TicketFacts facts;
     std::optional<std::string> error;
+    // By the system's clock that never goes back (std::chrono::steady_clock).
+    std::chrono::nanoseconds start{0};
+    std::chrono::nanoseconds inStreams{0};  // spent in the caller's streams
+    std::chrono::nanoseconds own{0};        // the rest, without the telling of the call
 };
 void to_json(nlohmann::json& json, const ProviderCall& call);
 void from_json(const nlohmann::json& json, ProviderCall& call);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 namespace devkit::prntvpt {
@@ -12,6 +13,7 @@ platform::ComPtr<MemoryStream> MemoryStream::Make(std::string bytes, std::size_t
 
 HRESULT MemoryStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {
     ++m_reads;
+    std::this_thread::sleep_for(m_time);
     if (IsAtZero()) return STG_E_INVALIDFUNCTION;
     if (FAILED(m_readResult)) return m_readResult;
     const std::size_t left = m_bytes.size() - std::min(m_position, m_bytes.size());
@@ -23,6 +25,7 @@ HRESULT MemoryStream::Read(void* pBuffer, ULONG cb, ULONG* pcbRead) {
 }
 
 HRESULT MemoryStream::Write(const void* pBuffer, ULONG cb, ULONG* pcbWritten) {
+    std::this_thread::sleep_for(m_time);
     if (IsAtZero()) return STG_E_INVALIDFUNCTION;
     if (FAILED(m_writeResult)) return m_writeResult;
     const std::size_t count = std::min(cb, m_most);

@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <utility>
@@ -33,6 +34,8 @@ class MemoryStream final : public tests::MockObject<IStream> {
     // The Read that reaches the end answers S_FALSE, as streams may.
     void TellTheEnd() noexcept { m_tellsEnd = true; }
     [[nodiscard]] int Reads() const noexcept { return m_reads; }
+    // Every Read and every Write takes so long.
+    void TakeTime(std::chrono::milliseconds time) noexcept { m_time = time; }
     // Every Read, every Write fails with this.
     void FailReads(HRESULT hr) noexcept { m_readResult = hr; }
     void FailWrites(HRESULT hr) noexcept { m_writeResult = hr; }
@@ -63,6 +66,7 @@ class MemoryStream final : public tests::MockObject<IStream> {
     bool m_tellsEnd = false;
     int m_reads = 0;
     int m_seeks = 0;
+    std::chrono::milliseconds m_time{0};
     HRESULT m_readResult = S_OK;
     HRESULT m_writeResult = S_OK;
 };

@@ -1,3 +1,5 @@
+#include <thread>
+
 #include <nlohmann/json.hpp>
 
 #include "devkit/prntvpt/control/messages.h"
@@ -190,11 +192,63 @@ TEST_F(ReportTest, AListenerHearsEachCallWhenItEnds) {
               heard);
 }
 
+TEST_F(ReportTest, TellsTheTimeOfACallFromThatInTheStreamsOfItsCaller) {
+    using std::chrono::milliseconds;
+    constexpr milliseconds kSlow{60};
+    constexpr milliseconds kStream{20};
+    Use({"fault=slow:60"});
+    std::chrono::nanoseconds told{0};
+    m_provider.Listen([&](const ProviderCall& call) {
+        std::this_thread::sleep_for(kSlow);
+        told = call.own + call.inStreams;
+    });
+    const auto base = MemoryStream::Make(DefaultTicket());
+    const auto delta = MemoryStream::Make(Ticket(""));
+    const auto output = MemoryStream::Make();
+    for (const auto& stream : {base, delta, output}) stream->TakeTime(kStream);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(kNoConflict, m_provider.MergeAndValidatePrintTicket(m_handle, base.Get(), delta.Get(),
+                                                                  kPTPageScope, output.Get(), nullptr));
+    const auto end = std::chrono::steady_clock::now();
+    m_provider.Listen(nullptr);
+    const ProviderCall call = Report().calls.back();
+    EXPECT_LE(start.time_since_epoch(), call.start);
+    // A read of each ticket, one that finds its end, and a write.
+    EXPECT_LE(5 * kStream, call.inStreams);
+    EXPECT_LE(kSlow, call.own);
+    EXPECT_EQ(told, call.own + call.inStreams);
+    // The listener's time is in neither, nor is any time in both.
+    EXPECT_LE(call.own + call.inStreams, end - start - kSlow);
+}
+
+TEST_F(ReportTest, TheTimeInTheStreamOfTheCapabilitiesIsNotTheProvidersOwn) {
+    Use({});
+    const auto ticket = MemoryStream::Make(DefaultTicket());
+    const auto output = MemoryStream::Make();
+    output->TakeTime(std::chrono::milliseconds(40));
+    EXPECT_EQ(S_OK, m_provider.GetPrintCapabilities(m_handle, ticket.Get(), output.Get(), nullptr));
+    EXPECT_LE(std::chrono::milliseconds(40), Report().calls.back().inStreams);
+}
+
 TEST(Messages, GoThroughTheirText) {
     ProviderReport report;
     report.configuration = ProviderConfiguration{"folder", {"a"}, {"k=v"}, {"slow:1"}};
-    const ProviderCall call = {
-        7, "PTX", 3, "job", 4, true, false, E_ABORT, "b", "d", "o", {"ISOA4", "LongEdgeFirst"}, "e"};
+    const ProviderCall call = {7,
+                               "PTX",
+                               3,
+                               "job",
+                               4,
+                               true,
+                               false,
+                               E_ABORT,
+                               "b",
+                               "d",
+                               "o",
+                               {"ISOA4", "LongEdgeFirst"},
+                               "e",
+                               std::chrono::nanoseconds(5),
+                               std::chrono::nanoseconds(6),
+                               std::chrono::nanoseconds(7)};
     report.calls = {call, {}};
     report.counts = {{"PTX", 2}};
     report.openHandles = {{3, "a", 4}};
@@ -207,6 +261,9 @@ TEST(Messages, GoThroughTheirText) {
     EXPECT_EQ(WriteMessage(call), WriteMessage(read));
     EXPECT_EQ(E_ABORT, read.result);
     EXPECT_EQ("LongEdgeFirst", read.facts.feedDirection);
+    EXPECT_EQ(std::chrono::nanoseconds(5), read.start);
+    EXPECT_EQ(std::chrono::nanoseconds(6), read.inStreams);
+    EXPECT_EQ(std::chrono::nanoseconds(7), read.own);
 }
 
 TEST(Messages, AreRefusedWhenTheyAreNone) {
