@@ -21,6 +21,16 @@ namespace {
 using package::XpsDocument;
 using pipeline::RunOutcome;
 using Path = std::filesystem::path;
+using Clock = std::chrono::steady_clock;
+
+double SecondsOf(std::chrono::nanoseconds time) { return std::chrono::duration<double>(time).count(); }
+
+// The provider's calls are made by the filter, and stand in its time until somebody says whose they are.
+void Reassign(pipeline::FilterRun& run, const prntvpt::ProviderCall& call) {
+    const auto now = std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch());
+    run.Reassign(pipeline::Share::TicketProvider, call.own);
+    run.Reassign(pipeline::Share::Observer, now - call.start - call.own - call.inStreams);
+}
 
 std::size_t CountPages(const package::XpsTree& tree) {
     std::size_t pages = 0;
@@ -70,8 +80,6 @@ class Teller final : public pipeline::RunObserver {
     }
 
   private:
-    using Clock = std::chrono::steady_clock;
-
     const EventSink m_sink;
     const std::string m_of;
     const std::string m_by;
@@ -214,13 +222,15 @@ HostedRun::HostedRun(const HostSettings& settings, const EventSink& sink)
 HostedRun::~HostedRun() = default;
 
 bool HostedRun::Run(const Job& job, const EventSink& sink) {
+    const Clock::time_point start = Clock::now();
     bool isOver = true;
+    std::optional<RunTimes> times;
     try {
         const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(job.input));
         // Beside the pages there are the document, the sequence and the fixed documents.
         const std::size_t parts = 2 + document->sequence.documents.size() + CountPages(*document);
         sink(events::Opened{parts, document->Findings(), printschema::ReadFacts(*m_userTicket)});
-        isOver = RunFilter(document, job, sink);
+        isOver = RunFilter(document, job, sink, times);
     } catch (const common::Error& error) {
         sink(events::Failed{ProblemOf(error, common::PathText(job.input)), UnreadableInput});
     } catch (const pipeline::FilterError& error) {
@@ -230,13 +240,17 @@ bool HostedRun::Run(const Job& job, const EventSink& sink) {
     } catch (const std::bad_alloc&) {
         sink(events::Failed{"there is not enough memory", UnreadableInput});
     }
+    if (times) {
+        times->total = SecondsOf(Clock::now() - start);
+        sink(events::Timed{*times});
+    }
     const std::lock_guard guard(m_lock);
     m_run.reset();
     return isOver;
 }
 
-bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Job& job,
-                          const EventSink& sink) {
+bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Job& job, const EventSink& sink,
+                          std::optional<RunTimes>& times) {
     pipeline::RunOptions options = MakeOptions();
     const HANDLE token = options.properties.userToken->Get();
     const bool isStream = m_settings.filters.front().input == pipeline::DataKind::Stream;
@@ -252,12 +266,15 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     }
     // In a chain it is not known which filter calls, nor what that one has in hand.
     const bool isAlone = m_filters.size() == 1;
-    m_provider.BeginRun(token, CountPages(*document),
-                        [run = std::weak_ptr(run), sink, isAlone](const prntvpt::ProviderCall& call) {
-                            const auto alive = isAlone ? run.lock() : nullptr;
-                            sink(events::ProviderCalled{{call, alive ? alive->LastPart() : std::string()}});
-                        });
+    m_provider.BeginRun(
+        token, CountPages(*document),
+        [run = std::weak_ptr(run), sink, isAlone](const prntvpt::ProviderCall& call) {
+            const auto alive = run.lock();
+            sink(events::ProviderCalled{{call, alive && isAlone ? alive->LastPart() : std::string()}});
+            if (alive) Reassign(*alive, call);
+        });
     const std::vector<RunOutcome> outcomes = run->RunChain();
+    times = TimesOf(outcomes);
     const bool isAbandoned = std::ranges::any_of(outcomes, &RunOutcome::IsAbandoned);
     std::optional<prntvpt::ProviderReport> report = m_provider.EndRun(isAbandoned);
     if (report) {
@@ -278,6 +295,29 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     TellIdle(m_settings, outcomes, report, sink);
     if (end.whole && job.output) WriteOutput(*document, outcomes.back(), job, sink);
     return true;
+}
+
+RunTimes HostedRun::TimesOf(const std::vector<RunOutcome>& outcomes) const {
+    using Point = pipeline::OperationTimes::Point;
+    RunTimes times;
+    Point begin = Point::max();
+    Point end;
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        const pipeline::OperationTimes& measured = outcomes[i].times;
+        const auto seconds = [&](pipeline::Share share) { return SecondsOf(measured.Of(share)); };
+        FilterTimes& filter = times.filters.emplace_back();
+        filter.name = m_settings.filters[i].name;
+        filter.filter = seconds(pipeline::Share::Filter);
+        if (!m_settings.systemProvider) filter.ticketProvider = seconds(pipeline::Share::TicketProvider);
+        filter.pipeline = seconds(pipeline::Share::Pipeline);
+        filter.observer = seconds(pipeline::Share::Observer);
+        // Of a chain in which one filter failed to initialise itself, none was started.
+        if (measured.begin == Point()) continue;
+        begin = std::min(begin, measured.begin);
+        end = std::max(end, measured.end);
+    }
+    if (begin < end) times.operations = SecondsOf(end - begin);
+    return times;
 }
 
 std::vector<pipeline::ChainedFilter> HostedRun::MakeChain(const EventSink& sink) const {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "devkit/filterhost/runevent.h"
@@ -32,8 +33,10 @@ class HostedRun {
     void Cancel();
 
   private:
+    // What was measured of the filters is put into `times`.
     [[nodiscard]] bool RunFilter(const std::shared_ptr<package::XpsDocument>& document, const Job& job,
-                                 const EventSink& sink);
+                                 const EventSink& sink, std::optional<RunTimes>& times);
+    [[nodiscard]] RunTimes TimesOf(const std::vector<pipeline::RunOutcome>& outcomes) const;
     [[nodiscard]] pipeline::RunOptions MakeOptions() const;
     [[nodiscard]] std::vector<pipeline::ChainedFilter> MakeChain(const EventSink& sink) const;
 

@@ -56,6 +56,21 @@ Json WriteParts(const RunResult& result) {
     return parts;
 }
 
+Json TimeOf(const RunTimes& times) {
+    Json json;
+    json["total"] = times.total;
+    json["rest"] = times.Rest();
+    json["filters"] = Json::array();
+    for (const FilterTimes& each : times.filters) {
+        json["filters"].push_back({{"name", each.name},
+                                   {"filter", each.filter},
+                                   {"ticket_provider", each.ticketProvider},
+                                   {"pipeline", each.pipeline},
+                                   {"observer", each.observer}});
+    }
+    return json;
+}
+
 }  // namespace
 
 std::string WriteResult(const RunResult& result) {
@@ -68,6 +83,7 @@ std::string WriteResult(const RunResult& result) {
     json["parts"] = WriteParts(result);
     json["findings"] = result.findings;
     json["missing"] = result.missing;
+    json["seconds"] = result.times ? TimeOf(*result.times) : Json();
     json["error"] = ErrorOf(result);
     json["crash"] = result.crash ? Json(TextOf(*result.crash)) : Json();
     return json.dump(2, ' ', false, Json::error_handler_t::replace);

@@ -29,6 +29,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnd, filter, initialized, result, shutdown
                                    cancelled, whole, bytes)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Crash, code, text, type, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(MadeCall, call, part)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterTimes, name, filter, ticketProvider, pipeline, observer)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunTimes, total, operations, filters)
 
 namespace events {
 
@@ -46,6 +48,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Missed, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Noted, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnded, end)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderEnded, report)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Timed, times)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(OutputWritten, output)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failed, text, status)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Refused, text, status)
@@ -105,6 +108,7 @@ struct Applier {
     void operator()(const events::Alive&) const {}
     void operator()(const events::RunEnded& event) const { result.end = event.end; }
     void operator()(const events::ProviderEnded& event) const { result.provider = event.report; }
+    void operator()(const events::Timed& event) const { result.times = event.times; }
     void operator()(const events::OutputWritten& event) const { result.output = event.output; }
     void operator()(const events::Failed& event) const {
         result.errors.push_back(event.text);
@@ -177,6 +181,13 @@ Event ReadEvent(std::string_view line) {
     const Json json = Json::parse(line);
     return ReadAlternative(json.at(0).get<std::size_t>(), json.at(1),
                            std::make_index_sequence<std::variant_size_v<Event>>());
+}
+
+double RunTimes::Rest() const noexcept {
+    double rest = total - operations;
+    // Of a chain the operations go on at the same time: what one spends on that, another may not wait for.
+    if (filters.size() == 1) rest += filters.front().observer;
+    return rest;
 }
 
 std::string TextOf(const Crash& crash) {

@@ -66,6 +66,9 @@ struct RunEnded {
 struct ProviderEnded {
     prntvpt::ProviderReport report;
 };
+struct Timed {
+    RunTimes times;
+};
 struct OutputWritten {
     std::string output;
 };
@@ -90,8 +93,8 @@ struct Finished {};
 using Event = std::variant<events::Opened, events::CallBegun, events::CallEnded, events::PartAsked,
                            events::PartGiven, events::PartSent, events::ProviderCalled, events::Breached,
                            events::InputFailed, events::Found, events::Missed, events::Noted, events::Alive,
-                           events::RunEnded, events::ProviderEnded, events::OutputWritten, events::Failed,
-                           events::Refused, events::Crashed, events::Finished>;
+                           events::RunEnded, events::ProviderEnded, events::Timed, events::OutputWritten,
+                           events::Failed, events::Refused, events::Crashed, events::Finished>;
 
 // Takes the events of a run, on whatever thread they happen, several at a time.
 using EventSink = std::function<void(const Event&)>;

@@ -49,6 +49,28 @@ struct MadeCall {
     std::string part;
 };
 
+// Where the time of StartOperation of one filter went, in seconds. What threads of its own do is not in it,
+// but for the time that StartOperation waits for them. In a chain the pipeline's time is also that of waiting
+// for the filter before and the one behind.
+struct FilterTimes {
+    std::string name;
+    double filter = 0;                     // its own code, and what of the system it uses
+    std::optional<double> ticketProvider;  // unset where the system's is used, which is in the filter's time
+    double pipeline = 0;                   // the reading of parts is in it
+    double observer = 0;                   // looking at what is sent, and telling of it
+};
+
+// Where the time of a run went, in seconds.
+struct RunTimes {
+    double total = 0;       // from the opening of the input until the output was whole
+    double operations = 0;  // of it from the first filter's StartOperation until the last one's return
+    std::vector<FilterTimes> filters;
+
+    // What the filters' operations have no part in: reading the document's structure, looking at what was
+    // sent, writing the output.
+    [[nodiscard]] double Rest() const noexcept;
+};
+
 // What became of one input of `filterhost run`.
 struct RunResult {
     std::string input;
@@ -69,6 +91,7 @@ struct RunResult {
     std::optional<prntvpt::ProviderReport> provider;  // set when the run ended; without the calls
     std::optional<RunEnd> end;  // unset when the filter was not run, or ended the process
     std::optional<Crash> crash;
+    std::optional<RunTimes> times;  // unset when the filter was not run, or ended the process
     ExitStatus status = Done;
 };
 

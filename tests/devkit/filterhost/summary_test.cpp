@@ -77,6 +77,29 @@ TEST(Summary, TellsWhatTheTicketProviderSaw) {
         WriteSummary(result));
 }
 
+TEST(Summary, EndsWithWhereTheTimeWent) {
+    RunResult result = Finished();
+    result.parts.back().page.reset();
+    result.findings = {"odd"};
+    result.times = RunTimes{2.5, 2.0, {{"1 (a.dll)", 0.75, 0.5, 0.25, 0.5}}};
+    const std::string start =
+        "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
+        "  finding: odd\n";
+    EXPECT_EQ(
+        start +
+            "  time: 2.500 s; the filter 0.750 s, the print ticket provider 0.500 s, the pipeline 0.250 s, "
+            "the rest 1.000 s\n",
+        WriteSummary(result));
+    result.times->filters.front().ticketProvider.reset();
+    EXPECT_EQ(start + "  time: 2.500 s; the filter 0.750 s, the pipeline 0.250 s, the rest 1.000 s\n",
+              WriteSummary(result));
+    result.times->filters.push_back({"2 (b.dll)", 1, std::nullopt, 1, 0});
+    EXPECT_EQ(start +
+                  "  time: 2.500 s; 1 (a.dll) 0.750 s, the pipeline 0.250 s; 2 (b.dll) 1.000 s, the pipeline "
+                  "1.000 s; the rest 0.500 s\n",
+              WriteSummary(result));
+}
+
 TEST(Summary, TellsHowARunEnded) {
     RunResult result = Finished();
     result.parts.resize(3);

@@ -230,6 +230,7 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     ++m_pages;
     if (Is("fail") || Is("fail-silently") || Is("error-info")) return E_ABORT;
     EndBadly(m_mode);
+    if (Is("sleep")) Sleep(600);
     if (Is("exit-process-for-names") && NameOf(pPage).find(L"A%20Page") != std::wstring::npos) ExitProcess(7);
     if (Is("leak-page") && m_pages == 1) pPage->AddRef();
     if (Is("drop-first-page") && m_pages == 1) return S_OK;
