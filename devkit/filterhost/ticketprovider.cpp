@@ -77,6 +77,8 @@ void CheckProvider(const HostSettings& settings) {
 
 void TicketProvider::Configure(bool recordTickets) {
     m_settings.recordTickets = recordTickets;
+    // Each is told when it ends.
+    m_settings.recordCalls = false;
     m_simulated->Configure(m_settings);
 }
 

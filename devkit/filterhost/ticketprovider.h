@@ -45,8 +45,8 @@ class TicketProvider {
     // of each call when it ends, on the thread of the call. The texts of tickets are not kept in a run of
     // more than kMaxRecordedPages pages: the report would grow with each.
     void BeginRun(HANDLE userToken, std::size_t pages, prntvpt::SimulatedProvider::Listener listener);
-    // The run is over, and nobody listens any longer. What the simulated provider saw; nothing for the
-    // system's, nor when the run was `abandoned` and the filter may still be at it.
+    // The run is over, and nobody listens any longer. What the simulated provider saw beside the calls;
+    // nothing for the system's, nor when the run was `abandoned` and the filter may still be at it.
     [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun(bool abandoned);
 
   private:

@@ -64,6 +64,7 @@ void CheckDefaultTicket(const Configuration& configuration) {
     for (const std::string& text : settings.switches) ApplySwitch(text, configuration->behaviour, faults);
     if (!settings.printers.empty()) configuration->device.printers = settings.printers;
     configuration->recordTickets = settings.recordTickets;
+    configuration->recordCalls = settings.recordCalls;
     configuration->pFaults = std::make_unique<FaultPlan>(std::move(faults));
     ApplyVariants(configuration->behaviour.variants, configuration->device);
     CheckDefaultTicket(*configuration);

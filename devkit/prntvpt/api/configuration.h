@@ -27,6 +27,7 @@ struct Configuration {
     Switches behaviour;
     std::unique_ptr<FaultPlan> pFaults;
     bool recordTickets = true;
+    bool recordCalls = true;
 
     // The names compare as those of files do, without regard to case.
     [[nodiscard]] bool HasPrinter(std::wstring_view name) const;

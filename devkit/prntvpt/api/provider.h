@@ -91,7 +91,7 @@ class Provider {
     mutable std::mutex m_lock;
     mutable ConfigurationPtr m_configuration;
     mutable bool m_environmentRead = false;
-    ProviderLog m_log;
+    mutable ProviderLog m_log;
     HandleRegistry m_handles;
 };
 

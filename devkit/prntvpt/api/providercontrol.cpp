@@ -22,6 +22,7 @@ HRESULT Provider::Configure(const char* pJson, std::string& error) noexcept {
     try {
         if (pJson == nullptr) throw ConfigurationError("there is no configuration");
         ConfigurationPtr configuration = ParseConfiguration(pJson);
+        m_log.KeepCalls(configuration->recordCalls);
         {
             const std::lock_guard guard(m_lock);
             m_configuration = std::move(configuration);
@@ -94,6 +95,7 @@ Provider::ConfigurationPtr Provider::CurrentConfiguration() const {
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
     const std::string json{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     m_configuration = ParseConfiguration(json);
+    m_log.KeepCalls(m_configuration->recordCalls);
     return m_configuration;
 }
 

@@ -35,7 +35,13 @@ void ProviderLog::Add(ProviderCall call) {
     // Unlocked, because a listener may ask for the report.
     if (listener) listener(call);
     const std::lock_guard guard(m_lock);
-    m_calls.push_back(std::move(call));
+    ++m_counts[call.function];
+    if (m_keepsCalls) m_calls.push_back(std::move(call));
+}
+
+void ProviderLog::KeepCalls(bool areKept) {
+    const std::lock_guard guard(m_lock);
+    m_keepsCalls = areKept;
 }
 
 void ProviderLog::Note(std::string text) {
@@ -73,9 +79,7 @@ std::vector<ProviderCall> ProviderLog::Calls() const {
 
 std::map<std::string, std::uint64_t> ProviderLog::Counts() const {
     const std::lock_guard guard(m_lock);
-    std::map<std::string, std::uint64_t> counts;
-    for (const ProviderCall& call : m_calls) ++counts[call.function];
-    return counts;
+    return m_counts;
 }
 
 std::vector<std::string> ProviderLog::Notes() const {
@@ -87,6 +91,7 @@ void ProviderLog::Reset() {
     const std::lock_guard guard(m_lock);
     m_sequence = 0;
     m_calls.clear();
+    m_counts.clear();
     m_notes.clear();
 }
 

@@ -19,9 +19,10 @@ class ProviderLog {
   public:
     // A record of a call that starts now on this thread.
     [[nodiscard]] ProviderCall Begin(const char* function);
-    // Tells the listener, too.
+    // Tells the listener, too. Only counts the call where calls are not kept.
     void Add(ProviderCall call);
     void Note(std::string text);
+    void KeepCalls(bool areKept);
 
     // Null: no token is expected. Fails when the token cannot be queried, and leaves what was expected.
     [[nodiscard]] HRESULT ExpectToken(HANDLE token);
@@ -40,7 +41,9 @@ class ProviderLog {
     std::uint64_t m_sequence = 0;
     std::optional<LUID> m_expected;
     std::function<void(const ProviderCall&)> m_listener;
+    bool m_keepsCalls = true;
     std::vector<ProviderCall> m_calls;
+    std::map<std::string, std::uint64_t> m_counts;
     std::vector<std::string> m_notes;
 };
 

@@ -50,6 +50,9 @@
 //     bstr-null-on-error           failures give no error text
 //     bstr-on-success              successes give one
 //   "record_tickets"  whether the log keeps the texts of tickets and capabilities. Default: true.
+//   "record_calls"    whether the report has the calls. Default: true. Who listens to them needs no second
+//   copy,
+//                     which would grow with each.
 // A key or value that is not of this list is an error.
 //
 // Where no host configures the DLL, the environment variable PRNTVPT_CONFIGURATION may name a file with such

@@ -75,12 +75,14 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderConfiguration, device, printers, swit
 void to_json(Json& json, const ProviderSettings& settings) {
     json = {{"device", platform::ToUtf8(settings.device.native())},
             {"switches", settings.switches},
-            {"record_tickets", settings.recordTickets}};
+            {"record_tickets", settings.recordTickets},
+            {"record_calls", settings.recordCalls}};
     if (!settings.printers.empty()) json["printers"] = settings.printers;
 }
 
 void from_json(const Json& json, ProviderSettings& settings) {
-    constexpr std::array<std::string_view, 4> kKnown{"device", "printers", "switches", "record_tickets"};
+    constexpr std::array<std::string_view, 5> kKnown{"device", "printers", "switches", "record_tickets",
+                                                     "record_calls"};
     if (!json.is_object()) throw std::invalid_argument("the configuration is not an object");
     for (const auto& item : json.items()) {
         if (std::find(kKnown.begin(), kKnown.end(), item.key()) == kKnown.end()) {
@@ -91,6 +93,7 @@ void from_json(const Json& json, ProviderSettings& settings) {
     ReadIfPresent(json, "printers", settings.printers);
     ReadIfPresent(json, "switches", settings.switches);
     ReadIfPresent(json, "record_tickets", settings.recordTickets);
+    ReadIfPresent(json, "record_calls", settings.recordCalls);
 }
 
 void to_json(Json& json, const ProviderCall& call) {

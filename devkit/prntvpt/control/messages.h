@@ -26,6 +26,7 @@ struct ProviderSettings {
     std::vector<std::string> printers;  // empty: those of the device model
     std::vector<std::string> switches;  // "KEY=VALUE"
     bool recordTickets = true;
+    bool recordCalls = true;
 };
 void to_json(nlohmann::json& json, const ProviderSettings& settings);
 // Only the device is required; a key that is not known is refused with std::invalid_argument.

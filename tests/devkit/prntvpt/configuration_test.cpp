@@ -55,6 +55,7 @@ TEST(Configuration, NeedsADeviceAndNothingElse) {
     const auto configuration = ParseConfiguration(ConfigurationFor({}));
     EXPECT_EQ((std::vector<std::string>{"SimPrinter"}), configuration->device.printers);
     EXPECT_TRUE(configuration->recordTickets);
+    EXPECT_TRUE(configuration->recordCalls);
     EXPECT_EQ(DescribeSwitches(Switches()), DescribeSwitches(configuration->behaviour));
     EXPECT_TRUE(configuration->pFaults->Faults().empty());
 }
@@ -72,10 +73,12 @@ TEST(Configuration, PrintersReplaceTheModels) {
     Json json = Plain();
     json["printers"] = {"\\\\server\\Queue \xC3\x84"};
     json["record_tickets"] = false;
+    json["record_calls"] = false;
     const auto configuration = ParseConfiguration(json.dump());
     EXPECT_TRUE(configuration->HasPrinter(L"\\\\SERVER\\queue \u00E4"));
     EXPECT_FALSE(configuration->HasPrinter(L"SimPrinter"));
     EXPECT_FALSE(configuration->recordTickets);
+    EXPECT_FALSE(configuration->recordCalls);
 }
 
 TEST(Configuration, RefusesWhatItDoesNotKnow) {

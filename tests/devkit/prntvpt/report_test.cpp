@@ -192,6 +192,22 @@ TEST_F(ReportTest, AListenerHearsEachCallWhenItEnds) {
               heard);
 }
 
+TEST_F(ReportTest, CallsThatAreNotKeptAreToldAndCounted) {
+    Json json = Json::parse(ConfigurationFor({}));
+    json["record_calls"] = false;
+    std::string error;
+    ASSERT_EQ(S_OK, m_provider.Configure(json.dump().c_str(), error)) << error;
+    std::vector<std::string> heard;
+    m_provider.Listen([&](const ProviderCall& call) { heard.push_back(call.function); });
+    DWORD version = 0;
+    EXPECT_EQ(S_OK, m_provider.QuerySchemaVersionSupport(L"SimPrinter", &version));
+    EXPECT_EQ(std::vector<std::string>{"PTQuerySchemaVersionSupport"}, heard);
+    EXPECT_TRUE(Report().calls.empty());
+    EXPECT_EQ((std::map<std::string, std::uint64_t>{{"PTQuerySchemaVersionSupport", 1}}), Report().counts);
+    m_provider.Reset();
+    EXPECT_TRUE(Report().counts.empty());
+}
+
 TEST_F(ReportTest, TellsTheTimeOfACallFromThatInTheStreamsOfItsCaller) {
     using std::chrono::milliseconds;
     constexpr milliseconds kSlow{60};
