@@ -16,8 +16,8 @@
 namespace devkit::pipeline {
 namespace {
 
-// As much as this many objects at least; some hundred pages' worth.
-constexpr std::size_t kMostGraves = 16384;
+// As much as this many objects; some hundred pages' worth.
+constexpr std::size_t kMostGraves = 4096;
 
 struct Grave {
     std::size_t size = 0;
