@@ -1,6 +1,7 @@
 #include "devkit/common/file.h"
 
 #include <algorithm>
+#include <atomic>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -18,10 +19,14 @@ constexpr std::size_t kBlock = std::size_t{1} << 18;
 // One call moves at most this much, so that a size never exceeds what a DWORD holds.
 constexpr std::size_t kMostPerCall = std::size_t{1} << 26;
 
-std::string Reason(std::string_view what, DWORD code) {
-    std::string text = std::error_code(static_cast<int>(code), std::system_category()).message();
+std::string Reason(const std::error_code& code) {
+    std::string text = code.message();
     text.erase(text.find_last_not_of("\r\n. ") + 1);
-    return std::string(what) + ": " + text;
+    return text;
+}
+
+std::string Reason(std::string_view what, DWORD code) {
+    return std::string(what) + ": " + Reason(std::error_code(static_cast<int>(code), std::system_category()));
 }
 
 OVERLAPPED At(std::uint64_t offset) {
@@ -29,6 +34,36 @@ OVERLAPPED At(std::uint64_t offset) {
     position.Offset = static_cast<DWORD>(offset);
     position.OffsetHigh = static_cast<DWORD>(offset >> 32);
     return position;
+}
+
+std::size_t ReadFrom(HANDLE file, std::uint64_t offset, char* pBuffer, std::size_t size) {
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position = At(offset + done);
+        DWORD count = 0;
+        const auto wanted = static_cast<DWORD>(std::min(size - done, kMostPerCall));
+        if (!ReadFile(file, pBuffer + done, wanted, &count, &position)) {
+            const DWORD code = GetLastError();
+            if (code == ERROR_HANDLE_EOF) break;
+            throw std::runtime_error(Reason("cannot be read", code));
+        }
+        if (count == 0) break;
+        done += count;
+    }
+    return done;
+}
+
+void WriteTo(HANDLE file, std::uint64_t offset, const char* pBytes, std::size_t size) {
+    std::size_t done = 0;
+    while (done < size) {
+        OVERLAPPED position = At(offset + done);
+        DWORD count = 0;
+        const auto wanted = static_cast<DWORD>(std::min(size - done, kMostPerCall));
+        if (!WriteFile(file, pBytes + done, wanted, &count, &position))
+            throw std::runtime_error(Reason("cannot be written", GetLastError()));
+        if (count == 0) throw std::runtime_error("cannot be written: nothing is taken");
+        done += count;
+    }
 }
 
 }  // namespace
@@ -54,32 +89,58 @@ FileSource::FileSource(const std::filesystem::path& path)
 std::size_t FileSource::ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) {
     if (offset >= m_size) return 0;
     char* const pBytes = static_cast<char*>(pBuffer);
-    if (size >= kBlock) return ReadFileAt(offset, pBytes, size);
+    if (size >= kBlock) return ReadFrom(m_file.Get(), offset, pBytes, size);
     size = static_cast<std::size_t>(std::min<std::uint64_t>(size, m_size - offset));
     if (offset < m_blockStart || offset + size > m_blockStart + m_block.size()) {
+        // What is in the block when the reading fails is nothing.
+        m_blockStart = m_size;
         m_block.resize(kBlock);
-        m_block.resize(ReadFileAt(offset, m_block.data(), kBlock));
+        m_block.resize(ReadFrom(m_file.Get(), offset, m_block.data(), kBlock));
         m_blockStart = offset;
     }
     return m_block.copy(pBytes, size, static_cast<std::size_t>(offset - m_blockStart));
 }
 
-std::size_t FileSource::ReadFileAt(std::uint64_t offset, char* pBuffer, std::size_t size) {
+TemporaryFile::TemporaryFile() {
+    static std::atomic<unsigned> s_number = 0;
+    std::error_code failure;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(failure);
+    if (failure) throw StorageError("there is no folder for temporary files: " + Reason(failure));
+    const std::string name = "filterhost-" + std::to_string(GetCurrentProcessId()) + "-";
+    m_path = folder / (name + std::to_string(++s_number) + ".tmp");
+    // One that a process of the same number left behind in a crash of the system may be there.
+    m_file.Reset(CreateFileW(m_path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_DELETE, nullptr,
+                             CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (!m_file.IsOpen()) throw StorageError(Reason("cannot be made", GetLastError()), PathText(m_path));
+}
+
+std::size_t TemporaryFile::ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) {
+    char* const pBytes = static_cast<char*>(pBuffer);
     std::size_t done = 0;
-    while (done < size) {
-        OVERLAPPED position = At(offset + done);
-        DWORD count = 0;
-        const auto wanted = static_cast<DWORD>(std::min(size - done, kMostPerCall));
-        if (!ReadFile(m_file.Get(), pBuffer + done, wanted, &count, &position)) {
-            const DWORD code = GetLastError();
-            if (code == ERROR_HANDLE_EOF) break;
-            m_block.clear();
-            throw std::runtime_error(Reason("cannot be read", code));
-        }
-        if (count == 0) break;
-        done += count;
+    if (offset < m_written) {
+        done = static_cast<std::size_t>(std::min<std::uint64_t>(size, m_written - offset));
+        if (ReadFrom(m_file.Get(), offset, pBytes, done) != done)
+            throw StorageError("is cut off", PathText(m_path));
     }
-    return done;
+    const std::uint64_t place = offset + done - m_written;
+    if (done == size || place >= m_block.size()) return done;
+    return done + m_block.copy(pBytes + done, size - done, static_cast<std::size_t>(place));
+}
+
+void TemporaryFile::Append(const void* pBytes, std::size_t size) try {
+    if (m_block.size() + size > kBlock) {
+        WriteTo(m_file.Get(), m_written, m_block.data(), m_block.size());
+        m_written += m_block.size();
+        m_block.clear();
+    }
+    if (size <= kBlock) {
+        m_block.append(static_cast<const char*>(pBytes), size);
+        return;
+    }
+    WriteTo(m_file.Get(), m_written, static_cast<const char*>(pBytes), size);
+    m_written += size;
+} catch (const std::runtime_error& failure) {
+    throw StorageError(failure.what(), PathText(m_path));
 }
 
 OutputFile::OutputFile(std::filesystem::path path) : m_path(std::move(path)) {
@@ -109,7 +170,7 @@ void OutputFile::WriteAt(std::uint64_t offset, const void* pBytes, std::size_t s
     const bool joins = offset >= m_blockStart && offset <= m_blockStart + m_block.size();
     if (!joins || offset - m_blockStart + size > kBlock) Flush();
     if (size > kBlock) {
-        WriteFileAt(offset, pText, size);
+        WriteTo(m_file.Get(), offset, pText, size);
         return;
     }
     if (m_block.empty()) m_blockStart = offset;
@@ -118,21 +179,8 @@ void OutputFile::WriteAt(std::uint64_t offset, const void* pBytes, std::size_t s
 }
 
 void OutputFile::Flush() {
-    WriteFileAt(m_blockStart, m_block.data(), m_block.size());
+    WriteTo(m_file.Get(), m_blockStart, m_block.data(), m_block.size());
     m_block.clear();
-}
-
-void OutputFile::WriteFileAt(std::uint64_t offset, const char* pBytes, std::size_t size) {
-    std::size_t done = 0;
-    while (done < size) {
-        OVERLAPPED position = At(offset + done);
-        DWORD count = 0;
-        const auto wanted = static_cast<DWORD>(std::min(size - done, kMostPerCall));
-        if (!WriteFile(m_file.Get(), pBytes + done, wanted, &count, &position))
-            throw std::runtime_error(Reason("cannot be written", GetLastError()));
-        if (count == 0) throw std::runtime_error("cannot be written: nothing is taken");
-        done += count;
-    }
 }
 
 void OutputFile::Commit() {

@@ -43,12 +43,29 @@ class FileSource final : public ByteSource {
     std::size_t ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) override;
 
   private:
-    std::size_t ReadFileAt(std::uint64_t offset, char* pBuffer, std::size_t size);
-
     FileHandle m_file;
     std::uint64_t m_size = 0;
     std::string m_block;
     std::uint64_t m_blockStart = 0;
+};
+
+// A file of the system's folder for such, which goes with the object, and with the process however that ends.
+// What is written follows what was written before.
+class TemporaryFile final : public ByteSource {
+  public:
+    // Throws StorageError when there can be none.
+    TemporaryFile();
+
+    [[nodiscard]] std::uint64_t Size() const override { return m_written + m_block.size(); }
+    std::size_t ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) override;
+    // Throws StorageError; what it was called with is then not in the file.
+    void Append(const void* pBytes, std::size_t size);
+
+  private:
+    std::filesystem::path m_path;
+    FileHandle m_file{INVALID_HANDLE_VALUE};
+    std::uint64_t m_written = 0;
+    std::string m_block;  // what follows, not yet in the file
 };
 
 // A file that appears under its name only when it is whole: what is written goes to a temporary file beside
@@ -67,7 +84,6 @@ class OutputFile final : public ByteSink {
 
   private:
     void Flush();
-    void WriteFileAt(std::uint64_t offset, const char* pBytes, std::size_t size);
 
     std::filesystem::path m_path;
     std::filesystem::path m_temporary;
