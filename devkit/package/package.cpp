@@ -62,14 +62,14 @@ std::string Package::Read(std::string_view name) const {
     return m_state->Read(*pPart, m_state->limits.maxPartBytes);
 }
 
-std::string Package::Add(std::string_view wantedName, std::string_view contentType, std::string bytes) {
+std::string Package::Add(std::string_view wantedName, std::string_view contentType, common::Content bytes) {
     std::string name = m_state->FreeName(wantedName);
     m_state->Put(name, std::move(bytes));
     m_state->typesChanged = m_state->types.Declare(name, contentType) || m_state->typesChanged;
     return name;
 }
 
-void Package::Replace(std::string_view name, std::string bytes) {
+void Package::Replace(std::string_view name, common::Content bytes) {
     m_state->Put(m_state->Get(name).name, std::move(bytes));
 }
 
@@ -111,9 +111,6 @@ void Package::Save(const std::filesystem::path& file) const {
     output.Commit();
 }
 
-void Package::Save(common::ByteSink& sink) const {
-    std::string contentTypes;
-    WriteZip(m_state->archive, m_state->Edit(contentTypes), sink);
-}
+void Package::Save(common::ByteSink& sink) const { WriteZip(m_state->archive, m_state->Edit(), sink); }
 
 }  // namespace devkit::package

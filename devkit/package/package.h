@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "devkit/common/content.h"
 #include "devkit/common/error.h"
 #include "devkit/common/limits.h"
 #include "devkit/common/storage.h"
@@ -50,9 +51,9 @@ class Package {
 
     // Adds a part under a legal name made from the wanted one (see MakeLegalName), made unique by a number
     // where that is taken. Returns the name.
-    std::string Add(std::string_view wantedName, std::string_view contentType, std::string bytes);
+    std::string Add(std::string_view wantedName, std::string_view contentType, common::Content bytes);
     // Replaces the bytes of a part that is there; its place, name and content type stay.
-    void Replace(std::string_view name, std::string bytes);
+    void Replace(std::string_view name, common::Content bytes);
     // Removes a part with its relationships. A part that is not there is no failure.
     void Remove(std::string_view name);
 

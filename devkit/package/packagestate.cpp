@@ -129,7 +129,7 @@ PackageState::Part& PackageState::Get(std::string_view name) {
 }
 
 std::string PackageState::Read(const Part& part, std::uint64_t most) const {
-    if (part.bytes) return *part.bytes;
+    if (part.bytes) return part.bytes->Read();
     if (!part.whole) throw common::Error("lacks a piece", part.name);
     std::string bytes;
     for (const std::size_t entry : part.pieces) archive.Read(entry, most - bytes.size(), bytes);
@@ -169,7 +169,7 @@ std::string PackageState::FreeName(std::string_view wantedName) {
     }
 }
 
-void PackageState::Put(const std::string& name, std::string bytes) {
+void PackageState::Put(const std::string& name, common::Content bytes) {
     const auto found = m_byKey.find(NameKey(name));
     if (found == m_byKey.end()) {
         Part part;
@@ -179,7 +179,7 @@ void PackageState::Put(const std::string& name, std::string bytes) {
     Part& part = parts[m_byKey.at(NameKey(name))];
     part.removed = false;
     part.whole = true;
-    part.size = bytes.size();
+    part.size = bytes.Size();
     part.bytes = std::move(bytes);
 }
 
@@ -191,34 +191,33 @@ void PackageState::Remove(std::string_view name) {
     typesChanged = types.Forget(name) || typesChanged;
 }
 
-void PackageState::EditPart(const Part& part, const std::string& bytes, ZipEdit& edit) {
+void PackageState::EditPart(const Part& part, const common::Content& bytes, ZipEdit& edit) {
     const std::string entryName = part.name.substr(1);
     if (part.pieces.empty()) {
-        edit.added.push_back({entryName, &bytes});
+        edit.added.push_back({entryName, bytes});
         return;
     }
     // New bytes make an interleaved part a part in one entry, at the place of its first piece.
-    ZipEdit::Replacement replacement{part.pieces[0], std::nullopt, &bytes};
+    ZipEdit::Replacement replacement{part.pieces[0], std::nullopt, bytes};
     if (part.interleaved) replacement.newName = entryName;
     edit.replaced.push_back(std::move(replacement));
     edit.removed.insert(edit.removed.end(), part.pieces.begin() + 1, part.pieces.end());
 }
 
-ZipEdit PackageState::Edit(std::string& contentTypesMarkup) const {
+ZipEdit PackageState::Edit() const {
     ZipEdit edit;
-    if (typesChanged) contentTypesMarkup = types.Markup();
     bool typesWritten = !typesChanged;
     for (const Part& part : parts) {
         if (part.removed) {
             edit.removed.insert(edit.removed.end(), part.pieces.begin(), part.pieces.end());
         } else if (typesChanged && IsContentTypes(part.name)) {
-            EditPart(part, contentTypesMarkup, edit);
+            EditPart(part, types.Markup(), edit);
             typesWritten = true;
         } else if (part.bytes) {
             EditPart(part, *part.bytes, edit);
         }
     }
-    if (!typesWritten) edit.added.push_back({std::string(kContentTypes.substr(1)), &contentTypesMarkup});
+    if (!typesWritten) edit.added.push_back({std::string(kContentTypes.substr(1)), types.Markup()});
     return edit;
 }
 

@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "devkit/common/content.h"
 #include "devkit/common/limits.h"
 #include "devkit/common/storage.h"
 #include "devkit/package/contenttypes.h"
@@ -29,8 +30,8 @@ class PackageState {
         std::vector<std::size_t> pieces;  // entries, in the order of the data; none for an added part
         std::uint64_t size = 0;
         bool interleaved = false;
-        bool whole = true;                 // false when a piece is missing
-        std::optional<std::string> bytes;  // unset while they are the archive's
+        bool whole = true;                     // false when a piece is missing
+        std::optional<common::Content> bytes;  // unset while they are the archive's
         bool removed = false;
     };
 
@@ -43,11 +44,10 @@ class PackageState {
     [[nodiscard]] std::string Read(const Part& part, std::uint64_t most) const;
     // A legal name that neither a part has nor a part's name starts or goes on with.
     [[nodiscard]] std::string FreeName(std::string_view wantedName);
-    void Put(const std::string& name, std::string bytes);
+    void Put(const std::string& name, common::Content bytes);
     void Remove(std::string_view name);
-    // What tells the archive from the package as it stands. The markup is where the content types' bytes
-    // live.
-    [[nodiscard]] ZipEdit Edit(std::string& contentTypesMarkup) const;
+    // What tells the archive from the package as it stands.
+    [[nodiscard]] ZipEdit Edit() const;
 
     common::Limits limits;
     ZipArchive archive;
@@ -67,7 +67,7 @@ class PackageState {
     // Whether parts have names that start with that of a part of this key and a slash.
     [[nodiscard]] bool IsFolder(const std::string& key) const;
     [[nodiscard]] bool IsTaken(const std::string& key) const;
-    static void EditPart(const Part& part, const std::string& bytes, ZipEdit& edit);
+    static void EditPart(const Part& part, const common::Content& bytes, ZipEdit& edit);
 
     struct Piece {
         std::size_t number = 0;

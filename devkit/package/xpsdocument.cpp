@@ -22,11 +22,11 @@ XpsDocument XpsDocument::Open(Package package) {
 }
 
 std::string XpsDocument::ReadMarkup(const FixedPage& page) const {
-    return page.markup ? *page.markup : m_package.Read(page.name);
+    return page.markup ? page.markup->Read() : m_package.Read(page.name);
 }
 
 std::string XpsDocument::AddPart(std::string_view wantedName, std::string_view contentType,
-                                 std::string bytes) {
+                                 common::Content bytes) {
     return m_package.Add(wantedName, contentType, std::move(bytes));
 }
 

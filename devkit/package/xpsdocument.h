@@ -38,7 +38,7 @@ class XpsDocument : public XpsTree {
 
     // Adds a part that a place of the tree can then name. Returns its name, which is the wanted one made
     // legal and unique.
-    std::string AddPart(std::string_view wantedName, std::string_view contentType, std::string bytes);
+    std::string AddPart(std::string_view wantedName, std::string_view contentType, common::Content bytes);
 
     // Brings markup, tickets, resources, thumbnail and the lists of documents and pages into the package as
     // the tree has them, then writes it; see Package::Save. What the tree does not change stays byte for

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "devkit/common/content.h"
+
 namespace devkit::package {
 
 // The tree of an XPS document, in sending order. Part names are those of the package; a ticket may hang in
@@ -11,8 +13,8 @@ namespace devkit::package {
 
 struct FixedPage {
     std::string name;
-    std::optional<std::string> markup;   // new markup; unset while the page keeps its own
-    std::optional<std::string> ticket;   // the part's name
+    std::optional<common::Content> markup;  // new markup; unset while the page keeps its own
+    std::optional<std::string> ticket;      // the part's name
     std::vector<std::string> resources;  // names of the fonts, images, dictionaries ... that the page needs
 };
 

@@ -1,7 +1,11 @@
 #include "devkit/package/zipwriter.h"
 
 #include <array>
+#include <cerrno>
+#include <cstdint>
 #include <exception>
+#include <memory>
+#include <utility>
 
 #include "devkit/common/error.h"
 #include "devkit/package/zipsource.h"
@@ -14,6 +18,68 @@ namespace {
 constexpr zip_uint32_t kCompressionLevel = 6;
 // 1 January 1980, so that the same input gives the same output.
 constexpr zip_uint16_t kEarliestDate = (1 << 5) | 1;
+
+// Lets libzip read what an entry is to hold, when its turn comes.
+class ContentReader {
+  public:
+    // The first failure is put into `failure`, which outlives the archive.
+    ContentReader(common::Content content, std::string& failure)
+        : m_content(std::move(content)), m_failure(failure) {
+        zip_error_init(&m_error);
+    }
+    ContentReader(const ContentReader&) = delete;
+    ContentReader& operator=(const ContentReader&) = delete;
+    ~ContentReader() { zip_error_fini(&m_error); }
+
+    static zip_int64_t Callback(void* pSelf, void* pData, zip_uint64_t length, zip_source_cmd_t command) {
+        auto* const pReader = static_cast<ContentReader*>(pSelf);
+        if (command != ZIP_SOURCE_FREE) return pReader->Handle(pData, length, command);
+        delete pReader;
+        return 0;
+    }
+
+  private:
+    zip_int64_t Handle(void* pData, zip_uint64_t length, zip_source_cmd_t command) noexcept {
+        switch (command) {
+            case ZIP_SOURCE_SUPPORTS:
+                return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE,
+                                                      ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
+            case ZIP_SOURCE_OPEN:
+                m_position = 0;
+                return 0;
+            case ZIP_SOURCE_READ:
+                return Read(pData, static_cast<std::size_t>(length));
+            case ZIP_SOURCE_STAT: {
+                auto& stat = *static_cast<zip_stat_t*>(pData);
+                zip_stat_init(&stat);
+                stat.valid = ZIP_STAT_SIZE;
+                stat.size = m_content.Size();
+                return sizeof(stat);
+            }
+            case ZIP_SOURCE_ERROR:
+                return zip_error_to_data(&m_error, pData, length);
+            default:
+                return 0;
+        }
+    }
+
+    zip_int64_t Read(void* pData, std::size_t length) noexcept {
+        try {
+            const std::size_t count = m_content.Source().ReadAt(m_position, pData, length);
+            m_position += count;
+            return static_cast<zip_int64_t>(count);
+        } catch (const std::exception& failure) {
+            if (m_failure.empty()) m_failure = failure.what();
+            zip_error_set(&m_error, ZIP_ER_READ, EIO);
+            return -1;
+        }
+    }
+
+    const common::Content m_content;
+    std::string& m_failure;
+    std::uint64_t m_position = 0;
+    zip_error_t m_error{};
+};
 
 class Writer {
   public:
@@ -38,7 +104,8 @@ class Writer {
 
   private:
     [[noreturn]] void Fail(zip_error_t* pError) {
-        const std::string failure = m_source.TakeFailure();
+        std::string failure = m_source.TakeFailure();
+        if (failure.empty()) failure = std::exchange(m_failure, {});
         if (!failure.empty()) throw common::StorageError("cannot be copied: " + failure, m_archive.Where());
         throw common::Error("cannot be copied: " + std::string(zip_error_strerror(pError)),
                             m_archive.Where());
@@ -47,9 +114,12 @@ class Writer {
         if (result < 0) Fail(zip_get_error(m_zip.get()));
     }
 
-    ZipSourcePtr SourceOf(const std::string& bytes) {
-        ZipSourcePtr source(zip_source_buffer(m_zip.get(), bytes.data(), bytes.size(), 0));
+    ZipSourcePtr SourceOf(const common::Content& bytes) {
+        auto reader = std::make_unique<ContentReader>(bytes, m_failure);
+        ZipSourcePtr source(zip_source_function(m_zip.get(), &ContentReader::Callback, reader.get()));
         if (!source) Fail(zip_get_error(m_zip.get()));
+        // The source frees it.
+        static_cast<void>(reader.release());
         return source;
     }
 
@@ -57,7 +127,7 @@ class Writer {
         // libzip takes the date of a replacement from the clock unless it is set.
         zip_stat_t stat;
         Check(zip_stat_index(m_zip.get(), replacement.index, 0, &stat));
-        ZipSourcePtr source = SourceOf(*replacement.pBytes);
+        ZipSourcePtr source = SourceOf(replacement.bytes);
         Check(zip_file_replace(m_zip.get(), replacement.index, source.get(), 0));
         static_cast<void>(source.release());
         Check(zip_file_set_mtime(m_zip.get(), replacement.index, stat.mtime, 0));
@@ -70,7 +140,7 @@ class Writer {
     }
 
     void Add(const ZipEdit::Addition& addition) {
-        ZipSourcePtr source = SourceOf(*addition.pBytes);
+        ZipSourcePtr source = SourceOf(addition.bytes);
         const zip_int64_t index =
             zip_file_add(m_zip.get(), addition.name.c_str(), source.get(), ZIP_FL_ENC_UTF_8);
         Check(index);
@@ -81,7 +151,8 @@ class Writer {
     }
 
     const ZipArchive& m_archive;
-    ZipSource m_source;  // outlives m_zip
+    ZipSource m_source;     // outlives m_zip
+    std::string m_failure;  // of what is to be written
     ZipPtr m_zip;
 };
 

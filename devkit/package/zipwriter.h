@@ -5,21 +5,22 @@
 #include <string>
 #include <vector>
 
+#include "devkit/common/content.h"
 #include "devkit/common/storage.h"
 #include "devkit/package/ziparchive.h"
 
 namespace devkit::package {
 
-// What is to be different in a copy of an archive. The bytes are borrowed.
+// What is to be different in a copy of an archive.
 struct ZipEdit {
     struct Replacement {
         std::size_t index = 0;
         std::optional<std::string> newName;
-        const std::string* pBytes = nullptr;
+        common::Content bytes;
     };
     struct Addition {
         std::string name;
-        const std::string* pBytes = nullptr;
+        common::Content bytes;
     };
 
     std::vector<Replacement> replaced;

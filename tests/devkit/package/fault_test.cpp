@@ -86,6 +86,19 @@ TEST(FaultTest, EachFailingWriteIsAnErrorThatSaysSo) {
     EXPECT_GT(failing, 20U);
 }
 
+TEST(FaultTest, NewBytesThatCannotBeReadAreAnErrorThatSaysSo) {
+    Package package = OpenBytes(BuildZip(SmallDocument()));
+    package.Replace("/p.fpage",
+                    common::Content(std::make_shared<MemorySource>("new", std::make_shared<CallCounter>(1))));
+    EXPECT_THROW(static_cast<void>(package.Read("/p.fpage")), common::StorageError);
+    package.Replace("/p.fpage",
+                    common::Content(std::make_shared<MemorySource>("new", std::make_shared<CallCounter>(1))));
+    EXPECT_EQ("cannot be copied: the disk is gone, test.xps",
+              ErrorOf([&] { static_cast<void>(SavedBytes(package)); }));
+    package.Replace("/p.fpage", common::Content(std::make_shared<MemorySource>("newer")));
+    EXPECT_EQ("newer", OpenBytes(SavedBytes(package)).Read("/p.fpage"));
+}
+
 TEST(FaultTest, AFailingReadWhileSavingLeavesNoFile) {
     const TemporaryFolder folder;
     WriteFileBytes(folder / "out.xps", "old");
