@@ -98,6 +98,10 @@ bool HeapsAreWhole() {
     return true;
 }
 
+events::Failed CannotWrite(const std::string& why) {
+    return {"the output cannot be written: " + why, WrongUsage};
+}
+
 void WriteOutput(XpsDocument& document, const RunOutcome& last, const Job& job, const EventSink& sink) try {
     if (last.bytes != nullptr) {
         common::OutputFile file(*job.output);
@@ -109,7 +113,7 @@ void WriteOutput(XpsDocument& document, const RunOutcome& last, const Job& job, 
     }
     sink(events::OutputWritten{job.outputName});
 } catch (const common::Error& error) {
-    sink(events::Failed{std::string("the output cannot be written: ") + error.what(), WrongUsage});
+    sink(CannotWrite(error.what()));
 }
 
 bool HasFailed(const RunOutcome& outcome) {
@@ -277,10 +281,7 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     times = TimesOf(outcomes);
     const bool isAbandoned = std::ranges::any_of(outcomes, &RunOutcome::IsAbandoned);
     std::optional<prntvpt::ProviderReport> report = m_provider.EndRun(isAbandoned);
-    if (report) {
-        report->calls.clear();
-        sink(events::ProviderEnded{*report});
-    }
+    if (report) sink(events::ProviderEnded{*report});
     const RunEnd end = EndOf(outcomes);
     sink(events::RunEnded{end});
     if (!HeapsAreWhole()) {
@@ -289,6 +290,7 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     }
     if (isAbandoned) return false;
     for (const RunOutcome& outcome : outcomes) {
+        if (!outcome.storageFailure.empty()) sink(CannotWrite(outcome.storageFailure));
         for (const std::string& what : outcome.missing)
             sink(events::Missed{what + (isAlone ? "" : " (" + outcome.filter + ")")});
     }

@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "devkit/common/error.h"
 #include "devkit/common/text.h"
 #include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/partobject.h"
@@ -235,6 +236,19 @@ void DocumentConsumer::Record(PartKind kind, const PartPtr& part) {
     m_counts.fixedDocuments += kind == PartKind::FixedDocument;
     m_sent.push_back({kind, part->Name(), part});
     Context().Observer()->PartSent(m_sent.back());
+    PutAside(*part);
+}
+
+// What was written is needed next when the output is.
+void DocumentConsumer::PutAside(Part& part) {
+    try {
+        part.PutAside(Context().Store());
+        if (part.ticket != nullptr) part.ticket->PutAside(Context().Store());
+        if (part.thumbnail != nullptr) part.thumbnail->PutAside(Context().Store());
+        for (const PartPtr& resource : part.resources) resource->PutAside(Context().Store());
+    } catch (const common::StorageError& failure) {
+        Context().StorageFailed(failure.what());
+    }
 }
 
 }  // namespace devkit::pipeline

@@ -53,6 +53,7 @@ bool RunOutcome::IsWhole() const {
                            [kind](const SentPart& part) { return part.kind == kind; });
     };
     return SUCCEEDED(result) && !IsAbandoned() && !cancelled && senderClosed && inputFailures.empty() &&
+           storageFailure.empty() &&
            std::all_of(shutdownCodes.begin(), shutdownCodes.end(),
                        [](HRESULT hr) { return SUCCEEDED(hr); }) &&
            (output == DataKind::Stream ||
@@ -196,6 +197,7 @@ void FilterStage::Report() {
     if (m_consumer) m_outcome.parts = m_consumer->Sent();
     if (m_provider) m_outcome.lastPart = m_provider->LastGiven();
     m_outcome.inputFailures = m_context->InputFailures();
+    m_outcome.storageFailure = m_context->StorageFailure();
     m_outcome.calls = m_context->Calls().Text();
     m_outcome.missing = m_context->MissingThings();
     if (m_progress) m_outcome.progress = m_progress->Counts();

@@ -46,6 +46,7 @@ struct RunOutcome {
     bool senderClosed = false;          // CloseSender, or Close of the writer, was called
     std::vector<std::string> breaches;  // one line each
     std::vector<std::string> inputFailures;  // parts of the input that could not be read, one line each
+    std::string storageFailure;              // why what the filter wrote could not be kept; empty when it was
     std::vector<SentPart> parts;             // in sending order
     Bytes bytes;  // what the last filter wrote as a stream; a package where its parts belong to no document
                   // of the caller

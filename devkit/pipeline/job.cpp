@@ -112,7 +112,7 @@ class TreeBuilder {
     package::FixedPage MakePage(const SentPart& sent) {
         package::FixedPage page;
         page.name = *NameInPackage(sent.part);
-        if (sent.MarkupRewritten()) page.markup = *sent.part->Read();
+        if (sent.MarkupRewritten()) page.markup = sent.part->Packaged();
         page.ticket = NameInPackage(sent.part->ticket);
         for (const PartPtr& resource : sent.part->resources)
             page.resources.push_back(*NameInPackage(resource));
@@ -125,8 +125,7 @@ class TreeBuilder {
         if (!part->IsNew()) return part->Name();
         auto place = m_added.find(part);
         if (place == m_added.end()) {
-            std::string name =
-                m_document.AddPart(part->Name(), ContentTypeOfNew(*part), *part->ReadPackaged());
+            std::string name = m_document.AddPart(part->Name(), ContentTypeOfNew(*part), part->Packaged());
             place = m_added.emplace(part, std::move(name)).first;
         }
         return place->second;

@@ -31,6 +31,8 @@ const Bytes& NoBytes() {
     return kNone;
 }
 
+Bytes ReadAll(const common::Content& content) { return std::make_shared<const std::string>(content.Read()); }
+
 }  // namespace
 
 const char* NameOf(PartKind kind) {
@@ -84,7 +86,11 @@ Part::Part(HandedOn, Part& part)
       m_isNew(part.m_isNew),
       m_wasWritten(part.IsWritten()),
       m_inputType(part.m_inputType) {
-    if (part.m_written != nullptr) m_input.read = [bytes = part.m_written] { return bytes; };
+    if (part.m_written != nullptr) {
+        m_input.read = [bytes = part.m_written] { return bytes; };
+    } else if (part.m_aside) {
+        m_input.read = [content = *part.m_aside] { return ReadAll(content); };
+    }
 }
 
 std::string Part::Title() const {
@@ -93,7 +99,8 @@ std::string Part::Title() const {
 
 Bytes Part::Read() {
     TakeWritten();
-    return m_written != nullptr ? m_written : ReadInput();
+    if (m_written != nullptr) return m_written;
+    return m_aside ? ReadAll(*m_aside) : ReadInput();
 }
 
 Bytes Part::ReadPlain() {
@@ -104,10 +111,17 @@ Bytes Part::ReadPlain() {
     return std::make_shared<const std::string>(ToggleObfuscation(*bytes, Name()));
 }
 
-Bytes Part::ReadPackaged() {
-    Bytes bytes = Read();
-    if (!obfuscate || !IsNew()) return bytes;
-    return std::make_shared<const std::string>(ToggleObfuscation(*bytes, Name()));
+common::Content Part::Packaged() {
+    TakeWritten();
+    if (obfuscate && IsNew()) return ToggleObfuscation(*Read(), Name());
+    return m_written == nullptr && m_aside ? *m_aside : Read();
+}
+
+void Part::PutAside(common::ByteStore& store) {
+    TakeWritten();
+    if (m_written == nullptr) return;
+    m_aside = store.Keep(m_written);
+    m_written = nullptr;
 }
 
 Bytes Part::ReadInput() {
@@ -122,7 +136,7 @@ Bytes Part::ReadInput() {
 
 bool Part::IsWritten() {
     TakeWritten();
-    return m_wasWritten || m_written != nullptr;
+    return m_wasWritten || m_written != nullptr || m_aside;
 }
 
 bool Part::IsBeingWritten() {
@@ -139,6 +153,7 @@ std::shared_ptr<Writing> Part::BeginWriting() {
 void Part::TakeWritten() {
     if (m_writing == nullptr || !m_writing->IsClosed()) return;
     m_written = m_writing->Written();
+    m_aside.reset();
     m_writing = nullptr;
 }
 

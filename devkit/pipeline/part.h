@@ -4,10 +4,12 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "devkit/common/bytestore.h"
 #include "devkit/pipeline/streams.h"
 #include "platform/filterpipeline.h"
 
@@ -69,7 +71,10 @@ class Part {
     // The bytes as a filter reads and writes them: those of an obfuscated font of the input are made plain.
     [[nodiscard]] Bytes ReadPlain();
     // The bytes as a package has them: those of a new font that is to be obfuscated are.
-    [[nodiscard]] Bytes ReadPackaged();
+    [[nodiscard]] common::Content Packaged();
+    // Gives what was written into the store, until it is read again. Throws common::StorageError, and keeps
+    // it in memory, when the store cannot take it.
+    void PutAside(common::ByteStore& store);
     // The bytes as this filter was given them, none for a part that it makes.
     [[nodiscard]] Bytes ReadInput();
     // Whether the part has bytes that a filter wrote, this one or one before it.
@@ -99,7 +104,9 @@ class Part {
     std::string m_inputType;    // the content type that the input has
     std::weak_ptr<const std::string> m_read;
     std::shared_ptr<Writing> m_writing;
+    // What was last written, in one of two places.
     Bytes m_written;
+    std::optional<common::Content> m_aside;
 };
 
 using PartPtr = std::shared_ptr<Part>;

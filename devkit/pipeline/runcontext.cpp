@@ -46,6 +46,16 @@ void RunContext::InputFailed(std::string text) {
 
 std::vector<std::string> RunContext::InputFailures() const { return m_inputFailures.Lines(); }
 
+void RunContext::StorageFailed(std::string text) {
+    const std::lock_guard guard(m_storageLock);
+    if (m_storageFailure.empty()) m_storageFailure = std::move(text);
+}
+
+std::string RunContext::StorageFailure() const {
+    const std::lock_guard guard(m_storageLock);
+    return m_storageFailure;
+}
+
 void RunContext::Missing(const std::string& what) {
     const std::lock_guard guard(m_missingLock);
     if (std::ranges::find(m_missing, what) == m_missing.end()) m_missing.push_back(what);

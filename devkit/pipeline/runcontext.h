@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "devkit/common/bytestore.h"
 #include "devkit/common/countedobject.h"
 #include "devkit/common/error.h"
 #include "devkit/pipeline/behaviour.h"
@@ -83,6 +84,12 @@ class RunContext {
     void InputFailed(std::string text);
     [[nodiscard]] std::vector<std::string> InputFailures() const;
 
+    // Where the bytes go that nobody needs before the end of the job. A failure of it is told, once, and
+    // nothing of the job may be written then.
+    [[nodiscard]] common::ByteStore& Store() noexcept { return m_store; }
+    void StorageFailed(std::string text);
+    [[nodiscard]] std::string StorageFailure() const;
+
     // Something that the filter asked for and that the job does not have, told once.
     void Missing(const std::string& what);
     [[nodiscard]] std::vector<std::string> MissingThings() const;
@@ -118,6 +125,9 @@ class RunContext {
     BreachLog m_leftOpen;
     BreachLog m_inputFailures;
     BreachLog m_findings;
+    common::ByteStore m_store;
+    mutable std::mutex m_storageLock;
+    std::string m_storageFailure;
     mutable std::mutex m_usedLock;
     std::set<std::string, std::less<>> m_used;
     mutable std::mutex m_missingLock;

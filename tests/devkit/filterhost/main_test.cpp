@@ -6,6 +6,7 @@
 
 #include "devkit/filterhost/files.h"
 #include "devkit/filterhost/program.h"
+#include "temporaryplace.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -285,6 +286,28 @@ TEST(FilterHost, AnOutputThatCannotBeWrittenGivesStatus2) {
     EXPECT_TRUE(ended.error.starts_with("filterhost: " + Text(Sample("minimal.xps")) +
                                         ": the output cannot be written: "))
         << ended.error;
+}
+
+TEST(FilterHost, WhatCannotWaitForTheOutputGivesStatus2AndNoOutput) {
+    const Path folder = FreshFolder("no-temporary");
+    const std::vector<std::string> arguments =
+        RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"), "--quiet"});
+    {
+        const tests::TemporaryPlace place(folder / "nowhere");
+        const Ended ended = RunProgram(arguments, "rewrite-long");
+        EXPECT_EQ(2U, ended.status);
+        EXPECT_TRUE(ended.error.starts_with(
+            "filterhost: " + Text(Sample("minimal.xps")) +
+            ": the output cannot be written: there is no folder for temporary files: "))
+            << ended.error;
+        EXPECT_FALSE(std::filesystem::exists(folder / "o.xps"));
+    }
+    std::filesystem::create_directories(folder / "somewhere");
+    const tests::TemporaryPlace place(folder / "somewhere");
+    const Ended ended = RunProgram(arguments, "rewrite-long");
+    EXPECT_EQ(0U, ended.status) << ended.error;
+    EXPECT_TRUE(std::filesystem::exists(folder / "o.xps"));
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "somewhere"));
 }
 
 TEST(FilterHost, AnswersVersionAndHelp) {

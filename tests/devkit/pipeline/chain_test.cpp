@@ -218,7 +218,7 @@ TEST_F(ChainTest, WhatAFilterMakesReachesTheEnd) {
     const SentPart& page = outcomes[1].parts[3];
     EXPECT_TRUE(page.TicketReplaced());
     EXPECT_TRUE(page.part->ticket->IsNew());
-    EXPECT_EQ("made", *page.part->ticket->ReadPackaged());
+    EXPECT_EQ("made", page.part->ticket->Packaged().Read());
 }
 
 TEST_F(ChainTest, AnObjectOfAFiltersOwnGoesThroughAll) {

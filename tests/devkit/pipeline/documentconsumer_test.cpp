@@ -2,6 +2,8 @@
 
 #include "devkit/pipeline/pageobjects.h"
 #include "devkit/pipeline/pipelinecontrol.h"
+#include "temporaryfolder.h"
+#include "temporaryplace.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -146,6 +148,59 @@ TEST_F(DocumentConsumerTest, ANewPageCanBeSentOnceItIsWritten) {
     EXPECT_EQ("/extra.fpage", sent.back().name);
     EXPECT_TRUE(sent.back().part->IsNew());
     EXPECT_EQ("<FixedPage/>", *sent.back().part->Read());
+}
+
+// The first page with new markup, a new ticket and a new picture, each longer than what stays in memory.
+ComPtr<IFixedPage> LongPage(DocumentConsumer& consumer, ComPtr<IFixedPage> page, const std::string& bytes) {
+    const auto write = [&bytes](IPrintWriteStream* pStream) {
+        ULONG count = 0;
+        EXPECT_EQ(S_OK, pStream->WriteBytes(bytes.data(), static_cast<ULONG>(bytes.size()), &count));
+        pStream->Close();
+    };
+    ComPtr<IPrintWriteStream> stream;
+    EXPECT_EQ(S_OK, page->GetWriteStream(stream.Put()));
+    write(stream.Get());
+    ComPtr<IPartPrintTicket> ticket;
+    EXPECT_EQ(S_OK, consumer.GetNewEmptyPart(L"/t.xml", __uuidof(IPartPrintTicket), ticket.PutVoid(),
+                                             stream.Put()));
+    write(stream.Get());
+    EXPECT_EQ(S_OK, page->SetPrintTicket(ticket.Get()));
+    ComPtr<IPartImage> image;
+    EXPECT_EQ(S_OK, consumer.GetNewEmptyPart(L"/i.png", __uuidof(IPartImage), image.PutVoid(), stream.Put()));
+    write(stream.Get());
+    EXPECT_EQ(S_OK, page->SetPagePart(image.Get()));
+    return page;
+}
+
+TEST_F(DocumentConsumerTest, WhatIsSentWaitsInATemporaryFile) {
+    const tests::TemporaryFolder folder;
+    const tests::TemporaryPlace place(folder / "");
+    const std::string bytes(common::ByteStore::kInMemory + 1, 'x');
+    DocumentConsumer& consumer = ReadyForPages();
+    const ComPtr<IFixedPage> page = LongPage(consumer, FirstPage(), bytes);
+    EXPECT_TRUE(folder.Names().empty());
+    EXPECT_EQ(S_OK, consumer.SendFixedPage(page.Get()));
+    ASSERT_EQ(1U, folder.Names().size());
+    const std::string name = *folder.Names().begin();
+    EXPECT_TRUE(name.starts_with("filterhost-")) << name;
+    const PartPtr part = consumer.Sent().back().part;
+    EXPECT_TRUE(bytes == *part->Read());
+    EXPECT_TRUE(bytes == *part->ticket->Read());
+    EXPECT_TRUE(bytes == *part->resources.back()->Read());
+    EXPECT_EQ("", Context()->StorageFailure());
+}
+
+TEST_F(DocumentConsumerTest, WithoutRoomForWhatIsSentNothingIsLostButTheOutput) {
+    const tests::TemporaryFolder folder;
+    const tests::TemporaryPlace place(folder / "nowhere");
+    const std::string bytes(common::ByteStore::kInMemory + 1, 'x');
+    DocumentConsumer& consumer = ReadyForPages();
+    const ComPtr<IFixedPage> page = LongPage(consumer, FirstPage(), bytes);
+    EXPECT_EQ(S_OK, consumer.SendFixedPage(page.Get()));
+    EXPECT_TRUE(bytes == *consumer.Sent().back().part->Read());
+    EXPECT_TRUE(Context()->StorageFailure().starts_with("there is no folder for temporary files: "))
+        << Context()->StorageFailure();
+    EXPECT_EQ(Lines{}, Breaches());
 }
 
 TEST_F(DocumentConsumerTest, AllChangesToASentPageAreBreaches) {

@@ -1,6 +1,10 @@
 #include "devkit/pipeline/part.h"
 
+#include "devkit/common/bytestore.h"
 #include "devkit/pipeline/fixture.h"
+#include "devkit/pipeline/fontobfuscation.h"
+#include "temporaryfolder.h"
+#include "temporaryplace.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -61,6 +65,64 @@ TEST(Part, CanBeWrittenAgain) {
     writing->Append("again", 5);
     writing->Close();
     EXPECT_EQ("again", *part.Read());
+}
+
+TEST(Part, WhatIsPutAsideIsReadAsBefore) {
+    common::ByteStore store(0);
+    Part part(PartKind::FixedPage, InMemory("/1.fpage", "", "old"));
+    part.PutAside(store);
+    EXPECT_FALSE(part.IsWritten());
+    EXPECT_EQ("old", *part.Read());
+    const auto write = [&part](const std::string& bytes) {
+        const auto writing = part.BeginWriting();
+        writing->Append(bytes.data(), bytes.size());
+        writing->Close();
+    };
+    write("new");
+    part.PutAside(store);
+    part.PutAside(store);
+    EXPECT_TRUE(part.IsWritten());
+    EXPECT_EQ("new", *part.Read());
+    EXPECT_EQ("new", part.Packaged().Read());
+    EXPECT_EQ("old", *part.ReadInput());
+    Part next(Part::HandedOn{}, part);
+    EXPECT_TRUE(next.IsWritten());
+    EXPECT_EQ("new", *next.Read());
+    EXPECT_EQ("new", *next.ReadInput());
+    write("newer");
+    EXPECT_EQ("newer", *part.Read());
+    EXPECT_EQ("newer", part.Packaged().Read());
+    EXPECT_EQ("new", *next.Read());
+}
+
+TEST(Part, PutsAsideInTheStoreAndNotInMemory) {
+    const tests::TemporaryFolder folder;
+    const tests::TemporaryPlace place(folder / "");
+    common::ByteStore store(0);
+    Part part(PartKind::PrintTicket, "/new.xml");
+    auto writing = part.BeginWriting();
+    writing->Append("ticket", 6);
+    writing->Close();
+    const std::weak_ptr<const std::string> bytes = part.Read();
+    writing.reset();
+    part.PutAside(store);
+    EXPECT_TRUE(bytes.expired());
+    EXPECT_EQ(1U, folder.Names().size());
+    EXPECT_EQ("ticket", *part.Read());
+}
+
+TEST(Part, ANewFontThatWasPutAsideIsObfuscatedInThePackage) {
+    common::ByteStore store(0);
+    const std::string name = "/{12345678-1234-1234-1234-123456789ABC}.odttf";
+    Part font(PartKind::Font, name);
+    font.obfuscate = true;
+    const std::string plain(64, 'f');
+    const auto writing = font.BeginWriting();
+    writing->Append(plain.data(), plain.size());
+    writing->Close();
+    font.PutAside(store);
+    EXPECT_EQ(plain, *font.Read());
+    EXPECT_EQ(ToggleObfuscation(plain, name), font.Packaged().Read());
 }
 
 TEST(Part, ANewOneHasNoBytesUntilItIsWritten) {

@@ -61,16 +61,16 @@ TEST_F(ResourceObjectsTest, ANewFontIsObfuscatedOnItsWayIntoThePackageAlone) {
     ComPtr<IPrintReadStream> stream;
     ASSERT_EQ(S_OK, font->GetStream(stream.Put()));
     EXPECT_EQ(plain, ReadAll(stream.Get()));
-    EXPECT_EQ(ToggleObfuscation(plain, platform::ToUtf8(name)), *PartOf(font.Get())->ReadPackaged());
+    EXPECT_EQ(ToggleObfuscation(plain, platform::ToUtf8(name)), PartOf(font.Get())->Packaged().Read());
     EXPECT_EQ(S_OK, font->SetFontOptions(Font_Normal));
-    EXPECT_EQ(plain, *PartOf(font.Get())->ReadPackaged());
+    EXPECT_EQ(plain, PartOf(font.Get())->Packaged().Read());
     EXPECT_EQ(Lines{}, Breaches());
 }
 
 TEST_F(ResourceObjectsTest, AFontWithoutAGuidInItsNameCannotBeObfuscated) {
     const auto font = NewPart<IPartFont>(L"/Fonts/new.odttf", "bytes");
     EXPECT_EQ(S_OK, font->SetFontOptions(Font_Obfusticate));
-    EXPECT_EQ("bytes", *PartOf(font.Get())->ReadPackaged());
+    EXPECT_EQ("bytes", PartOf(font.Get())->Packaged().Read());
     EXPECT_EQ(
         Lines{"SetFontOptions obfuscates Font /Fonts/new.odttf, whose name holds no GUID to do it with"},
         Breaches());

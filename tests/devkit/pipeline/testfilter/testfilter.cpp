@@ -234,7 +234,7 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     if (Is("exit-process-for-names") && NameOf(pPage).find(L"A%20Page") != std::wstring::npos) ExitProcess(7);
     if (Is("leak-page") && m_pages == 1) pPage->AddRef();
     if (Is("drop-first-page") && m_pages == 1) return S_OK;
-    if (Is("rewrite") || Is("break-markup") || Is("rewrite-unclosed")) {
+    if (Is("rewrite") || Is("rewrite-long") || Is("break-markup") || Is("rewrite-unclosed")) {
         if (const HRESULT hr = RewriteMarkup(pPage); FAILED(hr)) return hr;
     }
     if (Is("ticket") || Is("ticket-unclosed")) {
@@ -355,6 +355,7 @@ HRESULT TestFilter::RewriteMarkup(IFixedPage* pPage) {
         ReplaceFirst(markup, "Width=\"816\"", "Width=\"1056\"");
         ReplaceFirst(markup, "Height=\"1056\"", "Height=\"816\"");
     }
+    if (Is("rewrite-long")) markup += "<!-- " + std::string(std::size_t{6} << 20, 'x') + " -->";
     hr = WriteAll(writer.Get(), markup);
     if (!Is("rewrite-unclosed")) writer->Close();
     return hr;
