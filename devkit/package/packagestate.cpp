@@ -1,6 +1,7 @@
 #include "devkit/package/packagestate.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "devkit/common/error.h"
@@ -23,7 +24,37 @@ void EachFolder(const std::string& name, Visit visit) {
         visit(name.substr(0, slash));
 }
 
+// The hash of a key (FNV-1a); calls with that of each folder above it.
+template <typename Visit>
+std::uint64_t HashOf(const std::string& key, Visit visit) {
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (std::size_t i = 0; i < key.size(); ++i) {
+        if (key[i] == '/' && i != 0) visit(hash);
+        hash = (hash ^ static_cast<unsigned char>(key[i])) * 0x100000001B3U;
+    }
+    return hash;
+}
+
 }  // namespace
+
+std::vector<std::size_t> PackageState::Part::Pieces() const {
+    std::vector<std::size_t> pieces;
+    if (entry != kNoEntry) pieces.push_back(entry);
+    if (morePieces) pieces.insert(pieces.end(), morePieces->begin(), morePieces->end());
+    return pieces;
+}
+
+std::size_t PackageState::KeyHash::operator()(const std::string& key) const noexcept {
+    return std::hash<std::string>()(key);
+}
+
+std::size_t PackageState::KeyHash::operator()(std::size_t place) const {
+    return (*this)(NameKey(parts[place].name));
+}
+
+bool PackageState::KeyEqual::operator()(const std::string& key, std::size_t place) const {
+    return key == NameKey(parts[place].name);
+}
 
 PackageState::PackageState(std::shared_ptr<common::ByteSource> source, std::string where,
                            const common::Limits& readLimits)
@@ -34,16 +65,18 @@ PackageState::PackageState(std::shared_ptr<common::ByteSource> source, std::stri
 
 void PackageState::TakeEntries() {
     CheckSizes();
+    parts.reserve(archive.Entries().size());
     for (std::size_t i = 0; i < archive.Entries().size(); ++i) TakeEntry(i);
     JoinPieces();
 }
 
 void PackageState::CheckSizes() const {
     std::uint64_t total = 0;
-    for (const ZipEntry& entry : archive.Entries()) {
+    for (std::size_t i = 0; i < archive.Entries().size(); ++i) {
+        const ZipEntry& entry = archive.Entries()[i];
         if (entry.size > limits.maxPartBytes)
             throw common::Error("is larger than " + std::to_string(limits.maxPartBytes) + " bytes",
-                                entry.name);
+                                archive.NameOf(i));
         total += entry.size;
         if (total > limits.maxPackageBytes)
             throw common::Error(
@@ -54,17 +87,18 @@ void PackageState::CheckSizes() const {
 
 void PackageState::TakeEntry(std::size_t index) {
     const ZipEntry& entry = archive.Entries()[index];
-    if (LeavesPackage(entry.name)) throw common::Error("an entry's name leaves the package", entry.name);
-    if (IsFolderName(entry.name)) return;
-    const std::optional<PieceName> piece = ParsePieceName(entry.name);
-    const std::string name = piece ? piece->part : PartNameOf(entry.name);
+    const std::string entryName = archive.NameOf(index);
+    if (LeavesPackage(entryName)) throw common::Error("an entry's name leaves the package", entryName);
+    if (IsFolderName(entryName)) return;
+    const std::optional<PieceName> piece = ParsePieceName(entryName);
+    const std::string name = piece ? piece->part : PartNameOf(entryName);
     if (!entry.readable && !IsContentTypes(name))
         throw common::Error(
-            entry.encrypted ? "is encrypted" : "is compressed in a way that packages do not use", entry.name);
+            entry.encrypted ? "is encrypted" : "is compressed in a way that packages do not use", entryName);
     if (!piece) {
         Part part;
         part.name = name;
-        part.pieces = {index};
+        part.entry = index;
         part.size = entry.size;
         Register(std::move(part));
         return;
@@ -83,7 +117,12 @@ void PackageState::JoinPieces() {
         for (std::size_t i = 0; i < each.pieces.size(); ++i) {
             const bool isEnd = i + 1 == each.pieces.size();
             part.whole = part.whole && each.pieces[i].number == i && each.pieces[i].last == isEnd;
-            part.pieces.push_back(each.pieces[i].entry);
+            if (i == 0) {
+                part.entry = each.pieces[i].entry;
+                part.morePieces = std::make_unique<std::vector<std::size_t>>();
+            } else {
+                part.morePieces->push_back(each.pieces[i].entry);
+            }
             part.size += archive.Entries()[each.pieces[i].entry].size;
         }
         if (part.size > limits.maxPartBytes)
@@ -92,16 +131,21 @@ void PackageState::JoinPieces() {
         Register(std::move(part));
     }
     // The parts of the archive come in the order of their first entry.
-    std::ranges::stable_sort(parts, {}, [](const Part& part) { return std::ranges::min(part.pieces); });
-    for (std::size_t i = 0; i < parts.size(); ++i) m_byKey[NameKey(parts[i].name)] = i;
+    if (!m_interleaved.empty()) {
+        m_byKey.clear();
+        std::ranges::stable_sort(parts, {}, [](const Part& part) { return std::ranges::min(part.Pieces()); });
+        for (std::size_t i = 0; i < parts.size(); ++i) m_byKey.insert(i);
+    }
     m_interleaved.clear();
     m_interleavedByKey.clear();
 }
 
 void PackageState::Register(Part part) {
-    if (!m_byKey.try_emplace(NameKey(part.name), parts.size()).second)
-        throw common::Error("two parts have the same name", part.name);
+    const std::string key = NameKey(part.name);
+    if (m_byKey.find(key) != m_byKey.end()) throw common::Error("two parts have the same name", part.name);
     parts.push_back(std::move(part));
+    m_byKey.insert(parts.size() - 1);
+    static_cast<void>(HashOf(key, [this](std::uint64_t folder) { m_folders.insert(folder); }));
 }
 
 void PackageState::ReadContentTypes() {
@@ -119,30 +163,25 @@ void PackageState::ReadContentTypes() {
 
 const PackageState::Part* PackageState::Find(std::string_view name) const {
     const auto found = m_byKey.find(NameKey(name));
-    if (found == m_byKey.end() || parts[found->second].removed) return nullptr;
-    return &parts[found->second];
+    if (found == m_byKey.end() || parts[*found].removed) return nullptr;
+    return &parts[*found];
 }
 
 PackageState::Part& PackageState::Get(std::string_view name) {
     if (Find(name) == nullptr) throw common::Error("is missing", name);
-    return parts[m_byKey.at(NameKey(name))];
+    return parts[*m_byKey.find(NameKey(name))];
 }
 
 std::string PackageState::Read(const Part& part, std::uint64_t most) const {
     if (part.bytes) return part.bytes->Read();
     if (!part.whole) throw common::Error("lacks a piece", part.name);
     std::string bytes;
-    for (const std::size_t entry : part.pieces) archive.Read(entry, most - bytes.size(), bytes);
+    for (const std::size_t entry : part.Pieces()) archive.Read(entry, most - bytes.size(), bytes);
     return bytes;
 }
 
-bool PackageState::IsFolder(const std::string& key) const {
-    const auto next = m_byKey.lower_bound(key + "/");
-    return next != m_byKey.end() && next->first.starts_with(key + "/");
-}
-
 bool PackageState::IsTaken(const std::string& key) const {
-    if (Find(key) != nullptr || IsFolder(key)) return true;
+    if (Find(key) != nullptr || m_folders.contains(HashOf(key, [](std::uint64_t) {}))) return true;
     bool insidePart = false;
     EachFolder(key, [&](const std::string& folder) { insidePart = insidePart || Find(folder) != nullptr; });
     return insidePart;
@@ -176,7 +215,7 @@ void PackageState::Put(const std::string& name, common::Content bytes) {
         part.name = name;
         Register(std::move(part));
     }
-    Part& part = parts[m_byKey.at(NameKey(name))];
+    Part& part = parts[*m_byKey.find(NameKey(name))];
     part.removed = false;
     part.whole = true;
     part.size = bytes.Size();
@@ -193,15 +232,16 @@ void PackageState::Remove(std::string_view name) {
 
 void PackageState::EditPart(const Part& part, const common::Content& bytes, ZipEdit& edit) {
     const std::string entryName = part.name.substr(1);
-    if (part.pieces.empty()) {
+    if (part.entry == kNoEntry) {
         edit.added.push_back({entryName, bytes});
         return;
     }
     // New bytes make an interleaved part a part in one entry, at the place of its first piece.
-    ZipEdit::Replacement replacement{part.pieces[0], std::nullopt, bytes};
+    ZipEdit::Replacement replacement{part.entry, std::nullopt, bytes};
     if (part.interleaved) replacement.newName = entryName;
     edit.replaced.push_back(std::move(replacement));
-    edit.removed.insert(edit.removed.end(), part.pieces.begin() + 1, part.pieces.end());
+    if (part.morePieces)
+        edit.removed.insert(edit.removed.end(), part.morePieces->begin(), part.morePieces->end());
 }
 
 ZipEdit PackageState::Edit() const {
@@ -209,7 +249,8 @@ ZipEdit PackageState::Edit() const {
     bool typesWritten = !typesChanged;
     for (const Part& part : parts) {
         if (part.removed) {
-            edit.removed.insert(edit.removed.end(), part.pieces.begin(), part.pieces.end());
+            const std::vector<std::size_t> pieces = part.Pieces();
+            edit.removed.insert(edit.removed.end(), pieces.begin(), pieces.end());
         } else if (typesChanged && IsContentTypes(part.name)) {
             EditPart(part, types.Markup(), edit);
             typesWritten = true;

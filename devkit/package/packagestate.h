@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "devkit/common/content.h"
@@ -27,15 +27,21 @@ class PackageState {
     // the archive stays.
     struct Part {
         std::string name;
-        std::vector<std::size_t> pieces;  // entries, in the order of the data; none for an added part
         std::uint64_t size = 0;
+        std::size_t entry = kNoEntry;                          // the first; none for an added part
+        std::unique_ptr<std::vector<std::size_t>> morePieces;  // the other entries, in the order of the data
         bool interleaved = false;
         bool whole = true;                     // false when a piece is missing
         std::optional<common::Content> bytes;  // unset while they are the archive's
         bool removed = false;
+
+        [[nodiscard]] std::vector<std::size_t> Pieces() const;
     };
+    static constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
 
     PackageState(std::shared_ptr<common::ByteSource> source, std::string where, const common::Limits& limits);
+    PackageState(const PackageState&) = delete;
+    PackageState& operator=(const PackageState&) = delete;
 
     // Null when there is none; a removed part is not there.
     [[nodiscard]] const Part* Find(std::string_view name) const;
@@ -64,8 +70,6 @@ class PackageState {
     void JoinPieces();
     void ReadContentTypes();
     void Register(Part part);
-    // Whether parts have names that start with that of a part of this key and a slash.
-    [[nodiscard]] bool IsFolder(const std::string& key) const;
     [[nodiscard]] bool IsTaken(const std::string& key) const;
     static void EditPart(const Part& part, const common::Content& bytes, ZipEdit& edit);
 
@@ -81,8 +85,25 @@ class PackageState {
 
     std::vector<Interleaved> m_interleaved;
     std::unordered_map<std::string, std::size_t> m_interleavedByKey;
-    // In order, so that the parts in a folder are found as well.
-    std::map<std::string, std::size_t> m_byKey;
+    // The places of the parts by the keys of their names, which are made anew for each question: for the many
+    // parts of a large document they would take more memory than all the rest.
+    struct KeyHash {
+        using is_transparent = void;
+        const std::vector<Part>& parts;
+        std::size_t operator()(const std::string& key) const noexcept;
+        std::size_t operator()(std::size_t place) const;
+    };
+    struct KeyEqual {
+        using is_transparent = void;
+        const std::vector<Part>& parts;
+        bool operator()(std::size_t left, std::size_t right) const noexcept { return left == right; }
+        bool operator()(const std::string& key, std::size_t place) const;
+        bool operator()(std::size_t place, const std::string& key) const { return (*this)(key, place); }
+    };
+    std::unordered_set<std::size_t, KeyHash, KeyEqual> m_byKey{0, KeyHash{parts}, KeyEqual{parts}};
+    // The keys of the folders that parts are in, by their hashes: names can have so many folders that their
+    // keys would take the square of their length. Two of one hash cost a new name a number.
+    std::unordered_set<std::uint64_t> m_folders;
     std::unordered_map<std::string, std::size_t> m_lastNumbers;  // of names that were wanted before
 };
 

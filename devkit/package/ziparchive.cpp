@@ -60,7 +60,6 @@ ZipEntry Describe(zip_t* pZip, std::size_t index, const std::string& where) {
     if (zip_stat_index(pZip, index, ZIP_FL_ENC_GUESS, &stat) != 0)
         throw common::Error("entry " + std::to_string(index) + " cannot be read", where);
     ZipEntry entry;
-    entry.name = stat.name;
     entry.size = stat.size;
     entry.compressedSize = stat.comp_size;
     entry.encrypted = stat.encryption_method != ZIP_EM_NONE;
@@ -80,22 +79,17 @@ struct ZipArchive::Reader {
 
 ZipArchive::ZipArchive(std::shared_ptr<common::ByteSource> source, std::string where,
                        const common::Limits& limits)
-    : m_source(std::move(source)), m_where(std::move(where)), m_reader(std::make_unique<Reader>(*m_source)) {
+    : m_source(std::move(source)), m_where(std::move(where)), m_limits(limits) {
     // To libzip an empty file is an archive without entries.
     if (m_source->Size() == 0) throw common::Error("is not a zip archive", m_where);
-    ZipError error;
-    m_reader->source.LimitReading(limits.maxDirectoryBytes);
-    m_reader->zip.reset(m_reader->source.Open(error.Get()));
-    if (!m_reader->zip) FailToOpen(m_reader->source, error.Get(), m_where);
-    m_reader->source.LimitReading({});
-
-    const zip_int64_t count = zip_get_num_entries(m_reader->zip.get(), 0);
+    zip_t* const pZip = Awake().zip.get();
+    const zip_int64_t count = zip_get_num_entries(pZip, 0);
     if (static_cast<std::uint64_t>(count) > limits.maxEntries)
         throw common::Error("has more than " + std::to_string(limits.maxEntries) + " entries", m_where);
     m_entries.reserve(static_cast<std::size_t>(count));
     std::uint64_t compressed = 0;
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-        m_entries.push_back(Describe(m_reader->zip.get(), i, m_where));
+        m_entries.push_back(Describe(pZip, i, m_where));
         const std::uint64_t size = m_entries.back().compressedSize;
         // The entries cannot fill more than the file unless they share bytes: a bomb without nesting.
         if (size > m_source->Size() - compressed)
@@ -106,28 +100,49 @@ ZipArchive::ZipArchive(std::shared_ptr<common::ByteSource> source, std::string w
 
 ZipArchive::~ZipArchive() = default;
 
+ZipArchive::Reader& ZipArchive::Awake() const {
+    if (m_reader != nullptr) return *m_reader;
+    auto reader = std::make_unique<Reader>(*m_source);
+    ZipError error;
+    reader->source.LimitReading(m_limits.maxDirectoryBytes);
+    reader->zip.reset(reader->source.Open(error.Get()));
+    if (!reader->zip) FailToOpen(reader->source, error.Get(), m_where);
+    reader->source.LimitReading({});
+    m_reader = std::move(reader);
+    return *m_reader;
+}
+
+void ZipArchive::Rest() const noexcept { m_reader.reset(); }
+
+std::string ZipArchive::NameOf(std::size_t index) const {
+    const char* const pName = zip_get_name(Awake().zip.get(), index, ZIP_FL_ENC_GUESS);
+    return pName == nullptr ? "entry " + std::to_string(index) : pName;
+}
+
 void ZipArchive::Read(std::size_t index, std::uint64_t most, std::string& bytes) const {
     const ZipEntry& entry = m_entries.at(index);
-    if (entry.encrypted) throw common::Error("is encrypted", entry.name);
-    if (!entry.readable) throw common::Error("is compressed in a way that packages do not use", entry.name);
+    if (entry.encrypted) throw common::Error("is encrypted", NameOf(index));
+    if (!entry.readable)
+        throw common::Error("is compressed in a way that packages do not use", NameOf(index));
     if (entry.size > most)
-        throw common::Error("is larger than " + std::to_string(most) + " bytes", entry.name);
+        throw common::Error("is larger than " + std::to_string(most) + " bytes", NameOf(index));
 
-    const ZipFilePtr file(zip_fopen_index(m_reader->zip.get(), index, 0));
-    if (!file) FailToRead(m_reader->source, zip_get_error(m_reader->zip.get()), entry.name);
+    Reader& reader = Awake();
+    const ZipFilePtr file(zip_fopen_index(reader.zip.get(), index, 0));
+    if (!file) FailToRead(reader.source, zip_get_error(reader.zip.get()), NameOf(index));
     const std::size_t before = bytes.size();
     bytes.reserve(before + static_cast<std::size_t>(MostInflated(entry)));
     std::array<char, 65'536> block;
     for (;;) {
         const zip_int64_t count = zip_fread(file.get(), block.data(), block.size());
-        if (count < 0) FailToRead(m_reader->source, zip_file_get_error(file.get()), entry.name);
+        if (count < 0) FailToRead(reader.source, zip_file_get_error(file.get()), NameOf(index));
         if (count == 0) break;
         if (bytes.size() - before + static_cast<std::uint64_t>(count) > entry.size)
-            throw common::Error("its data is longer than the archive says", entry.name);
+            throw common::Error("its data is longer than the archive says", NameOf(index));
         bytes.append(block.data(), static_cast<std::size_t>(count));
     }
     if (bytes.size() - before != entry.size)
-        throw common::Error("its data is shorter than the archive says", entry.name);
+        throw common::Error("its data is shorter than the archive says", NameOf(index));
 }
 
 }  // namespace devkit::package

@@ -176,6 +176,8 @@ void WriteZip(const ZipArchive& archive, const ZipEdit& edit, common::ByteSink& 
         }
         return;
     }
+    // The writer has a list of its own, and two are not needed at a time.
+    archive.Rest();
     Writer writer(archive, sink);
     writer.Apply(edit);
     writer.Close();

@@ -23,7 +23,7 @@ Names PartNames(const Package& package) {
 Names EntryNames(const std::string& bytes) {
     Names names;
     const ZipArchive archive(std::make_shared<MemorySource>(bytes), "test", {});
-    for (const ZipEntry& entry : archive.Entries()) names.push_back(entry.name);
+    for (std::size_t i = 0; i < archive.Entries().size(); ++i) names.push_back(archive.NameOf(i));
     return names;
 }
 
