@@ -236,11 +236,14 @@ void DocumentConsumer::Record(PartKind kind, const PartPtr& part) {
     m_counts.fixedDocuments += kind == PartKind::FixedDocument;
     m_sent.push_back({kind, part->Name(), part});
     Context().Observer()->PartSent(m_sent.back());
-    PutAside(*part);
+    Settle(*part);
 }
 
-// What was written is needed next when the output is.
-void DocumentConsumer::PutAside(Part& part) {
+// What was written is needed next when the output is; the ticket that a page had, only where the next filter
+// is told of it.
+void DocumentConsumer::Settle(Part& part) {
+    const bool isReplaced = part.ticket != nullptr && part.ticket != part.inputTicket;
+    if (isReplaced && m_next == nullptr) part.inputTicket = nullptr;
     try {
         part.PutAside(Context().Store());
         if (part.ticket != nullptr) part.ticket->PutAside(Context().Store());

@@ -55,7 +55,7 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
     HRESULT CheckOrder(PartKind kind, const std::string& title);
     HRESULT CheckWhole(Part& part);
     void Record(PartKind kind, const PartPtr& part);
-    void PutAside(Part& part);
+    void Settle(Part& part);
 
     const std::shared_ptr<PartChannel> m_next;
     mutable std::mutex m_lock;

@@ -19,9 +19,9 @@ struct SharedDocument {
 };
 using Document = SharedDocument;
 
+// Of most parts the content type is what their place says.
 InputPart MakePart(const Document& document, const std::string& name) {
-    const std::optional<package::PartInfo> info = document->GetPackage().Find(name);
-    return {name, info ? info->contentType : std::string(), [document, name] {
+    return {name, {}, [document, name] {
                 const std::lock_guard guard(*document.lock);
                 return std::make_shared<const std::string>(document->ReadPart(name));
             }};
@@ -31,10 +31,16 @@ std::optional<InputPart> MakePart(const Document& document, const std::optional<
     return name ? std::optional(MakePart(document, *name)) : std::nullopt;
 }
 
+InputPart MakeTypedPart(const Document& document, const std::string& name) {
+    InputPart part = MakePart(document, name);
+    if (const auto info = document->GetPackage().Find(name)) part.contentType = info->contentType;
+    return part;
+}
+
 PageInput MakePage(const Document& document, const package::FixedPage& page) {
     PageInput input{MakePart(document, page.name), MakePart(document, page.ticket), {}};
     for (const std::string& name : page.resources) {
-        InputPart resource = MakePart(document, name);
+        InputPart resource = MakeTypedPart(document, name);
         const PartKind kind = KindOfContentType(resource.contentType);
         input.resources.push_back({kind, std::move(resource)});
     }
@@ -69,15 +75,20 @@ std::string ContentTypeOfNew(const Part& part) {
 std::shared_ptr<JobInput> TreeOf(const Document& document) {
     auto job = std::make_shared<JobInput>();
     const package::FixedDocumentSequence& sequence = document->sequence;
-    job->thumbnail = MakePart(document, document->thumbnail);
+    if (document->thumbnail) job->thumbnail = MakeTypedPart(document, *document->thumbnail);
     job->sequence = MakePart(document, sequence.name);
     job->ticket = MakePart(document, sequence.ticket);
-    for (const package::FixedDocument& fixedDocument : sequence.documents) {
-        DocumentInput input{
-            MakePart(document, fixedDocument.name), MakePart(document, fixedDocument.ticket), {}};
-        for (const package::FixedPage& page : fixedDocument.pages)
-            input.pages.push_back(MakePage(document, page));
-        job->documents.push_back(std::move(input));
+    for (std::size_t i = 0; i < sequence.documents.size(); ++i) {
+        const package::FixedDocument& fixedDocument = sequence.documents[i];
+        DocumentInput& input = job->documents.emplace_back();
+        input.markup = MakePart(document, fixedDocument.name);
+        input.ticket = MakePart(document, fixedDocument.ticket);
+        input.laterPages = fixedDocument.pages.size();
+        // The tree has each page already; what is made of it takes several times the memory.
+        input.makePage = [document, i](std::size_t number) {
+            const std::lock_guard guard(*document.lock);
+            return MakePage(document, document->sequence.documents[i].pages[number]);
+        };
     }
     return job;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -32,6 +33,14 @@ struct DocumentInput {
     InputPart markup;
     std::optional<InputPart> ticket;
     std::vector<PageInput> pages;
+    // Behind these, pages that are made when they are asked for: so many, by their number from 0.
+    std::size_t laterPages = 0;
+    std::function<PageInput(std::size_t)> makePage{};
+
+    [[nodiscard]] std::size_t PageCount() const noexcept { return pages.size() + laterPages; }
+    [[nodiscard]] PageInput PageAt(std::size_t number) const {
+        return number < pages.size() ? pages[number] : makePage(number - pages.size());
+    }
 };
 
 struct JobInput {

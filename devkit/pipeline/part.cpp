@@ -73,7 +73,10 @@ PartKind KindOfContentType(std::string_view contentType) {
 }
 
 Part::Part(PartKind kind, InputPart input)
-    : m_kind(kind), m_input(std::move(input)), m_inputType(m_input.contentType) {}
+    : m_kind(kind),
+      m_input(std::move(input)),
+      m_isObfuscated(kind == PartKind::Font &&
+                     common::EqualIgnoringCase(m_input.contentType, kObfuscatedFont)) {}
 
 Part::Part(PartKind kind, std::string name)
     : m_kind(kind), m_input{std::move(name), {}, nullptr}, m_isNew(true) {}
@@ -84,8 +87,8 @@ Part::Part(HandedOn, Part& part)
       m_kind(part.m_kind),
       m_input(part.m_input),
       m_isNew(part.m_isNew),
-      m_wasWritten(part.IsWritten()),
-      m_inputType(part.m_inputType) {
+      m_isObfuscated(part.m_isObfuscated),
+      m_wasWritten(part.IsWritten()) {
     if (part.m_written != nullptr) {
         m_input.read = [bytes = part.m_written] { return bytes; };
     } else if (part.m_aside) {
@@ -105,9 +108,7 @@ Bytes Part::Read() {
 
 Bytes Part::ReadPlain() {
     Bytes bytes = Read();
-    const bool isObfuscated = m_kind == PartKind::Font && !IsNew() && !IsWritten() &&
-                              common::EqualIgnoringCase(m_inputType, kObfuscatedFont);
-    if (!isObfuscated) return bytes;
+    if (!m_isObfuscated || IsNew() || IsWritten()) return bytes;
     return std::make_shared<const std::string>(ToggleObfuscation(*bytes, Name()));
 }
 

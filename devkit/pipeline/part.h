@@ -100,8 +100,8 @@ class Part {
     PartKind m_kind;
     InputPart m_input;
     bool m_isNew = false;
-    bool m_wasWritten = false;  // by a filter before this one
-    std::string m_inputType;    // the content type that the input has
+    bool m_isObfuscated = false;  // a font, in the input
+    bool m_wasWritten = false;    // by a filter before this one
     std::weak_ptr<const std::string> m_read;
     std::shared_ptr<Writing> m_writing;
     // What was last written, in one of two places.

@@ -44,12 +44,12 @@ PartPtr JobParts::NextPart() {
     }
     const DocumentInput& document = m_job->documents[m_document];
     if (!m_inDocument) {
-        m_inDocument = !document.pages.empty();
+        m_inDocument = document.PageCount() != 0;
         if (!m_inDocument) ++m_document;
         return MakeTicketed(PartKind::FixedDocument, document.markup, document.ticket);
     }
-    const PageInput& page = document.pages[m_page++];
-    if (m_page == document.pages.size()) {
+    const PageInput page = document.PageAt(m_page++);
+    if (m_page == document.PageCount()) {
         m_inDocument = false;
         m_page = 0;
         ++m_document;

@@ -426,8 +426,9 @@ TEST_F(ChainTest, BetweenPartsAndAStreamGoesAPackage) {
     const auto before = MakeJobInput(package, "before");
     const auto after = MakeJobInput(outcomes[2].bytes, "after");
     ASSERT_EQ(before->documents.size(), after->documents.size());
-    EXPECT_TRUE(after->documents[0].pages[0].markup.read()->ends_with("<!-- 1 --><!-- 2 -->"));
-    EXPECT_EQ(before->documents[0].pages[0].resources.size(), after->documents[0].pages[0].resources.size());
+    EXPECT_TRUE(after->documents[0].PageAt(0).markup.read()->ends_with("<!-- 1 --><!-- 2 -->"));
+    EXPECT_EQ(before->documents[0].PageAt(0).resources.size(),
+              after->documents[0].PageAt(0).resources.size());
 }
 
 TEST_F(ChainTest, AStreamThatIsNoPackageCannotBecomeParts) {

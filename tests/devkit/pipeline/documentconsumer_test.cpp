@@ -1,6 +1,7 @@
 #include "devkit/pipeline/documentconsumer.h"
 
 #include "devkit/pipeline/pageobjects.h"
+#include "devkit/pipeline/partobject.h"
 #include "devkit/pipeline/pipelinecontrol.h"
 #include "temporaryfolder.h"
 #include "temporaryplace.h"
@@ -170,6 +171,20 @@ ComPtr<IFixedPage> LongPage(DocumentConsumer& consumer, ComPtr<IFixedPage> page,
     write(stream.Get());
     EXPECT_EQ(S_OK, page->SetPagePart(image.Get()));
     return page;
+}
+
+TEST_F(DocumentConsumerTest, ATicketThatWasReplacedIsNotKept) {
+    DocumentConsumer& consumer = ReadyForPages();
+    const ComPtr<IFixedPage> page = FirstPage();
+    const PartPtr part = PartOf(page.Get());
+    const std::weak_ptr<Part> before = part->inputTicket;
+    EXPECT_EQ(S_OK, page->SetPrintTicket(NewPart<IPartPrintTicket>(L"/t.xml", "new").Get()));
+    EXPECT_EQ(S_OK, consumer.SendFixedPage(page.Get()));
+    EXPECT_TRUE(before.expired());
+    EXPECT_TRUE(consumer.Sent().back().TicketReplaced());
+    const ComPtr<IFixedPage> kept = FirstPage();
+    EXPECT_EQ(S_OK, consumer.SendFixedPage(kept.Get()));
+    EXPECT_FALSE(consumer.Sent().back().TicketReplaced());
 }
 
 TEST_F(DocumentConsumerTest, WhatIsSentWaitsInATemporaryFile) {

@@ -92,7 +92,8 @@ TEST_F(FilterRunTest, RecordsNewTicketsUnderTheNamesThatTheFilterGives) {
     EXPECT_EQ(Lines{}, outcome.breaches);
     ASSERT_EQ(kAllParts, Titles(outcome));
     EXPECT_TRUE(outcome.parts[3].TicketReplaced());
-    EXPECT_EQ("/1/1_PT.xml", outcome.parts[3].part->inputTicket->Name());
+    // The ticket that it had is not kept.
+    EXPECT_EQ(nullptr, outcome.parts[3].part->inputTicket);
     EXPECT_EQ("/Tickets\\made_1.xml", outcome.parts[3].part->ticket->Name());
     EXPECT_TRUE(outcome.parts[3].part->ticket->IsNew());
     EXPECT_TRUE(outcome.parts[4].TicketReplaced());

@@ -24,16 +24,16 @@ TEST(JobInput, HasTheTreeOfTheDocument) {
     EXPECT_EQ(*document->thumbnail, job->thumbnail->name);
     EXPECT_EQ(document->sequence.name, job->sequence.name);
     EXPECT_EQ(*document->sequence.ticket, job->ticket->name);
-    EXPECT_EQ("application/vnd.ms-printing.printticket+xml", job->ticket->contentType);
+    EXPECT_EQ("image/png", job->thumbnail->contentType);
     EXPECT_EQ(document->ReadPart(job->ticket->name), *job->ticket->read());
     ASSERT_EQ(document->sequence.documents.size(), job->documents.size());
     for (std::size_t i = 0; i < job->documents.size(); ++i) {
         const package::FixedDocument& expected = document->sequence.documents[i];
         EXPECT_EQ(expected.name, job->documents[i].markup.name);
         EXPECT_EQ(expected.ticket.has_value(), job->documents[i].ticket.has_value());
-        ASSERT_EQ(expected.pages.size(), job->documents[i].pages.size());
+        ASSERT_EQ(expected.pages.size(), job->documents[i].PageCount());
         for (std::size_t j = 0; j < expected.pages.size(); ++j) {
-            const PageInput& page = job->documents[i].pages[j];
+            const PageInput page = job->documents[i].PageAt(j);
             EXPECT_EQ(expected.pages[j].name, page.markup.name);
             EXPECT_EQ(document->ReadMarkup(expected.pages[j]), *page.markup.read());
             EXPECT_EQ(expected.pages[j].ticket.has_value(), page.ticket.has_value());
@@ -46,7 +46,8 @@ TEST(JobInput, ObfuscatedFontsAreReadAsPlainOnes) {
     const auto job = MakeJobInput(std::make_shared<XpsDocument>(
         XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / "sample.xps")));
     unsigned fonts = 0;
-    for (const ResourceInput& resource : job->documents[0].pages[0].resources) {
+    const PageInput page = job->documents[0].PageAt(0);
+    for (const ResourceInput& resource : page.resources) {
         if (resource.kind != PartKind::Font) continue;
         ++fonts;
         Part part(resource.kind, resource.part);
@@ -64,7 +65,7 @@ TEST(JobInput, KeepsTheDocumentAlive) {
             XpsDocument::Open(std::filesystem::path(SAMPLES_FOLDER) / "minimal.xps"));
         job = MakeJobInput(document);
     }
-    EXPECT_NE(std::string::npos, job->documents[0].pages[0].markup.read()->find("FixedPage"));
+    EXPECT_NE(std::string::npos, job->documents[0].PageAt(0).markup.read()->find("FixedPage"));
 }
 
 std::string FileBytes(const Path& path) {
