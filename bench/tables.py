@@ -33,10 +33,14 @@ def growth(rows):
     def of_one_page(row):
         return (row["seconds"] - row["start"]) / row["pages"]
 
-    base = next((row for row in rows if row["pages"] == 2000), rows[0])
-    return table(["Pages", "CPU", "Of one page", "Against 2,000 pages", "Peak memory"],
-                 [[f"{row['pages']:,}", f"{row['seconds']:.2f} s", f"{1000 * of_one_page(row):.2f} ms",
-                   f"{of_one_page(row) / of_one_page(base):.2f}", f"{row['peak'] / 1024:.1f} MB"] for row in rows])
+    lines = []
+    for row in rows:
+        same_kind = [other for other in rows if other["kind"] == row["kind"]]
+        base = next((other for other in same_kind if other["pages"] == 2000), same_kind[0])
+        lines.append([f"{row['pages']:,}, {row['kind']}", f"{row['seconds']:.2f} s", f"{1000 * of_one_page(row):.2f} ms",
+                      f"{of_one_page(row) / of_one_page(base):.2f}", f"{row['peak'] / 1024:.1f} MB",
+                      f"{(row['peak'] - base['peak']) / 1024:+.1f} MB"])
+    return table(["Pages", "CPU", "Of one page", "Against 2,000 pages", "Peak memory", "Above 2,000 pages"], lines)
 
 
 def pages(times):

@@ -24,8 +24,10 @@ RESULTS = {
               "Floor/MB:1": [10, 20, 10], "Rewrite/MB:1": [11, 30, 12]},
     "memory": {"floor/1": [1000, 2000], "rewrite/1": [1100, 2004]},
     "jobs": {"pages": 2000, "rows": [{"kind": "some pages", "pairs": [[0.2, 0.5], [0.3, 0.6], [0.2, 0.4]]}]},
-    "growth": [{"pages": 500, "seconds": 1.1, "start": 0.1, "peak": 40960},
-               {"pages": 2000, "seconds": 4.1, "start": 0.1, "peak": 41984}],
+    "growth": [{"kind": "plain", "pages": 500, "seconds": 1.1, "start": 0.1, "peak": 40960},
+               {"kind": "plain", "pages": 2000, "seconds": 4.1, "start": 0.1, "peak": 41984},
+               {"kind": "dear", "pages": 2000, "seconds": 8.1, "start": 0.1, "peak": 51200},
+               {"kind": "dear", "pages": 8000, "seconds": 48.1, "start": 0.1, "peak": 56320}],
 }
 
 
@@ -79,7 +81,10 @@ class Tables(unittest.TestCase):
                       tables.pages(RESULTS["micro"]))
 
     def test_growth_is_told_without_the_start(self):
-        self.assertIn("| 500 | 1.10 s | 2.00 ms | 1.00 | 40.0 MB |", tables.growth(RESULTS["growth"]))
+        self.assertIn("| 500, plain | 1.10 s | 2.00 ms | 1.00 | 40.0 MB | -1.0 MB |", tables.growth(RESULTS["growth"]))
+
+    def test_growth_is_told_against_the_same_kind_of_job(self):
+        self.assertIn("| 8,000, dear | 48.10 s | 6.00 ms | 1.50 | 55.0 MB | +5.0 MB |", tables.growth(RESULTS["growth"]))
 
     def test_a_rewrite_is_told_with_its_memory(self):
         self.assertIn("| 1 MB | 10.0 ms | 12.0 ms | 1.20 (1.10 to 1.50) | 100 KB | 4 KB |",
