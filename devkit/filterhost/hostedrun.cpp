@@ -102,13 +102,16 @@ events::Failed CannotWrite(const std::string& why) {
     return {"the output cannot be written: " + why, WrongUsage};
 }
 
-void WriteOutput(XpsDocument& document, const RunOutcome& last, const Job& job, const EventSink& sink) try {
+void WriteOutput(XpsDocument& document, RunOutcome& last, const Job& job, const EventSink& sink) try {
     if (last.bytes != nullptr) {
         common::OutputFile file(*job.output);
         file.WriteAt(0, last.bytes->data(), last.bytes->size());
         file.Commit();
     } else {
         pipeline::ApplySentParts(document, last.parts);
+        // Writing takes memory for each page, and these are of no use any more.
+        last.parts.clear();
+        last.parts.shrink_to_fit();
         document.Save(*job.output);
     }
     sink(events::OutputWritten{job.outputName});
@@ -277,7 +280,7 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
             sink(events::ProviderCalled{{call, alive && isAlone ? alive->LastPart() : std::string()}});
             if (alive) Reassign(*alive, call);
         });
-    const std::vector<RunOutcome> outcomes = run->RunChain();
+    std::vector<RunOutcome> outcomes = run->RunChain();
     times = TimesOf(outcomes);
     const bool isAbandoned = std::ranges::any_of(outcomes, &RunOutcome::IsAbandoned);
     std::optional<prntvpt::ProviderReport> report = m_provider.EndRun(isAbandoned);
