@@ -27,6 +27,9 @@ inline constexpr CLSID kStreamClassId = {
 // The objects of the module that are alive.
 extern std::atomic<long> g_liveObjects;
 
+// Writes the whole text, in as many pieces as the stream wants. Does not close it.
+HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text);
+
 class CountedObject : public platform::ReferenceCount {
   protected:
     CountedObject() noexcept { ++g_liveObjects; }
