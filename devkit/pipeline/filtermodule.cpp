@@ -4,6 +4,7 @@
 
 #include "devkit/common/hresult.h"
 #include "devkit/pipeline/loadproblem.h"
+#include "devkit/pipeline/threadsinside.h"
 #include "platform/utf.h"
 
 namespace devkit::pipeline {
@@ -60,5 +61,20 @@ ComPtr<IPrintPipelineFilter> FilterModule::CreateFilter() {
 }
 
 HRESULT FilterModule::CanUnloadNow() { return m_canUnload(); }
+
+std::size_t FilterModule::ThreadsLeft() {
+    constexpr int kLooks = 20;
+    constexpr DWORD kBetween = 25;  // ms
+    std::size_t count = CountThreadsInside(m_module.get());
+    for (int look = 1; count != 0 && look < kLooks; ++look) {
+        Sleep(kBetween);
+        count = CountThreadsInside(m_module.get());
+    }
+    if (count == 0) return 0;
+    HMODULE pinned = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(m_module.get()), &pinned);
+    return count;
+}
 
 }  // namespace devkit::pipeline

@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -30,6 +31,9 @@ class FilterSource {
     [[nodiscard]] virtual platform::ComPtr<IPrintPipelineFilter> CreateFilter() = 0;
     // Whether the module may be unloaded: what its DllCanUnloadNow answers.
     [[nodiscard]] virtual HRESULT CanUnloadNow() = 0;
+    // How many threads of the filters' own are still at work in the module. Waits a moment for those that are
+    // about to end; when there are any then, the module stays loaded for good.
+    [[nodiscard]] virtual std::size_t ThreadsLeft() { return 0; }
 };
 
 // A filter DLL, loaded by its full path. Filters are made through DllGetClassObject, IClassFactory and
@@ -43,6 +47,7 @@ class FilterModule final : public FilterSource {
 
     [[nodiscard]] platform::ComPtr<IPrintPipelineFilter> CreateFilter() override;
     [[nodiscard]] HRESULT CanUnloadNow() override;
+    [[nodiscard]] std::size_t ThreadsLeft() override;
 
   private:
     struct Unload {

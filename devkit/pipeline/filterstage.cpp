@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "devkit/common/hresult.h"
+#include "devkit/common/text.h"
 #include "devkit/pipeline/pipelinethread.h"
 #include "platform/utf.h"
 #include "platform/variant.h"
@@ -122,9 +123,10 @@ void FilterStage::Start() {
             const std::lock_guard guard(stage->m_signal->lock);
             stage->m_operationThread = ThisThread();
         }
-        const HRESULT returned = RunPipelineThread(*stage->m_filter.Get(), *stage->m_context,
-                                                   stage->m_options.apartment == Apartment::SingleThreaded,
-                                                   stage->m_options.onPipelineThread);
+        const HRESULT returned =
+            RunPipelineThread(*stage->m_filter.Get(), *stage->m_context,
+                              stage->m_options.apartment == Apartment::SingleThreaded,
+                              stage->m_options.onPipelineThread, stage->m_options.onApartmentEntered);
         if (stage->onEnded) stage->onEnded(returned);
         {
             const std::lock_guard guard(stage->m_signal->lock);
@@ -208,15 +210,15 @@ void FilterStage::Report() {
 }
 
 void FilterStage::ReportBreaches() {
-    const std::string limit = std::to_string(m_options.stopTimeout.count()) + " ms of ";
+    const std::string limit = std::to_string(m_options.stopTimeout.count()) + " ms";
     const bool isWithoutSequence =
         m_consumer && std::ranges::none_of(m_outcome.parts, [](const SentPart& part) {
             return part.kind == PartKind::FixedDocumentSequence;
         });
     if (m_outcome.hung && m_outcome.shutdownOperation) {
-        m_context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
+        m_context->Breach("StartOperation did not return within " + limit + " of ShutdownOperation");
     } else if (m_outcome.hung) {
-        m_context->Breach("ShutdownOperation did not return within " + limit + "its call");
+        m_context->Breach("ShutdownOperation did not return within " + limit + " of its call");
     } else if (m_started && !m_threadEnded && m_consumer && m_communicator->WriterGiven() &&
                !m_outcome.senderClosed) {
         m_context->Breach("CloseSender was never called");
@@ -268,6 +270,10 @@ void FilterStage::LookForLeftovers() {
     const auto& userToken = m_options.properties.userToken;
     if (userToken != nullptr && !userToken->IsOpen())
         m_context->Breach("the filter closed the handle of UserSecurityToken");
+    if (const std::size_t threads = m_source->ThreadsLeft(); threads != 0) {
+        m_context->Breach(common::Counted(threads, "thread") +
+                          " of the filter's own ran on after its last release");
+    }
     const HRESULT canUnload = m_source->CanUnloadNow();
     if (canUnload != S_OK) {
         m_context->Breach("DllCanUnloadNow answers " + common::Describe(canUnload) +

@@ -147,6 +147,7 @@ HRESULT FixedPageObject::DeleteResource(const wchar_t* uri) {
                 "DeleteResource of " + m_part->Title() + " names " + name + ", which the page does not have",
                 E_ELEMENT_NOT_FOUND);
         }
+        m_part->deleted.push_back((*place)->Name());
         m_part->resources.erase(place);
         return S_OK;
     });

@@ -93,6 +93,7 @@ class Part {
     std::shared_ptr<Part> inputTicket;             // what the input has for it
     std::shared_ptr<Part> thumbnail;               // of the XPS document
     std::vector<std::shared_ptr<Part>> resources;  // of a page, without its ticket
+    std::vector<std::string> deleted;              // names of the resources that the filter took from a page
 
   private:
     void TakeWritten();

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "devkit/common/hresult.h"
+#include "devkit/pipeline/apartmentwatch.h"
 #include "devkit/pipeline/usertoken.h"
 
 namespace devkit::pipeline {
@@ -42,13 +43,19 @@ class SingleThreadedApartment {
 }  // namespace
 
 HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context, bool singleThreaded,
-                          const std::function<std::shared_ptr<void>()>& setUp) noexcept {
+                          const std::function<std::shared_ptr<void>()>& setUp,
+                          const std::function<std::shared_ptr<void>()>& onApartmentEntered) noexcept {
     // So that who tells of a stack that the filter used up has room for it.
     ULONG guarantee = 64 * 1024;
     SetThreadStackGuarantee(&guarantee);
     try {
         const SingleThreadedApartment apartment(singleThreaded);
         const std::shared_ptr<void> company = setUp == nullptr ? nullptr : setUp();
+        const ApartmentWatch watch(
+            [&context] {
+                context.Breach("CoUninitialize came without its CoInitializeEx in StartOperation");
+            },
+            onApartmentEntered);
         const Standing before = Standing::Now();
         const HRESULT hr = CallFilter(context, "StartOperation", [&] {
             const OperationClock::Operation operation(context.Clock());

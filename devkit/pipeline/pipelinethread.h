@@ -29,10 +29,11 @@ template <typename Body>
 
 // Runs StartOperation on the calling thread, which is a fresh one, and gives its result. The thread first
 // enters a single-threaded apartment when wanted, then `setUp` is called; what it returns lives until
-// StartOperation has returned. That the thread comes back in another apartment, or impersonating, is a
-// breach.
-[[nodiscard]] HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context,
-                                        bool singleThreaded,
-                                        const std::function<std::shared_ptr<void>()>& setUp) noexcept;
+// StartOperation has returned; `onApartmentEntered` is ApartmentWatch's, for StartOperation. That the thread
+// comes back in another apartment, or impersonating, is a breach.
+[[nodiscard]] HRESULT RunPipelineThread(
+    IPrintPipelineFilter& filter, RunContext& context, bool singleThreaded,
+    const std::function<std::shared_ptr<void>()>& setUp,
+    const std::function<std::shared_ptr<void>()>& onApartmentEntered) noexcept;
 
 }  // namespace devkit::pipeline

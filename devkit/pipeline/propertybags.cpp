@@ -26,7 +26,7 @@ HRESULT CopyValue(const VARIANT& value, VARIANT& target) {
 PropertyBag::PropertyBag(ContextPtr context) : ComObject(std::move(context), "PropertyBag") {}
 
 void PropertyBag::Put(std::wstring_view name, const VARIANT& value) {
-    const HRESULT hr = Store(name, value);
+    const HRESULT hr = Store(name, value, true);
     if (FAILED(hr)) throw std::system_error(hr, std::system_category(), "property " + platform::ToUtf8(name));
 }
 
@@ -64,16 +64,20 @@ HRESULT PropertyBag::AddProperty(const wchar_t* name, const VARIANT* value) {
             return hr;
         }
         if (name == nullptr || value == nullptr) return E_INVALIDARG;
-        return Store(name, *value);
+        return Store(name, *value, false);
     });
 }
 
-HRESULT PropertyBag::Store(std::wstring_view name, const VARIANT& value) {
+HRESULT PropertyBag::Store(std::wstring_view name, const VARIANT& value, bool isPipelines) {
     VARIANT copy;
     const HRESULT hr = CopyValue(value, copy);
     if (FAILED(hr)) return hr;
     const std::lock_guard guard(m_lock);
-    *m_values[std::wstring(name)].Put() = copy;
+    Entry& entry = m_values[std::wstring(name)];
+    *entry.value.Put() = copy;
+    const bool wasPipelines = std::exchange(entry.isPipelines, isPipelines);
+    if (wasPipelines && !isPipelines)
+        Context().Found("AddProperty replaces " + platform::ToUtf8(name) + ", which is the pipeline's");
     return S_OK;
 }
 
@@ -88,7 +92,7 @@ HRESULT PropertyBag::GetProperty(const wchar_t* name, VARIANT* value) {
         if (name == nullptr || value == nullptr) return E_INVALIDARG;
         const std::lock_guard guard(m_lock);
         const auto found = m_values.find(std::wstring_view(name));
-        if (found != m_values.end()) return CopyValue(found->second.Get(), *value);
+        if (found != m_values.end()) return CopyValue(found->second.value.Get(), *value);
         Context().Missing("property " + platform::ToUtf8(name));
         return kPropertyMissing;
     });
@@ -101,6 +105,8 @@ BOOL PropertyBag::DeleteProperty(const wchar_t* name) {
     const std::lock_guard guard(m_lock);
     const auto found = m_values.find(std::wstring_view(name));
     if (found == m_values.end()) return FALSE;
+    if (found->second.isPipelines && found->first != L"ProgressReport")
+        Context().Found("DeleteProperty removes " + platform::ToUtf8(name) + ", which is the pipeline's");
     m_values.erase(found);
     return TRUE;
 }

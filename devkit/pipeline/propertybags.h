@@ -36,17 +36,24 @@ class PropertyBag final : public ComObject<IPrintPipelinePropertyBag> {
     // Puts a borrowed handle as a bare VT_BYREF.
     void PutHandle(std::wstring_view name, HANDLE handle);
 
-    // Replaces a value that is there. E_INVALIDARG for a null pointer.
+    // Replaces a value that is there; that one is the pipeline's is noted. E_INVALIDARG for a null pointer.
     HRESULT STDMETHODCALLTYPE AddProperty(const wchar_t* name, const VARIANT* value) override;
     // kPropertyMissing, with the value VT_EMPTY, when there is none of the name, which the context is told.
     HRESULT STDMETHODCALLTYPE GetProperty(const wchar_t* name, VARIANT* value) override;
+    // That a value is the pipeline's is noted, but for "ProgressReport", which the filter that renders takes
+    // out.
     BOOL STDMETHODCALLTYPE DeleteProperty(const wchar_t* name) override;
 
   private:
-    HRESULT Store(std::wstring_view name, const VARIANT& value);
+    struct Entry {
+        platform::Variant value;
+        bool isPipelines = false;  // and not a filter's
+    };
+
+    HRESULT Store(std::wstring_view name, const VARIANT& value, bool isPipelines);
 
     std::mutex m_lock;
-    std::map<std::wstring, platform::Variant, std::less<>> m_values;
+    std::map<std::wstring, Entry, std::less<>> m_values;
 };
 
 // The driver's or the queue's property bag: named values that the driver was installed with, read only. A

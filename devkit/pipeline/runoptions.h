@@ -49,6 +49,9 @@ struct RunOptions {
     // Called on the pipeline thread before StartOperation, once the thread stands in its apartment; what it
     // returns is destroyed there after StartOperation.
     std::function<std::shared_ptr<void>()> onPipelineThread;
+    // Called on the pipeline thread when the filter has entered an apartment there; what it returns is
+    // destroyed before the filter leaves it.
+    std::function<std::shared_ptr<void>()> onApartmentEntered;
     std::shared_ptr<RunObserver> observer;
 };
 

@@ -88,6 +88,25 @@ TEST_F(PropertyBagTest, DeletePropertyTellsWhetherThereWasOne) {
     EXPECT_EQ(E_ELEMENT_NOT_FOUND, bag->GetProperty(L"Name", value.Put()));
 }
 
+TEST_F(PropertyBagTest, ThatTheFilterTakesWhatIsThePipelinesIsFound) {
+    const auto bag = Bag();
+    for (const wchar_t* const name : {L"PrinterName", L"PrinterHandle", L"ProgressReport"})
+        bag->Put(name, Variant(7L).Get());
+    bag->Put(L"PrinterName", Variant(8L).Get());
+    EXPECT_EQ(S_OK, bag->AddProperty(L"Own", &Variant(7L).Get()));
+    EXPECT_EQ(S_OK, bag->AddProperty(L"Own", &Variant(8L).Get()));
+    EXPECT_EQ(TRUE, bag->DeleteProperty(L"Own"));
+    EXPECT_EQ(TRUE, bag->DeleteProperty(L"ProgressReport"));
+    EXPECT_EQ(Lines{}, Context()->Findings());
+    EXPECT_EQ(S_OK, bag->AddProperty(L"PrinterName", &Variant(9L).Get()));
+    EXPECT_EQ(S_OK, bag->AddProperty(L"PrinterName", &Variant(9L).Get()));
+    EXPECT_EQ(TRUE, bag->DeleteProperty(L"PrinterName"));
+    EXPECT_EQ(TRUE, bag->DeleteProperty(L"PrinterHandle"));
+    EXPECT_EQ((Lines{"AddProperty replaces PrinterName, which is the pipeline's",
+                     "DeleteProperty removes PrinterHandle, which is the pipeline's"}),
+              Context()->Findings());
+}
+
 TEST_F(PropertyBagTest, RefusesNullPointers) {
     const auto bag = Bag();
     Variant value;
