@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <new>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -12,6 +13,7 @@
 #include "devkit/common/file.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
+#include "devkit/filterhost/sentpartcheck.h"
 #include "devkit/pipeline/job.h"
 #include "platform/utf.h"
 
@@ -60,9 +62,9 @@ class Teller final : public pipeline::RunObserver {
         if (m_isFirst) m_sink(events::PartGiven{part});
     }
     void PartSent(const pipeline::SentPart& part) override {
-        if (!m_isLast) return;
         try {
-            m_sink(events::PartSent{LookAtPart(part)});
+            for (const std::string& finding : m_check.Look(part)) Found(finding);
+            if (m_isLast) m_sink(events::PartSent{LookAtPart(part)});
         } catch (const common::Error& error) {
             m_sink(events::InputFailed{error.what()});
         }
@@ -81,6 +83,7 @@ class Teller final : public pipeline::RunObserver {
 
   private:
     const EventSink m_sink;
+    SentPartCheck m_check;
     const std::string m_of;
     const std::string m_by;
     const bool m_isFirst;
@@ -162,6 +165,22 @@ std::vector<std::string> InEach(const std::vector<RunOutcome>& outcomes,
     return common;
 }
 
+// The switches of the simulated provider that cannot have made a difference: of how it treats tickets when it
+// merged none, of its handles when it opened none. The others show in the user's ticket as well.
+std::vector<std::string> IdleSwitches(const HostSettings& settings, const prntvpt::ProviderReport& report) {
+    static constexpr std::array<std::string_view, 8> kOfMerging{
+        "private", "strict",   "duplicates",   "mixed-values",
+        "orphans", "fallback", "option-props", "drop-is-conflict"};
+    const bool merged = report.counts.contains("PTMergeAndValidatePrintTicket");
+    std::vector<std::string> idle = settings.providerSwitches;
+    std::erase_if(idle, [&](const std::string& text) {
+        const std::string_view key = std::string_view(text).substr(0, text.find('='));
+        if (key == "thread") return !report.counts.empty();
+        return merged || std::ranges::find(kOfMerging, key) == kOfMerging.end();
+    });
+    return idle;
+}
+
 // What was asked for and did not come to pass makes the run worthless as a test.
 void TellIdle(const HostSettings& settings, const std::vector<RunOutcome>& outcomes,
               const std::optional<prntvpt::ProviderReport>& report, const EventSink& sink) {
@@ -178,6 +197,9 @@ void TellIdle(const HostSettings& settings, const std::vector<RunOutcome>& outco
         sink(events::Failed{"--pipeline " + text + " never struck", WrongUsage});
     }
     if (!report) return;
+    for (const std::string& text : IdleSwitches(settings, *report)) {
+        sink(events::Failed{"--provider " + text + " never struck", WrongUsage});
+    }
     for (const std::string& fault : report->idleFaults) {
         sink(events::Failed{"--provider fault=" + fault + " never struck", WrongUsage});
     }
@@ -189,6 +211,15 @@ std::unique_ptr<msxml::DomRegistration> FillDomGap(const EventSink& sink) {
     auto registration = std::make_unique<msxml::DomRegistration>();
     sink(events::Noted{"the system's DOM document lacks what filters need; the kit's own takes its place"});
     return registration;
+}
+
+// The same in the single-threaded apartment of a thread, whose classes are its own; null in any other.
+std::shared_ptr<void> FillDomGapOfThread() {
+    APTTYPE type = APTTYPE_CURRENT;
+    APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
+    const bool isEntered = SUCCEEDED(CoGetApartmentType(&type, &qualifier));
+    if (!isEntered || (type != APTTYPE_STA && type != APTTYPE_MAINSTA)) return nullptr;
+    return std::make_shared<msxml::DomRegistration>();
 }
 
 std::vector<std::shared_ptr<pipeline::FilterSource>> LoadFilters(const HostSettings& settings,
@@ -259,6 +290,8 @@ bool HostedRun::Run(const Job& job, const EventSink& sink) {
 bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Job& job, const EventSink& sink,
                           std::optional<RunTimes>& times) {
     pipeline::RunOptions options = MakeOptions();
+    options.properties.contentType =
+        document->GetFlavour() == package::Flavour::OpenXps ? L"OpenXPS" : L"XPS";
     const HANDLE token = options.properties.userToken->Get();
     const bool isStream = m_settings.filters.front().input == pipeline::DataKind::Stream;
     pipeline::ChainInput input{
@@ -357,6 +390,7 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
         properties.more.insert_or_assign(name, std::move(value));
     }
     options.cancelAt = m_settings.cancelAt;
+    if (m_dom) options.onPipelineThread = options.onApartmentEntered = &FillDomGapOfThread;
     for (const std::string& text : m_settings.pipelineSwitches) pipeline::ApplySwitch(options, text);
     return options;
 }

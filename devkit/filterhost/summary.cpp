@@ -129,6 +129,13 @@ std::vector<std::string> Without(std::vector<std::string> names, const std::vect
     return names;
 }
 
+// The first of the parts that came before one that it stood behind.
+std::string OrderText(const std::vector<std::string>& given, const std::vector<std::string>& sent) {
+    const auto [before, after] = std::ranges::mismatch(given, sent);
+    if (before == given.end() || after == sent.end()) return {};
+    return "; in another order: " + *after + " before " + *before;
+}
+
 // What a filter that came to its end did with the parts, unless it passed on all of them in their order.
 std::string PartsLine(const RunResult& result) {
     if (!result.end || result.crash || FAILED(result.end->result) || result.end->cancelled) return {};
@@ -146,8 +153,7 @@ std::string PartsLine(const RunResult& result) {
     const std::vector<std::string> added = Without(sent, given);
     if (!dropped.empty()) line += "; dropped: " + Some(dropped);
     if (!added.empty()) line += "; added: " + Some(added);
-    if (Without(given, dropped) != Without(sent, added)) line += "; in another order";
-    return line + "\n";
+    return line + OrderText(Without(given, dropped), Without(sent, added)) + "\n";
 }
 
 // The calls that had not come back: those of several filters, or StartOperation and ShutdownOperation.

@@ -151,7 +151,8 @@ TEST(Properties, OfThePipelineReachTheFilterAndReplaceTheKits) {
     EXPECT_EQ((Json{"property Own"}), Json::parse(FileBytes(folder / "r.json"))[0]["missing"]);
     EXPECT_EQ(0U, run("Own", {"--property", "Own=string:a=b:c"}));
     EXPECT_EQ(0U, run("Own", {"--property", "Own=int:-3"}));
-    EXPECT_EQ(0U, run("PrinterName", {}));
+    for (const char* const name : {"PrinterName", "PrintJobId", "DriverMultiContentType"})
+        EXPECT_EQ(0U, run(name, {})) << name;
 }
 
 TEST(Properties, ThatAreNoneAreWrongUsage) {

@@ -172,6 +172,20 @@ TEST(Endings, AFaultThatNeverStruckIsWrongUsage) {
         ended.error);
 }
 
+TEST(Endings, ASwitchOfTheProviderThatCannotHaveStruckIsWrongUsage) {
+    // The test filter calls no provider.
+    const auto error = [](const char* text) {
+        return RunProgram(RunArguments({Text(Sample("minimal.xps")), "--no-output", "--provider", text}))
+            .error;
+    };
+    for (const char* const text : {"private=all", "thread=warn"}) {
+        EXPECT_EQ("filterhost: " + Text(Sample("minimal.xps")) + ": --provider " + text + " never struck\n",
+                  error(text));
+    }
+    // The user's ticket comes from the provider, too.
+    for (const char* const text : {"us=1", "prefixes=mangled"}) EXPECT_EQ("", error(text)) << text;
+}
+
 TEST(Endings, AFailureOfThePipelineThatNeverStruckIsWrongUsage) {
     const Ended ended = RunProgram(
         RunArguments({Text(Sample("minimal.xps")), "--no-output", "--pipeline", "fail=GetXpsPart@9=E_FAIL"}));

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include <nlohmann/json.hpp>
 
 #include "devkit/filterhost/files.h"
@@ -71,6 +73,13 @@ TEST(FilterHost, ADllThatIsNoFilterGivesStatus1) {
     EXPECT_EQ("filterhost: version.dll does not export DllGetClassObject\n", ended.error);
 }
 
+TEST(FilterHost, ADllThatNeedsAMissingOneGivesStatus1AndItsName) {
+    const std::string dll = Text(ProgramFolder() / "testneedy.dll");
+    const Ended ended = RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--filter", dll});
+    EXPECT_EQ(1U, ended.status);
+    EXPECT_EQ("filterhost: " + dll + " needs testmissing.dll, which is missing\n", ended.error);
+}
+
 TEST(FilterHost, AClassThatTheFilterDoesNotHaveGivesStatus1) {
     const Ended ended = RunProgram({"run", Text(Sample("minimal.xps")), "-o", "out.xps", "--quiet",
                                     "--filter", Text(ProgramFolder() / "testfilter.dll")});
@@ -89,6 +98,28 @@ TEST(FilterHost, AnInputThatIsNoDocumentGivesStatus3AndOneLine) {
     EXPECT_EQ("filterhost: " + input + ": is not a zip archive\n", ended.error);
     EXPECT_EQ(input + " -> nothing written: not run\n", ended.out);
     EXPECT_TRUE(std::filesystem::is_empty(folder));
+}
+
+TEST(FilterHost, ADamagedPartGivesStatus3AndItsNameInTheSummaryToo) {
+    const Path folder = FreshFolder("damaged");
+    std::string bytes = FileBytes(Sample("minimal.xps"));
+    const std::size_t place = bytes.find("Width=");
+    ASSERT_NE(std::string::npos, place);
+    bytes[place] = 'w';
+    const std::string input = Text(folder / "damaged.xps");
+    std::ofstream(folder / "damaged.xps", std::ios::binary) << bytes;
+    const Ended ended = RunProgram(
+        RunArguments({input, "-o", Text(folder / "out.xps"), "--json", Text(folder / "r.json")}), "rewrite");
+    EXPECT_EQ(3U, ended.status);
+    EXPECT_TRUE(ended.error.starts_with("filterhost: " + input + ": its checksum is wrong, /p.fpage\n"))
+        << ended.error;
+    EXPECT_EQ(std::string::npos, ended.error.find("breach")) << ended.error;
+    EXPECT_TRUE(
+        ended.out.starts_with(input + " -> nothing written: 3 parts, 0 pages, the input is damaged\n"))
+        << ended.out;
+    EXPECT_FALSE(std::filesystem::exists(folder / "out.xps"));
+    // A filter that does not look at the page is not the one to notice it.
+    EXPECT_EQ(3U, RunProgram(RunArguments({input, "-o", Text(folder / "out.xps")})).status);
 }
 
 TEST(FilterHost, AMissingInputGivesStatus3) {

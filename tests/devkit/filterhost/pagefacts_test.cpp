@@ -92,6 +92,15 @@ TEST(PageFacts, TheSheetIsThatOfTheNewTicket) {
     EXPECT_EQ("ISOA3", facts.page->newTicket.mediaSize);
 }
 
+TEST(PageFacts, APageThatTheFilterMadeHasASize) {
+    const PartPtr part = std::make_shared<Part>(PartKind::FixedPage, "/new.fpage");
+    Write(*part, Markup("<Path/>"));
+    const PageFacts facts = FactsOf({PartKind::FixedPage, "/new.fpage", part});
+    EXPECT_EQ(std::nullopt, facts.before);
+    EXPECT_EQ((PageSize{816, 1056}), facts.after);
+    EXPECT_FALSE(facts.rewritten);
+}
+
 TEST(PartFacts, OfAnObjectThatIsNotTheKits) {
     const PartFacts facts = LookAtPart({PartKind::Unknown, "", nullptr});
     EXPECT_EQ("Unknown", facts.kind);

@@ -153,8 +153,11 @@ TEST(Summary, TellsWhatBecameOfTheParts) {
         PartsLine(added));
 
     RunResult swapped = Finished();
-    std::swap(swapped.parts[0], swapped.parts[1]);
-    EXPECT_EQ("  of 4 parts the filter read 4 and sent 4; in another order", PartsLine(swapped));
+    std::swap(swapped.parts[1], swapped.parts[2]);
+    EXPECT_EQ(
+        "  of 4 parts the filter read 4 and sent 4; in another order: FixedDocument /d before "
+        "FixedDocumentSequence /s",
+        PartsLine(swapped));
 
     swapped.end->result = E_FAIL;
     EXPECT_EQ("", PartsLine(swapped));

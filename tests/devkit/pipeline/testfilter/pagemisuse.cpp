@@ -1,11 +1,49 @@
-#include "testfilter.h"
-
+#include <algorithm>
+#include <array>
 #include <string>
+
+#include "platform/bstr.h"
+#include "platform/variant.h"
+#include "testfilter.h"
 
 namespace testfilter {
 namespace {
 
+using platform::Bstr;
 using platform::ComPtr;
+
+// The tickets of the modes, as what stands between the tags of the root where nothing else is said.
+struct BadTicket {
+    const char* mode;
+    const char* content;
+};
+constexpr std::array kBadTickets{
+    BadTicket{"ticket:no-xml", "<"},
+    BadTicket{"ticket:twice",
+              "<psf:Feature name=\"psk:PageX\"><psf:Option/></psf:Feature>"
+              "<psf:Feature name=\"psk:PageX\"><psf:Option/></psf:Feature>"},
+    BadTicket{"ticket:two-prefixes",
+              "<psf:Feature name=\"psk:PageX\"><psf:Option/></psf:Feature>"
+              "<psf:Feature name=\"ns0:PageX\"><psf:Option/></psf:Feature>"},
+    BadTicket{"ticket:bare-name", "<psf:Feature name=\"PageX\"><psf:Option/></psf:Feature>"},
+    BadTicket{"ticket:misplaced", "<psf:Option name=\"psk:PageX\"/>"},
+    BadTicket{"ticket:no-option", "<psf:Feature name=\"psk:PageX\"/>"},
+    BadTicket{"ticket:no-value", "<psf:ParameterInit name=\"psk:PageX\"/>"},
+    BadTicket{"ticket:no-integer",
+              "<psf:ParameterInit name=\"psk:PageX\"><psf:Value xsi:type=\"xsd:integer\">wide</psf:Value>"
+              "</psf:ParameterInit>"},
+    BadTicket{"ticket:no-scope", "<psf:Feature name=\"psk:X\"><psf:Option/></psf:Feature>"},
+};
+
+std::string TicketOf(const std::string& mode) {
+    const auto bad = std::ranges::find(kBadTickets, mode, &BadTicket::mode);
+    return "<psf:PrintTicket xmlns:psf=\"http://schemas.microsoft.com/windows/2003/08/printing/"
+           "printschemaframework\" xmlns:psk=\"http://schemas.microsoft.com/windows/2003/08/printing/"
+           "printschemakeywords\" xmlns:ns0=\"http://schemas.microsoft.com/windows/2003/08/printing/"
+           "printschemakeywords\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+           "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" version=\"1\">" +
+           std::string(bad == kBadTickets.end() ? "" : bad->content) + "</psf:PrintTicket>";
+}
 
 HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
     text.clear();
@@ -27,6 +65,11 @@ void ReplaceFirst(std::string& text, const std::string& what, const std::string&
 
 HRESULT TestFilter::MisuseResources(IFixedPage* pPage) {
     if (Is("delete-unknown")) return pPage->DeleteResource(L"/nowhere.png");
+    if (Is("delete-used")) return m_pages == 1 ? DeleteFont(pPage) : S_OK;
+    if (Is("overwrite-property"))
+        return m_bag->AddProperty(L"PrinterName", &platform::Variant(L"mine").Get());
+    if (Is("delete-property")) return m_bag->DeleteProperty(L"PrinterHandle") ? S_OK : E_FAIL;
+    if (Is("part-unclosed") || Is("foreign-part") || Is("bare-font")) return MisuseParts(pPage);
     if (Is("null-page")) return m_writer->SendFixedPage(nullptr);
     if (Is("null-part")) return pPage->SetPagePart(nullptr);
     if (Is("own-ticket"))
@@ -64,6 +107,48 @@ HRESULT TestFilter::MisuseResources(IFixedPage* pPage) {
     return S_OK;
 }
 
+HRESULT TestFilter::MisuseParts(IFixedPage* pPage) {
+    if (Is("foreign-part")) return pPage->SetPagePart(m_bag.Get());
+    ComPtr<IPartFont> font;
+    ComPtr<IPrintWriteStream> stream;
+    HRESULT hr =
+        m_writer->GetNewEmptyPart(L"/plain.odttf", __uuidof(IPartFont), font.PutVoid(), stream.Put());
+    if (FAILED(hr)) return hr;
+    if (Is("bare-font")) {
+        stream->Close();
+        if (hr = font->SetFontOptions(Font_Obfusticate); FAILED(hr)) return hr;
+    }
+    hr = pPage->SetPagePart(font.Get());
+    if (!Is("bare-font")) stream->Close();
+    return hr;
+}
+
+// Takes the page's first font from it.
+HRESULT TestFilter::DeleteFont(IFixedPage* pPage) {
+    ComPtr<IXpsPartIterator> parts;
+    HRESULT hr = pPage->GetXpsPartIterator(parts.Put());
+    for (; SUCCEEDED(hr) && !parts->IsDone(); parts->Next()) {
+        Bstr name;
+        ComPtr<IUnknown> part;
+        ComPtr<IPartFont> font;
+        hr = parts->Current(name.Put(), part.Put());
+        if (SUCCEEDED(hr) && SUCCEEDED(part.QueryTo(font))) return pPage->DeleteResource(name.Get());
+    }
+    return FAILED(hr) ? hr : E_FAIL;
+}
+
+HRESULT TestFilter::MisuseThumbnail(IXpsDocument* pDocument) {
+    if (Is("foreign-thumbnail"))
+        return pDocument->SetThumbnail(static_cast<IPartThumbnail*>(static_cast<void*>(m_bag.Get())));
+    ComPtr<IPartThumbnail> thumbnail;
+    ComPtr<IPrintWriteStream> stream;
+    HRESULT hr =
+        m_writer->GetNewEmptyPart(L"/small.png", __uuidof(IPartThumbnail), thumbnail.PutVoid(), stream.Put());
+    if (SUCCEEDED(hr)) hr = pDocument->SetThumbnail(thumbnail.Get());
+    if (stream) stream->Close();
+    return hr;
+}
+
 HRESULT TestFilter::Misread(IFixedPage* pPage) {
     ComPtr<IPrintReadStream> stream;
     HRESULT hr = pPage->GetStream(stream.Put());
@@ -96,9 +181,7 @@ HRESULT TestFilter::WriteTicket(IFixedPage* pPage) {
     HRESULT hr =
         m_writer->GetNewEmptyPart(name.c_str(), __uuidof(IPartPrintTicket), ticket.PutVoid(), stream.Put());
     if (SUCCEEDED(hr)) {
-        hr = WriteAll(stream.Get(),
-                      "<psf:PrintTicket xmlns:psf=\"http://schemas.microsoft.com/windows/2003/08/printing/"
-                      "printschemaframework\" version=\"1\"/>");
+        hr = WriteAll(stream.Get(), TicketOf(m_mode));
     }
     if (FAILED(hr)) return hr;
     if (!Is("ticket-unclosed")) stream->Close();
@@ -115,10 +198,19 @@ HRESULT TestFilter::RewriteMarkup(IFixedPage* pPage) {
     if (FAILED(hr)) return hr;
     if (Is("break-markup")) {
         markup.resize(markup.size() / 2);
+    } else if (Is("no-width")) {
+        ReplaceFirst(markup, "Width=", "Breadth=");
+    } else if (Is("no-height")) {
+        ReplaceFirst(markup, "Height=", "Tallness=");
+    } else if (Is("name-unrelated")) {
+        ReplaceFirst(
+            markup, "</FixedPage>",
+            "<Path><Path.Fill><ImageBrush ImageSource=\"/nowhere.png\"/></Path.Fill></Path></FixedPage>");
     } else {
         ReplaceFirst(markup, "Width=\"816\"", "Width=\"1056\"");
         ReplaceFirst(markup, "Height=\"1056\"", "Height=\"816\"");
     }
+    if (Is("rewrite-long")) markup += "<!-- " + std::string(std::size_t{6} << 20, 'x') + " -->";
     hr = WriteAll(writer.Get(), markup);
     if (!Is("rewrite-unclosed")) writer->Close();
     return hr;

@@ -5,8 +5,10 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "platform/bstr.h"
+#include "platform/msxml6.h"
 #include "platform/printerpropertybag.h"
 #include "platform/variant.h"
 
@@ -64,6 +66,32 @@ void EndBadly(const std::string& mode) {
         for (int i = 1; i <= 16; ++i) pBlock[-i] = 'A';
     }
     if (mode == "hang") Sleep(INFINITE);
+}
+
+// Whether the DOM document that COM gives out shows declarations of namespaces among the attributes.
+HRESULT LookAtDeclarations() {
+    ComPtr<IXMLDOMDocument2> document;
+    HRESULT hr = CoCreateInstance(platform::CLSID_DomDocument60, nullptr, CLSCTX_INPROC_SERVER,
+                                  __uuidof(IXMLDOMDocument2), document.PutVoid());
+    if (FAILED(hr)) return hr;
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    ComPtr<IXMLDOMElement> root;
+    ComPtr<IXMLDOMNamedNodeMap> attributes;
+    ComPtr<IXMLDOMNode> declaration;
+    hr = document->loadXML(Bstr(L"<a xmlns:p=\"u\"/>").Get(), &isLoaded);
+    if (SUCCEEDED(hr)) hr = document->get_documentElement(root.Put());
+    if (SUCCEEDED(hr)) hr = root->get_attributes(attributes.Put());
+    if (SUCCEEDED(hr)) hr = attributes->nextNode(declaration.Put());
+    return SUCCEEDED(hr) && !declaration ? E_NOTIMPL : hr;
+}
+
+// As a filter does that works in an apartment of its own.
+HRESULT UseDomInApartment() {
+    HRESULT hr = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(hr)) return hr;
+    hr = LookAtDeclarations();
+    CoUninitialize();
+    return hr;
 }
 
 std::string ReadMode(IPrintPipelinePropertyBag& bag) {
@@ -135,6 +163,11 @@ HRESULT TestFilter::StartOperation() {
         static_cast<void>(CoInitializeEx(nullptr, COINIT_MULTITHREADED));
         CoUninitialize();
     }
+    if (Is("uninitialize")) CoUninitialize();
+    if (Is("leave-thread")) std::thread([] { Sleep(INFINITE); }).detach();
+    if (Is("dom-in-apartment")) {
+        if (const HRESULT hr = UseDomInApartment(); FAILED(hr)) return hr;
+    }
     if (Is("change-folder")) SetCurrentDirectoryW(L"C:\\");
     if (Is("throw")) throw 1;
     if (Is("impersonate") || Is("close-token")) {
@@ -192,6 +225,9 @@ HRESULT TestFilter::PassPart(IUnknown* pPart) {
     ComPtr<IFixedPage> page;
     if (SUCCEEDED(part.QueryTo(document))) {
         if (Is("no-document")) return S_OK;
+        if (Is("foreign-thumbnail") || Is("thumbnail-unclosed")) {
+            if (const HRESULT hr = MisuseThumbnail(document.Get()); FAILED(hr)) return hr;
+        }
         const HRESULT hr = m_writer->SendXpsDocument(document.Get());
         if (FAILED(hr) || !Is("own-part")) return hr;
         return m_writer->SendXpsUnknown(ComPtr<IUnknown>::Adopt(new OwnPart).Get());
@@ -210,6 +246,18 @@ HRESULT TestFilter::PassSequence(IFixedDocumentSequence* pSequence) {
     return FAILED(hr) || !Is("send-sequence-twice") ? hr : m_writer->SendFixedDocumentSequence(pSequence);
 }
 
+// The second page before the first.
+HRESULT TestFilter::SendSwapped(IFixedPage* pPage) {
+    if (m_pages == 1) {
+        m_keptPage = ComPtr<IFixedPage>(pPage);
+        return S_OK;
+    }
+    const HRESULT hr = m_writer->SendFixedPage(pPage);
+    if (FAILED(hr)) return hr;
+    const ComPtr<IFixedPage> first = std::move(m_keptPage);
+    return m_writer->SendFixedPage(first.Get());
+}
+
 HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     ++m_pages;
     if (Is("fail") || Is("fail-silently") || Is("error-info")) return E_ABORT;
@@ -218,10 +266,11 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     if (Is("exit-process-for-names") && NameOf(pPage).find(L"A%20Page") != std::wstring::npos) ExitProcess(7);
     if (Is("leak-page") && m_pages == 1) pPage->AddRef();
     if (Is("drop-first-page") && m_pages == 1) return S_OK;
-    if (Is("rewrite") || Is("rewrite-long") || Is("break-markup") || Is("rewrite-unclosed")) {
+    if (Is("rewrite") || Is("rewrite-long") || Is("break-markup") || Is("rewrite-unclosed") || Is("no-width") ||
+        Is("no-height") || Is("name-unrelated")) {
         if (const HRESULT hr = RewriteMarkup(pPage); FAILED(hr)) return hr;
     }
-    if (Is("ticket") || Is("ticket-unclosed")) {
+    if (Is("ticket") || Is("ticket-unclosed") || m_mode.starts_with("ticket:")) {
         if (const HRESULT hr = WriteTicket(pPage); FAILED(hr)) return hr;
     }
     if (const HRESULT hr = MisuseResources(pPage); FAILED(hr)) return hr;
@@ -231,6 +280,7 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
         return m_writer->SendFixedDocumentSequence(
             static_cast<IFixedDocumentSequence*>(static_cast<void*>(pPage)));
     }
+    if (Is("swap-pages") && m_pages <= 2) return SendSwapped(pPage);
     const HRESULT hr = m_writer->SendFixedPage(pPage);
     if (Is("call-after-release")) {
         while (pPage->Release() != 0) {

@@ -70,7 +70,11 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
     HRESULT PassPart(IUnknown* pPart);
     HRESULT PassSequence(IFixedDocumentSequence* pSequence);
     HRESULT PassPage(IFixedPage* pPage);
+    HRESULT SendSwapped(IFixedPage* pPage);
     HRESULT MisuseResources(IFixedPage* pPage);
+    HRESULT MisuseParts(IFixedPage* pPage);
+    HRESULT DeleteFont(IFixedPage* pPage);
+    HRESULT MisuseThumbnail(IXpsDocument* pDocument);
     HRESULT Misread(IFixedPage* pPage);
     HRESULT Miswrite(IFixedPage* pPage);
     HRESULT WriteTicket(IFixedPage* pPage);
@@ -86,6 +90,7 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
     platform::ComPtr<IPrintPipelineManagerControl> m_control;
     platform::ComPtr<IXpsDocumentProvider> m_reader;
     platform::ComPtr<IXpsDocumentConsumer> m_writer;
+    platform::ComPtr<IFixedPage> m_keptPage;
 };
 
 }  // namespace testfilter

@@ -1,0 +1,153 @@
+#include "devkit/filterhost/sentpartcheck.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "tickets.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using pipeline::InputPart;
+using pipeline::Part;
+using pipeline::PartKind;
+using pipeline::PartPtr;
+using pipeline::SentPart;
+using Lines = std::vector<std::string>;
+
+constexpr const char* kSize = "Width=\"816\" Height=\"1056\"";
+
+std::string Markup(const std::string& content, const char* size = kSize) {
+    return "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" " + std::string(size) + ">" +
+           content + "</FixedPage>";
+}
+
+std::string Image(const std::string& source) {
+    return "<Path><Path.Fill><ImageBrush ImageSource=\"" + source + "\"/></Path.Fill></Path>";
+}
+
+std::string Glyphs(const std::string& font) { return "<Glyphs FontUri=\"" + font + "\"/>"; }
+
+void Write(Part& part, const std::string& bytes) {
+    const auto writing = part.BeginWriting();
+    writing->Append(bytes.data(), bytes.size());
+    writing->Close();
+}
+
+PartPtr Input(PartKind kind, const std::string& name, const std::string& bytes) {
+    return std::make_shared<Part>(
+        kind, InputPart{name, "", [bytes] { return std::make_shared<const std::string>(bytes); }});
+}
+
+// A page of the input with one font, which is sent.
+struct Page {
+    explicit Page(const std::string& markup) : part(Input(PartKind::FixedPage, "/a/1.fpage", markup)) {
+        part->resources.push_back(Input(PartKind::Font, "/a/Font.odttf", ""));
+    }
+    [[nodiscard]] SentPart Sent() const { return {PartKind::FixedPage, part->Name(), part}; }
+    [[nodiscard]] Lines Look() const { return SentPartCheck().Look(Sent()); }
+
+    PartPtr part;
+};
+
+Lines AfterRewrite(const std::string& before, const std::string& after) {
+    const Page page(before);
+    Write(*page.part, after);
+    return page.Look();
+}
+
+TEST(SentPartCheck, APageThatNamesWhatItRelatesIsFine) {
+    EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), Markup(Glyphs("/a/font.ODTTF#2") + Glyphs("Font.odttf") +
+                                                       Glyphs("../a/./Font.odttf") + Glyphs(""))));
+}
+
+TEST(SentPartCheck, MarkupThatNamesWhatThePageDoesNotRelateIsFound) {
+    const auto line = [](const std::string& name) {
+        return "the markup of FixedPage /a/1.fpage names " + name + ", which the page does not relate";
+    };
+    EXPECT_EQ(Lines{line("/b.odttf")}, AfterRewrite(Markup(""), Markup(Glyphs("/b.odttf"))));
+    EXPECT_EQ(Lines{line("/a/b.png")}, AfterRewrite(Markup(""), Markup(Image("b.png") + Image("b.png"))));
+    EXPECT_EQ((Lines{line("/b.png"), line("/c.icc")}),
+              AfterRewrite(Markup(""), Markup(Image("{ColorConvertedBitmap /b.png   /c.icc}"))));
+    EXPECT_EQ(Lines{line("/a/d.dict")},
+              AfterRewrite(Markup(""), Markup("<FixedPage.Resources><ResourceDictionary Source=\"d.dict\"/>"
+                                              "</FixedPage.Resources>")));
+}
+
+TEST(SentPartCheck, WhatTheInputNamedAlreadyIsNotTheFilters) {
+    EXPECT_EQ(Lines{}, AfterRewrite(Markup(Glyphs("/b.odttf")), Markup(Glyphs("/b.odttf") + "<Path/>")));
+    EXPECT_EQ(Lines{}, Page(Markup(Glyphs("/b.odttf"))).Look());
+    EXPECT_EQ(Lines{}, AfterRewrite(Markup("", ""), Markup("<Path/>", "")));
+}
+
+TEST(SentPartCheck, AResourceThatWasDeletedAndIsUsedIsFound) {
+    const Page page(Markup(Glyphs("Font.odttf")));
+    page.part->resources.clear();
+    page.part->deleted = {"/a/Font.odttf"};
+    EXPECT_EQ(
+        Lines{
+            "the markup of FixedPage /a/1.fpage uses /a/Font.odttf, which the filter deleted from the page"},
+        page.Look());
+    Write(*page.part, Markup("<Path/>"));
+    EXPECT_EQ(Lines{}, page.Look());
+    // Another one has taken its place.
+    Write(*page.part, Markup(Glyphs("Font.odttf")));
+    page.part->resources.push_back(std::make_shared<Part>(PartKind::Font, "\\a\\font.odttf"));
+    EXPECT_EQ(Lines{}, page.Look());
+}
+
+TEST(SentPartCheck, APageThatLosesItsSizeIsFound) {
+    const auto after = [](const char* size) { return AfterRewrite(Markup(""), Markup("<Path/>", size)); };
+    EXPECT_EQ(Lines{"the markup of FixedPage /a/1.fpage has no Width"}, after("Height=\"1\""));
+    EXPECT_EQ(Lines{"the markup of FixedPage /a/1.fpage has no Height"}, after("Width=\"1\""));
+    EXPECT_EQ(Lines{"the markup of FixedPage /a/1.fpage has no Width and no Height"}, after(""));
+}
+
+TEST(SentPartCheck, MarkupThatIsNoXmlIsToldByOthers) {
+    EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), "<FixedPage>"));
+    EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), ""));
+}
+
+PartPtr NewTicket(const std::string& name, const std::string& bytes) {
+    const PartPtr ticket = std::make_shared<Part>(PartKind::PrintTicket, name);
+    Write(*ticket, bytes);
+    return ticket;
+}
+
+TEST(SentPartCheck, EachProblemOfTicketsIsToldOnce) {
+    SentPartCheck check;
+    const auto look = [&check](const std::string& name, const std::string& bytes) {
+        const Page page(Markup(""));
+        page.part->ticket = NewTicket(name, bytes);
+        return check.Look(page.Sent());
+    };
+    const std::string noOption = "<psf:Feature name=\"psk:PageX\"/>";
+    EXPECT_EQ(Lines{}, look("/0.xml", tests::Ticket("")));
+    EXPECT_EQ(
+        Lines{"the print ticket /1.xml of FixedPage /a/1.fpage is no print ticket: The root element is not "
+              "PrintTicket"},
+        look("/1.xml", "<a/>"));
+    EXPECT_EQ(Lines{}, look("/2.xml", "<a/>"));
+    EXPECT_EQ(
+        Lines{"the print ticket /3.xml of FixedPage /a/1.fpage does not keep the Print Schema: the feature "
+              "psk:PageX holds neither an option nor a feature"},
+        look("/3.xml", tests::Ticket(noOption)));
+    EXPECT_EQ(Lines{}, look("/4.xml", "<a/>"));
+    EXPECT_EQ(Lines{}, look("/5.xml", tests::Ticket(noOption)));
+}
+
+TEST(SentPartCheck, TicketsOfTheInputAreNotTheFilters) {
+    const Page page(Markup(""));
+    page.part->ticket = Input(PartKind::PrintTicket, "/t.xml", "<a/>");
+    EXPECT_EQ(Lines{}, page.Look());
+    page.part->ticket = nullptr;
+    EXPECT_EQ(Lines{}, page.Look());
+}
+
+TEST(SentPartCheck, AnObjectThatIsNotTheKitsHasNothingToLookAt) {
+    EXPECT_EQ(Lines{}, SentPartCheck().Look({PartKind::Unknown, "/x", nullptr}));
+}
+
+}  // namespace
+}  // namespace devkit::filterhost
