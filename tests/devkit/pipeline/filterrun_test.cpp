@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <map>
+#include <stdexcept>
 #include <thread>
 
 #include "devkit/pipeline/fixture.h"
@@ -580,6 +581,14 @@ TEST_F(FilterRunTest, AFilterThatFailsToInitialiseNeedNotCloseTheWriterThatItToo
     }});
     EXPECT_EQ(E_FAIL, outcome.result);
     EXPECT_EQ(Lines{}, outcome.breaches);
+}
+
+TEST_F(FilterRunTest, AThreadThatCannotBeSetUpIsNotTheFiltersDoing) {
+    RunOptions options;
+    options.onPipelineThread = []() -> std::shared_ptr<void> { throw std::runtime_error("no room"); };
+    const RunOutcome outcome = RunScript({}, std::move(options));
+    EXPECT_EQ(E_FAIL, outcome.result);
+    EXPECT_EQ(Lines{"the pipeline thread could not be set up: no room"}, outcome.breaches);
 }
 
 TEST_F(FilterRunTest, TheBagHasTheDocumentedEntries) {
