@@ -57,8 +57,8 @@ class Teller final : public pipeline::RunObserver {
             m_sink(events::InputFailed{error.what()});
         }
     }
-    void Breached(const std::string& text) override { m_sink(events::Breached{m_by + text}); }
-    void Found(const std::string& text) override { m_sink(events::Found{m_by + text}); }
+    void Breached(common::Check, const std::string& text) override { m_sink(events::Breached{m_by + text}); }
+    void Found(common::Check, const std::string& text) override { m_sink(events::Found{m_by + text}); }
     void InputFailed(const std::string& text) override { m_sink(events::InputFailed{m_by + text}); }
     void Called() override {
         // Once a second is often enough for whoever watches.

@@ -212,21 +212,24 @@ void FilterStage::ReportBreaches() {
             return part.kind == PartKind::FixedDocumentSequence;
         });
     if (m_outcome.hung && m_outcome.shutdownOperation) {
-        m_context->Breach("StartOperation did not return within " + limit + "ShutdownOperation");
+        m_context->Breach(Check::HangOperation,
+                          "StartOperation did not return within " + limit + "ShutdownOperation");
     } else if (m_outcome.hung) {
-        m_context->Breach("ShutdownOperation did not return within " + limit + "its call");
+        m_context->Breach(Check::HangShutdown,
+                          "ShutdownOperation did not return within " + limit + "its call");
     } else if (m_started && !m_threadEnded && m_consumer && m_communicator->WriterGiven() &&
                !m_outcome.senderClosed) {
-        m_context->Breach("CloseSender was never called");
+        m_context->Breach(Check::SenderOpen, "CloseSender was never called");
     } else if (SUCCEEDED(m_outcome.result) && !m_outcome.cancelled && isWithoutSequence) {
-        m_context->Breach("the filter succeeded without having sent the FixedDocumentSequence");
+        m_context->Breach(Check::SequenceMissing,
+                          "the filter succeeded without having sent the FixedDocumentSequence");
     }
 }
 
 void FilterStage::ReportFindings() {
     if (FAILED(m_outcome.result) || m_outcome.cancelled || !m_consumer) return;
     for (const std::string& part : m_consumer->Unattached())
-        m_context->Found("the filter made " + part + " and neither attached nor sent it");
+        m_context->Found(Check::UnusedPart, "the filter made " + part + " and neither attached nor sent it");
 }
 
 std::vector<std::string> FilterStage::UnusedSwitches() const {
@@ -243,8 +246,9 @@ void FilterStage::Release() {
     if (m_consumer) m_consumer->ReleaseForeignParts();
     const ULONG references = ReferencesTo(*m_filter.Get());
     if (references != 1) {
-        m_context->Breach("the filter is still referenced " + std::to_string(references - 1) +
-                          " times beside the host's own reference");
+        m_context->Breach(Check::FilterLeak, "the filter is still referenced " +
+                                                 std::to_string(references - 1) +
+                                                 " times beside the host's own reference");
     }
     m_context->Used("last-release");
     if (m_options.lastRelease == LastRelease::OtherThread) {
@@ -262,17 +266,18 @@ void FilterStage::Release() {
 
 void FilterStage::LookForLeftovers() {
     if (m_outcome.IsAbandoned()) return;
-    for (const std::string& object : m_context->LiveObjects()) m_context->Breach("never released: " + object);
+    for (const std::string& object : m_context->LiveObjects())
+        m_context->Breach(Check::Leak, "never released: " + object);
     const auto& userToken = m_options.properties.userToken;
     if (userToken != nullptr && !userToken->IsOpen())
-        m_context->Breach("the filter closed the handle of UserSecurityToken");
+        m_context->Breach(Check::Token, "the filter closed the handle of UserSecurityToken");
     const HRESULT canUnload = m_source->CanUnloadNow();
     if (canUnload != S_OK) {
-        m_context->Breach("DllCanUnloadNow answers " + common::Describe(canUnload) +
-                          " after the last release");
+        m_context->Breach(Check::ModuleLeak, "DllCanUnloadNow answers " + common::Describe(canUnload) +
+                                                 " after the last release");
     }
     if (FAILED(m_outcome.result) || m_outcome.cancelled) return;
-    for (const std::string& stream : m_context->LeftOpen()) m_context->Breach(stream);
+    for (const std::string& stream : m_context->LeftOpen()) m_context->Breach(Check::StreamLeft, stream);
 }
 
 RunOutcome FilterStage::TakeOutcome() {
