@@ -25,8 +25,9 @@ constexpr const char* kDescription =
     "Runs an XPS print filter over documents, without a printer or a spooler.\n"
     "\n"
     "Exit status: 0 done, 1 the filter failed, 2 wrong usage, 3 an input cannot be\n"
-    "read as an XPS document, 4 the filter broke a rule of the pipeline. With\n"
-    "several inputs the rest still run, and the highest status is returned.";
+    "read as an XPS document, 4 the filter broke a rule of the pipeline, or there\n"
+    "is a finding and --strict. With several inputs the rest still run, and the\n"
+    "highest status is returned.";
 
 Path PathOf(const std::string& text) { return Path(platform::ToUtf16(text)); }
 
@@ -113,7 +114,8 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
          "after-cancel=fail|end|continue, cancel=waits|concurrent, reader=xps|unknown|null,\n"
          "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
          "apartment=none|single, last-release=caller|other-thread");
-    option("--json", raw.json, "FILE", "a report for programs, one object an INPUT");
+    option("--json", raw.json, "FILE", "a report for programs; docs/report.schema.json describes it");
+    run.add_flag("--strict", raw.settings.strict, "a finding gives status 4, as a broken rule does");
     auto* quiet = run.add_flag("--quiet", raw.settings.quiet, "print problems only");
     run.add_flag("--verbose", raw.settings.verbose, "print what is worth knowing about the system, too")
         ->excludes(quiet);
@@ -252,6 +254,7 @@ RunSettings TakeRun(RawRun raw) {
     host.driverProperties = !raw.noDriverProperties;
     settings.outputFolder = Absolute(raw.outputFolder);
     settings.json = Absolute(raw.json);
+    host.recordTickets = settings.json.has_value();
     settings.timeout = std::chrono::seconds(raw.timeout);
     TakeProvider(raw.provider, host);
     CheckPipeline(host);

@@ -35,7 +35,13 @@ class HostedRun {
     [[nodiscard]] bool RunFilter(const std::shared_ptr<package::XpsDocument>& document, const Job& job,
                                  const EventSink& sink);
     [[nodiscard]] pipeline::RunOptions MakeOptions() const;
-    [[nodiscard]] std::vector<pipeline::ChainedFilter> MakeChain(const EventSink& sink) const;
+    // The texts of tickets are not kept in a run of more than kMaxRecordedPages pages: the report would grow
+    // with each.
+    [[nodiscard]] bool RecordsTickets(std::size_t pages) const;
+    [[nodiscard]] std::vector<pipeline::ChainedFilter> MakeChain(const EventSink& sink,
+                                                                 bool recordsTickets) const;
+
+    static constexpr std::size_t kMaxRecordedPages = 2000;
 
     const HostSettings& m_settings;
     TicketProvider m_provider;

@@ -49,7 +49,7 @@ void MakeFolders(const RunSettings& settings) {
 class Teller {
   public:
     explicit Teller(const RunSettings& settings) : m_quiet(settings.quiet) {
-        if (settings.json) m_report.emplace(*settings.json);
+        if (settings.json) m_report.emplace(*settings.json, settings);
     }
 
     void Tell(const RunResult& result) {
@@ -84,7 +84,7 @@ class Here {
             m_result = {};
             m_result.input = job.inputName;
             const bool isOver = m_pRun->Run(job, [this](const Event& event) { Take(event); });
-            Conclude(m_result);
+            Conclude(m_result, m_settings.strict);
             m_teller.Tell(m_result);
             if (!isOver) Leave();
         }
@@ -103,7 +103,7 @@ class Here {
         auto& here = *static_cast<Here*>(pHere);
         try {
             Apply(ReadEvent(line), here.m_result);
-            Conclude(here.m_result);
+            Conclude(here.m_result, here.m_settings.strict);
             here.m_teller.Tell(here.m_result);
         } catch (...) {
             // The process has nothing left to tell it with.

@@ -42,6 +42,7 @@ struct HostSettings {
     std::vector<std::string> properties;        // "NAME=TYPE:VALUE" of pipeline::ParseProperty
     std::vector<std::string> driverValues;      // the same, of the driver property bag
     unsigned cancelAt = 0;
+    bool recordTickets = false;  // for a report
 };
 
 // One input. Without an output nothing is written. The names are the paths as the caller gave them.
@@ -61,6 +62,7 @@ struct RunSettings {
     bool quiet = false;
     bool verbose = false;
     bool inProcess = false;
+    bool strict = false;                // a finding is a failure
     unsigned parallel = 0;              // 0: one for each processor
     std::chrono::seconds timeout{300};  // without progress
 };

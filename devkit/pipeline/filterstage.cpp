@@ -184,6 +184,7 @@ void FilterStage::Join() {
     m_outcome.hung = !IsOver();
     m_outcome.threadEnded = m_threadEnded || m_shutdownEnded;
     if (m_threadEnded) m_outcome.result = E_UNEXPECTED;
+    m_outcome.operation = m_result;
     if (m_result) m_outcome.result = *m_result;
     LetGo(m_pipelineThread, m_result || m_threadEnded);
     LetGo(m_shutdownThread, m_shutdownOperation || m_shutdownEnded);
@@ -198,6 +199,7 @@ void FilterStage::Report() {
     if (m_provider) m_outcome.lastPart = m_provider->LastGiven();
     m_outcome.inputFailures = m_context->InputFailures();
     m_outcome.calls = m_context->Calls().Text();
+    m_outcome.callCounts = m_context->Calls().Counts();
     m_outcome.missing = m_context->MissingThings();
     if (m_progress) m_outcome.progress = m_progress->Counts();
     m_outcome.unstruckFaults = m_context->Calls().UnstruckFaults();

@@ -120,6 +120,10 @@ std::string FileBytes(const Path& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
+nlohmann::json ReportedInputs(const Path& report) {
+    return nlohmann::json::parse(FileBytes(report)).at("inputs");
+}
+
 Path Sample(const std::string& name) { return Path(SAMPLES_FOLDER) / name; }
 
 }  // namespace devkit::filterhost

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 namespace devkit::filterhost {
 
 // How filterhost.exe ended, and what it wrote (UTF-8).
@@ -24,6 +26,8 @@ struct Ended {
 [[nodiscard]] std::filesystem::path FreshFolder(const std::string& name);
 [[nodiscard]] std::string Text(const std::filesystem::path& path);
 [[nodiscard]] std::string FileBytes(const std::filesystem::path& path);
+// The inputs of a report (--json).
+[[nodiscard]] nlohmann::json ReportedInputs(const std::filesystem::path& report);
 // A sample document of the project.
 [[nodiscard]] std::filesystem::path Sample(const std::string& name);
 
