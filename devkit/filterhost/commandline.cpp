@@ -54,6 +54,7 @@ struct RawRun {
     std::optional<std::string> userTicket;
     std::vector<std::string> provider;
     std::optional<std::string> json;
+    std::optional<std::string> junit;
     bool noDriverProperties = false;
     unsigned timeout = 300;
     RunSettings settings;
@@ -115,6 +116,7 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
          "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
          "apartment=none|single, last-release=caller|other-thread");
     option("--json", raw.json, "FILE", "a report for programs; docs/report.schema.json describes it");
+    option("--junit", raw.junit, "FILE", "a report for build servers, one test case an INPUT");
     run.add_flag("--strict", raw.settings.strict, "a finding gives status 4, as a broken rule does");
     auto* quiet = run.add_flag("--quiet", raw.settings.quiet, "print problems only");
     run.add_flag("--verbose", raw.settings.verbose, "print what is worth knowing about the system, too")
@@ -254,6 +256,7 @@ RunSettings TakeRun(RawRun raw) {
     host.driverProperties = !raw.noDriverProperties;
     settings.outputFolder = Absolute(raw.outputFolder);
     settings.json = Absolute(raw.json);
+    settings.junit = Absolute(raw.junit);
     host.recordTickets = settings.json.has_value();
     settings.timeout = std::chrono::seconds(raw.timeout);
     TakeProvider(raw.provider, host);

@@ -59,6 +59,7 @@ struct RunSettings {
     std::vector<Job> jobs;
     std::optional<std::filesystem::path> outputFolder;  // to be made
     std::optional<std::filesystem::path> json;
+    std::optional<std::filesystem::path> junit;
     bool quiet = false;
     bool verbose = false;
     bool inProcess = false;
