@@ -283,6 +283,12 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     std::vector<std::string> inspected;
     CLI::App* inspect = app.add_subcommand("inspect", "show parts, page sizes, tickets and where they hang");
     inspect->add_option("INPUT", inspected, "XPS or OpenXPS documents")->required();
+    std::string before;
+    std::string after;
+    CLI::App* diff =
+        app.add_subcommand("diff", "compare two documents or two print tickets: status 1 when they differ");
+    diff->add_option("A", before, "a document or a print ticket")->required();
+    diff->add_option("B", after, "what it is compared with, page by page or feature by feature")->required();
     // CLI11 takes the arguments from the end.
     std::reverse(arguments.begin(), arguments.end());
     try {
@@ -290,12 +296,15 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::CallForVersion&) {
         return Answer{VersionText() + "\n"};
     } catch (const CLI::CallForHelp&) {
-        if (run->parsed()) return Answer{run->help(app.get_name())};
-        return Answer{inspect->parsed() ? inspect->help(app.get_name()) : app.help()};
+        for (const CLI::App* const each : {run, inspect, diff}) {
+            if (each->parsed()) return Answer{each->help(app.get_name())};
+        }
+        return Answer{app.help()};
     } catch (const CLI::ParseError& error) {
         throw UsageError(FirstLine(error.what()));
     }
     if (run->parsed()) return TakeRun(std::move(raw));
+    if (diff->parsed()) return DiffSettings{Absolute(before), Absolute(after)};
     InspectSettings settings;
     for (const std::string& input : inspected) settings.inputs.push_back(PathOf(input));
     return settings;

@@ -12,4 +12,10 @@ namespace devkit::filterhost {
 // `filterhost inspect`: prints each document as a tree of its parts with page sizes and tickets.
 [[nodiscard]] ExitStatus Inspect(const InspectSettings& settings);
 
+// `filterhost diff`: prints what sets two documents or two tickets apart. kSame, kDifferent or
+// UnreadableInput, as programs that compare have it. Throws UsageError.
+inline constexpr int kSame = 0;
+inline constexpr int kDifferent = 1;
+[[nodiscard]] int Diff(const DiffSettings& settings);
+
 }  // namespace devkit::filterhost

@@ -72,6 +72,11 @@ struct InspectSettings {
     std::vector<std::filesystem::path> inputs;
 };
 
+struct DiffSettings {
+    std::filesystem::path before;
+    std::filesystem::path after;
+};
+
 // One job for a process of its own, as one line of JSON; and back, nlohmann::json::exception for what is
 // none.
 struct Order {
