@@ -289,6 +289,15 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
         app.add_subcommand("diff", "compare two documents or two print tickets: status 1 when they differ");
     diff->add_option("A", before, "a document or a print ticket")->required();
     diff->add_option("B", after, "what it is compared with, page by page or feature by feature")->required();
+    DeviceSettings device;
+    CLI::App* examine = app.add_subcommand("device", "look at a device model");
+    examine->require_subcommand(1);
+    CLI::App* check = examine->add_subcommand("check", "what is wrong with it, with the line");
+    CLI::App* show = examine->add_subcommand("show", "what it has, and the default ticket that it selects");
+    for (CLI::App* const each : {check, show}) {
+        each->add_option("MODEL", device.device, "a name in devices beside this program or a folder")
+            ->required();
+    }
     // CLI11 takes the arguments from the end.
     std::reverse(arguments.begin(), arguments.end());
     try {
@@ -296,8 +305,9 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::CallForVersion&) {
         return Answer{VersionText() + "\n"};
     } catch (const CLI::CallForHelp&) {
-        for (const CLI::App* const each : {run, inspect, diff}) {
-            if (each->parsed()) return Answer{each->help(app.get_name())};
+        for (const CLI::App* const each : {run, inspect, diff, check, show, examine}) {
+            const bool isOfDevice = each->get_parent() == examine;
+            if (each->parsed()) return Answer{each->help(app.get_name() + (isOfDevice ? " device" : ""))};
         }
         return Answer{app.help()};
     } catch (const CLI::ParseError& error) {
@@ -305,6 +315,10 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     }
     if (run->parsed()) return TakeRun(std::move(raw));
     if (diff->parsed()) return DiffSettings{Absolute(before), Absolute(after)};
+    if (examine->parsed()) {
+        device.action = show->parsed() ? DeviceSettings::Action::Show : DeviceSettings::Action::Check;
+        return device;
+    }
     InspectSettings settings;
     for (const std::string& input : inspected) settings.inputs.push_back(PathOf(input));
     return settings;

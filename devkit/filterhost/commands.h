@@ -18,4 +18,8 @@ inline constexpr int kSame = 0;
 inline constexpr int kDifferent = 1;
 [[nodiscard]] int Diff(const DiffSettings& settings);
 
+// `filterhost device`: what is wrong with a device model (UnreadableInput), or what it is. Throws UsageError
+// when there is none.
+[[nodiscard]] ExitStatus ExamineDevice(const DeviceSettings& settings);
+
 }  // namespace devkit::filterhost

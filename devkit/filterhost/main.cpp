@@ -37,6 +37,7 @@ struct Execute {
     }
     int operator()(const InspectSettings& settings) const { return Inspect(settings); }
     int operator()(const DiffSettings& settings) const { return Diff(settings); }
+    int operator()(const DeviceSettings& settings) const { return ExamineDevice(settings); }
     int operator()(const Answer& answer) const {
         PrintOut(answer.text);
         return Done;

@@ -77,6 +77,13 @@ struct DiffSettings {
     std::filesystem::path after;
 };
 
+struct DeviceSettings {
+    enum class Action { Check, Show };
+
+    Action action = Action::Check;
+    std::string device;  // a name of a model here, or a folder
+};
+
 // One job for a process of its own, as one line of JSON; and back, nlohmann::json::exception for what is
 // none.
 struct Order {
