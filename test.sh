@@ -93,7 +93,7 @@ if [ ${#checks[@]} -gt 0 ]; then
 fi
 
 install 60 "${build_packages[@]}" googletest g++-mingw-w64-i686-posix
-prepare_to_run clang-format
+prepare_to_run clang-format python3-jsonschema
 build_all
 finish_preparing
 check_format

@@ -107,7 +107,7 @@ class Bench:
         report = os.path.join(self.folder, "report.json")
         self.host(job, device, ["--json", windows_path(report)])
         with open(report, encoding="utf-8") as file:
-            return json.load(file)[0]
+            return json.load(file)["inputs"][0]
 
     def check_kind(self, job, pages, turned, device):
         """That every page was turned, or none: or the row would have another meaning than its name."""

@@ -11,7 +11,7 @@ python=/usr/bin/python3
 # What building takes, the samples included, and what running and judging takes besides.
 build_packages=(ca-certificates cmake dpkg-dev g++-mingw-w64-x86-64-posix libcli11-dev libz-mingw-w64-dev ninja-build
   nlohmann-json3-dev procps python3 python3-fonttools python3-pil)
-run_packages=(libgxps-utils libxml2-utils mupdf-tools wine64)
+run_packages=(libgxps-utils libxml2-utils mupdf-tools python3-jinja2 wine64)
 
 step() { printf '== %s\n' "$*"; }
 fail() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; exit 1; }

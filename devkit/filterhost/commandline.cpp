@@ -25,8 +25,9 @@ constexpr const char* kDescription =
     "Runs an XPS print filter over documents, without a printer or a spooler.\n"
     "\n"
     "Exit status: 0 done, 1 the filter failed, 2 wrong usage, 3 an input cannot be\n"
-    "read as an XPS document, 4 the filter broke a rule of the pipeline. With\n"
-    "several inputs the rest still run, and the highest status is returned.";
+    "read as an XPS document, 4 the filter broke a rule of the pipeline, or there\n"
+    "is a finding and --strict. With several inputs the rest still run, and the\n"
+    "highest status is returned.";
 
 Path PathOf(const std::string& text) { return Path(platform::ToUtf16(text)); }
 
@@ -53,6 +54,7 @@ struct RawRun {
     std::optional<std::string> userTicket;
     std::vector<std::string> provider;
     std::optional<std::string> json;
+    std::optional<std::string> junit;
     bool noDriverProperties = false;
     unsigned timeout = 300;
     RunSettings settings;
@@ -113,7 +115,9 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
          "after-cancel=fail|end|continue, cancel=waits|concurrent, reader=xps|unknown|null,\n"
          "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
          "apartment=none|single, last-release=caller|other-thread");
-    option("--json", raw.json, "FILE", "a report for programs, one object an INPUT");
+    option("--json", raw.json, "FILE", "a report for programs; docs/report.schema.json describes it");
+    option("--junit", raw.junit, "FILE", "a report for build servers, one test case an INPUT");
+    run.add_flag("--strict", raw.settings.strict, "a finding gives status 4, as a broken rule does");
     auto* quiet = run.add_flag("--quiet", raw.settings.quiet, "print problems only");
     run.add_flag("--verbose", raw.settings.verbose, "print what is worth knowing about the system, too")
         ->excludes(quiet);
@@ -252,6 +256,8 @@ RunSettings TakeRun(RawRun raw) {
     host.driverProperties = !raw.noDriverProperties;
     settings.outputFolder = Absolute(raw.outputFolder);
     settings.json = Absolute(raw.json);
+    settings.junit = Absolute(raw.junit);
+    host.recordTickets = settings.json.has_value();
     settings.timeout = std::chrono::seconds(raw.timeout);
     TakeProvider(raw.provider, host);
     CheckPipeline(host);
@@ -277,6 +283,21 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     std::vector<std::string> inspected;
     CLI::App* inspect = app.add_subcommand("inspect", "show parts, page sizes, tickets and where they hang");
     inspect->add_option("INPUT", inspected, "XPS or OpenXPS documents")->required();
+    std::string before;
+    std::string after;
+    CLI::App* diff =
+        app.add_subcommand("diff", "compare two documents or two print tickets: status 1 when they differ");
+    diff->add_option("A", before, "a document or a print ticket")->required();
+    diff->add_option("B", after, "what it is compared with, page by page or feature by feature")->required();
+    DeviceSettings device;
+    CLI::App* examine = app.add_subcommand("device", "look at a device model");
+    examine->require_subcommand(1);
+    CLI::App* check = examine->add_subcommand("check", "what is wrong with it, with the line");
+    CLI::App* show = examine->add_subcommand("show", "what it has, and the default ticket that it selects");
+    for (CLI::App* const each : {check, show}) {
+        each->add_option("MODEL", device.device, "a name in devices beside this program or a folder")
+            ->required();
+    }
     // CLI11 takes the arguments from the end.
     std::reverse(arguments.begin(), arguments.end());
     try {
@@ -284,12 +305,20 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::CallForVersion&) {
         return Answer{VersionText() + "\n"};
     } catch (const CLI::CallForHelp&) {
-        if (run->parsed()) return Answer{run->help(app.get_name())};
-        return Answer{inspect->parsed() ? inspect->help(app.get_name()) : app.help()};
+        for (const CLI::App* const each : {run, inspect, diff, check, show, examine}) {
+            const bool isOfDevice = each->get_parent() == examine;
+            if (each->parsed()) return Answer{each->help(app.get_name() + (isOfDevice ? " device" : ""))};
+        }
+        return Answer{app.help()};
     } catch (const CLI::ParseError& error) {
         throw UsageError(FirstLine(error.what()));
     }
     if (run->parsed()) return TakeRun(std::move(raw));
+    if (diff->parsed()) return DiffSettings{Absolute(before), Absolute(after)};
+    if (examine->parsed()) {
+        device.action = show->parsed() ? DeviceSettings::Action::Show : DeviceSettings::Action::Check;
+        return device;
+    }
     InspectSettings settings;
     for (const std::string& input : inspected) settings.inputs.push_back(PathOf(input));
     return settings;

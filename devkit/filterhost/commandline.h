@@ -13,7 +13,7 @@ struct Answer {
     std::string text;
 };
 
-using Command = std::variant<RunSettings, InspectSettings, Answer>;
+using Command = std::variant<RunSettings, InspectSettings, DiffSettings, DeviceSettings, Answer>;
 
 // Reads the arguments (UTF-8, without the program's name). Throws UsageError.
 [[nodiscard]] Command ParseCommandLine(std::vector<std::string> arguments);

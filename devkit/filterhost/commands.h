@@ -12,4 +12,14 @@ namespace devkit::filterhost {
 // `filterhost inspect`: prints each document as a tree of its parts with page sizes and tickets.
 [[nodiscard]] ExitStatus Inspect(const InspectSettings& settings);
 
+// `filterhost diff`: prints what sets two documents or two tickets apart. kSame, kDifferent or
+// UnreadableInput, as programs that compare have it. Throws UsageError.
+inline constexpr int kSame = 0;
+inline constexpr int kDifferent = 1;
+[[nodiscard]] int Diff(const DiffSettings& settings);
+
+// `filterhost device`: what is wrong with a device model (UnreadableInput), or what it is. Throws UsageError
+// when there is none.
+[[nodiscard]] ExitStatus ExamineDevice(const DeviceSettings& settings);
+
 }  // namespace devkit::filterhost

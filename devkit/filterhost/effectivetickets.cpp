@@ -6,8 +6,6 @@
 namespace devkit::filterhost {
 namespace {
 
-using printschema::TicketFacts;
-
 // The tickets that were made, by their scopes and parts.
 class Tickets {
   public:
@@ -16,47 +14,57 @@ class Tickets {
             const bool isMerge =
                 made.call.function == "PTMergeAndValidatePrintTicket" && SUCCEEDED(made.call.result);
             if (!isMerge || !made.call.scope) continue;
-            const auto [entry, isFirst] =
-                m_tickets.emplace(*made.call.scope + " " + made.part, &made.call.facts);
+            const auto [entry, isFirst] = m_tickets.emplace(*made.call.scope + " " + made.part, &made);
             if (!isFirst) entry->second = nullptr;
         }
     }
 
     // What holds from the part on, when `inherited` holds around it.
-    [[nodiscard]] TicketFacts From(const PartFacts& part, const std::string& scope,
-                                   const TicketFacts& inherited) const {
-        if (!part.ticketBefore) return inherited;
+    [[nodiscard]] EffectiveTicket From(const PartFacts& part, const std::string& scope,
+                                       const EffectiveTicket& inherited) const {
+        EffectiveTicket ticket;
+        if (!part.ticketBefore) {
+            ticket = inherited;
+            ticket.pMade = nullptr;
+            return ticket;
+        }
         const auto entry = m_tickets.find(scope + " " + part.kind + " " + part.name);
-        if (entry == m_tickets.end() || entry->second == nullptr) return {};
-        TicketFacts facts = *entry->second;
-        if (!facts.mediaSize) facts.mediaSize = inherited.mediaSize;
-        if (!facts.feedDirection) facts.feedDirection = inherited.feedDirection;
-        return facts;
+        if (entry == m_tickets.end() || entry->second == nullptr) return ticket;
+        ticket.pMade = entry->second;
+        ticket.inForce = ticket.pMade->output;
+        ticket.facts = ticket.pMade->call.facts;
+        if (!ticket.facts.mediaSize) ticket.facts.mediaSize = inherited.facts.mediaSize;
+        if (!ticket.facts.feedDirection) ticket.facts.feedDirection = inherited.facts.feedDirection;
+        return ticket;
     }
 
   private:
-    std::unordered_map<std::string, const TicketFacts*> m_tickets;  // null: several were made
+    std::unordered_map<std::string, const MadeCall*> m_tickets;  // null: several were made
 };
 
 }  // namespace
 
-std::vector<TicketFacts> EffectiveTickets(const RunResult& result) {
+std::vector<EffectiveTicket> EffectiveTickets(const RunResult& result) {
     const Tickets tickets(result.providerCalls);
-    const TicketFacts user = result.provider ? result.userTicket : TicketFacts();
-    TicketFacts job = user;
-    TicketFacts document = user;
-    std::vector<TicketFacts> facts;
+    EffectiveTicket user;
+    if (result.provider) {
+        user.facts = result.userTicket;
+        user.inForce = result.userTicketText;
+    }
+    EffectiveTicket job = user;
+    EffectiveTicket document = user;
+    std::vector<EffectiveTicket> each;
     for (const PartFacts& part : result.parts) {
+        EffectiveTicket& ticket = each.emplace_back();
         if (part.kind == "FixedDocumentSequence") {
-            job = tickets.From(part, "job", user);
-            document = job;
+            ticket = job = document = tickets.From(part, "job", user);
         } else if (part.kind == "FixedDocument") {
-            document = tickets.From(part, "document", job);
+            ticket = document = tickets.From(part, "document", job);
         } else if (part.kind == "FixedPage") {
-            facts.push_back(tickets.From(part, "page", document));
+            ticket = tickets.From(part, "page", document);
         }
     }
-    return facts;
+    return each;
 }
 
 }  // namespace devkit::filterhost

@@ -1,15 +1,25 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "devkit/filterhost/runresult.h"
 
 namespace devkit::filterhost {
 
-// What the tickets say that hold for each FixedPage among the parts, in their order, as the print ticket
-// provider made them: the page's own, then what that leaves open by the document's, the job's and the user's.
-// Nothing is said where a part with a ticket had none made for its scope, or more than one, nor where there
-// was no simulated provider.
-[[nodiscard]] std::vector<printschema::TicketFacts> EffectiveTickets(const RunResult& result);
+// What became of a part's ticket at the print ticket provider, and what holds from the part on.
+struct EffectiveTicket {
+    // What holds says so: the part's own, then what that leaves open by the document's, the job's and the
+    // user's.
+    printschema::TicketFacts facts;
+    // The ticket that holds, in the texts of the result: that of the part, else of the nearest around it.
+    std::optional<TextId> inForce;
+    // The call that made the part's, null where there was none.
+    const MadeCall* pMade = nullptr;
+};
+
+// For each of the parts, in their order. Nothing is said where a part with a ticket had none made for its
+// scope, or more than one, nor where there was no simulated provider. Points into the result.
+[[nodiscard]] std::vector<EffectiveTicket> EffectiveTickets(const RunResult& result);
 
 }  // namespace devkit::filterhost

@@ -69,6 +69,7 @@ void CheckFiles(const RunSettings& settings) {
         if (job.output) files.Write(*job.output, "the output");
     }
     if (settings.json) files.Write(*settings.json, "--json");
+    if (settings.junit) files.Write(*settings.junit, "--junit");
 }
 
 }  // namespace devkit::filterhost

@@ -46,12 +46,13 @@ std::size_t CountPages(const package::XpsTree& tree) {
 class Teller final : public pipeline::RunObserver {
   public:
     // `name` is the filter's in a chain of several, and empty without.
-    Teller(EventSink sink, const std::string& name, bool isFirst, bool isLast)
+    Teller(EventSink sink, const std::string& name, bool isFirst, bool isLast, bool recordsTickets)
         : m_sink(std::move(sink)),
           m_of(name.empty() ? "" : " of " + name),
           m_by(name.empty() ? "" : name + ": "),
           m_isFirst(isFirst),
-          m_isLast(isLast) {}
+          m_isLast(isLast),
+          m_recordsTickets(recordsTickets) {}
 
     void CallBegins(const char* call) override { m_sink(events::CallBegun{call + m_of}); }
     void CallEnds(const char* call) override { m_sink(events::CallEnded{call + m_of}); }
@@ -63,14 +64,19 @@ class Teller final : public pipeline::RunObserver {
     }
     void PartSent(const pipeline::SentPart& part) override {
         try {
-            for (const std::string& finding : m_check.Look(part)) Found(finding);
-            if (m_isLast) m_sink(events::PartSent{LookAtPart(part)});
+            for (const SentPartFinding& finding : m_check.Look(part)) Found(finding.check, finding.text);
+            if (!m_isLast) return;
+            m_sink(events::PartSent{LookAtPart(part), m_recordsTickets ? ReadTickets(part) : TicketTexts()});
         } catch (const common::Error& error) {
             m_sink(events::InputFailed{error.what()});
         }
     }
-    void Breached(const std::string& text) override { m_sink(events::Breached{m_by + text}); }
-    void Found(const std::string& text) override { m_sink(events::Found{m_by + text}); }
+    void Breached(common::Check check, const std::string& text) override {
+        m_sink(events::Breached{IdOf(check), m_by + text});
+    }
+    void Found(common::Check check, const std::string& text) override {
+        m_sink(events::Found{IdOf(check), m_by + text});
+    }
     void InputFailed(const std::string& text) override { m_sink(events::InputFailed{m_by + text}); }
     void Called() override {
         // Once a second is often enough for whoever watches.
@@ -82,12 +88,15 @@ class Teller final : public pipeline::RunObserver {
     }
 
   private:
+    static std::string IdOf(common::Check check) { return std::string(common::FactsOf(check).id); }
+
     const EventSink m_sink;
     SentPartCheck m_check;
     const std::string m_of;
     const std::string m_by;
     const bool m_isFirst;
     const bool m_isLast;
+    const bool m_recordsTickets;
     std::atomic<Clock::rep> m_next = 0;
 };
 
@@ -150,6 +159,12 @@ RunEnd EndOf(const std::vector<RunOutcome>& outcomes) {
     end.whole = std::ranges::all_of(outcomes, &RunOutcome::IsWhole);
     if (outcomes.back().output == pipeline::DataKind::Stream && outcomes.back().bytes != nullptr)
         end.bytes = outcomes.back().bytes->size();
+    for (const RunOutcome& outcome : outcomes) {
+        const bool isCalled = outcome.initialized != E_PENDING;
+        end.filters.push_back({outcome.filter, isCalled ? std::optional(outcome.initialized) : std::nullopt,
+                               outcome.operation, outcome.shutdownOperation, outcome.shutdownCodes,
+                               outcome.callCounts});
+    }
     return end;
 }
 
@@ -266,8 +281,10 @@ bool HostedRun::Run(const Job& job, const EventSink& sink) {
     try {
         const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(job.input));
         // Beside the pages there are the document, the sequence and the fixed documents.
-        const std::size_t parts = 2 + document->sequence.documents.size() + CountPages(*document);
-        sink(events::Opened{parts, document->Findings(), printschema::ReadFacts(*m_userTicket)});
+        const std::size_t pages = CountPages(*document);
+        sink(events::Opened{2 + document->sequence.documents.size() + pages, pages, document->Findings(),
+                            printschema::ReadFacts(*m_userTicket),
+                            RecordsTickets(pages) ? std::optional(*m_userTicket) : std::nullopt});
         isOver = RunFilter(document, job, sink, times);
     } catch (const common::Error& error) {
         sink(events::Failed{ProblemOf(error, common::PathText(job.input)), UnreadableInput});
@@ -297,8 +314,9 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     pipeline::ChainInput input{
         pipeline::MakeJobInput(document),
         isStream ? std::make_shared<const std::string>(ReadFile(job.input, "INPUT")) : nullptr};
-    const auto run =
-        std::make_shared<pipeline::FilterRun>(MakeChain(sink), std::move(input), std::move(options));
+    const std::size_t pages = CountPages(*document);
+    const auto run = std::make_shared<pipeline::FilterRun>(MakeChain(sink, RecordsTickets(pages)),
+                                                           std::move(input), std::move(options));
     {
         const std::lock_guard guard(m_lock);
         m_run = run;
@@ -307,7 +325,7 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     // In a chain it is not known which filter calls, nor what that one has in hand.
     const bool isAlone = m_filters.size() == 1;
     m_provider.BeginRun(
-        token, CountPages(*document),
+        token, RecordsTickets(pages),
         [run = std::weak_ptr(run), sink, isAlone](const prntvpt::ProviderCall& call) {
             const auto alive = run.lock();
             sink(events::ProviderCalled{{call, alive && isAlone ? alive->LastPart() : std::string()}});
@@ -358,13 +376,18 @@ RunTimes HostedRun::TimesOf(const std::vector<RunOutcome>& outcomes) const {
     return times;
 }
 
-std::vector<pipeline::ChainedFilter> HostedRun::MakeChain(const EventSink& sink) const {
+bool HostedRun::RecordsTickets(std::size_t pages) const {
+    return m_settings.recordTickets && pages <= kMaxRecordedPages;
+}
+
+std::vector<pipeline::ChainedFilter> HostedRun::MakeChain(const EventSink& sink, bool recordsTickets) const {
     std::vector<pipeline::ChainedFilter> chain;
     for (std::size_t i = 0; i < m_filters.size(); ++i) {
         const FilterSettings& each = m_settings.filters[i];
         const std::string name = m_filters.size() > 1 ? each.name : std::string();
-        chain.push_back({each.name, m_filters[i], each.input, each.output,
-                         std::make_shared<Teller>(sink, name, i == 0, i + 1 == m_filters.size())});
+        chain.push_back(
+            {each.name, m_filters[i], each.input, each.output,
+             std::make_shared<Teller>(sink, name, i == 0, i + 1 == m_filters.size(), recordsTickets)});
     }
     return chain;
 }

@@ -38,7 +38,13 @@ class HostedRun {
                                  const EventSink& sink, std::optional<RunTimes>& times);
     [[nodiscard]] RunTimes TimesOf(const std::vector<pipeline::RunOutcome>& outcomes) const;
     [[nodiscard]] pipeline::RunOptions MakeOptions() const;
-    [[nodiscard]] std::vector<pipeline::ChainedFilter> MakeChain(const EventSink& sink) const;
+    // The texts of tickets are not kept in a run of more than kMaxRecordedPages pages: the report would grow
+    // with each.
+    [[nodiscard]] bool RecordsTickets(std::size_t pages) const;
+    [[nodiscard]] std::vector<pipeline::ChainedFilter> MakeChain(const EventSink& sink,
+                                                                 bool recordsTickets) const;
+
+    static constexpr std::size_t kMaxRecordedPages = 2000;
 
     const HostSettings& m_settings;
     TicketProvider m_provider;

@@ -36,6 +36,8 @@ struct Execute {
         return Run(settings);
     }
     int operator()(const InspectSettings& settings) const { return Inspect(settings); }
+    int operator()(const DiffSettings& settings) const { return Diff(settings); }
+    int operator()(const DeviceSettings& settings) const { return ExamineDevice(settings); }
     int operator()(const Answer& answer) const {
         PrintOut(answer.text);
         return Done;

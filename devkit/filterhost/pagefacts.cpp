@@ -99,4 +99,13 @@ PartFacts LookAtPart(const pipeline::SentPart& part) {
     return facts;
 }
 
+TicketTexts ReadTickets(const pipeline::SentPart& part) {
+    TicketTexts texts;
+    if (part.part == nullptr) return texts;
+    if (const PartPtr& own = part.part->inputTicket; own != nullptr) texts.own = *own->ReadInput();
+    const PartPtr& ticket = part.part->ticket;
+    if (part.TicketReplaced() && ticket != nullptr) texts.replacement = *ticket->Read();
+    return texts;
+}
+
 }  // namespace devkit::filterhost

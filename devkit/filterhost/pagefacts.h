@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "devkit/filterhost/texttable.h"
 #include "devkit/pipeline/part.h"
 #include "devkit/printschema/summary.h"
 
@@ -34,10 +35,20 @@ struct PageFacts {
 struct PartFacts {
     std::string kind;  // "FixedPage"
     std::string name;  // empty for the XPS document and for an object that is not the kit's
-    std::optional<std::string> ticketBefore;  // part names
-    std::optional<std::string> ticketAfter;
-    std::optional<PageFacts> page;  // of a FixedPage
+    std::optional<std::string> ticketBefore{};  // part names
+    std::optional<std::string> ticketAfter{};
+    // Of the tickets in the texts of a result: the one that came with the part, and the one that replaces it.
+    std::optional<TextId> ownTicket{};
+    std::optional<TextId> newTicket{};
+    std::optional<PageFacts> page{};  // of a FixedPage
 };
+
+// The texts of a part's tickets.
+struct TicketTexts {
+    std::optional<std::string> own;          // that came with the part
+    std::optional<std::string> replacement;  // that the filter gave it instead
+};
+[[nodiscard]] TicketTexts ReadTickets(const pipeline::SentPart& part);
 
 // Looks at a part that was just sent. Throws common::Error when the input cannot be read.
 [[nodiscard]] PartFacts LookAtPart(const pipeline::SentPart& part);

@@ -1,74 +1,247 @@
 #include "devkit/filterhost/report.h"
 
-#include "platform/windows.h"
+#include <algorithm>
+#include <cstdint>
+#include <map>
 
-#include <system_error>
-
-#include <nlohmann/json.hpp>
-
+#include "devkit/common/file.h"
 #include "devkit/common/hresult.h"
 #include "devkit/common/json.h"
-#include "devkit/filterhost/exitstatus.h"
+#include "devkit/common/text.h"
+#include "devkit/filterhost/commandline.h"
+#include "devkit/filterhost/devicefolder.h"
+#include "devkit/filterhost/effectivetickets.h"
+#include "devkit/filterhost/fileversion.h"
+#include "devkit/filterhost/summary.h"
 
 namespace devkit::filterhost {
 namespace {
 
+using common::Describe;
 using Json = nlohmann::ordered_json;
 
-constexpr std::string_view kEnd = "\n]\n";
+constexpr int kVersion = 2;
+constexpr std::string_view kEnd = "\n  ]\n}\n";
 
-Json WidthOf(const std::optional<PageSize>& page) { return page ? Json(page->width) : Json(); }
+std::string Text(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
-Json HeightOf(const std::optional<PageSize>& page) { return page ? Json(page->height) : Json(); }
-
-Json ShutdownOf(const RunResult& result) {
-    const bool isCalled = result.end && !result.end->shutdownCodes.empty();
-    return isCalled ? Json(common::HexOf(result.end->shutdownCodes.front())) : Json();
+// An object with a line for each member, and for each element of an array: to be read by people and compared
+// by tools, and yet not long. Without its closing brace.
+std::string Layout(const Json& object, const std::string& indent) {
+    std::string text = "{";
+    for (const auto& [key, value] : object.items()) {
+        text += (text.size() > 1 ? ",\n" : "\n") + indent + Text(key) + ": ";
+        if (!value.is_array() || value.empty()) {
+            text += Text(value);
+            continue;
+        }
+        std::string separator = "[\n";
+        for (const Json& element : value) {
+            text += separator + indent + "  " + Text(element);
+            separator = ",\n";
+        }
+        text += "\n" + indent + "]";
+    }
+    return text;
 }
 
-Json ErrorOf(const RunResult& result) {
-    std::string text;
-    for (const std::string& error : result.errors) text += (text.empty() ? "" : "; ") + error;
-    return text.empty() ? Json() : Json(text);
+// Nothing is null.
+Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+Json CodeOf(const std::optional<HRESULT>& code) { return code ? Json(Describe(*code)) : Json(); }
+
+Json CodesOf(const std::vector<HRESULT>& codes) {
+    Json json = Json::array();
+    for (const HRESULT code : codes) json.push_back(Describe(code));
+    return json;
 }
 
-void AddPageFacts(Json& json, const PageFacts& page) {
-    json["width_in"] = WidthOf(page.before);
-    json["height_in"] = HeightOf(page.before);
-    json["width_out"] = WidthOf(page.after);
-    json["height_out"] = HeightOf(page.after);
+Json PathOf(const std::optional<std::filesystem::path>& path) {
+    return path ? Json(common::PathText(*path)) : Json();
+}
+
+const char* KindText(pipeline::DataKind kind) { return kind == pipeline::DataKind::Xps ? "xps" : "stream"; }
+
+Json WriteFilters(const HostSettings& settings) {
+    Json filters = Json::array();
+    for (const FilterSettings& filter : settings.filters) {
+        filters.push_back({{"name", filter.name},
+                           {"path", common::PathText(filter.dll)},
+                           {"clsid", common::TextOf(filter.clsid)},
+                           {"file_version", FileVersionOf(filter.dll)},
+                           {"input", KindText(filter.input)},
+                           {"output", KindText(filter.output)}});
+    }
+    return filters;
+}
+
+Json WriteSwitches(const RunSettings& settings) {
+    const HostSettings& host = settings.host;
+    return {{"pipeline_config", PathOf(host.pipelineConfig)},
+            {"user_ticket", PathOf(host.userTicket)},
+            {"driver_properties", host.driverProperties},
+            {"ns_prefix", host.nsPrefix},
+            {"tesk_type", host.teskType},
+            {"driver_property", host.driverValues},
+            {"property", host.properties},
+            {"provider", host.systemProvider ? Json::array({"system"}) : Json(host.providerSwitches)},
+            {"pipeline", host.pipelineSwitches},
+            {"cancel_at", host.cancelAt == 0 ? Json() : Json(host.cancelAt)},
+            {"timeout_s", settings.timeout.count()},
+            {"in_process", settings.inProcess},
+            {"strict", settings.strict}};
+}
+
+Json WriteComplaints(const std::vector<Problem>& problems, const char* severity) {
+    Json list = Json::array();
+    for (const Problem& problem : problems) {
+        const common::CheckFacts* const pCheck = common::FindCheck(problem.id);
+        list.push_back({{"id", problem.id},
+                        {"severity", severity},
+                        {"part", OrNull(problem.part)},
+                        {"call", OrNull(problem.call)},
+                        {"text", problem.text},
+                        {"advice", pCheck == nullptr ? "" : pCheck->advice}});
+    }
+    return list;
+}
+
+Json WriteCrash(const RunResult& result) {
+    if (!result.crash) return nullptr;
+    return {
+        {"text", TextOf(*result.crash)},
+        {"code", result.crash->code == 0 ? Json() : Json(Describe(static_cast<HRESULT>(result.crash->code)))},
+        {"calls", result.underWay},
+        {"part", result.given.empty() ? Json() : Json(result.given.back())}};
+}
+
+Json WriteEnd(const RunResult& result) {
+    if (!result.end) return nullptr;
+    const RunEnd& end = *result.end;
+    return {{"filter", OrNull(end.filter)},
+            {"result", Describe(end.result)},
+            {"shutdown_codes", CodesOf(end.shutdownCodes)},
+            {"hung", end.hung},
+            {"thread_ended", end.threadEnded},
+            {"cancelled", end.cancelled},
+            {"whole", end.whole}};
+}
+
+Json WriteFilterCalls(const RunResult& result) {
+    Json filters = Json::array();
+    if (!result.end) return filters;
+    for (const FilterEnd& filter : result.end->filters) {
+        filters.push_back({{"filter", filter.name},
+                           {"InitializeFilter", CodeOf(filter.initialized)},
+                           {"StartOperation", CodeOf(filter.operation)},
+                           {"ShutdownOperation", CodeOf(filter.shutdownOperation)},
+                           {"RequestShutdown", CodesOf(filter.shutdownCodes)},
+                           {"pipeline_calls", filter.pipelineCalls}});
+    }
+    return filters;
+}
+
+void AddPage(Json& json, const PartFacts& part, const EffectiveTicket& ticket) {
+    const PageFacts& page = *part.page;
+    const auto add = [&json](const char* width, const char* height, const std::optional<PageSize>& size) {
+        json[width] = size ? Json(size->width) : Json();
+        json[height] = size ? Json(size->height) : Json();
+    };
+    add("width_in", "height_in", page.before);
+    add("width_out", "height_out", page.after);
     json["markup_rewritten"] = page.rewritten;
+    json["turned"] = page.turned;
     json["ticket_replaced"] = page.ticketReplaced;
     json["bytes_in"] = page.bytesBefore;
     json["bytes_out"] = page.bytesAfter;
+    json["feed"] = ticket.facts.feedDirection;
+    json["sheet"] = (page.ticketReplaced && part.ticketAfter ? page.newTicket : ticket.facts).mediaSize;
+    json["decision"] = DecisionText(part, ticket.facts);
 }
 
 Json WriteParts(const RunResult& result) {
+    const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
     Json parts = Json::array();
-    for (const PartFacts& part : result.parts) {
+    for (std::size_t i = 0; i < result.parts.size(); ++i) {
+        const PartFacts& part = result.parts[i];
+        const MadeCall* const pMade = tickets[i].pMade;
         Json& json = parts.emplace_back();
         json["kind"] = part.kind;
-        json["uri"] = part.name.empty() ? Json() : Json(part.name);
+        json["uri"] = OrNull(part.name);
         json["ticket_in"] = part.ticketBefore;
         json["ticket_out"] = part.ticketAfter;
-        if (part.page) AddPageFacts(json, *part.page);
+        json["tickets"] = {{"own", part.ownTicket},
+                           {"asked", pMade == nullptr ? Json() : Json(pMade->delta)},
+                           {"made", pMade == nullptr ? Json() : Json(pMade->output)},
+                           {"in_force", tickets[i].inForce},
+                           {"new", part.newTicket}};
+        if (part.page) AddPage(json, part, tickets[i]);
     }
     return parts;
 }
 
-Json TimeOf(const RunTimes& times) {
-    Json json;
-    json["total"] = times.total;
-    json["rest"] = times.Rest();
-    json["filters"] = Json::array();
-    for (const FilterTimes& each : times.filters) {
-        json["filters"].push_back({{"name", each.name},
-                                   {"filter", each.filter},
-                                   {"ticket_provider", each.ticketProvider},
-                                   {"pipeline", each.pipeline},
-                                   {"observer", each.observer}});
+Json WriteCalls(const std::vector<MadeCall>& calls) {
+    // By their first calls: no two runs have the system's numbers in common.
+    std::map<std::uint32_t, std::size_t> threads;
+    Json list = Json::array();
+    for (const MadeCall& made : calls) {
+        const prntvpt::ProviderCall& call = made.call;
+        const auto thread = threads.try_emplace(call.thread, threads.size() + 1).first->second;
+        list.push_back({{"function", call.function},
+                        {"result", Describe(call.result)},
+                        {"part", OrNull(made.part)},
+                        {"scope", call.scope},
+                        {"handle", call.handle},
+                        {"thread", thread},
+                        {"as_user", call.impersonating && call.expectedToken.value_or(false)},
+                        {"base", made.base},
+                        {"delta", made.delta},
+                        {"output", made.output},
+                        {"error", call.error}});
     }
-    return json;
+    return list;
+}
+
+// What the simulated provider was, null for the system's and after a crash.
+Json WriteProvider(const RunResult& result) {
+    if (!result.provider || !result.provider->configuration) return nullptr;
+    const prntvpt::ProviderConfiguration& configuration = *result.provider->configuration;
+    return {{"printers", configuration.printers},
+            {"switches", configuration.switches},
+            {"faults", configuration.faults},
+            {"open_handles", result.provider->openHandles.size()}};
+}
+
+std::size_t CountPages(const RunResult& result) {
+    return static_cast<std::size_t>(
+        std::ranges::count(result.parts, std::string("FixedPage"), &PartFacts::kind));
+}
+
+// Where the time of the run went.
+Json WriteTimes(const std::optional<RunTimes>& times) {
+    if (!times) return nullptr;
+    Json filters = Json::array();
+    for (const FilterTimes& each : times->filters) {
+        filters.push_back({{"name", each.name},
+                           {"filter", each.filter},
+                           {"ticket_provider", each.ticketProvider},
+                           {"pipeline", each.pipeline},
+                           {"observer", each.observer}});
+    }
+    return {{"total", times->total}, {"rest", times->Rest()}, {"filters", filters}};
+}
+
+std::string Head(const RunSettings& settings) {
+    const HostSettings& host = settings.host;
+    const Json head = {{"version", kVersion},
+                       {"host", VersionText()},
+                       {"filters", WriteFilters(host)},
+                       {"device",
+                        {{"name", host.device},
+                         {"folder", common::PathText(FindDeviceFolder(host.device))},
+                         {"printer", host.printer}}},
+                       {"switches", WriteSwitches(settings)}};
+    return Layout(head, "  ") + ",\n  \"inputs\": [";
 }
 
 }  // namespace
@@ -77,43 +250,34 @@ std::string WriteResult(const RunResult& result) {
     Json json;
     json["input"] = result.input;
     json["output"] = result.output;
-    json["hresult"] = result.end ? Json(common::HexOf(result.end->result)) : Json();
-    json["shutdown"] = ShutdownOf(result);
-    json["breaches"] = result.breaches;
-    json["parts"] = WriteParts(result);
-    json["findings"] = result.findings;
+    json["status"] = static_cast<int>(result.status);
+    json["pages_in"] = result.inputPages;
+    json["pages_out"] = CountPages(result);
+    json["parts_in"] = result.inputParts;
+    json["bytes_out"] = result.end ? Json(result.end->bytes) : Json();
+    json["breaches"] = WriteComplaints(result.breaches, "breach");
+    json["findings"] = WriteComplaints(result.findings, "finding");
+    json["errors"] = result.errors;
+    json["input_failures"] = result.inputFailures;
+    json["crash"] = WriteCrash(result);
+    json["end"] = WriteEnd(result);
+    json["seconds"] = WriteTimes(result.times);
     json["missing"] = result.missing;
-    json["seconds"] = result.times ? TimeOf(*result.times) : Json();
-    json["error"] = ErrorOf(result);
-    json["crash"] = result.crash ? Json(TextOf(*result.crash)) : Json();
-    return json.dump(2, ' ', false, Json::error_handler_t::replace);
+    json["filter_calls"] = WriteFilterCalls(result);
+    json["provider"] = WriteProvider(result);
+    json["provider_calls"] = WriteCalls(result.providerCalls);
+    json["user_ticket"] = result.userTicketText;
+    json["parts"] = WriteParts(result);
+    json["texts"] = result.texts.All();
+    return Layout(json, "      ") + "\n    }";
 }
 
-Report::Report(std::filesystem::path path)
-    : m_path(std::move(path)),
-      m_file(CreateFileW(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                         FILE_ATTRIBUTE_NORMAL, nullptr)) {
-    if (!m_file.IsOpen()) {
-        throw UsageError("--json: " + common::PathText(m_path) + " cannot be written: " +
-                         std::system_category().message(static_cast<int>(GetLastError())));
-    }
-    Write("[" + std::string(kEnd));
-}
+Report::Report(std::filesystem::path path, const RunSettings& settings)
+    : m_file(std::move(path), "--json", Head(settings), kEnd) {}
 
 void Report::Add(const RunResult& result) {
-    // Over the end of what is there, and with its own end in one piece.
-    LARGE_INTEGER back;
-    back.QuadPart = -static_cast<LONGLONG>(kEnd.size());
-    SetFilePointerEx(m_file.Get(), back, nullptr, FILE_END);
-    Write(std::string(m_isEmpty ? "\n" : ",\n") + WriteResult(result) + std::string(kEnd));
+    m_file.Add(std::string(m_isEmpty ? "\n    " : ",\n    ") + WriteResult(result));
     m_isEmpty = false;
-}
-
-void Report::Write(std::string_view text) {
-    DWORD written = 0;
-    if (WriteFile(m_file.Get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr)) return;
-    throw UsageError("--json: " + common::PathText(m_path) + " cannot be written: " +
-                     std::system_category().message(static_cast<int>(GetLastError())));
 }
 
 }  // namespace devkit::filterhost

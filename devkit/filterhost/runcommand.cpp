@@ -14,6 +14,7 @@
 #include "devkit/filterhost/filecheck.h"
 #include "devkit/filterhost/hostedrun.h"
 #include "devkit/filterhost/interrupt.h"
+#include "devkit/filterhost/junitreport.h"
 #include "devkit/filterhost/report.h"
 #include "devkit/filterhost/summary.h"
 #include "devkit/filterhost/supervisor.h"
@@ -49,13 +50,15 @@ void MakeFolders(const RunSettings& settings) {
 class Teller {
   public:
     explicit Teller(const RunSettings& settings) : m_quiet(settings.quiet) {
-        if (settings.json) m_report.emplace(*settings.json);
+        if (settings.json) m_report.emplace(*settings.json, settings);
+        if (settings.junit) m_junit.emplace(*settings.junit, settings);
     }
 
     void Tell(const RunResult& result) {
         for (const std::string& problem : WriteProblems(result)) PrintProblem(problem);
         if (!m_quiet) PrintOut(WriteSummary(result));
         if (m_report) m_report->Add(result);
+        if (m_junit) m_junit->Add(result);
         m_status = std::max(m_status, result.status);
     }
     [[nodiscard]] ExitStatus Status() const { return m_status; }
@@ -63,6 +66,7 @@ class Teller {
   private:
     const bool m_quiet;
     std::optional<Report> m_report;
+    std::optional<JunitReport> m_junit;
     ExitStatus m_status = Done;
 };
 
@@ -84,7 +88,7 @@ class Here {
             m_result = {};
             m_result.input = job.inputName;
             const bool isOver = m_pRun->Run(job, [this](const Event& event) { Take(event); });
-            Conclude(m_result);
+            Conclude(m_result, m_settings.strict);
             m_teller.Tell(m_result);
             if (!isOver) Leave();
         }
@@ -103,7 +107,7 @@ class Here {
         auto& here = *static_cast<Here*>(pHere);
         try {
             Apply(ReadEvent(line), here.m_result);
-            Conclude(here.m_result);
+            Conclude(here.m_result, here.m_settings.strict);
             here.m_teller.Tell(here.m_result);
         } catch (...) {
             // The process has nothing left to tell it with.

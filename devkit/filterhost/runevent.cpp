@@ -25,8 +25,11 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PageSize, width, height)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PageFacts, before, after, bytesBefore, bytesAfter, rewritten, turned,
                                    ticketReplaced, newTicket, malformed)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartFacts, kind, name, ticketBefore, ticketAfter, page)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TicketTexts, own, replacement)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterEnd, name, initialized, operation, shutdownOperation, shutdownCodes,
+                                   pipelineCalls)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnd, filter, initialized, result, shutdownCodes, hung, threadEnded,
-                                   cancelled, whole, bytes)
+                                   cancelled, whole, bytes, filters)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Crash, code, text, type, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(MadeCall, call, part)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterTimes, name, filter, ticketProvider, pipeline, observer)
@@ -34,16 +37,16 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunTimes, total, operations, filters)
 
 namespace events {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Opened, parts, findings, userTicket)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Opened, parts, pages, findings, userTicket, userTicketText)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(CallBegun, call)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(CallEnded, call)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartAsked, number)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartGiven, part)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartSent, part)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PartSent, part, tickets)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderCalled, made)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Breached, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Breached, id, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InputFailed, text)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Found, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Found, id, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Missed, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Noted, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnded, end)
@@ -63,6 +66,7 @@ void from_json(const nlohmann::json&, Finished&) {}
 
 namespace {
 
+using common::Check;
 using Json = nlohmann::json;
 
 template <std::size_t... Index>
@@ -84,8 +88,11 @@ struct Applier {
 
     void operator()(const events::Opened& event) const {
         result.inputParts = event.parts;
-        result.findings = event.findings;
+        result.inputPages = event.pages;
+        for (const std::string& text : event.findings)
+            result.findings.push_back(ProblemOf(Check::Document, text));
         result.userTicket = event.userTicket;
+        result.userTicketText = result.texts.Add(event.userTicketText);
     }
     void operator()(const events::CallBegun& event) const { result.underWay.push_back(event.call); }
     void operator()(const events::CallEnded& event) const {
@@ -98,11 +105,20 @@ struct Applier {
     }
     void operator()(const events::PartAsked& event) const { result.asked = event.number; }
     void operator()(const events::PartGiven& event) const { result.given.push_back(event.part); }
-    void operator()(const events::PartSent& event) const { result.parts.push_back(event.part); }
-    void operator()(const events::ProviderCalled& event) const { result.providerCalls.push_back(event.made); }
-    void operator()(const events::Breached& event) const { result.breaches.push_back(event.text); }
+    void operator()(const events::PartSent& event) const {
+        PartFacts& part = result.parts.emplace_back(event.part);
+        part.ownTicket = result.texts.Add(event.tickets.own);
+        part.newTicket = result.texts.Add(event.tickets.replacement);
+    }
+    void operator()(const events::ProviderCalled& event) const {
+        MadeCall& made = result.providerCalls.emplace_back(event.made);
+        made.base = result.texts.Add(std::exchange(made.call.base, std::nullopt));
+        made.delta = result.texts.Add(std::exchange(made.call.delta, std::nullopt));
+        made.output = result.texts.Add(std::exchange(made.call.output, std::nullopt));
+    }
+    void operator()(const events::Breached& event) const { result.breaches.push_back(Here(event)); }
     void operator()(const events::InputFailed& event) const { result.inputFailures.push_back(event.text); }
-    void operator()(const events::Found& event) const { result.findings.push_back(event.text); }
+    void operator()(const events::Found& event) const { result.findings.push_back(Here(event)); }
     void operator()(const events::Missed& event) const { result.missing.push_back(event.what); }
     void operator()(const events::Noted&) const {}
     void operator()(const events::Alive&) const {}
@@ -120,6 +136,15 @@ struct Applier {
         if (!result.crash) result.crash = event.crash;
     }
     void operator()(const events::Finished&) const {}
+
+    // With what the filter was at when it happened.
+    template <typename Complaint>
+    [[nodiscard]] Problem Here(const Complaint& event) const {
+        Problem problem{event.id, event.text};
+        if (!result.given.empty()) problem.part = result.given.back();
+        if (!result.underWay.empty()) problem.call = result.underWay.back();
+        return problem;
+    }
 };
 
 // As the program's source has it.
@@ -144,13 +169,16 @@ std::string FailedCallText(const prntvpt::ProviderCall& call) {
 void AddProviderLines(RunResult& result) {
     constexpr const char* kWho = "print ticket provider: ";
     for (const MadeCall& made : result.providerCalls) {
-        if (FAILED(made.call.result)) result.findings.push_back(kWho + FailedCallText(made.call));
+        if (SUCCEEDED(made.call.result)) continue;
+        result.findings.push_back(ProblemOf(Check::ProviderFailure, kWho + FailedCallText(made.call),
+                                            made.part, made.call.function));
     }
     if (!result.provider) return;
     for (const prntvpt::ProviderBreach& breach : result.provider->breaches) {
-        result.breaches.push_back(kWho + breach.stop + " " + breach.text);
+        result.breaches.push_back({breach.stop, kWho + breach.stop + " " + breach.text});
     }
-    for (const std::string& note : result.provider->notes) result.findings.push_back(kWho + note);
+    for (const std::string& note : result.provider->notes)
+        result.findings.push_back(ProblemOf(Check::ProviderNote, kWho + note));
 }
 
 // Whoever waits for the job learns of a failure by RequestShutdown alone.
@@ -198,14 +226,23 @@ std::string TextOf(const Crash& crash) {
 
 void Apply(const Event& event, RunResult& result) { std::visit(Applier{result}, event); }
 
-void Conclude(RunResult& result) {
+Problem ProblemOf(Check check, std::string text, std::string part, std::string call) {
+    return {std::string(common::FactsOf(check).id), std::move(text), std::move(part), std::move(call)};
+}
+
+void Conclude(RunResult& result, bool strict) {
     for (const PartFacts& part : result.parts) {
         if (part.page && part.page->malformed)
-            result.findings.push_back("page markup " + *part.page->malformed);
+            result.findings.push_back(ProblemOf(
+                Check::MalformedMarkup, "page markup " + *part.page->malformed, part.kind + " " + part.name));
     }
     AddProviderLines(result);
-    if (FailedSilently(result)) result.findings.push_back("the filter failed without a RequestShutdown");
+    if (FailedSilently(result)) {
+        result.findings.push_back(
+            ProblemOf(Check::SilentFailure, "the filter failed without a RequestShutdown"));
+    }
     result.status = std::max(result.status, StatusOf(result));
+    if (strict && !result.findings.empty()) result.status = std::max(result.status, RuleBroken);
 }
 
 }  // namespace devkit::filterhost

@@ -17,8 +17,10 @@ namespace events {
 // The document is open: what a filter will be given of it, and what the user's ticket says.
 struct Opened {
     std::size_t parts = 0;
+    std::size_t pages = 0;
     std::vector<std::string> findings;
     printschema::TicketFacts userTicket;
+    std::optional<std::string> userTicketText;
 };
 // A call of the filter begins ("StartOperation"), and has come back.
 struct CallBegun {
@@ -36,17 +38,21 @@ struct PartGiven {
 };
 struct PartSent {
     PartFacts part;
+    TicketTexts tickets;
 };
 struct ProviderCalled {
     MadeCall made;
 };
+// A rule is broken, by the id of its check.
 struct Breached {
+    std::string id;
     std::string text;
 };
 struct InputFailed {
     std::string text;
 };
 struct Found {
+    std::string id;
     std::string text;
 };
 // The filter asked for something that the job does not have ("property X").
@@ -107,7 +113,7 @@ using EventSink = std::function<void(const Event&)>;
 void Apply(const Event& event, RunResult& result);
 
 // After the last event: brings the print ticket provider's breaches and failures into the lists, and sets the
-// status.
-void Conclude(RunResult& result);
+// status. When `strict`, a finding counts as a broken rule there.
+void Conclude(RunResult& result, bool strict = false);
 
 }  // namespace devkit::filterhost

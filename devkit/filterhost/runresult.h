@@ -9,12 +9,27 @@
 #include <string>
 #include <vector>
 
+#include "devkit/common/checks.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/pagefacts.h"
+#include "devkit/filterhost/texttable.h"
+#include "devkit/pipeline/filtercalls.h"
 #include "devkit/printschema/summary.h"
 #include "devkit/prntvpt/control/messages.h"
 
 namespace devkit::filterhost {
+
+// What one filter of a run answered.
+struct FilterEnd {
+    std::string name;
+    // Of InitializeFilter, StartOperation and ShutdownOperation; unset where one was not called, or has not
+    // come back.
+    std::optional<HRESULT> initialized;
+    std::optional<HRESULT> operation;
+    std::optional<HRESULT> shutdownOperation;
+    std::vector<HRESULT> shutdownCodes;  // RequestShutdown, in order
+    pipeline::CallCounts pipelineCalls;  // to the pipeline's objects
+};
 
 // How the filter's work ended, as the pipeline saw it; of a chain that of the filter that decided it.
 struct RunEnd {
@@ -27,6 +42,7 @@ struct RunEnd {
     bool cancelled = false;
     bool whole = false;                // the whole document came through
     std::optional<std::size_t> bytes;  // that came out, of a filter that writes a stream
+    std::vector<FilterEnd> filters;    // in their order
 };
 
 // How the process of a filter came to its end in the middle.
@@ -42,11 +58,27 @@ struct Crash {
 // In words: "the filter called abort; the last exception that it threw is std::runtime_error (no paper)".
 [[nodiscard]] std::string TextOf(const Crash& crash);
 
+// A breach or a finding.
+struct Problem {
+    std::string id{};  // of common::Check
+    std::string text{};
+    std::string part{};  // that the filter had in hand: "FixedPage /1.fpage"; empty for none
+    std::string call{};  // that was under way: "StartOperation"; empty for none
+
+    friend bool operator==(const Problem&, const Problem&) = default;
+};
+[[nodiscard]] Problem ProblemOf(common::Check check, std::string text, std::string part = {},
+                                std::string call = {});
+
 // A call of the print ticket provider, and what the filter had in hand when it made it ("FixedPage
 // /1.fpage").
 struct MadeCall {
-    prntvpt::ProviderCall call;
+    prntvpt::ProviderCall call;  // in a result without the tickets
     std::string part;
+    // In the texts of the result.
+    std::optional<TextId> base{};
+    std::optional<TextId> delta{};
+    std::optional<TextId> output{};
 };
 
 // Where the time of StartOperation of one filter went, in seconds. What threads of its own do is not in it,
@@ -78,14 +110,17 @@ struct RunResult {
     // Why the input cannot be read, the filter not be made, the output not be written; what never struck.
     std::vector<std::string> errors;
     std::size_t inputParts = 0;  // of a document that was opened: what a filter is given
+    std::size_t inputPages = 0;
     printschema::TicketFacts userTicket;
+    std::optional<TextId> userTicketText;
+    TextTable texts;                         // of tickets, where they are recorded
     unsigned asked = 0;                      // parts that the filter asked for
     std::vector<std::string> given;          // parts that it was given: "FixedPage /1.fpage"
     std::vector<std::string> underWay;       // calls of the filter that have not come back, the last one last
     std::vector<PartFacts> parts;            // in sending order
-    std::vector<std::string> breaches;       // of the pipeline's rules, then of the ticket provider's
+    std::vector<Problem> breaches;           // of the pipeline's rules, then of the ticket provider's
     std::vector<std::string> inputFailures;  // parts of the input that cannot be read
-    std::vector<std::string> findings;       // what is odd about the input or the pages, but breaks no rule
+    std::vector<Problem> findings;           // what is odd about the input or the pages, but breaks no rule
     std::vector<std::string> missing;        // what the filter asked for and the job does not have
     std::vector<MadeCall> providerCalls;
     std::optional<prntvpt::ProviderReport> provider;  // set when the run ended; without the calls

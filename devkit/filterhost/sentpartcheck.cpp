@@ -13,6 +13,7 @@
 namespace devkit::filterhost {
 namespace {
 
+using common::Check;
 using pipeline::Part;
 using pipeline::PartKind;
 using printschema::TicketProblem;
@@ -96,7 +97,7 @@ bool Names(const Needs& needs, const Part& page, const std::string& key) {
     });
 }
 
-void LookAtPage(Part& page, bool isRewritten, std::vector<std::string>& findings) {
+void LookAtPage(Part& page, bool isRewritten, std::vector<SentPartFinding>& findings) {
     const std::optional<Needs> after = ReadNeeds(*page.Read());
     if (!after) return;
     // Seldom wanted, and as long to read as the page.
@@ -105,18 +106,32 @@ void LookAtPage(Part& page, bool isRewritten, std::vector<std::string>& findings
     const std::string title = "the markup of " + page.Title();
     if (isRewritten && !(after->hasWidth && after->hasHeight)) {
         if (const std::string problem = SizeProblem(input(), *after); !problem.empty())
-            findings.push_back(title + " " + problem);
+            findings.push_back({Check::PageSize, title + " " + problem});
     }
     for (const std::string& reference : after->resources) {
         const std::string name = package::ResolveReference(page.Name(), reference);
         const std::string key = package::NameKey(name);
         if (IsRelated(page, key)) continue;
         if (IsAmong(page.deleted, key)) {
-            findings.push_back(title + " uses " + name + ", which the filter deleted from the page");
+            findings.push_back({Check::ResourceDeleted,
+                                title + " uses " + name + ", which the filter deleted from the page"});
         } else if (isRewritten && !Names(input(), page, key)) {
-            findings.push_back(title + " names " + name + ", which the page does not relate");
+            findings.push_back(
+                {Check::ResourceUnrelated, title + " names " + name + ", which the page does not relate"});
         }
     }
+}
+
+Check CheckOf(TicketProblem::Kind kind) {
+    switch (kind) {
+        case TicketProblem::Kind::NoTicket:
+            return Check::TicketFormat;
+        case TicketProblem::Kind::TwoPrefixes:
+            return Check::TicketTwoPrefixes;
+        case TicketProblem::Kind::BrokenRule:
+            break;
+    }
+    return Check::TicketRule;
 }
 
 std::string TextOf(const TicketProblem& problem) {
@@ -133,8 +148,8 @@ std::string TextOf(const TicketProblem& problem) {
 
 }  // namespace
 
-std::vector<std::string> SentPartCheck::Look(const pipeline::SentPart& part) {
-    std::vector<std::string> findings;
+std::vector<SentPartFinding> SentPartCheck::Look(const pipeline::SentPart& part) {
+    std::vector<SentPartFinding> findings;
     if (part.part == nullptr) return findings;
     LookAtTicket(*part.part, findings);
     const bool isRewritten = part.MarkupRewritten() || part.part->IsNew();
@@ -143,7 +158,7 @@ std::vector<std::string> SentPartCheck::Look(const pipeline::SentPart& part) {
     return findings;
 }
 
-void SentPartCheck::LookAtTicket(const Part& part, std::vector<std::string>& findings) {
+void SentPartCheck::LookAtTicket(const Part& part, std::vector<SentPartFinding>& findings) {
     if (part.ticket == nullptr || part.ticket == part.inputTicket || !part.ticket->IsNew()) return;
     const pipeline::Bytes ticket = part.ticket->Read();
     // One page after the other gets the same.
@@ -152,7 +167,8 @@ void SentPartCheck::LookAtTicket(const Part& part, std::vector<std::string>& fin
     for (const TicketProblem& problem : printschema::CheckTicket(*ticket)) {
         const std::string text = TextOf(problem);
         if (m_ticketProblems.insert(text).second)
-            findings.push_back("the print ticket " + part.ticket->Name() + " of " + part.Title() + text);
+            findings.push_back({CheckOf(problem.kind),
+                                "the print ticket " + part.ticket->Name() + " of " + part.Title() + text});
     }
 }
 

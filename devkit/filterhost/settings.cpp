@@ -33,7 +33,7 @@ namespace devkit::filterhost {
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterSettings, name, dll, clsid, input, output)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostSettings, filters, pipelineConfig, device, printer, userTicket,
                                    nsPrefix, teskType, driverProperties, providerSwitches, systemProvider,
-                                   pipelineSwitches, properties, driverValues, cancelAt)
+                                   pipelineSwitches, properties, driverValues, cancelAt, recordTickets)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Job, input, inputName, output, outputName)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, host, job)
 

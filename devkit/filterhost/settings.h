@@ -42,6 +42,7 @@ struct HostSettings {
     std::vector<std::string> properties;        // "NAME=TYPE:VALUE" of pipeline::ParseProperty
     std::vector<std::string> driverValues;      // the same, of the driver property bag
     unsigned cancelAt = 0;
+    bool recordTickets = false;  // for a report
 };
 
 // One input. Without an output nothing is written. The names are the paths as the caller gave them.
@@ -58,15 +59,29 @@ struct RunSettings {
     std::vector<Job> jobs;
     std::optional<std::filesystem::path> outputFolder;  // to be made
     std::optional<std::filesystem::path> json;
+    std::optional<std::filesystem::path> junit;
     bool quiet = false;
     bool verbose = false;
     bool inProcess = false;
+    bool strict = false;                // a finding is a failure
     unsigned parallel = 0;              // 0: one for each processor
     std::chrono::seconds timeout{300};  // without progress
 };
 
 struct InspectSettings {
     std::vector<std::filesystem::path> inputs;
+};
+
+struct DiffSettings {
+    std::filesystem::path before;
+    std::filesystem::path after;
+};
+
+struct DeviceSettings {
+    enum class Action { Check, Show };
+
+    Action action = Action::Check;
+    std::string device;  // a name of a model here, or a folder
 };
 
 // One job for a process of its own, as one line of JSON; and back, nlohmann::json::exception for what is

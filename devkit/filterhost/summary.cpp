@@ -23,26 +23,17 @@ std::string SizeText(const std::optional<PageSize>& page) {
     return page ? common::NumberText(page->width) + " x " + common::NumberText(page->height) : "unknown size";
 }
 
-std::string PageLine(std::size_t number, const PartFacts& part, const printschema::TicketFacts& effective) {
-    const PageFacts& page = *part.page;
-    std::string line = "  page " + std::to_string(number) + " " + part.name + ": " + SizeText(page.before);
-    if (page.rewritten) line += " -> " + SizeText(page.after);
-    line += ", feed " + effective.feedDirection.value_or("unset");
-    line += page.turned ? ", turned" : page.rewritten ? ", rewritten, not turned" : ", not turned";
-    const bool isOwn = page.ticketReplaced && part.ticketAfter;
-    line += ", sheet " + (isOwn ? page.newTicket : effective).mediaSize.value_or("unset");
-    if (!page.ticketReplaced) return line + ", ticket kept\n";
-    return line + (isOwn ? ", new ticket " + *part.ticketAfter : ", ticket removed") + "\n";
-}
-
 std::string PageLines(const RunResult& result) {
-    const std::vector<printschema::TicketFacts> tickets = EffectiveTickets(result);
+    const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
     std::string lines;
     std::size_t number = 0;
-    for (const PartFacts& part : result.parts) {
+    for (std::size_t i = 0; i < result.parts.size(); ++i) {
+        const PartFacts& part = result.parts[i];
         if (part.kind != "FixedPage") continue;
-        if (part.page) lines += PageLine(number + 1, part, tickets[number]);
         ++number;
+        if (!part.page) continue;
+        lines += "  page " + std::to_string(number) + " " + part.name + ": " +
+                 DecisionText(part, tickets[i].facts) + "\n";
     }
     return lines;
 }
@@ -177,11 +168,23 @@ std::string FailureLine(const RunResult& result) {
 
 }  // namespace
 
+std::string DecisionText(const PartFacts& part, const printschema::TicketFacts& effective) {
+    const PageFacts& page = *part.page;
+    std::string text = SizeText(page.before);
+    if (page.rewritten) text += " -> " + SizeText(page.after);
+    text += ", feed " + effective.feedDirection.value_or("unset");
+    text += page.turned ? ", turned" : page.rewritten ? ", rewritten, not turned" : ", not turned";
+    const bool isOwn = page.ticketReplaced && part.ticketAfter;
+    text += ", sheet " + (isOwn ? page.newTicket : effective).mediaSize.value_or("unset");
+    if (!page.ticketReplaced) return text + ", ticket kept";
+    return text + (isOwn ? ", new ticket " + *part.ticketAfter : ", ticket removed");
+}
+
 std::string WriteSummary(const RunResult& result) {
     std::string text = RunLine(result) + PageLines(result) + PartsLine(result);
     if (result.provider) text += ProviderLine(result);
     if (!result.missing.empty()) text += "  asked for, but not there: " + Some(result.missing) + "\n";
-    for (const std::string& finding : result.findings) text += "  finding: " + finding + "\n";
+    for (const Problem& finding : result.findings) text += "  finding: " + finding.text + "\n";
     if (result.times) text += TimeLine(*result.times);
     return text;
 }
@@ -199,7 +202,7 @@ std::vector<std::string> WriteProblems(const RunResult& result) {
             if (FAILED(code)) add("the filter succeeded, but called RequestShutdown with " + Describe(code));
         }
     }
-    for (const std::string& breach : result.breaches) add("breach: " + breach);
+    for (const Problem& breach : result.breaches) add("breach: " + breach.text);
     return lines;
 }
 

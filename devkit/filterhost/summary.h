@@ -11,6 +11,10 @@ namespace devkit::filterhost {
 // provider saw, and the findings. Without the problems.
 [[nodiscard]] std::string WriteSummary(const RunResult& result);
 
+// What was decided for a FixedPage: its size before and after, the feed direction and the sheet that hold for
+// it, and what became of its ticket.
+[[nodiscard]] std::string DecisionText(const PartFacts& part, const printschema::TicketFacts& effective);
+
 // What went wrong, a line each without line break: an unreadable input, the filter's failure, each breach.
 [[nodiscard]] std::vector<std::string> WriteProblems(const RunResult& result);
 

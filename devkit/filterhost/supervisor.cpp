@@ -93,7 +93,7 @@ class Supervisor {
             Apply(events::Failed{std::string("a process cannot be started: ") + error.what(), FilterFailed},
                   result);
         }
-        Conclude(result);
+        Conclude(result, m_settings.strict);
         return result;
     }
 
@@ -132,7 +132,9 @@ class Supervisor {
             Apply(event, result);
         } catch (const std::exception&) {
             // A filter that writes to a handle that is not its own.
-            Apply(events::Found{"something else than the host wrote to the host's pipe"}, result);
+            Apply(events::Found{std::string(common::FactsOf(common::Check::ForeignOutput).id),
+                                "something else than the host wrote to the host's pipe"},
+                  result);
         }
         return false;
     }

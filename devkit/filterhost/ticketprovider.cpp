@@ -82,10 +82,10 @@ void TicketProvider::Configure(bool recordTickets) {
     m_simulated->Configure(m_settings);
 }
 
-void TicketProvider::BeginRun(HANDLE userToken, std::size_t pages,
+void TicketProvider::BeginRun(HANDLE userToken, bool recordsTickets,
                               prntvpt::SimulatedProvider::Listener listener) {
     if (!m_simulated) return;
-    Configure(pages <= kMaxRecordedPages);
+    Configure(recordsTickets);
     m_simulated->ExpectToken(userToken);
     m_simulated->Listen(std::move(listener));
 }

@@ -32,8 +32,6 @@ class PrinterHandle {
 // system's own. Make it before the filter is loaded.
 class TicketProvider {
   public:
-    static constexpr std::size_t kMaxRecordedPages = 2000;
-
     // Throws UsageError when the settings make no sense.
     explicit TicketProvider(const HostSettings& settings);
 
@@ -41,12 +39,11 @@ class TicketProvider {
     // The default print ticket of the device model.
     [[nodiscard]] const std::string& DefaultTicket() const noexcept { return m_defaultTicket; }
 
-    // A run over so many pages begins, with that token as its user's. The simulated provider tells `listener`
-    // of each call when it ends, on the thread of the call. The texts of tickets are not kept in a run of
-    // more than kMaxRecordedPages pages: the report would grow with each.
-    void BeginRun(HANDLE userToken, std::size_t pages, prntvpt::SimulatedProvider::Listener listener);
-    // The run is over, and nobody listens any longer. What the simulated provider saw beside the calls;
-    // nothing for the system's, nor when the run was `abandoned` and the filter may still be at it.
+    // A run begins, with that token as its user's. The simulated provider tells `listener` of each call when
+    // it ends, on the thread of the call, with the texts of the tickets when they are to be recorded.
+    void BeginRun(HANDLE userToken, bool recordsTickets, prntvpt::SimulatedProvider::Listener listener);
+    // The run is over, and nobody listens any longer. What the simulated provider saw beside the
+    // calls; nothing for the system's, nor when the run was `abandoned` and the filter may still be at it.
     [[nodiscard]] std::optional<prntvpt::ProviderReport> EndRun(bool abandoned);
 
   private:

@@ -119,7 +119,8 @@ HRESULT DocumentConsumer::CloseSender() {
         const bool closedBefore = std::exchange(m_closed, true);
         if (const HRESULT hr = Context().Calls().Enter("IXpsDocumentConsumer::CloseSender"); FAILED(hr))
             return hr;
-        if (closedBefore && !Context().IsCancelled()) return Context().Breach("CloseSender was called twice");
+        if (closedBefore && !Context().IsCancelled())
+            return Context().Breach(Check::SenderOnce, "CloseSender was called twice");
         // The next filter learns of the end when this one has ended well; after a failure it is cut off.
         return S_OK;
     });
@@ -136,11 +137,13 @@ HRESULT DocumentConsumer::GetNewEmptyPart(const wchar_t* uri, REFIID iid, void**
         if (FAILED(planned)) return planned;
         if (const HRESULT hr = CheckOpen("GetNewEmptyPart of " + name); FAILED(hr)) return hr;
         if (uri == nullptr || ppNewPart == nullptr || ppWriteStream == nullptr) {
-            return Context().Breach("GetNewEmptyPart was called with a null pointer", E_POINTER);
+            return Context().Breach(Check::NullArgument, "GetNewEmptyPart was called with a null pointer",
+                                    E_POINTER);
         }
         const PartKind kind = CreatableKindOf(iid);
         if (kind == PartKind::Unknown) {
-            return Context().Breach("GetNewEmptyPart of " + name + " asks for " + common::TextOf(iid) +
+            return Context().Breach(Check::NewKind,
+                                    "GetNewEmptyPart of " + name + " asks for " + common::TextOf(iid) +
                                         ", which is not the interface of a part that it makes",
                                     E_NOINTERFACE);
         }
@@ -176,12 +179,13 @@ HRESULT DocumentConsumer::Take(const char* method, PartKind kind, IUnknown* pObj
                                                     part == nullptr ? std::string() : part->Name());
     if (FAILED(planned)) return planned;
     if (pObject == nullptr) {
-        return Context().Breach(std::string(method) + " was called with a null pointer", E_POINTER);
+        return Context().Breach(Check::NullArgument, std::string(method) + " was called with a null pointer",
+                                E_POINTER);
     }
     if (const HRESULT hr = CheckOpen(std::string(method) + " of " + title); FAILED(hr)) return hr;
     if (kind == PartKind::Unknown ? part != nullptr && HasSendMethod(part->Kind())
                                   : part == nullptr || part->Kind() != kind) {
-        return Context().Breach(std::string(method) + " was given " + title, E_INVALIDARG);
+        return Context().Breach(Check::Kind, std::string(method) + " was given " + title, E_INVALIDARG);
     }
     if (part == nullptr) {
         // The next filter holds its own reference, if there is one.
@@ -190,7 +194,7 @@ HRESULT DocumentConsumer::Take(const char* method, PartKind kind, IUnknown* pObj
         Context().Observer()->PartSent(m_sent.back());
         return S_OK;
     }
-    if (part->sent) return Context().Breach(part->Title() + " was sent twice");
+    if (part->sent) return Context().Breach(Check::SentOnce, part->Title() + " was sent twice");
     if (const HRESULT hr = CheckOrder(kind, title); FAILED(hr)) return hr;
     if (const HRESULT hr = CheckWhole(*part); FAILED(hr)) return hr;
     Record(kind, part);
@@ -199,24 +203,29 @@ HRESULT DocumentConsumer::Take(const char* method, PartKind kind, IUnknown* pObj
 
 HRESULT DocumentConsumer::CheckOpen(const std::string& what) {
     if (Context().IsCancelled()) return kJobCancelled;
-    return m_closed ? Context().Breach(what + " came after CloseSender") : S_OK;
+    return m_closed ? Context().Breach(Check::AfterClose, what + " came after CloseSender") : S_OK;
 }
 
 HRESULT DocumentConsumer::CheckOrder(PartKind kind, const std::string& title) {
     switch (kind) {
         case PartKind::XpsDocument:
-            return m_counts.documents == 0 ? S_OK : Context().Breach("a second XpsDocument was sent");
+            return m_counts.documents == 0
+                       ? S_OK
+                       : Context().Breach(Check::OneDocument, "a second XpsDocument was sent");
         case PartKind::FixedDocumentSequence:
-            if (m_counts.documents == 0) return Context().Breach(title + " was sent before the XpsDocument");
-            return m_counts.sequences == 0 ? S_OK
-                                           : Context().Breach("a second FixedDocumentSequence was sent");
+            if (m_counts.documents == 0)
+                return Context().Breach(Check::OrderDocument, title + " was sent before the XpsDocument");
+            return m_counts.sequences == 0
+                       ? S_OK
+                       : Context().Breach(Check::OneSequence, "a second FixedDocumentSequence was sent");
         case PartKind::FixedDocument:
             return m_counts.sequences == 0
-                       ? Context().Breach(title + " was sent before the FixedDocumentSequence")
+                       ? Context().Breach(Check::OrderSequence,
+                                          title + " was sent before the FixedDocumentSequence")
                        : S_OK;
         case PartKind::FixedPage:
             return m_counts.fixedDocuments == 0
-                       ? Context().Breach(title + " was sent before any FixedDocument")
+                       ? Context().Breach(Check::OrderPage, title + " was sent before any FixedDocument")
                        : S_OK;
         default:
             return S_OK;
@@ -225,7 +234,8 @@ HRESULT DocumentConsumer::CheckOrder(PartKind kind, const std::string& title) {
 
 HRESULT DocumentConsumer::CheckWhole(Part& part) {
     if (part.IsBeingWritten())
-        return Context().Breach(part.Title() + " was sent while its write stream is open");
+        return Context().Breach(Check::OpenWhenSent,
+                                part.Title() + " was sent while its write stream is open");
     return S_OK;
 }
 

@@ -89,6 +89,11 @@ unsigned FilterCalls::Count(std::string_view method) const {
     return count == m_counts.end() ? 0 : count->second;
 }
 
+CallCounts FilterCalls::Counts() const {
+    const std::lock_guard guard(m_lock);
+    return m_counts;
+}
+
 std::vector<std::string> FilterCalls::UnstruckFaults() const {
     const std::lock_guard guard(m_lock);
     std::vector<std::string> texts;

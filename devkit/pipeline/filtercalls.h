@@ -22,6 +22,9 @@ struct Fault {
     bool onwards = false;
 };
 
+// How often each method was called, as "Interface::Method".
+using CallCounts = std::map<std::string, unsigned, std::less<>>;
+
 // Counts the calls that a filter makes to the kit's objects, fails those that a test wants failed, and keeps
 // the calls as text when asked to. Any thread may call.
 class FilterCalls {
@@ -40,6 +43,7 @@ class FilterCalls {
 
     // How often the method (as "Interface::Method") was called; all calls together for an empty name.
     [[nodiscard]] unsigned Count(std::string_view method) const;
+    [[nodiscard]] CallCounts Counts() const;
     // The faults that have not struck, as the switch that plans them says it: "GetXpsPart@9=0x80004005
     // E_FAIL".
     [[nodiscard]] std::vector<std::string> UnstruckFaults() const;
@@ -62,7 +66,7 @@ class FilterCalls {
     std::vector<Planned> m_faults;
     bool m_keepText;
     bool m_hasPlannedQuery = false;
-    std::map<std::string, unsigned, std::less<>> m_counts;
+    CallCounts m_counts;
     unsigned m_total = 0;
     std::vector<std::string> m_text;
 };

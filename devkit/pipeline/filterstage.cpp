@@ -186,6 +186,7 @@ void FilterStage::Join() {
     m_outcome.hung = !IsOver();
     m_outcome.threadEnded = m_threadEnded || m_shutdownEnded;
     if (m_threadEnded) m_outcome.result = E_UNEXPECTED;
+    m_outcome.operation = m_result;
     if (m_result) m_outcome.result = *m_result;
     LetGo(m_pipelineThread, m_result || m_threadEnded);
     LetGo(m_shutdownThread, m_shutdownOperation || m_shutdownEnded);
@@ -201,6 +202,7 @@ void FilterStage::Report() {
     m_outcome.inputFailures = m_context->InputFailures();
     m_outcome.storageFailure = m_context->StorageFailure();
     m_outcome.calls = m_context->Calls().Text();
+    m_outcome.callCounts = m_context->Calls().Counts();
     m_outcome.missing = m_context->MissingThings();
     if (m_progress) m_outcome.progress = m_progress->Counts();
     m_outcome.times = m_context->Clock().Times();
@@ -216,21 +218,24 @@ void FilterStage::ReportBreaches() {
             return part.kind == PartKind::FixedDocumentSequence;
         });
     if (m_outcome.hung && m_outcome.shutdownOperation) {
-        m_context->Breach("StartOperation did not return within " + limit + " of ShutdownOperation");
+        m_context->Breach(Check::HangOperation,
+                          "StartOperation did not return within " + limit + " of ShutdownOperation");
     } else if (m_outcome.hung) {
-        m_context->Breach("ShutdownOperation did not return within " + limit + " of its call");
+        m_context->Breach(Check::HangShutdown,
+                          "ShutdownOperation did not return within " + limit + " of its call");
     } else if (m_started && !m_threadEnded && m_consumer && m_communicator->WriterGiven() &&
                !m_outcome.senderClosed) {
-        m_context->Breach("CloseSender was never called");
+        m_context->Breach(Check::SenderOpen, "CloseSender was never called");
     } else if (SUCCEEDED(m_outcome.result) && !m_outcome.cancelled && isWithoutSequence) {
-        m_context->Breach("the filter succeeded without having sent the FixedDocumentSequence");
+        m_context->Breach(Check::SequenceMissing,
+                          "the filter succeeded without having sent the FixedDocumentSequence");
     }
 }
 
 void FilterStage::ReportFindings() {
     if (FAILED(m_outcome.result) || m_outcome.cancelled || !m_consumer) return;
     for (const std::string& part : m_consumer->Unattached())
-        m_context->Found("the filter made " + part + " and neither attached nor sent it");
+        m_context->Found(Check::UnusedPart, "the filter made " + part + " and neither attached nor sent it");
 }
 
 std::vector<std::string> FilterStage::UnusedSwitches() const {
@@ -247,8 +252,9 @@ void FilterStage::Release() {
     if (m_consumer) m_consumer->ReleaseForeignParts();
     const ULONG references = ReferencesTo(*m_filter.Get());
     if (references != 1) {
-        m_context->Breach("the filter is still referenced " + std::to_string(references - 1) +
-                          " times beside the host's own reference");
+        m_context->Breach(Check::FilterLeak, "the filter is still referenced " +
+                                                 std::to_string(references - 1) +
+                                                 " times beside the host's own reference");
     }
     m_context->Used("last-release");
     if (m_options.lastRelease == LastRelease::OtherThread) {
@@ -266,21 +272,22 @@ void FilterStage::Release() {
 
 void FilterStage::LookForLeftovers() {
     if (m_outcome.IsAbandoned()) return;
-    for (const std::string& object : m_context->LiveObjects()) m_context->Breach("never released: " + object);
+    for (const std::string& object : m_context->LiveObjects())
+        m_context->Breach(Check::Leak, "never released: " + object);
     const auto& userToken = m_options.properties.userToken;
     if (userToken != nullptr && !userToken->IsOpen())
-        m_context->Breach("the filter closed the handle of UserSecurityToken");
+        m_context->Breach(Check::Token, "the filter closed the handle of UserSecurityToken");
     if (const std::size_t threads = m_source->ThreadsLeft(); threads != 0) {
-        m_context->Breach(common::Counted(threads, "thread") +
-                          " of the filter's own ran on after its last release");
+        m_context->Breach(Check::ThreadLeft, common::Counted(threads, "thread") +
+                                                 " of the filter's own ran on after its last release");
     }
     const HRESULT canUnload = m_source->CanUnloadNow();
     if (canUnload != S_OK) {
-        m_context->Breach("DllCanUnloadNow answers " + common::Describe(canUnload) +
-                          " after the last release");
+        m_context->Breach(Check::ModuleLeak, "DllCanUnloadNow answers " + common::Describe(canUnload) +
+                                                 " after the last release");
     }
     if (FAILED(m_outcome.result) || m_outcome.cancelled) return;
-    for (const std::string& stream : m_context->LeftOpen()) m_context->Breach(stream);
+    for (const std::string& stream : m_context->LeftOpen()) m_context->Breach(Check::StreamLeft, stream);
 }
 
 RunOutcome FilterStage::TakeOutcome() {

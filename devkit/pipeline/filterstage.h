@@ -36,6 +36,7 @@ struct RunOutcome {
     DataKind output = DataKind::Xps;
     HRESULT initialized = E_PENDING;     // InitializeFilter; StartOperation is not called when it failed
     HRESULT result = E_PENDING;          // StartOperation, or what stopped the run before it
+    std::optional<HRESULT> operation;    // what StartOperation answered, when it came back
     std::vector<HRESULT> shutdownCodes;  // RequestShutdown, in order
     unsigned asked = 0;                  // how often the filter asked for a part
     unsigned finishedCount = 0;          // FilterFinished
@@ -52,6 +53,7 @@ struct RunOutcome {
                   // of the caller
     std::string lastPart;               // what the filter was given last: "FixedPage /1.fpage"
     std::vector<std::string> calls;     // when the behaviour keeps them
+    CallCounts callCounts;              // of the filter to the pipeline's objects
     std::vector<std::string> missing;   // what the filter asked for and the job does not have: "property X"
     ProgressCounts progress;            // what the filter reported
     std::vector<std::string> findings;  // what is odd, but breaks no rule

@@ -89,8 +89,8 @@ HRESULT FixedPageObject::GetWriteStream(IPrintWriteStream** ppWriteStream) {
         if (const HRESULT hr = CheckNotSent("GetWriteStream"); FAILED(hr)) return hr;
         std::shared_ptr<Writing> writing = m_part->BeginWriting();
         if (writing == nullptr) {
-            return Context().Breach("GetWriteStream of " + m_part->Title() +
-                                    " came while another write stream is open");
+            return Context().Breach(Check::TwoWriters, "GetWriteStream of " + m_part->Title() +
+                                                           " came while another write stream is open");
         }
         *ppWriteStream =
             MakeObject<WriteStream>(SharedContext(), m_part->Name(), std::move(writing)).Detach();
@@ -112,12 +112,13 @@ HRESULT FixedPageObject::SetPagePart(IUnknown* pPart) {
         const PartPtr part = PartOf(pPart);
         if (part == nullptr || !IsPagePart(part->Kind())) {
             return Context().Breach(
+                Check::ForeignPart,
                 "SetPagePart was given an object that is not one of the pipeline's parts of a page",
                 E_INVALIDARG);
         }
         if (part->IsBeingWritten()) {
-            return Context().Breach("SetPagePart was given " + part->Title() +
-                                    " while its write stream is open");
+            return Context().Breach(Check::OpenWhenAttached, "SetPagePart was given " + part->Title() +
+                                                                 " while its write stream is open");
         }
         part->attached = true;
         const auto place = FindByName(m_part->resources, part->Name());
@@ -144,6 +145,7 @@ HRESULT FixedPageObject::DeleteResource(const wchar_t* uri) {
         const auto place = FindByName(m_part->resources, name);
         if (place == m_part->resources.end()) {
             return Context().Breach(
+                Check::NoResource,
                 "DeleteResource of " + m_part->Title() + " names " + name + ", which the page does not have",
                 E_ELEMENT_NOT_FOUND);
         }

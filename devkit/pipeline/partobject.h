@@ -62,8 +62,9 @@ class PartObject : public ComObject<Interfaces..., IKitPart> {
 
     // Whether the part may still be changed; the failure otherwise, with the breach recorded.
     HRESULT CheckNotSent(const char* method) {
-        return m_part->sent ? this->Context().Breach(std::string(method) + " changes " + m_part->Title() +
-                                                     ", which was already sent")
+        return m_part->sent ? this->Context().Breach(Check::ChangedAfterSend,
+                                                     std::string(method) + " changes " + m_part->Title() +
+                                                         ", which was already sent")
                             : S_OK;
     }
 

@@ -27,7 +27,8 @@ HRESULT PipelineControl::RequestShutdown(HRESULT reason, IImgErrorInfo* pErrorIn
             Context().Calls().Enter("IPrintPipelineManagerControl::RequestShutdown", common::HexOf(reason));
         if (FAILED(hr)) return hr;
         if (pErrorInfo != nullptr) {
-            return Context().Breach("RequestShutdown was called with an error info object", E_INVALIDARG);
+            return Context().Breach(Check::ErrorInfo, "RequestShutdown was called with an error info object",
+                                    E_INVALIDARG);
         }
         return S_OK;
     });

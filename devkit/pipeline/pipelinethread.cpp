@@ -53,7 +53,8 @@ HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context, boo
         const std::shared_ptr<void> company = setUp == nullptr ? nullptr : setUp();
         const ApartmentWatch watch(
             [&context] {
-                context.Breach("CoUninitialize came without its CoInitializeEx in StartOperation");
+                context.Breach(Check::Uninitialize,
+                               "CoUninitialize came without its CoInitializeEx in StartOperation");
             },
             onApartmentEntered);
         const Standing before = Standing::Now();
@@ -62,14 +63,15 @@ HRESULT RunPipelineThread(IPrintPipelineFilter& filter, RunContext& context, boo
             return filter.StartOperation();
         });
         if (Standing::Now() != before)
-            context.Breach("StartOperation left its thread in another COM apartment");
+            context.Breach(Check::Apartment, "StartOperation left its thread in another COM apartment");
         if (IsImpersonating()) {
-            context.Breach("StartOperation left its thread impersonating");
+            context.Breach(Check::Impersonating, "StartOperation left its thread impersonating");
             RevertToSelf();
         }
         return hr;
     } catch (const std::exception& error) {
-        return context.Breach(std::string("the pipeline thread could not be set up: ") + error.what(),
+        return context.Breach(Check::ThreadSetup,
+                              std::string("the pipeline thread could not be set up: ") + error.what(),
                               E_FAIL);
     }
 }

@@ -21,7 +21,7 @@ template <typename Body>
     try {
         result = std::forward<Body>(body)();
     } catch (...) {
-        result = context.Breach(std::string("an exception left ") + method, E_UNEXPECTED);
+        result = context.Breach(Check::Exception, std::string("an exception left ") + method, E_UNEXPECTED);
     }
     context.Observer()->CallEnds(method);
     return result;

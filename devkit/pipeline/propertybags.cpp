@@ -77,7 +77,8 @@ HRESULT PropertyBag::Store(std::wstring_view name, const VARIANT& value, bool is
     *entry.value.Put() = copy;
     const bool wasPipelines = std::exchange(entry.isPipelines, isPipelines);
     if (wasPipelines && !isPipelines)
-        Context().Found("AddProperty replaces " + platform::ToUtf8(name) + ", which is the pipeline's");
+        Context().Found(Check::PropertyReplaced,
+                        "AddProperty replaces " + platform::ToUtf8(name) + ", which is the pipeline's");
     return S_OK;
 }
 
@@ -106,7 +107,8 @@ BOOL PropertyBag::DeleteProperty(const wchar_t* name) {
     const auto found = m_values.find(std::wstring_view(name));
     if (found == m_values.end()) return FALSE;
     if (found->second.isPipelines && found->first != L"ProgressReport")
-        Context().Found("DeleteProperty removes " + platform::ToUtf8(name) + ", which is the pipeline's");
+        Context().Found(Check::PropertyRemoved,
+                        "DeleteProperty removes " + platform::ToUtf8(name) + ", which is the pipeline's");
     m_values.erase(found);
     return TRUE;
 }

@@ -63,6 +63,7 @@ HRESULT FontObject::SetFontOptions(EXpsFontOptions options) {
         m_part->SetContentType(std::string(m_part->obfuscate ? kObfuscatedFont : kPlainFont));
         if (!m_part->obfuscate || IsNamedByGuid(m_part->Name())) return S_OK;
         return Context().Breach(
+            Check::FontName,
             "SetFontOptions obfuscates " + m_part->Title() + ", whose name holds no GUID to do it with",
             S_OK);
     });
@@ -114,13 +115,15 @@ HRESULT AttachTicket(RunContext& context, Part& target, IPartPrintTicket* pPrint
     if (pPrintTicket == nullptr) return E_POINTER;
     const PartPtr ticket = PartOf(pPrintTicket);
     if (ticket == nullptr || ticket->Kind() != PartKind::PrintTicket) {
-        return context.Breach("SetPrintTicket of " + target.Title() +
+        return context.Breach(Check::ForeignTicket,
+                              "SetPrintTicket of " + target.Title() +
                                   " was given an object that is not one of the pipeline's print tickets",
                               E_INVALIDARG);
     }
     if (ticket->IsBeingWritten()) {
-        return context.Breach("SetPrintTicket of " + target.Title() + " was given " + ticket->Title() +
-                              " while its write stream is open");
+        return context.Breach(Check::OpenWhenAttached, "SetPrintTicket of " + target.Title() + " was given " +
+                                                           ticket->Title() +
+                                                           " while its write stream is open");
     }
     target.ticket = ticket;
     ticket->attached = true;

@@ -29,8 +29,8 @@ FilterCalls& RunContext::Calls() {
     return m_calls;
 }
 
-HRESULT RunContext::Breach(std::string text, HRESULT code) {
-    Observer()->Breached(text);
+HRESULT RunContext::Breach(Check check, std::string text, HRESULT code) {
+    Observer()->Breached(check, text);
     m_breaches.Add(std::move(text));
     return code;
 }
@@ -66,8 +66,8 @@ std::vector<std::string> RunContext::MissingThings() const {
     return m_missing;
 }
 
-void RunContext::Found(std::string text) {
-    Observer()->Found(text);
+void RunContext::Found(Check check, std::string text) {
+    Observer()->Found(check, text);
     m_findings.Add(std::move(text));
 }
 
@@ -118,7 +118,7 @@ LiveObject::~LiveObject() {
     const std::lock_guard guard(m_context->m_liveLock);
     m_context->m_live.erase(m_serial);
     NameTheDead(this, std::move(m_description), [context = std::weak_ptr(m_context)](std::string text) {
-        if (const auto alive = context.lock()) alive->Breach(std::move(text));
+        if (const auto alive = context.lock()) alive->Breach(Check::OverRelease, std::move(text));
     });
 }
 

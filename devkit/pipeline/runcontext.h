@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "devkit/common/bytestore.h"
+#include "devkit/common/checks.h"
 #include "devkit/common/countedobject.h"
 #include "devkit/common/error.h"
 #include "devkit/pipeline/behaviour.h"
@@ -24,6 +25,8 @@
 #include "platform/comobject.h"
 
 namespace devkit::pipeline {
+
+using common::Check;
 
 // The rules of the pipeline that a filter broke, one line of text each, in the order of their finding.
 // Any thread may add.
@@ -73,7 +76,7 @@ class RunContext {
     [[nodiscard]] OperationClock& Clock() noexcept { return m_clock; }
 
     // Records a breach and gives the code that the offending call answers.
-    HRESULT Breach(std::string text, HRESULT code = kCallOutOfOrder);
+    HRESULT Breach(Check check, std::string text, HRESULT code = kCallOutOfOrder);
 
     // A write stream that was let go without Close: a breach when the job succeeds, and what a failure leaves
     // behind when it does not.
@@ -95,7 +98,7 @@ class RunContext {
     [[nodiscard]] std::vector<std::string> MissingThings() const;
 
     // What is odd about what the filter did, but breaks no rule.
-    void Found(std::string text);
+    void Found(Check check, std::string text);
     [[nodiscard]] std::vector<std::string> Findings() const;
 
     // A switch of the run ("short-reads") made a difference, or came to the place where it could.

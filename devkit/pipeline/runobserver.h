@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "devkit/common/checks.h"
+
 namespace devkit::pipeline {
 
 struct SentPart;
@@ -21,9 +23,9 @@ class RunObserver {
     virtual void PartGiven(const std::string&) {}
     // A part that was accepted, as it stands.
     virtual void PartSent(const SentPart&) {}
-    virtual void Breached(const std::string&) {}
+    virtual void Breached(common::Check, const std::string&) {}
     // What is odd, but breaks no rule.
-    virtual void Found(const std::string&) {}
+    virtual void Found(common::Check, const std::string&) {}
     // A part of the input cannot be read.
     virtual void InputFailed(const std::string&) {}
     // Any call of the filter to the pipeline's objects.

@@ -67,7 +67,8 @@ HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOO
     if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::ReadBytes", m_name); FAILED(hr))
         return hr;
     if (pBuffer == nullptr || pcbRead == nullptr || pEndOfFile == nullptr) {
-        return Context().Breach("ReadBytes of " + m_name + " was called with a null pointer", E_POINTER);
+        return Context().Breach(Check::NullArgument,
+                                "ReadBytes of " + m_name + " was called with a null pointer", E_POINTER);
     }
     const Behaviour& behaviour = Context().GetBehaviour();
     const ULONG most = behaviour.maxBytesPerRead;
@@ -97,8 +98,9 @@ HRESULT ReadStreamFactory::GetStream(IPrintReadStream** ppStream) {
             return hr;
         }
         if (m_available == Available::AfterInitialize && Context().IsInitializing()) {
-            return Context().Breach("GetStream of " + m_name +
-                                    " was called in InitializeFilter, where it never returns");
+            return Context().Breach(
+                Check::JobTicketEarly,
+                "GetStream of " + m_name + " was called in InitializeFilter, where it never returns");
         }
         *ppStream = MakeObject<ReadStream>(SharedContext(), m_name, m_bytes).Detach();
         return S_OK;
@@ -121,9 +123,11 @@ HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten
         if (const HRESULT hr = Context().Calls().Enter("IPrintWriteStream::WriteBytes", m_name); FAILED(hr))
             return hr;
         if (pBuffer == nullptr || pcbWritten == nullptr) {
-            return Context().Breach("WriteBytes of " + m_name + " was called with a null pointer", E_POINTER);
+            return Context().Breach(Check::NullArgument,
+                                    "WriteBytes of " + m_name + " was called with a null pointer", E_POINTER);
         }
-        if (m_target->IsClosed()) return Context().Breach("WriteBytes of " + m_name + " came after Close");
+        if (m_target->IsClosed())
+            return Context().Breach(Check::WriteAfterClose, "WriteBytes of " + m_name + " came after Close");
         const ULONG most = Context().GetBehaviour().maxBytesPerWrite;
         const ULONG count = most == 0 ? cb : std::min(cb, most);
         if (most == 0 || most < cb) Context().Used("short-writes");
@@ -137,7 +141,8 @@ void WriteStream::Close() {
     static_cast<void>(Answer([&]() -> HRESULT {
         Context().Calls().Note("IPrintWriteStream::Close", m_name);
         if (m_target->IsClosed())
-            return Context().Breach("the write stream of " + m_name + " was closed twice");
+            return Context().Breach(Check::StreamTwice,
+                                    "the write stream of " + m_name + " was closed twice");
         m_target->Close();
         return S_OK;
     }));

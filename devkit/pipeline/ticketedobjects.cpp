@@ -19,12 +19,13 @@ HRESULT XpsDocumentObject::SetThumbnail(IPartThumbnail* pThumbnail) {
         const PartPtr thumbnail = PartOf(pThumbnail);
         if (thumbnail == nullptr || thumbnail->Kind() != PartKind::Thumbnail) {
             return Context().Breach(
+                Check::ForeignThumbnail,
                 "SetThumbnail was given an object that is not one of the pipeline's thumbnails",
                 E_INVALIDARG);
         }
         if (thumbnail->IsBeingWritten()) {
-            return Context().Breach("SetThumbnail was given " + thumbnail->Title() +
-                                    " while its write stream is open");
+            return Context().Breach(Check::OpenWhenAttached, "SetThumbnail was given " + thumbnail->Title() +
+                                                                 " while its write stream is open");
         }
         m_part->thumbnail = thumbnail;
         thumbnail->attached = true;

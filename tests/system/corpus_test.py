@@ -80,7 +80,7 @@ def compare_markup(before, after, page, findings):
     if new != expected:
         complaints.append(first_difference(expected, new))
     # Unbound prefixes are errors to this parser too.
-    named = any(page["uri"] in text and "well-formed" in text for text in findings)
+    named = any(page["uri"] in finding["text"] and "well-formed" in finding["text"] for finding in findings)
     if is_well_formed(after, page["uri"]) == named:
         complaints.append("well-formed or not, the findings say otherwise")
     return complaints

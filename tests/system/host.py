@@ -47,7 +47,7 @@ class Host:
             reports = []
             if os.path.exists(report):
                 with open(report, encoding="utf-8") as file:
-                    reports = json.load(file)
+                    reports = json.load(file)["inputs"]
             return done.returncode, reports, text
 
 

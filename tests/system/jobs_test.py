@@ -70,10 +70,10 @@ class Judge:
     def complaints(self, expected, failure, report, output):
         sent = [part for part in report["parts"] if part["kind"] == "FixedPage"]
         if [part["uri"] for part in sent] != [name for name, _, _ in expected]:
-            return [f"{len(sent)} pages were sent, not {len(expected)} ({failure}); {report['hresult']}, "
-                    f"{report.get('error')}, {report.get('crash')}"]
-        if (int(report["hresult"], 16) >= 0x80000000) != (failure is not None):
-            return [f"the job ended with {report['hresult']}, expected: {failure or 'success'}"]
+            return [f"{len(sent)} pages were sent, not {len(expected)} ({failure}); {report['end']}, "
+                    f"{report['errors']}, {report['crash']}"]
+        if (report["end"] is None or not report["end"]["whole"]) != (failure is not None):
+            return [f"the job ended with {report['end']}, expected: {failure or 'success'}"]
         after = Package(output) if failure is None else None
         number = None
         wrong = []

@@ -148,7 +148,7 @@ TEST(Properties, OfThePipelineReachTheFilterAndReplaceTheKits) {
         return RunProgram(RunArguments(arguments)).status;
     };
     EXPECT_EQ(1U, run("Own", {}));
-    EXPECT_EQ((Json{"property Own"}), Json::parse(FileBytes(folder / "r.json"))[0]["missing"]);
+    EXPECT_EQ((Json{"property Own"}), ReportedInputs(folder / "r.json")[0]["missing"]);
     EXPECT_EQ(0U, run("Own", {"--property", "Own=string:a=b:c"}));
     EXPECT_EQ(0U, run("Own", {"--property", "Own=int:-3"}));
     for (const char* const name : {"PrinterName", "PrintJobId", "DriverMultiContentType"})

@@ -37,6 +37,9 @@ TEST(CommandLine, HasDocumentedDefaults) {
     EXPECT_EQ("out.xps", settings.jobs[0].outputName);
     EXPECT_EQ(std::nullopt, settings.outputFolder);
     EXPECT_EQ(std::nullopt, settings.json);
+    EXPECT_EQ(std::nullopt, settings.junit);
+    EXPECT_FALSE(settings.strict);
+    EXPECT_FALSE(settings.host.recordTickets);
     EXPECT_FALSE(settings.quiet);
     EXPECT_FALSE(settings.verbose);
     EXPECT_FALSE(settings.inProcess);
@@ -120,6 +123,30 @@ TEST(CommandLine, TakesEveryOption) {
     EXPECT_EQ(7U, host.cancelAt);
     EXPECT_EQ((Arguments{"short-reads=3", "fail=GetXpsPart@2=E_FAIL"}), host.pipelineSwitches);
     EXPECT_FALSE(host.driverProperties);
+}
+
+TEST(CommandLine, ARecordOfTheTicketsIsForTheReportOfPrograms) {
+    const RunSettings programs = SettingsOf({"--no-output", "--json", "r.json", "--strict"});
+    EXPECT_TRUE(programs.host.recordTickets);
+    EXPECT_TRUE(programs.strict);
+    const RunSettings servers = SettingsOf({"--no-output", "--junit", "r.xml"});
+    EXPECT_FALSE(servers.host.recordTickets);
+    EXPECT_EQ(Absolute("r.xml"), servers.junit);
+}
+
+TEST(CommandLine, TakesTheOtherCommands) {
+    const auto diff = std::get<DiffSettings>(ParseCommandLine({"diff", "a.xml", "b.xml"}));
+    EXPECT_EQ(Absolute("a.xml"), diff.before);
+    EXPECT_EQ(Absolute("b.xml"), diff.after);
+    const auto shown = std::get<DeviceSettings>(ParseCommandLine({"device", "show", "longedge"}));
+    EXPECT_EQ(DeviceSettings::Action::Show, shown.action);
+    EXPECT_EQ("longedge", shown.device);
+    EXPECT_EQ(DeviceSettings::Action::Check,
+              std::get<DeviceSettings>(ParseCommandLine({"device", "check", "x"})).action);
+    EXPECT_THROW(static_cast<void>(ParseCommandLine({"device", "show"})), UsageError);
+    EXPECT_THROW(static_cast<void>(ParseCommandLine({"diff", "a.xml"})), UsageError);
+    const auto help = std::get<Answer>(ParseCommandLine({"device", "check", "--help"}));
+    EXPECT_NE(std::string::npos, help.text.find("filterhost device check")) << help.text;
 }
 
 TEST(CommandLine, TakesTheSystemsProvider) {

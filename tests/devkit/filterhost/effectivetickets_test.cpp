@@ -38,8 +38,10 @@ RunResult Result(const std::vector<PartFacts>& parts, const std::vector<MadeCall
 
 Names Sheets(const std::vector<PartFacts>& parts, const std::vector<MadeCall>& calls) {
     Names names;
-    for (const TicketFacts& each : EffectiveTickets(Result(parts, calls))) {
-        names.push_back(each.mediaSize.value_or("unset"));
+    const RunResult result = Result(parts, calls);
+    const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (parts[i].kind == "FixedPage") names.push_back(tickets.at(i).facts.mediaSize.value_or("unset"));
     }
     return names;
 }
@@ -60,7 +62,10 @@ TEST(EffectiveTickets, WithoutTicketsTheUsersHolds) {
 TEST(EffectiveTickets, AreNotKnownOfTheSystemsProvider) {
     RunResult result = Result({Sequence(false), Document("/d", false), Page("/1", false)}, {});
     result.provider.reset();
-    EXPECT_EQ((std::vector<TicketFacts>(1)), EffectiveTickets(result));
+    for (const EffectiveTicket& ticket : EffectiveTickets(result)) {
+        EXPECT_EQ(TicketFacts(), ticket.facts);
+        EXPECT_EQ(std::nullopt, ticket.inForce);
+    }
 }
 
 TEST(EffectiveTickets, BelongToTheirPartsInWhateverOrderTheyWereMade) {
@@ -72,12 +77,38 @@ TEST(EffectiveTickets, BelongToTheirPartsInWhateverOrderTheyWereMade) {
 TEST(EffectiveTickets, WhatThePagesLeavesOutComesFromTheWiderScope) {
     MadeCall job = Made("FixedDocumentSequence /s", "job", "Job");
     job.call.facts.feedDirection = "LongEdgeFirst";
-    const std::vector<TicketFacts> facts =
-        EffectiveTickets(Result({Sequence(true), Document("/d", false), Page("/1", true)},
-                                {job, Made("FixedPage /1", "page", "Page")}));
-    ASSERT_EQ(1U, facts.size());
-    EXPECT_EQ("Page", facts[0].mediaSize);
-    EXPECT_EQ("LongEdgeFirst", facts[0].feedDirection);
+    const RunResult result = Result({Sequence(true), Document("/d", false), Page("/1", true)},
+                                    {job, Made("FixedPage /1", "page", "Page")});
+    const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
+    ASSERT_EQ(3U, tickets.size());
+    EXPECT_EQ("Page", tickets[2].facts.mediaSize);
+    EXPECT_EQ("LongEdgeFirst", tickets[2].facts.feedDirection);
+}
+
+TEST(EffectiveTickets, NameTheTextThatHoldsAndTheCallThatMadeIt) {
+    constexpr TextId kUsers = 0;
+    constexpr TextId kJobs = 1;
+    constexpr TextId kPages = 2;
+    MadeCall job = Made("FixedDocumentSequence /s", "job", "Job");
+    job.output = kJobs;
+    MadeCall page = Made("FixedPage /2", "page", "Page");
+    page.output = kPages;
+    RunResult result = Result({Part("XpsDocument", "", false), Sequence(true), Document("/d", false),
+                               Page("/1", false), Page("/2", true), Page("/3", true)},
+                              {job, page});
+    result.userTicketText = kUsers;
+    const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
+    ASSERT_EQ(6U, tickets.size());
+    EXPECT_EQ(&result.providerCalls[0], tickets[1].pMade);
+    EXPECT_EQ(kJobs, tickets[1].inForce);
+    EXPECT_EQ(nullptr, tickets[3].pMade);
+    EXPECT_EQ(kJobs, tickets[3].inForce);
+    EXPECT_EQ(&result.providerCalls[1], tickets[4].pMade);
+    EXPECT_EQ(kPages, tickets[4].inForce);
+    // It has a ticket, and none was made of it.
+    EXPECT_EQ(std::nullopt, tickets[5].inForce);
+    result.parts.erase(result.parts.begin(), result.parts.begin() + 2);
+    EXPECT_EQ(kUsers, EffectiveTickets(result).at(1).inForce);
 }
 
 TEST(EffectiveTickets, NothingIsSaidWhereNoneOrSeveralWereMadeForAPartWithATicket) {

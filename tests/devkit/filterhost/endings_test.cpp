@@ -47,7 +47,7 @@ TEST_P(EndingTest, CostsOneInput) {
     EXPECT_NE(std::string::npos, ended.error.find("filterhost: " + Text(Sample("names.xps")) + ": "))
         << ended.error;
     EXPECT_FALSE(std::filesystem::exists(folder / "out" / "minimal.xps"));
-    const Json report = Json::parse(FileBytes(folder / "r.json"));
+    const Json report = ReportedInputs(folder / "r.json");
     ASSERT_EQ(2U, report.size());
     EXPECT_EQ(input, report[0]["input"]);
     EXPECT_EQ(nullptr, report[0]["output"]);
@@ -96,8 +96,10 @@ TEST(Endings, TheReportHasAllThatCameBefore) {
     const auto [ended, output, report] = RunReported("ending-report", "exit-process", {"--quiet"});
     EXPECT_EQ(1U, ended.status);
     EXPECT_EQ("", ended.out);
-    EXPECT_EQ("the filter ended the process with status 0", report[0]["crash"]);
-    EXPECT_EQ(nullptr, report[0]["hresult"]);
+    EXPECT_EQ("the filter ended the process with status 0", report[0]["crash"]["text"]);
+    EXPECT_EQ(Json{"StartOperation"}, report[0]["crash"]["calls"]);
+    EXPECT_EQ("FixedPage /p.fpage", report[0]["crash"]["part"]);
+    EXPECT_EQ(nullptr, report[0]["end"]);
     ASSERT_EQ(3U, report[0]["parts"].size());
     EXPECT_EQ("/d.fdoc", report[0]["parts"][2]["uri"]);
 }
@@ -142,7 +144,7 @@ TEST(Endings, AFilterMayChangeTheCurrentFolder) {
     std::filesystem::current_path(before);
     EXPECT_EQ(0U, ended.status) << ended.error;
     EXPECT_EQ(FileBytes(folder / "in.xps"), FileBytes(folder / "out.xps"));
-    EXPECT_EQ("in.xps", Json::parse(FileBytes(folder / "r.json"))[0]["input"]);
+    EXPECT_EQ("in.xps", ReportedInputs(folder / "r.json")[0]["input"]);
 }
 
 TEST(Endings, ARequestedShutdownAfterSuccessHasItsLine) {

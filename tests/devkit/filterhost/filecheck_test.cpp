@@ -89,6 +89,9 @@ TEST_F(FileCheck, TheReportMayNotBeAnInputOrAnOutput) {
     // Neither of them is there yet.
     m_settings.json = m_folder / "OUT-A.xps";
     EXPECT_EQ("--json would replace the output out-a.xps", Refusal());
+    m_settings.json = m_folder / "report.json";
+    m_settings.junit = m_folder / "REPORT.json";
+    EXPECT_TRUE(Refusal().starts_with("--junit would replace --json")) << Refusal();
 }
 
 TEST_F(FileCheck, TwoOutputsMayNotBeOneFile) {

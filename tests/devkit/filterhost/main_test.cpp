@@ -111,7 +111,8 @@ TEST(FilterHost, ADamagedPartGivesStatus3AndItsNameInTheSummaryToo) {
     const Ended ended = RunProgram(
         RunArguments({input, "-o", Text(folder / "out.xps"), "--json", Text(folder / "r.json")}), "rewrite");
     EXPECT_EQ(3U, ended.status);
-    EXPECT_TRUE(ended.error.starts_with("filterhost: " + input + ": its checksum is wrong, /p.fpage\n"))
+    EXPECT_TRUE(
+        ended.error.starts_with("filterhost: " + input + ": /p.fpage: its checksum is wrong, p.fpage\n"))
         << ended.error;
     EXPECT_EQ(std::string::npos, ended.error.find("breach")) << ended.error;
     EXPECT_TRUE(
@@ -149,10 +150,10 @@ TEST(FilterHost, SeveralInputsAllRunAndTheHighestStatusCounts) {
     EXPECT_EQ(3U, ended.status);
     EXPECT_EQ(FileBytes(Sample("minimal.xps")), FileBytes(folder / "out" / "minimal.xps"));
     EXPECT_EQ(FileBytes(Sample("sample.xps")), FileBytes(folder / "out" / "sample.xps"));
-    const Json report = Json::parse(FileBytes(folder / "report.json"));
+    const Json report = ReportedInputs(folder / "report.json");
     ASSERT_EQ(3U, report.size());
     EXPECT_EQ(nullptr, report[1]["output"]);
-    EXPECT_EQ(nullptr, report[1]["hresult"]);
+    EXPECT_EQ(nullptr, report[1]["end"]);
     EXPECT_EQ(Json::array(), report[1]["parts"]);
     EXPECT_EQ(Text(folder / "out" / "sample.xps"), report[2]["output"]);
 }
@@ -162,27 +163,44 @@ TEST(FilterHost, TheReportIsExact) {
     EXPECT_EQ(0U, ended.status);
     EXPECT_EQ("", ended.out);
     EXPECT_EQ("", ended.error);
-    const Json expected = Json::parse(R"([{
-        "output": null, "hresult": "0x00000000", "shutdown": null, "breaches": [], "findings": [],
-        "missing": ["property TestFilterMode of DriverPropertyBag"], "error": null, "crash": null,
+    ASSERT_EQ(1U, report.size());
+    Json& run = report[0];
+    EXPECT_EQ(Text(Sample("minimal.xps")), run["input"]);
+    EXPECT_EQ(Text(output), run["output"]);
+    EXPECT_GT(run["parts"][3]["bytes_in"], 100);
+    EXPECT_EQ(run["parts"][3]["bytes_out"], run["parts"][3]["bytes_in"]);
+    const Json calls = run["filter_calls"][0]["pipeline_calls"];
+    EXPECT_EQ(5, calls["IXpsDocumentProvider::GetXpsPart"]) << calls;
+    EXPECT_EQ(1, calls["IXpsDocumentConsumer::GetNewEmptyPart"]) << calls;
+    // What another place or another ticket would change.
+    EXPECT_GT(run["seconds"]["total"], 0);
+    for (const char* const key : {"input", "output", "texts", "provider", "seconds"}) run.erase(key);
+    for (const char* const key : {"bytes_in", "bytes_out"}) run["parts"][3].erase(key);
+    run["filter_calls"][0].erase("pipeline_calls");
+    const Json expected = Json::parse(R"json({
+        "status": 0, "pages_in": 1, "pages_out": 1, "parts_in": 4, "bytes_out": null, "breaches": [],
+        "findings": [], "errors": [], "input_failures": [], "crash": null,
+        "end": {"filter": null, "result": "0x00000000 S_OK", "shutdown_codes": [], "hung": false,
+                "thread_ended": false, "cancelled": false, "whole": true},
+        "missing": ["property TestFilterMode of DriverPropertyBag"],
+        "filter_calls": [{"filter": "1 (testfilter.dll)", "InitializeFilter": "0x00000000 S_OK",
+                          "StartOperation": "0x00000000 S_OK", "ShutdownOperation": null,
+                          "RequestShutdown": []}],
+        "provider_calls": [], "user_ticket": 0,
         "parts": [
-            {"kind": "XpsDocument", "uri": null, "ticket_in": null, "ticket_out": null},
-            {"kind": "FixedDocumentSequence", "uri": "/s.fdseq", "ticket_in": null, "ticket_out": null},
-            {"kind": "FixedDocument", "uri": "/d.fdoc", "ticket_in": null, "ticket_out": null},
+            {"kind": "XpsDocument", "uri": null, "ticket_in": null, "ticket_out": null,
+             "tickets": {"own": null, "asked": null, "made": null, "in_force": null, "new": null}},
+            {"kind": "FixedDocumentSequence", "uri": "/s.fdseq", "ticket_in": null, "ticket_out": null,
+             "tickets": {"own": null, "asked": null, "made": null, "in_force": 0, "new": null}},
+            {"kind": "FixedDocument", "uri": "/d.fdoc", "ticket_in": null, "ticket_out": null,
+             "tickets": {"own": null, "asked": null, "made": null, "in_force": 0, "new": null}},
             {"kind": "FixedPage", "uri": "/p.fpage", "ticket_in": null, "ticket_out": "/Tickets\\made_1.xml",
+             "tickets": {"own": null, "asked": null, "made": null, "in_force": 0, "new": 1},
              "width_in": 793.76, "height_in": 1122.56, "width_out": 793.76, "height_out": 1122.56,
-             "markup_rewritten": false, "ticket_replaced": true, "bytes_in": 0, "bytes_out": 0}]}])");
-    EXPECT_EQ(Text(Sample("minimal.xps")), report[0]["input"]);
-    EXPECT_EQ(Text(output), report[0]["output"]);
-    EXPECT_GT(report[0]["parts"][3]["bytes_in"], 100);
-    EXPECT_EQ(report[0]["parts"][3]["bytes_out"], report[0]["parts"][3]["bytes_in"]);
-    EXPECT_GT(report[0]["seconds"]["total"], 0);
-    report[0].erase("seconds");
-    report[0].erase("input");
-    report[0]["output"] = nullptr;
-    report[0]["parts"][3]["bytes_in"] = 0;
-    report[0]["parts"][3]["bytes_out"] = 0;
-    EXPECT_EQ(expected, report);
+             "markup_rewritten": false, "turned": false, "ticket_replaced": true, "feed": null, "sheet": null,
+             "decision": "793.76 x 1122.56, feed unset, not turned, sheet unset, new ticket /Tickets\\made_1.xml"
+            }]})json");
+    EXPECT_EQ(expected, run);
 }
 
 // Where the time of a run went, in seconds. One sheet is sent through.
@@ -195,7 +213,7 @@ Json SecondsOf(std::vector<std::string> arguments, const char* mode = "") {
     const std::size_t line = ended.out.rfind("\n  time: ");
     EXPECT_NE(std::string::npos, line) << ended.out;
     EXPECT_EQ(ended.out.size() - 1, ended.out.find('\n', line + 1)) << ended.out;
-    return Json::parse(FileBytes(folder / "r.json"))[0]["seconds"];
+    return ReportedInputs(folder / "r.json")[0]["seconds"];
 }
 
 // Whether the share alone has more than the 0.6 s that are spent on it on purpose.
@@ -230,8 +248,8 @@ TEST(FilterHost, TheSystemsTicketProviderHasNoTimeOfItsOwn) {
 TEST(FilterHost, AFailureIsInTheReport) {
     const auto [ended, output, report] = RunReported("failure", "fail", {"--quiet"});
     EXPECT_EQ(1U, ended.status);
-    EXPECT_EQ("0x80004004", report[0]["hresult"]);
-    EXPECT_EQ("0x80004004", report[0]["shutdown"]);
+    EXPECT_EQ("0x80004004 E_ABORT", report[0]["end"]["result"]);
+    EXPECT_EQ((Json{"0x80004004 E_ABORT"}), report[0]["end"]["shutdown_codes"]);
     EXPECT_EQ(nullptr, report[0]["output"]);
     EXPECT_EQ(3U, report[0]["parts"].size());
 }
@@ -253,7 +271,7 @@ TEST(FilterHost, MarkupThatIsNotWellFormedIsAFindingNotABreach) {
     EXPECT_EQ("", ended.error);
     EXPECT_EQ(Json::array(), report[0]["breaches"]);
     ASSERT_EQ(1U, report[0]["findings"].size());
-    const std::string finding = report[0]["findings"][0];
+    const std::string finding = report[0]["findings"][0]["text"];
     EXPECT_TRUE(finding.starts_with("page markup is not well-formed XML (")) << finding;
     EXPECT_TRUE(finding.ends_with(", /p.fpage")) << finding;
     EXPECT_TRUE(report[0]["parts"][3]["markup_rewritten"]);
@@ -287,7 +305,7 @@ TEST(FilterHost, AFilterThatHangsAfterACancellationBreaksARule) {
     EXPECT_TRUE(ended.out.starts_with(Text(Sample("minimal.xps")) +
                                       " -> nothing written: 1 part, 0 pages, the filter hangs\n"))
         << ended.out;
-    EXPECT_EQ("0x8000000A", Json::parse(FileBytes(folder / "r.json"))[0]["hresult"]);
+    EXPECT_EQ("0x8000000A E_PENDING", ReportedInputs(folder / "r.json")[0]["end"]["result"]);
 }
 
 TEST(FilterHost, NamesOutsideAsciiAndLongNamesWork) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <ostream>
 #include <regex>
 #include <set>
@@ -10,6 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "devkit/common/checks.h"
 #include "devkit/filterhost/program.h"
 
 // The table of docs/checks.md of what a filter can do, and what the host answers, is true.
@@ -79,9 +81,16 @@ std::vector<Mode> ReadTable() {
     return modes;
 }
 
-// What the host says when a rule is broken.
-Strings ReadRules() {
-    Strings rules;
+// A rule or a finding that docs/checks.md explains.
+struct Explained {
+    std::string id;
+    std::string text;  // what the host says
+    std::string advice;
+    bool isRule = false;
+};
+
+std::vector<Explained> ReadExplained() {
+    std::vector<Explained> all;
     std::ifstream file(Path(SOURCE_FOLDER) / "docs" / "checks.md");
     bool isInTable = false;
     for (std::string line; std::getline(file, line);) {
@@ -89,9 +98,13 @@ Strings ReadRules() {
         if (line.empty()) isInTable = false;
         if (!isInTable || !line.starts_with("| ")) continue;
         const Strings cells = Split(line, " | ");
-        if (const Strings texts = Quoted(cells.at(1)); !texts.empty()) rules.push_back(texts[0]);
+        const Strings texts = Quoted(cells.at(1));
+        if (texts.empty()) continue;
+        const std::string& advice = cells.back();
+        // Of a rule it says where it comes from, too.
+        all.push_back({cells[0].substr(2), texts[0], advice.substr(0, advice.size() - 2), cells.size() == 5});
     }
-    return rules;
+    return all;
 }
 
 bool Matches(const std::string& line, const std::string& pattern) {
@@ -119,12 +132,12 @@ Strings LinesOf(const Ended& ended, const std::string& input) {
 
 // What was said is in the report, too.
 void CheckReport(const Path& report, const Strings& lines) {
-    const Json json = Json::parse(FileBytes(report));
+    const Json json = ReportedInputs(report);
     ASSERT_EQ(1U, json.size());
     for (const std::string& line : lines) {
         const auto holds = [&](const char* key, const char* prefix) {
-            const Json& list = json[0][key];
-            return std::find(list.begin(), list.end(), line.substr(std::string(prefix).size())) != list.end();
+            const std::string text = line.substr(std::string(prefix).size());
+            return std::ranges::any_of(json[0][key], [&](const Json& each) { return each["text"] == text; });
         };
         if (line.starts_with("breach: ")) {
             EXPECT_TRUE(holds("breaches", "breach: ")) << line;
@@ -134,7 +147,21 @@ void CheckReport(const Path& report, const Strings& lines) {
     }
     if (!json[0]["crash"].is_null()) {
         ASSERT_FALSE(lines.empty());
-        EXPECT_TRUE(lines[0].starts_with(json[0]["crash"].get<std::string>())) << json[0]["crash"];
+        EXPECT_TRUE(lines[0].starts_with(json[0]["crash"]["text"].get<std::string>())) << json[0]["crash"];
+    }
+}
+
+// Each complaint has the id under which docs/checks.md explains its text.
+void CheckIds(const Path& report) {
+    const std::vector<Explained> all = ReadExplained();
+    const Json input = ReportedInputs(report).at(0);
+    for (const char* const key : {"breaches", "findings"}) {
+        for (const Json& complaint : input[key]) {
+            const auto explained = std::ranges::find(all, complaint["id"].get<std::string>(), &Explained::id);
+            ASSERT_NE(all.end(), explained) << complaint;
+            EXPECT_TRUE(Matches(complaint["text"], explained->text)) << complaint;
+            EXPECT_EQ(explained->advice, complaint["advice"]) << complaint;
+        }
     }
 }
 
@@ -158,6 +185,7 @@ TEST_P(ModeTest, IsAnsweredAsTheTableSays) {
     for (std::size_t i = 0; i < lines.size(); ++i)
         EXPECT_TRUE(Matches(lines[i], mode.lines[i])) << lines[i] << "\nis not\n" << mode.lines[i];
     CheckReport(report, lines);
+    CheckIds(report);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ModeTest, testing::ValuesIn(ReadTable()));
@@ -181,17 +209,29 @@ TEST(Modes, AreAllInTheTable) {
     EXPECT_EQ(std::set<std::string>{"exit-process-for-names"}, missing);
 }
 
-TEST(Modes, AreExplained) {
-    const Strings rules = ReadRules();
-    ASSERT_LE(35U, rules.size());
+TEST(Modes, BreakRulesThatAreExplained) {
+    const std::vector<Explained> all = ReadExplained();
     for (const Mode& mode : ReadTable()) {
         for (const std::string& line : mode.lines) {
-            if (!line.starts_with("breach: ") && !line.starts_with("finding: ")) continue;
+            const bool isBreach = line.starts_with("breach: ");
+            if (!isBreach && !line.starts_with("finding: ")) continue;
             const std::string text = line.substr(line.find(' ') + 1);
-            const auto explains = [&](const std::string& rule) { return Matches(text, rule); };
-            EXPECT_TRUE(std::any_of(rules.begin(), rules.end(), explains)) << line;
+            const auto explains = [&](const Explained& each) {
+                return each.isRule == isBreach && Matches(text, each.text);
+            };
+            EXPECT_TRUE(std::ranges::any_of(all, explains)) << line;
         }
     }
+}
+
+TEST(Checks, HaveTheIdsAndTheAdviceOfTheirPage) {
+    std::map<std::string, std::string> explained;
+    for (const Explained& each : ReadExplained())
+        EXPECT_TRUE(explained.emplace(each.id, each.advice).second) << each.id << " twice";
+    std::map<std::string, std::string> known;
+    for (const common::CheckFacts& check : common::AllChecks()) known.emplace(check.id, check.advice);
+    EXPECT_EQ(explained, known);
+    EXPECT_EQ(known.size(), common::AllChecks().size());
 }
 
 }  // namespace

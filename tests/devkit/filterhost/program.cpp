@@ -115,7 +115,7 @@ Reported RunReported(const std::string& folder, const char* mode, const std::vec
         RunArguments({Text(Sample("minimal.xps")), "-o", Text(output), "--json", Text(report)});
     arguments.insert(arguments.end(), more.begin(), more.end());
     Ended ended = RunProgram(arguments, mode);
-    return {std::move(ended), output, nlohmann::json::parse(FileBytes(report))};
+    return {std::move(ended), output, ReportedInputs(report)};
 }
 
 Path FreshFolder(const std::string& name) {
@@ -130,6 +130,10 @@ std::string Text(const Path& path) { return platform::ToUtf8(path.wstring()); }
 std::string FileBytes(const Path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+nlohmann::json ReportedInputs(const Path& report) {
+    return nlohmann::json::parse(FileBytes(report)).at("inputs");
 }
 
 Path Sample(const std::string& name) { return Path(SAMPLES_FOLDER) / name; }

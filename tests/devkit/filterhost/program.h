@@ -22,7 +22,7 @@ struct Ended {
 // Arguments that run the test filter over the inputs, with the given further ones.
 [[nodiscard]] std::vector<std::string> RunArguments(std::vector<std::string> more);
 
-// A run of the test filter over minimal.xps, with its report.
+// A run of the test filter over minimal.xps, with the inputs of its report.
 struct Reported {
     Ended ended;
     std::filesystem::path output;  // where the document is, if one was written
@@ -37,6 +37,8 @@ struct Reported {
 [[nodiscard]] std::filesystem::path FreshFolder(const std::string& name);
 [[nodiscard]] std::string Text(const std::filesystem::path& path);
 [[nodiscard]] std::string FileBytes(const std::filesystem::path& path);
+// The inputs of a report (--json).
+[[nodiscard]] nlohmann::json ReportedInputs(const std::filesystem::path& report);
 // A sample document of the project.
 [[nodiscard]] std::filesystem::path Sample(const std::string& name);
 

@@ -40,13 +40,19 @@ PartPtr Input(PartKind kind, const std::string& name, const std::string& bytes) 
         kind, InputPart{name, "", [bytes] { return std::make_shared<const std::string>(bytes); }});
 }
 
+Lines TextsOf(const std::vector<SentPartFinding>& findings) {
+    Lines texts;
+    for (const SentPartFinding& finding : findings) texts.push_back(finding.text);
+    return texts;
+}
+
 // A page of the input with one font, which is sent.
 struct Page {
     explicit Page(const std::string& markup) : part(Input(PartKind::FixedPage, "/a/1.fpage", markup)) {
         part->resources.push_back(Input(PartKind::Font, "/a/Font.odttf", ""));
     }
     [[nodiscard]] SentPart Sent() const { return {PartKind::FixedPage, part->Name(), part}; }
-    [[nodiscard]] Lines Look() const { return SentPartCheck().Look(Sent()); }
+    [[nodiscard]] Lines Look() const { return TextsOf(SentPartCheck().Look(Sent())); }
 
     PartPtr part;
 };
@@ -120,7 +126,7 @@ TEST(SentPartCheck, EachProblemOfTicketsIsToldOnce) {
     const auto look = [&check](const std::string& name, const std::string& bytes) {
         const Page page(Markup(""));
         page.part->ticket = NewTicket(name, bytes);
-        return check.Look(page.Sent());
+        return TextsOf(check.Look(page.Sent()));
     };
     const std::string noOption = "<psf:Feature name=\"psk:PageX\"/>";
     EXPECT_EQ(Lines{}, look("/0.xml", tests::Ticket("")));
@@ -146,7 +152,7 @@ TEST(SentPartCheck, TicketsOfTheInputAreNotTheFilters) {
 }
 
 TEST(SentPartCheck, AnObjectThatIsNotTheKitsHasNothingToLookAt) {
-    EXPECT_EQ(Lines{}, SentPartCheck().Look({PartKind::Unknown, "/x", nullptr}));
+    EXPECT_EQ(Lines{}, TextsOf(SentPartCheck().Look({PartKind::Unknown, "/x", nullptr})));
 }
 
 }  // namespace

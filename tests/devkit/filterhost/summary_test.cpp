@@ -68,7 +68,7 @@ TEST(Summary, TellsWhatTheTicketProviderSaw) {
     result.providerCalls[0].call.impersonating = true;
     result.providerCalls[0].call.expectedToken = true;
     result.provider->openHandles.resize(1);
-    result.findings = {"odd"};
+    result.findings = {{"document", "odd"}};
     EXPECT_EQ(
         "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
         "  print ticket provider: 3 calls (PTMergeAndValidatePrintTicket 2, PTOpenProvider 1), 1 of them as "
@@ -80,7 +80,7 @@ TEST(Summary, TellsWhatTheTicketProviderSaw) {
 TEST(Summary, EndsWithWhereTheTimeWent) {
     RunResult result = Finished();
     result.parts.back().page.reset();
-    result.findings = {"odd"};
+    result.findings = {{"document", "odd"}};
     result.times = RunTimes{2.5, 2.0, {{"1 (a.dll)", 0.75, 0.5, 0.25, 0.5}}};
     const std::string start =
         "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
@@ -146,7 +146,7 @@ TEST(Summary, TellsWhatBecameOfTheParts) {
     EXPECT_EQ("  of 4 parts the filter read 4 and sent 3; dropped: FixedPage /1.fpage", PartsLine(dropped));
 
     RunResult added = Finished();
-    for (int i = 0; i < 7; ++i) added.parts.push_back({"Unknown", std::to_string(i), {}, {}, {}});
+    for (int i = 0; i < 7; ++i) added.parts.push_back({"Unknown", std::to_string(i)});
     EXPECT_EQ(
         "  of 4 parts the filter read 4 and sent 11; added: Unknown 0, Unknown 1, Unknown 2, Unknown 3, "
         "Unknown 4 and 2 more",
@@ -169,7 +169,7 @@ TEST(Problems, AreOneLineEach) {
     result.errors = {"is not a zip archive"};
     result.end->result = E_FAIL;
     result.inputFailures = {"/1.fpage: damaged"};
-    result.breaches = {"one", "two"};
+    result.breaches = {{"leak", "one"}, {"kind", "two"}};
     EXPECT_EQ((Lines{"in.xps: is not a zip archive", "in.xps: /1.fpage: damaged",
                      "in.xps: the filter failed with 0x80004005 E_FAIL, at FixedPage /1.fpage",
                      "in.xps: breach: one", "in.xps: breach: two"}),

@@ -479,7 +479,9 @@ class Noting final : public RunObserver {
     void PartAsked(unsigned number) override { Note("asked " + std::to_string(number)); }
     void PartGiven(const std::string& part) override { Note("given " + part); }
     void PartSent(const SentPart& part) override { Note("sent " + part.name); }
-    void Breached(const std::string& text) override { Note("breached: " + text); }
+    void Breached(Check check, const std::string& text) override {
+        Note("breached: " + std::string(common::FactsOf(check).id) + ": " + text);
+    }
     void Called() override {
         const std::lock_guard guard(m_lock);
         ++m_calls;
@@ -509,7 +511,7 @@ TEST_F(FilterRunTest, AnObserverIsToldWhatHappens) {
                      "begins InitializeFilter", "ends InitializeFilter", "begins StartOperation", "asked 1",
                      "given XpsDocument", "sent ", "asked 2"}),
               Lines(told.begin(), told.begin() + 9));
-    EXPECT_EQ((Lines{"given the end of the parts", "breached: CloseSender was called twice",
+    EXPECT_EQ((Lines{"given the end of the parts", "breached: sender-once: CloseSender was called twice",
                      "ends StartOperation", "begins the last release", "ends the last release"}),
               Lines(told.end() - 5, told.end()));
     EXPECT_GT(observer->Calls(), 20U);

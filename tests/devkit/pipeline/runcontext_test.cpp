@@ -13,8 +13,8 @@ using platform::ComPtr;
 
 TEST(RunContext, RecordsABreachAndGivesItsCode) {
     RunContext context;
-    EXPECT_EQ(kCallOutOfOrder, context.Breach("one"));
-    EXPECT_EQ(E_INVALIDARG, context.Breach("two", E_INVALIDARG));
+    EXPECT_EQ(kCallOutOfOrder, context.Breach(Check::Leak, "one"));
+    EXPECT_EQ(E_INVALIDARG, context.Breach(Check::Kind, "two", E_INVALIDARG));
     EXPECT_EQ((std::vector<std::string>{"one", "two"}), context.Breaches().Lines());
 }
 

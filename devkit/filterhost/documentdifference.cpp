@@ -1,0 +1,189 @@
+#include "devkit/filterhost/documentdifference.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "devkit/common/numbers.h"
+#include "devkit/filterhost/documentprinter.h"
+#include "devkit/package/pagedimensions.h"
+#include "devkit/package/partname.h"
+#include "devkit/printschema/difference.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using package::FixedDocument;
+using package::FixedPage;
+using package::NameKey;
+using package::XpsDocument;
+using Lines = std::vector<std::string>;
+
+constexpr const char* kNothing = "(not set)";
+
+void Append(Lines& lines, const std::string& prefix, const Lines& more) {
+    for (const std::string& line : more) lines.push_back(prefix + line);
+}
+
+// What belongs together of two lists; null where one side has nothing.
+template <typename Item>
+using Pairs = std::vector<std::pair<const Item*, const Item*>>;
+
+template <typename Item>
+Pairs<Item> PairUp(const std::vector<Item>& before, const std::vector<Item>& after) {
+    const auto find = [](const std::vector<Item>& items, const Item& wanted) {
+        const std::string key = NameKey(wanted.name);
+        const auto found =
+            std::ranges::find_if(items, [&](const Item& item) { return NameKey(item.name) == key; });
+        return found == items.end() ? nullptr : &*found;
+    };
+    Pairs<Item> pairs;
+    const bool byName =
+        std::ranges::any_of(before, [&](const Item& item) { return find(after, item) != nullptr; });
+    if (!byName) {
+        for (std::size_t i = 0; i < std::max(before.size(), after.size()); ++i) {
+            pairs.emplace_back(i < before.size() ? &before[i] : nullptr,
+                               i < after.size() ? &after[i] : nullptr);
+        }
+        return pairs;
+    }
+    for (const Item& item : before) pairs.emplace_back(&item, find(after, item));
+    for (const Item& item : after) {
+        if (find(before, item) == nullptr) pairs.emplace_back(nullptr, &item);
+    }
+    return pairs;
+}
+
+// Whether the items that are in both come in another order.
+template <typename Item>
+bool IsReordered(const Pairs<Item>& pairs) {
+    const Item* pLast = nullptr;
+    for (const auto& [pBefore, pAfter] : pairs) {
+        if (pBefore == nullptr || pAfter == nullptr) continue;
+        // All of one list.
+        if (pLast != nullptr && pAfter < pLast) return true;
+        pLast = pAfter;
+    }
+    return false;
+}
+
+class Comparison {
+  public:
+    Comparison(const XpsDocument& before, const XpsDocument& after) : m_before(before), m_after(after) {}
+
+    Lines Run() {
+        AddTickets("job", m_before.sequence.ticket, m_after.sequence.ticket);
+        const auto documents = PairUp(m_before.sequence.documents, m_after.sequence.documents);
+        if (IsReordered(documents)) m_lines.emplace_back("the fixed documents come in another order");
+        for (std::size_t i = 0; i < documents.size(); ++i) {
+            const auto& [pBefore, pAfter] = documents[i];
+            const std::string title = "document " + std::to_string(i + 1);
+            if (!AddMissing(title, pBefore, pAfter)) CompareFixedDocuments(title, *pBefore, *pAfter);
+        }
+        return std::move(m_lines);
+    }
+
+  private:
+    // Whether one of them is not there, which is told.
+    template <typename Item>
+    bool AddMissing(const std::string& title, const Item* pBefore, const Item* pAfter) {
+        if (pBefore != nullptr && pAfter != nullptr) return false;
+        m_lines.push_back(title + " " + (pBefore != nullptr ? pBefore : pAfter)->name + ": only in the " +
+                          (pBefore != nullptr ? "first" : "second"));
+        return true;
+    }
+
+    void CompareFixedDocuments(const std::string& title, const FixedDocument& before,
+                               const FixedDocument& after) {
+        AddTickets(title, before.ticket, after.ticket);
+        const auto pages = PairUp(before.pages, after.pages);
+        if (IsReordered(pages)) m_lines.push_back(title + ": the pages come in another order");
+        for (std::size_t i = 0; i < pages.size(); ++i) {
+            const auto& [pBefore, pAfter] = pages[i];
+            const std::string page = title + ", page " + std::to_string(i + 1);
+            if (!AddMissing(page, pBefore, pAfter)) ComparePages(page, *pBefore, *pAfter);
+        }
+    }
+
+    void ComparePages(const std::string& title, const FixedPage& before, const FixedPage& after) {
+        const std::string markup = m_before.ReadMarkup(before);
+        const std::string newMarkup = m_after.ReadMarkup(after);
+        if (markup != newMarkup) {
+            const std::string size = SizeOf(markup);
+            const std::string newSize = SizeOf(newMarkup);
+            if (size != newSize) m_lines.push_back(title + ": " + size + " -> " + newSize);
+            m_lines.push_back(title + ": the markup differs, " + BytesText(markup.size()) + " -> " +
+                              BytesText(newMarkup.size()));
+        }
+        AddTickets(title, before.ticket, after.ticket);
+        AddResources(title, before, after);
+    }
+
+    static std::string SizeOf(const std::string& markup) {
+        const auto size = package::ReadPageDimensions(markup);
+        return size ? SizeText(*size) : "no size";
+    }
+
+    void AddTickets(const std::string& title, const std::optional<std::string>& before,
+                    const std::optional<std::string>& after) {
+        if (!before && !after) return;
+        if (!before || !after) {
+            m_lines.push_back(title + ": a ticket only in the " + (before ? "first" : "second"));
+            return;
+        }
+        const std::string ticket = m_before.ReadPart(*before);
+        const std::string newTicket = m_after.ReadPart(*after);
+        if (ticket == newTicket) return;
+        try {
+            Append(m_lines, title + ": ticket: ", DiffTickets(ticket, newTicket));
+        } catch (const printschema::FormatError& error) {
+            m_lines.push_back(title + ": the tickets differ, and one is none: " + error.what());
+        }
+    }
+
+    void AddResources(const std::string& title, const FixedPage& before, const FixedPage& after) {
+        const auto has = [](const FixedPage& page, const std::string& name) {
+            return std::ranges::any_of(
+                page.resources, [&](const std::string& each) { return NameKey(each) == NameKey(name); });
+        };
+        for (const std::string& name : before.resources) {
+            if (!has(after, name)) {
+                m_lines.push_back(title + ": resource " + name + " only in the first");
+            } else if (ReadResource(m_before, name) != ReadResource(m_after, name)) {
+                m_lines.push_back(title + ": the bytes of resource " + name + " differ");
+            }
+        }
+        for (const std::string& name : after.resources) {
+            if (!has(before, name)) m_lines.push_back(title + ": resource " + name + " only in the second");
+        }
+    }
+
+    // Nothing for one that is missing.
+    static std::optional<std::string> ReadResource(const XpsDocument& document, const std::string& name) {
+        if (!document.GetPackage().Find(name)) return std::nullopt;
+        return document.ReadPart(name);
+    }
+
+    const XpsDocument& m_before;
+    const XpsDocument& m_after;
+    Lines m_lines;
+};
+
+}  // namespace
+
+Lines DiffTickets(std::string_view before, std::string_view after) {
+    const auto first = printschema::ReadFramework(before, printschema::Tag::PrintTicket);
+    const auto second = printschema::ReadFramework(after, printschema::Tag::PrintTicket);
+    Lines lines;
+    for (const printschema::Difference& each : printschema::CompareTickets(first, second)) {
+        lines.push_back(each.name + ": " + each.before.value_or(kNothing) + " -> " +
+                        each.after.value_or(kNothing));
+    }
+    return lines;
+}
+
+Lines DiffDocuments(const XpsDocument& before, const XpsDocument& after) {
+    return Comparison(before, after).Run();
+}
+
+}  // namespace devkit::filterhost

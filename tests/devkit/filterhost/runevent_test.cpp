@@ -1,0 +1,109 @@
+#include "devkit/filterhost/runevent.h"
+
+#include <gtest/gtest.h>
+
+namespace devkit::filterhost {
+namespace {
+
+using Problems = std::vector<Problem>;
+
+// As it comes out of the pipe to the parent.
+void Tell(const Event& event, RunResult& result) { Apply(ReadEvent(WriteEvent(event)), result); }
+
+events::ProviderCalled Call(const char* function, HRESULT code) {
+    MadeCall made;
+    made.call.function = function;
+    made.call.result = code;
+    made.part = "FixedPage /1.fpage";
+    return {made};
+}
+
+TEST(RunEvents, ABreachIsToldWithWhatTheFilterWasAt) {
+    RunResult result;
+    const std::string text = "the pipeline thread could not be set up: no memory";
+    Tell(events::Breached{"thread-setup", text}, result);
+    Tell(events::CallBegun{"StartOperation"}, result);
+    Tell(events::PartGiven{"FixedPage /1.fpage"}, result);
+    Tell(events::Breached{"sender-once", "twice"}, result);
+    Tell(events::CallEnded{"StartOperation"}, result);
+    Tell(events::Found{"unused-part", "odd"}, result);
+    EXPECT_EQ((Problems{{"thread-setup", text, "", ""},
+                        {"sender-once", "twice", "FixedPage /1.fpage", "StartOperation"}}),
+              result.breaches);
+    EXPECT_EQ((Problems{{"unused-part", "odd", "FixedPage /1.fpage", ""}}), result.findings);
+}
+
+TEST(RunEvents, TextsOfTicketsAreKeptOnce) {
+    RunResult result;
+    events::Opened opened;
+    opened.userTicketText = "user";
+    opened.findings = {"/x.png is missing, /1.fpage"};
+    Tell(opened, result);
+    events::ProviderCalled call = Call("PTMergeAndValidatePrintTicket", S_OK);
+    call.made.call.base = "user";
+    call.made.call.delta = "own";
+    call.made.call.output = "made";
+    Tell(call, result);
+    PartFacts part;
+    part.kind = "FixedPage";
+    Tell(events::PartSent{part, {"own", "new"}}, result);
+    EXPECT_EQ((std::deque<std::string>{"user", "own", "made", "new"}), result.texts.All());
+    EXPECT_EQ(0U, result.userTicketText);
+    EXPECT_EQ((Problems{{"document", "/x.png is missing, /1.fpage", "", ""}}), result.findings);
+    ASSERT_EQ(1U, result.providerCalls.size());
+    const MadeCall& made = result.providerCalls[0];
+    EXPECT_EQ(0U, made.base);
+    EXPECT_EQ(1U, made.delta);
+    EXPECT_EQ(2U, made.output);
+    EXPECT_EQ(std::nullopt, made.call.base);
+    ASSERT_EQ(1U, result.parts.size());
+    EXPECT_EQ(1U, result.parts[0].ownTicket);
+    EXPECT_EQ(3U, result.parts[0].newTicket);
+}
+
+TEST(Conclusion, WhatTheProviderSawHasItsIds) {
+    RunResult result;
+    Tell(Call("PTOpenProvider", S_OK), result);
+    Tell(Call("PTGetPrintCapabilities", E_FAIL), result);
+    result.provider.emplace();
+    result.provider->breaches = {{"A00E", "PTCloseProvider: the handle 1 is closed"},
+                                 {"A00F", "PTCloseProvider: the handle 2 was never given out"},
+                                 {"A010", "PTGetPrintCapabilities: the handle 3 belongs to thread 4"},
+                                 {"A011", "PTCloseProvider: the handle 3 belongs to thread 4"},
+                                 {"A012", "the handle 5 of the printer P was never closed"}};
+    result.provider->notes = {"a call without the expected token"};
+    Conclude(result);
+    EXPECT_EQ(
+        (Problems{
+            {"A00E", "print ticket provider: A00E PTCloseProvider: the handle 1 is closed", "", ""},
+            {"A00F", "print ticket provider: A00F PTCloseProvider: the handle 2 was never given out", "", ""},
+            {"A010", "print ticket provider: A010 PTGetPrintCapabilities: the handle 3 belongs to thread 4",
+             "", ""},
+            {"A011", "print ticket provider: A011 PTCloseProvider: the handle 3 belongs to thread 4", "", ""},
+            {"A012", "print ticket provider: A012 the handle 5 of the printer P was never closed", "", ""}}),
+        result.breaches);
+    EXPECT_EQ(
+        (Problems{
+            {"provider-failure", "print ticket provider: PTGetPrintCapabilities answered 0x80004005 E_FAIL",
+             "FixedPage /1.fpage", "PTGetPrintCapabilities"},
+            {"provider-note", "print ticket provider: a call without the expected token", "", ""}}),
+        result.findings);
+    EXPECT_EQ(RuleBroken, result.status);
+}
+
+TEST(Conclusion, AFindingIsAFailureOnlyForTheStrict) {
+    const auto status = [](bool strict) {
+        RunResult result;
+        result.findings = {{"foreign-output", "something else than the host wrote to the host's pipe"}};
+        Conclude(result, strict);
+        return result.status;
+    };
+    EXPECT_EQ(Done, status(false));
+    EXPECT_EQ(RuleBroken, status(true));
+    RunResult fine;
+    Conclude(fine, true);
+    EXPECT_EQ(Done, fine.status);
+}
+
+}  // namespace
+}  // namespace devkit::filterhost
