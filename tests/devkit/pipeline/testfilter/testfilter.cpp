@@ -266,8 +266,8 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     if (Is("exit-process-for-names") && NameOf(pPage).find(L"A%20Page") != std::wstring::npos) ExitProcess(7);
     if (Is("leak-page") && m_pages == 1) pPage->AddRef();
     if (Is("drop-first-page") && m_pages == 1) return S_OK;
-    if (Is("rewrite") || Is("rewrite-long") || Is("break-markup") || Is("rewrite-unclosed") || Is("no-width") ||
-        Is("no-height") || Is("name-unrelated")) {
+    if (Is("rewrite") || Is("rewrite-long") || Is("break-markup") || Is("rewrite-unclosed") ||
+        Is("no-width") || Is("no-height") || Is("name-unrelated")) {
         if (const HRESULT hr = RewriteMarkup(pPage); FAILED(hr)) return hr;
     }
     if (Is("ticket") || Is("ticket-unclosed") || m_mode.starts_with("ticket:")) {
