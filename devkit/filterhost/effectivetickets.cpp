@@ -48,7 +48,8 @@ std::vector<EffectiveTicket> EffectiveTickets(const RunResult& result) {
     const Tickets tickets(result.providerCalls);
     EffectiveTicket user;
     if (result.provider) {
-        user.facts = result.userTicket;
+        // A filter that calls no provider has nothing to do with the ticket.
+        if (!result.providerCalls.empty()) user.facts = result.userTicket;
         user.inForce = result.userTicketText;
     }
     EffectiveTicket job = user;

@@ -19,7 +19,8 @@ struct EffectiveTicket {
 };
 
 // For each of the parts, in their order. Nothing is said where a part with a ticket had none made for its
-// scope, or more than one, nor where there was no simulated provider. Points into the result.
+// scope, or more than one, nor where there was no simulated provider; of a filter that called none no facts.
+// Points into the result.
 [[nodiscard]] std::vector<EffectiveTicket> EffectiveTickets(const RunResult& result);
 
 }  // namespace devkit::filterhost

@@ -41,9 +41,9 @@ bool TurnsByARightAngle(const std::array<double, 6>& matrix) {
            std::abs(matrix[1]) > kNothing && std::abs(matrix[2]) > kNothing;
 }
 
-// Whether the first element in the page is a canvas that turns by a right angle.
-bool ContentIsTurned(common::XmlReader& reader) {
-    if (!reader.NextElement() || reader.Depth() != 1 || reader.LocalName() != "Canvas") return false;
+// Whether the current element is a canvas that turns by a right angle.
+bool IsTurningCanvas(const common::XmlReader& reader) {
+    if (reader.LocalName() != "Canvas") return false;
     const auto matrix = ReadMatrix(reader.Attribute("RenderTransform").value_or(std::string()));
     return matrix && TurnsByARightAngle(*matrix);
 }
@@ -54,9 +54,13 @@ void LookAtMarkup(const std::string& markup, const std::string& name, PageFacts&
     try {
         common::XmlReader reader(markup, name, limits);
         if (!reader.NextElement()) return;
-        facts.turned = facts.rewritten && ContentIsTurned(reader);
+        std::size_t contents = 0;
+        bool isTurned = false;
         while (reader.NextElement()) {
+            if (reader.Depth() != 1) continue;
+            isTurned = ++contents == 1 && IsTurningCanvas(reader);
         }
+        facts.turned = facts.rewritten && isTurned;
     } catch (const common::Error& error) {
         facts.malformed = error.what();
     }

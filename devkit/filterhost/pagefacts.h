@@ -25,7 +25,7 @@ struct PageFacts {
     std::size_t bytesBefore = 0;
     std::size_t bytesAfter = 0;
     bool rewritten = false;
-    bool turned = false;  // the content now stands in a canvas that turns it by a right angle
+    bool turned = false;  // all content now stands in a canvas that turns it by a right angle
     bool ticketReplaced = false;
     printschema::TicketFacts newTicket;    // of the ticket that replaces the input's
     std::optional<std::string> malformed;  // why the markup that comes out is not well-formed XML

@@ -170,13 +170,19 @@ std::string FailureLine(const RunResult& result) {
 
 std::string DecisionText(const PartFacts& part, const printschema::TicketFacts& effective) {
     const PageFacts& page = *part.page;
-    std::string text = SizeText(page.before);
-    if (page.rewritten) text += " -> " + SizeText(page.after);
-    text += ", feed " + effective.feedDirection.value_or("unset");
-    text += page.turned ? ", turned" : page.rewritten ? ", rewritten, not turned" : ", not turned";
+    // A page that the filter made has only the one size.
+    std::string text = page.rewritten ? SizeText(page.before) + " -> " : "";
+    text += SizeText(page.after);
     const bool isOwn = page.ticketReplaced && part.ticketAfter;
-    text += ", sheet " + (isOwn ? page.newTicket : effective).mediaSize.value_or("unset");
-    if (!page.ticketReplaced) return text + ", ticket kept";
+    const std::optional<std::string>& sheet = (isOwn ? page.newTicket : effective).mediaSize;
+    // Which way a page is to lie is no question for a filter that has to do with no tickets.
+    const bool isDecided = effective.feedDirection || sheet;
+    const bool isTurned = isDecided && page.turned;
+    if (effective.feedDirection) text += ", feed " + *effective.feedDirection;
+    if (page.rewritten && !isTurned) text += ", rewritten";
+    if (isDecided) text += isTurned ? ", turned" : ", not turned";
+    if (sheet) text += ", sheet " + *sheet;
+    if (!page.ticketReplaced) return text + (part.ticketBefore ? ", ticket kept" : "");
     return text + (isOwn ? ", new ticket " + *part.ticketAfter : ", ticket removed");
 }
 

@@ -12,7 +12,7 @@ namespace devkit::filterhost {
 [[nodiscard]] std::string WriteSummary(const RunResult& result);
 
 // What was decided for a FixedPage: its size before and after, the feed direction and the sheet that hold for
-// it, and what became of its ticket.
+// it and whether it was turned, where tickets show them, and what became of its ticket.
 [[nodiscard]] std::string DecisionText(const PartFacts& part, const printschema::TicketFacts& effective);
 
 // What went wrong, a line each without line break: an unreadable input, the filter's failure, each breach.

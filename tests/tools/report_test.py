@@ -53,6 +53,7 @@ class ReportPageTest(unittest.TestCase):
         cls.folder = tempfile.mkdtemp(prefix="report-page-")
         cls.good = cls.report_of("good", "", os.path.join(SAMPLES, "sample.xps"), "--device", "longedge")
         cls.bad = cls.report_of("bad", "send-after-close", os.path.join(SAMPLES, "minimal.xps"), *cls.filter_options())
+        cls.plain = cls.report_of("plain", "", os.path.join(SAMPLES, "minimal.xps"), *cls.filter_options())
         job = os.path.join(cls.folder, "job.xps")
         makejob.make(job, MANY_PAGES, 10, "other")
         cls.many = cls.report_of("many", "", job, "--device", "longedge")
@@ -110,6 +111,18 @@ class ReportPageTest(unittest.TestCase):
             self.assertEqual(part["markup_rewritten"], "→" in page["sizes"])
         self.assertIn("210 × 297 mm → 297 × 210 mm", [page["sizes"] for page in run.pages])
         self.assertTrue(all(page["before"] and page["after"] for page in run.pages))
+
+    def test_of_a_filter_without_tickets_it_says_only_what_is_true_of_any(self):
+        view = runs.view_of([self.plain], local_path, 0)
+        self.assertEqual([[("", "left as it was")]], [page["decisions"] for page in view["runs"][0].pages])
+        texts = Text(self.text_of(self.page_of("any", self.plain))).texts
+        self.assertEqual([], [text for text in texts if "turned" in text.lower()])
+        self.assertIn("Turned", Text(self.text_of(self.page_of("both", self.good, self.plain))).texts)
+
+    def test_a_page_that_the_filter_made_has_a_size(self):
+        made = {"uri": "/new.fpage", "width_in": None, "height_in": None, "width_out": 816, "height_out": 1056,
+                "ticket_in": None, "markup_rewritten": False}
+        self.assertEqual("216 × 279 mm", runs.page_row(1, made, None, None)["sizes"])
 
     def test_what_the_filter_put_back_stands_beside_what_the_device_made(self):
         run = runs.view_of([self.good], local_path, 0)["runs"][0]

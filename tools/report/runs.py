@@ -20,7 +20,7 @@ def view_of(reports, to_path, most_thumbnails):
         run.id = f"input-{number}"
     worst = max((run.status for run in runs), default=0)
     return {"runs": runs, "reports": reports, "verdict": VERDICTS[worst], "problems": problems_of(runs),
-            "several_devices": len({run.device for run in runs}) > 1,
+            "decides": any(run.decides for run in runs), "several_devices": len({run.device for run in runs}) > 1,
             "totals": {"inputs": len(runs), "pages": sum(run.pages_in for run in runs),
                        "turned": sum(run.turned for run in runs), "tickets": sum(run.new_tickets for run in runs),
                        "breaches": sum(len(run.breaches) for run in runs),
@@ -79,7 +79,8 @@ class Run:
         self.failures = failures_of(each)
         self.settings = [tickets.settings_of(text) for text in each["texts"]]
         pages = [part for part in each["parts"] if part["kind"] == "FixedPage"]
-        self.turned = sum(bool(page.get("turned")) for page in pages)
+        self.decides = any(decides(page) for page in pages)
+        self.turned = sum(page["turned"] and decides(page) for page in pages if "turned" in page)
         self.new_tickets = sum(bool(page.get("ticket_replaced")) for page in pages)
         self.provider_calls = count_calls(each["provider_calls"])
         self.scopes = self.ticket_groups()
@@ -143,17 +144,24 @@ class Run:
                            call["error"] or ""] for call in self.each["provider_calls"]]}
 
 
+def decides(page):
+    """Which way a page is to lie is no question for a filter that has to do with no tickets."""
+    return bool(page.get("feed") or page.get("sheet"))
+
+
 def page_row(number, page, before, after):
-    sizes = size_text(page.get("width_in"), page.get("height_in"))
+    # A page that the filter made has only the one size.
+    sizes = size_text(page.get("width_out"), page.get("height_out"))
     decisions = []
-    if page.get("turned"):
+    decided = decides(page)
+    if decided and page.get("turned"):
         decisions.append(("turned", "turned by a right angle"))
     elif page.get("markup_rewritten"):
-        decisions.append(("turned", "rewritten, not turned"))
+        decisions.append(("turned", "rewritten, not turned" if decided else "rewritten"))
     else:
-        decisions.append(("", "not turned"))
+        decisions.append(("", "not turned" if decided else "left as it was"))
     if page.get("markup_rewritten"):
-        sizes += " → " + size_text(page["width_out"], page["height_out"])
+        sizes = size_text(page["width_in"], page["height_in"]) + " → " + sizes
     if page.get("ticket_replaced"):
         decisions.append(("ticket", "new ticket" if page["ticket_out"] else "ticket removed"))
     elif page["ticket_in"]:

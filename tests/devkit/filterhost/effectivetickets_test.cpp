@@ -56,7 +56,12 @@ TEST(EffectiveTickets, APageHasItsOwnOrWhatHoldsAroundIt) {
 }
 
 TEST(EffectiveTickets, WithoutTicketsTheUsersHolds) {
-    EXPECT_EQ(Names{"User"}, Sheets({Sequence(false), Document("/d", false), Page("/1", false)}, {}));
+    EXPECT_EQ(Names{"User"}, Sheets({Sequence(false), Document("/d", false), Page("/1", false)},
+                                    {Made("XpsDocument", "job", "Other")}));
+}
+
+TEST(EffectiveTickets, SayNothingOfAFilterThatCallsNoProvider) {
+    EXPECT_EQ(Names{"unset"}, Sheets({Sequence(false), Document("/d", false), Page("/1", false)}, {}));
 }
 
 TEST(EffectiveTickets, AreNotKnownOfTheSystemsProvider) {

@@ -198,7 +198,7 @@ TEST(FilterHost, TheReportIsExact) {
              "tickets": {"own": null, "asked": null, "made": null, "in_force": 0, "new": 1},
              "width_in": 793.76, "height_in": 1122.56, "width_out": 793.76, "height_out": 1122.56,
              "markup_rewritten": false, "turned": false, "ticket_replaced": true, "feed": null, "sheet": null,
-             "decision": "793.76 x 1122.56, feed unset, not turned, sheet unset, new ticket /Tickets\\made_1.xml"
+             "decision": "793.76 x 1122.56, new ticket /Tickets\\made_1.xml"
             }]})json");
     EXPECT_EQ(expected, run);
 }
@@ -394,9 +394,12 @@ TEST(FilterHost, TheUsersTicketMayComeFromAFile) {
     EXPECT_TRUE(ended.error.starts_with("filterhost: --user-ticket: ")) << ended.error;
     const Ended given =
         RunProgram(RunArguments({Text(Sample("minimal.xps")), "-o", Text(folder / "o.xps"), "--user-ticket",
-                                 Text(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml")}));
+                                 Text(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml"),
+                                 "--json", Text(folder / "r.json")}));
     EXPECT_EQ(0U, given.status);
-    EXPECT_NE(std::string::npos, given.out.find("feed LongEdgeFirst")) << given.out;
+    const Json run = ReportedInputs(folder / "r.json")[0];
+    EXPECT_EQ(FileBytes(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml"),
+              run["texts"][run["user_ticket"].get<std::size_t>()]);
 }
 
 TEST(FilterHost, AnUnknownDeviceGivesStatus2AndTheNamesOfTheModels) {

@@ -74,6 +74,12 @@ TEST(PageFacts, ACanvasThatScalesIsNoTurn) {
     EXPECT_FALSE(AfterRewrite(Markup("<Path/>"), Markup("")).turned);
 }
 
+TEST(PageFacts, ATurnedCanvasBesideOtherContentIsNoTurn) {
+    const std::string canvas = "<Canvas RenderTransform=\"0,-1,1,0,0,816\"><Path/></Canvas>";
+    EXPECT_FALSE(AfterRewrite(Markup("<Path/>"), Markup(canvas + "<Path/>")).turned);
+    EXPECT_FALSE(AfterRewrite(Markup("<Path/>"), Markup("<Path/>" + canvas)).turned);
+}
+
 TEST(PageFacts, ATurnedCanvasOfTheInputsOwnIsNoTurnOfTheFilters) {
     EXPECT_FALSE(FactsOf(Page(Markup("<Canvas RenderTransform=\"0,-1,1,0,0,816\"/>"))).turned);
 }

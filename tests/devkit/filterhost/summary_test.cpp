@@ -34,14 +34,46 @@ RunResult Finished() {
 TEST(Summary, OfAPageThatWasLeftAlone) {
     EXPECT_EQ(
         "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
-        "  page 1 /1.fpage: 816 x 1056, feed unset, not turned, sheet unset, ticket kept\n",
+        "  page 1 /1.fpage: 816 x 1056\n",
         WriteSummary(Finished()));
+}
+
+// What is told of the page of a run.
+std::string PageText(const PageFacts& page, const printschema::TicketFacts& effective = {}) {
+    PartFacts part{"FixedPage", "/1.fpage"};
+    part.ticketBefore = "/ticket.xml";
+    part.page = page;
+    return DecisionText(part, effective);
+}
+
+TEST(Summary, FeedSheetAndTurnAreToldWhereTicketsShowThem) {
+    PageFacts page;
+    page.before = page.after = PageSize{816, 1056};
+    EXPECT_EQ("816 x 1056, ticket kept", PageText(page));
+    EXPECT_EQ("816 x 1056, not turned, sheet ISOA4, ticket kept", PageText(page, {"ISOA4", std::nullopt}));
+    EXPECT_EQ("816 x 1056, feed LongEdgeFirst, not turned, ticket kept",
+              PageText(page, {std::nullopt, "LongEdgeFirst"}));
+    page.rewritten = true;
+    EXPECT_EQ("816 x 1056 -> 816 x 1056, rewritten, ticket kept", PageText(page));
+    EXPECT_EQ("816 x 1056 -> 816 x 1056, rewritten, not turned, sheet ISOA4, ticket kept",
+              PageText(page, {"ISOA4", std::nullopt}));
+    page.turned = true;
+    EXPECT_EQ("816 x 1056 -> 816 x 1056, rewritten, ticket kept", PageText(page));
+    EXPECT_EQ("816 x 1056 -> 816 x 1056, turned, sheet ISOA4, ticket kept",
+              PageText(page, {"ISOA4", std::nullopt}));
+}
+
+TEST(Summary, APageThatTheFilterMadeHasOneSize) {
+    PageFacts page;
+    page.after = PageSize{816, 1056};
+    EXPECT_EQ("816 x 1056, ticket kept", PageText(page));
 }
 
 TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
     RunResult result = Finished();
     result.userTicket = {"Unused", "LongEdgeFirst"};
     result.provider.emplace();
+    result.providerCalls.emplace_back().call.function = "PTOpenProvider";
     PageFacts& page = *result.parts.back().page;
     page.rewritten = true;
     page.turned = true;
@@ -53,7 +85,7 @@ TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
         "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
         "  page 1 /1.fpage: 816 x 1056 -> 1056.25 x 816, feed LongEdgeFirst, turned, sheet ISOA4, new ticket "
         "/a\\b.xml\n"
-        "  print ticket provider: 0 calls\n",
+        "  print ticket provider: 1 call (PTOpenProvider 1), 0 of them as the user, 0 handles left open\n",
         WriteSummary(result));
 }
 
