@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "devkit/common/file.h"
+#include "devkit/common/numbers.h"
 #include "devkit/common/xmlwriter.h"
 #include "devkit/filterhost/summary.h"
 
@@ -12,10 +13,11 @@ namespace {
 
 constexpr std::string_view kEnd = "</testsuite>\n";
 
-// Room for any count, so that the head of the file can be replaced in its place.
-std::string Attribute(const char* name, std::size_t count) {
+constexpr int kDecimals = 3;  // of a second
+
+// Room for any number, so that the head of the file can be replaced in its place.
+std::string Attribute(const char* name, const std::string& number) {
     constexpr std::size_t kWidth = 20;
-    const std::string number = std::to_string(count);
     return " " + std::string(name) + "=\"" + number + "\"" + std::string(kWidth - number.size(), ' ');
 }
 
@@ -62,6 +64,7 @@ std::string WriteTestCase(const RunResult& result, const std::string& className)
     xml.StartElement("testcase");
     xml.Attribute("classname", Printable(className));
     xml.Attribute("name", Printable(result.input));
+    if (result.times) xml.Attribute("time", common::NumberText(result.times->total, kDecimals));
     if (const Verdict verdict = VerdictOf(result.status); verdict != Verdict::Passed) {
         std::vector<std::string> problems = WriteProblems(result);
         // With --strict these alone may have made the status.
@@ -83,8 +86,10 @@ std::string WriteTestCase(const RunResult& result, const std::string& className)
 
 std::string JunitReport::Head(const Counts& counts) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"filterhost\"" +
-           Attribute("tests", counts.tests) + Attribute("failures", counts.failures) +
-           Attribute("errors", counts.errors) + ">\n";
+           Attribute("tests", std::to_string(counts.tests)) +
+           Attribute("failures", std::to_string(counts.failures)) +
+           Attribute("errors", std::to_string(counts.errors)) +
+           Attribute("time", common::NumberText(counts.seconds, kDecimals)) + ">\n";
 }
 
 JunitReport::JunitReport(std::filesystem::path path, const RunSettings& settings)
@@ -95,6 +100,7 @@ void JunitReport::Add(const RunResult& result) {
     const Verdict verdict = VerdictOf(result.status);
     if (verdict == Verdict::Failure) ++m_counts.failures;
     if (verdict == Verdict::Error) ++m_counts.errors;
+    if (result.times) m_counts.seconds += result.times->total;
     m_file.Add(WriteTestCase(result, m_className) + "\n");
     m_file.ReplaceHead(Head(m_counts));
 }

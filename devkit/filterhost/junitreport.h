@@ -12,7 +12,8 @@ namespace devkit::filterhost {
 
 // The report for build servers, in the form that JUnit's runner for Ant has made common: a test suite with a
 // test case for each input. A filter that failed or broke a rule is a failure; an input that could not be
-// read, or settings that were of no use, an error. The file is whole after every result.
+// read, or settings that were of no use, an error. The time is that of the runs, where it was measured. The
+// file is whole after every result.
 class JunitReport {
   public:
     // Replaces a file that is there. Throws UsageError when it cannot be written, as Add does.
@@ -25,6 +26,7 @@ class JunitReport {
         std::size_t tests = 0;
         std::size_t failures = 0;
         std::size_t errors = 0;
+        double seconds = 0;
     };
     static std::string Head(const Counts& counts);
 

@@ -22,6 +22,14 @@ TEST(JunitReport, ATestCaseThatPassedHasTheSummaryAlone) {
         WriteTestCase(WithStatus(Done), "filter"));
 }
 
+TEST(JunitReport, TellsTheSecondsThatWereMeasured) {
+    RunResult result = WithStatus(Done);
+    result.times.emplace().total = 1.23456;
+    const std::string text = WriteTestCase(result, "filter");
+    EXPECT_TRUE(text.starts_with("<testcase classname=\"filter\" name=\"a &amp; b.xps\" time=\"1.235\">"))
+        << text;
+}
+
 TEST(JunitReport, AFilterFailsAndAnInputIsAnError) {
     RunResult result = WithStatus(RuleBroken);
     result.breaches = {{"leak", "never released: one"}, {"kind", "two"}};

@@ -73,6 +73,8 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(int(suite.get("tests")), len(suite.findall("testcase")))
         self.assertEqual(int(suite.get("failures")), len(suite.findall("testcase/failure")))
         self.assertEqual(int(suite.get("errors")), len(suite.findall("testcase/error")))
+        seconds = [float(case.get("time", "0")) for case in suite]
+        self.assertAlmostEqual(sum(seconds), float(suite.get("time")), delta=0.001 * (len(seconds) + 1))
         for case in suite:
             self.assertTrue(case.get("name") and case.get("classname"))
             self.assertLessEqual({child.tag for child in case}, {"failure", "error", "system-out"})
@@ -84,6 +86,7 @@ class ReportTest(unittest.TestCase):
         status, report, suite = self.run_host("", ["sample.xps"], "-o", windows_path(self.path("o.xps")), "--device",
                                               "longedge")
         self.assertEqual(0, status)
+        self.assertAlmostEqual(report["inputs"][0]["seconds"]["total"], float(suite[0].get("time")), delta=0.001)
         self.assertEqual("0", suite.get("failures"))
         self.assertRegex(report["filters"][0]["file_version"], r"^\d+(\.\d+){3}$")
         run, = report["inputs"]
