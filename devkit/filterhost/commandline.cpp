@@ -52,6 +52,7 @@ struct RawRun {
     std::vector<std::string> outputKinds;
     std::optional<std::string> pipelineConfig;
     std::optional<std::string> userTicket;
+    std::optional<std::string> deviceCapabilities;
     std::vector<std::string> provider;
     std::optional<std::string> json;
     std::optional<std::string> junit;
@@ -99,14 +100,19 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
            "the user's default print ticket (default: that of the device)");
     option("--ns-prefix", host.nsPrefix, "TEXT", "KoraNsPrefix of the driver property bag (default: krk)");
     option("--tesk-type", host.teskType, "N", "KoraTeskType of the driver property bag (default: absent)");
-    auto* noDriverProperties =
-        run.add_flag("--no-driver-properties", raw.noDriverProperties, "no driver property bag at all");
+    auto* noDriverProperties = run.add_flag("--no-driver-properties", raw.noDriverProperties,
+                                            "neither the driver property bag nor the queue's");
     list("--property", host.properties, "NAME=TYPE:VALUE",
          "an entry of the pipeline's property bag, instead of one that it has of that name, repeatable;\n"
          "TYPE is bool, int, uint or string");
     list("--driver-property", host.driverValues, "NAME=TYPE:VALUE",
          "an entry of the driver property bag, repeatable")
         ->excludes(noDriverProperties);
+    list("--queue-property", host.queueValues, "NAME=TYPE:VALUE",
+         "an entry of the queue property bag, which is there where the driver's is, repeatable")
+        ->excludes(noDriverProperties);
+    option("--device-capabilities", raw.deviceCapabilities, "FILE",
+           "what PrintDeviceCapabilities of the property bag gives (default: absent)");
     list("--provider", raw.provider, "KEY=VALUE|system",
          "a switch of the simulated print ticket provider, repeatable; or the system's own provider");
     list("--pipeline", host.pipelineSwitches, "KEY=VALUE",
@@ -182,6 +188,7 @@ void CheckPipeline(const HostSettings& settings) {
               [&options](const std::string& text) { pipeline::ApplySwitch(options, text); });
     CheckEach("--property", settings.properties, parse);
     CheckEach("--driver-property", settings.driverValues, parse);
+    CheckEach("--queue-property", settings.queueValues, parse);
 }
 
 pipeline::DataKind KindOf(const char* option, const std::string& text) {
@@ -253,6 +260,7 @@ RunSettings TakeRun(RawRun raw) {
     host.pipelineConfig = Absolute(raw.pipelineConfig);
     host.filters = host.pipelineConfig ? ReadFilters(*host.pipelineConfig) : TakeFilters(raw);
     host.userTicket = Absolute(raw.userTicket);
+    host.deviceCapabilities = Absolute(raw.deviceCapabilities);
     host.driverProperties = !raw.noDriverProperties;
     settings.outputFolder = Absolute(raw.outputFolder);
     settings.json = Absolute(raw.json);

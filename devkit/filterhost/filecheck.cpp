@@ -62,6 +62,8 @@ void CheckFiles(const RunSettings& settings) {
     for (const FilterSettings& filter : settings.host.filters) files.Read(filter.dll, "the filter");
     if (settings.host.pipelineConfig) files.Read(*settings.host.pipelineConfig, "the pipeline configuration");
     if (settings.host.userTicket) files.Read(*settings.host.userTicket, "the user's ticket");
+    if (settings.host.deviceCapabilities)
+        files.Read(*settings.host.deviceCapabilities, "the device capabilities");
     for (const auto& entry : std::filesystem::directory_iterator(FindDeviceFolder(settings.host.device))) {
         files.Read(entry.path(), "the device model's");
     }

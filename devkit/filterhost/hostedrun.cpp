@@ -220,6 +220,24 @@ void TellIdle(const HostSettings& settings, const std::vector<RunOutcome>& outco
     }
 }
 
+// The widest of the job's tickets: that of the document as it stands, else the user's. Null when it cannot be
+// read, which whoever reads the document will tell.
+pipeline::Bytes JobTicketOf(const pipeline::JobInput& job, const pipeline::Bytes& userTicket) try {
+    return job.ticket ? job.ticket->read() : userTicket;
+} catch (const common::Error&) {
+    return nullptr;
+}
+
+// Of several of one name the last one holds.
+pipeline::PropertyValues ParseProperties(const std::vector<std::string>& texts) {
+    pipeline::PropertyValues values;
+    for (const std::string& text : texts) {
+        auto [name, value] = pipeline::ParseProperty(text);
+        values.insert_or_assign(name, std::move(value));
+    }
+    return values;
+}
+
 // The kit's DOM document in the place of the system's, where a probe finds the system's wanting.
 std::unique_ptr<msxml::DomRegistration> FillDomGap(const EventSink& sink) {
     if (msxml::SystemDomConforms()) return nullptr;
@@ -263,6 +281,8 @@ std::string ReadUserTicket(const Path& path) {
     return bytes;
 }
 
+std::string ReadDeviceCapabilities(const Path& path) { return ReadFile(path, "--device-capabilities"); }
+
 HostedRun::HostedRun(const HostSettings& settings, const EventSink& sink)
     : m_settings(settings),
       m_provider(settings),
@@ -270,6 +290,10 @@ HostedRun::HostedRun(const HostSettings& settings, const EventSink& sink)
       m_printer(platform::ToUtf16(m_provider.PrinterName())),
       m_userTicket(std::make_shared<const std::string>(
           settings.userTicket ? ReadUserTicket(*settings.userTicket) : m_provider.DefaultTicket())),
+      m_deviceCapabilities(
+          settings.deviceCapabilities
+              ? std::make_shared<const std::string>(ReadDeviceCapabilities(*settings.deviceCapabilities))
+              : nullptr),
       m_dom(FillDomGap(sink)) {}
 
 HostedRun::~HostedRun() = default;
@@ -307,13 +331,15 @@ bool HostedRun::Run(const Job& job, const EventSink& sink) {
 bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Job& job, const EventSink& sink,
                           std::optional<RunTimes>& times) {
     pipeline::RunOptions options = MakeOptions();
-    options.properties.contentType =
-        document->GetFlavour() == package::Flavour::OpenXps ? L"OpenXPS" : L"XPS";
     const HANDLE token = options.properties.userToken->Get();
     const bool isStream = m_settings.filters.front().input == pipeline::DataKind::Stream;
     pipeline::ChainInput input{
         pipeline::MakeJobInput(document),
         isStream ? std::make_shared<const std::string>(ReadFile(job.input, "INPUT")) : nullptr};
+    pipeline::JobProperties& properties = options.properties;
+    properties.contentType = document->GetFlavour() == package::Flavour::OpenXps ? L"OpenXPS" : L"XPS";
+    properties.jobTicket = JobTicketOf(*input.job, m_userTicket);
+    if (job.output) properties.outputFile = job.output->wstring();
     const std::size_t pages = CountPages(*document);
     const auto run = std::make_shared<pipeline::FilterRun>(MakeChain(sink, RecordsTickets(pages)),
                                                            std::move(input), std::move(options));
@@ -398,20 +424,17 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
     properties.printerName = platform::ToUtf16(m_provider.PrinterName());
     properties.userTicket = m_userTicket;
     properties.printerHandle = m_printer.Get();
+    properties.deviceCapabilities = m_deviceCapabilities;
     properties.driverValues.reset();
     if (m_settings.driverProperties) {
+        properties.queueValues = ParseProperties(m_settings.queueValues);
         properties.driverValues.emplace();
         properties.driverValues->emplace(L"KoraNsPrefix", platform::ToUtf16(m_settings.nsPrefix));
         if (m_settings.teskType) properties.driverValues->emplace(L"KoraTeskType", *m_settings.teskType);
-        for (const std::string& text : m_settings.driverValues) {
-            auto [name, value] = pipeline::ParseProperty(text);
+        for (auto& [name, value] : ParseProperties(m_settings.driverValues))
             properties.driverValues->insert_or_assign(name, std::move(value));
-        }
     }
-    for (const std::string& text : m_settings.properties) {
-        auto [name, value] = pipeline::ParseProperty(text);
-        properties.more.insert_or_assign(name, std::move(value));
-    }
+    properties.more = ParseProperties(m_settings.properties);
     options.cancelAt = m_settings.cancelAt;
     if (m_dom) options.onPipelineThread = options.onApartmentEntered = &FillDomGapOfThread;
     for (const std::string& text : m_settings.pipelineSwitches) pipeline::ApplySwitch(options, text);

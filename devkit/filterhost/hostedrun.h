@@ -51,6 +51,7 @@ class HostedRun {
     std::vector<std::shared_ptr<pipeline::FilterSource>> m_filters;
     const PrinterHandle m_printer;
     pipeline::Bytes m_userTicket;
+    pipeline::Bytes m_deviceCapabilities;  // null when there are none
     std::unique_ptr<msxml::DomRegistration> m_dom;
 
     std::mutex m_lock;
@@ -60,5 +61,7 @@ class HostedRun {
 
 // What a user's ticket is, read and found to be one. Throws UsageError.
 [[nodiscard]] std::string ReadUserTicket(const std::filesystem::path& path);
+// The bytes of --device-capabilities. Throws UsageError.
+[[nodiscard]] std::string ReadDeviceCapabilities(const std::filesystem::path& path);
 
 }  // namespace devkit::filterhost

@@ -83,6 +83,8 @@ Json WriteSwitches(const RunSettings& settings) {
             {"ns_prefix", host.nsPrefix},
             {"tesk_type", host.teskType},
             {"driver_property", host.driverValues},
+            {"queue_property", host.queueValues},
+            {"device_capabilities", PathOf(host.deviceCapabilities)},
             {"property", host.properties},
             {"provider", host.systemProvider ? Json::array({"system"}) : Json(host.providerSwitches)},
             {"pipeline", host.pipelineSwitches},

@@ -35,6 +35,7 @@ void CheckSettings(const RunSettings& settings) {
     }
     CheckProvider(host);
     if (host.userTicket) static_cast<void>(ReadUserTicket(*host.userTicket));
+    if (host.deviceCapabilities) static_cast<void>(ReadDeviceCapabilities(*host.deviceCapabilities));
     CheckFiles(settings);
 }
 

@@ -32,8 +32,9 @@ namespace devkit::filterhost {
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterSettings, name, dll, clsid, input, output)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostSettings, filters, pipelineConfig, device, printer, userTicket,
-                                   nsPrefix, teskType, driverProperties, providerSwitches, systemProvider,
-                                   pipelineSwitches, properties, driverValues, cancelAt, recordTickets)
+                                   deviceCapabilities, nsPrefix, teskType, driverProperties, providerSwitches,
+                                   systemProvider, pipelineSwitches, properties, driverValues, queueValues,
+                                   cancelAt, recordTickets)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Job, input, inputName, output, outputName)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, host, job)
 

@@ -33,6 +33,7 @@ struct HostSettings {
     std::string device = "simprinter";
     std::optional<std::string> printer;
     std::optional<std::filesystem::path> userTicket;
+    std::optional<std::filesystem::path> deviceCapabilities;  // "PrintDeviceCapabilities", as they stand
     std::string nsPrefix = "krk";
     std::optional<LONG> teskType;
     bool driverProperties = true;
@@ -41,6 +42,7 @@ struct HostSettings {
     std::vector<std::string> pipelineSwitches;  // "KEY=VALUE" of pipeline::ApplySwitch
     std::vector<std::string> properties;        // "NAME=TYPE:VALUE" of pipeline::ParseProperty
     std::vector<std::string> driverValues;      // the same, of the driver property bag
+    std::vector<std::string> queueValues;       // and of the queue property bag
     unsigned cancelAt = 0;
     bool recordTickets = false;  // for a report
 };

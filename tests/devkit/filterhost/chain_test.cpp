@@ -155,6 +155,54 @@ TEST(Properties, OfThePipelineReachTheFilterAndReplaceTheKits) {
         EXPECT_EQ(0U, run(name, {})) << name;
 }
 
+// The status of a run of a filter that expects the text in the property.
+unsigned long ExpectProperty(const std::string& expected, Arguments more) {
+    Arguments arguments{"--quiet", "--driver-property", "TestFilterMode=string:expect-property " + expected};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return RunProgram(RunArguments(arguments)).status;
+}
+
+TEST(Properties, TheQueuesBagHasWhatTheCommandLineSays) {
+    const std::string input = Text(Sample("minimal.xps"));
+    EXPECT_EQ(0U, ExpectProperty("QueuePropertyBag=a=b",
+                                 {input, "--no-output", "--queue-property", "Text=string:a=b"}));
+    EXPECT_EQ(1U, ExpectProperty("QueuePropertyBag=", {input, "--no-output"}));
+}
+
+TEST(Properties, TheOutputsNameIsThereWhenThereIsOne) {
+    const Path output = FreshFolder("outputname") / "named.xps";
+    const std::string input = Text(Sample("minimal.xps"));
+    EXPECT_EQ(0U, ExpectProperty("PrintOutputFileName=" + Text(output), {input, "-o", Text(output)}));
+    EXPECT_EQ(1U, ExpectProperty("PrintOutputFileName=", {input, "--no-output"}));
+}
+
+TEST(Properties, TheJobsTicketIsTheDocumentsOrTheUsers) {
+    const Path ticket = FreshFolder("jobticket") / "user.xml";
+    std::ofstream(ticket)
+        << "<psf:PrintTicket version=\"1\" xmlns:psf=\"http://schemas.microsoft.com/windows/"
+           "2003/08/printing/printschemaframework\"><!--user's--></psf:PrintTicket>";
+    const auto run = [&](const char* sample, const char* text) {
+        return ExpectProperty(std::string("JobPrintTicket=") + text,
+                              {Text(Sample(sample)), "--no-output", "--user-ticket", Text(ticket)});
+    };
+    EXPECT_EQ(0U, run("minimal.xps", "<!--user's-->"));
+    EXPECT_EQ(1U, run("sample.xps", "<!--user's-->"));
+    EXPECT_EQ(0U, run("sample.xps", "JobCopiesAllDocuments"));
+}
+
+TEST(Properties, TheDevicesCapabilitiesAreTheFilesBytes) {
+    const Path file = FreshFolder("capabilities") / "device.xml";
+    std::ofstream(file) << "<PrintDeviceCapabilities/>";
+    const std::string input = Text(Sample("minimal.xps"));
+    EXPECT_EQ(0U, ExpectProperty("PrintDeviceCapabilities=<PrintDeviceCapabilities/>",
+                                 {input, "--no-output", "--device-capabilities", Text(file)}));
+    EXPECT_EQ(1U, ExpectProperty("PrintDeviceCapabilities=", {input, "--no-output"}));
+    const Ended missing =
+        RunProgram(RunArguments({input, "--no-output", "--device-capabilities", Text(file) + ".none"}));
+    EXPECT_EQ(2U, missing.status);
+    EXPECT_TRUE(missing.error.starts_with("filterhost: --device-capabilities: ")) << missing.error;
+}
+
 TEST(Properties, ThatAreNoneAreWrongUsage) {
     const auto error = [](const char* option, const char* text) {
         return RunProgram(RunArguments({Text(Sample("minimal.xps")), "--no-output", option, text})).error;

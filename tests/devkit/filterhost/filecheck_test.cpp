@@ -94,6 +94,12 @@ TEST_F(FileCheck, TheReportMayNotBeAnInputOrAnOutput) {
     EXPECT_TRUE(Refusal().starts_with("--junit would replace --json")) << Refusal();
 }
 
+TEST_F(FileCheck, WhatTheBagIsToHoldMayNotBeReplaced) {
+    m_settings.host.deviceCapabilities = m_folder / "device.xml";
+    m_settings.json = m_folder / "device.xml";
+    EXPECT_EQ("--json would replace the device capabilities device.xml", Refusal());
+}
+
 TEST_F(FileCheck, TwoOutputsMayNotBeOneFile) {
     m_settings.jobs[1].output = m_folder / "Out-a.xps";
     EXPECT_EQ("the output would replace the output out-a.xps", Refusal());

@@ -108,6 +108,52 @@ std::string ReadMode(IPrintPipelinePropertyBag& bag) {
     return mode == nullptr ? "" : mode;
 }
 
+HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
+    for (BOOL isEnd = FALSE; !isEnd;) {
+        char buffer[1024];
+        ULONG count = 0;
+        if (const HRESULT hr = pStream->ReadBytes(buffer, sizeof(buffer), &count, &isEnd); FAILED(hr))
+            return hr;
+        if (count == 0) break;
+        text.append(buffer, count);
+    }
+    return S_OK;
+}
+
+// A text, the bytes of a stream, or the entry "Text" of a bag.
+HRESULT ReadProperty(const platform::Variant& value, std::string& text) {
+    const auto take = [&text](std::wstring_view wide) { text.assign(wide.begin(), wide.end()); };
+    if (value.Get().vt == VT_BSTR) {
+        take(value.Get().bstrVal);
+        return S_OK;
+    }
+    const ComPtr<IUnknown> object(value.Unknown());
+    if (!object) return E_NOINTERFACE;
+    ComPtr<IPrintReadStreamFactory> factory;
+    if (SUCCEEDED(object.QueryTo(factory))) {
+        ComPtr<IPrintReadStream> stream;
+        const HRESULT hr = factory->GetStream(stream.Put());
+        return FAILED(hr) ? hr : ReadAll(stream.Get(), text);
+    }
+    ComPtr<IPrinterPropertyBag> bag;
+    if (const HRESULT hr = object.QueryTo(bag); FAILED(hr)) return hr;
+    Bstr own;
+    const HRESULT hr = bag->GetString(Bstr(L"Text").Get(), own.Put());
+    if (SUCCEEDED(hr)) take(own.View());
+    return hr;
+}
+
+// "NAME=TEXT": E_FAIL when the text is not in the property.
+HRESULT ExpectProperty(IPrintPipelinePropertyBag& bag, const std::string& expected) {
+    const std::size_t equals = expected.find('=');
+    const std::wstring name(expected.begin(), expected.begin() + static_cast<std::ptrdiff_t>(equals));
+    platform::Variant value;
+    std::string text;
+    if (const HRESULT hr = bag.GetProperty(name.c_str(), value.Put()); FAILED(hr)) return hr;
+    if (const HRESULT hr = ReadProperty(value, text); FAILED(hr)) return hr;
+    return text.find(expected.substr(equals + 1)) == std::string::npos ? E_FAIL : S_OK;
+}
+
 }  // namespace
 
 std::atomic<long> g_liveObjects = 0;
@@ -155,6 +201,9 @@ HRESULT TestFilter::StartOperation() {
         return hr;
     if (HRESULT hr = m_communicator->RequestWriter(reinterpret_cast<void**>(m_writer.Put())); FAILED(hr))
         return hr;
+    if (m_mode.starts_with("expect-property ")) {
+        if (const HRESULT hr = ExpectProperty(*m_bag.Get(), m_mode.substr(16)); FAILED(hr)) return Finish(hr);
+    }
     if (Is("leak-self")) AddRef();
     if (Is("leak-reader")) m_reader->AddRef();
     if (Is("leak-bag")) m_bag->AddRef();
