@@ -126,7 +126,8 @@ def missed(sources):
 
 
 def main(build, output):
-    sources = collect(build)
+    # gcov runs in a folder of its own.
+    sources = collect(os.path.abspath(build))
     if not any(count for source in sources.values() for count in source.lines.values()):
         sys.exit("there are no counters in " + build)
     os.makedirs(output, exist_ok=True)
