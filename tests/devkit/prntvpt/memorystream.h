@@ -17,8 +17,7 @@ namespace devkit::prntvpt {
 // A stream over bytes in memory. Only Read, Write and Seek work.
 class MemoryStream final : public tests::MockObject<IStream> {
   public:
-    MemoryStream(std::string bytes, std::size_t position)
-        : m_bytes(std::move(bytes)), m_position(position) {}
+    MemoryStream(std::string bytes, std::size_t position) : m_bytes(std::move(bytes)), m_position(position) {}
     // Made with one reference, positioned at `position`.
     [[nodiscard]] static platform::ComPtr<MemoryStream> Make(std::string bytes = {},
                                                              std::size_t position = 0);
