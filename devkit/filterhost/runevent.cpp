@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -158,17 +159,27 @@ std::string TypeName(const std::string& type) {
     return type;
 }
 
+// "PTMergeAndValidatePrintTicket (page)".
+std::string TitleOf(const prntvpt::ProviderCall& call) {
+    return call.scope ? call.function + " (" + *call.scope + ")" : call.function;
+}
+
 // "PTMergeAndValidatePrintTicket (page) answered 0x80040003 E_PRINTTICKET_FORMAT: Base ticket: ...".
 std::string FailedCallText(const prntvpt::ProviderCall& call) {
-    std::string text = call.function;
-    if (call.scope) text += " (" + *call.scope + ")";
-    text += " answered " + common::Describe(call.result);
+    const std::string text = TitleOf(call) + " answered " + common::Describe(call.result);
     return call.error ? text + ": " + *call.error : text;
 }
 
 void AddProviderLines(RunResult& result) {
     constexpr const char* kWho = "print ticket provider: ";
+    std::set<std::string> twoPrefixes;  // each is told once, with the first call that has it
     for (const MadeCall& made : result.providerCalls) {
+        if (const auto& found = made.call.twoPrefixes; found && twoPrefixes.insert(*found).second) {
+            result.findings.push_back(ProblemOf(
+                Check::TicketTwoPrefixes,
+                "the print ticket that " + TitleOf(made.call) + " was given to start from has " + *found,
+                made.part, made.call.function));
+        }
         if (SUCCEEDED(made.call.result)) continue;
         result.findings.push_back(ProblemOf(Check::ProviderFailure, kWho + FailedCallText(made.call),
                                             made.part, made.call.function));

@@ -156,7 +156,10 @@ class Reader {
             }
             Element child = ReadElement(pChild, *tag);
             if (child.name && *tag != Tag::Option && !names.emplace(*tag, *child.name).second) {
-                if (m_duplicates == Duplicates::KeepFirst) continue;
+                if (m_duplicates == Duplicates::KeepFirst) {
+                    m_document.hadDuplicates = true;
+                    continue;
+                }
                 throw FormatError("Duplicate definitions exist for " + DuplicateKind(*tag) + " " +
                                   child.name->local);
             }

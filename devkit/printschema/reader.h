@@ -33,6 +33,8 @@ struct FrameworkDocument {
     Element root;
     // Every prefix that the document declares, once, with its first namespace; not the default namespace.
     std::vector<PrefixBinding> prefixes;
+    // A name stood twice among siblings, and the first one was kept.
+    bool hadDuplicates = false;
 };
 
 // Reads a document of the Print Schema Framework, in UTF-8 or UTF-16, whose root is to be `root`. Throws

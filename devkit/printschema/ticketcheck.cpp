@@ -18,37 +18,10 @@ namespace {
 
 using Kind = TicketProblem::Kind;
 
-// A name that stands twice among the framework's elements of one parent, written with two prefixes that are
-// bound to the same namespace.
-[[nodiscard]] std::optional<std::string> FindTwoPrefixes(std::string_view bytes) {
-    using Entry = std::pair<std::string, QName>;  // the element and what its name means
-    common::XmlLimits limits;
-    limits.maxBytes = kMaxDocumentSize;
-    common::XmlReader reader(bytes, {}, limits);
-    std::vector<std::map<Entry, std::string>> siblings;  // by depth
-    while (reader.NextElement()) {
-        siblings.resize(static_cast<std::size_t>(reader.Depth()) + 1);
-        const std::string name = reader.Attribute("name").value_or(std::string());
-        const std::size_t colon = name.find(':');
-        if (colon == std::string::npos || reader.LocalName() == TagName(Tag::Option)) continue;
-        QName meaning{reader.NamespaceOf(name.substr(0, colon)), name.substr(colon + 1)};
-        const auto [entry, isNew] = siblings.back().try_emplace({reader.LocalName(), meaning}, name);
-        if (!isNew && entry->second != name) {
-            return meaning.local + " twice, as " + entry->second + " and " + name +
-                   ": two prefixes of one namespace";
-        }
-    }
-    return std::nullopt;
-}
-
 // Why the bytes are no ticket. Whoever has copied a namespace from a page of documentation may have it with
 // the scheme of that page's links.
 [[nodiscard]] TicketProblem WhyUnreadable(std::string_view bytes, const std::string& reason) {
-    try {
-        if (auto found = FindTwoPrefixes(bytes)) return {Kind::TwoPrefixes, *std::move(found)};
-    } catch (const common::Error&) {
-        // The reason tells of it.
-    }
+    if (auto found = FindTwoPrefixes(bytes)) return {Kind::TwoPrefixes, *std::move(found)};
     const bool hasSecureScheme =
         bytes.find("\"https://schemas.microsoft.com/windows/") != std::string_view::npos;
     return {
@@ -141,6 +114,29 @@ std::vector<TicketProblem> CheckTicket(std::string_view bytes) {
     } catch (const FormatError& error) {
         return {WhyUnreadable(bytes, error.what())};
     }
+}
+
+std::optional<std::string> FindTwoPrefixes(std::string_view bytes) try {
+    using Entry = std::pair<std::string, QName>;  // the element and what its name means
+    common::XmlLimits limits;
+    limits.maxBytes = kMaxDocumentSize;
+    common::XmlReader reader(bytes, {}, limits);
+    std::vector<std::map<Entry, std::string>> siblings;  // by depth
+    while (reader.NextElement()) {
+        siblings.resize(static_cast<std::size_t>(reader.Depth()) + 1);
+        const std::string name = reader.Attribute("name").value_or(std::string());
+        const std::size_t colon = name.find(':');
+        if (colon == std::string::npos || reader.LocalName() == TagName(Tag::Option)) continue;
+        QName meaning{reader.NamespaceOf(name.substr(0, colon)), name.substr(colon + 1)};
+        const auto [entry, isNew] = siblings.back().try_emplace({reader.LocalName(), meaning}, name);
+        if (!isNew && entry->second != name) {
+            return meaning.local + " twice, as " + entry->second + " and " + name +
+                   ": two prefixes of one namespace";
+        }
+    }
+    return std::nullopt;
+} catch (const common::Error&) {
+    return std::nullopt;
 }
 
 }  // namespace devkit::printschema

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "devkit/printschema/reader.h"
+#include "devkit/printschema/ticketcheck.h"
 #include "devkit/prntvpt/api/provider.h"
 #include "devkit/prntvpt/api/resultfaults.h"
 #include "devkit/prntvpt/api/ticketstreams.h"
@@ -73,6 +74,19 @@ void ParseTicket(InputTicket& ticket, const Configuration& configuration, HRESUL
     }
 }
 
+// The same for a ticket that the caller has made or kept. Where a name stands twice in it, the call tells of
+// the prefixes that it was written with.
+void ParseOwnTicket(InputTicket& ticket, const Configuration& configuration, const char* kind,
+                    ProviderCall& call) {
+    try {
+        ParseTicket(ticket, configuration, kBadTicket, kind);
+        if (ticket.document.hadDuplicates) call.twoPrefixes = FindTwoPrefixes(ticket.bytes);
+    } catch (const Failure&) {
+        call.twoPrefixes = FindTwoPrefixes(ticket.bytes);
+        throw;
+    }
+}
+
 void ThrowMergeFault(const ActiveFaults& faults) {
     if (faults.Has(FaultMode::MergeRefuseBase)) {
         throw Failure{kBadTicket, "Base ticket: refused by the simulated provider"};
@@ -137,7 +151,7 @@ HRESULT Provider::Merge(const Configuration& configuration, IStream* pBase, IStr
     if (configuration.recordTickets && pDelta != nullptr) call.delta = DocumentText(delta.bytes);
     try {
         ThrowMergeFault(faults);
-        ParseTicket(base, configuration, kBadTicket, "Base ticket");
+        ParseOwnTicket(base, configuration, "Base ticket", call);
         if (pDelta != nullptr) ParseTicket(delta, configuration, kBadDelta, "Delta ticket");
     } catch (const Failure& failure) {
         return error.Fail(failure);
@@ -169,7 +183,7 @@ HRESULT Provider::WriteCapabilities(const Configuration& configuration, IStream*
     if (configuration.recordTickets && pTicket != nullptr) call.base = DocumentText(ticket.bytes);
     try {
         if (faults.Has(FaultMode::CapabilitiesFail)) throw Failure{E_FAIL, "The simulated provider failed"};
-        if (pTicket != nullptr) ParseTicket(ticket, configuration, kBadTicket, "Print ticket");
+        if (pTicket != nullptr) ParseOwnTicket(ticket, configuration, "Print ticket", call);
     } catch (const Failure& failure) {
         return error.Fail(failure);
     }

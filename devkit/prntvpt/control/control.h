@@ -66,9 +66,10 @@
 //                    when none is expected), "result" ("0x00040001"), "base", "delta", "output" (texts as
 //                    read and written, null when there was none), "media_size", "feed_direction" (what the
 //                    ticket that was written says about the sheet, or null), "error" (text of the BSTR or
-//                    null), "start" (nanoseconds of the clock that never goes back), "in_streams" (of them,
-//                    spent in the caller's streams), "own" (the rest)}; the ticket of PTGetPrintCapabilities
-//                    is its "base"
+//                    null), "two_prefixes" (the name that stands twice in "base", with two prefixes of one
+//                    namespace, in words, or null), "start" (nanoseconds of the clock that never goes back),
+//                    "in_streams" (of them, spent in the caller's streams), "own" (the rest)}; the ticket of
+//                    PTGetPrintCapabilities is its "base"
 //   "counts"         {function: calls}, only functions that were called
 //   "open_handles"   list of {"handle", "printer", "thread"}
 //   "breaches"       list of {"stop", "text"}: A00E a handle used after its closing, A00F a handle that was

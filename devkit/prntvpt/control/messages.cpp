@@ -52,6 +52,7 @@ void VisitFields(Call& call, Visit&& visit) {
     visit("media_size", call.facts.mediaSize);
     visit("feed_direction", call.facts.feedDirection);
     visit("error", call.error);
+    visit("two_prefixes", call.twoPrefixes);
 }
 
 template <typename Report, typename Visit>

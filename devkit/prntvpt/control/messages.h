@@ -46,6 +46,7 @@ struct ProviderCall {
     std::optional<std::string> output;
     printschema::TicketFacts facts;
     std::optional<std::string> error;
+    std::optional<std::string> twoPrefixes;
     // By the system's clock that never goes back (std::chrono::steady_clock).
     std::chrono::nanoseconds start{0};
     std::chrono::nanoseconds inStreams{0};  // spent in the caller's streams

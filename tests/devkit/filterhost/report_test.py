@@ -16,11 +16,23 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.dirname(os.path.a
 sys.path.insert(0, os.path.join(ROOT, "tests", "system"))
 
 from host import Host, windows_path  # noqa: E402
+from jobdocument import write_document  # noqa: E402
 
 PARTS = "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}"
 STREAMS = "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D12}"
+FRAMEWORK = "http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
+KEYWORDS = "http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"
+DEVICE = "http://schemas.example.com/printing/simdevice/v1"
+PAGE = '<FixedPage xmlns="http://schemas.microsoft.com/xps/2005/06" Width="816" Height="1056" xml:lang="en"/>'
 with open(os.path.join(ROOT, "docs", "report.schema.json"), encoding="utf-8") as file:
     SCHEMA = json.load(file)
+
+
+def ticket(prefix, uri, feature, option):
+    """A ticket with one feature, whose namespace has the prefix."""
+    return (f'<psf:PrintTicket xmlns:psf="{FRAMEWORK}" xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" '
+            f'xmlns:xsd="http://www.w3.org/2001/XMLSchema" xmlns:{prefix}="{uri}" version="1"><psf:Feature '
+            f'name="{prefix}:{feature}"><psf:Option name="{prefix}:{option}"/></psf:Feature></psf:PrintTicket>')
 
 
 class ReportTest(unittest.TestCase):
@@ -113,6 +125,30 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(("0x00000000 S_OK", "0x00000000 S_OK", None),
                          (calls["InitializeFilter"], calls["StartOperation"], calls["ShutdownOperation"]))
         self.assertEqual(16, calls["pipeline_calls"]["IXpsDocumentProvider::GetXpsPart"])
+
+    def test_of_what_the_filter_puts_back_beside_other_prefixes_of_the_provider(self):
+        page = ticket("psk", KEYWORDS, "PageOrientation", "Landscape")
+        for prefix, uri, feature, option in (("own", DEVICE, "JobTonerSave", "On"), ("k", KEYWORDS, "PageOrientation", "Portrait")):
+            with self.subTest(feature):
+                job = self.path("job.xps")
+                write_document(job, [(None, [(PAGE, page), (PAGE, page)])], ticket(prefix, uri, feature, option))
+                of_device = ("ns0000:" if uri == DEVICE else "psk:") + feature
+                expected = (f"the print ticket that PTMergeAndValidatePrintTicket (page) was given to start from has "
+                            f"{feature} twice, as {of_device} and {prefix}:{feature}: two prefixes of one namespace")
+                for answer, status in (("first", 0), ("refuse", 1)):
+                    ended, report, _ = self.run_host("", [job], "--no-output", "--provider", "duplicates=" + answer)
+                    self.assertEqual(status, ended)
+                    findings = report["inputs"][0]["findings"]
+                    self.assertEqual([("ticket-two-prefixes", expected)],
+                                     [(each["id"], each["text"]) for each in findings if each["id"] != "provider-failure"])
+                    self.assertEqual(status, len(findings) - 1)
+
+    def test_of_the_filter_under_other_prefixes_of_the_framework(self):
+        """The filter's own default tickets say psf, so no ticket under another prefix can take them in."""
+        status, report, _ = self.run_host("", ["sample.xps"], "--no-output", "--provider", "prefixes=mangled")
+        run, = report["inputs"]
+        self.assertEqual((1, "0x80004005 E_FAIL"), (status, run["end"]["result"]))
+        self.assertEqual(["XpsDocument"], [part["kind"] for part in run["parts"]])
 
     def test_of_a_breach_it_says_what_where_and_what_to_do(self):
         status, report, suite = self.run_test_filter("send-after-close", ["minimal.xps"], "--no-output")

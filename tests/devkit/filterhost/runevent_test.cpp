@@ -91,6 +91,22 @@ TEST(Conclusion, WhatTheProviderSawHasItsIds) {
     EXPECT_EQ(RuleBroken, result.status);
 }
 
+TEST(Conclusion, ANameUnderTwoPrefixesIsToldOnceWithTheFirstCallThatHasIt) {
+    RunResult result;
+    for (const char* const scope : {"document", "page"}) {
+        events::ProviderCalled call = Call("PTMergeAndValidatePrintTicket", S_OK);
+        call.made.call.scope = scope;
+        call.made.call.twoPrefixes = "PageX twice, as psk:PageX and ns0:PageX: two prefixes of one namespace";
+        Tell(call, result);
+    }
+    Conclude(result);
+    EXPECT_EQ((Problems{{"ticket-two-prefixes",
+                         "the print ticket that PTMergeAndValidatePrintTicket (document) was given to start "
+                         "from has PageX twice, as psk:PageX and ns0:PageX: two prefixes of one namespace",
+                         "FixedPage /1.fpage", "PTMergeAndValidatePrintTicket"}}),
+              result.findings);
+}
+
 TEST(Conclusion, AFindingIsAFailureOnlyForTheStrict) {
     const auto status = [](bool strict) {
         RunResult result;

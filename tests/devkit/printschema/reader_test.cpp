@@ -198,8 +198,10 @@ TEST(FrameworkReader, RefusesANameTwiceAmongSiblings) {
 TEST(FrameworkReader, CanKeepTheFirstOfDuplicates) {
     const std::string bytes = Ticket(R"(<psf:Feature name="psk:PageX"><psf:Option name="psk:A"/></psf:Feature>
 <psf:Feature name="psk:PageX"><psf:Option name="psk:B"/></psf:Feature>)");
-    EXPECT_EQ((Lines{"psk:PageX[psk:A]"}),
-              Summarize(ReadFramework(bytes, Tag::PrintTicket, Duplicates::KeepFirst).root));
+    const FrameworkDocument ticket = ReadFramework(bytes, Tag::PrintTicket, Duplicates::KeepFirst);
+    EXPECT_EQ((Lines{"psk:PageX[psk:A]"}), Summarize(ticket.root));
+    EXPECT_TRUE(ticket.hadDuplicates);
+    EXPECT_FALSE(ReadFramework(Ticket(""), Tag::PrintTicket, Duplicates::KeepFirst).hadDuplicates);
 }
 
 TEST(FrameworkReader, CanKeepTheFirstOfAValueAndAParameterRef) {

@@ -175,6 +175,29 @@ TEST_F(ReportTest, TellsWhatATicketSaysOfTheSheetAlsoWhenItsTextIsLeftOut) {
     EXPECT_EQ(printschema::TicketFacts(), report.calls[2].facts);
 }
 
+TEST_F(ReportTest, TellsANameUnderTwoPrefixesOfWhatTheCallerStartsFrom) {
+    std::string twice = Ticket(Select("acme:PageStamp", "acme:On") + Select("same:PageStamp", "same:Off"));
+    twice.insert(twice.find("xmlns:acme"), "xmlns:same=\"" + std::string(kAcmeUri) + "\" ");
+    const std::string found =
+        "PageStamp twice, as acme:PageStamp and same:PageStamp: two prefixes of one namespace";
+    for (const bool isTaken : {false, true}) {
+        SCOPED_TRACE(isTaken);
+        Use({isTaken ? "duplicates=first" : "duplicates=refuse"});
+        EXPECT_EQ(isTaken, SUCCEEDED(Merge(twice, std::nullopt, kPTPageScope).result));
+        EXPECT_EQ(isTaken, SUCCEEDED(Capabilities(twice).result));
+        static_cast<void>(Merge(DefaultTicket(), twice, kPTPageScope));
+        const std::string once = Ticket(Select("psk:PageX", "psk:A") + Select("psk:PageX", "psk:B"));
+        static_cast<void>(Merge(once, std::nullopt, kPTPageScope));
+        Close();
+        const ProviderReport report = Report();
+        ASSERT_EQ(5U, report.calls.size());
+        EXPECT_EQ(found, report.calls[0].twoPrefixes);
+        EXPECT_EQ(found, report.calls[1].twoPrefixes);
+        EXPECT_EQ(std::nullopt, report.calls[2].twoPrefixes);
+        EXPECT_EQ(std::nullopt, report.calls[3].twoPrefixes);
+    }
+}
+
 TEST_F(ReportTest, AListenerHearsEachCallWhenItEnds) {
     Use({});
     std::vector<std::string> heard;
@@ -262,6 +285,7 @@ TEST(Messages, GoThroughTheirText) {
                                "o",
                                {"ISOA4", "LongEdgeFirst"},
                                "e",
+                               "X twice",
                                std::chrono::nanoseconds(5),
                                std::chrono::nanoseconds(6),
                                std::chrono::nanoseconds(7)};
