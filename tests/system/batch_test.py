@@ -52,12 +52,14 @@ def compare(host, documents, work):
     documents = copies(documents, os.path.join(work, "in"))
     together, alone = os.path.join(work, "together"), os.path.join(work, "alone")
     status, reports, errors = host.run_all(documents, together, "-j", "2", timeout=1800)
+    if len(reports) != len(documents):
+        return [f"the batch ended with status {status} and {len(reports)} reports of {len(documents)}: {errors.strip()}"]
     problems, highest = [], 0
     for number, document in enumerate(documents):
         name = os.path.basename(document)
         own_status, own_reports, own_errors = host.run_all([document], alone, "-j", "1", timeout=300)
-        if own_status is None:
-            problems.append(f"{name}: {own_errors}")
+        if len(own_reports) != 1:
+            problems.append(f"{name}: alone it ended with status {own_status} and without a report: {own_errors.strip()}")
             continue
         highest = max(highest, own_status)
         if lines_of(errors, name) != lines_of(own_errors, name):

@@ -15,6 +15,9 @@ def windows_path(path):
     return path if os.name == "nt" else "Z:" + path.replace("/", "\\")
 
 
+_MOST_STARTS = 3
+
+
 class Host:
     def __init__(self, program):
         self.command = [program]
@@ -31,6 +34,17 @@ class Host:
         return self.call(documents, ["--out-dir", windows_path(folder), *options], timeout)
 
     def call(self, documents, options, timeout):
+        """The same for any options. A program that the system gave up before any of its code had run is started again:
+        Wine does that on a busy machine, once in some thousand starts, and such a start leaves neither a word nor a
+        report, which is there before the first document is looked at."""
+        for _ in range(_MOST_STARTS):
+            status, reports, errors = self._call(documents, options, timeout)
+            if not status or errors or reports is not None:
+                break
+            print(f"status {status} without a word or a report: it never began, {os.path.basename(documents[0])}", flush=True)
+        return status, reports or [], errors
+
+    def _call(self, documents, options, timeout):
         with tempfile.TemporaryDirectory() as folder:
             report = os.path.join(folder, "report.json")
             arguments = ["run", *map(windows_path, documents), "--json", windows_path(report), "--quiet", *options]
@@ -41,10 +55,10 @@ class Host:
                     done = subprocess.run(self.command + arguments, stdout=subprocess.DEVNULL, stderr=errors,
                                           timeout=timeout)
                 except subprocess.TimeoutExpired:
-                    return None, [], f"no end after {timeout} s"
+                    return None, None, f"no end after {timeout} s"
             with open(errors_file, encoding="utf-8", errors="replace") as errors:
                 text = errors.read()
-            reports = []
+            reports = None
             if os.path.exists(report):
                 with open(report, encoding="utf-8") as file:
                     reports = json.load(file)["inputs"]
