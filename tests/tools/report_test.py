@@ -19,6 +19,7 @@ import makejob  # noqa: E402
 import runs  # noqa: E402
 import tickets  # noqa: E402
 from host import Host, windows_path  # noqa: E402
+from jobdocument import write_document  # noqa: E402
 from makereport import local_path, make_page  # noqa: E402
 
 PARTS = "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}"
@@ -55,8 +56,16 @@ class ReportPageTest(unittest.TestCase):
         cls.bad = cls.report_of("bad", "send-after-close", os.path.join(SAMPLES, "minimal.xps"), *cls.filter_options())
         cls.plain = cls.report_of("plain", "", os.path.join(SAMPLES, "minimal.xps"), *cls.filter_options())
         job = os.path.join(cls.folder, "job.xps")
-        makejob.make(job, MANY_PAGES, 10, "other")
+        write_document(job, [(None, [(makejob.page(number, 10), cls.ticket("Monochrome" if number % 2 else "Color"))
+                                     for number in range(1, MANY_PAGES + 1)])])
         cls.many = cls.report_of("many", "", job, "--device", "longedge")
+
+    @staticmethod
+    def ticket(color):
+        """One that can take the values of a new one."""
+        return makejob.ticket(color).replace(
+            ' version="1"', ' xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" '
+                            'xmlns:xsd="http://www.w3.org/2001/XMLSchema" version="1"')
 
     @classmethod
     def filter_options(cls):
