@@ -141,6 +141,20 @@ class ReportPageTest(unittest.TestCase):
             own, made, back = (set(run.settings[ticket]) for ticket in (own, made, back))
             self.assertTrue((own - made) & back, f"nothing was put back into the ticket of the {scope}")
 
+    def test_what_was_put_back_into_the_jobs_ticket_holds_until_a_narrower_one_is_made(self):
+        run = runs.view_of([self.good], local_path, 0)["runs"][0]
+        job = next(group["stages"] for group in run.scopes if group["scope"] == "Job")
+        _, _, made, back, in_force = job
+        self.assertNotEqual(made, back)
+        self.assertEqual(back, in_force)
+        of_pages = [group["stages"] for group in run.scopes if group["scope"].startswith("Page")]
+        inherited = [stages for stages in of_pages if stages[2] is None]
+        self.assertTrue(inherited and len(inherited) < len(of_pages))
+        self.assertNotIn(made, [stages[4] for stages in inherited])
+        for stages in of_pages:
+            if stages[2] is not None:
+                self.assertEqual(stages[2], stages[4])
+
     def test_the_time_is_shared_out_where_it_was_measured(self):
         shares = runs.time_shares({"total": 2.0, "rest": 0.5, "filters": [
             {"name": "1 (a.dll)", "filter": 1.0, "ticket_provider": None, "pipeline": 0.5, "observer": 0.1}]})

@@ -90,6 +90,7 @@ class Run:
     def ticket_groups(self):
         """Parts with one and the same tickets at every stage, together: (scope, parts, a text of each stage)."""
         back = self.put_back()
+        went_on = {}  # of the wider scopes so far: what the device made, and what the filter went on with
         groups = {}
         number = 0
         for index, part in enumerate(self.each["parts"]):
@@ -97,6 +98,10 @@ class Run:
                 continue
             number += part["kind"] == "FixedPage"
             stages = dict(part["tickets"], back=back[index])
+            if part["kind"] != "FixedPage" and back[index] is not None:
+                went_on[stages["made"]] = back[index]
+            if part["kind"] != "FixedPage" or stages["made"] is None:
+                stages["in_force"] = went_on.get(stages["in_force"], stages["in_force"])
             key = (SCOPES[part["kind"]], tuple(stages[stage] for stage in STAGES))
             if all(text is None for text in key[1]):
                 continue
