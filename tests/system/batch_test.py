@@ -9,7 +9,7 @@ import shutil
 import sys
 import tempfile
 
-from host import Host, corpus_files
+from host import Host, corpus_files, windows_path
 
 # The reports' names for what no two runs have in common.
 TIMES = ("time", "times", "seconds", "milliseconds", "duration")
@@ -22,7 +22,7 @@ def without_times(value, folder):
                 if not any(key == time or key.endswith("_" + time) for time in TIMES)}
     if isinstance(value, list):
         return [without_times(each, folder) for each in value]
-    return value.replace(folder, "") if isinstance(value, str) else value
+    return value.replace(windows_path(folder), "") if isinstance(value, str) else value
 
 
 def digests(folder):
@@ -64,7 +64,7 @@ def compare(host, documents, work):
         highest = max(highest, own_status)
         if lines_of(errors, name) != lines_of(own_errors, name):
             problems.append(f"{name}: {lines_of(errors, name)} in the batch, alone {lines_of(own_errors, name)}")
-        both = [without_times(each, folder) for each, folder in ((reports[number], "together"), (own_reports[0], "alone"))]
+        both = [without_times(each, folder) for each, folder in ((reports[number], together), (own_reports[0], alone))]
         if both[0] != both[1]:
             problems.append(f"{name}: another report")
     if status != highest:

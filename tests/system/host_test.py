@@ -76,6 +76,15 @@ class HostTest(unittest.TestCase):
         self.assertEqual(["the batch ended with status 2 and 0 reports of 1: why"],
                          self.compare("sys.stderr.write('why'); sys.exit(2)"))
 
+    def test_outputs_may_lie_in_other_folders(self):
+        script = ("import json\noutput = sys.argv[sys.argv.index('--out-dir') + 1] + chr(92) + 'a.xps'\n"
+                  "report(json.dumps({'inputs': [{'output': output, 'texts': ['standalone, together']}]}))")
+        self.assertEqual([], self.compare(script))
+
+    def test_another_text_is_another_report(self):
+        script = "report('{\"inputs\": [{\"texts\": [\"%d\"]}]}' % before)"
+        self.assertEqual(["000-a.xps: another report"], self.compare(script))
+
     def test_a_document_without_a_report_alone_is_told(self):
         self.assertEqual(["000-a.xps: alone it ended with status 2 and without a report: why"],
                          self.compare(f"if before == 0: report({ONE!r}); sys.exit(0)\n"
