@@ -120,7 +120,7 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
          "short-writes=N, end-flag=with-data|alone, missing-ticket=failure|null,\n"
          "after-cancel=fail|end|continue, cancel=waits|concurrent, reader=xps|unknown|null,\n"
          "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
-         "apartment=none|single, last-release=caller|other-thread");
+         "apartment=none|single, last-release=caller|other-thread, start=yes|never");
     option("--json", raw.json, "FILE", "a report for programs; docs/report.schema.json describes it");
     option("--junit", raw.junit, "FILE", "a report for build servers, one test case an INPUT");
     run.add_flag("--strict", raw.settings.strict, "a finding gives status 4, as a broken rule does");

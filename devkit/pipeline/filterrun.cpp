@@ -191,6 +191,7 @@ void FilterRun::State::Start() {
     for (const auto& stage : stages) {
         if (FAILED(stage->Initialize())) return;
     }
+    if (!options.startsOperation) return;
     for (const auto& stage : stages) stage->Start();
 }
 

@@ -111,7 +111,8 @@ HRESULT FilterStage::Initialize() {
         return m_filter->InitializeFilter(m_communicator.Get(), m_bag.Get(), m_control.Get());
     });
     m_context->SetInitializing(false);
-    if (FAILED(m_outcome.initialized)) m_outcome.result = m_outcome.initialized;
+    m_context->Used("start");
+    if (FAILED(m_outcome.initialized) || !m_options.startsOperation) m_outcome.result = m_outcome.initialized;
     return m_outcome.initialized;
 }
 
@@ -226,7 +227,7 @@ void FilterStage::ReportBreaches() {
     } else if (m_started && !m_threadEnded && m_consumer && m_communicator->WriterGiven() &&
                !m_outcome.senderClosed) {
         m_context->Breach(Check::SenderOpen, "CloseSender was never called");
-    } else if (SUCCEEDED(m_outcome.result) && !m_outcome.cancelled && isWithoutSequence) {
+    } else if (m_started && SUCCEEDED(m_outcome.result) && !m_outcome.cancelled && isWithoutSequence) {
         m_context->Breach(Check::SequenceMissing,
                           "the filter succeeded without having sent the FixedDocumentSequence");
     }

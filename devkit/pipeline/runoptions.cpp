@@ -136,6 +136,10 @@ constexpr auto kSwitches = std::to_array<Switch>({
          options.lastRelease = ChoiceOf<LastRelease>(
              key, value, {{"caller", LastRelease::Caller}, {"other-thread", LastRelease::OtherThread}});
      }},
+    {"start",
+     [](RunOptions& options, std::string_view key, std::string_view value) {
+         options.startsOperation = ChoiceOf<bool>(key, value, {{"yes", true}, {"never", false}});
+     }},
 });
 
 }  // namespace

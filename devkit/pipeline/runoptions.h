@@ -37,6 +37,9 @@ struct RunOptions {
     std::vector<std::string> switches;
     Apartment apartment = Apartment::None;
     LastRelease lastRelease = LastRelease::Caller;
+    // False: the filters are initialised and let go, as when another filter of the chain cannot be
+    // initialised.
+    bool startsOperation = true;
     // ShutdownOperation comes from another thread when part N (from 1) is asked for; 0: never. The
     // provider waits with its answer until ShutdownOperation has returned or, when `cancelConcurrently` is
     // set, until it is about to be called; at most one second.
@@ -72,6 +75,7 @@ class SwitchError : public std::runtime_error {
 //     reader=xps|unknown|null                         writer=xps|unknown|null
 //     ambiguous-document=on|off                       slow-part=MILLISECONDS
 //     apartment=none|single                           last-release=caller|other-thread
+//     start=yes|never
 void ApplySwitch(RunOptions& options, std::string_view text);
 
 // Reads "NAME=TYPE:VALUE", a property with its value: bool:true or bool:false, int:N, uint:N or string:TEXT.

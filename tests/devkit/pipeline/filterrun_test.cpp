@@ -304,6 +304,18 @@ TEST_F(FilterRunTest, AFailureOfInitializeFilterEndsTheRun) {
     EXPECT_EQ(Lines{}, outcome.breaches);
 }
 
+TEST_F(FilterRunTest, AFilterThatIsNotToBeStartedIsInitialisedAndLetGo) {
+    RunOptions options;
+    options.startsOperation = false;
+    const RunOutcome outcome = Run(L"throw", std::move(options));
+    EXPECT_EQ(S_OK, outcome.initialized);
+    EXPECT_EQ(S_OK, outcome.result);
+    EXPECT_EQ(std::nullopt, outcome.operation);
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    EXPECT_EQ(0u, outcome.asked);
+    EXPECT_FALSE(outcome.IsWhole());
+}
+
 TEST_F(FilterRunTest, AMissingClassIsAFilterError) {
     const auto module = std::make_shared<FilterModule>(TestFilterPath(), __uuidof(IPrintPipelineFilter));
     FilterRun run(module, SampleJob(), {});

@@ -71,13 +71,16 @@ TEST(PipelineSwitches, EachOfTheOthersSetsItsValue) {
     EXPECT_TRUE(With("cancel=concurrent").cancelConcurrently);
     EXPECT_EQ(Apartment::SingleThreaded, With("apartment=single").apartment);
     EXPECT_EQ(LastRelease::OtherThread, With("last-release=other-thread").lastRelease);
+    EXPECT_TRUE(With("start=yes").startsOperation);
+    EXPECT_FALSE(With("start=never").startsOperation);
 }
 
 TEST(PipelineSwitches, WhatCannotBeIsRefusedInALine) {
     EXPECT_EQ(
         "sort-reads is not a switch of the pipeline (fail, short-reads, short-writes, end-flag, "
         "missing-ticket, "
-        "after-cancel, cancel, reader, writer, ambiguous-document, slow-part, apartment, last-release)",
+        "after-cancel, cancel, reader, writer, ambiguous-document, slow-part, apartment, last-release, "
+        "start)",
         Refusal("sort-reads=1"));
     EXPECT_EQ("short-reads has no value", Refusal("short-reads"));
     EXPECT_EQ("short-reads=-1: is not a whole number", Refusal("short-reads=-1"));
