@@ -46,7 +46,7 @@ struct Execute {
 
 int Main(const std::vector<std::string>& arguments) {
     try {
-        if (arguments.size() == 3 && arguments[0] == kWorkCommand) Work(arguments[1], arguments[2]);
+        if (arguments.size() == 3 && arguments[0] == kWorkCommand) Work(arguments[1], arguments[2], {});
         EndOnInterrupt();
         return std::visit(Execute(), ParseCommandLine(arguments));
     } catch (const UsageError& error) {

@@ -86,11 +86,12 @@ struct DeviceSettings {
     std::string device;  // a name of a model here, or a folder
 };
 
-// One job for a process of its own, as one line of JSON; and back, nlohmann::json::exception for what is
-// none.
+// One job for a process of its own, or a probe of its filter by name, as one line of JSON; and back,
+// nlohmann::json::exception for what is none.
 struct Order {
     HostSettings host;
     Job job;
+    std::string probe{};
 };
 [[nodiscard]] std::string WriteOrder(const Order& order);
 [[nodiscard]] Order ReadOrder(std::string_view line);

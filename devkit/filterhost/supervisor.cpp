@@ -1,35 +1,24 @@
 #include "devkit/filterhost/supervisor.h"
 
 #include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstdio>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include "devkit/filterhost/childprocess.h"
 #include "devkit/filterhost/console.h"
+#include "devkit/filterhost/hostedchild.h"
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/filterhost/progress.h"
 #include "devkit/filterhost/runevent.h"
-#include "devkit/filterhost/worker.h"
 
 namespace devkit::filterhost {
 namespace {
-
-using Clock = ChildProcess::Clock;
-
-std::string StatusText(DWORD status) {
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), status < 0x10000 ? "%lu" : "0x%08lX", status);
-    return text.data();
-}
 
 class Supervisor {
   public:
@@ -85,10 +74,10 @@ class Supervisor {
         RunResult result;
         result.input = job.inputName;
         try {
-            ChildProcess child(L"work");
+            HostedChild child(m_settings.timeout,
+                              [this](const Event& event, const RunResult& seen) { Watch(event, seen); });
             const Registration registration(*this, child);
-            child.Send(WriteOrder({m_settings.host, job}));
-            Watch(child, result);
+            static_cast<void>(child.Run({m_settings.host, job}, result));
         } catch (const std::system_error& error) {
             Apply(events::Failed{std::string("a process cannot be started: ") + error.what(), FilterFailed},
                   result);
@@ -97,46 +86,11 @@ class Supervisor {
         return result;
     }
 
-    // Until the child has finished, or came to another end.
-    void Watch(ChildProcess& child, RunResult& result) {
-        std::string line;
-        for (;;) {
-            switch (child.Read(line, Clock::now() + m_settings.timeout)) {
-                case ChildProcess::Got::Line:
-                    if (Take(line, result)) return;
-                    break;
-                case ChildProcess::Got::Nothing:
-                    Apply(events::Crashed{{0, "the filter made no progress for " +
-                                                  std::to_string(m_settings.timeout.count()) + " s"}},
-                          result);
-                    return;
-                case ChildProcess::Got::End:
-                    const DWORD status = child.ExitCode();
-                    Apply(events::Crashed{{status,
-                                           "the filter ended the process with status " + StatusText(status)}},
-                          result);
-                    return;
-            }
-        }
-    }
-
-    // Whether the event in the line was the last one.
-    bool Take(const std::string& line, RunResult& result) {
-        try {
-            const Event event = ReadEvent(line);
-            if (std::holds_alternative<events::Finished>(event)) return true;
-            if (const auto* const pRefused = std::get_if<events::Refused>(&event)) Refuse(*pRefused);
-            if (const auto* const pAsked = std::get_if<events::PartAsked>(&event))
-                Show(result, pAsked->number);
-            if (const auto* const pNoted = std::get_if<events::Noted>(&event)) Note(pNoted->text);
-            Apply(event, result);
-        } catch (const std::exception&) {
-            // A filter that writes to a handle that is not its own.
-            Apply(events::Found{std::string(common::FactsOf(common::Check::ForeignOutput).id),
-                                "something else than the host wrote to the host's pipe"},
-                  result);
-        }
-        return false;
+    // What is not of the one result alone.
+    void Watch(const Event& event, const RunResult& result) {
+        if (const auto* const pRefused = std::get_if<events::Refused>(&event)) Refuse(*pRefused);
+        if (const auto* const pAsked = std::get_if<events::PartAsked>(&event)) Show(result, pAsked->number);
+        if (const auto* const pNoted = std::get_if<events::Noted>(&event)) Note(pNoted->text);
     }
 
     void Show(const RunResult& result, unsigned part) {
@@ -161,13 +115,13 @@ class Supervisor {
     void Cancel() {
         const std::lock_guard guard(m_lock);
         m_cancelled = true;
-        for (ChildProcess* const pChild : m_children) pChild->Send(kCancelCommand);
+        for (HostedChild* const pChild : m_children) pChild->Cancel();
     }
 
     // A child that hears of a cancellation while this lives.
     class Registration {
       public:
-        Registration(Supervisor& supervisor, ChildProcess& child)
+        Registration(Supervisor& supervisor, HostedChild& child)
             : m_supervisor(supervisor), m_pChild(&child) {
             const std::lock_guard guard(m_supervisor.m_lock);
             m_supervisor.m_children.insert(m_pChild);
@@ -181,13 +135,13 @@ class Supervisor {
 
       private:
         Supervisor& m_supervisor;
-        ChildProcess* m_pChild;
+        HostedChild* m_pChild;
     };
 
     const RunSettings& m_settings;
     const ResultSink& m_sink;
     std::mutex m_lock;
-    std::set<ChildProcess*> m_children;
+    std::set<HostedChild*> m_children;
     std::size_t m_nextJob = 0;
     std::size_t m_nextResult = 0;
     std::vector<std::optional<RunResult>> m_results;

@@ -172,6 +172,8 @@ HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text) {
 HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                      IPrintPipelinePropertyBag* pIPropertyBag,
                                      IPrintPipelineManagerControl* pIPipelineControl) {
+    if (pICommunicator == nullptr || pIPropertyBag == nullptr || pIPipelineControl == nullptr)
+        return E_POINTER;
     m_communicator = ComPtr<IInterFilterCommunicator>(pICommunicator);
     m_bag = ComPtr<IPrintPipelinePropertyBag>(pIPropertyBag);
     m_control = ComPtr<IPrintPipelineManagerControl>(pIPipelineControl);
@@ -347,6 +349,8 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
 HRESULT StreamFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                        IPrintPipelinePropertyBag* pIPropertyBag,
                                        IPrintPipelineManagerControl* pIPipelineControl) {
+    if (pICommunicator == nullptr || pIPropertyBag == nullptr || pIPipelineControl == nullptr)
+        return E_POINTER;
     m_communicator = ComPtr<IInterFilterCommunicator>(pICommunicator);
     m_control = ComPtr<IPrintPipelineManagerControl>(pIPipelineControl);
     m_mode = ReadMode(*pIPropertyBag);
