@@ -61,14 +61,75 @@ struct RawRun {
     RunSettings settings;
 };
 
-void DescribeRun(CLI::App& run, RawRun& raw) {
-    const auto option = [&run](const char* name, auto& target, const char* type, const char* text) {
-        return run.add_option(name, target, text)->type_name(type);
-    };
-    const auto list = [&option](const char* name, auto& target, const char* type, const char* text) {
-        return option(name, target, type, text)->take_all()->type_size(1)->allow_extra_args(false);
-    };
+// Adds options to a command, each with the kind of its value and what it does.
+struct Describer {
+    CLI::App& command;
+
+    auto* operator()(const char* name, auto& target, const char* type, const char* text) const {
+        return command.add_option(name, target, text)->type_name(type);
+    }
+    auto* List(const char* name, auto& target, const char* type, const char* text) const {
+        return (*this)(name, target, type, text)->take_all()->type_size(1)->allow_extra_args(false);
+    }
+};
+
+// Which filters, where `filter` is the option that names their DLLs.
+void DescribeFilters(const Describer& option, RawRun& raw, CLI::Option* filter) {
+    auto* filterClass =
+        option.List("--clsid", raw.classes, "{...}",
+                    "its class (default: {8A9F4692-E8BA-4533-B859-E56B1EA16586}); with several\n"
+                    "filters one for each, in their order");
+    auto* inputKind =
+        option.List("--input", raw.inputKinds, "xps|stream",
+                    "what the filter reads: parts (the default) or the bytes of the package; with\n"
+                    "several filters one for each");
+    auto* outputKind = option.List("--output", raw.outputKinds, "xps|stream", "what it writes, likewise");
+    option("--pipeline-config", raw.pipelineConfig, "FILE",
+           "the filters of a driver's pipeline configuration; their DLLs stand beside it")
+        ->excludes(filter)
+        ->excludes(filterClass)
+        ->excludes(inputKind)
+        ->excludes(outputKind);
+}
+
+// What surrounds the filters.
+void DescribeHost(const Describer& option, RawRun& raw) {
     HostSettings& host = raw.settings.host;
+    option("--device", host.device, "MODEL",
+           "device model, a name in devices beside this program or a folder (default: simprinter)");
+    option("--printer", host.printer, "NAME", "the printer's name (default: the first of the device model)");
+    option("--user-ticket", raw.userTicket, "FILE",
+           "the user's default print ticket (default: that of the device)");
+    option("--ns-prefix", host.nsPrefix, "TEXT", "KoraNsPrefix of the driver property bag (default: krk)");
+    option("--tesk-type", host.teskType, "N", "KoraTeskType of the driver property bag (default: absent)");
+    auto* noDriverProperties = option.command.add_flag("--no-driver-properties", raw.noDriverProperties,
+                                                       "neither the driver property bag nor the queue's");
+    option.List(
+        "--property", host.properties, "NAME=TYPE:VALUE",
+        "an entry of the pipeline's property bag, instead of one that it has of that name, repeatable;\n"
+        "TYPE is bool, int, uint or string");
+    option
+        .List("--driver-property", host.driverValues, "NAME=TYPE:VALUE",
+              "an entry of the driver property bag, repeatable")
+        ->excludes(noDriverProperties);
+    option
+        .List("--queue-property", host.queueValues, "NAME=TYPE:VALUE",
+              "an entry of the queue property bag, which is there where the driver's is, repeatable")
+        ->excludes(noDriverProperties);
+    option("--device-capabilities", raw.deviceCapabilities, "FILE",
+           "what PrintDeviceCapabilities of the property bag gives (default: absent)");
+    option.List("--provider", raw.provider, "KEY=VALUE|system",
+                "a switch of the simulated print ticket provider, repeatable; or the system's own provider");
+    option.List("--pipeline", host.pipelineSwitches, "KEY=VALUE",
+                "a switch of the pipeline, repeatable: fail=CALL[(ARGUMENT)][@N[+]]=CODE, short-reads=N,\n"
+                "short-writes=N, end-flag=with-data|alone, missing-ticket=failure|null,\n"
+                "after-cancel=fail|end|continue, cancel=waits|concurrent, reader=xps|unknown|null,\n"
+                "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
+                "apartment=none|single, last-release=caller|other-thread, start=yes|never");
+}
+
+void DescribeRun(CLI::App& run, RawRun& raw) {
+    const Describer option{run};
     option("INPUT", raw.inputs, "", "XPS or OpenXPS documents")->required();
     auto* output = option("-o", raw.output, "OUTPUT", "the document that comes out, for one INPUT");
     auto* folder = option("--out-dir", raw.outputFolder, "DIR",
@@ -77,57 +138,19 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
     run.add_flag("--no-output", raw.noOutput, "run the filter and write nothing")
         ->excludes(output)
         ->excludes(folder);
-    auto* filter = list("--filter", raw.filters, "DLL",
-                        "the filter (default: pagevalidatefilter.dll beside this program), repeatable:\n"
-                        "each one's output is the next one's input");
-    auto* filterClass = list("--clsid", raw.classes, "{...}",
-                             "its class (default: {8A9F4692-E8BA-4533-B859-E56B1EA16586}); with several\n"
-                             "filters one for each, in their order");
-    auto* inputKind = list("--input", raw.inputKinds, "xps|stream",
-                           "what the filter reads: parts (the default) or the bytes of the package; with\n"
-                           "several filters one for each");
-    auto* outputKind = list("--output", raw.outputKinds, "xps|stream", "what it writes, likewise");
-    option("--pipeline-config", raw.pipelineConfig, "FILE",
-           "the filters of a driver's pipeline configuration; their DLLs stand beside it")
-        ->excludes(filter)
-        ->excludes(filterClass)
-        ->excludes(inputKind)
-        ->excludes(outputKind);
-    option("--device", host.device, "MODEL",
-           "device model, a name in devices beside this program or a folder (default: simprinter)");
-    option("--printer", host.printer, "NAME", "the printer's name (default: the first of the device model)");
-    option("--user-ticket", raw.userTicket, "FILE",
-           "the user's default print ticket (default: that of the device)");
-    option("--ns-prefix", host.nsPrefix, "TEXT", "KoraNsPrefix of the driver property bag (default: krk)");
-    option("--tesk-type", host.teskType, "N", "KoraTeskType of the driver property bag (default: absent)");
-    auto* noDriverProperties = run.add_flag("--no-driver-properties", raw.noDriverProperties,
-                                            "neither the driver property bag nor the queue's");
-    list("--property", host.properties, "NAME=TYPE:VALUE",
-         "an entry of the pipeline's property bag, instead of one that it has of that name, repeatable;\n"
-         "TYPE is bool, int, uint or string");
-    list("--driver-property", host.driverValues, "NAME=TYPE:VALUE",
-         "an entry of the driver property bag, repeatable")
-        ->excludes(noDriverProperties);
-    list("--queue-property", host.queueValues, "NAME=TYPE:VALUE",
-         "an entry of the queue property bag, which is there where the driver's is, repeatable")
-        ->excludes(noDriverProperties);
-    option("--device-capabilities", raw.deviceCapabilities, "FILE",
-           "what PrintDeviceCapabilities of the property bag gives (default: absent)");
-    list("--provider", raw.provider, "KEY=VALUE|system",
-         "a switch of the simulated print ticket provider, repeatable; or the system's own provider");
-    list("--pipeline", host.pipelineSwitches, "KEY=VALUE",
-         "a switch of the pipeline, repeatable: fail=CALL[(ARGUMENT)][@N[+]]=CODE, short-reads=N,\n"
-         "short-writes=N, end-flag=with-data|alone, missing-ticket=failure|null,\n"
-         "after-cancel=fail|end|continue, cancel=waits|concurrent, reader=xps|unknown|null,\n"
-         "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
-         "apartment=none|single, last-release=caller|other-thread, start=yes|never");
+    auto* filter =
+        option.List("--filter", raw.filters, "DLL",
+                    "the filter (default: pagevalidatefilter.dll beside this program), repeatable:\n"
+                    "each one's output is the next one's input");
+    DescribeFilters(option, raw, filter);
+    DescribeHost(option, raw);
     option("--json", raw.json, "FILE", "a report for programs; docs/report.schema.json describes it");
     option("--junit", raw.junit, "FILE", "a report for build servers, one test case an INPUT");
     run.add_flag("--strict", raw.settings.strict, "a finding gives status 4, as a broken rule does");
     auto* quiet = run.add_flag("--quiet", raw.settings.quiet, "print problems only");
     run.add_flag("--verbose", raw.settings.verbose, "print what is worth knowing about the system, too")
         ->excludes(quiet);
-    option("--cancel-at", host.cancelAt, "N",
+    option("--cancel-at", raw.settings.host.cancelAt, "N",
            "ShutdownOperation from another thread when part N (from 1) is asked for");
     option("--timeout", raw.timeout, "S", "end a filter that makes no progress for S seconds (default: 300)")
         ->check(CLI::Range(1U, 1000000U));
@@ -252,23 +275,28 @@ void CheckOutputs(const RawRun& raw) {
     }
 }
 
-RunSettings TakeRun(RawRun raw) {
-    CheckOutputs(raw);
-    RunSettings settings = std::move(raw.settings);
-    HostSettings& host = settings.host;
-    for (const std::string& input : raw.inputs) settings.jobs.push_back(MakeJob(raw, input));
+HostSettings TakeHost(const RawRun& raw) {
+    HostSettings host = raw.settings.host;
     host.pipelineConfig = Absolute(raw.pipelineConfig);
     host.filters = host.pipelineConfig ? ReadFilters(*host.pipelineConfig) : TakeFilters(raw);
     host.userTicket = Absolute(raw.userTicket);
     host.deviceCapabilities = Absolute(raw.deviceCapabilities);
     host.driverProperties = !raw.noDriverProperties;
+    TakeProvider(raw.provider, host);
+    CheckPipeline(host);
+    return host;
+}
+
+RunSettings TakeRun(RawRun raw) {
+    CheckOutputs(raw);
+    RunSettings settings = raw.settings;
+    for (const std::string& input : raw.inputs) settings.jobs.push_back(MakeJob(raw, input));
+    settings.host = TakeHost(raw);
     settings.outputFolder = Absolute(raw.outputFolder);
     settings.json = Absolute(raw.json);
     settings.junit = Absolute(raw.junit);
-    host.recordTickets = settings.json.has_value();
+    settings.host.recordTickets = settings.json.has_value();
     settings.timeout = std::chrono::seconds(raw.timeout);
-    TakeProvider(raw.provider, host);
-    CheckPipeline(host);
     return settings;
 }
 
@@ -314,8 +342,9 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
         return Answer{VersionText() + "\n"};
     } catch (const CLI::CallForHelp&) {
         for (const CLI::App* const each : {run, inspect, diff, check, show, examine}) {
-            const bool isOfDevice = each->get_parent() == examine;
-            if (each->parsed()) return Answer{each->help(app.get_name() + (isOfDevice ? " device" : ""))};
+            const CLI::App* const pAbove = each->get_parent();
+            const std::string above = pAbove == &app ? "" : " " + pAbove->get_name();
+            if (each->parsed()) return Answer{each->help(app.get_name() + above)};
         }
         return Answer{app.help()};
     } catch (const CLI::ParseError& error) {

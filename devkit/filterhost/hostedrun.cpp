@@ -283,6 +283,18 @@ std::string ReadUserTicket(const Path& path) {
 
 std::string ReadDeviceCapabilities(const Path& path) { return ReadFile(path, "--device-capabilities"); }
 
+void CheckHost(const HostSettings& settings) {
+    std::error_code ignored;
+    for (const FilterSettings& filter : settings.filters) {
+        if (std::filesystem::is_regular_file(filter.dll, ignored)) continue;
+        throw UsageError(std::string(settings.pipelineConfig ? "--pipeline-config" : "--filter") +
+                         ": there is no " + common::PathText(filter.dll));
+    }
+    CheckProvider(settings);
+    if (settings.userTicket) static_cast<void>(ReadUserTicket(*settings.userTicket));
+    if (settings.deviceCapabilities) static_cast<void>(ReadDeviceCapabilities(*settings.deviceCapabilities));
+}
+
 HostedRun::HostedRun(const HostSettings& settings, const EventSink& sink)
     : m_settings(settings),
       m_provider(settings),

@@ -59,6 +59,9 @@ class HostedRun {
     bool m_cancelled = false;
 };
 
+// Throws UsageError for what can be told to be wrong before a filter is run.
+void CheckHost(const HostSettings& settings);
+
 // What a user's ticket is, read and found to be one. Throws UsageError.
 [[nodiscard]] std::string ReadUserTicket(const std::filesystem::path& path);
 // The bytes of --device-capabilities. Throws UsageError.

@@ -21,14 +21,6 @@ std::string Attribute(const char* name, const std::string& number) {
     return " " + std::string(name) + "=\"" + number + "\"" + std::string(kWidth - number.size(), ' ');
 }
 
-// XML has no place for other control characters, and a filter's exception may carry any.
-std::string Printable(std::string text) {
-    std::ranges::replace_if(
-        text, [](char letter) { return letter >= 0 && letter < ' ' && letter != '\n' && letter != '\t'; },
-        '?');
-    return text;
-}
-
 std::string ClassNameOf(const HostSettings& settings) {
     std::string name;
     for (const FilterSettings& filter : settings.filters) {
@@ -58,6 +50,14 @@ const char* TypeOf(ExitStatus status) {
 }
 
 }  // namespace
+
+// A filter's exception may carry any control character.
+std::string Printable(std::string text) {
+    std::ranges::replace_if(
+        text, [](char letter) { return letter >= 0 && letter < ' ' && letter != '\n' && letter != '\t'; },
+        '?');
+    return text;
+}
 
 std::string WriteTestCase(const RunResult& result, const std::string& className) {
     common::XmlWriter xml(common::XmlWriter::Declaration::None);

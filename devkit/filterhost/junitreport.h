@@ -35,6 +35,9 @@ class JunitReport {
     Counts m_counts;
 };
 
+// The text with "?" for what XML has no place for.
+[[nodiscard]] std::string Printable(std::string text);
+
 // The element of one input.
 [[nodiscard]] std::string WriteTestCase(const RunResult& result, const std::string& className);
 

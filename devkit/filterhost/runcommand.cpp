@@ -24,21 +24,6 @@ namespace {
 
 using Path = std::filesystem::path;
 
-// What can be told to be wrong before a filter is run.
-void CheckSettings(const RunSettings& settings) {
-    const HostSettings& host = settings.host;
-    std::error_code ignored;
-    for (const FilterSettings& filter : host.filters) {
-        if (std::filesystem::is_regular_file(filter.dll, ignored)) continue;
-        throw UsageError(std::string(host.pipelineConfig ? "--pipeline-config" : "--filter") +
-                         ": there is no " + common::PathText(filter.dll));
-    }
-    CheckProvider(host);
-    if (host.userTicket) static_cast<void>(ReadUserTicket(*host.userTicket));
-    if (host.deviceCapabilities) static_cast<void>(ReadDeviceCapabilities(*host.deviceCapabilities));
-    CheckFiles(settings);
-}
-
 void MakeFolders(const RunSettings& settings) {
     if (!settings.outputFolder) return;
     std::error_code failure;
@@ -132,7 +117,8 @@ class Here {
 }  // namespace
 
 int Run(const RunSettings& settings) {
-    CheckSettings(settings);
+    CheckHost(settings.host);
+    CheckFiles(settings);
     MakeFolders(settings);
     Teller teller(settings);
     const bool isWhole = settings.inProcess

@@ -101,7 +101,7 @@ class Worker {
             if (order.probe.empty()) {
                 isOver = RunJob(order, sink);
             } else {
-                m_probes.at(order.probe)(order.host, sink);
+                m_probes.at(order.probe)(order, sink);
             }
         } catch (const UsageError& error) {
             sink(events::Refused{error.what(), WrongUsage});

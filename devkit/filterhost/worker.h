@@ -17,9 +17,9 @@ inline constexpr std::string_view kWorkCommand = "work";
 // What is sent to it between two orders, to cancel the job that goes on and all later ones.
 inline constexpr std::string_view kCancelCommand = "cancel";
 
-// What an order can ask for by name instead of a run over a document. It tells what it finds, and may throw
+// What an order can ask for by name instead of a run over its document. It tells what it finds, and may throw
 // what HostedRun throws.
-using Probe = std::function<void(const HostSettings& settings, const EventSink& sink)>;
+using Probe = std::function<void(const Order& order, const EventSink& sink)>;
 using Probes = std::map<std::string, Probe, std::less<>>;
 
 // Takes orders from one handle and tells the events of each to the other, both as numbers. Ends the process

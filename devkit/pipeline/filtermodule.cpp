@@ -34,7 +34,7 @@ FilterModule::FilterModule(const std::filesystem::path& dll, const CLSID& clsid)
         const DWORD error = GetLastError();
         throw FilterError(platform::ToUtf8(path) + " " + LoadProblem(path, error), HRESULT_FROM_WIN32(error));
     }
-    m_getClassObject = Exported<GetClassObject>(m_module.get(), "DllGetClassObject", m_name);
+    m_getClassObject = Exported<ClassObjectGetter>(m_module.get(), "DllGetClassObject", m_name);
     m_canUnload = Exported<CanUnload>(m_module.get(), "DllCanUnloadNow", m_name);
 }
 

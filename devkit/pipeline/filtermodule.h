@@ -48,18 +48,22 @@ class FilterModule final : public FilterSource {
     [[nodiscard]] platform::ComPtr<IPrintPipelineFilter> CreateFilter() override;
     [[nodiscard]] HRESULT CanUnloadNow() override;
     [[nodiscard]] std::size_t ThreadsLeft() override;
+    // What the module's DllGetClassObject answers.
+    [[nodiscard]] HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** ppObject) const {
+        return m_getClassObject(clsid, iid, ppObject);
+    }
 
   private:
     struct Unload {
         void operator()(HMODULE module) const noexcept { FreeLibrary(module); }
     };
-    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    using ClassObjectGetter = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
     using CanUnload = HRESULT(STDAPICALLTYPE*)();
 
     std::string m_name;
     CLSID m_clsid;
     std::unique_ptr<std::remove_pointer_t<HMODULE>, Unload> m_module;
-    GetClassObject m_getClassObject = nullptr;
+    ClassObjectGetter m_getClassObject = nullptr;
     CanUnload m_canUnload = nullptr;
 };
 
