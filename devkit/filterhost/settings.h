@@ -3,7 +3,10 @@
 #include "platform/windows.h"
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -68,6 +71,33 @@ struct RunSettings {
     bool strict = false;                // a finding is a failure
     unsigned parallel = 0;              // 0: one for each processor
     std::chrono::seconds timeout{300};  // without progress
+};
+
+// What `filterhost validate` was asked for.
+struct ValidateSettings {
+    HostSettings host;
+    std::vector<std::filesystem::path> documents;  // beside those that the program carries
+    unsigned level = 5;
+    // Regular expressions of the names of tests.
+    std::optional<std::string> include;
+    std::optional<std::string> exclude;
+    std::uint64_t seed = 1;
+    unsigned repeat = 1;
+    unsigned cases = 0;                                       // of a test that has many, at most; 0: all
+    bool onlyFailed = false;                                  // those that failed in the report `json`
+    std::map<std::string, std::string, std::less<>> leftOut;  // tests, with the reasons
+    bool isDeviceGiven = false;                               // the device is the command line's
+    std::optional<std::filesystem::path> json;
+    std::optional<std::filesystem::path> junit;
+    bool quiet = false;
+    bool inProcess = false;
+    unsigned parallel = 0;             // 0: one for each processor
+    std::chrono::seconds timeout{60};  // without progress
+};
+
+// What `filterhost list` was asked for.
+struct ListSettings {
+    unsigned level = 10;
 };
 
 struct InspectSettings {
