@@ -26,5 +26,6 @@ inline constexpr unsigned kDefaultLevel = 5;
 [[nodiscard]] const std::vector<Test>& Battery();
 
 // The tests of each level.
+[[nodiscard]] std::vector<Test> LoadingTests();
 
 }  // namespace devkit::validate

@@ -1,0 +1,19 @@
+#include "devkit/validate/battery.h"
+
+#include <iterator>
+
+namespace devkit::validate {
+
+const std::vector<Test>& Battery() {
+    static const std::vector<Test> battery = [] {
+        std::vector<Test> all;
+        for (auto* const pTestsOfLevel : {&LoadingTests}) {
+            std::vector<Test> tests = pTestsOfLevel();
+            std::move(tests.begin(), tests.end(), std::back_inserter(all));
+        }
+        return all;
+    }();
+    return battery;
+}
+
+}  // namespace devkit::validate
