@@ -45,10 +45,10 @@ function(folder_library target root folder)
   endif()
 endfunction()
 
-# folder_tests(TARGET FOLDER [LINKS TARGET...]): one test program of all sources of tests/FOLDER, none without sources.
-# Few large programs, because each start under Wine has its price.
+# folder_tests(TARGET FOLDER [LINKS TARGET...] [TIMEOUT SECONDS]): one test program of all sources of tests/FOLDER, none
+# without sources. Few large programs, because each start under Wine has its price.
 function(folder_tests target folder)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "LINKS")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "TIMEOUT" "LINKS")
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp)
   if(NOT sources)
     return()
@@ -63,5 +63,5 @@ function(folder_tests target folder)
   add_dependencies(${target} samples)
   target_compile_definitions(${target} PRIVATE
     SAMPLES_FOLDER="${CMAKE_BINARY_DIR}/samples" SOURCE_FOLDER="${CMAKE_SOURCE_DIR}")
-  judged_test(${target} PROGRAM ${target})
+  judged_test(${target} PROGRAM ${target} TIMEOUT ${arg_TIMEOUT})
 endfunction()

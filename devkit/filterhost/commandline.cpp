@@ -161,6 +161,50 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
                  "happens to the program");
 }
 
+struct RawValidate {
+    RawRun run;
+    std::vector<std::string> documents;
+    ValidateSettings settings;
+};
+
+void DescribeValidate(CLI::App& validate, RawValidate& raw) {
+    const Describer option{validate};
+    ValidateSettings& settings = raw.settings;
+    auto* filter = option("FILTER", raw.run.filters, "",
+                          "the filter's DLL (default: pagevalidatefilter.dll beside this program);\n"
+                          "of several each one's output is the next one's input");
+    DescribeFilters(option, raw.run, filter);
+    option.List("--document", raw.documents, "FILE",
+                "an XPS or OpenXPS document beside those that the program carries, repeatable");
+    option("--level", settings.level, "N", "tests of the levels 1 to N, of 10 (default: 5)")
+        ->check(CLI::Range(1U, 10U));
+    option("--include", settings.include, "REGEX", "only tests whose names match");
+    option("--exclude", settings.exclude, "REGEX", "no test whose name matches");
+    option("--cases", settings.cases, "N",
+           "of a test that has many cases N, chosen by the seed (default: all)")
+        ->check(CLI::PositiveNumber);
+    option("--seed", settings.seed, "S", "the same seed chooses the same cases (default: 1)");
+    option("--repeat", settings.repeat, "N", "all of it N times, with the seeds S, S+1 and so on")
+        ->check(CLI::PositiveNumber);
+    DescribeHost(option, raw.run);
+    auto* json = option("--json", raw.run.json, "FILE",
+                        "the results for programs; docs/validation.schema.json describes them");
+    option("--junit", raw.run.junit, "FILE", "the results for build servers, a test case a test");
+    validate
+        .add_flag("--only-failed", settings.onlyFailed, "tests that failed in the last run of this --json")
+        ->needs(json);
+    validate.add_flag("--quiet", settings.quiet, "print the verdict and what failed only");
+    option("--timeout", raw.run.timeout, "S",
+           "end a filter that makes no progress for S seconds (default: 60)")
+        ->check(CLI::Range(1U, 1000000U));
+    option("-j", settings.parallel, "N", "tests at once (default: one a processor)")
+        ->check(CLI::Range(1U, 1024U));
+    validate.add_flag(
+        "--in-process", settings.inProcess,
+        "run the filter in this process, where a debugger finds it; what it does to the process\n"
+        "happens to the program");
+}
+
 void TakeProvider(const std::vector<std::string>& values, HostSettings& settings) {
     for (const std::string& value : values) {
         if (value == "system") {
@@ -300,6 +344,16 @@ RunSettings TakeRun(RawRun raw) {
     return settings;
 }
 
+ValidateSettings TakeValidate(RawValidate raw) {
+    ValidateSettings settings = std::move(raw.settings);
+    settings.host = TakeHost(raw.run);
+    for (const std::string& document : raw.documents) settings.documents.push_back(Absolute(document));
+    settings.json = Absolute(raw.run.json);
+    settings.junit = Absolute(raw.run.junit);
+    settings.timeout = std::chrono::seconds(raw.run.timeout);
+    return settings;
+}
+
 // The first line of what went wrong, for an error of one line.
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
@@ -316,6 +370,17 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     RawRun raw;
     CLI::App* run = app.add_subcommand("run", "run a filter over documents");
     DescribeRun(*run, raw);
+    RawValidate rawValidate;
+    rawValidate.run.timeout = 60;
+    CLI::App* validate = app.add_subcommand("validate", "run the battery of tests over a filter");
+    DescribeValidate(*validate, rawValidate);
+    ListSettings listed;
+    CLI::App* list = app.add_subcommand("list", "what there is");
+    list->require_subcommand(1);
+    CLI::App* tests = list->add_subcommand("tests", "the tests of the battery and what each proves");
+    tests->add_option("--level", listed.level, "of the levels 1 to N (default: 10)")
+        ->type_name("N")
+        ->check(CLI::Range(1U, 10U));
     std::vector<std::string> inspected;
     CLI::App* inspect = app.add_subcommand("inspect", "show parts, page sizes, tickets and where they hang");
     inspect->add_option("INPUT", inspected, "XPS or OpenXPS documents")->required();
@@ -341,7 +406,7 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::CallForVersion&) {
         return Answer{VersionText() + "\n"};
     } catch (const CLI::CallForHelp&) {
-        for (const CLI::App* const each : {run, inspect, diff, check, show, examine}) {
+        for (const CLI::App* const each : {run, validate, inspect, diff, check, show, examine, tests, list}) {
             const CLI::App* const pAbove = each->get_parent();
             const std::string above = pAbove == &app ? "" : " " + pAbove->get_name();
             if (each->parsed()) return Answer{each->help(app.get_name() + above)};
@@ -351,6 +416,11 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
         throw UsageError(FirstLine(error.what()));
     }
     if (run->parsed()) return TakeRun(std::move(raw));
+    if (validate->parsed()) {
+        rawValidate.settings.isDeviceGiven = validate->count("--device") != 0;
+        return TakeValidate(std::move(rawValidate));
+    }
+    if (tests->parsed()) return listed;
     if (diff->parsed()) return DiffSettings{Absolute(before), Absolute(after)};
     if (examine->parsed()) {
         device.action = show->parsed() ? DeviceSettings::Action::Show : DeviceSettings::Action::Check;

@@ -13,7 +13,8 @@ struct Answer {
     std::string text;
 };
 
-using Command = std::variant<RunSettings, InspectSettings, DiffSettings, DeviceSettings, Answer>;
+using Command = std::variant<RunSettings, ValidateSettings, ListSettings, InspectSettings, DiffSettings,
+                             DeviceSettings, Answer>;
 
 // Reads the arguments (UTF-8, without the program's name). Throws UsageError.
 [[nodiscard]] Command ParseCommandLine(std::vector<std::string> arguments);

@@ -12,6 +12,8 @@
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/filterhost/worker.h"
+#include "devkit/validate/probes.h"
+#include "devkit/validate/validatecommand.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {
@@ -35,6 +37,11 @@ struct Execute {
         const MultithreadedApartment apartment;
         return Run(settings);
     }
+    int operator()(const ValidateSettings& settings) const {
+        const MultithreadedApartment apartment;
+        return validate::Validate(settings);
+    }
+    int operator()(const ListSettings& settings) const { return validate::List(settings); }
     int operator()(const InspectSettings& settings) const { return Inspect(settings); }
     int operator()(const DiffSettings& settings) const { return Diff(settings); }
     int operator()(const DeviceSettings& settings) const { return ExamineDevice(settings); }
@@ -46,7 +53,8 @@ struct Execute {
 
 int Main(const std::vector<std::string>& arguments) {
     try {
-        if (arguments.size() == 3 && arguments[0] == kWorkCommand) Work(arguments[1], arguments[2], {});
+        if (arguments.size() == 3 && arguments[0] == kWorkCommand)
+            Work(arguments[1], arguments[2], validate::AllProbes());
         EndOnInterrupt();
         return std::visit(Execute(), ParseCommandLine(arguments));
     } catch (const UsageError& error) {

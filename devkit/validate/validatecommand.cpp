@@ -1,0 +1,104 @@
+#include "devkit/validate/validatecommand.h"
+
+#include <string>
+#include <vector>
+
+#include "devkit/common/error.h"
+#include "devkit/common/file.h"
+#include "devkit/filterhost/console.h"
+#include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/files.h"
+#include "devkit/filterhost/hostedrun.h"
+#include "devkit/filterhost/interrupt.h"
+#include "devkit/package/xpsdocument.h"
+#include "devkit/validate/configuration.h"
+#include "devkit/validate/validation.h"
+#include "devkit/validate/validationreport.h"
+#include "devkit/validate/verdict.h"
+
+namespace devkit::validate {
+namespace {
+
+using filterhost::ValidateSettings;
+
+std::string NameOf(const ValidateSettings& settings) {
+    std::string name;
+    for (const filterhost::FilterSettings& filter : settings.host.filters)
+        name += (name.empty() ? "" : " and ") + common::PathText(filter.dll.filename());
+    return settings.host.filters.size() > 1 ? "the chain of " + name : name;
+}
+
+// The user's documents, found to be some. False when one is none.
+bool TakeDocuments(const ValidateSettings& settings, std::vector<Document>& documents) {
+    for (const std::filesystem::path& path : settings.documents) {
+        const std::string name = common::PathText(path);
+        try {
+            static_cast<void>(package::XpsDocument::Open(path));
+        } catch (const common::Error& error) {
+            filterhost::PrintProblem(name + ": " + filterhost::ProblemOf(error, name));
+            return false;
+        }
+        documents.push_back({name, path});
+    }
+    return true;
+}
+
+// Prints the results as they come, and what failed behind them.
+class Teller {
+  public:
+    explicit Teller(bool isQuiet) : m_isQuiet(isQuiet) {
+        if (!isQuiet) filterhost::PrintOut(TableHead());
+    }
+
+    void Tell(const TestResult& result) {
+        m_tally.Add(result);
+        m_results.push_back(result);
+        m_failures += WriteFailures(result);
+        if (!m_isQuiet) filterhost::PrintOut(TableLine(result));
+    }
+    void TellVerdict(const ValidateSettings& settings) {
+        filterhost::PrintOut(m_failures + (m_isQuiet && m_failures.empty() ? "" : "\n"));
+        filterhost::PrintOut(WriteVerdict(NameOf(settings), m_tally, settings.level) + "\n");
+    }
+    void WriteReports(const ValidateSettings& settings) const {
+        if (settings.json) WriteReport(*settings.json, "--json", WriteJson(settings, m_results));
+        if (settings.junit) WriteReport(*settings.junit, "--junit", WriteJunit(settings, m_results));
+    }
+    [[nodiscard]] filterhost::ExitStatus Status() const { return m_tally.Status(); }
+
+  private:
+    std::vector<TestResult> m_results;
+    const bool m_isQuiet;
+    Tally m_tally;
+    std::string m_failures;
+};
+
+}  // namespace
+
+int Validate(ValidateSettings settings) {
+    if (const auto file = FindConfiguration(settings.host.filters.front().dll)) {
+        ApplyConfiguration(*file, settings);
+        if (!settings.quiet) filterhost::PrintOut("with " + common::PathText(*file) + "\n");
+    }
+    filterhost::CheckHost(settings.host);
+    const std::vector<const Test*> tests = Selected(settings);
+    if (tests.empty()) throw filterhost::UsageError("no test of the battery is left to be run");
+    std::vector<Document> documents;
+    if (!TakeDocuments(settings, documents)) return filterhost::UnreadableInput;
+    Teller teller(settings.quiet);
+    for (unsigned repetition = 0; repetition < settings.repeat; ++repetition) {
+        const bool isWhole = RunTests(settings, tests, documents, settings.seed + repetition,
+                                      [&](const TestResult& result) { teller.Tell(result); });
+        if (!isWhole) return filterhost::kInterrupted;
+    }
+    teller.TellVerdict(settings);
+    teller.WriteReports(settings);
+    return teller.Status();
+}
+
+int List(const filterhost::ListSettings& settings) {
+    filterhost::PrintOut(ListTests(settings.level));
+    return filterhost::Done;
+}
+
+}  // namespace devkit::validate
