@@ -27,5 +27,7 @@ inline constexpr unsigned kDefaultLevel = 5;
 
 // The tests of each level.
 [[nodiscard]] std::vector<Test> LoadingTests();
+[[nodiscard]] std::vector<Test> DocumentTests();
+[[nodiscard]] std::vector<Test> ContractTests();
 
 }  // namespace devkit::validate
