@@ -7,7 +7,8 @@ namespace devkit::validate {
 const std::vector<Test>& Battery() {
     static const std::vector<Test> battery = [] {
         std::vector<Test> all;
-        for (auto* const pTestsOfLevel : {&LoadingTests, &DocumentTests, &ContractTests}) {
+        for (auto* const pTestsOfLevel : {&LoadingTests, &DocumentTests, &ContractTests, &VariationTests,
+                                          &CancellingTests, &FailingCallTests}) {
             std::vector<Test> tests = pTestsOfLevel();
             std::move(tests.begin(), tests.end(), std::back_inserter(all));
         }

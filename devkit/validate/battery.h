@@ -29,5 +29,8 @@ inline constexpr unsigned kDefaultLevel = 5;
 [[nodiscard]] std::vector<Test> LoadingTests();
 [[nodiscard]] std::vector<Test> DocumentTests();
 [[nodiscard]] std::vector<Test> ContractTests();
+[[nodiscard]] std::vector<Test> VariationTests();
+[[nodiscard]] std::vector<Test> CancellingTests();
+[[nodiscard]] std::vector<Test> FailingCallTests();
 
 }  // namespace devkit::validate
