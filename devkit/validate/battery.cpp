@@ -8,7 +8,7 @@ const std::vector<Test>& Battery() {
     static const std::vector<Test> battery = [] {
         std::vector<Test> all;
         for (auto* const pTestsOfLevel : {&LoadingTests, &DocumentTests, &ContractTests, &VariationTests,
-                                          &CancellingTests, &FailingCallTests}) {
+                                          &CancellingTests, &FailingCallTests, &HostileTests, &LoadTests}) {
             std::vector<Test> tests = pTestsOfLevel();
             std::move(tests.begin(), tests.end(), std::back_inserter(all));
         }

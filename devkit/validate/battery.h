@@ -32,5 +32,7 @@ inline constexpr unsigned kDefaultLevel = 5;
 [[nodiscard]] std::vector<Test> VariationTests();
 [[nodiscard]] std::vector<Test> CancellingTests();
 [[nodiscard]] std::vector<Test> FailingCallTests();
+[[nodiscard]] std::vector<Test> HostileTests();
+[[nodiscard]] std::vector<Test> LoadTests();
 
 }  // namespace devkit::validate

@@ -66,6 +66,7 @@ class PassThrough final : public IPrintPipelineFilter {
         if (SUCCEEDED(hr)) {
             hr = m_communicator->RequestWriter(reinterpret_cast<void**>(writer.GetAddressOf()));
         }
+        if (SUCCEEDED(hr) && (!reader || !writer)) hr = E_POINTER;
         if (SUCCEEDED(hr)) hr = PassParts(reader.Get(), writer.Get());
         // Before the sender is closed: a closed sender alone means that the document is complete.
         if (FAILED(hr)) m_control->RequestShutdown(hr, nullptr);
