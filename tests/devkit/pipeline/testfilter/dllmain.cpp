@@ -14,7 +14,7 @@ class Factory final : public platform::ComIdentity<platform::ReferenceCount, ICl
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override {
         if (ppObject == nullptr) return E_POINTER;
         *ppObject = nullptr;
-        if (pOuter != nullptr) return CLASS_E_NOAGGREGATION;
+        if (pOuter != nullptr && !testfilter::ModeIs("aggregate")) return CLASS_E_NOAGGREGATION;
         return platform::MakeObject<Filter>()->QueryInterface(iid, ppObject);
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
@@ -27,6 +27,12 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) {
     static Factory<StreamFilter> streamFactory;
     if (ppObject == nullptr) return E_POINTER;
     *ppObject = nullptr;
+    if (testfilter::ModeIs("pin-module")) {
+        HMODULE self = nullptr;
+        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                           reinterpret_cast<const wchar_t*>(&DllGetClassObject), &self);
+    }
+    if (testfilter::ModeIs("any-class")) return factory.QueryInterface(iid, ppObject);
     if (IsEqualCLSID(classId, testfilter::kClassId)) return factory.QueryInterface(iid, ppObject);
     if (IsEqualCLSID(classId, testfilter::kStreamClassId)) return streamFactory.QueryInterface(iid, ppObject);
     if (IsEqualCLSID(classId, testfilter::kDirectClassId)) {

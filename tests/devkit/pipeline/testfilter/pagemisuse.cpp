@@ -56,6 +56,16 @@ HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
     return S_OK;
 }
 
+// What one call gives, as if that were always all.
+HRESULT ReadOnce(IPrintReadStream* pStream, std::string& text) {
+    text.resize(std::size_t{1} << 20);
+    ULONG count = 0;
+    BOOL isEnd = FALSE;
+    const HRESULT hr = pStream->ReadBytes(text.data(), static_cast<ULONG>(text.size()), &count, &isEnd);
+    text.resize(count);
+    return hr;
+}
+
 void ReplaceFirst(std::string& text, const std::string& what, const std::string& with) {
     if (const std::size_t place = text.find(what); place != std::string::npos)
         text.replace(place, what.size(), with);
@@ -194,9 +204,14 @@ HRESULT TestFilter::RewriteMarkup(IFixedPage* pPage) {
     std::string markup;
     HRESULT hr = pPage->GetStream(reader.Put());
     if (SUCCEEDED(hr)) hr = pPage->GetWriteStream(writer.Put());
-    if (SUCCEEDED(hr)) hr = ReadAll(reader.Get(), markup);
+    if (SUCCEEDED(hr)) hr = Is("read-once") ? ReadOnce(reader.Get(), markup) : ReadAll(reader.Get(), markup);
     if (FAILED(hr)) return hr;
-    if (Is("break-markup")) {
+    if (Is("blank-page")) {
+        const std::size_t content = markup.find('>', markup.find("<FixedPage"));
+        if (content != std::string::npos) markup = markup.substr(0, content + 1) + "</FixedPage>";
+    } else if (Is("write-time")) {
+        ReplaceFirst(markup, "</FixedPage>", "<!-- " + std::to_string(GetTickCount64()) + " --></FixedPage>");
+    } else if (Is("break-markup")) {
         markup.resize(markup.size() / 2);
     } else if (Is("no-width")) {
         ReplaceFirst(markup, "Width=", "Breadth=");
@@ -211,7 +226,9 @@ HRESULT TestFilter::RewriteMarkup(IFixedPage* pPage) {
         ReplaceFirst(markup, "Height=\"1056\"", "Height=\"816\"");
     }
     if (Is("rewrite-long")) markup += "<!-- " + std::string(std::size_t{6} << 20, 'x') + " -->";
-    hr = WriteAll(writer.Get(), markup);
+    ULONG written = 0;
+    hr = Is("write-once") ? writer->WriteBytes(markup.data(), static_cast<ULONG>(markup.size()), &written)
+                          : WriteAll(writer.Get(), markup);
     if (!Is("rewrite-unclosed")) writer->Close();
     return hr;
 }

@@ -27,6 +27,9 @@ inline constexpr CLSID kStreamClassId = {
 // The objects of the module that are alive.
 extern std::atomic<long> g_liveObjects;
 
+// Whether the environment names the mode: of a module no property bag can.
+bool ModeIs(const char* mode);
+
 // Writes the whole text, in as many pieces as the stream wants. Does not close it.
 HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text);
 
