@@ -110,6 +110,16 @@ TEST(SentPartCheck, APageThatLosesItsSizeIsFound) {
     EXPECT_EQ(Lines{"the markup of FixedPage /a/1.fpage has no Width and no Height"}, after(""));
 }
 
+TEST(SentPartCheck, APageThatTheFilterMadeHasASize) {
+    const auto made = [](const char* size) {
+        const PartPtr page = std::make_shared<Part>(PartKind::FixedPage, "/new.fpage");
+        Write(*page, Markup("<Path/>", size));
+        return TextsOf(SentPartCheck().Look({PartKind::FixedPage, page->Name(), page}));
+    };
+    EXPECT_EQ(Lines{}, made(kSize));
+    EXPECT_EQ(Lines{"the markup of FixedPage /new.fpage has no Width and no Height"}, made(""));
+}
+
 TEST(SentPartCheck, MarkupThatIsNoXmlIsToldByOthers) {
     EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), "<FixedPage>"));
     EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), ""));
