@@ -1,6 +1,7 @@
 #include "devkit/pipeline/filtercalls.h"
 
 #include "devkit/common/hresult.h"
+#include "devkit/pipeline/callspan.h"
 
 namespace devkit::pipeline {
 namespace {
@@ -30,6 +31,7 @@ FilterCalls::FilterCalls(std::vector<Fault> faults, bool keepText) : m_keepText(
 }
 
 HRESULT FilterCalls::Enter(std::string_view method, std::string_view argument) {
+    CallSpan::Name(method, argument);
     const std::lock_guard guard(m_lock);
     Record(method, argument);
     return Strike(method, argument);
@@ -51,6 +53,7 @@ HRESULT FilterCalls::EnterQuery(std::string_view object, std::string_view interf
 }
 
 void FilterCalls::Note(std::string_view method, std::string_view argument) {
+    CallSpan::Name(method, argument);
     const std::lock_guard guard(m_lock);
     Record(method, argument);
 }

@@ -32,7 +32,7 @@ PartIterator::PartIterator(ContextPtr context, const PartPtr& page)
 }
 
 void PartIterator::Reset() {
-    const OperationClock::Timed time = PipelineTime();
+    const CallTime time = PipelineTime();
     Context().Calls().Note("IXpsPartIterator::Reset");
     m_index = 0;
 }
@@ -54,7 +54,7 @@ HRESULT PartIterator::Current(BSTR* pUri, IUnknown** ppPart) {
 BOOL PartIterator::IsDone() { return m_index >= m_parts.size() ? TRUE : FALSE; }
 
 void PartIterator::Next() {
-    const OperationClock::Timed time = PipelineTime();
+    const CallTime time = PipelineTime();
     Context().Calls().Note("IXpsPartIterator::Next");
     if (m_index < m_parts.size()) ++m_index;
 }

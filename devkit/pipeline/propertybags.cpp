@@ -100,7 +100,7 @@ HRESULT PropertyBag::GetProperty(const wchar_t* name, VARIANT* value) {
 }
 
 BOOL PropertyBag::DeleteProperty(const wchar_t* name) {
-    const OperationClock::Timed time = PipelineTime();
+    const CallTime time = PipelineTime();
     Context().Calls().Note("IPrintPipelinePropertyBag::DeleteProperty", common::Utf8OrNull(name));
     if (name == nullptr) return FALSE;
     const std::lock_guard guard(m_lock);

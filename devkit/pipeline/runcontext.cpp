@@ -22,6 +22,7 @@ std::vector<std::string> BreachLog::Lines() const {
 RunContext::RunContext(Behaviour behaviour, std::shared_ptr<RunObserver> observer)
     : m_behaviour(std::move(behaviour)),
       m_observer(observer ? std::move(observer) : std::make_shared<RunObserver>()),
+      m_pCallObserver(m_observer->WantsCalls() ? m_observer.get() : nullptr),
       m_calls(m_behaviour.faults, m_behaviour.keepCalls) {}
 
 FilterCalls& RunContext::Calls() {

@@ -19,6 +19,7 @@
 #include "devkit/common/countedobject.h"
 #include "devkit/common/error.h"
 #include "devkit/pipeline/behaviour.h"
+#include "devkit/pipeline/callspan.h"
 #include "devkit/pipeline/filtercalls.h"
 #include "devkit/pipeline/graveyard.h"
 #include "devkit/pipeline/operationclock.h"
@@ -72,6 +73,8 @@ class RunContext {
         RunObserver& m_observer;
     };
     [[nodiscard]] Told Observer() noexcept { return {*m_observer, m_clock}; }
+    // Who is told of each call with its time; null for nobody.
+    [[nodiscard]] RunObserver* CallObserver() const noexcept { return m_pCallObserver; }
     // Of the filter's StartOperation.
     [[nodiscard]] OperationClock& Clock() noexcept { return m_clock; }
 
@@ -123,6 +126,7 @@ class RunContext {
 
     const Behaviour m_behaviour;
     const std::shared_ptr<RunObserver> m_observer;
+    RunObserver* const m_pCallObserver;
     OperationClock m_clock;
     BreachLog m_breaches;
     BreachLog m_leftOpen;
@@ -147,6 +151,18 @@ class RunContext {
 
 using ContextPtr = std::shared_ptr<RunContext>;
 
+// A call of the filter to an object of the pipeline: while it lives, time is the pipeline's.
+class CallTime {
+  public:
+    explicit CallTime(RunContext& context, const char* method = nullptr) noexcept
+        : m_time(context.Clock(), Share::Pipeline), m_span(context.CallObserver(), context.Clock(), method) {}
+
+  private:
+    // What the observer is told by the span belongs into the call's time, and is then the observer's.
+    OperationClock::Timed m_time;
+    CallSpan m_span;
+};
+
 // The reference count of a COM object of the pipeline, and its entry among the living of its run.
 // After its last release its memory is watched over.
 class LiveObject : public common::CountedObject {
@@ -161,14 +177,13 @@ class LiveObject : public common::CountedObject {
 
     [[nodiscard]] RunContext& Context() const noexcept { return *m_context; }
     [[nodiscard]] const ContextPtr& SharedContext() const noexcept { return m_context; }
-    // While it lives, time is the pipeline's.
-    [[nodiscard]] OperationClock::Timed PipelineTime() const noexcept {
-        return {m_context->Clock(), Share::Pipeline};
+    [[nodiscard]] CallTime PipelineTime(const char* method = nullptr) const noexcept {
+        return CallTime(*m_context, method);
     }
     // Runs the body of a method of the object in the pipeline's time; what it throws becomes a code.
     template <typename Body>
     HRESULT Answer(Body&& body) const noexcept {
-        const OperationClock::Timed time = PipelineTime();
+        const CallTime time = PipelineTime();
         return common::Guarded(std::forward<Body>(body));
     }
     // The failure that a test has planned for this query, S_OK when there is none. That an object is itself
@@ -189,7 +204,7 @@ template <typename First, typename... Others>
 class ComObject : public platform::ComIdentity<LiveObject, First, Others...> {
   public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
-        const OperationClock::Timed time = this->PipelineTime();
+        const CallTime time = this->PipelineTime("QueryInterface");
         const HRESULT planned = this->PlannedRefusal(iid);
         if (SUCCEEDED(planned)) return Identity::QueryInterface(iid, ppObject);
         if (ppObject != nullptr) *ppObject = nullptr;
@@ -199,7 +214,7 @@ class ComObject : public platform::ComIdentity<LiveObject, First, Others...> {
         // Only what takes the object apart is worth a look at the clock.
         if (this->References() != 1) return Identity::Release();
         const ContextPtr context = this->SharedContext();
-        const OperationClock::Timed time(context->Clock(), Share::Pipeline);
+        const CallTime time(*context, "Release");
         return Identity::Release();
     }
 

@@ -1,12 +1,23 @@
 #pragma once
 
+#include <chrono>
 #include <string>
+#include <string_view>
 
 #include "devkit/common/checks.h"
 
 namespace devkit::pipeline {
 
 struct SentPart;
+
+// A call of the filter to an object of the pipeline, by a clock that never goes back. `method` is
+// "Interface::Method"; a query and a last release are told by their method alone.
+struct MadeCallSpan {
+    std::string_view method;
+    std::string_view argument;  // the part's or the property's name; empty without
+    std::chrono::nanoseconds begin{0};
+    std::chrono::nanoseconds duration{0};
+};
 
 // Is told of a run while it goes on, each time on the thread on which it happens, several at a time. What is
 // told of must not be held up for long, and nothing may be thrown.
@@ -30,6 +41,10 @@ class RunObserver {
     virtual void InputFailed(const std::string&) {}
     // Any call of the filter to the pipeline's objects.
     virtual void Called() {}
+    // Whether CallMade is to be told of each call with its time, which takes some.
+    [[nodiscard]] virtual bool WantsCalls() const noexcept { return false; }
+    // Such a call has come back; the texts are gone afterwards.
+    virtual void CallMade(const MadeCallSpan&) {}
 };
 
 }  // namespace devkit::pipeline

@@ -38,7 +38,7 @@ ReadStream::ReadStream(ContextPtr context, const std::string& name, std::shared_
     : ComObject(std::move(context), "ReadStream " + name), m_name(name), m_bytes(std::move(bytes)) {}
 
 HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition) {
-    const OperationClock::Timed time = PipelineTime();
+    const CallTime time = PipelineTime();
     if (pNewPosition != nullptr) *pNewPosition = 0;
     if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::Seek", m_name); FAILED(hr)) return hr;
     std::int64_t start = 0;
@@ -61,7 +61,7 @@ HRESULT ReadStream::Seek(LONGLONG offset, DWORD origin, ULONGLONG* pNewPosition)
 }
 
 HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOOL* pEndOfFile) {
-    const OperationClock::Timed time = PipelineTime();
+    const CallTime time = PipelineTime();
     if (pcbRead != nullptr) *pcbRead = 0;
     if (pEndOfFile != nullptr) *pEndOfFile = FALSE;
     if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::ReadBytes", m_name); FAILED(hr))
@@ -149,7 +149,7 @@ void WriteStream::Close() {
 }
 
 HRESULT WriteStream::FlushData() {
-    const OperationClock::Timed time = PipelineTime();
+    const CallTime time = PipelineTime();
     return Context().Calls().Enter("IPrintWriteStreamFlush::FlushData", m_name);
 }
 
