@@ -7,11 +7,11 @@
 
 #include "devkit/package/documentmarkup.h"
 #include "devkit/package/package.h"
+#include "devkit/package/rawarchive.h"
 #include "devkit/package/xpsdocument.h"
 #include "memorystorage.h"
 #include "temporaryfolder.h"
 #include "thrown.h"
-#include "zipbuilder.h"
 
 namespace devkit::package {
 

@@ -1,4 +1,4 @@
-#include "zipbuilder.h"
+#include "devkit/package/rawarchive.h"
 
 #include <algorithm>
 
