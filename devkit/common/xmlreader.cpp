@@ -1,5 +1,6 @@
 #include "devkit/common/xmlreader.h"
 
+#include <libxml/encoding.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlerror.h>
@@ -77,6 +78,21 @@ bool IsUnicodeEncoding(std::string_view name) {
            });
 }
 
+// By its first bytes. Of those that it cannot read the library complains on the console, before it knows whom
+// else to tell.
+bool MayBeUnicode(std::string_view bytes) {
+    const auto* const pBytes = reinterpret_cast<const unsigned char*>(bytes.data());
+    switch (xmlDetectCharEncoding(pBytes, static_cast<int>(std::min<std::size_t>(bytes.size(), 4)))) {
+        case XML_CHAR_ENCODING_NONE:
+        case XML_CHAR_ENCODING_UTF8:
+        case XML_CHAR_ENCODING_UTF16LE:
+        case XML_CHAR_ENCODING_UTF16BE:
+            return true;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 void XmlReader::Delete::operator()(_xmlTextReader* pReader) const noexcept { xmlFreeTextReader(pReader); }
@@ -87,6 +103,7 @@ XmlReader::XmlReader(std::string_view bytes, std::string where, const XmlLimits&
     if (bytes.empty()) Fail("is empty");
     const std::size_t most = std::min(m_limits.maxBytes, kLibraryMaxBytes);
     if (bytes.size() > most) Fail("is larger than " + std::to_string(most) + " bytes");
+    if (!MayBeUnicode(bytes)) Fail("is encoded as neither UTF-8 nor UTF-16");
     if (Prolog::HasDocumentType(bytes)) Fail("has a document type declaration");
     m_reader.reset(xmlReaderForMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr,
                                       XML_PARSE_NONET | XML_PARSE_COMPACT));

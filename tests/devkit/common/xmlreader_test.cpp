@@ -51,6 +51,15 @@ TEST(XmlReaderTest, AnotherEncodingIsRefused) {
     EXPECT_EQ("is encoded as ISO-8859-1, neither UTF-8 nor UTF-16, /part",
               MessageOf<Error>([] { Elements("<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>"); }));
     EXPECT_NE("", MessageOf<Error>([] { Elements("<?xml version='1.0' encoding='windows-1252'?><a/>"); }));
+    // Of these the library itself would complain on the console: UCS-4 in each order of its bytes, EBCDIC.
+    testing::internal::CaptureStderr();
+    for (const std::string_view start :
+         {std::string_view("\0\0\0<", 4), std::string_view("<\0\0\0", 4), std::string_view("\0\0<\0", 4),
+          std::string_view("\0<\0\0", 4), std::string_view("\x4C\x6F\xA7\x94", 4)}) {
+        EXPECT_EQ("is encoded as neither UTF-8 nor UTF-16, /part",
+                  MessageOf<Error>([&] { Elements(start); }));
+    }
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
 }
 
 TEST(XmlReaderTest, TellsNamespacesAndAttributes) {
