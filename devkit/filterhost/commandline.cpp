@@ -56,6 +56,7 @@ struct RawRun {
     std::vector<std::string> provider;
     std::optional<std::string> json;
     std::optional<std::string> junit;
+    std::optional<std::string> trace;
     bool noDriverProperties = false;
     unsigned timeout = 300;
     RunSettings settings;
@@ -146,6 +147,9 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
     DescribeHost(option, raw);
     option("--json", raw.json, "FILE", "a report for programs; docs/report.schema.json describes it");
     option("--junit", raw.junit, "FILE", "a report for build servers, one test case an INPUT");
+    option("--trace", raw.trace, "FILE",
+           "where the time went, call by call and page by page: for https://ui.perfetto.dev or\n"
+           "chrome://tracing");
     run.add_flag("--strict", raw.settings.strict, "a finding gives status 4, as a broken rule does");
     auto* quiet = run.add_flag("--quiet", raw.settings.quiet, "print problems only");
     run.add_flag("--verbose", raw.settings.verbose, "print what is worth knowing about the system, too")
@@ -339,6 +343,8 @@ RunSettings TakeRun(RawRun raw) {
     settings.outputFolder = Absolute(raw.outputFolder);
     settings.json = Absolute(raw.json);
     settings.junit = Absolute(raw.junit);
+    settings.trace = Absolute(raw.trace);
+    settings.host.trace = settings.trace.has_value();
     settings.host.recordTickets = settings.json.has_value();
     settings.timeout = std::chrono::seconds(raw.timeout);
     return settings;

@@ -72,6 +72,7 @@ void CheckFiles(const RunSettings& settings) {
     }
     if (settings.json) files.Write(*settings.json, "--json");
     if (settings.junit) files.Write(*settings.junit, "--junit");
+    if (settings.trace) files.Write(*settings.trace, "--trace");
 }
 
 }  // namespace devkit::filterhost

@@ -13,6 +13,7 @@
 #include "devkit/common/file.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
+#include "devkit/filterhost/runtrace.h"
 #include "devkit/filterhost/sentpartcheck.h"
 #include "devkit/pipeline/job.h"
 #include "platform/utf.h"
@@ -45,22 +46,31 @@ std::size_t CountPages(const package::XpsTree& tree) {
 // sent, so that what a filter does later cannot undo it.
 class Teller final : public pipeline::RunObserver {
   public:
-    // `name` is the filter's in a chain of several, and empty without.
-    Teller(EventSink sink, const std::string& name, bool isFirst, bool isLast, bool recordsTickets)
+    // `name` is the filter's in a chain of several, and empty without; `trace` is null without one.
+    Teller(EventSink sink, const std::string& name, bool isFirst, bool isLast, bool recordsTickets,
+           std::shared_ptr<RunTrace> trace)
         : m_sink(std::move(sink)),
+          m_trace(std::move(trace)),
           m_of(name.empty() ? "" : " of " + name),
           m_by(name.empty() ? "" : name + ": "),
           m_isFirst(isFirst),
           m_isLast(isLast),
           m_recordsTickets(recordsTickets) {}
 
-    void CallBegins(const char* call) override { m_sink(events::CallBegun{call + m_of}); }
-    void CallEnds(const char* call) override { m_sink(events::CallEnded{call + m_of}); }
+    void CallBegins(const char* call) override {
+        m_sink(events::CallBegun{call + m_of});
+        if (m_trace) m_trace->CallBegins(call);
+    }
+    void CallEnds(const char* call) override {
+        if (m_trace) m_trace->CallEnds(call);
+        m_sink(events::CallEnded{call + m_of});
+    }
     void PartAsked(unsigned number) override {
         if (m_isFirst) m_sink(events::PartAsked{number});
     }
     void PartGiven(const std::string& part) override {
         if (m_isFirst) m_sink(events::PartGiven{part});
+        if (m_trace) m_trace->PartGiven(part);
     }
     void PartSent(const pipeline::SentPart& part) override {
         try {
@@ -77,6 +87,8 @@ class Teller final : public pipeline::RunObserver {
     void Found(common::Check check, const std::string& text) override {
         m_sink(events::Found{IdOf(check), m_by + text});
     }
+    [[nodiscard]] bool WantsCalls() const noexcept override { return m_trace != nullptr; }
+    void CallMade(const pipeline::MadeCallSpan& call) override { m_trace->CallMade(call); }
     void InputFailed(const std::string& text) override { m_sink(events::InputFailed{m_by + text}); }
     void Called() override {
         // Once a second is often enough for whoever watches.
@@ -91,6 +103,7 @@ class Teller final : public pipeline::RunObserver {
     static std::string IdOf(common::Check check) { return std::string(common::FactsOf(check).id); }
 
     const EventSink m_sink;
+    const std::shared_ptr<RunTrace> m_trace;
     SentPartCheck m_check;
     const std::string m_of;
     const std::string m_by;
@@ -362,13 +375,15 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     }
     // In a chain it is not known which filter calls, nor what that one has in hand.
     const bool isAlone = m_filters.size() == 1;
-    m_provider.BeginRun(
-        token, RecordsTickets(pages),
-        [run = std::weak_ptr(run), sink, isAlone](const prntvpt::ProviderCall& call) {
-            const auto alive = run.lock();
-            sink(events::ProviderCalled{{call, alive && isAlone ? alive->LastPart() : std::string()}});
-            if (alive) Reassign(*alive, call);
-        });
+    m_provider.BeginRun(token, RecordsTickets(pages),
+                        [run = std::weak_ptr(run), sink, isAlone,
+                         isTraced = m_settings.trace](const prntvpt::ProviderCall& call) {
+                            const auto alive = run.lock();
+                            const std::string part = alive && isAlone ? alive->LastPart() : std::string();
+                            if (isTraced) TraceProviderCall(sink, call, part);
+                            sink(events::ProviderCalled{{call, part}});
+                            if (alive) Reassign(*alive, call);
+                        });
     std::vector<RunOutcome> outcomes = run->RunChain();
     times = TimesOf(outcomes);
     const bool isAbandoned = std::ranges::any_of(outcomes, &RunOutcome::IsAbandoned);
@@ -425,7 +440,8 @@ std::vector<pipeline::ChainedFilter> HostedRun::MakeChain(const EventSink& sink,
         const std::string name = m_filters.size() > 1 ? each.name : std::string();
         chain.push_back(
             {each.name, m_filters[i], each.input, each.output,
-             std::make_shared<Teller>(sink, name, i == 0, i + 1 == m_filters.size(), recordsTickets)});
+             std::make_shared<Teller>(sink, name, i == 0, i + 1 == m_filters.size(), recordsTickets,
+                                      m_settings.trace ? std::make_shared<RunTrace>(sink, name) : nullptr)});
     }
     return chain;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -18,6 +19,7 @@
 #include "devkit/filterhost/report.h"
 #include "devkit/filterhost/summary.h"
 #include "devkit/filterhost/supervisor.h"
+#include "devkit/filterhost/tracefile.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -59,7 +61,9 @@ class Teller {
 // Runs the jobs one after the other in this process, where a crash ends them all.
 class Here {
   public:
-    Here(const RunSettings& settings, Teller& teller) : m_settings(settings), m_teller(teller) {}
+    Here(const RunSettings& settings, Teller& teller) : m_settings(settings), m_teller(teller) {
+        if (settings.trace) m_trace.emplace(*settings.trace);
+    }
 
     // False when the user interrupted.
     bool Run() {
@@ -73,7 +77,10 @@ class Here {
             if (m_cancelled) return false;
             m_result = {};
             m_result.input = job.inputName;
+            if (m_trace) m_trace->Name(++m_row, job.inputName);
             const bool isOver = m_pRun->Run(job, [this](const Event& event) { Take(event); });
+            if (m_failure) std::rethrow_exception(m_failure);
+            if (m_trace) m_trace->End(m_row);
             Conclude(m_result, m_settings.strict);
             m_teller.Tell(m_result);
             if (!isOver) Leave();
@@ -86,6 +93,13 @@ class Here {
         const std::lock_guard guard(m_lock);
         const auto* const pNoted = std::get_if<events::Noted>(&event);
         if (pNoted != nullptr && m_settings.verbose) PrintProblem(pNoted->text);
+        try {
+            if (m_trace) m_trace->Take(m_row, event);
+        } catch (const UsageError&) {
+            // On a thread of the filter nothing may be thrown.
+            m_failure = std::current_exception();
+            m_trace.reset();
+        }
         Apply(event, m_result);
     }
 
@@ -112,6 +126,9 @@ class Here {
     std::atomic<bool> m_cancelled = false;
     std::mutex m_lock;
     RunResult m_result;
+    std::optional<TraceFile> m_trace;
+    std::size_t m_row = 0;
+    std::exception_ptr m_failure;  // of the trace
 };
 
 }  // namespace

@@ -35,6 +35,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Crash, code, text, type, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(MadeCall, call, part)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterTimes, name, filter, ticketProvider, pipeline, observer)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunTimes, total, operations, filters)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TraceMoment, kind, name, category, detail, thread, at, duration, own)
 
 namespace events {
 
@@ -50,6 +51,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(InputFailed, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Found, id, text)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Missed, what)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Noted, text)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Traced, moment)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(RunEnded, end)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderEnded, report)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Timed, times)
@@ -123,6 +125,7 @@ struct Applier {
     void operator()(const events::Missed& event) const { result.missing.push_back(event.what); }
     void operator()(const events::Noted&) const {}
     void operator()(const events::Alive&) const {}
+    void operator()(const events::Traced&) const {}
     void operator()(const events::RunEnded& event) const { result.end = event.end; }
     void operator()(const events::ProviderEnded& event) const { result.provider = event.report; }
     void operator()(const events::Timed& event) const { result.times = event.times; }

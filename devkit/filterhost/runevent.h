@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,26 @@
 #include "devkit/filterhost/runresult.h"
 
 namespace devkit::filterhost {
+
+// What a trace shows of a thread. Times are nanoseconds by std::chrono::steady_clock, which is one for all
+// processes of the machine.
+struct TraceMoment {
+    enum Kind : int {
+        Begin,   // something begins, with a name
+        End,     // what began last on the thread, and has not ended, ends
+        Whole,   // something that has begun and ended
+        Thread,  // the thread's name
+    };
+
+    Kind kind = Begin;
+    std::string name;
+    std::string category;
+    std::string detail;
+    std::uint32_t thread = 0;
+    std::int64_t at = 0;
+    std::int64_t duration = 0;  // of a whole one
+    std::int64_t own = 0;       // of it, without the caller's streams: a call of the ticket provider
+};
 
 // What a run tells while it goes on, as it happens.
 namespace events {
@@ -65,6 +86,10 @@ struct Noted {
 };
 // The filter calls the pipeline's objects, though nothing else is to be told.
 struct Alive {};
+// For a trace, when one is wanted.
+struct Traced {
+    TraceMoment moment;
+};
 struct RunEnded {
     RunEnd end;
 };
@@ -96,11 +121,12 @@ struct Finished {};
 
 }  // namespace events
 
-using Event = std::variant<events::Opened, events::CallBegun, events::CallEnded, events::PartAsked,
-                           events::PartGiven, events::PartSent, events::ProviderCalled, events::Breached,
-                           events::InputFailed, events::Found, events::Missed, events::Noted, events::Alive,
-                           events::RunEnded, events::ProviderEnded, events::Timed, events::OutputWritten,
-                           events::Failed, events::Refused, events::Crashed, events::Finished>;
+using Event =
+    std::variant<events::Opened, events::CallBegun, events::CallEnded, events::PartAsked, events::PartGiven,
+                 events::PartSent, events::ProviderCalled, events::Breached, events::InputFailed,
+                 events::Found, events::Missed, events::Noted, events::Alive, events::Traced,
+                 events::RunEnded, events::ProviderEnded, events::Timed, events::OutputWritten,
+                 events::Failed, events::Refused, events::Crashed, events::Finished>;
 
 // Takes the events of a run, on whatever thread they happen, several at a time.
 using EventSink = std::function<void(const Event&)>;

@@ -34,7 +34,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FilterSettings, name, dll, clsid, input, outp
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostSettings, filters, pipelineConfig, device, printer, userTicket,
                                    deviceCapabilities, nsPrefix, teskType, driverProperties, providerSwitches,
                                    systemProvider, pipelineSwitches, properties, driverValues, queueValues,
-                                   cancelAt, recordTickets)
+                                   cancelAt, recordTickets, trace)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Job, input, inputName, output, outputName)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, host, job, probe)
 

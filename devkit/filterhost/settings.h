@@ -48,6 +48,7 @@ struct HostSettings {
     std::vector<std::string> queueValues;       // and of the queue property bag
     unsigned cancelAt = 0;
     bool recordTickets = false;  // for a report
+    bool trace = false;          // tells events::Traced
 };
 
 // One input. Without an output nothing is written. The names are the paths as the caller gave them.
@@ -65,6 +66,7 @@ struct RunSettings {
     std::optional<std::filesystem::path> outputFolder;  // to be made
     std::optional<std::filesystem::path> json;
     std::optional<std::filesystem::path> junit;
+    std::optional<std::filesystem::path> trace;
     bool quiet = false;
     bool verbose = false;
     bool inProcess = false;

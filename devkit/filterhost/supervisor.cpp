@@ -16,6 +16,7 @@
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/filterhost/progress.h"
 #include "devkit/filterhost/runevent.h"
+#include "devkit/filterhost/tracefile.h"
 
 namespace devkit::filterhost {
 namespace {
@@ -25,6 +26,7 @@ class Supervisor {
     Supervisor(const RunSettings& settings, const ResultSink& sink)
         : m_settings(settings), m_sink(sink), m_progress(!settings.quiet) {
         m_results.resize(settings.jobs.size());
+        if (settings.trace) m_trace.emplace(*settings.trace);
     }
 
     bool Run() {
@@ -41,14 +43,17 @@ class Supervisor {
     }
 
   private:
-    void TakeJobs() {
+    void TakeJobs() try {
         while (const std::optional<std::size_t> number = NextJob()) {
-            RunResult result = RunJob(m_settings.jobs[*number]);
+            RunResult result = RunJob(*number);
             const std::lock_guard guard(m_lock);
             if (m_refused || m_failure) return;
             m_results[*number] = std::move(result);
             GiveResults();
         }
+    } catch (...) {
+        const std::lock_guard guard(m_lock);
+        if (!m_failure) m_failure = std::current_exception();
     }
 
     std::optional<std::size_t> NextJob() {
@@ -70,27 +75,42 @@ class Supervisor {
         }
     }
 
-    RunResult RunJob(const Job& job) {
+    RunResult RunJob(std::size_t number) {
+        const Job& job = m_settings.jobs[number];
         RunResult result;
         result.input = job.inputName;
+        if (m_trace) m_trace->Name(number + 1, job.inputName);
         try {
-            HostedChild child(m_settings.timeout,
-                              [this](const Event& event, const RunResult& seen) { Watch(event, seen); });
+            bool isCrashTold = false;
+            HostedChild child(m_settings.timeout, [&](const Event& event, const RunResult& seen) {
+                isCrashTold = isCrashTold || std::holds_alternative<events::Crashed>(event);
+                Watch(event, number, seen);
+            });
             const Registration registration(*this, child);
             static_cast<void>(child.Run({m_settings.host, job}, result));
+            // An end that the child could not tell of.
+            if (m_trace && result.crash && !isCrashTold)
+                m_trace->Take(number + 1, events::Crashed{*result.crash});
         } catch (const std::system_error& error) {
             Apply(events::Failed{std::string("a process cannot be started: ") + error.what(), FilterFailed},
                   result);
         }
+        if (m_trace) m_trace->End(number + 1);
         Conclude(result, m_settings.strict);
         return result;
     }
 
     // What is not of the one result alone.
-    void Watch(const Event& event, const RunResult& result) {
+    void Watch(const Event& event, std::size_t number, const RunResult& result) {
         if (const auto* const pRefused = std::get_if<events::Refused>(&event)) Refuse(*pRefused);
         if (const auto* const pAsked = std::get_if<events::PartAsked>(&event)) Show(result, pAsked->number);
         if (const auto* const pNoted = std::get_if<events::Noted>(&event)) Note(pNoted->text);
+        try {
+            if (m_trace) m_trace->Take(number + 1, event);
+        } catch (const UsageError&) {
+            const std::lock_guard guard(m_lock);
+            m_failure = std::current_exception();
+        }
     }
 
     void Show(const RunResult& result, unsigned part) {
@@ -147,8 +167,9 @@ class Supervisor {
     std::vector<std::optional<RunResult>> m_results;
     std::set<std::string> m_notes;
     std::optional<events::Refused> m_refused;
-    std::exception_ptr m_failure;  // of the sink
+    std::exception_ptr m_failure;  // of the sink, or of the trace
     Progress m_progress;
+    std::optional<TraceFile> m_trace;
     bool m_cancelled = false;
 };
 

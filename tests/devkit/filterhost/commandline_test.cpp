@@ -38,6 +38,8 @@ TEST(CommandLine, HasDocumentedDefaults) {
     EXPECT_EQ(std::nullopt, settings.outputFolder);
     EXPECT_EQ(std::nullopt, settings.json);
     EXPECT_EQ(std::nullopt, settings.junit);
+    EXPECT_EQ(std::nullopt, settings.trace);
+    EXPECT_FALSE(settings.host.trace);
     EXPECT_FALSE(settings.strict);
     EXPECT_FALSE(settings.host.recordTickets);
     EXPECT_FALSE(settings.quiet);
@@ -132,6 +134,9 @@ TEST(CommandLine, ARecordOfTheTicketsIsForTheReportOfPrograms) {
     const RunSettings servers = SettingsOf({"--no-output", "--junit", "r.xml"});
     EXPECT_FALSE(servers.host.recordTickets);
     EXPECT_EQ(Absolute("r.xml"), servers.junit);
+    const RunSettings traced = SettingsOf({"--no-output", "--trace", "t.json"});
+    EXPECT_TRUE(traced.host.trace);
+    EXPECT_EQ(Absolute("t.json"), traced.trace);
 }
 
 TEST(CommandLine, TakesTheOtherCommands) {

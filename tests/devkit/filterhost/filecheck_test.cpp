@@ -92,6 +92,9 @@ TEST_F(FileCheck, TheReportMayNotBeAnInputOrAnOutput) {
     m_settings.json = m_folder / "report.json";
     m_settings.junit = m_folder / "REPORT.json";
     EXPECT_TRUE(Refusal().starts_with("--junit would replace --json")) << Refusal();
+    m_settings.junit.reset();
+    m_settings.trace = m_folder / "Report.json";
+    EXPECT_TRUE(Refusal().starts_with("--trace would replace --json")) << Refusal();
 }
 
 TEST_F(FileCheck, WhatTheBagIsToHoldMayNotBeReplaced) {
