@@ -12,6 +12,7 @@
 #include "devkit/common/text.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
+#include "devkit/filterhost/optiontext.h"
 #include "devkit/pipeline/pipelineconfig.h"
 #include "devkit/pipeline/runoptions.h"
 #include "platform/utf.h"
@@ -28,17 +29,6 @@ constexpr const char* kDescription =
     "read as an XPS document, 4 the filter broke a rule of the pipeline, or there\n"
     "is a finding and --strict. With several inputs the rest still run, and the\n"
     "highest status is returned.";
-
-Path PathOf(const std::string& text) { return Path(platform::ToUtf16(text)); }
-
-CLSID ClassOf(const std::string& text) {
-    CLSID clsid{};
-    if (FAILED(IIDFromString(platform::ToUtf16(text).c_str(), &clsid))) {
-        throw UsageError("--clsid: \"" + text +
-                         "\" is not of the form {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}");
-    }
-    return clsid;
-}
 
 // The texts as they come from the command line.
 struct RawRun {
@@ -222,13 +212,6 @@ void TakeProvider(const std::vector<std::string>& values, HostSettings& settings
     if (settings.systemProvider && !settings.providerSwitches.empty()) {
         throw UsageError("--provider: the system's print ticket provider has no switches");
     }
-}
-
-// The path as it is now: a filter may change the current folder.
-Path Absolute(const std::string& text) { return std::filesystem::absolute(PathOf(text)); }
-
-std::optional<Path> Absolute(const std::optional<std::string>& text) {
-    return text ? std::optional(Absolute(*text)) : std::nullopt;
 }
 
 // The job of an input, with the output's name as the caller would give it.
