@@ -1,9 +1,12 @@
 #include "devkit/filterhost/childprocess.h"
 
 #include <array>
+#include <charconv>
+#include <cstdint>
 #include <system_error>
 #include <utility>
 
+#include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
 
 namespace devkit::filterhost {
@@ -190,6 +193,14 @@ void ParentProcess::TellLast(std::string_view line) noexcept {
     const bool locked = m_lock.try_lock_for(std::chrono::seconds(1));
     WriteWhole(m_write.get(), line);
     if (locked) m_lock.unlock();
+}
+
+HANDLE PassedHandle(std::string_view argument, std::string_view command) {
+    std::uintptr_t number = 0;
+    const auto [pEnd, error] = std::from_chars(argument.data(), argument.data() + argument.size(), number);
+    if (error != std::errc() || pEnd != argument.data() + argument.size())
+        throw UsageError(std::string(command) + " is a command of the program's own");
+    return reinterpret_cast<HANDLE>(number);
 }
 
 }  // namespace devkit::filterhost

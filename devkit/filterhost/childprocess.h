@@ -75,4 +75,8 @@ class ParentProcess {
     std::string m_rest;  // read, but not yet given
 };
 
+// The handle that the argument is, a number, of a process with that command. Throws UsageError for what is
+// none.
+[[nodiscard]] HANDLE PassedHandle(std::string_view argument, std::string_view command);
+
 }  // namespace devkit::filterhost

@@ -241,6 +241,16 @@ pipeline::Bytes JobTicketOf(const pipeline::JobInput& job, const pipeline::Bytes
     return nullptr;
 }
 
+pipeline::Bytes BytesOf(const Job& job) {
+    return job.bytes ? job.bytes : std::make_shared<const std::string>(ReadFile(job.input, "INPUT"));
+}
+
+XpsDocument OpenDocument(const Job& job) {
+    if (!job.bytes) return XpsDocument::Open(job.input);
+    return XpsDocument::Open(
+        package::Package::Open(std::make_unique<common::MemorySource>(job.bytes), job.inputName));
+}
+
 // Of several of one name the last one holds.
 pipeline::PropertyValues ParseProperties(const std::vector<std::string>& texts) {
     pipeline::PropertyValues values;
@@ -328,12 +338,12 @@ bool HostedRun::Run(const Job& job, const EventSink& sink) {
     bool isOver = true;
     std::optional<RunTimes> times;
     try {
-        const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(job.input));
+        const auto document = std::make_shared<XpsDocument>(OpenDocument(job));
         // Beside the pages there are the document, the sequence and the fixed documents.
         const std::size_t pages = CountPages(*document);
         sink(events::Opened{2 + document->sequence.documents.size() + pages, pages, document->Findings(),
-                            printschema::ReadFacts(*m_userTicket),
-                            RecordsTickets(pages) ? std::optional(*m_userTicket) : std::nullopt});
+                            printschema::ReadFacts(*UserTicketOf(job)),
+                            RecordsTickets(pages) ? std::optional(*UserTicketOf(job)) : std::nullopt});
         isOver = RunFilter(document, job, sink, times);
     } catch (const common::Error& error) {
         sink(events::Failed{ProblemOf(error, common::PathText(job.input)), UnreadableInput});
@@ -358,12 +368,11 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     pipeline::RunOptions options = MakeOptions();
     const HANDLE token = options.properties.userToken->Get();
     const bool isStream = m_settings.filters.front().input == pipeline::DataKind::Stream;
-    pipeline::ChainInput input{
-        pipeline::MakeJobInput(document),
-        isStream ? std::make_shared<const std::string>(ReadFile(job.input, "INPUT")) : nullptr};
+    pipeline::ChainInput input{pipeline::MakeJobInput(document), isStream ? BytesOf(job) : nullptr};
     pipeline::JobProperties& properties = options.properties;
     properties.contentType = document->GetFlavour() == package::Flavour::OpenXps ? L"OpenXPS" : L"XPS";
-    properties.jobTicket = JobTicketOf(*input.job, m_userTicket);
+    properties.userTicket = UserTicketOf(job);
+    properties.jobTicket = JobTicketOf(*input.job, properties.userTicket);
     if (job.output) properties.outputFile = job.output->wstring();
     const std::size_t pages = CountPages(*document);
     const auto run = std::make_shared<pipeline::FilterRun>(MakeChain(sink, RecordsTickets(pages)),
@@ -404,6 +413,10 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     TellIdle(m_settings, outcomes, report, sink);
     if (end.whole && job.output) WriteOutput(*document, outcomes.back(), job, sink);
     return true;
+}
+
+const pipeline::Bytes& HostedRun::UserTicketOf(const Job& job) const {
+    return job.userTicket ? job.userTicket : m_userTicket;
 }
 
 RunTimes HostedRun::TimesOf(const std::vector<RunOutcome>& outcomes) const {
@@ -450,7 +463,6 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
     pipeline::RunOptions options;
     pipeline::JobProperties& properties = options.properties;
     properties.printerName = platform::ToUtf16(m_provider.PrinterName());
-    properties.userTicket = m_userTicket;
     properties.printerHandle = m_printer.Get();
     properties.deviceCapabilities = m_deviceCapabilities;
     properties.driverValues.reset();

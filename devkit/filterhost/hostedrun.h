@@ -37,6 +37,7 @@ class HostedRun {
     [[nodiscard]] bool RunFilter(const std::shared_ptr<package::XpsDocument>& document, const Job& job,
                                  const EventSink& sink, std::optional<RunTimes>& times);
     [[nodiscard]] RunTimes TimesOf(const std::vector<pipeline::RunOutcome>& outcomes) const;
+    [[nodiscard]] const pipeline::Bytes& UserTicketOf(const Job& job) const;
     [[nodiscard]] pipeline::RunOptions MakeOptions() const;
     // The texts of tickets are not kept in a run of more than kMaxRecordedPages pages: the report would grow
     // with each.

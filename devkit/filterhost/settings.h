@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,6 +58,9 @@ struct Job {
     std::string inputName;
     std::optional<std::filesystem::path> output;
     std::string outputName;
+    // In the place of the file's bytes and of the user's ticket, whatever they are. No order has them.
+    std::shared_ptr<const std::string> bytes{};
+    std::shared_ptr<const std::string> userTicket{};
 };
 
 // What `filterhost run` was asked for.

@@ -3,9 +3,7 @@
 #include "platform/windows.h"
 
 #include <atomic>
-#include <charconv>
 #include <condition_variable>
-#include <cstdint>
 #include <cstdlib>
 #include <deque>
 #include <memory>
@@ -21,15 +19,6 @@
 
 namespace devkit::filterhost {
 namespace {
-
-HANDLE HandleOf(std::string_view text) {
-    std::uintptr_t number = 0;
-    const auto [pEnd, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || pEnd != text.data() + text.size()) {
-        throw UsageError("work is a command of the program's own");
-    }
-    return reinterpret_cast<HANDLE>(number);
-}
 
 // Leaves at once, whatever threads of a filter are still running.
 [[noreturn]] void Leave(ExitStatus status) {
@@ -159,7 +148,7 @@ void Work(std::string_view readHandle, std::string_view writeHandle, const Probe
     SetConsoleCtrlHandler(nullptr, TRUE);
     // What a crash would show is told to the parent, and nobody sits in front of a box.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-    Worker(HandleOf(readHandle), HandleOf(writeHandle), probes).Run();
+    Worker(PassedHandle(readHandle, kWorkCommand), PassedHandle(writeHandle, kWorkCommand), probes).Run();
 }
 
 }  // namespace devkit::filterhost
