@@ -1,0 +1,118 @@
+#include "devkit/filterhost/fuzzworker.h"
+
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "devkit/filterhost/crashreport.h"
+#include "devkit/filterhost/runevent.h"
+#include "platform/utf.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using Json = nlohmann::json;
+
+[[noreturn]] void Leave(ExitStatus status) {
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+    std::abort();
+}
+
+// Runs the case on a thread of its own, so that a filter that ends its thread
+// does not end the process with it. What is told of a failure of the kit's is a
+// text.
+struct Answered {
+    std::optional<FuzzEnd> end;
+    std::string failure;
+    bool isOver = true;
+};
+Answered RunOnThread(const FuzzRunner& runner, const FuzzSeed& which) {
+    Answered answered;
+    std::thread([&] {
+        const HRESULT entered = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        try {
+            answered.end = runner.Run(which, answered.isOver);
+        } catch (const std::exception& error) {
+            answered.failure = error.what();
+        }
+        if (SUCCEEDED(entered)) CoUninitialize();
+    }).join();
+    if (!answered.end && answered.failure.empty()) {
+        answered.end = FuzzEnd{FuzzEnd::Crash, "the filter ended its thread", "thread"};
+        answered.isOver = false;
+    }
+    return answered;
+}
+
+void TellCrash(void* pParent, std::string_view line) noexcept {
+    static_cast<ParentProcess*>(pParent)->TellLast(line);
+}
+
+}  // namespace
+
+void FuzzWork(std::string_view readHandle, std::string_view writeHandle) {
+    SetConsoleCtrlHandler(nullptr, TRUE);
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    ParentProcess parent(PassedHandle(readHandle, kFuzzWorkCommand),
+                         PassedHandle(writeHandle, kFuzzWorkCommand));
+    const std::optional<std::string> order = parent.Read();
+    if (!order) Leave(WrongUsage);
+    const FuzzRunner runner(ReadFuzzOrder(*order));
+    const CrashReport crash(&TellCrash, &parent);
+    while (const std::optional<std::string> seed = parent.Read()) {
+        const Answered answered = RunOnThread(runner, ReadSeed(*seed));
+        parent.Tell(answered.end ? WriteEnd(*answered.end) : Json{{"failure", answered.failure}}.dump());
+        if (!answered.isOver || !answered.end) Leave(Done);
+    }
+    Leave(Done);
+}
+
+FuzzEnd FuzzChild::Run(const FuzzSeed& which) {
+    if (m_process == nullptr || m_cases == kMostCases) {
+        m_process.reset();
+        m_process = std::make_unique<ChildProcess>(platform::ToUtf16(kFuzzWorkCommand));
+        m_process->Send(WriteFuzzOrder(m_settings));
+        m_cases = 0;
+    }
+    ++m_cases;
+    m_process->Send(WriteSeed(which));
+    FuzzEnd end = Answer();
+    // Whatever ended badly may have left something behind.
+    if (end.kind >= FuzzEnd::SystemCrash) m_process.reset();
+    return end;
+}
+
+FuzzEnd FuzzChild::Answer() {
+    const auto deadline = ChildProcess::Clock::now() + m_settings.timeout;
+    for (std::string line;;) {
+        switch (m_process->Read(line, deadline)) {
+            case ChildProcess::Got::Nothing: {
+                const std::string seconds = std::to_string(m_settings.timeout.count());
+                return {FuzzEnd::Hang, "the filter made no progress for " + seconds + " s", "no progress"};
+            }
+            case ChildProcess::Got::End: {
+                const std::string status = std::to_string(m_process->ExitCode());
+                return {FuzzEnd::Crash, "the filter ended the process with status " + status, "process"};
+            }
+            case ChildProcess::Got::Line:
+                break;
+        }
+        const Json answer = Json::parse(line, nullptr, false);
+        if (answer.is_object() && answer.contains("failure"))
+            throw std::runtime_error(answer["failure"].get<std::string>());
+        if (answer.is_object() && answer.contains("kind")) return ReadEnd(line);
+        // The event of a crash; anything else was written to a handle that is not
+        // the writer's.
+        if (!answer.is_array()) continue;
+        const Event event = ReadEvent(line);
+        if (const auto* const pCrashed = std::get_if<events::Crashed>(&event))
+            return EndOf(pCrashed->crash, m_settings.host);
+    }
+}
+
+}  // namespace devkit::filterhost
