@@ -12,6 +12,7 @@
 #include "devkit/common/text.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
+#include "devkit/filterhost/fuzzcommandline.h"
 #include "devkit/filterhost/optiontext.h"
 #include "devkit/pipeline/pipelineconfig.h"
 #include "devkit/pipeline/runoptions.h"
@@ -370,6 +371,9 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     tests->add_option("--level", listed.level, "of the levels 1 to N (default: 10)")
         ->type_name("N")
         ->check(CLI::Range(1U, 10U));
+    RawFuzz rawFuzz;
+    CLI::App* fuzz = app.add_subcommand("fuzz", "have a filter meet bad documents, tickets and answers");
+    DescribeFuzz(*fuzz, rawFuzz);
     std::vector<std::string> inspected;
     CLI::App* inspect = app.add_subcommand("inspect", "show parts, page sizes, tickets and where they hang");
     inspect->add_option("INPUT", inspected, "XPS or OpenXPS documents")->required();
@@ -395,7 +399,8 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::CallForVersion&) {
         return Answer{VersionText() + "\n"};
     } catch (const CLI::CallForHelp&) {
-        for (const CLI::App* const each : {run, validate, inspect, diff, check, show, examine, tests, list}) {
+        for (const CLI::App* const each :
+             {run, validate, fuzz, inspect, diff, check, show, examine, tests, list}) {
             const CLI::App* const pAbove = each->get_parent();
             const std::string above = pAbove == &app ? "" : " " + pAbove->get_name();
             if (each->parsed()) return Answer{each->help(app.get_name() + above)};
@@ -410,6 +415,7 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
         return TakeValidate(std::move(rawValidate));
     }
     if (tests->parsed()) return listed;
+    if (fuzz->parsed()) return TakeFuzz(std::move(rawFuzz));
     if (diff->parsed()) return DiffSettings{Absolute(before), Absolute(after)};
     if (examine->parsed()) {
         device.action = show->parsed() ? DeviceSettings::Action::Show : DeviceSettings::Action::Check;

@@ -4,6 +4,7 @@
 #include <variant>
 #include <vector>
 
+#include "devkit/filterhost/fuzzsettings.h"
 #include "devkit/filterhost/settings.h"
 
 namespace devkit::filterhost {
@@ -13,8 +14,8 @@ struct Answer {
     std::string text;
 };
 
-using Command = std::variant<RunSettings, ValidateSettings, ListSettings, InspectSettings, DiffSettings,
-                             DeviceSettings, Answer>;
+using Command = std::variant<RunSettings, ValidateSettings, ListSettings, FuzzSettings, InspectSettings,
+                             DiffSettings, DeviceSettings, Answer>;
 
 // Reads the arguments (UTF-8, without the program's name). Throws UsageError.
 [[nodiscard]] Command ParseCommandLine(std::vector<std::string> arguments);

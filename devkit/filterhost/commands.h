@@ -1,6 +1,7 @@
 #pragma once
 
 #include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/fuzzsettings.h"
 #include "devkit/filterhost/settings.h"
 
 namespace devkit::filterhost {
@@ -8,6 +9,10 @@ namespace devkit::filterhost {
 // `filterhost run`: an ExitStatus, or kInterrupted. The calling thread must stand in the multithreaded
 // apartment. Throws UsageError, and std::runtime_error for a filter that is none.
 [[nodiscard]] int Run(const RunSettings& settings);
+
+// `filterhost fuzz`: an ExitStatus, or kInterrupted. The calling thread must stand in the multithreaded
+// apartment. Throws UsageError, and std::runtime_error for a filter that is none.
+[[nodiscard]] int Fuzz(const FuzzSettings& settings);
 
 // `filterhost inspect`: prints each document as a tree of its parts with page sizes and tickets.
 [[nodiscard]] ExitStatus Inspect(const InspectSettings& settings);

@@ -10,6 +10,7 @@
 #include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/fuzzworker.h"
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/filterhost/worker.h"
 #include "devkit/validate/probes.h"
@@ -42,6 +43,10 @@ struct Execute {
         return validate::Validate(settings);
     }
     int operator()(const ListSettings& settings) const { return validate::List(settings); }
+    int operator()(const FuzzSettings& settings) const {
+        const MultithreadedApartment apartment;
+        return Fuzz(settings);
+    }
     int operator()(const InspectSettings& settings) const { return Inspect(settings); }
     int operator()(const DiffSettings& settings) const { return Diff(settings); }
     int operator()(const DeviceSettings& settings) const { return ExamineDevice(settings); }
@@ -55,6 +60,7 @@ int Main(const std::vector<std::string>& arguments) {
     try {
         if (arguments.size() == 3 && arguments[0] == kWorkCommand)
             Work(arguments[1], arguments[2], validate::AllProbes());
+        if (arguments.size() == 3 && arguments[0] == kFuzzWorkCommand) FuzzWork(arguments[1], arguments[2]);
         EndOnInterrupt();
         return std::visit(Execute(), ParseCommandLine(arguments));
     } catch (const UsageError& error) {

@@ -318,8 +318,23 @@ HRESULT TestFilter::SendSwapped(IFixedPage* pPage) {
     return m_writer->SendFixedPage(first.Get());
 }
 
+// "when:TEXT:MODE": the mode begins with a page that has the text in its markup.
+HRESULT TestFilter::BecomeMode(IFixedPage* pPage) {
+    const std::size_t colon = m_mode.find(':', 5);
+    ComPtr<IPrintReadStream> stream;
+    std::string markup;
+    HRESULT hr = pPage->GetStream(stream.Put());
+    if (SUCCEEDED(hr)) hr = ReadAll(stream.Get(), markup);
+    if (SUCCEEDED(hr) && markup.find(m_mode.substr(5, colon - 5)) != std::string::npos)
+        m_mode = m_mode.substr(colon + 1);
+    return hr;
+}
+
 HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     ++m_pages;
+    if (m_mode.starts_with("when:")) {
+        if (const HRESULT hr = BecomeMode(pPage); FAILED(hr)) return hr;
+    }
     if (Is("fail") || Is("fail-silently") || Is("error-info")) return E_ABORT;
     EndBadly(m_mode);
     if (Is("sleep")) Sleep(600);

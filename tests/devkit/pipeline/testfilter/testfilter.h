@@ -73,6 +73,7 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
     HRESULT PassPart(IUnknown* pPart);
     HRESULT PassSequence(IFixedDocumentSequence* pSequence);
     HRESULT PassPage(IFixedPage* pPage);
+    HRESULT BecomeMode(IFixedPage* pPage);
     HRESULT SendSwapped(IFixedPage* pPage);
     HRESULT MisuseResources(IFixedPage* pPage);
     HRESULT MisuseParts(IFixedPage* pPage);

@@ -1,0 +1,229 @@
+#include "platform/windows.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "devkit/common/error.h"
+#include "devkit/common/file.h"
+#include "devkit/filterhost/commands.h"
+#include "devkit/filterhost/console.h"
+#include "devkit/filterhost/crashreport.h"
+#include "devkit/filterhost/fuzzfinding.h"
+#include "devkit/filterhost/fuzzworker.h"
+#include "devkit/filterhost/interrupt.h"
+#include "devkit/filterhost/progress.h"
+#include "devkit/filterhost/runevent.h"
+#include "devkit/filterhost/ticketprovider.h"
+#include "devkit/fuzz/minimiser.h"
+
+namespace devkit::filterhost {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Path = std::filesystem::path;
+
+// A hang takes the whole time limit each time.
+constexpr unsigned kMostTries = 40;
+constexpr unsigned kMostTriesOfAHang = 6;
+
+void WriteWhole(const Path& path, const std::string& bytes, const char* option) try {
+    common::OutputFile file(path);
+    file.WriteAt(0, bytes.data(), bytes.size());
+    file.Commit();
+} catch (const common::Error& error) {
+    throw UsageError(std::string(option) + ": " + error.what());
+}
+
+// What can be told to be wrong before a case is run.
+void Check(const FuzzSettings& settings) {
+    std::error_code ignored;
+    for (const FilterSettings& filter : settings.host.filters) {
+        if (!std::filesystem::is_regular_file(filter.dll, ignored))
+            throw UsageError("there is no " + common::PathText(filter.dll));
+    }
+    CheckProvider(settings.host);
+}
+
+// Runs cases in several processes, looks closer at those that end as they must
+// not, and keeps the account.
+class Fuzzing {
+  public:
+    explicit Fuzzing(const FuzzSettings& settings)
+        : m_settings(settings), m_runner(settings), m_progress(!settings.quiet) {
+        m_summary.firstSeed = m_next = settings.seed;
+    }
+
+    // False when the user interrupted.
+    bool Run() {
+        const Interrupt interrupt([this] { m_stop = true; });
+        unsigned parallel = m_settings.parallel;
+        if (parallel == 0) parallel = std::max(1U, std::thread::hardware_concurrency());
+        std::vector<std::thread> threads(parallel);
+        for (std::thread& thread : threads) thread = std::thread([this] { TakeSeeds(); });
+        for (std::thread& thread : threads) thread.join();
+        if (m_failure) std::rethrow_exception(m_failure);
+        m_summary.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
+        std::ranges::sort(m_summary.findings, {}, &FuzzFinding::seed);
+        for (FuzzFinding& finding : m_summary.findings)
+            finding.likewise = m_causes.at({finding.end.kind, finding.end.cause}) - 1;
+        return !m_stop;
+    }
+
+    [[nodiscard]] const FuzzSummary& Summary() const { return m_summary; }
+
+  private:
+    void TakeSeeds() try {
+        FuzzChild child(m_settings);
+        while (const std::optional<std::uint64_t> seed = NextSeed()) {
+            const FuzzEnd end = child.Run({*seed});
+            Count(*seed, end);
+            if (IsFinding(end.kind) && IsNew(end)) Look(*seed, end);
+        }
+    } catch (...) {
+        const std::lock_guard guard(m_lock);
+        if (!m_failure) m_failure = std::current_exception();
+    }
+
+    std::optional<std::uint64_t> NextSeed() {
+        const std::lock_guard guard(m_lock);
+        const bool isOver =
+            (m_settings.cases && m_next - m_settings.seed >= *m_settings.cases) ||
+            (m_settings.duration.count() > 0 && Clock::now() - m_start >= m_settings.duration);
+        if (m_stop || m_failure || isOver) return std::nullopt;
+        return m_next++;
+    }
+
+    void Count(std::uint64_t seed, const FuzzEnd& end) {
+        const fuzz::FuzzCase fuzzCase = m_runner.CaseOf({seed});
+        const std::lock_guard guard(m_lock);
+        ++m_summary.cases;
+        ++m_summary.kinds[end.kind];
+        if (end.kind == FuzzEnd::Refused) ++m_summary.codes[end.cause];
+        if (end.kind == FuzzEnd::SystemCrash) ++m_summary.systemCrashes[end.cause];
+        for (const fuzz::Mutation& mutation : fuzzCase.mutations)
+            ++m_summary.mutations[NameOf(mutation.layer)];
+        m_progress.Show(std::to_string(m_summary.cases) + " cases, " +
+                        std::to_string(m_summary.findings.size()) + " findings");
+    }
+
+    // Of ends for the same cause one is looked at.
+    bool IsNew(const FuzzEnd& end) {
+        const std::lock_guard guard(m_lock);
+        return ++m_causes[{end.kind, end.cause}] == 1;
+    }
+
+    // How little of the case is needed for its end.
+    void Look(std::uint64_t seed, const FuzzEnd& end) {
+        FuzzFinding finding;
+        finding.seed = seed;
+        finding.end = end;
+        FuzzChild child(m_settings);
+        const auto isSame = [&](const FuzzSeed& which) {
+            child.Renew();
+            const FuzzEnd again = child.Run(which);
+            return again.kind == end.kind && again.cause == end.cause;
+        };
+        finding.base = m_runner.BaseOf({seed});
+        finding.isRepeatable = isSame({seed});
+        if (finding.isRepeatable) {
+            finding.mutations = fuzz::Minimise(
+                m_runner.CaseOf({seed}).mutations.size(),
+                [&](const std::vector<std::size_t>& kept) {
+                    return isSame({seed, kept});
+                },
+                end.kind == FuzzEnd::Hang ? kMostTriesOfAHang : kMostTries);
+            Keep(finding);
+        }
+        const std::lock_guard guard(m_lock);
+        m_progress.Clear();
+        PrintProblem(TextOf(m_settings, finding));
+        m_summary.findings.push_back(std::move(finding));
+    }
+
+    // Writes the smallest input, its user's ticket beside it, and says what was
+    // done.
+    void Keep(FuzzFinding& finding) {
+        const fuzz::BadJob job = m_runner.JobOf({finding.seed, finding.mutations});
+        finding.done = job.done;
+        std::error_code failure;
+        std::filesystem::create_directories(m_settings.findings, failure);
+        const std::string name = std::to_string(finding.seed);
+        finding.file = m_settings.findings / (name + ".xps");
+        WriteWhole(finding.file, job.package, "--out-dir");
+        if (job.environment.userTicket)
+            WriteWhole(m_settings.findings / (name + "-user-ticket.xml"), *job.environment.userTicket,
+                       "--out-dir");
+        WriteWhole(m_settings.findings / (name + ".txt"), TextOf(m_settings, finding) + "\n", "--out-dir");
+    }
+
+    const FuzzSettings& m_settings;
+    const FuzzRunner m_runner;
+    const Clock::time_point m_start = Clock::now();
+    std::atomic<bool> m_stop = false;
+    std::mutex m_lock;
+    std::uint64_t m_next = 0;
+    std::map<std::pair<FuzzEnd::Kind, std::string>, std::size_t> m_causes;  // and how many ended for it
+    FuzzSummary m_summary;
+    std::exception_ptr m_failure;
+    Progress m_progress;
+};
+
+std::string LineOf(const FuzzSeed& which, const FuzzEnd& end) {
+    const std::string& text = end.text.empty() ? end.cause : end.text;
+    return "seed " + std::to_string(which.seed) + ": " + NameOf(end.kind) + (text.empty() ? "" : ": " + text);
+}
+
+// The one case, in this process, where a debugger finds it.
+ExitStatus Reproduce(const FuzzSettings& settings) {
+    const FuzzRunner runner(settings);
+    FuzzSeed which{*settings.again};
+    if (!settings.mutations.empty()) which.kept = settings.mutations;
+    PrintOut(runner.BaseOf(which) + "\n");
+    for (const std::string& done : runner.JobOf(which).done)
+        PrintOut("  " + (done.empty() ? "nothing" : done) + "\n");
+    struct Told {
+        const FuzzSettings& settings;
+        const FuzzSeed& which;
+    } told{settings, which};
+    const CrashReport crash(
+        [](void* pTold, std::string_view line) noexcept {
+            const auto& [own, seed] = *static_cast<const Told*>(pTold);
+            try {
+                PrintProblem(LineOf(seed, EndOf(std::get<events::Crashed>(ReadEvent(line)).crash, own.host)));
+            } catch (...) {
+                // The process has nothing left to tell it with.
+            }
+        },
+        &told);
+    bool isOver = true;
+    const FuzzEnd end = runner.Run(which, isOver);
+    if (IsFinding(end.kind)) {
+        PrintProblem(LineOf(which, end));
+    } else {
+        PrintOut(LineOf(which, end) + "\n");
+    }
+    // Under threads of the filter that are left its DLL cannot be unloaded.
+    if (!isOver) TerminateProcess(GetCurrentProcess(), static_cast<UINT>(StatusOf(end.kind)));
+    return StatusOf(end.kind);
+}
+
+}  // namespace
+
+int Fuzz(const FuzzSettings& settings) {
+    Check(settings);
+    if (settings.again) return Reproduce(settings);
+    Fuzzing fuzzing(settings);
+    const bool isWhole = fuzzing.Run();
+    if (!settings.quiet) PrintOut(TextOf(fuzzing.Summary()));
+    if (settings.json) WriteWhole(*settings.json, JsonOf(settings, fuzzing.Summary()), "--json");
+    return isWhole ? fuzzing.Summary().Status() : kInterrupted;
+}
+
+}  // namespace devkit::filterhost
