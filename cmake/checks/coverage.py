@@ -2,7 +2,7 @@
 """Adds up gcov's counters of a build: coverage.py BUILD_FOLDER OUTPUT_FOLDER
 
 Writes table.md, the lines and branches of each folder of src and devkit and how many of them were reached, and
-missed.txt, the others. Edges to an exception's handler are no branches here, nor is the other way out of such a call.
+missed.txt, the others. Counters of processes that left at once are in the build's folder "children". Edges to an exception's handler are no branches here, nor is the other way out of such a call.
 """
 import gzip
 import json
@@ -79,7 +79,19 @@ def source_name(report, name):
     return None
 
 
+def place_notes(build):
+    """gcov wants the notes of a source beside its counters."""
+    children = os.path.join(build, "children")
+    for where, _, names in os.walk(children):
+        for name in names:
+            notes = os.path.join(where, os.path.splitext(name)[0] + ".gcno")
+            origin = os.path.join("/", os.path.relpath(notes, children))
+            if name.endswith(".gcda") and not os.path.lexists(notes) and os.path.exists(origin):
+                os.symlink(origin, notes)
+
+
 def collect(build):
+    place_notes(build)
     counters = [os.path.join(where, name) for where, _, names in os.walk(build) for name in names
                 if name.endswith(".gcno") and "/tests/" not in where and "/bench/" not in where]
     sources = {}

@@ -121,7 +121,9 @@ ChildProcess::ChildProcess(std::wstring_view command) {
 }
 
 ChildProcess::~ChildProcess() {
-    Terminate();
+    // A child whose commands have ended leaves by itself.
+    m_write.reset();
+    static_cast<void>(ExitCode());
     m_reader.join();
 }
 
@@ -158,17 +160,14 @@ ChildProcess::Got ChildProcess::Read(std::string& line, Clock::time_point deadli
 }
 
 DWORD ChildProcess::ExitCode() const {
-    // A process that has closed its end of the pipe may still be on its way out.
-    if (WaitForSingleObject(m_process.get(), 10000) != WAIT_OBJECT_0) TerminateProcess(m_process.get(), 1);
+    constexpr DWORD kTimeToLeave = 5000;
+    if (WaitForSingleObject(m_process.get(), kTimeToLeave) != WAIT_OBJECT_0) {
+        TerminateProcess(m_process.get(), 1);
+    }
     WaitForSingleObject(m_process.get(), INFINITE);
     DWORD code = 0;
     GetExitCodeProcess(m_process.get(), &code);
     return code;
-}
-
-void ChildProcess::Terminate() {
-    TerminateProcess(m_process.get(), 1);
-    WaitForSingleObject(m_process.get(), INFINITE);
 }
 
 ParentProcess::ParentProcess(HANDLE read, HANDLE write) : m_read(read), m_write(write) {

@@ -26,7 +26,7 @@ class ChildProcess {
     explicit ChildProcess(std::wstring_view command);
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    // Ends the process if it still runs.
+    // Ends the commands, at which the process leaves; ends it, if it has not in five seconds.
     ~ChildProcess();
 
     // Sends a line, which holds no line feed. A child that is gone is noticed by Read.
@@ -37,9 +37,8 @@ class ChildProcess {
     // Waits for the next line until `deadline`. End: the process is gone, and all that it said has been read.
     [[nodiscard]] Got Read(std::string& line, Clock::time_point deadline);
 
-    // After Got::End.
+    // After Got::End. Ends a process that is still there after five seconds.
     [[nodiscard]] DWORD ExitCode() const;
-    void Terminate();
 
   private:
     void ReadLines();

@@ -11,6 +11,7 @@
 #include <exception>
 #include <typeinfo>
 
+#include "devkit/common/leave.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/runevent.h"
 
@@ -213,8 +214,7 @@ void AddException(Text& text, const EXCEPTION_RECORD& record) noexcept {
     line.AddEscaped(thrown.text.data());
     line.Add("\"}}]\n");
     if (g_tell != nullptr) g_tell(g_pContext, line.View());
-    TerminateProcess(GetCurrentProcess(), FilterFailed);
-    std::abort();
+    common::LeaveProcess(FilterFailed);
 }
 
 void AddCrash(Text& text, const EXCEPTION_POINTERS& exception) noexcept {
@@ -261,7 +261,7 @@ LONG CALLBACK NoteException(EXCEPTION_POINTERS* pException) {
 
 LONG WINAPI OnException(EXCEPTION_POINTERS* pException) { HandOver(pException); }
 
-void OnAbort(int) {
+[[noreturn]] void OnAbort(int) {
     const bool isOwn = g_thrown.thread == GetCurrentThreadId();
     End(3, "the filter called abort", isOwn ? g_thrown : Thrown());
 }

@@ -12,6 +12,7 @@
 
 #include "devkit/common/error.h"
 #include "devkit/common/file.h"
+#include "devkit/common/leave.h"
 #include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/crashreport.h"
@@ -210,7 +211,7 @@ ExitStatus Reproduce(const FuzzSettings& settings) {
         PrintOut(LineOf(which, end) + "\n");
     }
     // Under threads of the filter that are left its DLL cannot be unloaded.
-    if (!isOver) TerminateProcess(GetCurrentProcess(), static_cast<UINT>(StatusOf(end.kind)));
+    if (!isOver) common::LeaveProcess(static_cast<unsigned>(StatusOf(end.kind)));
     return StatusOf(end.kind);
 }
 

@@ -1,6 +1,5 @@
 #include "devkit/filterhost/fuzzworker.h"
 
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -9,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "devkit/common/leave.h"
 #include "devkit/filterhost/crashreport.h"
 #include "devkit/filterhost/runevent.h"
 #include "platform/utf.h"
@@ -17,11 +17,6 @@ namespace devkit::filterhost {
 namespace {
 
 using Json = nlohmann::json;
-
-[[noreturn]] void Leave(ExitStatus status) {
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-    std::abort();
-}
 
 // Runs the case on a thread of its own, so that a filter that ends its thread
 // does not end the process with it. What is told of a failure of the kit's is a
@@ -61,15 +56,15 @@ void FuzzWork(std::string_view readHandle, std::string_view writeHandle) {
     ParentProcess parent(PassedHandle(readHandle, kFuzzWorkCommand),
                          PassedHandle(writeHandle, kFuzzWorkCommand));
     const std::optional<std::string> order = parent.Read();
-    if (!order) Leave(WrongUsage);
+    if (!order) common::LeaveProcess(WrongUsage);
     const FuzzRunner runner(ReadFuzzOrder(*order));
     const CrashReport crash(&TellCrash, &parent);
     while (const std::optional<std::string> seed = parent.Read()) {
         const Answered answered = RunOnThread(runner, ReadSeed(*seed));
         parent.Tell(answered.end ? WriteEnd(*answered.end) : Json{{"failure", answered.failure}}.dump());
-        if (!answered.isOver || !answered.end) Leave(Done);
+        if (!answered.isOver || !answered.end) common::LeaveProcess(Done);
     }
-    Leave(Done);
+    common::LeaveProcess(Done);
 }
 
 FuzzEnd FuzzChild::Run(const FuzzSeed& which) {

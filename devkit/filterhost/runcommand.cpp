@@ -1,7 +1,6 @@
 #include "platform/windows.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -9,6 +8,7 @@
 #include <system_error>
 
 #include "devkit/common/file.h"
+#include "devkit/common/leave.h"
 #include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/crashreport.h"
@@ -115,10 +115,7 @@ class Here {
     }
 
     // At once: threads of the filter are left behind, and its DLL cannot be unloaded under them.
-    [[noreturn]] void Leave() {
-        TerminateProcess(GetCurrentProcess(), static_cast<UINT>(m_teller.Status()));
-        std::abort();
-    }
+    [[noreturn]] void Leave() { common::LeaveProcess(static_cast<unsigned>(m_teller.Status())); }
 
     const RunSettings& m_settings;
     Teller& m_teller;

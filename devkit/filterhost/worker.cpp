@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <cstdlib>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -13,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include "devkit/common/leave.h"
 #include "devkit/filterhost/childprocess.h"
 #include "devkit/filterhost/crashreport.h"
 #include "devkit/filterhost/hostedrun.h"
@@ -20,24 +20,18 @@
 namespace devkit::filterhost {
 namespace {
 
-// Leaves at once, whatever threads of a filter are still running.
-[[noreturn]] void Leave(ExitStatus status) {
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-    std::abort();
-}
-
 class Worker {
   public:
     Worker(HANDLE read, HANDLE write, const Probes& probes) : m_probes(probes), m_parent(read, write) {}
 
     [[noreturn]] void Run() {
         const std::optional<std::string> first = m_parent.Read();
-        if (!first) Leave(WrongUsage);
+        if (!first) common::LeaveProcess(WrongUsage);
         Order order = ReadOrder(*first);
         std::thread([this] { Listen(); }).detach();
         const CrashReport crash(&TellLast, this);
         while (Obey(order)) order = ReadOrder(NextOrder());
-        Leave(Done);
+        common::LeaveProcess(Done);
     }
 
   private:
@@ -79,7 +73,7 @@ class Worker {
             m_cancelled = true;
             if (m_pRun != nullptr) m_pRun->Cancel();
         }
-        Leave(FilterFailed);
+        common::LeaveProcess(FilterFailed);
     }
 
     void Do(const Order& order) {

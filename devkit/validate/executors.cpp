@@ -1,8 +1,8 @@
 #include "devkit/validate/executors.h"
 
-#include <cstdlib>
 #include <system_error>
 
+#include "devkit/common/leave.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/hostedrun.h"
 #include "devkit/filterhost/summary.h"
@@ -91,8 +91,7 @@ RunResult HereExecutor::Run(const Order& order) {
     if (isOver) return result;
     // Threads of the filter are left behind, and its DLL cannot be unloaded under them.
     PrintProblems(result);
-    TerminateProcess(GetCurrentProcess(), filterhost::FilterFailed);
-    std::abort();
+    common::LeaveProcess(filterhost::FilterFailed);
 }
 
 bool HereExecutor::RunInto(const Order& order, RunResult& result) {
