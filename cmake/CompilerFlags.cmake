@@ -5,6 +5,8 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 target_compile_definitions(compiler_flags INTERFACE UNICODE _UNICODE _WIN32_WINNT=0x0601)
 
 if(MSVC)
+  # Its C library calls std::getenv deprecated.
+  target_compile_definitions(compiler_flags INTERFACE _CRT_SECURE_NO_WARNINGS)
   target_compile_options(compiler_flags INTERFACE /W4 /WX /permissive- /utf-8 /EHsc /Zc:__cplusplus)
 else()
   target_compile_options(compiler_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow

@@ -2,6 +2,7 @@
 import base64
 import io
 import os
+import shutil
 import subprocess
 import tempfile
 
@@ -15,7 +16,7 @@ DPI = 18
 
 def thumbnails(document, numbers):
     """{page number from 1: data URI} of those pages that mutool can draw."""
-    if not document or not numbers or not os.path.isfile(document):
+    if not document or not numbers or not os.path.isfile(document) or not shutil.which("mutool"):
         return {}
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run(["mutool", "draw", "-q", "-r", str(DPI * 2), "-o", os.path.join(folder, "%d.png"), document,
