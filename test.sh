@@ -6,7 +6,7 @@
 #
 #   --long       the long form of the tests that have one
 #   --tidy       runs clang-tidy over src and devkit instead of the tests
-#   --clang      compiles src with a second compiler and has its analyser look at it, instead of the tests
+#   --clang      compiles everything with a second compiler and runs its analyser, instead of the tests
 #   --coverage   prints how much of src and devkit the tests reach, instead of the tests' results
 #   --mutants N  changes N lines of src, one at a time, and prints those whose change no test notices
 #   --help       prints this

@@ -10,6 +10,7 @@ set(CMAKE_CXX_COMPILER_TARGET ${triplet})
 set(CMAKE_RC_COMPILER ${triplet}-windres)
 set(CMAKE_AR ${triplet}-ar)
 set(CMAKE_RANLIB ${triplet}-ranlib)
+set(CMAKE_OBJCOPY ${triplet}-objcopy)
 execute_process(COMMAND ${triplet}-g++-posix -print-libgcc-file-name
   OUTPUT_VARIABLE libgcc OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 get_filename_component(gcc ${libgcc} DIRECTORY)
@@ -23,17 +24,22 @@ set(off
   unsafe-buffer-usage                     # forbid all arithmetic on pointers, which a stream buffer is made of,
   ctad-maybe-unsupported                  # forbid std::scoped_lock lock(mutex),
   switch-enum                             # want the library's own end marks as cases beside a default,
-  missing-prototypes)                     # want a declaration of DllMain, which only the system calls.
+  missing-prototypes                      # want a declaration of DllMain, which only the system calls,
+  duplicate-enum                          # want no interface's slots to begin where those of its base do,
+  float-equal                             # forbid to ask for the very number that was read,
+  reserved-identifier                     # forbid the names of libraries where they are declared or overridden,
+  used-but-marked-unused)                 # tell of snprintf, which the MinGW headers mark so.
 list(TRANSFORM off PREPEND -Wno-)
 list(JOIN off " " off)
 set(CMAKE_CXX_FLAGS_INIT "-stdlib++-isystem ${gcc}/include/c++ -stdlib++-isystem ${gcc}/include/c++/${triplet} \
 -Weverything ${off}")
 
-set(linking "-static -L${gcc} -B${gcc}")
+# std::type_info::operator== is inline for clang and in g++'s library besides.
+set(linking "-static -L${gcc} -B${gcc} -Wl,--allow-multiple-definition")
 set(CMAKE_EXE_LINKER_FLAGS_INIT ${linking})
 set(CMAKE_SHARED_LINKER_FLAGS_INIT ${linking})
 set(CMAKE_MODULE_LINKER_FLAGS_INIT ${linking})
-set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "-lpthread")
+set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "-Wl,--start-group -lstdc++ -lgcc_eh -lpthread -Wl,--end-group")
 set(CMAKE_FIND_ROOT_PATH /usr/${triplet} ${CMAKE_PREFIX_PATH})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

@@ -2,6 +2,8 @@
 
 #include "platform/windows.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <string>
 #include <typeinfo>
@@ -20,13 +22,17 @@ struct ThrownException {
 };
 
 // "a/b.cpp(LINE) : text" for "a/b.cpp(12) : text", as the product's messages begin; any other text as it is.
+// A file is named as the compiler was told it, with either separator, and a test's from wherever its root is.
 [[nodiscard]] inline std::string WithoutLineNumber(std::string text) {
     const std::size_t open = text.find('(');
     const std::size_t close = text.find(") : ");
     const bool isNumber = close != std::string::npos && open + 1 < close &&
                           text.find_first_not_of("0123456789", open + 1) == close;
-    if (isNumber) text.replace(open + 1, close - open - 1, "LINE");
-    return text;
+    if (!isNumber) return text;
+    text.replace(open + 1, close - open - 1, "LINE");
+    std::replace(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(open), '\\', '/');
+    const std::size_t root = text.rfind("/tests/", open);
+    return root == std::string::npos ? text : text.substr(root + 1);
 }
 
 template <typename Body>

@@ -111,9 +111,8 @@ void DomDocument::Present(Node& node) noexcept {
 
 HRESULT DomDocument::QueryInterface(REFIID iid, void** ppObject) {
     if (ppObject == nullptr || iid != __uuidof(IStream)) return NodeObject::QueryInterface(iid, ppObject);
-    IStream*& pStream = *reinterpret_cast<IStream**>(ppObject);
-    return Answer(&pStream, [&] {
-        pStream = new DocumentStream(*this, static_cast<IXMLDOMNode&>(*this));
+    return Answer(ppObject, [&] {
+        *ppObject = static_cast<IStream*>(new DocumentStream(*this, static_cast<IXMLDOMNode&>(*this)));
         return S_OK;
     });
 }

@@ -65,7 +65,7 @@ class Run {
 
     void Note(std::exception_ptr error) noexcept;
     void NotePlace(int line, int column) noexcept;
-    void Report();
+    [[noreturn]] void Report();
     [[noreturn]] void Fail(XmlError code, const std::string& reason) const;
     [[nodiscard]] std::size_t Position() const;
 

@@ -68,7 +68,7 @@ namespace {
     double fitted = *number;
     if (definition.decimalMin) fitted = std::max(fitted, *definition.decimalMin);
     if (definition.decimalMax) fitted = std::min(fitted, *definition.decimalMax);
-    if (fitted != *number) return {DecimalValue(fitted), true};
+    if (fitted < *number || fitted > *number) return {DecimalValue(fitted), true};
     return {{SchemaType("decimal"), given.text, std::nullopt}, false};
 }
 

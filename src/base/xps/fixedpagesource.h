@@ -21,6 +21,9 @@ class FixedPageSource {
     [[nodiscard]] virtual platform::ComPtr<ISAXContentHandler> CreateContentHandler(std::ostream& sink) = 0;
 
   protected:
+    FixedPageSource() = default;
+    FixedPageSource(const FixedPageSource&) = default;
+    FixedPageSource& operator=(const FixedPageSource&) = delete;
     // Nobody owns a page through this class.
     ~FixedPageSource() = default;
 };

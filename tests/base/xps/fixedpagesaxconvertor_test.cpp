@@ -60,7 +60,7 @@ TEST(FixedPageSaxConvertorTest, AReadStreamThatCannotGoBackIsNoFailure) {
 }
 
 TEST(FixedPageSaxConvertorTest, ReadsAStreamThatGivesAFewBytesAtATime) {
-    for (const std::size_t most : {1, 2, 3, 7, 2047, 2049}) {
+    for (const std::size_t most : {1U, 2U, 3U, 7U, 2047U, 2049U}) {
         for (const bool endComesWithData : {true, false}) {
             MemoryPage page(LargePage());
             page.input.mostPerRead = most;
@@ -83,7 +83,7 @@ TEST(FixedPageSaxConvertorTest, ReadsAPageWhoseSizeIsAMultipleOfTheReadersBlock)
 }
 
 TEST(FixedPageSaxConvertorTest, CompletesShortWrites) {
-    for (const std::size_t most : {1, 3, 1000, 65535}) {
+    for (const std::size_t most : {1U, 3U, 1000U, 65535U}) {
         MemoryPage page(LargePage());
         page.output.mostPerWrite = most;
         FixedPageSaxConvertor().Convert(page);

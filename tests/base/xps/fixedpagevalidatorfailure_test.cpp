@@ -57,8 +57,8 @@ TEST_F(FixedPageValidatorTest, FailuresOfThePagesTicketNameTheValidatorsSource) 
     for (const bool hasStream : {true, false}) {
         GiveTicket(L"/t.xml", "<psf:PrintTicket");
         m_ticket->hasNoStream = !hasStream;
-        const std::string message = tests::MessageOf<std::exception>([&] { Validate(); });
-        EXPECT_TRUE(message.starts_with("base/xps/fixedpagevalidator.cpp(")) << message;
+        const std::string message = tests::Catch([&] { Validate(); }).text;
+        EXPECT_TRUE(message.starts_with("base/xps/fixedpagevalidator.cpp(LINE) : ")) << message;
     }
 }
 

@@ -45,7 +45,7 @@ TEST_F(PageTicketTest, LoadsAndSavesATicket) {
 
 TEST_F(PageTicketTest, LoadsFromAStreamThatGivesAFewBytesAtATime) {
     const auto whole = LoadPageTicket(tests::MakeMock<tests::MockReadStream>(m_calls, kTicket).Get());
-    for (const ULONG most : {1, 3, 10}) {
+    for (const ULONG most : {1U, 3U, 10U}) {
         const auto reader = tests::MakeMock<tests::MockReadStream>(m_calls, kTicket);
         reader->SetShortReads(most);
         EXPECT_EQ(tests::DomText(whole.Get()), tests::DomText(LoadPageTicket(reader.Get()).Get())) << most;

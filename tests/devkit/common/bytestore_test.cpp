@@ -19,7 +19,7 @@ using tests::TemporaryPlace;
 
 std::shared_ptr<const std::string> Bytes(std::size_t size, char first) {
     std::string bytes(size, first);
-    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(first + i % 7);
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(first + static_cast<int>(i % 7));
     return std::make_shared<const std::string>(std::move(bytes));
 }
 
@@ -42,7 +42,8 @@ TEST(ByteStore, GivesBackWhatItWasGivenInAnyOrder) {
     ByteStore store(1000);
     std::vector<std::shared_ptr<const std::string>> given;
     std::vector<Content> kept;
-    for (const std::size_t size : {400, 500, 70'000, 90'000, 200'000, 3, 1'000'000, 0, 300'000, 77}) {
+    for (const std::size_t size :
+         {400U, 500U, 70'000U, 90'000U, 200'000U, 3U, 1'000'000U, 0U, 300'000U, 77U}) {
         given.push_back(Bytes(size, static_cast<char>('A' + given.size())));
         kept.push_back(store.Keep(given.back()));
     }

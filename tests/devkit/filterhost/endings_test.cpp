@@ -49,7 +49,7 @@ TEST_P(EndingTest, CostsOneInput) {
     EXPECT_FALSE(std::filesystem::exists(folder / "out" / "minimal.xps"));
     const Json report = ReportedInputs(folder / "r.json");
     ASSERT_EQ(2U, report.size());
-    EXPECT_EQ(input, report[0]["input"]);
+    EXPECT_EQ(Json(input), report[0]["input"]);
     EXPECT_EQ(nullptr, report[0]["output"]);
 }
 

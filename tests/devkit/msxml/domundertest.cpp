@@ -161,8 +161,8 @@ std::wstring ValueOf(IXMLDOMNode* pNode) {
 NodePtr MakeNode(const DocumentPtr& pDocument, DOMNodeType type, std::wstring_view name,
                  std::wstring_view uri) {
     NodePtr pNode;
-    EXPECT_EQ(S_OK, pDocument->createNode(Variant(LONG{type}).Get(), Bstr(name).Get(), Bstr(uri).Get(),
-                                          pNode.Put()));
+    EXPECT_EQ(S_OK, pDocument->createNode(Variant(static_cast<LONG>(type)).Get(), Bstr(name).Get(),
+                                          Bstr(uri).Get(), pNode.Put()));
     return pNode;
 }
 

@@ -57,7 +57,6 @@ class SchemaReadingTest : public HandlerTest {
         m_handler.emplace(m_pTicket.Get());
         return *m_handler;
     }
-    IXMLDOMDocument2* Document() { return m_pTicket.Get(); }
 
     // What GetValue reads of the scored property psk:P of a ticket with that content.
     std::wstring ScoredValueIn(std::wstring_view body, std::wstring_view declarations = {}) {

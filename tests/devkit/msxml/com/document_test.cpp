@@ -92,8 +92,8 @@ TEST_P(DocumentMethods, CreateNodeTakesNumbersAndNames) {
         DOMNodeType found = NODE_INVALID;
         ASSERT_EQ(S_OK, pNode->get_nodeType(&found));
         EXPECT_EQ(type, found);
-        ASSERT_EQ(S_OK,
-                  pDocument->createNode(Variant(LONG{type}).Get(), Bstr(L"n").Get(), nullptr, pNode.Put()));
+        ASSERT_EQ(S_OK, pDocument->createNode(Variant(static_cast<LONG>(type)).Get(), Bstr(L"n").Get(),
+                                              nullptr, pNode.Put()));
         ASSERT_EQ(S_OK, pNode->get_nodeType(&found));
         EXPECT_EQ(type, found);
     }
@@ -138,9 +138,10 @@ TEST_P(DocumentMethods, CreateNodeRefusesAnEmptyName) {
     const DocumentPtr pDocument = New();
     for (const DOMNodeType type : {NODE_ELEMENT, NODE_ATTRIBUTE, NODE_PROCESSING_INSTRUCTION}) {
         NodePtr pNode;
-        EXPECT_EQ(E_FAIL,
-                  pDocument->createNode(Variant(LONG{type}).Get(), Bstr(L"").Get(), nullptr, pNode.Put()));
-        EXPECT_EQ(E_FAIL, pDocument->createNode(Variant(LONG{type}).Get(), nullptr, nullptr, pNode.Put()));
+        EXPECT_EQ(E_FAIL, pDocument->createNode(Variant(static_cast<LONG>(type)).Get(), Bstr(L"").Get(),
+                                                nullptr, pNode.Put()));
+        EXPECT_EQ(E_FAIL, pDocument->createNode(Variant(static_cast<LONG>(type)).Get(), nullptr, nullptr,
+                                                pNode.Put()));
     }
 }
 
