@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string>
+#include <vector>
 
 #include "devkit/fuzz/basedocuments.h"
 
@@ -21,7 +23,8 @@ TEST(PackageMutator, KnowsPagesTicketsAndStructure) {
     std::string pages;
     std::string tickets;
     std::string structure;
-    for (const package::RawEntry& each : OwnDocuments()[0].entries) {
+    const std::vector<BaseDocument> documents = OwnDocuments();
+    for (const package::RawEntry& each : documents[0].entries) {
         if (IsPage(each)) pages += each.name + ";";
         if (IsTicket(each)) tickets += each.name + ";";
         if (IsStructure(each)) structure += each.name + ";";
@@ -34,7 +37,7 @@ TEST(PackageMutator, KnowsPagesTicketsAndStructure) {
         "2.fpage.rels;",
         structure);
     // The same where they are of UTF-16.
-    for (const package::RawEntry& each : OwnDocuments()[1].entries)
+    for (const package::RawEntry& each : documents[1].entries)
         EXPECT_EQ(each.name == "1.fpage" || each.name == "2.fpage", IsPage(each)) << each.name;
 }
 
