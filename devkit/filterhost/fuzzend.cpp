@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 #include "devkit/common/file.h"
@@ -48,7 +49,7 @@ std::vector<HRESULT> CodesOf(const RunEnd& end) {
 
 }  // namespace
 
-const char* NameOf(FuzzEnd::Kind kind) noexcept { return kNames[kind]; }
+const char* NameOf(FuzzEnd::Kind kind) noexcept { return kNames[static_cast<std::size_t>(kind)]; }
 
 ExitStatus StatusOf(FuzzEnd::Kind kind) noexcept {
     if (!IsFinding(kind)) return Done;

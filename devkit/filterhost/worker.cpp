@@ -62,7 +62,7 @@ class Worker {
     }
 
     // Until the parent is gone.
-    void Listen() {
+    [[noreturn]] void Listen() {
         while (std::optional<std::string> command = m_parent.Read()) {
             const std::lock_guard guard(m_lock);
             if (*command != kCancelCommand) {
