@@ -31,8 +31,9 @@ set(off
   used-but-marked-unused)                 # tell of snprintf, which the MinGW headers mark so.
 list(TRANSFORM off PREPEND -Wno-)
 list(JOIN off " " off)
+# Variables of a thread are emulated, as in g++'s library.
 set(CMAKE_CXX_FLAGS_INIT "-stdlib++-isystem ${gcc}/include/c++ -stdlib++-isystem ${gcc}/include/c++/${triplet} \
--Weverything ${off}")
+-Weverything ${off} -femulated-tls")
 
 # std::type_info::operator== is inline for clang and in g++'s library besides.
 set(linking "-static -L${gcc} -B${gcc} -Wl,--allow-multiple-definition")
