@@ -398,7 +398,7 @@ TEST(FilterHost, TheUsersTicketMayComeFromAFile) {
                                  "--json", Text(folder / "r.json")}));
     EXPECT_EQ(0U, given.status);
     const Json run = ReportedInputs(folder / "r.json")[0];
-    EXPECT_EQ(FileBytes(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml"),
+    EXPECT_EQ(Json(FileBytes(ProgramFolder() / "devices" / "longedge" / "default-ticket.xml")),
               run["texts"][run["user_ticket"].get<std::size_t>()]);
 }
 
