@@ -1,6 +1,7 @@
 #include "devkit/msxml/tree/node.h"
 
 #include <atomic>
+#include <utility>
 
 namespace devkit::msxml {
 
@@ -74,6 +75,7 @@ void Node::Attach(Node& node, Node* pBefore) noexcept {
 }
 
 void Node::Detach() noexcept {
+    if (m_pParent == nullptr) return;
     Node& parent = *m_pParent;
     NodeChain& chain = parent.ChainFor(*this);
     (m_pPrevious != nullptr ? m_pPrevious->m_pNext : chain.pFirst) = m_pNext;
@@ -91,7 +93,10 @@ void Node::Detach() noexcept {
 }
 
 void Node::DetachChildren() noexcept {
-    while (m_children.pLast != nullptr) m_children.pLast->Detach();
+    for (Node* pChild = m_children.pLast; pChild != nullptr;) {
+        Node& last = *std::exchange(pChild, pChild->m_pPrevious);
+        last.Detach();
+    }
 }
 
 void Node::Destroy(Node& root) noexcept {

@@ -14,7 +14,7 @@ namespace base::xps::printschema {
 
 // The PageMediaSize feature: a media size option and the sheet's size in micrometres, kept consistent through
 // the media size table. The option may be a custom one, and then only the size tells what the sheet is.
-class MediaSizeData : public PrintTicketFunctionOption {
+class MediaSizeData final : public PrintTicketFunctionOption {
   public:
     // ISOA4.
     MediaSizeData();
