@@ -196,4 +196,10 @@ void OutputFile::Commit() {
     throw Error(Reason("cannot be written", code), PathText(m_path));
 }
 
+void SaveFile(const std::filesystem::path& path, std::string_view bytes) {
+    OutputFile file(path);
+    file.WriteAt(0, bytes.data(), bytes.size());
+    file.Commit();
+}
+
 }  // namespace devkit::common

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "devkit/common/storage.h"
 
@@ -91,5 +92,8 @@ class OutputFile final : public ByteSink {
     std::string m_block;  // not yet in the file
     std::uint64_t m_blockStart = 0;
 };
+
+// An OutputFile with these bytes, committed.
+void SaveFile(const std::filesystem::path& path, std::string_view bytes);
 
 }  // namespace devkit::common

@@ -106,6 +106,15 @@ bool WriteWhole(HANDLE pipe, std::string_view text) noexcept {
     return line;
 }
 
+// The handle that the argument is, a number, of a process with that command.
+[[nodiscard]] HANDLE PassedHandle(std::string_view argument, std::string_view command) {
+    std::uintptr_t number = 0;
+    const auto [pEnd, error] = std::from_chars(argument.data(), argument.data() + argument.size(), number);
+    if (error != std::errc() || pEnd != argument.data() + argument.size())
+        throw UsageError(std::string(command) + " is a command of the program's own");
+    return reinterpret_cast<HANDLE>(number);
+}
+
 }  // namespace
 
 ChildProcess::ChildProcess(std::wstring_view command) {
@@ -170,9 +179,12 @@ DWORD ChildProcess::ExitCode() const {
     return code;
 }
 
-ParentProcess::ParentProcess(HANDLE read, HANDLE write) : m_read(read), m_write(write) {
-    SetHandleInformation(read, HANDLE_FLAG_INHERIT, 0);
-    SetHandleInformation(write, HANDLE_FLAG_INHERIT, 0);
+ParentProcess::ParentProcess(std::string_view read, std::string_view write, std::string_view command)
+    : m_read(PassedHandle(read, command)), m_write(PassedHandle(write, command)) {
+    SetHandleInformation(m_read.get(), HANDLE_FLAG_INHERIT, 0);
+    SetHandleInformation(m_write.get(), HANDLE_FLAG_INHERIT, 0);
+    SetConsoleCtrlHandler(nullptr, TRUE);
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
 }
 
 std::optional<std::string> ParentProcess::Read() {
@@ -192,14 +204,6 @@ void ParentProcess::TellLast(std::string_view line) noexcept {
     const bool locked = m_lock.try_lock_for(std::chrono::seconds(1));
     WriteWhole(m_write.get(), line);
     if (locked) m_lock.unlock();
-}
-
-HANDLE PassedHandle(std::string_view argument, std::string_view command) {
-    std::uintptr_t number = 0;
-    const auto [pEnd, error] = std::from_chars(argument.data(), argument.data() + argument.size(), number);
-    if (error != std::errc() || pEnd != argument.data() + argument.size())
-        throw UsageError(std::string(command) + " is a command of the program's own");
-    return reinterpret_cast<HANDLE>(number);
 }
 
 }  // namespace devkit::filterhost

@@ -56,8 +56,10 @@ class ChildProcess {
 // The end of the child: its commands come from `read`, what it tells goes to `write`. Any thread may tell.
 class ParentProcess {
   public:
-    // Takes over the handles, and keeps processes that this one starts from inheriting them.
-    ParentProcess(HANDLE read, HANDLE write);
+    // Takes over the handles, numbers among the arguments of `command`, and keeps processes that this one
+    // starts from inheriting them. Ctrl+C is from here on the parent's to hear, and what a crash would show
+    // in a box is not shown. Throws UsageError for arguments that are no handles.
+    ParentProcess(std::string_view read, std::string_view write, std::string_view command);
 
     // The next command; nothing when the parent is gone.
     [[nodiscard]] std::optional<std::string> Read();
@@ -73,9 +75,5 @@ class ParentProcess {
     std::timed_mutex m_lock;
     std::string m_rest;  // read, but not yet given
 };
-
-// The handle that the argument is, a number, of a process with that command. Throws UsageError for what is
-// none.
-[[nodiscard]] HANDLE PassedHandle(std::string_view argument, std::string_view command);
 
 }  // namespace devkit::filterhost

@@ -3,21 +3,23 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "devkit/common/error.h"
 #include "devkit/common/file.h"
 #include "devkit/common/leave.h"
+#include "devkit/common/threads.h"
 #include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/crashreport.h"
 #include "devkit/filterhost/fuzzfinding.h"
 #include "devkit/filterhost/fuzzworker.h"
+#include "devkit/filterhost/hostedrun.h"
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/filterhost/progress.h"
 #include "devkit/filterhost/runevent.h"
@@ -35,21 +37,9 @@ constexpr unsigned kMostTries = 40;
 constexpr unsigned kMostTriesOfAHang = 6;
 
 void WriteWhole(const Path& path, const std::string& bytes, const char* option) try {
-    common::OutputFile file(path);
-    file.WriteAt(0, bytes.data(), bytes.size());
-    file.Commit();
+    common::SaveFile(path, bytes);
 } catch (const common::Error& error) {
     throw UsageError(std::string(option) + ": " + error.what());
-}
-
-// What can be told to be wrong before a case is run.
-void Check(const FuzzSettings& settings) {
-    std::error_code ignored;
-    for (const FilterSettings& filter : settings.host.filters) {
-        if (!std::filesystem::is_regular_file(filter.dll, ignored))
-            throw UsageError("there is no " + common::PathText(filter.dll));
-    }
-    CheckProvider(settings.host);
 }
 
 // Runs cases in several processes, looks closer at those that end as they must
@@ -64,11 +54,8 @@ class Fuzzing {
     // False when the user interrupted.
     bool Run() {
         const Interrupt interrupt([this] { m_stop = true; });
-        unsigned parallel = m_settings.parallel;
-        if (parallel == 0) parallel = std::max(1U, std::thread::hardware_concurrency());
-        std::vector<std::thread> threads(parallel);
-        for (std::thread& thread : threads) thread = std::thread([this] { TakeSeeds(); });
-        for (std::thread& thread : threads) thread.join();
+        common::RunInThreads(m_settings.parallel, m_settings.cases.value_or(SIZE_MAX),
+                             [this] { TakeSeeds(); });
         if (m_failure) std::rethrow_exception(m_failure);
         m_summary.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
         std::ranges::sort(m_summary.findings, {}, &FuzzFinding::seed);
@@ -218,7 +205,7 @@ ExitStatus Reproduce(const FuzzSettings& settings) {
 }  // namespace
 
 int Fuzz(const FuzzSettings& settings) {
-    Check(settings);
+    CheckHost(settings.host, "FILTER");
     if (settings.again) return Reproduce(settings);
     Fuzzing fuzzing(settings);
     const bool isWhole = fuzzing.Run();

@@ -10,6 +10,7 @@
 
 #include "devkit/common/leave.h"
 #include "devkit/filterhost/crashreport.h"
+#include "devkit/filterhost/orders.h"
 #include "devkit/filterhost/runevent.h"
 #include "platform/utf.h"
 
@@ -51,18 +52,14 @@ void TellCrash(void* pParent, std::string_view line) noexcept {
 }  // namespace
 
 void FuzzWork(std::string_view readHandle, std::string_view writeHandle) {
-    SetConsoleCtrlHandler(nullptr, TRUE);
-    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-    ParentProcess parent(PassedHandle(readHandle, kFuzzWorkCommand),
-                         PassedHandle(writeHandle, kFuzzWorkCommand));
-    const std::optional<std::string> order = parent.Read();
-    if (!order) common::LeaveProcess(WrongUsage);
-    const FuzzRunner runner(ReadFuzzOrder(*order));
+    ParentProcess parent(readHandle, writeHandle, kFuzzWorkCommand);
+    Orders orders(parent);
+    const FuzzRunner runner(ReadFuzzOrder(orders.Next()));
     const CrashReport crash(&TellCrash, &parent);
-    while (const std::optional<std::string> seed = parent.Read()) {
-        const Answered answered = RunOnThread(runner, ReadSeed(*seed));
+    for (bool goesOn = true; goesOn;) {
+        const Answered answered = RunOnThread(runner, ReadSeed(orders.Next()));
         parent.Tell(answered.end ? WriteEnd(*answered.end) : Json{{"failure", answered.failure}}.dump());
-        if (!answered.isOver || !answered.end) common::LeaveProcess(Done);
+        goesOn = answered.isOver && answered.end;
     }
     common::LeaveProcess(Done);
 }

@@ -306,11 +306,11 @@ std::string ReadUserTicket(const Path& path) {
 
 std::string ReadDeviceCapabilities(const Path& path) { return ReadFile(path, "--device-capabilities"); }
 
-void CheckHost(const HostSettings& settings) {
+void CheckHost(const HostSettings& settings, const char* filterOption) {
     std::error_code ignored;
     for (const FilterSettings& filter : settings.filters) {
         if (std::filesystem::is_regular_file(filter.dll, ignored)) continue;
-        throw UsageError(std::string(settings.pipelineConfig ? "--pipeline-config" : "--filter") +
+        throw UsageError(std::string(settings.pipelineConfig ? "--pipeline-config" : filterOption) +
                          ": there is no " + common::PathText(filter.dll));
     }
     CheckProvider(settings);

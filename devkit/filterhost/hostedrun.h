@@ -60,8 +60,9 @@ class HostedRun {
     bool m_cancelled = false;
 };
 
-// Throws UsageError for what can be told to be wrong before a filter is run.
-void CheckHost(const HostSettings& settings);
+// Throws UsageError for what can be told to be wrong before a filter is run. `filterOption` is what names a
+// filter where no pipeline configuration does.
+void CheckHost(const HostSettings& settings, const char* filterOption);
 
 // What a user's ticket is, read and found to be one. Throws UsageError.
 [[nodiscard]] std::string ReadUserTicket(const std::filesystem::path& path);

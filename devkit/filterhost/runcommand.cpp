@@ -131,7 +131,7 @@ class Here {
 }  // namespace
 
 int Run(const RunSettings& settings) {
-    CheckHost(settings.host);
+    CheckHost(settings.host, "--filter");
     CheckFiles(settings);
     MakeFolders(settings);
     Teller teller(settings);

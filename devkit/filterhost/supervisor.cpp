@@ -7,10 +7,10 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
+#include "devkit/common/threads.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/hostedchild.h"
 #include "devkit/filterhost/interrupt.h"
@@ -31,11 +31,7 @@ class Supervisor {
 
     bool Run() {
         const Interrupt interrupt([this] { Cancel(); });
-        unsigned parallel = m_settings.parallel;
-        if (parallel == 0) parallel = std::max(1U, std::thread::hardware_concurrency());
-        std::vector<std::thread> threads(std::min<std::size_t>(parallel, m_settings.jobs.size()));
-        for (std::thread& thread : threads) thread = std::thread([this] { TakeJobs(); });
-        for (std::thread& thread : threads) thread.join();
+        common::RunInThreads(m_settings.parallel, m_settings.jobs.size(), [this] { TakeJobs(); });
         if (m_failure) std::rethrow_exception(m_failure);
         if (!m_refused) return !m_cancelled;
         if (m_refused->status == WrongUsage) throw UsageError(m_refused->text);

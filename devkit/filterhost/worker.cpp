@@ -3,34 +3,31 @@
 #include "platform/windows.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <deque>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <stdexcept>
 #include <thread>
-#include <utility>
 
 #include "devkit/common/leave.h"
 #include "devkit/filterhost/childprocess.h"
 #include "devkit/filterhost/crashreport.h"
 #include "devkit/filterhost/hostedrun.h"
+#include "devkit/filterhost/orders.h"
 
 namespace devkit::filterhost {
 namespace {
 
 class Worker {
   public:
-    Worker(HANDLE read, HANDLE write, const Probes& probes) : m_probes(probes), m_parent(read, write) {}
+    Worker(std::string_view readHandle, std::string_view writeHandle, const Probes& probes)
+        : m_probes(probes),
+          m_parent(readHandle, writeHandle, kWorkCommand),
+          m_orders(m_parent, [this](std::string_view command) { return Cancels(command); }) {}
 
     [[noreturn]] void Run() {
-        const std::optional<std::string> first = m_parent.Read();
-        if (!first) common::LeaveProcess(WrongUsage);
-        Order order = ReadOrder(*first);
-        std::thread([this] { Listen(); }).detach();
+        Order order = ReadOrder(m_orders.Next());
         const CrashReport crash(&TellLast, this);
-        while (Obey(order)) order = ReadOrder(NextOrder());
+        while (Obey(order)) order = ReadOrder(m_orders.Next());
         common::LeaveProcess(Done);
     }
 
@@ -53,27 +50,12 @@ class Worker {
         return m_outcome == Outcome::Over;
     }
 
-    std::string NextOrder() {
-        std::unique_lock guard(m_lock);
-        m_ordered.wait(guard, [this] { return !m_orders.empty(); });
-        std::string order = std::move(m_orders.front());
-        m_orders.pop_front();
-        return order;
-    }
-
-    // Until the parent is gone.
-    [[noreturn]] void Listen() {
-        while (std::optional<std::string> command = m_parent.Read()) {
-            const std::lock_guard guard(m_lock);
-            if (*command != kCancelCommand) {
-                m_orders.push_back(*std::move(command));
-                m_ordered.notify_one();
-                continue;
-            }
-            m_cancelled = true;
-            if (m_pRun != nullptr) m_pRun->Cancel();
-        }
-        common::LeaveProcess(FilterFailed);
+    bool Cancels(std::string_view command) {
+        if (command != kCancelCommand) return false;
+        const std::lock_guard guard(m_lock);
+        m_cancelled = true;
+        if (m_pRun != nullptr) m_pRun->Cancel();
+        return true;
     }
 
     void Do(const Order& order) {
@@ -129,20 +111,15 @@ class Worker {
     ParentProcess m_parent;
     std::atomic<Outcome> m_outcome = Outcome::Over;
     std::mutex m_lock;
-    std::condition_variable m_ordered;
-    std::deque<std::string> m_orders;
     HostedRun* m_pRun = nullptr;
     bool m_cancelled = false;
+    Orders m_orders;  // last: its thread cancels
 };
 
 }  // namespace
 
 void Work(std::string_view readHandle, std::string_view writeHandle, const Probes& probes) {
-    // Ctrl+C is the parent's to hear.
-    SetConsoleCtrlHandler(nullptr, TRUE);
-    // What a crash would show is told to the parent, and nobody sits in front of a box.
-    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-    Worker(PassedHandle(readHandle, kWorkCommand), PassedHandle(writeHandle, kWorkCommand), probes).Run();
+    Worker(readHandle, writeHandle, probes).Run();
 }
 
 }  // namespace devkit::filterhost

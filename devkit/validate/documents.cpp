@@ -39,11 +39,8 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 Document PutDocument(const std::string& name, const std::filesystem::path& folder) {
-    const std::string_view bytes = CarriedBytes(name);
     Document document{name, folder / name};
-    common::OutputFile file(document.path);
-    file.WriteAt(0, bytes.data(), bytes.size());
-    file.Commit();
+    common::SaveFile(document.path, CarriedBytes(name));
     return document;
 }
 

@@ -80,7 +80,7 @@ int Validate(ValidateSettings settings) {
         ApplyConfiguration(*file, settings);
         if (!settings.quiet) filterhost::PrintOut("with " + common::PathText(*file) + "\n");
     }
-    filterhost::CheckHost(settings.host);
+    filterhost::CheckHost(settings.host, "FILTER");
     const std::vector<const Test*> tests = Selected(settings);
     if (tests.empty()) throw filterhost::UsageError("no test of the battery is left to be run");
     std::vector<Document> documents;

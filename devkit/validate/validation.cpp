@@ -9,8 +9,8 @@
 #include <optional>
 #include <regex>
 #include <set>
-#include <thread>
 
+#include "devkit/common/threads.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/validate/executors.h"
@@ -86,19 +86,13 @@ class TestRunner {
 
   private:
     void RunInChildren() {
-        unsigned parallel = m_settings.parallel;
-        if (parallel == 0) parallel = std::max(1U, std::thread::hardware_concurrency());
-        std::vector<std::thread> threads(std::min<std::size_t>(parallel, m_tests.size()));
-        for (std::thread& thread : threads) {
-            thread = std::thread([this] {
-                std::unique_ptr<ChildExecutor> executor;
-                TakeTests([&]() -> Executor& {
-                    executor = std::make_unique<ChildExecutor>(m_settings.timeout, m_cancellation);
-                    return *executor;
-                });
+        common::RunInThreads(m_settings.parallel, m_tests.size(), [this] {
+            std::unique_ptr<ChildExecutor> executor;
+            TakeTests([&]() -> Executor& {
+                executor = std::make_unique<ChildExecutor>(m_settings.timeout, m_cancellation);
+                return *executor;
             });
-        }
-        for (std::thread& thread : threads) thread.join();
+        });
     }
 
     void TakeTests(const std::function<Executor&()>& executorOfTest) {

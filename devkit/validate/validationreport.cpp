@@ -131,9 +131,7 @@ std::string WriteJunit(const filterhost::ValidateSettings& settings, const std::
 
 void WriteReport(const std::filesystem::path& path, const char* option, const std::string& text) {
     try {
-        common::OutputFile file(path);
-        file.WriteAt(0, text.data(), text.size());
-        file.Commit();
+        common::SaveFile(path, text);
     } catch (const common::Error& error) {
         throw filterhost::UsageError(std::string(option) + ": " + error.what());
     }

@@ -98,6 +98,14 @@ TEST(OutputFileTest, ReplacesAFileThatIsThere) {
     EXPECT_EQ("new", ReadFileBytes(folder / "out"));
 }
 
+TEST(SaveFile, PutsTheBytesInThePlaceOfAFile) {
+    const TemporaryFolder folder;
+    WriteFileBytes(folder / "out", "old and longer");
+    SaveFile(folder / "out", "new");
+    EXPECT_EQ(Names{"out"}, folder.Names());
+    EXPECT_EQ("new", ReadFileBytes(folder / "out"));
+}
+
 TEST(OutputFileTest, LeavesNothingWithoutCommit) {
     const TemporaryFolder folder;
     WriteFileBytes(folder / "out", "old");

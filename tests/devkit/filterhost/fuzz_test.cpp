@@ -143,7 +143,7 @@ TEST(Fuzz, WhatCannotBeIsWrongUsage) {
     EXPECT_EQ("filterhost: --allow-code: \"x\" is no code\n", refusal({"--allow-code", "x"}));
     EXPECT_EQ("filterhost: --mutations: \"a\" is not of the form 0,2\n",
               refusal({"--reproduce", "1", "--mutations", "a"}));
-    EXPECT_EQ("filterhost: there is no ", Fuzz("nosuch.dll", {}).error.substr(0, 24));
+    EXPECT_EQ("filterhost: FILTER: there is no ", Fuzz("nosuch.dll", {}).error.substr(0, 32));
     EXPECT_EQ("filterhost: fuzz-work is a command of the program's own\n",
               RunProgram({"fuzz-work", "a", "b"}).error);
 }

@@ -17,6 +17,22 @@ CLASS_ID = "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}"
 INTERRUPTED = 130
 
 
+def processes_of(mark):
+    """The numbers of the hosts that were started with the mark in their environment."""
+    found = []
+    for number in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{number}/environ", "rb") as file:
+                environment = file.read()
+            with open(f"/proc/{number}/cmdline", "rb") as file:
+                command = file.read()
+        except OSError:
+            continue
+        if f"HOST_MARK={mark}".encode() in environment and b"filterhost.exe" in command:
+            found.append(int(number))
+    return found
+
+
 class InterruptTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -25,12 +41,15 @@ class InterruptTest(unittest.TestCase):
         self.errors = os.path.join(self.folder, "errors.txt")
 
     def start(self, mode, *options):
-        documents = [windows_path(os.path.join(SAMPLES, name)) for name in ("minimal.xps", "names.xps", "utf16.xps")]
+        documents = [self.document(name) for name in ("minimal.xps", "names.xps", "utf16.xps")]
         command = Host(FILTERHOST).command + ["run", *documents, "--no-output", "--filter", windows_path(TESTFILTER),
                                               "--clsid", CLASS_ID, "--json", windows_path(self.report()), *options]
         with open(self.errors, "wb") as errors:
             return subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=errors,
                                     env=dict(os.environ, TESTFILTER_MODE=mode))
+
+    def document(self, name):
+        return windows_path(os.path.join(SAMPLES, name))
 
     def report(self):
         return os.path.join(self.folder, "report.json")
@@ -74,6 +93,27 @@ class InterruptTest(unittest.TestCase):
         self.interrupt(process)
         self.assertEqual(INTERRUPTED, process.wait(60), self.text())
         self.assertEqual(3, self.text().count("ERROR_CANCELLED"))
+
+    def test_no_process_outlives_a_host_that_was_killed(self):
+        for words in (["run", self.document("minimal.xps"), "--no-output", "--filter", windows_path(TESTFILTER)],
+                      ["fuzz", windows_path(TESTFILTER), "-j", "1", "--cases", "5", "--timeout", "60"]):
+            with self.subTest(words[0]):
+                mark = f"{words[0]}-{os.getpid()}"
+                process = subprocess.Popen(Host(FILTERHOST).command + [*words, "--clsid", CLASS_ID],
+                                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                           env=dict(os.environ, TESTFILTER_MODE="hang", HOST_MARK=mark))
+                self.wait_until(lambda: len(processes_of(mark)) > 1)
+                time.sleep(2)
+                process.kill()
+                process.wait(10)
+                self.wait_until(lambda: not processes_of(mark))
+
+    def wait_until(self, holds):
+        for _ in range(100):
+            if holds():
+                return
+            time.sleep(0.1)
+        self.fail("it did not come to it in ten seconds")
 
     def test_it_counts_in_process(self):
         process = self.start("hang-until-shutdown", "--in-process")
