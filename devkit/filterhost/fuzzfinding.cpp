@@ -12,7 +12,7 @@
 namespace devkit::filterhost {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 std::string SecondsText(double seconds) {
     std::array<char, 32> text{};
@@ -89,27 +89,28 @@ std::string TextOf(const FuzzSummary& summary) {
 }
 
 std::string JsonOf(const FuzzSettings& settings, const FuzzSummary& summary) {
-    Json kinds = Json::object();
+    OrderedJson kinds = OrderedJson::object();
     for (const auto& [kind, count] : summary.kinds) kinds[NameOf(kind)] = count;
-    Json cases = Json::array();
+    OrderedJson cases = OrderedJson::array();
     for (const FuzzFinding& each : summary.findings) {
-        cases.push_back({{"seed", each.seed},
-                         {"kind", NameOf(each.end.kind)},
-                         {"text", each.end.text},
-                         {"cause", each.end.cause},
-                         {"repeatable", each.isRepeatable},
-                         {"mutations", each.mutations},
-                         {"done", each.done},
-                         {"base", each.base},
-                         {"file", each.file.empty() ? Json() : Json(common::PathText(each.file))},
-                         {"command", CommandOf(settings, each)},
-                         {"likewise", each.likewise}});
+        cases.push_back(
+            {{"seed", each.seed},
+             {"kind", NameOf(each.end.kind)},
+             {"text", each.end.text},
+             {"cause", each.end.cause},
+             {"repeatable", each.isRepeatable},
+             {"mutations", each.mutations},
+             {"done", each.done},
+             {"base", each.base},
+             {"file", each.file.empty() ? OrderedJson() : OrderedJson(common::PathText(each.file))},
+             {"command", CommandOf(settings, each)},
+             {"likewise", each.likewise}});
     }
-    const Json json{{"seed", summary.firstSeed},      {"cases", summary.cases},
-                    {"seconds", summary.seconds},     {"ends", kinds},
-                    {"codes", summary.codes},         {"systemCrashes", summary.systemCrashes},
-                    {"mutations", summary.mutations}, {"findings", cases}};
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    const OrderedJson json{{"seed", summary.firstSeed},      {"cases", summary.cases},
+                           {"seconds", summary.seconds},     {"ends", kinds},
+                           {"codes", summary.codes},         {"systemCrashes", summary.systemCrashes},
+                           {"mutations", summary.mutations}, {"findings", cases}};
+    return json.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }
 
 }  // namespace devkit::filterhost

@@ -11,7 +11,7 @@
 namespace devkit::filterhost {
 namespace {
 
-constexpr std::string_view kEnd = "</testsuite>\n";
+constexpr std::string_view kSuiteEnd = "</testsuite>\n";
 
 constexpr int kDecimals = 3;  // of a second
 
@@ -93,7 +93,7 @@ std::string JunitReport::Head(const Counts& counts) {
 }
 
 JunitReport::JunitReport(std::filesystem::path path, const RunSettings& settings)
-    : m_className(ClassNameOf(settings.host)), m_file(std::move(path), "--junit", Head({}), kEnd) {}
+    : m_className(ClassNameOf(settings.host)), m_file(std::move(path), "--junit", Head({}), kSuiteEnd) {}
 
 void JunitReport::Add(const RunResult& result) {
     ++m_counts.tests;

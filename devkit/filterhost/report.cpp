@@ -18,16 +18,18 @@ namespace devkit::filterhost {
 namespace {
 
 using common::Describe;
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 constexpr int kVersion = 2;
-constexpr std::string_view kEnd = "\n  ]\n}\n";
+constexpr std::string_view kReportEnd = "\n  ]\n}\n";
 
-std::string Text(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
+std::string Text(const OrderedJson& json) {
+    return json.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+}
 
 // An object with a line for each member, and for each element of an array: to be read by people and compared
 // by tools, and yet not long. Without its closing brace.
-std::string Layout(const Json& object, const std::string& indent) {
+std::string Layout(const OrderedJson& object, const std::string& indent) {
     std::string text = "{";
     for (const auto& [key, value] : object.items()) {
         text += (text.size() > 1 ? ",\n" : "\n") + indent + Text(key) + ": ";
@@ -36,7 +38,7 @@ std::string Layout(const Json& object, const std::string& indent) {
             continue;
         }
         std::string separator = "[\n";
-        for (const Json& element : value) {
+        for (const OrderedJson& element : value) {
             text += separator + indent + "  " + Text(element);
             separator = ",\n";
         }
@@ -46,24 +48,26 @@ std::string Layout(const Json& object, const std::string& indent) {
 }
 
 // Nothing is null.
-Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+OrderedJson OrNull(const std::string& text) { return text.empty() ? OrderedJson() : OrderedJson(text); }
 
-Json CodeOf(const std::optional<HRESULT>& code) { return code ? Json(Describe(*code)) : Json(); }
+OrderedJson CodeOf(const std::optional<HRESULT>& code) {
+    return code ? OrderedJson(Describe(*code)) : OrderedJson();
+}
 
-Json CodesOf(const std::vector<HRESULT>& codes) {
-    Json json = Json::array();
+OrderedJson CodesOf(const std::vector<HRESULT>& codes) {
+    OrderedJson json = OrderedJson::array();
     for (const HRESULT code : codes) json.push_back(Describe(code));
     return json;
 }
 
-Json PathOf(const std::optional<std::filesystem::path>& path) {
-    return path ? Json(common::PathText(*path)) : Json();
+OrderedJson PathOf(const std::optional<std::filesystem::path>& path) {
+    return path ? OrderedJson(common::PathText(*path)) : OrderedJson();
 }
 
 const char* KindText(pipeline::DataKind kind) { return kind == pipeline::DataKind::Xps ? "xps" : "stream"; }
 
-Json WriteFilters(const HostSettings& settings) {
-    Json filters = Json::array();
+OrderedJson WriteFilters(const HostSettings& settings) {
+    OrderedJson filters = OrderedJson::array();
     for (const FilterSettings& filter : settings.filters) {
         filters.push_back({{"name", filter.name},
                            {"path", common::PathText(filter.dll)},
@@ -75,7 +79,7 @@ Json WriteFilters(const HostSettings& settings) {
     return filters;
 }
 
-Json WriteSwitches(const RunSettings& settings) {
+OrderedJson WriteSwitches(const RunSettings& settings) {
     const HostSettings& host = settings.host;
     return {{"pipeline_config", PathOf(host.pipelineConfig)},
             {"user_ticket", PathOf(host.userTicket)},
@@ -86,16 +90,17 @@ Json WriteSwitches(const RunSettings& settings) {
             {"queue_property", host.queueValues},
             {"device_capabilities", PathOf(host.deviceCapabilities)},
             {"property", host.properties},
-            {"provider", host.systemProvider ? Json::array({"system"}) : Json(host.providerSwitches)},
+            {"provider",
+             host.systemProvider ? OrderedJson::array({"system"}) : OrderedJson(host.providerSwitches)},
             {"pipeline", host.pipelineSwitches},
-            {"cancel_at", host.cancelAt == 0 ? Json() : Json(host.cancelAt)},
+            {"cancel_at", host.cancelAt == 0 ? OrderedJson() : OrderedJson(host.cancelAt)},
             {"timeout_s", settings.timeout.count()},
             {"in_process", settings.inProcess},
             {"strict", settings.strict}};
 }
 
-Json WriteComplaints(const std::vector<Problem>& problems, const char* severity) {
-    Json list = Json::array();
+OrderedJson WriteComplaints(const std::vector<Problem>& problems, const char* severity) {
+    OrderedJson list = OrderedJson::array();
     for (const Problem& problem : problems) {
         const common::CheckFacts* const pCheck = common::FindCheck(problem.id);
         list.push_back({{"id", problem.id},
@@ -108,16 +113,17 @@ Json WriteComplaints(const std::vector<Problem>& problems, const char* severity)
     return list;
 }
 
-Json WriteCrash(const RunResult& result) {
+OrderedJson WriteCrash(const RunResult& result) {
     if (!result.crash) return nullptr;
     return {
         {"text", TextOf(*result.crash)},
-        {"code", result.crash->code == 0 ? Json() : Json(Describe(static_cast<HRESULT>(result.crash->code)))},
+        {"code", result.crash->code == 0 ? OrderedJson()
+                                         : OrderedJson(Describe(static_cast<HRESULT>(result.crash->code)))},
         {"calls", result.underWay},
-        {"part", result.given.empty() ? Json() : Json(result.given.back())}};
+        {"part", result.given.empty() ? OrderedJson() : OrderedJson(result.given.back())}};
 }
 
-Json WriteEnd(const RunResult& result) {
+OrderedJson WriteEnd(const RunResult& result) {
     if (!result.end) return nullptr;
     const RunEnd& end = *result.end;
     return {{"filter", OrNull(end.filter)},
@@ -129,8 +135,8 @@ Json WriteEnd(const RunResult& result) {
             {"whole", end.whole}};
 }
 
-Json WriteFilterCalls(const RunResult& result) {
-    Json filters = Json::array();
+OrderedJson WriteFilterCalls(const RunResult& result) {
+    OrderedJson filters = OrderedJson::array();
     if (!result.end) return filters;
     for (const FilterEnd& filter : result.end->filters) {
         filters.push_back({{"filter", filter.name},
@@ -143,11 +149,11 @@ Json WriteFilterCalls(const RunResult& result) {
     return filters;
 }
 
-void AddPage(Json& json, const PartFacts& part, const EffectiveTicket& ticket) {
+void AddPage(OrderedJson& json, const PartFacts& part, const EffectiveTicket& ticket) {
     const PageFacts& page = *part.page;
     const auto add = [&json](const char* width, const char* height, const std::optional<PageSize>& size) {
-        json[width] = size ? Json(size->width) : Json();
-        json[height] = size ? Json(size->height) : Json();
+        json[width] = size ? OrderedJson(size->width) : OrderedJson();
+        json[height] = size ? OrderedJson(size->height) : OrderedJson();
     };
     add("width_in", "height_in", page.before);
     add("width_out", "height_out", page.after);
@@ -161,20 +167,20 @@ void AddPage(Json& json, const PartFacts& part, const EffectiveTicket& ticket) {
     json["decision"] = DecisionText(part, ticket.facts);
 }
 
-Json WriteParts(const RunResult& result) {
+OrderedJson WriteParts(const RunResult& result) {
     const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
-    Json parts = Json::array();
+    OrderedJson parts = OrderedJson::array();
     for (std::size_t i = 0; i < result.parts.size(); ++i) {
         const PartFacts& part = result.parts[i];
         const MadeCall* const pMade = tickets[i].pMade;
-        Json& json = parts.emplace_back();
+        OrderedJson& json = parts.emplace_back();
         json["kind"] = part.kind;
         json["uri"] = OrNull(part.name);
         json["ticket_in"] = part.ticketBefore;
         json["ticket_out"] = part.ticketAfter;
         json["tickets"] = {{"own", part.ownTicket},
-                           {"asked", pMade == nullptr ? Json() : Json(pMade->delta)},
-                           {"made", pMade == nullptr ? Json() : Json(pMade->output)},
+                           {"asked", pMade == nullptr ? OrderedJson() : OrderedJson(pMade->delta)},
+                           {"made", pMade == nullptr ? OrderedJson() : OrderedJson(pMade->output)},
                            {"in_force", tickets[i].inForce},
                            {"new", part.newTicket}};
         if (part.page) AddPage(json, part, tickets[i]);
@@ -182,10 +188,10 @@ Json WriteParts(const RunResult& result) {
     return parts;
 }
 
-Json WriteCalls(const std::vector<MadeCall>& calls) {
+OrderedJson WriteCalls(const std::vector<MadeCall>& calls) {
     // By their first calls: no two runs have the system's numbers in common.
     std::map<std::uint32_t, std::size_t> threads;
-    Json list = Json::array();
+    OrderedJson list = OrderedJson::array();
     for (const MadeCall& made : calls) {
         const prntvpt::ProviderCall& call = made.call;
         const auto thread = threads.try_emplace(call.thread, threads.size() + 1).first->second;
@@ -205,7 +211,7 @@ Json WriteCalls(const std::vector<MadeCall>& calls) {
 }
 
 // What the simulated provider was, null for the system's and after a crash.
-Json WriteProvider(const RunResult& result) {
+OrderedJson WriteProvider(const RunResult& result) {
     if (!result.provider || !result.provider->configuration) return nullptr;
     const prntvpt::ProviderConfiguration& configuration = *result.provider->configuration;
     return {{"printers", configuration.printers},
@@ -220,9 +226,9 @@ std::size_t CountPages(const RunResult& result) {
 }
 
 // Where the time of the run went.
-Json WriteTimes(const std::optional<RunTimes>& times) {
+OrderedJson WriteTimes(const std::optional<RunTimes>& times) {
     if (!times) return nullptr;
-    Json filters = Json::array();
+    OrderedJson filters = OrderedJson::array();
     for (const FilterTimes& each : times->filters) {
         filters.push_back({{"name", each.name},
                            {"filter", each.filter},
@@ -235,28 +241,28 @@ Json WriteTimes(const std::optional<RunTimes>& times) {
 
 std::string Head(const RunSettings& settings) {
     const HostSettings& host = settings.host;
-    const Json head = {{"version", kVersion},
-                       {"host", VersionText()},
-                       {"filters", WriteFilters(host)},
-                       {"device",
-                        {{"name", host.device},
-                         {"folder", common::PathText(FindDeviceFolder(host.device))},
-                         {"printer", host.printer}}},
-                       {"switches", WriteSwitches(settings)}};
+    const OrderedJson head = {{"version", kVersion},
+                              {"host", VersionText()},
+                              {"filters", WriteFilters(host)},
+                              {"device",
+                               {{"name", host.device},
+                                {"folder", common::PathText(FindDeviceFolder(host.device))},
+                                {"printer", host.printer}}},
+                              {"switches", WriteSwitches(settings)}};
     return Layout(head, "  ") + ",\n  \"inputs\": [";
 }
 
 }  // namespace
 
 std::string WriteResult(const RunResult& result) {
-    Json json;
+    OrderedJson json;
     json["input"] = result.input;
     json["output"] = result.output;
     json["status"] = static_cast<int>(result.status);
     json["pages_in"] = result.inputPages;
     json["pages_out"] = CountPages(result);
     json["parts_in"] = result.inputParts;
-    json["bytes_out"] = result.end ? Json(result.end->bytes) : Json();
+    json["bytes_out"] = result.end ? OrderedJson(result.end->bytes) : OrderedJson();
     json["breaches"] = WriteComplaints(result.breaches, "breach");
     json["findings"] = WriteComplaints(result.findings, "finding");
     json["errors"] = result.errors;
@@ -275,7 +281,7 @@ std::string WriteResult(const RunResult& result) {
 }
 
 Report::Report(std::filesystem::path path, const RunSettings& settings)
-    : m_file(std::move(path), "--json", Head(settings), kEnd) {}
+    : m_file(std::move(path), "--json", Head(settings), kReportEnd) {}
 
 void Report::Add(const RunResult& result) {
     m_file.Add(std::string(m_isEmpty ? "\n    " : ",\n    ") + WriteResult(result));

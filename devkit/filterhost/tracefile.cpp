@@ -7,10 +7,10 @@
 namespace devkit::filterhost {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 // The event that gives a process or a thread its name.
-Json NameOf(const char* what, std::size_t row, std::uint32_t thread, const std::string& name) {
+OrderedJson NameOf(const char* what, std::size_t row, std::uint32_t thread, const std::string& name) {
     return {{"name", what}, {"ph", "M"}, {"pid", row}, {"tid", thread}, {"args", {{"name", name}}}};
 }
 
@@ -21,7 +21,7 @@ TraceFile::TraceFile(std::filesystem::path path)
 
 void TraceFile::Name(std::size_t row, const std::string& input) {
     const std::lock_guard guard(m_lock);
-    Write(NameOf("process_name", row, 0, input).dump(-1, ' ', false, Json::error_handler_t::replace));
+    Write(NameOf("process_name", row, 0, input).dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
 }
 
 void TraceFile::Take(std::size_t row, const Event& event) {
@@ -33,13 +33,13 @@ void TraceFile::Take(std::size_t row, const Event& event) {
     if (pCrashed == nullptr) return;
     const std::lock_guard guard(m_lock);
     // Where the run stood is on the rows of its threads; which of them ended it is not known.
-    const Json instant{{"name", TextOf(pCrashed->crash)},
-                       {"ph", "i"},
-                       {"s", "p"},
-                       {"ts", MicrosecondsOf(pipeline::SpanClockNow().count())},
-                       {"pid", row},
-                       {"tid", 0}};
-    Write(instant.dump(-1, ' ', false, Json::error_handler_t::replace));
+    const OrderedJson instant{{"name", TextOf(pCrashed->crash)},
+                              {"ph", "i"},
+                              {"s", "p"},
+                              {"ts", MicrosecondsOf(pipeline::SpanClockNow().count())},
+                              {"pid", row},
+                              {"tid", 0}};
+    Write(instant.dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
 }
 
 void TraceFile::TakeMoment(std::size_t row, const TraceMoment& moment) {
@@ -47,14 +47,14 @@ void TraceFile::TakeMoment(std::size_t row, const TraceMoment& moment) {
     if (moment.kind == TraceMoment::Thread) {
         m_named.insert(line);
         Write(NameOf("thread_name", row, moment.thread, moment.name)
-                  .dump(-1, ' ', false, Json::error_handler_t::replace));
+                  .dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
         return;
     }
     if (m_named.insert(line).second) {
         Write(NameOf("thread_name", row, moment.thread, "a thread of the filter's own").dump());
     }
     std::vector<std::string>& open = m_open[line];
-    Json json{{"name", moment.name}};
+    OrderedJson json{{"name", moment.name}};
     if (moment.kind == TraceMoment::Begin) open.push_back(moment.name);
     if (moment.kind == TraceMoment::End && !open.empty()) {
         // Some viewers go by the name.
@@ -73,7 +73,7 @@ void TraceFile::TakeMoment(std::size_t row, const TraceMoment& moment) {
     json["tid"] = moment.thread;
     if (!moment.detail.empty()) json["args"]["of"] = moment.detail;
     if (moment.own != 0) json["args"]["own"] = static_cast<double>(moment.own) / 1000;
-    Write(json.dump(-1, ' ', false, Json::error_handler_t::replace));
+    Write(json.dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
 }
 
 void TraceFile::End(std::size_t row) {
@@ -82,8 +82,9 @@ void TraceFile::End(std::size_t row) {
     for (auto& [line, open] : m_open) {
         if (line.first != row) continue;
         for (; !open.empty(); open.pop_back()) {
-            Write(Json{{"name", open.back()}, {"ph", "E"}, {"ts", now}, {"pid", row}, {"tid", line.second}}
-                      .dump(-1, ' ', false, Json::error_handler_t::replace));
+            Write(OrderedJson{
+                {"name", open.back()}, {"ph", "E"}, {"ts", now}, {"pid", row}, {"tid", line.second}}
+                      .dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
         }
     }
 }

@@ -106,12 +106,12 @@ void RepeatElement(const Markup& markup) {
 }
 
 void RenameElement(const Markup& markup) {
-    static constexpr std::array kNames{"FixedPage"sv, "Canvas"sv,   "Path"sv,    "x:a"sv,
-                                       "xmlns"sv,     "a:b:c"sv,    "Feature"sv, "PrintTicket"sv,
-                                       "1a"sv,        "\xC3\xA9"sv, ""sv};
+    static constexpr std::array kElements{"FixedPage"sv, "Canvas"sv,   "Path"sv,    "x:a"sv,
+                                          "xmlns"sv,     "a:b:c"sv,    "Feature"sv, "PrintTicket"sv,
+                                          "1a"sv,        "\xC3\xA9"sv, ""sv};
     const auto* const p = markup.Tag();
     if (p == nullptr) return;
-    const std::string name(markup.Chance().Pick(kNames));
+    const std::string name(markup.Chance().Pick(kElements));
     const std::string before = At(markup.Text(), p->name);
     // With its end tag, or without.
     const std::string endTag = "</" + before + ">";
@@ -153,11 +153,11 @@ void SetText(const Markup& markup) {
 }
 
 void RenameAttribute(const Markup& markup) {
-    static constexpr std::array kNames{"Width"sv,   "Height"sv,          "name"sv, "xmlns"sv,
-                                       "xmlns:x"sv, "xmlns:"sv,          "x:a"sv,  "xml:lang"sv,
-                                       "a:b:c"sv,   "RenderTransform"sv, "1"sv};
+    static constexpr std::array kAttributes{"Width"sv,   "Height"sv,          "name"sv, "xmlns"sv,
+                                            "xmlns:x"sv, "xmlns:"sv,          "x:a"sv,  "xml:lang"sv,
+                                            "a:b:c"sv,   "RenderTransform"sv, "1"sv};
     if (const auto* const p = markup.Attribute())
-        Replace(markup.Text(), p->name, markup.Chance().Pick(kNames));
+        Replace(markup.Text(), p->name, markup.Chance().Pick(kAttributes));
 }
 
 void AddAttributes(const Markup& markup) {

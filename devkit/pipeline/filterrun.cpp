@@ -16,8 +16,16 @@ using Clock = std::chrono::steady_clock;
 // How often the pipeline looks whether a filter has ended a thread of its.
 constexpr std::chrono::milliseconds kThreadWatch{200};
 
+void Append(WritableBytes& target, const std::string& bytes) {
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    for (std::size_t at = 0; at < bytes.size(); at += kPiece)
+        target.Append(bytes.data() + at, std::min(kPiece, bytes.size() - at));
+}
+
+}  // namespace
+
 // What goes from one stage to the next.
-struct Link {
+struct FilterRun::Link {
     // Of what the next stage reads.
     std::shared_ptr<PartChannel> parts;
     std::shared_ptr<ByteChannel> bytes;
@@ -33,14 +41,6 @@ struct Link {
         if (bytes != nullptr) bytes->Abandon();
     }
 };
-
-void Append(WritableBytes& target, const std::string& bytes) {
-    constexpr std::size_t kPiece = std::size_t{1} << 20;
-    for (std::size_t at = 0; at < bytes.size(); at += kPiece)
-        target.Append(bytes.data() + at, std::min(kPiece, bytes.size() - at));
-}
-
-}  // namespace
 
 // What the calling thread and the pipeline threads share. A thread that hangs keeps it alive.
 struct FilterRun::State : std::enable_shared_from_this<FilterRun::State> {

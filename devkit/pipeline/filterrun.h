@@ -62,6 +62,7 @@ class FilterRun {
     [[nodiscard]] std::string LastPart() const;
 
   private:
+    struct Link;
     struct State;
     std::shared_ptr<State> m_state;
 };

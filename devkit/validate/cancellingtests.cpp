@@ -44,21 +44,21 @@ std::function<void(Trial&)> CancelledAtEachPart(std::vector<std::string> switche
     };
 }
 
-constexpr std::string_view kAdvice =
+constexpr std::string_view kCancellingAdvice =
     "set a flag in ShutdownOperation, return at once, and look at the flag between parts";
 
 }  // namespace
 
 std::vector<Test> CancellingTests() {
     return {
-        {"cancelled", 6, "a job that is cancelled at any part ends, and leaves nothing behind", kAdvice,
-         CancelledAtEachPart({}, true)},
-        {"cancelled-parts-end", 6, "a cancelled job may look as if the document had ended", kAdvice,
+        {"cancelled", 6, "a job that is cancelled at any part ends, and leaves nothing behind",
+         kCancellingAdvice, CancelledAtEachPart({}, true)},
+        {"cancelled-parts-end", 6, "a cancelled job may look as if the document had ended", kCancellingAdvice,
          CancelledAtEachPart({"after-cancel=end"}, false)},
         {"cancelled-parts-go-on", 6, "parts may keep coming after a cancellation, and sending them fail",
-         kAdvice, CancelledAtEachPart({"after-cancel=continue"}, false)},
-        {"cancelled-meanwhile", 6, "ShutdownOperation may come while StartOperation is at work", kAdvice,
-         CancelledAtEachPart({"cancel=concurrent"}, true)},
+         kCancellingAdvice, CancelledAtEachPart({"after-cancel=continue"}, false)},
+        {"cancelled-meanwhile", 6, "ShutdownOperation may come while StartOperation is at work",
+         kCancellingAdvice, CancelledAtEachPart({"cancel=concurrent"}, true)},
     };
 }
 

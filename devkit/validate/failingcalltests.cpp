@@ -212,7 +212,7 @@ void ProviderFails(Trial& trial) {
     }
 }
 
-constexpr std::string_view kAdvice =
+constexpr std::string_view kFailingCallAdvice =
     "look at every code; on a failure close what is open, CloseSender, RequestShutdown with the code and "
     "return it";
 
@@ -220,14 +220,14 @@ constexpr std::string_view kAdvice =
 
 std::vector<Test> FailingCallTests() {
     return {
-        {"each-call-fails-once", 7, "whichever call of the pipeline fails, the filter ends decently", kAdvice,
-         EachCallFails(false)},
+        {"each-call-fails-once", 7, "whichever call of the pipeline fails, the filter ends decently",
+         kFailingCallAdvice, EachCallFails(false)},
         {"each-call-fails-for-good", 7, "from whichever call on the pipeline fails, the filter ends decently",
-         kAdvice, EachCallFails(true)},
+         kFailingCallAdvice, EachCallFails(true)},
         {"each-interface-refused", 7, "whichever interface a part does not have, the filter ends decently",
-         kAdvice, EachInterfaceRefused},
+         kFailingCallAdvice, EachInterfaceRefused},
         {"ticket-provider-fails", 7, "whichever call of the ticket provider fails, the filter ends decently",
-         kAdvice, ProviderFails},
+         kFailingCallAdvice, ProviderFails},
     };
 }
 

@@ -14,7 +14,7 @@
 namespace devkit::validate {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 constexpr const char* kPassed = "passed";
 constexpr const char* kFailed = "failed";
@@ -33,24 +33,24 @@ const char* NameOf(Verdict verdict) {
     return kSkipped;
 }
 
-Json ToJson(const Failure& failure) {
-    Json json{{"run", failure.run}, {"text", failure.text}};
-    json["part"] = failure.part.empty() ? Json() : Json(failure.part);
-    json["call"] = failure.call.empty() ? Json() : Json(failure.call);
+OrderedJson ToJson(const Failure& failure) {
+    OrderedJson json{{"run", failure.run}, {"text", failure.text}};
+    json["part"] = failure.part.empty() ? OrderedJson() : OrderedJson(failure.part);
+    json["call"] = failure.call.empty() ? OrderedJson() : OrderedJson(failure.call);
     json["advice"] = failure.advice;
     return json;
 }
 
-Json ToJson(const TestResult& result) {
-    Json json{{"name", result.pTest->name},
-              {"level", result.pTest->level},
-              {"claim", result.pTest->claim},
-              {"result", NameOf(result.verdict)}};
-    json["reason"] = result.verdict == Verdict::Skipped ? Json(result.reason) : Json();
+OrderedJson ToJson(const TestResult& result) {
+    OrderedJson json{{"name", result.pTest->name},
+                     {"level", result.pTest->level},
+                     {"claim", result.pTest->claim},
+                     {"result", NameOf(result.verdict)}};
+    json["reason"] = result.verdict == Verdict::Skipped ? OrderedJson(result.reason) : OrderedJson();
     json["seconds"] = result.seconds;
     json["runs"] = result.cases;
     json["failure_count"] = result.failureCount;
-    json["failures"] = Json::array();
+    json["failures"] = OrderedJson::array();
     for (const Failure& failure : result.failures) json["failures"].push_back(ToJson(failure));
     return json;
 }
@@ -87,26 +87,26 @@ void WriteTestCase(common::XmlWriter& xml, const TestResult& result, const std::
 std::string WriteJson(const filterhost::ValidateSettings& settings, const std::vector<TestResult>& results) {
     Tally tally;
     for (const TestResult& result : results) tally.Add(result);
-    Json json{{"version", 1},
-              {"host", filterhost::VersionText()},
-              {"level", settings.level},
-              {"seed", settings.seed}};
+    OrderedJson json{{"version", 1},
+                     {"host", filterhost::VersionText()},
+                     {"level", settings.level},
+                     {"seed", settings.seed}};
     json["repeat"] = settings.repeat;
-    json["cases"] = settings.cases == 0 ? Json() : Json(settings.cases);
-    json["filters"] = Json::array();
+    json["cases"] = settings.cases == 0 ? OrderedJson() : OrderedJson(settings.cases);
+    json["filters"] = OrderedJson::array();
     for (const filterhost::FilterSettings& filter : settings.host.filters) {
         json["filters"].push_back(
             {{"path", common::PathText(filter.dll)}, {"clsid", common::TextOf(filter.clsid)}});
     }
-    json["documents"] = Json::array();
+    json["documents"] = OrderedJson::array();
     for (const auto& document : settings.documents) json["documents"].push_back(common::PathText(document));
     json["passed"] = tally.passed;
     json["failed"] = tally.failed;
     json["skipped"] = tally.skipped;
     json["status"] = tally.Status();
-    json["tests"] = Json::array();
+    json["tests"] = OrderedJson::array();
     for (const TestResult& result : results) json["tests"].push_back(ToJson(result));
-    return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return json.dump(1, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }
 
 std::string WriteJunit(const filterhost::ValidateSettings& settings, const std::vector<TestResult>& results) {
@@ -141,8 +141,8 @@ std::set<std::string, std::less<>> ReadFailed(const std::filesystem::path& json)
     constexpr const char* kOption = "--only-failed";
     std::set<std::string, std::less<>> failed;
     try {
-        const Json report = Json::parse(filterhost::ReadFile(json, kOption));
-        for (const Json& test : report.at("tests"))
+        const OrderedJson report = OrderedJson::parse(filterhost::ReadFile(json, kOption));
+        for (const OrderedJson& test : report.at("tests"))
             if (test.at("result") == kFailed) failed.insert(test.at("name").get<std::string>());
     } catch (const nlohmann::json::exception&) {
         throw filterhost::UsageError(std::string(kOption) + ": " + common::PathText(json) +

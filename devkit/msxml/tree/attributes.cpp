@@ -11,7 +11,7 @@ namespace devkit::msxml {
 
 namespace {
 
-void Require(bool agrees) {
+void RequireAgreement(bool agrees) {
     if (!agrees) throw Refused{XmlPrefixConflict};
 }
 
@@ -24,23 +24,23 @@ void CheckDeclaration(const Node& element, const Name& declaration, std::wstring
     const std::wstring_view prefix = declaration.DeclaredPrefix();
     if (value.empty()) return;
     const bool isFreeElement = prefix.empty() && element.GetName()->Uri().empty();
-    Require(isFreeElement || Agrees(*element.GetName(), prefix, value));
+    RequireAgreement(isFreeElement || Agrees(*element.GetName(), prefix, value));
     if (prefix.empty()) return;  // an attribute without a prefix is in no namespace
     for (const Node* pOther = element.Attributes().pFirst; pOther != nullptr; pOther = pOther->Next()) {
-        Require(Agrees(*pOther->GetName(), prefix, value));
+        RequireAgreement(Agrees(*pOther->GetName(), prefix, value));
     }
 }
 
 // A prefixed attribute comes: the element's name, its attributes and its declarations must not say otherwise.
 void CheckUse(const Node& element, const Name& name) {
     const std::wstring_view prefix = name.Prefix();
-    Require(Agrees(*element.GetName(), prefix, name.Uri()));
+    RequireAgreement(Agrees(*element.GetName(), prefix, name.Uri()));
     for (const Node* pOther = element.Attributes().pFirst; pOther != nullptr; pOther = pOther->Next()) {
         const Name& other = *pOther->GetName();
-        Require(Agrees(other, prefix, name.Uri()));
+        RequireAgreement(Agrees(other, prefix, name.Uri()));
         if (!other.IsDeclaration() || other.DeclaredPrefix() != prefix) continue;
         const std::wstring value = RawText(*pOther);
-        Require(value.empty() || value == name.Uri());
+        RequireAgreement(value.empty() || value == name.Uri());
     }
 }
 

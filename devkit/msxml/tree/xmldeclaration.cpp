@@ -14,7 +14,7 @@ constexpr std::wstring_view kLetters = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLM
 constexpr std::wstring_view kEncodingCharacters =
     L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-";
 
-void Require(bool holds) {
+void RequireSyntax(bool holds) {
     if (!holds) throw Refused{XmlBadDeclaration};
 }
 
@@ -27,15 +27,15 @@ std::wstring TakeAttribute(std::wstring_view& rest, std::wstring_view name) {
     if (!rest.starts_with(name)) return {};
     rest.remove_prefix(name.size());
     SkipSpace(rest);
-    Require(rest.starts_with(L'='));
+    RequireSyntax(rest.starts_with(L'='));
     rest.remove_prefix(1);
     SkipSpace(rest);
-    Require(rest.starts_with(L'"') || rest.starts_with(L'\''));
+    RequireSyntax(rest.starts_with(L'"') || rest.starts_with(L'\''));
     const std::size_t end = rest.find(rest.front(), 1);
-    Require(end != std::wstring_view::npos && end > 1);
+    RequireSyntax(end != std::wstring_view::npos && end > 1);
     std::wstring value(rest.substr(1, end - 1));
     rest.remove_prefix(end + 1);
-    Require(rest.empty() || kSpace.find(rest.front()) != std::wstring_view::npos);
+    RequireSyntax(rest.empty() || kSpace.find(rest.front()) != std::wstring_view::npos);
     SkipSpace(rest);
     return value;
 }
@@ -49,7 +49,7 @@ XmlDeclaration ParseXmlDeclaration(std::wstring_view data) {
         declaration.*pItem = TakeAttribute(rest, name);
         CheckDeclarationItem(name, declaration.*pItem);
     }
-    Require(!declaration.version.empty() && rest.empty());
+    RequireSyntax(!declaration.version.empty() && rest.empty());
     return declaration;
 }
 
@@ -58,10 +58,10 @@ void CheckDeclarationItem(std::wstring_view name, std::wstring_view value) {
                                            [name](const auto& item) { return item.first == name; });
     if (pItem == kDeclarationItems.end()) throw Refused{XmlNotAllowed};
     if (value.empty()) return;
-    if (name == L"version") return Require(value == L"1.0");
-    if (name == L"standalone") return Require(value == L"yes" || value == L"no");
-    Require(kLetters.find(value.front()) != std::wstring_view::npos);
-    Require(value.find_first_not_of(kEncodingCharacters) == std::wstring_view::npos);
+    if (name == L"version") return RequireSyntax(value == L"1.0");
+    if (name == L"standalone") return RequireSyntax(value == L"yes" || value == L"no");
+    RequireSyntax(kLetters.find(value.front()) != std::wstring_view::npos);
+    RequireSyntax(value.find_first_not_of(kEncodingCharacters) == std::wstring_view::npos);
 }
 
 std::wstring Format(const XmlDeclaration& declaration) {

@@ -11,10 +11,6 @@ namespace devkit::msxml {
 
 namespace {
 
-const xmlChar* Chars(const std::string& text) noexcept {
-    return reinterpret_cast<const xmlChar*>(text.c_str());
-}
-
 template <typename Object>
 Object* Checked(Object* pObject) {
     if (pObject == nullptr) throw std::bad_alloc();

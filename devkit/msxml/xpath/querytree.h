@@ -11,6 +11,11 @@
 
 namespace devkit::msxml {
 
+// UTF-8 as the XML library takes it.
+[[nodiscard]] inline const xmlChar* Chars(const std::string& text) noexcept {
+    return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
 // A copy of a tree in the form that the XML library's XPath works on. It is good until the document changes.
 class QueryTree {
   public:

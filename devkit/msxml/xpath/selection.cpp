@@ -25,10 +25,6 @@ struct LibraryFree {
 template <typename Object>
 using Owned = std::unique_ptr<Object, LibraryFree>;
 
-const xmlChar* Chars(const std::string& text) noexcept {
-    return reinterpret_cast<const xmlChar*>(text.c_str());
-}
-
 void IgnoreError(void*, xmlErrorPtr) {}
 void IgnoreMessage(void*, const char*, ...) {}
 
