@@ -9,13 +9,17 @@ namespace {
 // The tickets that were made, by their scopes and parts.
 class Tickets {
   public:
-    explicit Tickets(const std::vector<MadeCall>& calls) {
+    explicit Tickets(const common::RecordList<MadeCall>& calls) {
         for (const MadeCall& made : calls) {
             const bool isMerge =
                 made.call.function == "PTMergeAndValidatePrintTicket" && SUCCEEDED(made.call.result);
             if (!isMerge || !made.call.scope) continue;
-            const auto [entry, isFirst] = m_tickets.emplace(*made.call.scope + " " + made.part, &made);
-            if (!isFirst) entry->second = nullptr;
+            const auto [entry, isFirst] = m_tickets.try_emplace(*made.call.scope + " " + made.part);
+            if (isFirst) {
+                entry->second = Only{{made.delta, made.output}, made.call.facts};
+            } else {
+                entry->second.reset();
+            }
         }
     }
 
@@ -25,21 +29,26 @@ class Tickets {
         EffectiveTicket ticket;
         if (!part.ticketBefore) {
             ticket = inherited;
-            ticket.pMade = nullptr;
+            ticket.made.reset();
             return ticket;
         }
         const auto entry = m_tickets.find(scope + " " + part.kind + " " + part.name);
-        if (entry == m_tickets.end() || entry->second == nullptr) return ticket;
-        ticket.pMade = entry->second;
-        ticket.inForce = ticket.pMade->output;
-        ticket.facts = ticket.pMade->call.facts;
+        if (entry == m_tickets.end() || !entry->second) return ticket;
+        ticket.made = entry->second->made;
+        ticket.inForce = ticket.made->made;
+        ticket.facts = entry->second->facts;
         if (!ticket.facts.mediaSize) ticket.facts.mediaSize = inherited.facts.mediaSize;
         if (!ticket.facts.feedDirection) ticket.facts.feedDirection = inherited.facts.feedDirection;
         return ticket;
     }
 
   private:
-    std::unordered_map<std::string, const MadeCall*> m_tickets;  // null: several were made
+    struct Only {
+        EffectiveTicket::Made made;
+        printschema::TicketFacts facts;
+    };
+
+    std::unordered_map<std::string, std::optional<Only>> m_tickets;  // unset: several were made
 };
 
 }  // namespace

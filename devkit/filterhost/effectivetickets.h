@@ -14,13 +14,16 @@ struct EffectiveTicket {
     printschema::TicketFacts facts;
     // The ticket that holds, in the texts of the result: that of the part, else of the nearest around it.
     std::optional<TextId> inForce;
-    // The call that made the part's, null where there was none.
-    const MadeCall* pMade = nullptr;
+    // Of the call that made the part's, unset where there was none.
+    struct Made {
+        std::optional<TextId> asked;
+        std::optional<TextId> made;
+    };
+    std::optional<Made> made;
 };
 
 // For each of the parts, in their order. Nothing is said where a part with a ticket had none made for its
 // scope, or more than one, nor where there was no simulated provider; of a filter that called none no facts.
-// Points into the result.
 [[nodiscard]] std::vector<EffectiveTicket> EffectiveTickets(const RunResult& result);
 
 }  // namespace devkit::filterhost

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "devkit/common/record.h"
 #include "devkit/filterhost/texttable.h"
 #include "devkit/pipeline/part.h"
 #include "devkit/printschema/summary.h"
@@ -42,6 +43,17 @@ struct PartFacts {
     std::optional<TextId> newTicket{};
     std::optional<PageFacts> page{};  // of a FixedPage
 };
+
+template <typename Visit>
+void RecordFields(Visit& visit, common::MaybeConst<PageFacts> auto& page) {
+    visit(page.before, page.after, page.bytesBefore, page.bytesAfter, page.rewritten, page.turned,
+          page.ticketReplaced, page.newTicket, page.malformed);
+}
+template <typename Visit>
+void RecordFields(Visit& visit, common::MaybeConst<PartFacts> auto& part) {
+    visit(part.kind, part.name, part.ticketBefore, part.ticketAfter, part.ownTicket, part.newTicket,
+          part.page);
+}
 
 // The texts of a part's tickets.
 struct TicketTexts {

@@ -170,25 +170,26 @@ void AddPage(OrderedJson& json, const PartFacts& part, const EffectiveTicket& ti
 OrderedJson WriteParts(const RunResult& result) {
     const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
     OrderedJson parts = OrderedJson::array();
-    for (std::size_t i = 0; i < result.parts.size(); ++i) {
-        const PartFacts& part = result.parts[i];
-        const MadeCall* const pMade = tickets[i].pMade;
+    auto ticket = tickets.begin();
+    for (const PartFacts& part : result.parts) {
+        const std::optional<EffectiveTicket::Made>& made = ticket->made;
         OrderedJson& json = parts.emplace_back();
         json["kind"] = part.kind;
         json["uri"] = OrNull(part.name);
         json["ticket_in"] = part.ticketBefore;
         json["ticket_out"] = part.ticketAfter;
         json["tickets"] = {{"own", part.ownTicket},
-                           {"asked", pMade == nullptr ? OrderedJson() : OrderedJson(pMade->delta)},
-                           {"made", pMade == nullptr ? OrderedJson() : OrderedJson(pMade->output)},
-                           {"in_force", tickets[i].inForce},
+                           {"asked", made ? OrderedJson(made->asked) : OrderedJson()},
+                           {"made", made ? OrderedJson(made->made) : OrderedJson()},
+                           {"in_force", ticket->inForce},
                            {"new", part.newTicket}};
-        if (part.page) AddPage(json, part, tickets[i]);
+        if (part.page) AddPage(json, part, *ticket);
+        ++ticket;
     }
     return parts;
 }
 
-OrderedJson WriteCalls(const std::vector<MadeCall>& calls) {
+OrderedJson WriteCalls(const common::RecordList<MadeCall>& calls) {
     // By their first calls: no two runs have the system's numbers in common.
     std::map<std::uint32_t, std::size_t> threads;
     OrderedJson list = OrderedJson::array();

@@ -109,15 +109,17 @@ struct Applier {
     void operator()(const events::PartAsked& event) const { result.asked = event.number; }
     void operator()(const events::PartGiven& event) const { result.given.push_back(event.part); }
     void operator()(const events::PartSent& event) const {
-        PartFacts& part = result.parts.emplace_back(event.part);
+        PartFacts part = event.part;
         part.ownTicket = result.texts.Add(event.tickets.own);
         part.newTicket = result.texts.Add(event.tickets.replacement);
+        result.parts.push_back(std::move(part));
     }
     void operator()(const events::ProviderCalled& event) const {
-        MadeCall& made = result.providerCalls.emplace_back(event.made);
+        MadeCall made = event.made;
         made.base = result.texts.Add(std::exchange(made.call.base, std::nullopt));
         made.delta = result.texts.Add(std::exchange(made.call.delta, std::nullopt));
         made.output = result.texts.Add(std::exchange(made.call.output, std::nullopt));
+        result.providerCalls.push_back(std::move(made));
     }
     void operator()(const events::Breached& event) const { result.breaches.push_back(Here(event)); }
     void operator()(const events::InputFailed& event) const { result.inputFailures.push_back(event.text); }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "devkit/common/checks.h"
+#include "devkit/common/recordlist.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/pagefacts.h"
 #include "devkit/filterhost/texttable.h"
@@ -81,6 +82,11 @@ struct MadeCall {
     std::optional<TextId> output{};
 };
 
+template <typename Visit>
+void RecordFields(Visit& visit, common::MaybeConst<MadeCall> auto& made) {
+    visit(made.call, made.part, made.base, made.delta, made.output);
+}
+
 // Where the time of StartOperation of one filter went, in seconds. What threads of its own do is not in it,
 // but for the time that StartOperation waits for them. In a chain the pipeline's time is also that of waiting
 // for the filter before and the one behind.
@@ -103,7 +109,8 @@ struct RunTimes {
     [[nodiscard]] double Rest() const noexcept;
 };
 
-// What became of one input of `filterhost run`.
+// What became of one input of `filterhost run`. What there is of each part and each call is not kept in
+// memory: a job may have any number of pages.
 struct RunResult {
     std::string input;
     std::optional<std::string> output;  // set when it was written
@@ -115,14 +122,14 @@ struct RunResult {
     std::optional<TextId> userTicketText;
     TextTable texts;                         // of tickets, where they are recorded
     unsigned asked = 0;                      // parts that the filter asked for
-    std::vector<std::string> given;          // parts that it was given: "FixedPage /1.fpage"
+    common::RecordList<std::string> given;   // parts that it was given: "FixedPage /1.fpage"
     std::vector<std::string> underWay;       // calls of the filter that have not come back, the last one last
-    std::vector<PartFacts> parts;            // in sending order
+    common::RecordList<PartFacts> parts;     // in sending order
     std::vector<Problem> breaches;           // of the pipeline's rules, then of the ticket provider's
     std::vector<std::string> inputFailures;  // parts of the input that cannot be read
     std::vector<Problem> findings;           // what is odd about the input or the pages, but breaks no rule
     std::vector<std::string> missing;        // what the filter asked for and the job does not have
-    std::vector<MadeCall> providerCalls;
+    common::RecordList<MadeCall> providerCalls;
     std::optional<prntvpt::ProviderReport> provider;  // set when the run ended; without the calls
     std::optional<RunEnd> end;  // unset when the filter was not run, or ended the process
     std::optional<Crash> crash;

@@ -27,13 +27,14 @@ std::string PageLines(const RunResult& result) {
     const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
     std::string lines;
     std::size_t number = 0;
-    for (std::size_t i = 0; i < result.parts.size(); ++i) {
-        const PartFacts& part = result.parts[i];
+    auto ticket = tickets.begin();
+    for (const PartFacts& part : result.parts) {
+        const EffectiveTicket& effective = *ticket++;
         if (part.kind != "FixedPage") continue;
         ++number;
         if (!part.page) continue;
         lines += "  page " + std::to_string(number) + " " + part.name + ": " +
-                 DecisionText(part, tickets[i].facts) + "\n";
+                 DecisionText(part, effective.facts) + "\n";
     }
     return lines;
 }
@@ -50,8 +51,7 @@ std::string StateOf(const RunResult& result) {
 std::string RunLine(const RunResult& result) {
     std::string line = result.input + " -> " + result.output.value_or("nothing written");
     if (!result.end && !result.crash) return line + ": not run\n";
-    const auto pages = std::count_if(result.parts.begin(), result.parts.end(),
-                                     [](const PartFacts& part) { return part.kind == "FixedPage"; });
+    const auto pages = std::ranges::count(result.parts, std::string("FixedPage"), &PartFacts::kind);
     if (result.end && result.end->bytes)
         return line + ": " + Counted(*result.end->bytes, "byte") + ", " + StateOf(result) + "\n";
     return line + ": " + Counted(result.parts.size(), "part") + ", " +
@@ -132,8 +132,10 @@ std::string PartsLine(const RunResult& result) {
     if (!result.end || result.crash || FAILED(result.end->result) || result.end->cancelled) return {};
     // A filter of streams has no parts.
     if (result.given.empty() || result.end->bytes) return {};
-    std::vector<std::string> given = result.given;
-    std::erase(given, kEndOfParts);
+    std::vector<std::string> given;
+    for (const std::string& title : result.given) {
+        if (title != kEndOfParts) given.push_back(title);
+    }
     std::vector<std::string> sent;
     for (const PartFacts& part : result.parts) sent.push_back(TitleOf(part));
     const bool isRead = given.size() == result.inputParts;

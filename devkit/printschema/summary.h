@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "devkit/common/record.h"
 #include "devkit/printschema/reader.h"
 
 namespace devkit::printschema {
@@ -37,6 +38,10 @@ struct TicketFacts {
 
     friend bool operator==(const TicketFacts&, const TicketFacts&) = default;
 };
+template <typename Visit>
+void RecordFields(Visit& visit, common::MaybeConst<TicketFacts> auto& facts) {
+    visit(facts.mediaSize, facts.feedDirection);
+}
 [[nodiscard]] TicketFacts FactsOf(const Element& ticket);
 // Nothing is set for bytes that are no print ticket.
 [[nodiscard]] TicketFacts ReadFacts(std::string_view ticket);

@@ -49,8 +49,10 @@ void ExpectWhole(const RunResult& result) {
 }
 
 std::vector<std::string> PartsGiven(const RunResult& result) {
-    std::vector<std::string> parts = result.given;
-    std::erase(parts, kEndOfParts);
+    std::vector<std::string> parts;
+    for (const std::string& part : result.given) {
+        if (part != kEndOfParts) parts.push_back(part);
+    }
     return parts;
 }
 
@@ -95,9 +97,12 @@ bool IsIdle(const RunResult& result) {
 }
 
 std::optional<std::string> DifferenceFrom(const RunResult& expected, const RunResult& actual) {
-    for (std::size_t i = 0; i < std::min(expected.parts.size(), actual.parts.size()); ++i) {
-        const std::string before = DoneTo(expected.parts[i]);
-        const std::string now = DoneTo(actual.parts[i]);
+    auto expectedPart = expected.parts.begin();
+    auto actualPart = actual.parts.begin();
+    for (; expectedPart != expected.parts.end() && actualPart != actual.parts.end();
+         ++expectedPart, ++actualPart) {
+        const std::string before = DoneTo(*expectedPart);
+        const std::string now = DoneTo(*actualPart);
         if (before != now) return "what is sent is " + now + " instead of " + before;
     }
     if (actual.parts.size() == expected.parts.size()) return std::nullopt;

@@ -13,6 +13,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "devkit/common/record.h"
 #include "devkit/printschema/summary.h"
 
 namespace devkit::prntvpt {
@@ -54,6 +55,12 @@ struct ProviderCall {
 };
 void to_json(nlohmann::json& json, const ProviderCall& call);
 void from_json(const nlohmann::json& json, ProviderCall& call);
+template <typename Visit>
+void RecordFields(Visit& visit, common::MaybeConst<ProviderCall> auto& call) {
+    visit(call.sequence, call.function, call.handle, call.scope, call.thread, call.impersonating,
+          call.expectedToken, call.result, call.base, call.delta, call.output, call.facts, call.error,
+          call.twoPrefixes, call.start, call.inStreams, call.own);
+}
 
 // A rule of the provider that its caller broke, with the stop that Application Verifier has for it.
 struct ProviderBreach {

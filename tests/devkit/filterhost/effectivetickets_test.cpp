@@ -29,8 +29,8 @@ MadeCall Made(const char* part, const char* scope, const char* sheet, HRESULT re
 
 RunResult Result(const std::vector<PartFacts>& parts, const std::vector<MadeCall>& calls) {
     RunResult result;
-    result.parts = parts;
-    result.providerCalls = calls;
+    result.parts = common::RecordList(parts);
+    result.providerCalls = common::RecordList(calls);
     result.userTicket.mediaSize = "User";
     result.provider.emplace();
     return result;
@@ -94,25 +94,33 @@ TEST(EffectiveTickets, NameTheTextThatHoldsAndTheCallThatMadeIt) {
     constexpr TextId kUsers = 0;
     constexpr TextId kJobs = 1;
     constexpr TextId kPages = 2;
+    constexpr TextId kAsked = 3;
     MadeCall job = Made("FixedDocumentSequence /s", "job", "Job");
     job.output = kJobs;
     MadeCall page = Made("FixedPage /2", "page", "Page");
+    page.delta = kAsked;
     page.output = kPages;
-    RunResult result = Result({Part("XpsDocument", "", false), Sequence(true), Document("/d", false),
-                               Page("/1", false), Page("/2", true), Page("/3", true)},
-                              {job, page});
+    const std::vector<PartFacts> pages = {Document("/d", false), Page("/1", false), Page("/2", true),
+                                          Page("/3", true)};
+    std::vector<PartFacts> parts = {Part("XpsDocument", "", false), Sequence(true)};
+    parts.insert(parts.end(), pages.begin(), pages.end());
+    RunResult result = Result(parts, {job, page});
     result.userTicketText = kUsers;
     const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
     ASSERT_EQ(6U, tickets.size());
-    EXPECT_EQ(&result.providerCalls[0], tickets[1].pMade);
+    ASSERT_TRUE(tickets[1].made);
+    EXPECT_EQ(std::nullopt, tickets[1].made->asked);
+    EXPECT_EQ(kJobs, tickets[1].made->made);
     EXPECT_EQ(kJobs, tickets[1].inForce);
-    EXPECT_EQ(nullptr, tickets[3].pMade);
+    EXPECT_FALSE(tickets[3].made);
     EXPECT_EQ(kJobs, tickets[3].inForce);
-    EXPECT_EQ(&result.providerCalls[1], tickets[4].pMade);
+    ASSERT_TRUE(tickets[4].made);
+    EXPECT_EQ(kAsked, tickets[4].made->asked);
+    EXPECT_EQ(kPages, tickets[4].made->made);
     EXPECT_EQ(kPages, tickets[4].inForce);
     // It has a ticket, and none was made of it.
     EXPECT_EQ(std::nullopt, tickets[5].inForce);
-    result.parts.erase(result.parts.begin(), result.parts.begin() + 2);
+    result.parts = common::RecordList(pages);
     EXPECT_EQ(kUsers, EffectiveTickets(result).at(1).inForce);
 }
 

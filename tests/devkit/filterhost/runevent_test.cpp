@@ -51,14 +51,70 @@ TEST(RunEvents, TextsOfTicketsAreKeptOnce) {
     EXPECT_EQ(0U, result.userTicketText);
     EXPECT_EQ((Problems{{"document", "/x.png is missing, /1.fpage", "", ""}}), result.findings);
     ASSERT_EQ(1U, result.providerCalls.size());
-    const MadeCall& made = result.providerCalls[0];
+    const MadeCall& made = result.providerCalls.back();
     EXPECT_EQ(0U, made.base);
     EXPECT_EQ(1U, made.delta);
     EXPECT_EQ(2U, made.output);
     EXPECT_EQ(std::nullopt, made.call.base);
     ASSERT_EQ(1U, result.parts.size());
-    EXPECT_EQ(1U, result.parts[0].ownTicket);
-    EXPECT_EQ(3U, result.parts[0].newTicket);
+    EXPECT_EQ(1U, result.parts.back().ownTicket);
+    EXPECT_EQ(3U, result.parts.back().newTicket);
+}
+
+// The event after its part in question has been a record.
+template <typename Value>
+Value ThroughARecord(const Value& value) {
+    std::string bytes;
+    common::RecordWriter write(bytes);
+    write(value);
+    common::RecordReader read(bytes);
+    Value copy;
+    read(copy);
+    EXPECT_EQ("", read.Rest());
+    return copy;
+}
+
+// An event tells of all fields; here none may be as it is by itself, or its loss would not show.
+void ExpectAllSet(const std::string& event) {
+    for (const char* nothing : {"null", "false", "\x22\x22", ":0,", ":0}", ":0.0"})
+        EXPECT_EQ(std::string::npos, event.find(nothing)) << event;
+}
+
+TEST(RunEvents, OfACallAndAPartNothingIsLostInARecord) {
+    prntvpt::ProviderCall call = Call("PTMergeAndValidatePrintTicket", E_FAIL).made.call;
+    call.sequence = 1;
+    call.handle = 2;
+    call.scope = "page";
+    call.thread = 3;
+    call.impersonating = true;
+    call.expectedToken = true;
+    call.base = "base";
+    call.delta = "delta";
+    call.output = "output";
+    call.facts = {"ISOA4", "LongEdgeFirst"};
+    call.error = "error";
+    call.twoPrefixes = "two";
+    call.start = std::chrono::nanoseconds(4);
+    call.inStreams = std::chrono::nanoseconds(5);
+    call.own = std::chrono::nanoseconds(6);
+    MadeCall made{call, "FixedPage /1.fpage", 7, 8, 9};
+    const std::string told = WriteEvent(events::ProviderCalled{made});
+    ExpectAllSet(told);
+    const MadeCall madeCopy = ThroughARecord(made);
+    EXPECT_EQ(told, WriteEvent(events::ProviderCalled{madeCopy}));
+    EXPECT_EQ(7U, madeCopy.base);
+    EXPECT_EQ(8U, madeCopy.delta);
+    EXPECT_EQ(9U, madeCopy.output);
+
+    PartFacts part{"FixedPage", "/1.fpage", "/before.xml", "/after.xml", 1, 2, PageFacts()};
+    part.page =
+        PageFacts{PageSize{1, 2}, PageSize{3, 4}, 5, 6, true, true, true, {"ISOA4", "ShortEdgeFirst"}, "why"};
+    const std::string sent = WriteEvent(events::PartSent{part, {"own", "new"}});
+    ExpectAllSet(sent);
+    const PartFacts partCopy = ThroughARecord(part);
+    EXPECT_EQ(sent, WriteEvent(events::PartSent{partCopy, {"own", "new"}}));
+    EXPECT_EQ(1U, partCopy.ownTicket);
+    EXPECT_EQ(2U, partCopy.newTicket);
 }
 
 TEST(Conclusion, WhatTheProviderSawHasItsIds) {

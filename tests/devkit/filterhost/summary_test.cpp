@@ -7,6 +7,25 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+// The list with what `change` does to its elements.
+template <typename Element, typename Change>
+void ChangeAll(common::RecordList<Element>& list, Change&& change) {
+    std::vector<Element> elements;
+    for (const Element& each : list) elements.push_back(each);
+    change(elements);
+    list = common::RecordList<Element>(std::move(elements));
+}
+template <typename Change>
+void ChangeLastPart(RunResult& result, Change&& change) {
+    ChangeAll(result.parts, [&](std::vector<PartFacts>& parts) { change(parts.back()); });
+}
+
+MadeCall CallOf(const char* function) {
+    MadeCall made;
+    made.call.function = function;
+    return made;
+}
+
 // A run over a document of four parts that passed on all of them.
 RunResult Finished() {
     RunResult result;
@@ -20,14 +39,17 @@ RunResult Finished() {
          {"XpsDocument", "FixedDocumentSequence /s", "FixedDocument /d", "FixedPage /1.fpage"}) {
         const std::string text = title;
         const std::size_t space = text.find(' ');
-        PartFacts& part = result.parts.emplace_back();
+        PartFacts part;
         part.kind = text.substr(0, space);
         if (space != std::string::npos) part.name = text.substr(space + 1);
+        result.parts.push_back(std::move(part));
         result.given.push_back(text);
     }
-    PageFacts& page = result.parts.back().page.emplace();
-    page.before = PageSize{816, 1056};
-    page.after = page.before;
+    ChangeLastPart(result, [](PartFacts& part) {
+        PageFacts& page = part.page.emplace();
+        page.before = PageSize{816, 1056};
+        page.after = page.before;
+    });
     return result;
 }
 
@@ -73,14 +95,16 @@ TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
     RunResult result = Finished();
     result.userTicket = {"Unused", "LongEdgeFirst"};
     result.provider.emplace();
-    result.providerCalls.emplace_back().call.function = "PTOpenProvider";
-    PageFacts& page = *result.parts.back().page;
-    page.rewritten = true;
-    page.turned = true;
-    page.after = PageSize{1056.25, 816};
-    page.newTicket.mediaSize = "ISOA4";
-    page.ticketReplaced = true;
-    result.parts.back().ticketAfter = "/a\\b.xml";
+    result.providerCalls.push_back(CallOf("PTOpenProvider"));
+    ChangeLastPart(result, [](PartFacts& part) {
+        PageFacts& page = *part.page;
+        page.rewritten = true;
+        page.turned = true;
+        page.after = PageSize{1056.25, 816};
+        page.newTicket.mediaSize = "ISOA4";
+        page.ticketReplaced = true;
+        part.ticketAfter = "/a\\b.xml";
+    });
     EXPECT_EQ(
         "in.xps -> out.xps: 4 parts, 1 page, done, 0x00000000 S_OK\n"
         "  page 1 /1.fpage: 816 x 1056 -> 1056.25 x 816, feed LongEdgeFirst, turned, sheet ISOA4, new ticket "
@@ -91,14 +115,14 @@ TEST(Summary, OfAPageThatWasTurnedAndReticketed) {
 
 TEST(Summary, TellsWhatTheTicketProviderSaw) {
     RunResult result = Finished();
-    result.parts.back().page.reset();
+    ChangeLastPart(result, [](PartFacts& part) { part.page.reset(); });
     result.provider.emplace();
-    for (const char* const function :
-         {"PTMergeAndValidatePrintTicket", "PTOpenProvider", "PTMergeAndValidatePrintTicket"}) {
-        result.providerCalls.emplace_back().call.function = function;
-    }
-    result.providerCalls[0].call.impersonating = true;
-    result.providerCalls[0].call.expectedToken = true;
+    MadeCall asUser = CallOf("PTMergeAndValidatePrintTicket");
+    asUser.call.impersonating = true;
+    asUser.call.expectedToken = true;
+    result.providerCalls.push_back(asUser);
+    result.providerCalls.push_back(CallOf("PTOpenProvider"));
+    result.providerCalls.push_back(CallOf("PTMergeAndValidatePrintTicket"));
     result.provider->openHandles.resize(1);
     result.findings = {{"document", "odd"}};
     EXPECT_EQ(
@@ -111,7 +135,7 @@ TEST(Summary, TellsWhatTheTicketProviderSaw) {
 
 TEST(Summary, EndsWithWhereTheTimeWent) {
     RunResult result = Finished();
-    result.parts.back().page.reset();
+    ChangeLastPart(result, [](PartFacts& part) { part.page.reset(); });
     result.findings = {{"document", "odd"}};
     result.times = RunTimes{2.5, 2.0, {{"1 (a.dll)", 0.75, 0.5, 0.25, 0.5}}};
     const std::string start =
@@ -134,7 +158,7 @@ TEST(Summary, EndsWithWhereTheTimeWent) {
 
 TEST(Summary, TellsHowARunEnded) {
     RunResult result = Finished();
-    result.parts.resize(3);
+    ChangeAll(result.parts, [](std::vector<PartFacts>& parts) { parts.pop_back(); });
     result.output.reset();
     result.end->result = E_ABORT;
     EXPECT_EQ("in.xps -> nothing written: 3 parts, 0 pages, failed, 0x80004004 E_ABORT\n",
@@ -169,12 +193,12 @@ TEST(Summary, TellsWhatBecameOfTheParts) {
     EXPECT_EQ("", PartsLine(ended));
 
     RunResult lazy = Finished();
-    lazy.given.pop_back();
-    lazy.parts.pop_back();
+    ChangeAll(lazy.given, [](Lines& given) { given.pop_back(); });
+    ChangeAll(lazy.parts, [](std::vector<PartFacts>& parts) { parts.pop_back(); });
     EXPECT_EQ("  of 4 parts the filter read 3 and sent 3", PartsLine(lazy));
 
     RunResult dropped = Finished();
-    dropped.parts.pop_back();
+    ChangeAll(dropped.parts, [](std::vector<PartFacts>& parts) { parts.pop_back(); });
     EXPECT_EQ("  of 4 parts the filter read 4 and sent 3; dropped: FixedPage /1.fpage", PartsLine(dropped));
 
     RunResult added = Finished();
@@ -185,7 +209,7 @@ TEST(Summary, TellsWhatBecameOfTheParts) {
         PartsLine(added));
 
     RunResult swapped = Finished();
-    std::swap(swapped.parts[1], swapped.parts[2]);
+    ChangeAll(swapped.parts, [](std::vector<PartFacts>& parts) { std::swap(parts[1], parts[2]); });
     EXPECT_EQ(
         "  of 4 parts the filter read 4 and sent 4; in another order: FixedDocument /d before "
         "FixedDocumentSequence /s",
@@ -215,7 +239,7 @@ TEST(Problems, OfACrashNameCallAndPart) {
     result.underWay = {"StartOperation"};
     EXPECT_EQ(Lines{"in.xps: the filter called abort, in StartOperation, at FixedPage /1.fpage"},
               WriteProblems(result));
-    result.given.clear();
+    result.given = {};
     result.underWay.clear();
     result.crash->type = "St13runtime_error";
     result.crash->what = "no paper";
