@@ -133,10 +133,7 @@ void WriteOutput(XpsDocument& document, RunOutcome& last, const Job& job, const 
         file.WriteAt(0, last.bytes->data(), last.bytes->size());
         file.Commit();
     } else {
-        pipeline::ApplySentParts(document, last.parts);
-        // Writing takes memory for each page, and these are of no use any more.
-        last.parts.clear();
-        last.parts.shrink_to_fit();
+        pipeline::ApplySentParts(document, std::exchange(last.parts, {}));
         document.Save(*job.output);
     }
     sink(events::OutputWritten{job.outputName});

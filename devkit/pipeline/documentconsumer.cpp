@@ -64,6 +64,11 @@ std::vector<SentPart> DocumentConsumer::Sent() const {
     return m_sent;
 }
 
+std::vector<SentPart> DocumentConsumer::TakeSent() {
+    const std::lock_guard guard(m_lock);
+    return std::exchange(m_sent, {});
+}
+
 std::vector<std::string> DocumentConsumer::Unattached() const {
     const std::lock_guard guard(m_lock);
     std::vector<std::string> titles;

@@ -22,6 +22,8 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
 
     // What was sent, in order.
     [[nodiscard]] std::vector<SentPart> Sent() const;
+    // The same at the end, when nothing of it is to be kept here.
+    [[nodiscard]] std::vector<SentPart> TakeSent();
     // The parts that the filter made and did nothing with, in the order of their making.
     [[nodiscard]] std::vector<std::string> Unattached() const;
     // Whether CloseSender was called, with whatever result.

@@ -198,7 +198,7 @@ void FilterStage::Report() {
     m_outcome.asked = m_asked;
     m_outcome.finishedCount = m_control->FinishedCount();
     m_outcome.senderClosed = m_consumer ? m_consumer->IsClosed() : m_ends.written->IsClosed();
-    if (m_consumer) m_outcome.parts = m_consumer->Sent();
+    if (m_consumer) m_outcome.parts = m_consumer->TakeSent();
     if (m_provider) m_outcome.lastPart = m_provider->LastGiven();
     m_outcome.inputFailures = m_context->InputFailures();
     m_outcome.storageFailure = m_context->StorageFailure();

@@ -96,7 +96,10 @@ std::shared_ptr<JobInput> TreeOf(const Document& document) {
 // Builds the tree of the output from the parts in their order.
 class TreeBuilder {
   public:
-    explicit TreeBuilder(package::XpsDocument& document) : m_document(document) {}
+    explicit TreeBuilder(package::XpsDocument& document) : m_document(document) {
+        // The tree of the input is of no use any more.
+        m_document.sequence.documents.clear();
+    }
 
     void Add(const SentPart& sent) {
         switch (sent.kind) {
@@ -134,12 +137,11 @@ class TreeBuilder {
     std::optional<std::string> NameInPackage(const PartPtr& part) {
         if (part == nullptr) return std::nullopt;
         if (!part->IsNew()) return part->Name();
-        auto place = m_added.find(part);
-        if (place == m_added.end()) {
-            std::string name = m_document.AddPart(part->Name(), ContentTypeOfNew(*part), part->Packaged());
-            place = m_added.emplace(part, std::move(name)).first;
-        }
-        return place->second;
+        if (const auto place = m_added.find(part); place != m_added.end()) return place->second;
+        std::string name = m_document.AddPart(part->Name(), ContentTypeOfNew(*part), part->Packaged());
+        // One that hangs nowhere else cannot be met again.
+        if (part.use_count() > 1) m_added.emplace(part, name);
+        return name;
     }
 
     package::XpsDocument& m_document;
@@ -171,9 +173,12 @@ std::shared_ptr<const JobInput> MakeJobInput(const Bytes& package, const std::st
         package::Package::Open(std::make_unique<common::MemorySource>(package), where))));
 }
 
-void ApplySentParts(package::XpsDocument& document, const std::vector<SentPart>& parts) {
+void ApplySentParts(package::XpsDocument& document, std::vector<SentPart> parts) {
     TreeBuilder builder(document);
-    for (const SentPart& sent : parts) builder.Add(sent);
+    for (SentPart& sent : parts) {
+        builder.Add(sent);
+        sent = {};
+    }
     builder.Finish();
 }
 

@@ -66,7 +66,7 @@ struct JobInput {
 // Puts what the filter sent into the tree of the document that it was read from: pages and documents in their
 // sending order, rewritten markup, tickets, resources and thumbnail. Parts that the filter made get a legal
 // and unique name near to the one it gave. The parts must hold a FixedDocumentSequence. Throws
-// common::Error.
-void ApplySentParts(package::XpsDocument& document, const std::vector<SentPart>& parts);
+// common::Error. Each part is let go when it is in the tree.
+void ApplySentParts(package::XpsDocument& document, std::vector<SentPart> parts);
 
 }  // namespace devkit::pipeline

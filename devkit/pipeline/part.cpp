@@ -119,6 +119,8 @@ common::Content Part::Packaged() {
 }
 
 void Part::PutAside(common::ByteStore& store) {
+    // Where nobody holds the bytes any more, it still has the memory of their owner.
+    m_read.reset();
     TakeWritten();
     if (m_written == nullptr) return;
     m_aside = store.Keep(m_written);

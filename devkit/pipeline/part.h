@@ -72,8 +72,8 @@ class Part {
     [[nodiscard]] Bytes ReadPlain();
     // The bytes as a package has them: those of a new font that is to be obfuscated are.
     [[nodiscard]] common::Content Packaged();
-    // Gives what was written into the store, until it is read again. Throws common::StorageError, and keeps
-    // it in memory, when the store cannot take it.
+    // Gives what was written into the store, until it is read again, and keeps nothing of what was read.
+    // Throws common::StorageError, and keeps what was written in memory, when the store cannot take it.
     void PutAside(common::ByteStore& store);
     // The bytes as this filter was given them, none for a part that it makes.
     [[nodiscard]] Bytes ReadInput();

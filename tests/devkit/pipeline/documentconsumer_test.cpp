@@ -151,6 +151,17 @@ TEST_F(DocumentConsumerTest, ANewPageCanBeSentOnceItIsWritten) {
     EXPECT_EQ("<FixedPage/>", *sent.back().part->Read());
 }
 
+TEST_F(DocumentConsumerTest, WhatWasSentIsTakenOnce) {
+    ReadyForPages();
+    EXPECT_EQ(S_OK, Consumer().SendFixedPage(NewPart<IFixedPage>(L"/extra.fpage", "<FixedPage/>").Get()));
+    const std::size_t count = Consumer().Sent().size();
+    const std::vector<SentPart> taken = Consumer().TakeSent();
+    EXPECT_EQ(count, taken.size());
+    EXPECT_EQ("/extra.fpage", taken.back().name);
+    EXPECT_TRUE(Consumer().Sent().empty());
+    EXPECT_TRUE(Consumer().TakeSent().empty());
+}
+
 // The first page with new markup, a new ticket and a new picture, each longer than what stays in memory.
 ComPtr<IFixedPage> LongPage(DocumentConsumer& consumer, ComPtr<IFixedPage> page, const std::string& bytes) {
     const auto write = [&bytes](IPrintWriteStream* pStream) {

@@ -143,26 +143,28 @@ TEST_F(OutputPackageTest, APageThatWasNotSentIsLeftOut) {
     EXPECT_FALSE(after.GetPackage().Contains(before.sequence.documents[0].pages[0].name));
 }
 
+// A part as a filter makes it.
+PartPtr Made(PartKind kind, const char* name, const std::string& bytes) {
+    const PartPtr part = std::make_shared<Part>(kind, name);
+    const auto writing = part->BeginWriting();
+    writing->Append(bytes.data(), bytes.size());
+    writing->Close();
+    return part;
+}
+
 TEST_F(OutputPackageTest, PartsOfEveryKindThatTheFilterMakesAreAdded) {
     const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(Sample()));
-    const auto made = [](PartKind kind, const char* name, const std::string& bytes) {
-        const PartPtr part = std::make_shared<Part>(kind, name);
-        const auto writing = part->BeginWriting();
-        writing->Append(bytes.data(), bytes.size());
-        writing->Close();
-        return part;
-    };
     const PartPtr start = std::make_shared<Part>(PartKind::XpsDocument, std::string());
-    start->thumbnail = made(PartKind::Thumbnail, "/thumb", "thumbnail");
+    start->thumbnail = Made(PartKind::Thumbnail, "/thumb", "thumbnail");
     start->thumbnail->SetContentType("image/jpeg");
     const PartPtr sequence = std::make_shared<Part>(PartKind::FixedDocumentSequence, std::string());
-    sequence->ticket = made(PartKind::PrintTicket, "/same.xml", "job");
-    const PartPtr fixedDocument = made(PartKind::FixedDocument, "/New Document.fdoc", "");
-    const PartPtr page = made(PartKind::FixedPage, "/new.fpage", "<FixedPage/>");
-    page->ticket = made(PartKind::PrintTicket, "/SAME.xml", "page");
-    page->resources = {made(PartKind::Image, "/a\\image", "image"), made(PartKind::Font, "/font", "font"),
-                       made(PartKind::ColorProfile, "/profile", "profile"),
-                       made(PartKind::ResourceDictionary, "/styles", "<ResourceDictionary/>")};
+    sequence->ticket = Made(PartKind::PrintTicket, "/same.xml", "job");
+    const PartPtr fixedDocument = Made(PartKind::FixedDocument, "/New Document.fdoc", "");
+    const PartPtr page = Made(PartKind::FixedPage, "/new.fpage", "<FixedPage/>");
+    page->ticket = Made(PartKind::PrintTicket, "/SAME.xml", "page");
+    page->resources = {Made(PartKind::Image, "/a\\image", "image"), Made(PartKind::Font, "/font", "font"),
+                       Made(PartKind::ColorProfile, "/profile", "profile"),
+                       Made(PartKind::ResourceDictionary, "/styles", "<ResourceDictionary/>")};
     ApplySentParts(*document, {{PartKind::XpsDocument, "", start},
                                {PartKind::FixedDocumentSequence, "", sequence},
                                {PartKind::FixedDocument, "", fixedDocument},
@@ -189,6 +191,31 @@ TEST_F(OutputPackageTest, PartsOfEveryKindThatTheFilterMakesAreAdded) {
     EXPECT_EQ("application/vnd.ms-opentype", typeOf(written.resources[1]));
     EXPECT_EQ("application/vnd.ms-color.iccprofile", typeOf(written.resources[2]));
     EXPECT_EQ("application/vnd.ms-package.xps-resourcedictionary+xml", typeOf(written.resources[3]));
+}
+
+TEST_F(OutputPackageTest, ATicketOnTwoPagesStaysOnePart) {
+    const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(Sample()));
+    std::vector<SentPart> parts;
+    parts.push_back({PartKind::FixedDocument, "", Made(PartKind::FixedDocument, "/d.fdoc", "")});
+    const auto add = [&](const char* name, const PartPtr& ticket) {
+        parts.push_back({PartKind::FixedPage, "", Made(PartKind::FixedPage, name, "<FixedPage/>")});
+        parts.back().part->ticket = ticket;
+    };
+    add("/1.fpage", Made(PartKind::PrintTicket, "/own.xml", "own"));
+    PartPtr shared = Made(PartKind::PrintTicket, "/shared.xml", "shared");
+    add("/2.fpage", shared);
+    add("/3.fpage", shared);
+    // Nobody else has them, which is how the last of several places is known.
+    shared.reset();
+    ApplySentParts(*document, std::move(parts));
+    document->Save(Output());
+    const XpsDocument after = XpsDocument::Open(Output());
+    const std::vector<package::FixedPage>& pages = after.sequence.documents.at(0).pages;
+    ASSERT_EQ(3U, pages.size());
+    ASSERT_TRUE(pages[0].ticket && pages[1].ticket);
+    EXPECT_EQ("own", after.ReadPart(*pages[0].ticket));
+    EXPECT_EQ("shared", after.ReadPart(*pages[1].ticket));
+    EXPECT_EQ(pages[1].ticket, pages[2].ticket);
 }
 
 }  // namespace

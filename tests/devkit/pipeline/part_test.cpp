@@ -41,6 +41,19 @@ TEST(Part, ReadsTheInputOnceWhileItsBytesAreHeld) {
     EXPECT_EQ(2, reads);
 }
 
+TEST(Part, KeepsNothingOfWhatWasReadWhenItIsPutAside) {
+    int reads = 0;
+    common::ByteStore store;
+    Part part(PartKind::FixedPage, InputPart{"/1.fpage", "", [&] {
+                                                 ++reads;
+                                                 return std::make_shared<const std::string>("markup");
+                                             }});
+    const Bytes held = part.Read();
+    part.PutAside(store);
+    EXPECT_EQ("markup", *part.Read());
+    EXPECT_EQ(2, reads);
+}
+
 TEST(Part, OldBytesStayReadableUntilTheNewOnesAreClosed) {
     Part part(PartKind::FixedPage, InMemory("/1.fpage", "", "old"));
     const auto writing = part.BeginWriting();
