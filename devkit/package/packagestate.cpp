@@ -65,7 +65,6 @@ PackageState::PackageState(std::shared_ptr<common::ByteSource> source, std::stri
 
 void PackageState::TakeEntries() {
     CheckSizes();
-    parts.reserve(archive.Entries().size());
     for (std::size_t i = 0; i < archive.Entries().size(); ++i) TakeEntry(i);
     JoinPieces();
 }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -58,7 +59,8 @@ class PackageState {
     common::Limits limits;
     ZipArchive archive;
     std::filesystem::path file;  // empty when the package was not read from a file
-    std::vector<Part> parts;
+    // Not in one piece, which would be copied while it grows, and have room for twice as many.
+    std::deque<Part> parts;
     ContentTypes types;
     bool typesChanged = false;
     std::vector<std::string> findings;
@@ -89,13 +91,13 @@ class PackageState {
     // parts of a large document they would take more memory than all the rest.
     struct KeyHash {
         using is_transparent = void;
-        const std::vector<Part>& parts;
+        const std::deque<Part>& parts;
         std::size_t operator()(const std::string& key) const noexcept;
         std::size_t operator()(std::size_t place) const;
     };
     struct KeyEqual {
         using is_transparent = void;
-        const std::vector<Part>& parts;
+        const std::deque<Part>& parts;
         bool operator()(std::size_t left, std::size_t right) const noexcept { return left == right; }
         bool operator()(const std::string& key, std::size_t place) const;
         bool operator()(std::size_t place, const std::string& key) const { return (*this)(key, place); }
