@@ -64,12 +64,13 @@ HRESULT ReadStream::ReadBytes(void* pBuffer, ULONG cbWanted, ULONG* pcbRead, BOO
     const CallTime time = PipelineTime();
     if (pcbRead != nullptr) *pcbRead = 0;
     if (pEndOfFile != nullptr) *pEndOfFile = FALSE;
-    if (const HRESULT hr = Context().Calls().Enter("IPrintReadStream::ReadBytes", m_name); FAILED(hr))
-        return hr;
+    const HRESULT planned = Context().Calls().Enter("IPrintReadStream::ReadBytes", m_name);
+    if (FAILED(planned)) return planned;
     if (pBuffer == nullptr || pcbRead == nullptr || pEndOfFile == nullptr) {
         return Context().Breach(Check::NullArgument,
                                 "ReadBytes of " + m_name + " was called with a null pointer", E_POINTER);
     }
+    if (planned == S_FALSE) return S_OK;
     const Behaviour& behaviour = Context().GetBehaviour();
     const ULONG most = behaviour.maxBytesPerRead;
     bool isEnd = false;
@@ -120,14 +121,15 @@ WriteStream::~WriteStream() {
 HRESULT WriteStream::WriteBytes(const void* pBuffer, ULONG cb, ULONG* pcbWritten) {
     if (pcbWritten != nullptr) *pcbWritten = 0;
     return Answer([&]() -> HRESULT {
-        if (const HRESULT hr = Context().Calls().Enter("IPrintWriteStream::WriteBytes", m_name); FAILED(hr))
-            return hr;
+        const HRESULT planned = Context().Calls().Enter("IPrintWriteStream::WriteBytes", m_name);
+        if (FAILED(planned)) return planned;
         if (pBuffer == nullptr || pcbWritten == nullptr) {
             return Context().Breach(Check::NullArgument,
                                     "WriteBytes of " + m_name + " was called with a null pointer", E_POINTER);
         }
         if (m_target->IsClosed())
             return Context().Breach(Check::WriteAfterClose, "WriteBytes of " + m_name + " came after Close");
+        if (planned == S_FALSE) return S_OK;
         const ULONG most = Context().GetBehaviour().maxBytesPerWrite;
         const ULONG count = most == 0 ? cb : std::min(cb, most);
         if (most == 0 || most < cb) Context().Used("short-writes");

@@ -38,7 +38,8 @@ class WritableBytes {
 
 // A read stream, for one thread at a time. Reads deliver at most what the behaviour allows. A position after
 // the end is permitted and reads nothing; one before the start gives STG_E_SEEKERROR, an unknown origin
-// STG_E_INVALIDFUNCTION, and the position stays.
+// STG_E_INVALIDFUNCTION, and the position stays. A read that is planned to fail with S_FALSE succeeds without
+// a byte and is not the end.
 class ReadStream final : public ComObject<IPrintReadStream> {
   public:
     // `name` is the part's, for descriptions.
@@ -94,7 +95,8 @@ class Writing final : public WritableBytes {
 };
 
 // A write stream, for one thread at a time. Writing or closing after Close is a breach; releasing
-// without Close is noted in the context.
+// without Close is noted in the context. A write that is planned to fail with S_FALSE succeeds and takes
+// nothing.
 class WriteStream final : public ComObject<IPrintWriteStream, IPrintWriteStreamFlush> {
   public:
     WriteStream(ContextPtr context, const std::string& name, std::shared_ptr<WritableBytes> target);

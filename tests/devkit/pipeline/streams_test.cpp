@@ -121,6 +121,13 @@ TEST_F(ReadStreamTest, FailsAsPlannedWithoutReading) {
     EXPECT_EQ((Read{S_OK, "abc", true}), ReadSome(*stream.Get(), 3));
 }
 
+TEST_F(ReadStreamTest, AnswersWithoutAByteAsPlannedAndIsNotAtItsEnd) {
+    Use(Failing("ReadBytes", S_FALSE));
+    const auto stream = Stream("abc");
+    EXPECT_EQ((Read{S_OK, "", false}), ReadSome(*stream.Get(), 3));
+    EXPECT_EQ((Read{S_OK, "abc", true}), ReadSome(*stream.Get(), 3));
+}
+
 class ReadStreamFactoryTest : public PipelineTest {
   protected:
     ComPtr<ReadStreamFactory> Factory() {
@@ -229,6 +236,18 @@ TEST_F(WriteStreamTest, FailsAsPlannedWithoutWriting) {
     EXPECT_EQ(0U, count);
     stream->Close();
     EXPECT_EQ("", *m_writing->Written());
+}
+
+TEST_F(WriteStreamTest, TakesNothingAsPlannedAndTheRestAsEver) {
+    Use(Failing("WriteBytes", S_FALSE));
+    const auto stream = Stream();
+    ULONG count = 99;
+    EXPECT_EQ(S_OK, stream->WriteBytes("abc", 3, &count));
+    EXPECT_EQ(0U, count);
+    EXPECT_EQ(S_OK, stream->WriteBytes("def", 3, &count));
+    EXPECT_EQ(3U, count);
+    stream->Close();
+    EXPECT_EQ("def", *m_writing->Written());
 }
 
 TEST_F(WriteStreamTest, CanBeFlushed) {
