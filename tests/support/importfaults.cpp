@@ -42,7 +42,9 @@ constexpr std::array<const char*, kImports> kNames = {"operator new",
                                                       "GdipSetMatrixElements",
                                                       "GdipRotateMatrix",
                                                       "GdipScaleMatrix",
-                                                      "GdipTransformMatrixPoints"};
+                                                      "GdipTransformMatrixPoints",
+                                                      "calls of the DOM",
+                                                      "calls of the SAX reader"};
 
 enum class Resource { HeapBlock, Bstr, Matrix, GdiplusSession, ApartmentEntry, ProviderHandle, Count };
 constexpr std::array<const char*, static_cast<std::size_t>(Resource::Count)> kResourceNames = {
@@ -91,6 +93,7 @@ struct State {
     bool onwards = false;
     unsigned seen = 0;
     std::vector<std::uintptr_t> failedPath;
+    std::string failedCall;
     void* pOperatorNew = nullptr;  // where it has called malloc
     std::size_t recordedPlaces = 0;
     Import recorded = Import::Count;
@@ -388,6 +391,7 @@ void ImportFaults::Fail(Import import, unsigned nth, bool onwards) {
     g_pState->onwards = onwards;
     g_pState->seen = 0;
     g_pState->failedPath.clear();
+    g_pState->failedCall.clear();
 }
 
 bool ImportFaults::HasFailed() const {
@@ -410,6 +414,20 @@ std::vector<std::uint64_t> ImportFaults::Paths() const {
 std::vector<std::uintptr_t> ImportFaults::FailedPath() const {
     const std::scoped_lock lock(g_pState->lock);
     return g_pState->failedPath;
+}
+
+bool ImportFaults::StrikesCallOf(Import import, const char* name, const void* pCaller) {
+    if (g_pState == nullptr) return false;
+    if (reinterpret_cast<std::uintptr_t>(pCaller) - g_pState->base >= g_pState->size) return false;
+    if (!Strikes(import)) return false;
+    const std::scoped_lock lock(g_pState->lock);
+    if (g_pState->failedCall.empty()) g_pState->failedCall = name;
+    return true;
+}
+
+std::string ImportFaults::FailedCall() const {
+    const std::scoped_lock lock(g_pState->lock);
+    return g_pState->failedCall;
 }
 
 unsigned ImportFaults::Calls(Import import) const {

@@ -9,7 +9,8 @@
 
 namespace tests {
 
-// One imported function of a module, or a family of them, that can be made to fail.
+// One imported function of a module, or a family of them, or of calls that it makes of objects, that can be
+// made to fail.
 enum class Import {
     OperatorNew,             // the module's own, by the malloc under it: no memory
     CoTaskMemAlloc,          // no memory
@@ -31,6 +32,8 @@ enum class Import {
     GdipRotateMatrix,
     GdipScaleMatrix,
     GdipTransformMatrixPoints,
+    Dom,  // kImportFailure, as for the last; calls of objects, see StrikesCallOf
+    Sax,
     Count
 };
 
@@ -64,6 +67,12 @@ class ImportFaults {
     [[nodiscard]] std::vector<std::uint64_t> Paths() const;
     // The places through which the call came that failed, the innermost first, as offsets in the module.
     [[nodiscard]] std::vector<std::uintptr_t> FailedPath() const;
+
+    // Counts a call of an object that comes from the place, when that is one of the module's; true when it is
+    // to fail. For whoever stands between the module and the object. False when there are no ImportFaults.
+    [[nodiscard]] static bool StrikesCallOf(Import import, const char* name, const void* pCaller);
+    // The name that was given for the call that failed first.
+    [[nodiscard]] std::string FailedCall() const;
 
     [[nodiscard]] unsigned Calls(Import import) const;
     // What the module acquired and has not given back, "2 heap blocks"; what it gave away to be freed by

@@ -1,141 +1,14 @@
-#include "importfaults.h"
-
-#include <algorithm>
-#include <cstdlib>
-#include <functional>
-#include <optional>
-#include <set>
-
 #include "devkit/common/hresult.h"
-#include "faultedjob.h"
+#include "importfaultstest.h"
 
 namespace systemtest {
 namespace {
 
 using devkit::common::HexOf;
-using devkit::pipeline::FilterError;
-using devkit::pipeline::RunOptions;
-using devkit::pipeline::RunOutcome;
 using tests::Import;
-using tests::ImportFaults;
 using tests::kImportFailure;
 
 constexpr HRESULT kDenied = static_cast<HRESULT>(0x80070005);
-
-// Of functions that are called very often each way to the call is taken once, of the others each call fails.
-bool IsOften(Import import) {
-    return import == Import::OperatorNew || import == Import::SysAllocStringLen ||
-           import == Import::CoFileTimeNow;
-}
-
-// How far back two ways are looked at to tell them apart; in the long form to their beginning.
-std::size_t PlacesOfAWay(bool isForGood) {
-    constexpr std::size_t kAll = 48;
-    if (std::getenv("PAGEVALIDATE_LONG") != nullptr) return kAll;
-    return isForGood ? 3 : 4;
-}
-
-// What became of a job of which an imported function failed.
-struct Attempt {
-    std::size_t calls = 0;  // that the job makes when none fails
-    unsigned nth = 0;       // that failed
-    bool isForGood = false;
-    bool isStruck = false;
-    std::optional<HRESULT> notMade;  // why there was no filter
-    RunOutcome outcome;
-    JobResult result;
-};
-
-class ImportFaultsTest : public FaultedJobTest {
-  protected:
-    using Check = std::function<void(const Job& job, Attempt& attempt)>;
-
-    void SetUp() override {
-        for (const Job& job : Jobs()) {
-            static_cast<void>(GoodResult(job));
-            static_cast<void>(ResultWithoutPrefix(job));
-        }
-    }
-    void TearDown() override {
-        if (FilterHandle() == nullptr) LoadFilter();
-    }
-
-    // Fails the calls of each job, one by one, once and then for good, in a filter that has just been loaded,
-    // so that what is made on first use is made then. After the check the job must give again what it gave at
-    // first, and the filter, once unloaded, must have given everything back.
-    static void FailCalls(Import import, const Check& check) {
-        for (const bool isForGood : {false, true}) {
-            std::set<std::uint64_t> known;
-            for (const Job& job : Jobs()) {
-                const std::string kind =
-                    std::string(tests::NameOf(import)) + (isForGood ? " failing for good" : " failing once");
-                SCOPED_TRACE(kind + ", " + job.name);
-                std::vector<std::uint64_t> ways;
-                ASSERT_NO_FATAL_FAILURE(RecordWays(job, import, isForGood, ways));
-                std::size_t tried = 0;
-                for (std::size_t i = 0; i < ways.size(); ++i) {
-                    if (!known.insert(ways[i]).second && IsOften(import)) continue;
-                    Attempt attempt{ways.size(), static_cast<unsigned>(i + 1), isForGood, false, {}, {}, {}};
-                    SCOPED_TRACE("call " + std::to_string(attempt.nth) + " of " +
-                                 std::to_string(ways.size()));
-                    ASSERT_NO_FATAL_FAILURE(Try(job, import, attempt, check));
-                    ++tried;
-                }
-                ExpectTried(kind, job, tried);
-            }
-        }
-    }
-
-    // The job ended with the code, which was reported once.
-    static void ExpectEnded(const Job& job, const Attempt& attempt, HRESULT code) {
-        ASSERT_FALSE(attempt.notMade) << HexOf(*attempt.notMade);
-        const JobResult& good = GoodResult(job);
-        const std::size_t sent = std::min(attempt.result.sent.size(), good.sent.size());
-        EXPECT_EQ(EndedEarly(good, sent, code, {code}), attempt.result) << HexOf(attempt.result.result);
-    }
-
-  private:
-    static void Reload() {
-        UnloadFilter();
-        ASSERT_EQ(nullptr, FilterHandle()) << "the filter is still loaded";
-        LoadFilter();
-    }
-
-    static void RecordWays(const Job& job, Import import, bool isForGood, std::vector<std::uint64_t>& ways) {
-        Reload();
-        ImportFaults faults(FilterHandle());
-        faults.RecordPaths(import, PlacesOfAWay(isForGood));
-        ExpectGoodResult(job);
-        ways = faults.Paths();
-        UnloadFilter();
-        ASSERT_EQ(nullptr, FilterHandle()) << "the filter is still loaded";
-        EXPECT_EQ(std::vector<std::string>{}, faults.LeftOver());
-    }
-
-    static void Try(const Job& job, Import import, Attempt& attempt, const Check& check) {
-        Reload();
-        ImportFaults faults(FilterHandle());
-        RunOptions options = OptionsOf(job);
-        faults.Fail(import, attempt.nth, attempt.isForGood);
-        try {
-            attempt.outcome = RunJob(job, std::move(options));
-            attempt.result = ResultOf(attempt.outcome);
-        } catch (const FilterError& error) {
-            attempt.notMade = error.GetHresult();
-        }
-        EXPECT_TRUE(faults.HasFailed());
-        faults.Fail(import, 0, false);
-        check(job, attempt);
-        if (!attempt.notMade) {
-            EXPECT_EQ(S_OK, attempt.outcome.shutdownOperation.value_or(S_OK));
-            ExpectNothingChanged(attempt.outcome);
-        }
-        ExpectGoodResult(job);
-        UnloadFilter();
-        ASSERT_EQ(nullptr, FilterHandle()) << "the filter is still loaded";
-        EXPECT_EQ(std::vector<std::string>{}, faults.LeftOver());
-    }
-};
 
 TEST_F(ImportFaultsTest, WithoutMemoryThereIsNoFilterOrTheJobEndsWithEOutOfMemory) {
     FailCalls(Import::OperatorNew, [](const Job& job, const Attempt& attempt) {

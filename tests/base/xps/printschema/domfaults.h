@@ -28,6 +28,10 @@ enum class DomCall {
     SetProperty,
 };
 
+// Asked before each call, on the thread that makes it: the call's name, "get_nodeName", and where it was
+// made.
+using DomStrike = bool (*)(const char* name, const void* pCaller);
+
 // While it lives, every call that is made through the interfaces of a DOM's documents, elements, attributes,
 // texts, lists and streams is counted, and one of them fails without doing anything. For the kit's DOM or the
 // system's, whichever CreateDom gives when it is made. One at a time.
@@ -38,6 +42,8 @@ class DomFaults {
     DomFaults(std::size_t nth, HRESULT code, Saves saves = Saves::Exempt);
     // Only calls of this kind are counted.
     DomFaults(DomCall only, std::size_t nth, HRESULT code);
+    // Every call for which the function says so answers the code, queries for interfaces among them.
+    DomFaults(DomStrike strikes, HRESULT code);
     DomFaults(const DomFaults&) = delete;
     DomFaults& operator=(const DomFaults&) = delete;
     ~DomFaults();

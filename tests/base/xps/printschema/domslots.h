@@ -15,6 +15,7 @@ namespace tests {
 
 // IUnknown has 3 and IDispatch 4, then come an interface's own methods in the order of their declaration.
 enum DomSlot : std::size_t {
+    QueryInterface = 0,
     FirstOwn = 7,
     GetNodeName = FirstOwn,
     GetNodeValue,
