@@ -566,20 +566,5 @@ TEST_F(ProviderFaultsTest, EachMergeThatFailsOnceOrForGoodEndsTheJobWithItsCode)
     }
 }
 
-TEST_F(PipelineFaultsTest, StreamsThatGiveAndTakeFewBytesChangeNothing) {
-    for (const Job& job : Jobs()) {
-        for (const ULONG most : {1u, 2u, 7u, 100u}) {
-            SCOPED_TRACE(job.name + ", " + std::to_string(most) + " bytes a call");
-            RunOptions options = OptionsOf(job);
-            options.behaviour.maxBytesPerRead = most;
-            options.behaviour.maxBytesPerWrite = most;
-            options.behaviour.endFlag = devkit::pipeline::EndFlag::AfterLastData;
-            const RunOutcome outcome = RunJob(job, std::move(options));
-            EXPECT_EQ(GoodResult(job), ResultOf(outcome));
-            ExpectNothingChanged(outcome);
-        }
-    }
-}
-
 }  // namespace
 }  // namespace systemtest
