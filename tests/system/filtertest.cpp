@@ -1,8 +1,10 @@
 #include "filtertest.h"
 
+#include <cstdlib>
 #include <utility>
 
 #include "devkit/msxml/com/domdocument.h"
+#include "guardedheap.h"
 #include "programfolder.h"
 
 namespace systemtest {
@@ -29,10 +31,13 @@ void FilterTest::SetUpTestSuite() {
     LoadFilter();
 }
 
+bool FilterTest::IsHeapGuarded() { return std::getenv("PAGEVALIDATE_GUARDED") != nullptr; }
+
 HMODULE FilterTest::FilterHandle() { return GetModuleHandleW(L"pagevalidatefilter.dll"); }
 
 void FilterTest::LoadFilter() {
     s_pFilter = std::make_shared<FilterModule>(ProgramFolder() / "pagevalidatefilter.dll", kFilterClass);
+    if (IsHeapGuarded()) tests::GuardHeapOf(FilterHandle());
 }
 
 void FilterTest::UnloadFilter() { s_pFilter.reset(); }

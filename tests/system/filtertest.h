@@ -36,6 +36,8 @@ class FilterTest : public testing::Test {
     [[nodiscard]] static HMODULE FilterHandle();
     static void LoadFilter();
     static void UnloadFilter();
+    // Whether every filter that is loaded has a guarded heap: PAGEVALIDATE_GUARDED is set.
+    [[nodiscard]] static bool IsHeapGuarded();
 
     // The provider with the switches, every option of a run, and the bag that the device asks for.
     static void Configure(std::vector<std::string> switches = {}, const std::string& device = "simprinter");
