@@ -13,6 +13,7 @@
 
 #include "devkit/pipeline/part.h"
 #include "devkit/pipeline/partfactory.h"
+#include "memoryjob.h"
 #include "ticketmarkup.h"
 
 namespace systemtest {
@@ -69,45 +70,28 @@ TriedNumbers ReadTriedNumbers() {
     return numbers;
 }
 
-InputPart InMemory(std::string name, std::string contentType, std::string text) {
-    auto bytes = std::make_shared<const std::string>(std::move(text));
-    return {std::move(name), std::move(contentType), [bytes = std::move(bytes)] { return bytes; }};
-}
-
 InputPart Ticket(const std::string& name, std::wstring_view body) {
-    return InMemory(name, "application/vnd.ms-printing.printticket+xml",
-                    tests::Bytes(tests::Ticket(body, kPrivateDeclaration)));
+    return TicketInMemory(name, tests::Bytes(tests::Ticket(body, kPrivateDeclaration)));
 }
 
 PageInput Page(const std::string& name, std::optional<InputPart> ticket = {}) {
-    return {InMemory(name, "application/vnd.ms-package.xps-fixedpage+xml",
-                     "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"793.76\" "
-                     "Height=\"1122.56\" BleedBox=\"0,0,793.76,1122.56\" ContentBox=\"0,0,700,700\" "
-                     "xml:lang=\"en\"><Glyphs FontUri=\"/f.ttf\" UnicodeString=\"a &lt; b\"/>"
-                     "<Path Data=\"M 0,0 L 9,9\" Fill=\"#FF000000\"/></FixedPage>"),
-            std::move(ticket),
-            {}};
-}
-
-std::shared_ptr<const JobInput> Input(std::vector<PageInput> pages, std::optional<InputPart> jobTicket = {},
-                                      std::optional<InputPart> documentTicket = {}) {
-    auto input = std::make_shared<JobInput>();
-    input->sequence =
-        InMemory("/job.fdseq", "application/vnd.ms-package.xps-fixeddocumentsequence+xml", "sequence");
-    input->ticket = std::move(jobTicket);
-    input->documents = {{InMemory("/1.fdoc", "application/vnd.ms-package.xps-fixeddocument+xml", "document"),
-                         std::move(documentTicket), std::move(pages)}};
-    return input;
+    return PageInMemory(name,
+                        "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" Width=\"793.76\" "
+                        "Height=\"1122.56\" BleedBox=\"0,0,793.76,1122.56\" ContentBox=\"0,0,700,700\" "
+                        "xml:lang=\"en\"><Glyphs FontUri=\"/f.ttf\" UnicodeString=\"a &lt; b\"/>"
+                        "<Path Data=\"M 0,0 L 9,9\" Fill=\"#FF000000\"/></FixedPage>",
+                        std::move(ticket));
 }
 
 // Names and texts that the provider keeps, changes and drops, at each scope.
 std::shared_ptr<const JobInput> InputWithTickets() {
-    return Input({Page("/1.fpage", Ticket("/page_PT.xml", Feature(L"psk:PageOrientation", L"psk:Portrait") +
-                                                              Feature(L"krk:PageStamp", L"krk:Top"))),
-                  Page("/2.fpage")},
-                 Ticket("/job_PT.xml", tests::ParameterInit(L"psk:JobCopiesAllDocuments", 2) +
-                                           Feature(L"krk:JobStamp", L"krk:Confidential")),
-                 Ticket("/document_PT.xml", Feature(L"psk:PageMediaSize", L"psk:ISOA5")));
+    return JobInMemory(
+        {Page("/1.fpage", Ticket("/page_PT.xml", Feature(L"psk:PageOrientation", L"psk:Portrait") +
+                                                     Feature(L"krk:PageStamp", L"krk:Top"))),
+         Page("/2.fpage")},
+        Ticket("/job_PT.xml", tests::ParameterInit(L"psk:JobCopiesAllDocuments", 2) +
+                                  Feature(L"krk:JobStamp", L"krk:Confidential")),
+        Ticket("/document_PT.xml", Feature(L"psk:PageMediaSize", L"psk:ISOA5")));
 }
 
 std::wstring Sheet(const std::wstring& name, int width, int height) {
@@ -119,19 +103,20 @@ std::wstring Sheet(const std::wstring& name, int width, int height) {
 // Every tray of the device feeds the long edge first: the first page is turned, the second turned and put on
 // another sheet.
 std::shared_ptr<const JobInput> InputToTurn() {
-    return Input(
+    return JobInMemory(
         {Page("/1.fpage", Ticket("/page_PT.xml", Sheet(L"ISOA5", 148000, 210000))), Page("/2.fpage")});
 }
 
 // Its long edge comes first as it is, but the sheet is too large for the printer.
 std::shared_ptr<const JobInput> InputToResize() {
-    return Input(
+    return JobInMemory(
         {Page("/1.fpage", Ticket("/page_PT.xml", Sheet(L"ISOA3", 297000, 420000) +
                                                      Feature(L"psk:PageOrientation", L"psk:Landscape")))});
 }
 
 std::shared_ptr<const JobInput> InputThatFails() {
-    return Input({Page("/1.fpage"), Page("/2.fpage", InMemory("/page_PT.xml", "text/xml", "<psf:Print"))});
+    return JobInMemory(
+        {Page("/1.fpage"), Page("/2.fpage", InMemory("/page_PT.xml", "text/xml", "<psf:Print"))});
 }
 
 std::string WithoutNumbers(const std::string& text) {
@@ -176,12 +161,12 @@ ExtraPart UnknownPart() {
 
 const std::vector<Job>& Jobs() {
     static const std::vector<Job> jobs = {
-        {"passing", "simprinter", Input({Page("/1.fpage"), Page("/2.fpage")})},
+        {"passing", "simprinter", JobInMemory({Page("/1.fpage"), Page("/2.fpage")})},
         {"merging", "simprinter", InputWithTickets()},
         {"turning", "longedge", InputToTurn()},
         {"resizing", "longedge", InputToResize()},
         {"failing", "simprinter", InputThatFails()},
-        {"cancelled", "simprinter", Input({Page("/1.fpage"), Page("/2.fpage")}), 6},
+        {"cancelled", "simprinter", JobInMemory({Page("/1.fpage"), Page("/2.fpage")}), 6},
     };
     return jobs;
 }
