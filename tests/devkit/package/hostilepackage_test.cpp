@@ -167,6 +167,16 @@ TEST(HostilePackageTest, PartsWithoutEndAreRefusedInBoundedTime) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
+// The number with which an archive says that it has more than its old directory can count.
+TEST(HostilePackageTest, APackageOf65535PartsHasAllOfThem) {
+    std::vector<RawEntry> entries = SmallDocument();
+    while (entries.size() < 65'535) entries.emplace_back("part" + std::to_string(entries.size()), "x");
+    const auto start = std::chrono::steady_clock::now();
+    const Package package = OpenEntries(entries);
+    EXPECT_EQ("x", package.Read("/part65534"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
 TEST(HostilePackageTest, NamesOfManyFoldersCostNoMoreThanTheirLength) {
     std::vector<RawEntry> entries = SmallDocument();
     std::string folders;
