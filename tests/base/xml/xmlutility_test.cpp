@@ -6,8 +6,11 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/logging/exceptions.h"
+#include "domfaults.h"
+#include "domslots.h"
 #include "domtest.h"
 #include "domtext.h"
 #include "failingallocation.h"
@@ -157,6 +160,65 @@ TEST_F(XmlUtility, SavingWithoutMemoryForAStreamThrowsItsCode) {
     const Dom dom = CreateDom();
     const tests::FailingStreamMemory failing(E_OUTOFMEMORY);
     EXPECT_EQ(E_OUTOFMEMORY, tests::ThrownCode([&] { static_cast<void>(DomToString(dom.Get())); }));
+}
+
+bool LoadLies(const char* name, const void*) { return std::string_view(name).starts_with("load"); }
+
+TEST_F(XmlUtility, ALoadThatSucceedsWithoutADocumentThrowsEFail) {
+    const tests::DomFaults faults(&LoadLies, S_OK);
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] { static_cast<void>(LoadDomFromString(L"<a/>")); }));
+    EXPECT_EQ(E_FAIL, tests::ThrownCode([] { static_cast<void>(LoadBytes("<a/>")); }));
+}
+
+// What a document saves, whatever is in it.
+std::string g_saved;
+HRESULT STDMETHODCALLTYPE SaveGiven(IXMLDOMDocument2*, VARIANT target) {
+    ComPtr<IStream> stream;
+    const HRESULT hr = ComPtr<IUnknown>(target.punkVal).QueryTo(stream);
+    return FAILED(hr) ? hr : stream->Write(g_saved.data(), static_cast<ULONG>(g_saved.size()), nullptr);
+}
+
+TEST_F(XmlUtility, WhatIsSavedIsTextInEachEncodingThatADocumentMayChoose) {
+    const Dom dom = CreateDom();
+    tests::VtablePatches patches;
+    patches.Replace(dom.Get(), tests::DocumentSave, &SaveGiven);
+    const std::pair<std::string, std::wstring_view> saved[] = {
+        {"<a>\xC3\xA4</a>", L"<a>\u00E4</a>"},
+        {"\xEF\xBB\xBF<a>\xC3\xA4</a>", L"<a>\u00E4</a>"},
+        {"\xFF\xFE" + ByteText(L"<a/>"), L"<a/>"},
+        {ByteText(L"<a>\u00E4</a>"), L"<a>\u00E4</a>"},
+        {"<", L"<"},
+        {"ab", L"ab"},
+        {"", L""},
+    };
+    for (const auto& [bytes, text] : saved) {
+        g_saved = bytes;
+        EXPECT_EQ(text, DomToString(dom.Get()));
+    }
+}
+
+// A stream over memory: IUnknown has 3 slots, then come Read, Write and so on.
+constexpr std::size_t kStreamRead = 3;
+constexpr std::size_t kStreamStat = 12;
+
+HRESULT STDMETHODCALLTYPE StatOfFourGigabytes(IStream*, STATSTG* pFacts, DWORD) {
+    *pFacts = {};
+    pFacts->cbSize.QuadPart = 1ull << 32;
+    return S_OK;
+}
+HRESULT STDMETHODCALLTYPE RefuseToRead(IStream*, void*, ULONG, ULONG*) { return STG_E_READFAULT; }
+
+TEST_F(XmlUtility, SavingThrowsForWhatIsTooLongOrCannotBeReadAgain) {
+    const Dom dom = CreateDom();
+    const ComPtr<IStream> stream = StreamOf("");
+    {
+        tests::VtablePatches patches;
+        patches.Replace(stream.Get(), kStreamStat, &StatOfFourGigabytes);
+        EXPECT_EQ(E_OUTOFMEMORY, tests::ThrownCode([&] { static_cast<void>(DomToString(dom.Get())); }));
+    }
+    tests::VtablePatches patches;
+    patches.Replace(stream.Get(), kStreamRead, &RefuseToRead);
+    EXPECT_EQ(STG_E_READFAULT, tests::ThrownCode([&] { static_cast<void>(DomToString(dom.Get())); }));
 }
 
 TEST_F(XmlUtility, SavingANullDocumentThrows) {

@@ -58,6 +58,23 @@ TEST(BlockStreamBufferTest, AFlushWithNothingWaitingWritesNothing) {
     EXPECT_EQ(std::vector<std::streamsize>{2}, target.writes);
 }
 
+class OpenBuffer final : public BlockStreamBuffer {
+  public:
+    using BlockStreamBuffer::BlockStreamBuffer;
+    using BlockStreamBuffer::overflow;
+};
+
+// A derived buffer may hand on what waits without a character of its own.
+TEST(BlockStreamBufferTest, TheEndOfFileIsNoCharacter) {
+    Target target;
+    OpenBuffer blocks(target);
+    blocks.sputn("ab", 2);
+    EXPECT_NE(std::streambuf::traits_type::eof(), blocks.overflow(std::streambuf::traits_type::eof()));
+    EXPECT_EQ("ab", target.content);
+    EXPECT_EQ(0, blocks.pubsync());
+    EXPECT_EQ("ab", target.content);
+}
+
 TEST(BlockStreamBufferTest, TextOfAnySizeComesThroughInOrder) {
     for (const std::size_t size : {std::size_t{1}, kBlock - 1, kBlock, kBlock + 1, 5 * kBlock + 7}) {
         Target target;

@@ -29,9 +29,11 @@ class FakeAttributes final : public FakeObject<ISAXAttributes> {
     }
     HRESULT STDMETHODCALLTYPE getURI(int, const wchar_t**, int*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE getLocalName(int index, const wchar_t** ppText, int* pLength) override {
+        if (index == nullLocalName) return GiveNothing(ppText, pLength);
         return Give(failingName, index, m_attributes[AsIndex(index)].localName, ppText, pLength);
     }
     HRESULT STDMETHODCALLTYPE getQName(int index, const wchar_t** ppText, int* pLength) override {
+        if (index == nullName) return GiveNothing(ppText, pLength);
         return Give(failingName, index, m_attributes[AsIndex(index)].name, ppText, pLength);
     }
     HRESULT STDMETHODCALLTYPE getName(int index, const wchar_t** ppUri, int* pUriLength,
@@ -55,11 +57,7 @@ class FakeAttributes final : public FakeObject<ISAXAttributes> {
         return E_NOTIMPL;
     }
     HRESULT STDMETHODCALLTYPE getValue(int index, const wchar_t** ppText, int* pLength) override {
-        if (index == nullValue) {
-            *ppText = nullptr;
-            *pLength = nullLength;
-            return S_OK;
-        }
+        if (index == nullValue) return GiveNothing(ppText, pLength);
         return Give(failingValue, index, m_attributes[AsIndex(index)].value, ppText, pLength);
     }
     HRESULT STDMETHODCALLTYPE getValueFromName(const wchar_t*, int, const wchar_t*, int, const wchar_t**,
@@ -73,10 +71,18 @@ class FakeAttributes final : public FakeObject<ISAXAttributes> {
     HRESULT lengthResult = S_OK;
     int failingName = -1;
     int failingValue = -1;
+    // Whose text has no storage, and how long it is said to be.
+    int nullLocalName = -1;
+    int nullName = -1;
     int nullValue = -1;
     int nullLength = 0;
 
   private:
+    HRESULT GiveNothing(const wchar_t** ppText, int* pLength) const {
+        *ppText = nullptr;
+        *pLength = nullLength;
+        return S_OK;
+    }
     static std::size_t AsIndex(int index) { return static_cast<std::size_t>(index); }
     static HRESULT Give(int failing, int index, const std::wstring& text, const wchar_t** ppText,
                         int* pLength) {

@@ -122,6 +122,12 @@ TEST_F(FixedPageSaxHandlerBaseTest, ThereAreNoAttributesWhenTheCountANameOrAValu
         EXPECT_TRUE(m_handler->ReadAttributes(&noStorage).empty());
         noStorage.nullLength = -1;
         EXPECT_TRUE(m_handler->ReadAttributes(&noStorage).empty());
+        for (int FakeAttributes::*pName : {&FakeAttributes::nullLocalName, &FakeAttributes::nullName}) {
+            FakeAttributes noText(three);
+            noText.*pName = index;
+            noText.nullLength = 1;
+            EXPECT_TRUE(m_handler->ReadAttributes(&noText).empty());
+        }
     }
     EXPECT_TRUE(m_handler->ReadAttributes(nullptr).empty());
 }

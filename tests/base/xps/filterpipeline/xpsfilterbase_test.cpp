@@ -34,8 +34,10 @@ class FakeFilter final : public XpsFilterBase {
     void OnOperationEnd() override { Run("OnOperationEnd", onOperationEnd); }
     void OnShutdownOperation() override { Run("OnShutdownOperation", onShutdownOperation); }
 
+    using XpsFilterBase::FilterFinished;
     using XpsFilterBase::GetPropertyBag;
     using XpsFilterBase::RequestReader;
+    using XpsFilterBase::RequestShutdown;
     using XpsFilterBase::RequestWriter;
     using XpsFilterBase::s_liveInstances;
 
@@ -90,6 +92,12 @@ class XpsFilterBaseTest : public testing::Test {
     ComPtr<tests::MockPipelineControl> m_pControl = MakeMock<tests::MockPipelineControl>(m_calls);
     ComPtr<FakeFilter> m_pFilter = ComPtr<FakeFilter>::Adopt(new FakeFilter(m_calls));
 };
+
+TEST_F(XpsFilterBaseTest, WithoutAPipelineControlNobodyIsTold) {
+    m_pFilter->RequestShutdown(E_ABORT);
+    m_pFilter->FilterFinished();
+    EXPECT_EQ(Calls{}, m_calls.Calls());
+}
 
 TEST_F(XpsFilterBaseTest, AnswersIUnknownAndIPrintPipelineFilterAlone) {
     ComPtr<IUnknown> pUnknown;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "base/logging/exceptions.h"
+#include "domslots.h"
 #include "handlertest.h"
 #include "platform/variant.h"
 #include "thrown.h"
@@ -188,6 +189,29 @@ TEST_P(PrintSchemaHandlerTest, TheDocumentIsLeftSelectingByItsOwnPrefix) {
     EXPECT_EQ(L"XPath", Property(pTicket.Get(), L"SelectionLanguage"));
     EXPECT_EQ(L"xmlns:f='" + std::wstring(kFrameworkUri) + L"'",
               Property(pTicket.Get(), L"SelectionNamespaces"));
+}
+
+TEST_P(PrintSchemaHandlerTest, WithoutItsRootADocumentHasNoPrefixes) {
+    const Dom pDocument = LoadDomFromString(Ticket(L""));
+    const OpenHandler handler(pDocument.Get());
+    tests::Element pRoot;
+    tests::Node pRemoved;
+    ASSERT_EQ(S_OK, pDocument->get_documentElement(pRoot.Put()));
+    ASSERT_EQ(S_OK, pDocument->removeChild(pRoot.Get(), pRemoved.Put()));
+    Bstr prefix;
+    EXPECT_EQ(S_FALSE, handler.FindPrefix(kKeywordsUri, prefix.Put()));
+    EXPECT_EQ(nullptr, prefix.Get());
+}
+
+HRESULT STDMETHODCALLTYPE ThrowFromProperty(IXMLDOMDocument2*, BSTR, VARIANT) {
+    throw base::exception::CXDException(E_ABORT);
+}
+
+TEST_P(PrintSchemaHandlerTest, AWrappersOwnFailureBecomesTheCodeThatItCarries) {
+    const Dom pDocument = LoadDomFromString(Ticket(L""));
+    tests::VtablePatches patches;
+    patches.Replace(pDocument.Get(), tests::DocumentSetProperty, &ThrowFromProperty);
+    EXPECT_EQ(E_ABORT, CodeOfConstruction(pDocument.Get()));
 }
 
 TEST_P(PrintSchemaHandlerTest, FindPrefixTellsWhatIsWrongWithItsArguments) {

@@ -12,9 +12,13 @@
 #include "base/io/printwritestreamtoistream.h"
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
+#include "base/xps/printschema/mediasizedata.h"
+#include "base/xps/printschema/privateprefix.h"
 #include "callrecorder.h"
+#include "domfaults.h"
 #include "domtest.h"
 #include "domtext.h"
+#include "failingallocation.h"
 #include "fakeplatformprovider.h"
 #include "mockparts.h"
 #include "mockstreams.h"
@@ -26,6 +30,8 @@ namespace {
 
 using base::exception::HresultError;
 using base::xml::LoadDomFromString;
+using base::xps::printschema::MediaSizeData;
+using base::xps::printschema::MediaSizeOption;
 using base::xps::printschema::PrintTicketProvider;
 using platform::Bstr;
 using platform::ComPtr;
@@ -289,6 +295,13 @@ TEST_F(PrintTicketProviderTest, ATokenThatIsRefusedIsTheSystemsCode) {
     const tests::RefusedToken refused(ERROR_ACCESS_DENIED);
     EXPECT_EQ(E_ACCESSDENIED, SetJob(kJobDelta));
     EXPECT_THAT(PlatformCalls(), IsEmpty());
+}
+
+// A system may give a code for a reason.
+TEST_F(PrintTicketProviderTest, AReasonThatIsAFailureCodeIsTakenAsItIs) {
+    OpenBase();
+    const tests::RefusedToken refused(static_cast<DWORD>(kInjected));
+    EXPECT_EQ(kInjected, SetJob(kJobDelta));
 }
 
 TEST_F(PrintTicketProviderTest, OpenFailsCleanlyAtEveryCall) {
@@ -863,6 +876,41 @@ TEST_F(PrintTicketProviderTest, CapabilitiesOfWhichNothingIsWrittenFail) {
     EXPECT_FALSE(capabilities);
 }
 
+// The failure itself is what counts.
+TEST_F(PrintTicketProviderTest, WithoutMemoryForThemTheTicketsOfAFailureAreNotKept) {
+    OpenBase();
+    m_platform.errorText = L"not today";
+    for (const bool isKept : {true, false}) {
+        std::optional<tests::FailingStreamMemory> noMemory;
+        if (!isKept) noMemory.emplace(E_OUTOFMEMORY);
+        m_calls.FailNth(1, kInjected);
+        Dom capabilities;
+        EXPECT_EQ(kInjected,
+                  m_provider->GetPrintCapabilities(LoadDomFromString(kBase).Get(), capabilities.Put()));
+        EXPECT_EQ(isKept, !m_provider->LastFailure().message.empty());
+    }
+}
+
+TEST_F(PrintTicketProviderTest, ATicketIsReadOfNoOtherScopeThanTheThree) {
+    OpenBase();
+    Dom ticket;
+    EXPECT_EQ(E_INVALIDARG, m_provider->ReadTicket(kNoScope, ticket.Put()));
+    EXPECT_FALSE(ticket);
+}
+
+// A document may say that it has a root and give none.
+bool RootLies(const char* name, const void*) { return std::string_view(name) == "get_documentElement"; }
+
+TEST_F(PrintTicketProviderTest, CapabilitiesWhoseRootCannotBeHadFail) {
+    OpenBase();
+    m_platform.capabilities = Bytes(kBase);
+    const Dom ticket = LoadDomFromString(kBase);
+    const tests::DomFaults faults(&RootLies, S_OK);
+    Dom capabilities;
+    EXPECT_EQ(E_FAIL, m_provider->GetPrintCapabilities(ticket.Get(), capabilities.Put()));
+    EXPECT_FALSE(capabilities);
+}
+
 TEST_F(PrintTicketProviderTest, WhatThePlatformSaysOfAFailureIsKeptWithTheTickets) {
     OpenBase();
     EXPECT_EQ("", m_provider->LastFailure().message);
@@ -1013,6 +1061,24 @@ TEST_F(PrintTicketProviderTest, WhatWasKeptOfATicketGoesWithIt) {
     m_provider->KeepMedia(kPTPageScope, {L"krk:", {1, 2}, {}});
     EXPECT_EQ(nullptr, m_provider->KeptMedia(kPTPageScope));
     EXPECT_EQ(0u, m_provider->TicketVersion(kNoScope));
+}
+
+// A ticket that was read with one private prefix may say something else with another.
+TEST_F(PrintTicketProviderTest, WhatWasKeptOfATicketHoldsForThePrefixThatItWasReadWith) {
+    OpenScopes();
+    const auto keptPrefix = [&](std::wstring_view prefix) {
+        base::xps::printschema::SetPrivatePrefix(prefix);
+        const MediaSizeOption chosen = MediaSizeData::SelectPrintableMediaSize(
+            *m_provider, {{1, 1}, {1000000, 1000000}}, base::xps::printschema::Scope::Job);
+        EXPECT_EQ(L"ISOA4", chosen.keyword);
+        const auto* const pKept = m_provider->KeptMedia(kPTJobScope);
+        return pKept == nullptr ? std::wstring(L"nothing") : pKept->privatePrefix;
+    };
+    const std::wstring first = keptPrefix(L"krk");
+    EXPECT_NE(L"nothing", first);
+    EXPECT_EQ(first, keptPrefix(L"krk"));
+    EXPECT_NE(first, keptPrefix(L"other"));
+    base::xps::printschema::SetPrivatePrefix({});
 }
 
 }  // namespace
