@@ -7,8 +7,9 @@ namespace devkit::validate {
 const std::vector<Test>& Battery() {
     static const std::vector<Test> battery = [] {
         std::vector<Test> all;
-        for (auto* const pTestsOfLevel : {&LoadingTests, &DocumentTests, &ContractTests, &VariationTests,
-                                          &CancellingTests, &FailingCallTests, &HostileTests, &LoadTests}) {
+        for (auto* const pTestsOfLevel :
+             {&LoadingTests, &DocumentTests, &ContractTests, &VariationTests, &TicketTests, &CancellingTests,
+              &FailingCallTests, &HostileTests, &LoadTests}) {
             std::vector<Test> tests = pTestsOfLevel();
             std::move(tests.begin(), tests.end(), std::back_inserter(all));
         }

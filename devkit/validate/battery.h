@@ -30,6 +30,7 @@ inline constexpr unsigned kDefaultLevel = 5;
 [[nodiscard]] std::vector<Test> DocumentTests();
 [[nodiscard]] std::vector<Test> ContractTests();
 [[nodiscard]] std::vector<Test> VariationTests();
+[[nodiscard]] std::vector<Test> TicketTests();
 [[nodiscard]] std::vector<Test> CancellingTests();
 [[nodiscard]] std::vector<Test> FailingCallTests();
 [[nodiscard]] std::vector<Test> HostileTests();

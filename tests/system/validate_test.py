@@ -55,7 +55,7 @@ class Fitness(unittest.TestCase):
     def test_the_example_is_fit(self):
         # It reads nothing of a part, writes nothing, and asks for no property and no ticket.
         self.expect_fit({"short-reads", "short-writes", "late-end-of-data", "missing-tickets", "properties-missing",
-                         "ticket-provider-fails"}, windows_path(EXAMPLE), "--clsid", example_class())
+                         "each-option-asked-for", "options-in-pairs", "ticket-provider-fails"}, windows_path(EXAMPLE), "--clsid", example_class())
 
     def test_a_chain_of_both_is_fit(self):
         self.expect_fit(set(), windows_path(EXAMPLE), windows_path(FILTER), "--clsid", example_class(), "--clsid",

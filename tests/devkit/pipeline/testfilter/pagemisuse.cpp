@@ -33,6 +33,15 @@ constexpr std::array kBadTickets{
               "<psf:ParameterInit name=\"psk:PageX\"><psf:Value xsi:type=\"xsd:integer\">wide</psf:Value>"
               "</psf:ParameterInit>"},
     BadTicket{"ticket:no-scope", "<psf:Feature name=\"psk:X\"><psf:Option/></psf:Feature>"},
+    BadTicket{
+        "ticket:foreign-sheet",
+        "<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:BusinessCard\"/></psf:Feature>"},
+    BadTicket{"ticket:huge-sheet",
+              "<psf:Feature name=\"psk:PageMediaSize\"><psf:Option name=\"psk:CustomMediaSize\">"
+              "<psf:ScoredProperty name=\"psk:MediaSizeWidth\"><psf:Value xsi:type=\"xsd:integer\">9000000"
+              "</psf:Value></psf:ScoredProperty>"
+              "<psf:ScoredProperty name=\"psk:MediaSizeHeight\"><psf:Value xsi:type=\"xsd:integer\">9000000"
+              "</psf:Value></psf:ScoredProperty></psf:Option></psf:Feature>"},
 };
 
 std::string TicketOf(const std::string& mode) {
