@@ -1,13 +1,13 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "devkit/common/hresult.h"
 #include "devkit/validate/battery.h"
+#include "devkit/validate/decentend.h"
 #include "devkit/validate/judging.h"
 
 namespace devkit::validate {
@@ -18,24 +18,12 @@ using common::Check;
 // The code that the calls fail with. No call of the pipeline fails with it by itself.
 constexpr HRESULT kCode = static_cast<HRESULT>(0x80070017);
 
-// The codes that a filter may fail with whatever has failed under it.
-constexpr std::array kGeneralCodes = {E_FAIL, E_UNEXPECTED, E_OUTOFMEMORY, E_ABORT, E_POINTER};
-
-// What a filter may come to when a call fails. The list is closed: nothing else is a decent end.
-enum End : unsigned {
-    kFails = 1,         // it fails with the code of the call or a general one, and calls RequestShutdown
-    kFailsUntold = 2,   // it fails so, and tells nobody
-    kComesThrough = 4,  // it sends every part, with what it could make of it
-    kBadTicket = 8      // it may write a ticket then that is none
-};
-
 struct Ends {
     std::string_view call;
     unsigned ends;
     std::string_view reason;
 };
 
-constexpr unsigned kAnyEnd = kFails | kComesThrough;
 // Of calls that are not listed a filter may do without the answer.
 constexpr auto kEnds = std::to_array<Ends>({
     {"IXpsDocumentProvider::GetXpsPart", kFails, "the rest of the document is lost"},
@@ -58,47 +46,6 @@ constexpr auto kEnds = std::to_array<Ends>({
 unsigned EndsOf(std::string_view call) {
     const auto found = std::ranges::find(kEnds, call, &Ends::call);
     return found == kEnds.end() ? kAnyEnd : found->ends;
-}
-
-bool IsAllowed(HRESULT code) {
-    return code == kCode || std::ranges::find(kGeneralCodes, code) != kGeneralCodes.end();
-}
-
-bool HasFinding(const RunResult& result, Check check) {
-    return std::ranges::any_of(
-        result.findings, [id = common::FactsOf(check).id](const auto& finding) { return finding.id == id; });
-}
-
-// What is wrong with the end of a run in which the call failed; nothing when it is a decent one.
-std::optional<std::string> WrongEnd(const RunResult& result, unsigned ends, const RunResult& plain) {
-    const filterhost::RunEnd& end = *result.end;
-    const HRESULT code = end.result;
-    if (SUCCEEDED(code)) {
-        if (PartsSent(result) != PartsSent(plain)) return "the filter succeeds, and not every part was sent";
-        if ((ends & kComesThrough) == 0) return "the filter succeeds, as if the call had";
-        return std::nullopt;
-    }
-    if (!IsAllowed(code))
-        return "the filter fails with " + common::Describe(code) +
-               ", which is neither the call's code nor a general one";
-    // Whoever called InitializeFilter has its answer.
-    const bool isUntold = SUCCEEDED(end.initialized) && HasFinding(result, Check::SilentFailure);
-    if (isUntold && (ends & kFailsUntold) == 0)
-        return "the filter fails with " + common::Describe(code) + " without a RequestShutdown";
-    return std::nullopt;
-}
-
-void JudgeEnd(Trial& trial, const Order& order, const RunResult& result, unsigned ends,
-              const RunResult& plain) {
-    FailWithBreaches(trial, order, result);
-    if (result.crash || !result.end || result.end->hung || result.end->threadEnded) {
-        for (const std::string& failure : FailuresOf(result)) trial.Fail(order, result, failure);
-        return;
-    }
-    if (const auto wrong = WrongEnd(result, ends, plain)) trial.Fail(order, result, *wrong);
-    std::vector<Check> damage = {Check::MalformedMarkup, Check::PageSize, Check::ResourceDeleted};
-    if ((ends & kBadTicket) == 0) damage.push_back(Check::TicketFormat);
-    if (SUCCEEDED(result.end->result)) FailWith(trial, order, result, damage);
 }
 
 // How often the filters of the run called each method, at most.
@@ -140,7 +87,7 @@ std::function<void(Trial&)> EachCallFails(bool isForGood) {
                                                       std::to_string(failing.nth) + (isForGood ? "+=" : "=") +
                                                       common::HexOf(kCode));
                 const RunResult result = trial.Run(order);
-                if (!IsIdle(result)) JudgeEnd(trial, order, result, EndsOf(failing.call), plain);
+                if (!IsIdle(result)) JudgeEnd(trial, order, result, kCode, EndsOf(failing.call), plain);
             }
         }
     };

@@ -12,7 +12,6 @@ namespace {
 
 constexpr const char* kEndOfParts = "the end of the parts";
 
-// What was done to a part, in words that two runs of a document share.
 std::string DoneTo(const filterhost::PartFacts& part) {
     std::string text = part.name.empty() ? part.kind : part.kind + " " + part.name;
     if (part.page) {
@@ -96,18 +95,24 @@ bool IsIdle(const RunResult& result) {
     return result.status == filterhost::WrongUsage && result.end && !result.crash;
 }
 
-std::optional<std::string> DifferenceFrom(const RunResult& expected, const RunResult& actual) {
-    auto expectedPart = expected.parts.begin();
-    auto actualPart = actual.parts.begin();
-    for (; expectedPart != expected.parts.end() && actualPart != actual.parts.end();
-         ++expectedPart, ++actualPart) {
-        const std::string before = DoneTo(*expectedPart);
-        const std::string now = DoneTo(*actualPart);
-        if (before != now) return "what is sent is " + now + " instead of " + before;
+std::vector<std::string> DoneToParts(const RunResult& result) {
+    std::vector<std::string> done;
+    for (const filterhost::PartFacts& part : result.parts) done.push_back(DoneTo(part));
+    return done;
+}
+
+std::optional<std::string> DifferenceFrom(const std::vector<std::string>& expected,
+                                          const std::vector<std::string>& actual) {
+    for (std::size_t i = 0; i < std::min(expected.size(), actual.size()); ++i) {
+        if (expected[i] != actual[i]) return "what is sent is " + actual[i] + " instead of " + expected[i];
     }
-    if (actual.parts.size() == expected.parts.size()) return std::nullopt;
-    return "the filter sent " + common::Counted(actual.parts.size(), "part") + " instead of " +
-           std::to_string(expected.parts.size());
+    if (actual.size() == expected.size()) return std::nullopt;
+    return "the filter sent " + common::Counted(actual.size(), "part") + " instead of " +
+           std::to_string(expected.size());
+}
+
+std::optional<std::string> DifferenceFrom(const RunResult& expected, const RunResult& actual) {
+    return DifferenceFrom(DoneToParts(expected), DoneToParts(actual));
 }
 
 void ExpectAsPlain(Trial& trial, const Order& order, const RunResult& result, const RunResult& plain) {

@@ -34,7 +34,11 @@ void FailWithBreaches(Trial& trial, const Order& order, const RunResult& result,
 
 // Whether a switch or a fault of the run's made no difference, so that the run says nothing.
 [[nodiscard]] bool IsIdle(const RunResult& result);
-// What the filter did to the parts otherwise than in the other run; nothing when it did the same.
+// What the filter did to each part that it sent, in words that two runs of a document share.
+[[nodiscard]] std::vector<std::string> DoneToParts(const RunResult& result);
+// What was done otherwise in the second of two such lists; nothing when it was the same.
+[[nodiscard]] std::optional<std::string> DifferenceFrom(const std::vector<std::string>& expected,
+                                                        const std::vector<std::string>& actual);
 [[nodiscard]] std::optional<std::string> DifferenceFrom(const RunResult& expected, const RunResult& actual);
 // Fails the trial unless the run came to a good end without a broken rule, and did what the plain run of its
 // document did.
