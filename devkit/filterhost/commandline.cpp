@@ -115,8 +115,9 @@ void DescribeHost(const Describer& option, RawRun& raw) {
     option.List("--pipeline", host.pipelineSwitches, "KEY=VALUE",
                 "a switch of the pipeline, repeatable: fail=CALL[(ARGUMENT)][@N[+]]=CODE, short-reads=N,\n"
                 "short-writes=N, end-flag=with-data|alone, missing-ticket=failure|null,\n"
-                "after-cancel=fail|end|continue, cancel=waits|concurrent, reader=xps|unknown|null,\n"
-                "writer=xps|unknown|null, ambiguous-document=on|off, slow-part=MILLISECONDS,\n"
+                "after-cancel=fail|end|continue, cancel=waits|concurrent|twice,\n"
+                "reader=xps|unknown|null, writer=xps|unknown|null, ambiguous-document=on|off, "
+                "slow-part=MILLISECONDS,\n"
                 "apartment=none|single, last-release=caller|other-thread, start=yes|never");
 }
 

@@ -146,14 +146,27 @@ void FilterStage::StartShutdown() {
             const std::lock_guard guard(stage->m_signal->lock);
             stage->m_shutdownHandle = ThisThread();
         }
-        const HRESULT returned = CallFilter(*stage->m_context, "ShutdownOperation",
-                                            [&] { return stage->m_filter->ShutdownOperation(); });
+        const HRESULT returned = stage->CallShutdownOperation();
         {
             const std::lock_guard guard(stage->m_signal->lock);
             stage->m_shutdownOperation = returned;
         }
         stage->m_signal->changed.notify_all();
     });
+}
+
+HRESULT FilterStage::CallShutdownOperation() {
+    const auto call = [stage = shared_from_this()] {
+        return CallFilter(*stage->m_context, "ShutdownOperation",
+                          [&] { return stage->m_filter->ShutdownOperation(); });
+    };
+    if (!m_options.cancelTwice) return call();
+    // On the heap: the filter may end this thread, and the other one goes on.
+    const auto second = std::make_shared<std::atomic<HRESULT>>(E_UNEXPECTED);
+    std::thread other([call, second] { *second = call(); });
+    const HRESULT first = call();
+    other.join();
+    return FAILED(first) ? first : second->load();
 }
 
 bool FilterStage::HasAskedForShutdown() const {

@@ -131,6 +131,8 @@ class FilterStage : public std::enable_shared_from_this<FilterStage> {
     [[nodiscard]] std::string LastPart() const;
 
   private:
+    // Of two calls at the same time the first failure.
+    [[nodiscard]] HRESULT CallShutdownOperation();
     void PartAsked(unsigned number);
     void ReportBreaches();
     void ReportFindings();

@@ -112,7 +112,12 @@ constexpr auto kSwitches = std::to_array<Switch>({
      }},
     {"cancel",
      [](RunOptions& options, std::string_view key, std::string_view value) {
-         options.cancelConcurrently = ChoiceOf<bool>(key, value, {{"waits", false}, {"concurrent", true}});
+         enum class Manner { Waits, Concurrent, Twice };
+         const auto manner = ChoiceOf<Manner>(
+             key, value,
+             {{"waits", Manner::Waits}, {"concurrent", Manner::Concurrent}, {"twice", Manner::Twice}});
+         options.cancelConcurrently = manner == Manner::Concurrent;
+         options.cancelTwice = manner == Manner::Twice;
      }},
     {"reader", [](RunOptions& options, std::string_view key,
                   std::string_view value) { options.behaviour.reader = StreamKindOf(key, value); }},

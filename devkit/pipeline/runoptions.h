@@ -45,6 +45,8 @@ struct RunOptions {
     // set, until it is about to be called; at most one second.
     unsigned cancelAt = 0;
     bool cancelConcurrently = false;
+    // ShutdownOperation comes twice, from two threads at the same time.
+    bool cancelTwice = false;
     // How long StartOperation may take to return after ShutdownOperation.
     std::chrono::milliseconds stopTimeout{30000};
     // Cancels the job after that time, when it is not zero.
@@ -71,7 +73,7 @@ class SwitchError : public std::runtime_error {
 //                             or of "Method(ARGUMENT)" alone, fails; CODE is a number or a constant's name
 //     short-reads=N           ReadBytes gives at most N bytes          short-writes=N   WriteBytes takes at
 //     most N end-flag=with-data|alone                        missing-ticket=failure|null
-//     after-cancel=fail|end|continue                  cancel=waits|concurrent
+//     after-cancel=fail|end|continue                  cancel=waits|concurrent|twice
 //     reader=xps|unknown|null                         writer=xps|unknown|null
 //     ambiguous-document=on|off                       slow-part=MILLISECONDS
 //     apartment=none|single                           last-release=caller|other-thread

@@ -287,6 +287,13 @@ TEST_F(HangingFilterTest, IsLeftBehindInShutdownOperation) {
     EXPECT_EQ(Lines{"ShutdownOperation did not return within 50 ms of its call"}, outcome.breaches);
 }
 
+TEST_F(FilterRunTest, ShutdownOperationComesTwiceWhereThatIsWanted) {
+    EXPECT_EQ(S_OK, Run(L"shutdown-once", CancelAt(2)).shutdownOperation);
+    RunOptions options = CancelAt(2);
+    options.cancelTwice = true;
+    EXPECT_EQ(E_UNEXPECTED, Run(L"shutdown-once", std::move(options)).shutdownOperation);
+}
+
 TEST_F(FilterRunTest, AFailureIsReportedWithItsCode) {
     const RunOutcome outcome = Run(L"fail");
     EXPECT_EQ(E_ABORT, outcome.result);

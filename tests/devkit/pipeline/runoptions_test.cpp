@@ -69,6 +69,9 @@ TEST(PipelineSwitches, EachOfTheOthersSetsItsValue) {
     EXPECT_TRUE(BehaviourWith("ambiguous-document=on").ambiguousDocument);
     EXPECT_EQ(std::chrono::milliseconds(250), BehaviourWith("slow-part=250").slowPart);
     EXPECT_TRUE(With("cancel=concurrent").cancelConcurrently);
+    EXPECT_FALSE(With("cancel=concurrent").cancelTwice);
+    EXPECT_TRUE(With("cancel=twice").cancelTwice);
+    EXPECT_FALSE(With("cancel=twice").cancelConcurrently);
     EXPECT_EQ(Apartment::SingleThreaded, With("apartment=single").apartment);
     EXPECT_EQ(LastRelease::OtherThread, With("last-release=other-thread").lastRelease);
     EXPECT_TRUE(With("start=yes").startsOperation);

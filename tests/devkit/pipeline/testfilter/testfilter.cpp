@@ -194,7 +194,8 @@ HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
 }
 
 HRESULT TestFilter::ShutdownOperation() {
-    m_stop = true;
+    const bool isSecond = m_stop.exchange(true);
+    if (Is("shutdown-once") && isSecond) return E_UNEXPECTED;
     if (Is("close-on-shutdown") && m_writer) static_cast<void>(m_writer->CloseSender());
     if (Is("hang-in-shutdown")) Hang();
     if (m_mode.starts_with("shutdown:")) EndBadly(m_mode.substr(9));
