@@ -136,20 +136,25 @@ struct ExceptionHeader {
     _Unwind_Exception unwind;
 };
 
-void NoteThrown(const EXCEPTION_RECORD& record) noexcept {
-    if (record.ExceptionCode != kGnuException || record.NumberParameters == 0) return;
+// Null where something else was thrown.
+const ExceptionHeader* HeaderOf(const EXCEPTION_RECORD& record) noexcept {
+    if (record.ExceptionCode != kGnuException || record.NumberParameters == 0) return nullptr;
     auto* const pUnwind = reinterpret_cast<_Unwind_Exception*>(record.ExceptionInformation[0]);
     constexpr std::uint64_t kCpp = 0x474E5543432B2B00;  // "GNUCC++\0"
-    if (pUnwind == nullptr || pUnwind->exception_class != kCpp) return;
-    const auto* const pHeader = reinterpret_cast<const ExceptionHeader*>(
-        reinterpret_cast<const char*>(pUnwind) - offsetof(ExceptionHeader, unwind));
+    if (pUnwind == nullptr || pUnwind->exception_class != kCpp) return nullptr;
+    return reinterpret_cast<const ExceptionHeader*>(reinterpret_cast<const char*>(pUnwind) -
+                                                    offsetof(ExceptionHeader, unwind));
+}
+
+void NoteThrown(const EXCEPTION_RECORD& record) noexcept {
+    const ExceptionHeader* const pHeader = HeaderOf(record);
     // The type stands in the module that threw.
-    if (IsKit(pHeader->pType)) return;
+    if (pHeader == nullptr || IsKit(pHeader->pType)) return;
     const ThrownGuard guard;
     g_thrown.thread = GetCurrentThreadId();
     std::snprintf(g_thrown.type.data(), g_thrown.type.size(), "%s", pHeader->pType->name());
     g_thrown.text[0] = '\0';
-    void* pObject = pUnwind + 1;
+    void* pObject = const_cast<_Unwind_Exception*>(&pHeader->unwind) + 1;
     const auto& base = static_cast<const abi::__class_type_info&>(typeid(std::exception));
     if (pHeader->pType->__do_upcast(&base, &pObject)) {
         std::snprintf(g_thrown.text.data(), g_thrown.text.size(), "%s",
@@ -267,6 +272,15 @@ LONG WINAPI OnException(EXCEPTION_POINTERS* pException) { HandOver(pException); 
 }
 
 }  // namespace
+
+const char* TypeOfThrown([[maybe_unused]] const EXCEPTION_RECORD& record) noexcept {
+#ifdef __GNUC__
+    const ExceptionHeader* const pHeader = HeaderOf(record);
+    return pHeader == nullptr || IsKit(pHeader->pType) ? nullptr : pHeader->pType->name();
+#else
+    return nullptr;
+#endif
+}
 
 std::string DescribeCrash(const EXCEPTION_POINTERS& exception) {
     Text text;

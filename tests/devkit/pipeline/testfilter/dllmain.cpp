@@ -1,5 +1,7 @@
 #include "platform/windows.h"
 
+#include <new>
+
 #include "testfilter.h"
 
 namespace {
@@ -11,18 +13,20 @@ using testfilter::TestFilter;
 template <typename Filter>
 class Factory final : public platform::ComIdentity<platform::ReferenceCount, IClassFactory> {
   public:
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override {
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pOuter, REFIID iid, void** ppObject) override try {
         if (ppObject == nullptr) return E_POINTER;
         *ppObject = nullptr;
         if (pOuter != nullptr && !testfilter::ModeIs("aggregate")) return CLASS_E_NOAGGREGATION;
         return platform::MakeObject<Filter>()->QueryInterface(iid, ppObject);
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
 
 }  // namespace
 
-STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) {
+STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) try {
     static Factory<TestFilter> factory;
     static Factory<StreamFilter> streamFactory;
     if (ppObject == nullptr) return E_POINTER;
@@ -39,6 +43,8 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) {
         return platform::MakeObject<TestFilter>()->QueryInterface(iid, ppObject);
     }
     return CLASS_E_CLASSNOTAVAILABLE;
+} catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
 }
 
 STDAPI DllCanUnloadNow() { return testfilter::g_liveObjects == 0 ? S_OK : S_FALSE; }
