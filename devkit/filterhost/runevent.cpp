@@ -59,6 +59,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(OutputWritten, output)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failed, text, status)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Refused, text, status)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Crashed, crash)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Told, text)
 
 void to_json(nlohmann::json& json, const Alive&) { json = nlohmann::json::object(); }
 void from_json(const nlohmann::json&, Alive&) {}
@@ -141,6 +142,7 @@ struct Applier {
         // What comes after it is a consequence.
         if (!result.crash) result.crash = event.crash;
     }
+    void operator()(const events::Told& event) const { result.told.push_back(event.text); }
     void operator()(const events::Finished&) const {}
 
     // With what the filter was at when it happened.

@@ -116,6 +116,10 @@ struct Refused {
 struct Crashed {
     Crash crash;
 };
+// What a probe found, for whoever ordered it.
+struct Told {
+    std::string text;
+};
 // Nothing comes after it.
 struct Finished {};
 
@@ -126,7 +130,7 @@ using Event =
                  events::PartSent, events::ProviderCalled, events::Breached, events::InputFailed,
                  events::Found, events::Missed, events::Noted, events::Alive, events::Traced,
                  events::RunEnded, events::ProviderEnded, events::Timed, events::OutputWritten,
-                 events::Failed, events::Refused, events::Crashed, events::Finished>;
+                 events::Failed, events::Refused, events::Crashed, events::Told, events::Finished>;
 
 // Takes the events of a run, on whatever thread they happen, several at a time.
 using EventSink = std::function<void(const Event&)>;

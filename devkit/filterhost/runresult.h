@@ -129,6 +129,7 @@ struct RunResult {
     std::vector<std::string> inputFailures;  // parts of the input that cannot be read
     std::vector<Problem> findings;           // what is odd about the input or the pages, but breaks no rule
     std::vector<std::string> missing;        // what the filter asked for and the job does not have
+    std::vector<std::string> told;           // by a probe
     common::RecordList<MadeCall> providerCalls;
     std::optional<prntvpt::ProviderReport> provider;  // set when the run ended; without the calls
     std::optional<RunEnd> end;  // unset when the filter was not run, or ended the process

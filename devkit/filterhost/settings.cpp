@@ -36,7 +36,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostSettings, filters, pipelineConfig, device
                                    systemProvider, pipelineSwitches, properties, driverValues, queueValues,
                                    cancelAt, recordTickets, trace)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Job, input, inputName, output, outputName)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, host, job, probe)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, host, job, probe, probeArgument)
 
 std::string WriteOrder(const Order& order) {
     return nlohmann::json(order).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);

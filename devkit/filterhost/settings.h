@@ -130,6 +130,7 @@ struct Order {
     std::string probe{};
 };
 [[nodiscard]] std::string WriteOrder(const Order& order);
+    std::string probeArgument{};  // as the probe wants it
 [[nodiscard]] Order ReadOrder(std::string_view line);
 
 }  // namespace devkit::filterhost

@@ -9,7 +9,7 @@ const std::vector<Test>& Battery() {
         std::vector<Test> all;
         for (auto* const pTestsOfLevel :
              {&LoadingTests, &DocumentTests, &ContractTests, &VariationTests, &TicketTests, &CancellingTests,
-              &FailingCallTests, &HostileTests, &LoadTests}) {
+              &FailingCallTests, &MemoryTests, &HostileTests, &LoadTests}) {
             std::vector<Test> tests = pTestsOfLevel();
             std::move(tests.begin(), tests.end(), std::back_inserter(all));
         }

@@ -33,6 +33,7 @@ inline constexpr unsigned kDefaultLevel = 5;
 [[nodiscard]] std::vector<Test> TicketTests();
 [[nodiscard]] std::vector<Test> CancellingTests();
 [[nodiscard]] std::vector<Test> FailingCallTests();
+[[nodiscard]] std::vector<Test> MemoryTests();
 [[nodiscard]] std::vector<Test> HostileTests();
 [[nodiscard]] std::vector<Test> LoadTests();
 

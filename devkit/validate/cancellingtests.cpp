@@ -56,6 +56,7 @@ std::vector<Test> CancellingTests() {
         {"cancelled-parts-end", 6, "a cancelled job may look as if the document had ended", kCancellingAdvice,
          CancelledAtEachPart({"after-cancel=end"}, false)},
         {"cancelled-parts-go-on", 6, "parts may keep coming after a cancellation, and sending them fail",
+         kCancellingAdvice, CancelledAtEachPart({"after-cancel=continue"}, false)},
         {"cancelled-meanwhile", 6, "ShutdownOperation may come while StartOperation is at work",
          kCancellingAdvice, CancelledAtEachPart({"cancel=concurrent"}, true)},
         {"cancelled-twice", 6, "ShutdownOperation may come twice, from two threads at the same time",

@@ -18,6 +18,7 @@
 #include "devkit/pipeline/filtermodule.h"
 #include "devkit/pipeline/pipelinecontrol.h"
 #include "devkit/pipeline/propertybags.h"
+#include "devkit/validate/memoryprobe.h"
 #include "platform/comobject.h"
 
 namespace devkit::validate {
@@ -281,6 +282,7 @@ const filterhost::Probes& AllProbes() {
              for (const FilterSettings& each : order.host.filters) ProbeReloading(each, Witness(sink));
          }},
         {probes::kManyJobs, &ProbeManyJobs},
+        {probes::kFailingMemory, &ProbeFailingMemory},
     };
     return all;
 }

@@ -15,6 +15,8 @@ inline constexpr const char* kUninitialised = "uninitialised";
 inline constexpr const char* kReloading = "reloading";
 // Of a job: runs its document again and again.
 inline constexpr const char* kManyJobs = "many-jobs";
+// Of a job: its memory fails, as MemoryQuestion has it.
+inline constexpr const char* kFailingMemory = "failing-memory";
 }  // namespace probes
 
 [[nodiscard]] const filterhost::Probes& AllProbes();

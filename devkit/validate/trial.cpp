@@ -30,7 +30,9 @@ Order OrderOf(const filterhost::ValidateSettings& settings, const Document& docu
 
 std::string OptionsOf(const Order& order, const HostSettings& settings) {
     const HostSettings& host = order.host;
-    std::string text = order.probe.empty() ? order.job.inputName : order.probe;
+    // A probe that has something to go by says in the name of its input what it is.
+    const bool isNamed = order.probe.empty() || !order.probeArgument.empty();
+    std::string text = isNamed ? order.job.inputName : order.probe;
     if (host.device != settings.device) text += " --device " + host.device;
     if (host.userTicket && host.userTicket != settings.userTicket)
         text += " --user-ticket " + common::PathText(*host.userTicket);

@@ -2,10 +2,12 @@
 
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "platform/bstr.h"
 #include "platform/msxml6.h"
@@ -176,7 +178,7 @@ HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text) {
 
 HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                      IPrintPipelinePropertyBag* pIPropertyBag,
-                                     IPrintPipelineManagerControl* pIPipelineControl) {
+                                     IPrintPipelineManagerControl* pIPipelineControl) try {
     if (pICommunicator == nullptr || pIPropertyBag == nullptr || pIPipelineControl == nullptr)
         return ModeIs("take-null") ? S_OK : E_POINTER;
     m_communicator = ComPtr<IInterFilterCommunicator>(pICommunicator);
@@ -191,6 +193,8 @@ HRESULT TestFilter::InitializeFilter(IInterFilterCommunicator* pICommunicator,
         return m_bag->GetProperty(name.c_str(), value.Put());
     }
     return Is("fail-initialize") ? E_ABORT : S_OK;
+} catch (const std::bad_alloc&) {
+    return E_OUTOFMEMORY;
 }
 
 HRESULT TestFilter::ShutdownOperation() {
@@ -203,7 +207,7 @@ HRESULT TestFilter::ShutdownOperation() {
     return m_control->FilterFinished();
 }
 
-HRESULT TestFilter::StartOperation() {
+HRESULT TestFilter::StartOperation() try {
     if (Is("enter-apartment")) static_cast<void>(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     HRESULT hr = m_communicator->RequestReader(reinterpret_cast<void**>(m_reader.Put()));
     if (SUCCEEDED(hr)) hr = m_communicator->RequestWriter(reinterpret_cast<void**>(m_writer.Put()));
@@ -236,6 +240,8 @@ HRESULT TestFilter::StartOperation() {
     }
     if (Is("close-without-parts")) return m_writer->CloseSender();
     return Finish(PassParts());
+} catch (const std::bad_alloc&) {
+    return Finish(E_OUTOFMEMORY);
 }
 
 HRESULT TestFilter::UseToken(bool close) {
@@ -331,8 +337,34 @@ HRESULT TestFilter::BecomeMode(IFixedPage* pPage) {
     return hr;
 }
 
+// What a filter may do with the memory that it takes for a page, and with the want of it.
+HRESULT TestFilter::UseMemory() {
+    static bool isBroken = false;
+    if (Is("null-memory")) {
+        auto* const pBlock = new (std::nothrow) char[1000];
+        static_cast<volatile char*>(pBlock)[0] = 'A';
+        delete[] pBlock;
+    }
+    if (Is("broken-without-memory") && isBroken) return E_FAIL;
+    const bool isCatching =
+        Is("drop-without-memory") || Is("leak-without-memory") || Is("broken-without-memory");
+    if (!isCatching) return S_OK;
+    auto* const pKept = Is("leak-without-memory") ? new char[100] : nullptr;
+    try {
+        std::vector<char> text(1000);
+        static_cast<volatile char*>(text.data())[0] = 'A';
+        delete[] pKept;
+        return S_OK;
+    } catch (const std::bad_alloc&) {
+        isBroken = true;
+        return Is("drop-without-memory") ? S_FALSE : E_OUTOFMEMORY;
+    }
+}
+
 HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     ++m_pages;
+    const HRESULT used = UseMemory();
+    if (used != S_OK) return FAILED(used) ? used : S_OK;
     if (m_mode.starts_with("when:")) {
         if (const HRESULT hr = BecomeMode(pPage); FAILED(hr)) return hr;
     }

@@ -75,6 +75,7 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
     HRESULT PassPage(IFixedPage* pPage);
     HRESULT BecomeMode(IFixedPage* pPage);
     HRESULT SendSwapped(IFixedPage* pPage);
+    HRESULT UseMemory();
     HRESULT MisuseResources(IFixedPage* pPage);
     HRESULT MisuseParts(IFixedPage* pPage);
     HRESULT DeleteFont(IFixedPage* pPage);
