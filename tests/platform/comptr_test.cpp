@@ -12,6 +12,11 @@ TEST(ComPtr, WithoutAnObjectAnswersEPointerToAQuery) {
     EXPECT_FALSE(pStream);
 }
 
+TEST(ComPtr, IsMadeOfANullPointerWithoutAnObject) {
+    const ComPtr<IUnknown> pNothing = nullptr;
+    EXPECT_FALSE(pNothing);
+}
+
 TEST(ComPtr, QueriesAnotherInterfaceOfItsObject) {
     ComPtr<IStream> pStream;
     ASSERT_EQ(S_OK, CreateStreamOnHGlobal(nullptr, TRUE, pStream.Put()));

@@ -145,5 +145,11 @@ TEST(ErrorTest, IdErrorsAreErrorsAndNotSupportedIsNot) {
     EXPECT_STREQ("text", NotSupportedException("text").what());
 }
 
+TEST(CXDExceptionTest, CarriesItsCode) {
+    const CXDException failure(E_PENDING);
+    EXPECT_EQ(E_PENDING, failure.GetHresult());
+    EXPECT_STREQ("CXDException", failure.what());
+}
+
 }  // namespace
 }  // namespace base::exception

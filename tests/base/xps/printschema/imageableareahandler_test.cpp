@@ -245,4 +245,12 @@ TEST(MediaScaleFactorTest, TheLargestLengthsDoNotOverflow) {
     EXPECT_EQ(1.0, MediaScaleFactor({most, most}, {L"CustomMediaSize", 0, {most, most}}, nullptr));
 }
 
+TEST(ImageableAreaInfoTest, IsTheSameWhenAllOfItIs) {
+    const ImageableAreaInfo area = {{1, 2}, {3, 4}, {5, 6}};
+    EXPECT_EQ((ImageableAreaInfo{{1, 2}, {3, 4}, {5, 6}}), area);
+    EXPECT_NE((ImageableAreaInfo{{0, 2}, {3, 4}, {5, 6}}), area);
+    EXPECT_NE((ImageableAreaInfo{{1, 2}, {3, 0}, {5, 6}}), area);
+    EXPECT_NE((ImageableAreaInfo{{1, 2}, {3, 4}, {0, 6}}), area);
+}
+
 }  // namespace

@@ -133,4 +133,12 @@ TEST(MediaSizeTableTest, ARowWithoutThePrefixOfTheListIsRefused) {
               tests::Thrown<std::logic_error>([&] { const MediaSizeTable table(rows); }));
 }
 
+TEST(MediaSizeOptionTest, IsTheSameWhenAllOfItIs) {
+    const MediaSizeOption option = {L"ISOA4", 9, {1, 2}};
+    EXPECT_EQ((MediaSizeOption{L"ISOA4", 9, {1, 2}}), option);
+    EXPECT_NE((MediaSizeOption{L"ISOA5", 9, {1, 2}}), option);
+    EXPECT_NE((MediaSizeOption{L"ISOA4", 8, {1, 2}}), option);
+    EXPECT_NE((MediaSizeOption{L"ISOA4", 9, {1, 3}}), option);
+}
+
 }  // namespace

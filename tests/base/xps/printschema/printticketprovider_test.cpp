@@ -1063,6 +1063,31 @@ TEST_F(PrintTicketProviderTest, WhatWasKeptOfATicketGoesWithIt) {
     EXPECT_EQ(0u, m_provider->TicketVersion(kNoScope));
 }
 
+// What was derived for a reader was not made of any part.
+TEST_F(PrintTicketProviderTest, ATicketThatWasDerivedForAReaderIsMadeAnewForAPart) {
+    OpenBase();
+    {
+        Dom ticket;
+        ASSERT_EQ(S_OK, m_provider->ReadTicket(kPTPageScope, ticket.Put()));
+    }
+    const std::uint64_t derived = m_provider->TicketVersion(kPTPageScope);
+    EXPECT_NE(0u, derived);
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_NE(derived, m_provider->TicketVersion(kPTPageScope));
+    EXPECT_EQ(kBase, TextAt(kPTPageScope));
+}
+
+// Whoever has the document's ticket may have changed it.
+TEST_F(PrintTicketProviderTest, ATicketBelowOneThatWasLentIsMadeAnewEachTime) {
+    OpenBase();
+    const Dom lent = Get(kPTDocumentScope);
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    const std::uint64_t first = m_provider->TicketVersion(kPTPageScope);
+    EXPECT_NE(0u, first);
+    ASSERT_EQ(S_OK, SetPage(NoTicket));
+    EXPECT_NE(first, m_provider->TicketVersion(kPTPageScope));
+}
+
 // A ticket that was read with one private prefix may say something else with another.
 TEST_F(PrintTicketProviderTest, WhatWasKeptOfATicketHoldsForThePrefixThatItWasReadWith) {
     OpenScopes();
