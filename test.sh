@@ -2,12 +2,13 @@
 # Installs what is missing, builds for both MinGW targets and runs every test:
 #
 #   ./test.sh [--long] [CTEST-OPTION...]
-#   ./test.sh [--tidy] [--clang] [--coverage] [--mutants N]
+#   ./test.sh [--tidy] [--clang] [--coverage] [--traps] [--mutants N]
 #
 #   --long       the long form of the tests that have one
 #   --tidy       runs clang-tidy over src and devkit instead of the tests
 #   --clang      compiles everything with a second compiler and runs its analyser, instead of the tests
 #   --coverage   prints how much of src and devkit the tests reach, instead of the tests' results
+#   --traps      runs the tests of a build that ends where its behaviour is undefined
 #   --mutants N  changes N lines of src, one at a time, and prints those whose change no test notices
 #   --help       prints this
 #
@@ -23,7 +24,7 @@ ctest_options=()
 mutants=
 while [ $# -gt 0 ]; do
   case $1 in
-    --tidy | --clang | --coverage) checks+=("${1#--}") ;;
+    --tidy | --clang | --coverage | --traps) checks+=("${1#--}") ;;
     --mutants | --mutants=*)
       if [ "$1" = --mutants ]; then mutants=${2:-}; shift $(($# > 1)); else mutants=${1#*=}; fi
       [[ $mutants =~ ^[1-9][0-9]*$ ]] || fail "--mutants wants a number"
