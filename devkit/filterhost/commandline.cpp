@@ -160,6 +160,7 @@ void DescribeRun(CLI::App& run, RawRun& raw) {
 struct RawValidate {
     RawRun run;
     std::vector<std::string> documents;
+    std::optional<std::string> report;
     ValidateSettings settings;
 };
 
@@ -186,6 +187,9 @@ void DescribeValidate(CLI::App& validate, RawValidate& raw) {
     auto* json = option("--json", raw.run.json, "FILE",
                         "the results for programs; docs/validation.schema.json describes them");
     option("--junit", raw.run.junit, "FILE", "the results for build servers, a test case a test");
+    option("--report", raw.report, "FILE", "the results as a page to look at");
+    option("--trace", raw.run.trace, "FILE",
+           "where the time of each test's runs went: for https://ui.perfetto.dev or chrome://tracing");
     validate
         .add_flag("--only-failed", settings.onlyFailed, "tests that failed in the last run of this --json")
         ->needs(json);
@@ -341,6 +345,9 @@ ValidateSettings TakeValidate(RawValidate raw) {
     for (const std::string& document : raw.documents) settings.documents.push_back(Absolute(document));
     settings.json = Absolute(raw.run.json);
     settings.junit = Absolute(raw.run.junit);
+    settings.report = Absolute(raw.report);
+    settings.trace = Absolute(raw.run.trace);
+    settings.host.trace = settings.trace.has_value();
     settings.timeout = std::chrono::seconds(raw.run.timeout);
     return settings;
 }

@@ -95,6 +95,8 @@ struct ValidateSettings {
     bool isDeviceGiven = false;                               // the device is the command line's
     std::optional<std::filesystem::path> json;
     std::optional<std::filesystem::path> junit;
+    std::optional<std::filesystem::path> report;  // a page to look at
+    std::optional<std::filesystem::path> trace;
     bool quiet = false;
     bool inProcess = false;
     unsigned parallel = 0;             // 0: one for each processor
@@ -128,9 +130,9 @@ struct Order {
     HostSettings host;
     Job job;
     std::string probe{};
+    std::string probeArgument{};  // as the probe wants it
 };
 [[nodiscard]] std::string WriteOrder(const Order& order);
-    std::string probeArgument{};  // as the probe wants it
 [[nodiscard]] Order ReadOrder(std::string_view line);
 
 }  // namespace devkit::filterhost

@@ -1,6 +1,7 @@
 #include "devkit/validate/executors.h"
 
 #include <system_error>
+#include <utility>
 
 #include "devkit/common/leave.h"
 #include "devkit/filterhost/console.h"
@@ -43,8 +44,9 @@ void Cancellation::Remove(HostedChild* pChild) {
     m_children.erase(pChild);
 }
 
-ChildExecutor::ChildExecutor(std::chrono::seconds timeout, Cancellation& cancellation)
-    : m_timeout(timeout), m_cancellation(cancellation) {}
+ChildExecutor::ChildExecutor(std::chrono::seconds timeout, Cancellation& cancellation,
+                             HostedChild::Watcher watcher)
+    : m_timeout(timeout), m_cancellation(cancellation), m_watcher(std::move(watcher)) {}
 
 ChildExecutor::~ChildExecutor() { Drop(); }
 
@@ -52,7 +54,7 @@ RunResult ChildExecutor::Run(const Order& order) {
     RunResult result = ResultOf(order);
     try {
         if (!m_child) {
-            m_child = std::make_unique<HostedChild>(m_timeout);
+            m_child = std::make_unique<HostedChild>(m_timeout, m_watcher);
             m_cancellation.Add(m_child.get());
         }
         if (!m_child->Run(order, result)) Drop();
@@ -69,7 +71,8 @@ void ChildExecutor::Drop() {
     m_child.reset();
 }
 
-HereExecutor::HereExecutor() : m_crash(&TellLast, this) {}
+HereExecutor::HereExecutor(HostedChild::Watcher watcher)
+    : m_watcher(std::move(watcher)), m_crash(&TellLast, this) {}
 
 void HereExecutor::TellLast(void* pExecutor, std::string_view line) noexcept {
     RunResult* const pResult = static_cast<HereExecutor*>(pExecutor)->m_pResult;
@@ -98,6 +101,7 @@ bool HereExecutor::RunInto(const Order& order, RunResult& result) {
     // Threads that are left behind may still tell: what this holds on to outlives the call.
     const filterhost::EventSink sink = [this, &result](const Event& event) {
         const std::lock_guard guard(m_lock);
+        m_watcher(event, result);
         filterhost::Apply(event, result);
     };
     if (!order.probe.empty()) {

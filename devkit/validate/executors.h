@@ -32,7 +32,8 @@ class Cancellation {
 // last.
 class ChildExecutor final : public Executor {
   public:
-    ChildExecutor(std::chrono::seconds timeout, Cancellation& cancellation);
+    ChildExecutor(std::chrono::seconds timeout, Cancellation& cancellation,
+                  filterhost::HostedChild::Watcher watcher);
     ~ChildExecutor() override;
 
     [[nodiscard]] RunResult Run(const Order& order) override;
@@ -42,6 +43,7 @@ class ChildExecutor final : public Executor {
 
     const std::chrono::seconds m_timeout;
     Cancellation& m_cancellation;
+    const filterhost::HostedChild::Watcher m_watcher;
     std::unique_ptr<filterhost::HostedChild> m_child;
 };
 
@@ -49,7 +51,8 @@ class ChildExecutor final : public Executor {
 // crashes, ends the program, which says so. One at a time.
 class HereExecutor final : public Executor {
   public:
-    HereExecutor();
+    // The watcher is told of each event; it may come on a thread of the filter.
+    explicit HereExecutor(filterhost::HostedChild::Watcher watcher);
 
     [[nodiscard]] RunResult Run(const Order& order) override;
 
@@ -58,6 +61,7 @@ class HereExecutor final : public Executor {
     bool RunInto(const Order& order, RunResult& result);
     static void TellLast(void* pExecutor, std::string_view line) noexcept;
 
+    const filterhost::HostedChild::Watcher m_watcher;
     std::mutex m_lock;
     RunResult* m_pResult = nullptr;  // of the run that goes on
     const filterhost::CrashReport m_crash;

@@ -1,5 +1,6 @@
 #include "devkit/validate/validatecommand.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,9 @@
 #include "devkit/filterhost/interrupt.h"
 #include "devkit/package/xpsdocument.h"
 #include "devkit/validate/configuration.h"
+#include "devkit/validate/testtrace.h"
 #include "devkit/validate/validation.h"
+#include "devkit/validate/validationpage.h"
 #include "devkit/validate/validationreport.h"
 #include "devkit/validate/verdict.h"
 
@@ -56,13 +59,17 @@ class Teller {
         m_failures += WriteFailures(result);
         if (!m_isQuiet) filterhost::PrintOut(TableLine(result));
     }
-    void TellVerdict(const ValidateSettings& settings) {
+    void TellFailures() const {
         filterhost::PrintOut(m_failures + (m_isQuiet && m_failures.empty() ? "" : "\n"));
+    }
+    void TellVerdict(const ValidateSettings& settings) const {
         filterhost::PrintOut(WriteVerdict(NameOf(settings), m_tally, settings.level) + "\n");
     }
     void WriteReports(const ValidateSettings& settings) const {
         if (settings.json) WriteReport(*settings.json, "--json", WriteJson(settings, m_results));
         if (settings.junit) WriteReport(*settings.junit, "--junit", WriteJunit(settings, m_results));
+        if (settings.report)
+            WriteReport(*settings.report, "--report", WritePage(settings, NameOf(settings), m_results));
     }
     [[nodiscard]] filterhost::ExitStatus Status() const { return m_tally.Status(); }
 
@@ -85,15 +92,21 @@ int Validate(ValidateSettings settings) {
     if (tests.empty()) throw filterhost::UsageError("no test of the battery is left to be run");
     std::vector<Document> documents;
     if (!TakeDocuments(settings, documents)) return filterhost::UnreadableInput;
+    std::optional<TestTrace> trace;
+    if (settings.trace) trace.emplace(*settings.trace);
     Teller teller(settings.quiet);
-    for (unsigned repetition = 0; repetition < settings.repeat; ++repetition) {
-        const bool isWhole = RunTests(settings, tests, documents, settings.seed + repetition,
-                                      [&](const TestResult& result) { teller.Tell(result); });
-        if (!isWhole) return filterhost::kInterrupted;
+    bool isWhole = true;
+    for (unsigned repetition = 0; isWhole && repetition < settings.repeat; ++repetition) {
+        isWhole = RunTests(
+            settings, tests, documents, settings.seed + repetition,
+            [&](const TestResult& result) { teller.Tell(result); }, trace ? &*trace : nullptr);
     }
-    teller.TellVerdict(settings);
+    if (trace) trace->Check();
+    teller.TellFailures();
+    if (isWhole) teller.TellVerdict(settings);
+    // Of an interrupted validation they have what there is.
     teller.WriteReports(settings);
-    return teller.Status();
+    return isWhole ? static_cast<int>(teller.Status()) : filterhost::kInterrupted;
 }
 
 int List(const filterhost::ListSettings& settings) {

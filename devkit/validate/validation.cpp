@@ -67,16 +67,28 @@ TestResult RunTest(const Test& test, Surroundings& surroundings, Executor& execu
 class TestRunner {
   public:
     TestRunner(const ValidateSettings& settings, const std::vector<const Test*>& tests,
-               const std::vector<Document>& given, std::uint64_t seed, const TestSink& sink)
-        : m_settings(settings), m_tests(tests), m_seed(seed), m_sink(sink), m_surroundings(settings, given) {
+               const std::vector<Document>& given, std::uint64_t seed, const TestSink& sink,
+               TestTrace* pTrace)
+        : m_settings(settings),
+          m_tests(tests),
+          m_seed(seed),
+          m_sink(sink),
+          m_pTrace(pTrace),
+          m_surroundings(settings, given) {
         m_results.resize(tests.size());
     }
 
     bool Run() {
         const filterhost::Interrupt interrupt([this] { m_cancellation.Cancel(); });
         if (m_settings.inProcess) {
-            HereExecutor executor;
-            TakeTests([&]() -> Executor& { return executor; });
+            std::atomic<std::size_t> current = 0;
+            HereExecutor executor([&](const filterhost::Event& event, const RunResult&) {
+                if (m_pTrace != nullptr) m_pTrace->Take(current, event);
+            });
+            TakeTests([&](std::size_t row) -> Executor& {
+                current = row;
+                return executor;
+            });
         } else {
             RunInChildren();
         }
@@ -88,16 +100,24 @@ class TestRunner {
     void RunInChildren() {
         common::RunInThreads(m_settings.parallel, m_tests.size(), [this] {
             std::unique_ptr<ChildExecutor> executor;
-            TakeTests([&]() -> Executor& {
-                executor = std::make_unique<ChildExecutor>(m_settings.timeout, m_cancellation);
+            TakeTests([&](std::size_t row) -> Executor& {
+                executor = std::make_unique<ChildExecutor>(
+                    m_settings.timeout, m_cancellation,
+                    [this, row](const filterhost::Event& event, const RunResult&) {
+                        if (m_pTrace != nullptr) m_pTrace->Take(row, event);
+                    });
                 return *executor;
             });
         });
     }
 
-    void TakeTests(const std::function<Executor&()>& executorOfTest) {
+    // `executorOfTest` is given the test's row of the trace.
+    void TakeTests(const std::function<Executor&(std::size_t row)>& executorOfTest) {
         while (const std::optional<std::size_t> number = Next()) {
-            TestResult result = RunTest(*m_tests[*number], m_surroundings, executorOfTest(), m_seed);
+            const Test& test = *m_tests[*number];
+            const std::size_t row = m_pTrace == nullptr ? 0 : m_pTrace->Begin(std::string(test.name));
+            TestResult result = RunTest(test, m_surroundings, executorOfTest(row), m_seed);
+            if (m_pTrace != nullptr) m_pTrace->End(row);
             const std::lock_guard guard(m_lock);
             // What an interrupted run came to says nothing of the filter.
             if (m_cancellation.IsCancelled()) return;
@@ -125,6 +145,7 @@ class TestRunner {
     const std::vector<const Test*>& m_tests;
     const std::uint64_t m_seed;
     const TestSink& m_sink;
+    TestTrace* const m_pTrace;
     Surroundings m_surroundings;
     Cancellation m_cancellation;
     std::mutex m_lock;
@@ -156,8 +177,9 @@ std::vector<const Test*> Selected(const ValidateSettings& settings) {
 }
 
 bool RunTests(const ValidateSettings& settings, const std::vector<const Test*>& tests,
-              const std::vector<Document>& given, std::uint64_t seed, const TestSink& sink) {
-    return TestRunner(settings, tests, given, seed, sink).Run();
+              const std::vector<Document>& given, std::uint64_t seed, const TestSink& sink,
+              TestTrace* pTrace) {
+    return TestRunner(settings, tests, given, seed, sink, pTrace).Run();
 }
 
 }  // namespace devkit::validate

@@ -8,6 +8,7 @@
 #include "devkit/validate/battery.h"
 #include "devkit/validate/documents.h"
 #include "devkit/validate/testresult.h"
+#include "devkit/validate/testtrace.h"
 
 namespace devkit::validate {
 
@@ -19,9 +20,9 @@ namespace devkit::validate {
 using TestSink = std::function<void(const TestResult&)>;
 
 // Runs the tests, several at once. False when the user interrupted: then later tests have no result. Throws
-// what the sink throws.
+// what the sink throws. The trace may be null.
 [[nodiscard]] bool RunTests(const filterhost::ValidateSettings& settings,
                             const std::vector<const Test*>& tests, const std::vector<Document>& given,
-                            std::uint64_t seed, const TestSink& sink);
+                            std::uint64_t seed, const TestSink& sink, TestTrace* pTrace);
 
 }  // namespace devkit::validate

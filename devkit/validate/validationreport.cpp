@@ -16,22 +16,7 @@ namespace {
 
 using OrderedJson = nlohmann::ordered_json;
 
-constexpr const char* kPassed = "passed";
-constexpr const char* kFailed = "failed";
-constexpr const char* kSkipped = "skipped";
 constexpr int kDecimals = 3;  // of a second
-
-const char* NameOf(Verdict verdict) {
-    switch (verdict) {
-        case Verdict::Passed:
-            return kPassed;
-        case Verdict::Failed:
-            return kFailed;
-        case Verdict::Skipped:
-            break;
-    }
-    return kSkipped;
-}
 
 OrderedJson ToJson(const Failure& failure) {
     OrderedJson json{{"run", failure.run}, {"text", failure.text}};
@@ -143,7 +128,7 @@ std::set<std::string, std::less<>> ReadFailed(const std::filesystem::path& json)
     try {
         const OrderedJson report = OrderedJson::parse(filterhost::ReadFile(json, kOption));
         for (const OrderedJson& test : report.at("tests"))
-            if (test.at("result") == kFailed) failed.insert(test.at("name").get<std::string>());
+            if (test.at("result") == NameOf(Verdict::Failed)) failed.insert(test.at("name").get<std::string>());
     } catch (const nlohmann::json::exception&) {
         throw filterhost::UsageError(std::string(kOption) + ": " + common::PathText(json) +
                                      " is no report of a validation");

@@ -28,19 +28,19 @@ constexpr std::size_t kLevelWidth = 5;
 constexpr std::size_t kResultWidth = 7;
 constexpr std::size_t kSecondsWidth = 8;
 
-std::string TextOf(Verdict verdict) {
+}  // namespace
+
+const char* NameOf(Verdict verdict) {
     switch (verdict) {
         case Verdict::Passed:
             return "passed";
         case Verdict::Failed:
-            return "FAILED";
+            return "failed";
         case Verdict::Skipped:
-            return "skipped";
+            break;
     }
-    return {};
+    return "skipped";
 }
-
-}  // namespace
 
 void Tally::Add(const TestResult& result) {
     ++(result.verdict == Verdict::Passed ? passed : result.verdict == Verdict::Failed ? failed : skipped);
@@ -57,10 +57,11 @@ std::string TableHead() {
 }
 
 std::string TableLine(const TestResult& result) {
-    std::string line = Right(std::to_string(result.pTest->level), kLevelWidth) + "  " +
-                       Padded(std::string(result.pTest->name), NameWidth()) + "  " +
-                       Padded(TextOf(result.verdict), kResultWidth) + "  " +
-                       Right(common::NumberText(result.seconds, 1), kSecondsWidth);
+    std::string line =
+        Right(std::to_string(result.pTest->level), kLevelWidth) + "  " +
+        Padded(std::string(result.pTest->name), NameWidth()) + "  " +
+        Padded(result.verdict == Verdict::Failed ? "FAILED" : NameOf(result.verdict), kResultWidth) + "  " +
+        Right(common::NumberText(result.seconds, 1), kSecondsWidth);
     if (result.verdict == Verdict::Skipped) line += "  " + result.reason;
     return line + "\n";
 }

@@ -8,6 +8,9 @@
 
 namespace devkit::validate {
 
+// "passed", "failed" or "skipped".
+[[nodiscard]] const char* NameOf(Verdict verdict);
+
 // How many tests came to what.
 struct Tally {
     std::size_t passed = 0;

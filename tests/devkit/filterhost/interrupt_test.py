@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """Ctrl+C ends a batch: interrupt_test.py FILTERHOST TESTFILTER SAMPLES"""
+import json
 import os
 import signal
 import subprocess
@@ -114,6 +115,25 @@ class InterruptTest(unittest.TestCase):
                 return
             time.sleep(0.1)
         self.fail("it did not come to it in ten seconds")
+
+    def test_a_validation_tells_what_it_has_come_to(self):
+        listing = subprocess.run(Host(FILTERHOST).command + ["list", "tests", "--level", "1"], stdout=subprocess.PIPE,
+                                 check=True).stdout.decode()
+        names = [line.split()[1] for line in listing.splitlines() if line.strip()]
+        output = os.path.join(self.folder, "output.txt")
+        with open(output, "wb") as file, open(self.errors, "wb") as errors:
+            process = subprocess.Popen(
+                Host(FILTERHOST).command + ["validate", windows_path(TESTFILTER), "--clsid", CLASS_ID, "--level", "2",
+                                            "-j", "1", "--json", windows_path(self.report())],
+                stdout=file, stderr=errors, env=dict(os.environ, TESTFILTER_MODE="hang-until-shutdown"))
+        self.wait_until(lambda: names[-1] in open(output, encoding="utf-8").read())
+        time.sleep(2)
+        self.assertIsNone(process.poll(), self.text())
+        self.interrupt(process)
+        self.assertEqual(INTERRUPTED, process.wait(60), self.text())
+        with open(self.report(), encoding="utf-8") as file:
+            tests = json.load(file)["tests"]
+        self.assertEqual([(name, "passed") for name in names], [(test["name"], test["result"]) for test in tests])
 
     def test_it_counts_in_process(self):
         process = self.start("hang-until-shutdown", "--in-process")

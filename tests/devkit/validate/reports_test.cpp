@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include <nlohmann/json.hpp>
 
@@ -62,6 +63,60 @@ TEST(ValidationReports, TheTestsThatFailedCanBeRunAgain) {
     EXPECT_EQ("filterhost: --only-failed: " + report + " is no report of a validation\n",
               ValidateMode("", {"--only-failed", "--json", report}).ended.error);
     EXPECT_EQ(2U, ValidateMode("", {"--only-failed"}).ended.status);
+}
+
+TEST(ValidationReports, AreAPageToLookAtAsWell) {
+    const Path page = FreshFolder("validation") / "r.html";
+    const Validated validated =
+        ValidateMode("leak-page", {"--level", "3", "--include", "^(order-kept|references-given-back)$",
+                                   "--report", Text(page), "--quiet"});
+    EXPECT_EQ(1U, validated.ended.status) << validated.ended.error;
+    const std::string text = FileBytes(page);
+    EXPECT_TRUE(text.starts_with("<!DOCTYPE html>\n<html lang=\"en\">")) << text.substr(0, 80);
+    for (const char* const piece :
+         {">testfilter.dll is not fit at level 3: 1 test failed, 1 passed</h1>",
+          "never released: FixedPage /Documents/1/Pages/1.fpage, 1 reference", "hold references in owners",
+          "<a href=\"#references-given-back\">", "<section id=\"references-given-back\">",
+          "<td>order-kept</td><td class=\"passed\">passed</td>"}) {
+        EXPECT_TRUE(Holds(text, piece)) << piece;
+    }
+}
+
+TEST(ValidationTrace, HasARowForEachTestWithItsRuns) {
+    const Path file = FreshFolder("validation") / "t.json";
+    const Validated validated = ValidateMode(
+        "", {"--level", "3", "--include", "^(identity|order-kept)$", "-j", "1", "--trace", Text(file)});
+    EXPECT_EQ(0U, validated.ended.status) << validated.ended.error;
+    std::map<int, std::string> tests;
+    std::map<int, int> operations;
+    for (const Json& event : Json::parse(FileBytes(file))) {
+        if (event["name"] == "process_name") tests[event["pid"]] = event["args"]["name"];
+        if (event["name"] == "StartOperation" && event["ph"] == "B") ++operations[event["pid"]];
+    }
+    EXPECT_EQ((std::map<int, std::string>{{1, "identity"}, {2, "order-kept"}}), tests);
+    // Of the two documents that every filter is given.
+    EXPECT_EQ((std::map<int, int>{{2, 2}}), operations);
+    EXPECT_EQ(2U, ValidateMode("", {"--include", "^identity$", "--trace", Text(file / "none")}).ended.status);
+}
+
+// Which of the runs of a test, chosen by the seed, the mode fails in.
+Json RunsWithSeed(const std::string& seed) {
+    const Path report = FreshFolder("validation") / "r.json";
+    const Validated validated =
+        ValidateMode("leak-page", {"--level", "7", "--include", "^each-call-fails-once$", "--cases", "4",
+                                   "--seed", seed, "--json", Text(report)});
+    EXPECT_EQ(1U, validated.ended.status) << validated.ended.error;
+    Json runs = Json::array();
+    const Json results = Json::parse(FileBytes(report));
+    for (const Json& failure : results["tests"][0]["failures"]) runs.push_back(failure["run"]);
+    return runs;
+}
+
+TEST(ValidationSeed, TheSameSeedGivesTheSameRuns) {
+    const Json runs = RunsWithSeed("3");
+    EXPECT_FALSE(runs.empty());
+    EXPECT_EQ(runs, RunsWithSeed("3"));
+    EXPECT_NE(runs, RunsWithSeed("4"));
 }
 
 // A copy of the test filter in a folder of its own, with a configuration above it.
