@@ -128,7 +128,8 @@ std::set<std::string, std::less<>> ReadFailed(const std::filesystem::path& json)
     try {
         const OrderedJson report = OrderedJson::parse(filterhost::ReadFile(json, kOption));
         for (const OrderedJson& test : report.at("tests"))
-            if (test.at("result") == NameOf(Verdict::Failed)) failed.insert(test.at("name").get<std::string>());
+            if (test.at("result") == NameOf(Verdict::Failed))
+                failed.insert(test.at("name").get<std::string>());
     } catch (const nlohmann::json::exception&) {
         throw filterhost::UsageError(std::string(kOption) + ": " + common::PathText(json) +
                                      " is no report of a validation");

@@ -47,4 +47,6 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** ppObject) try {
     return E_OUTOFMEMORY;
 }
 
-STDAPI DllCanUnloadNow() { return testfilter::g_liveObjects == 0 ? S_OK : S_FALSE; }
+STDAPI DllCanUnloadNow() {
+    return testfilter::g_liveObjects == 0 || testfilter::ModeIs("unloadable-too-soon") ? S_OK : S_FALSE;
+}

@@ -54,17 +54,6 @@ std::string TicketOf(const std::string& mode) {
            std::string(bad == kBadTickets.end() ? "" : bad->content) + "</psf:PrintTicket>";
 }
 
-HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
-    text.clear();
-    for (BOOL end = FALSE; !end;) {
-        char block[4096];
-        ULONG count = 0;
-        if (const HRESULT hr = pStream->ReadBytes(block, sizeof(block), &count, &end); FAILED(hr)) return hr;
-        text.append(block, count);
-    }
-    return S_OK;
-}
-
 // What one call gives, as if that were always all.
 HRESULT ReadOnce(IPrintReadStream* pStream, std::string& text) {
     text.resize(std::size_t{1} << 20);

@@ -110,18 +110,6 @@ std::string ReadMode(IPrintPipelinePropertyBag& bag) {
     return mode == nullptr ? "" : mode;
 }
 
-HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
-    for (BOOL isEnd = FALSE; !isEnd;) {
-        char buffer[1024];
-        ULONG count = 0;
-        if (const HRESULT hr = pStream->ReadBytes(buffer, sizeof(buffer), &count, &isEnd); FAILED(hr))
-            return hr;
-        if (count == 0) break;
-        text.append(buffer, count);
-    }
-    return S_OK;
-}
-
 // A text, the bytes of a stream, or the entry "Text" of a bag.
 HRESULT ReadProperty(const platform::Variant& value, std::string& text) {
     const auto take = [&text](std::wstring_view wide) { text.assign(wide.begin(), wide.end()); };
@@ -163,6 +151,18 @@ std::atomic<long> g_liveObjects = 0;
 bool ModeIs(const char* mode) {
     const char* const pMode = std::getenv("TESTFILTER_MODE");
     return pMode != nullptr && std::string(pMode) == mode;
+}
+
+HRESULT ReadAll(IPrintReadStream* pStream, std::string& text) {
+    for (BOOL isEnd = FALSE; !isEnd;) {
+        char buffer[1024];
+        ULONG count = 0;
+        if (const HRESULT hr = pStream->ReadBytes(buffer, sizeof(buffer), &count, &isEnd); FAILED(hr))
+            return hr;
+        if (count == 0) break;
+        text.append(buffer, count);
+    }
+    return S_OK;
 }
 
 HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text) {
@@ -211,7 +211,10 @@ HRESULT TestFilter::StartOperation() try {
     if (Is("enter-apartment")) static_cast<void>(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     HRESULT hr = m_communicator->RequestReader(reinterpret_cast<void**>(m_reader.Put()));
     if (SUCCEEDED(hr)) hr = m_communicator->RequestWriter(reinterpret_cast<void**>(m_writer.Put()));
-    if (SUCCEEDED(hr) && (!m_reader || !m_writer)) hr = E_POINTER;
+    if (SUCCEEDED(hr)) hr = PresumeOfStreams();
+    if (FAILED(hr)) return Finish(hr);
+    hr = PresumeOfJob();
+    if (LeavesUnsaid(hr)) return hr;
     if (FAILED(hr)) return Finish(hr);
     if (m_mode.starts_with("expect-property ")) {
         hr = ExpectProperty(*m_bag.Get(), m_mode.substr(16));
@@ -304,11 +307,13 @@ HRESULT TestFilter::PassPart(IUnknown* pPart) {
         return Is("no-fixed-document") ? S_OK : m_writer->SendFixedDocument(fixedDocument.Get());
     }
     if (SUCCEEDED(part.QueryTo(page))) return PassPage(page.Get());
+    if (Is("kinds-only")) *static_cast<volatile int*>(nullptr) = 1;
     return m_writer->SendXpsUnknown(pPart);
 }
 
 HRESULT TestFilter::PassSequence(IFixedDocumentSequence* pSequence) {
     if (Is("no-sequence")) return S_OK;
+    if (const HRESULT hr = PresumeOfSequence(pSequence); FAILED(hr)) return hr;
     const HRESULT hr = m_writer->SendFixedDocumentSequence(pSequence);
     return FAILED(hr) || !Is("send-sequence-twice") ? hr : m_writer->SendFixedDocumentSequence(pSequence);
 }
@@ -365,6 +370,7 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     ++m_pages;
     const HRESULT used = UseMemory();
     if (used != S_OK) return FAILED(used) ? used : S_OK;
+    if (const HRESULT hr = PresumeOfPage(pPage); FAILED(hr)) return hr;
     if (m_mode.starts_with("when:")) {
         if (const HRESULT hr = BecomeMode(pPage); FAILED(hr)) return hr;
     }

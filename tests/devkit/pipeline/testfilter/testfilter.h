@@ -33,6 +33,9 @@ bool ModeIs(const char* mode);
 // Writes the whole text, in as many pieces as the stream wants. Does not close it.
 HRESULT WriteAll(IPrintWriteStream* pStream, const std::string& text);
 
+// Appends what the stream gives.
+HRESULT ReadAll(IPrintReadStream* pStream, std::string& text);
+
 class CountedObject : public platform::ReferenceCount {
   protected:
     CountedObject() noexcept { ++g_liveObjects; }
@@ -61,6 +64,9 @@ class StreamFilter final : public platform::ComIdentity<CountedObject, IPrintPip
 
 class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipelineFilter> {
   public:
+    ~TestFilter() override;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override;
     HRESULT STDMETHODCALLTYPE InitializeFilter(IInterFilterCommunicator* pICommunicator,
                                                IPrintPipelinePropertyBag* pIPropertyBag,
                                                IPrintPipelineManagerControl* pIPipelineControl) override;
@@ -76,6 +82,14 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
     HRESULT BecomeMode(IFixedPage* pPage);
     HRESULT SendSwapped(IFixedPage* pPage);
     HRESULT UseMemory();
+    HRESULT PresumeOfStreams();
+    HRESULT PresumeOfJob();
+    HRESULT PresumeOfSequence(IFixedDocumentSequence* pSequence);
+    HRESULT PresumeOfPage(IFixedPage* pPage);
+    HRESULT PresumeOfPrinter();
+    HRESULT UseProvider(const wchar_t* printer);
+    // Whether StartOperation just goes when it comes to this.
+    [[nodiscard]] bool LeavesUnsaid(HRESULT hr) const;
     HRESULT MisuseResources(IFixedPage* pPage);
     HRESULT MisuseParts(IFixedPage* pPage);
     HRESULT DeleteFont(IFixedPage* pPage);
@@ -90,6 +104,7 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
     std::atomic<bool> m_stop = false;
     std::string m_mode;
     unsigned m_pages = 0;
+    const DWORD m_thread = GetCurrentThreadId();
     platform::ComPtr<IInterFilterCommunicator> m_communicator;
     platform::ComPtr<IPrintPipelinePropertyBag> m_bag;
     platform::ComPtr<IPrintPipelineManagerControl> m_control;
