@@ -8,12 +8,12 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <mutex>
 #include <set>
 #include <stdexcept>
 #include <utility>
 
+#include "devkit/common/importtable.h"
 #include "platform/gdiplus.h"
 #include "platform/prntvpt.h"
 
@@ -21,6 +21,9 @@ namespace tests {
 namespace {
 
 namespace flat = Gdiplus::DllExports;
+using devkit::common::ImportReplacement;
+using devkit::common::ImportReplacements;
+using devkit::common::ReplaceWith;
 
 constexpr std::size_t kImports = static_cast<std::size_t>(Import::Count);
 constexpr std::array<const char*, kImports> kNames = {"operator new",
@@ -280,43 +283,33 @@ Gdiplus::Status WINGDIPAPI UseMatrix(Arguments... arguments) {
     return Strikes(Which) ? Gdiplus::OutOfMemory : (g_system.*Function)(arguments...);
 }
 
-struct Replacement {
-    void* pFunction = nullptr;
-    void** ppSystem = nullptr;
-};
-
-template <typename Function>
-Replacement Replace(Function* pFunction, Function*& pSystem) {
-    return {reinterpret_cast<void*>(pFunction), reinterpret_cast<void**>(&pSystem)};
-}
-
 template <Import Which, auto Function, typename... Arguments>
-Replacement ReplaceMatrixUse(Gdiplus::Status(WINGDIPAPI*& pSystem)(Arguments...)) {
-    return Replace(&UseMatrix<Which, Function, Arguments...>, pSystem);
+ImportReplacement ReplaceMatrixUse(Gdiplus::Status(WINGDIPAPI*& pSystem)(Arguments...)) {
+    return ReplaceWith(&UseMatrix<Which, Function, Arguments...>, pSystem);
 }
 
-const std::map<std::string, Replacement>& Replacements() {
-    static const std::map<std::string, Replacement> replacements = {
-        {"malloc", Replace(&Malloc, g_system.malloc)},
-        {"free", Replace(&Free, g_system.free)},
-        {"CoTaskMemAlloc", Replace(&TaskMemAlloc, g_system.taskMemAlloc)},
-        {"SysAllocStringLen", Replace(&AllocStringLen, g_system.allocStringLen)},
-        {"SysFreeString", Replace(&FreeString, g_system.freeString)},
-        {"VariantClear", Replace(&ClearVariant, g_system.clearVariant)},
-        {"SetThreadToken", Replace(&TakeThreadToken, g_system.setThreadToken)},
-        {"CoInitializeEx", Replace(&Initialize, g_system.initialize)},
-        {"CoUninitialize", Replace(&Uninitialize, g_system.uninitialize)},
-        {"CoCreateInstance", Replace(&CreateInstance, g_system.createInstance)},
-        {"CoFileTimeNow", Replace(&FileTimeNow, g_system.fileTimeNow)},
-        {"CreateStreamOnHGlobal", Replace(&CreateStream, g_system.createStream)},
-        {"PTOpenProvider", Replace(&OpenProvider, g_system.openProvider)},
-        {"PTCloseProvider", Replace(&CloseProvider, g_system.closeProvider)},
-        {"PTMergeAndValidatePrintTicket", Replace(&Merge, g_system.merge)},
-        {"PTGetPrintCapabilities", Replace(&GetCapabilities, g_system.getCapabilities)},
-        {"GdiplusStartup", Replace(&StartGdiplus, g_system.startGdiplus)},
-        {"GdiplusShutdown", Replace(&ShutDownGdiplus, g_system.shutDownGdiplus)},
-        {"GdipCreateMatrix", Replace(&CreateMatrix, g_system.createMatrix)},
-        {"GdipDeleteMatrix", Replace(&DeleteMatrix, g_system.deleteMatrix)},
+const ImportReplacements& Replacements() {
+    static const ImportReplacements replacements = {
+        {"malloc", ReplaceWith(&Malloc, g_system.malloc)},
+        {"free", ReplaceWith(&Free, g_system.free)},
+        {"CoTaskMemAlloc", ReplaceWith(&TaskMemAlloc, g_system.taskMemAlloc)},
+        {"SysAllocStringLen", ReplaceWith(&AllocStringLen, g_system.allocStringLen)},
+        {"SysFreeString", ReplaceWith(&FreeString, g_system.freeString)},
+        {"VariantClear", ReplaceWith(&ClearVariant, g_system.clearVariant)},
+        {"SetThreadToken", ReplaceWith(&TakeThreadToken, g_system.setThreadToken)},
+        {"CoInitializeEx", ReplaceWith(&Initialize, g_system.initialize)},
+        {"CoUninitialize", ReplaceWith(&Uninitialize, g_system.uninitialize)},
+        {"CoCreateInstance", ReplaceWith(&CreateInstance, g_system.createInstance)},
+        {"CoFileTimeNow", ReplaceWith(&FileTimeNow, g_system.fileTimeNow)},
+        {"CreateStreamOnHGlobal", ReplaceWith(&CreateStream, g_system.createStream)},
+        {"PTOpenProvider", ReplaceWith(&OpenProvider, g_system.openProvider)},
+        {"PTCloseProvider", ReplaceWith(&CloseProvider, g_system.closeProvider)},
+        {"PTMergeAndValidatePrintTicket", ReplaceWith(&Merge, g_system.merge)},
+        {"PTGetPrintCapabilities", ReplaceWith(&GetCapabilities, g_system.getCapabilities)},
+        {"GdiplusStartup", ReplaceWith(&StartGdiplus, g_system.startGdiplus)},
+        {"GdiplusShutdown", ReplaceWith(&ShutDownGdiplus, g_system.shutDownGdiplus)},
+        {"GdipCreateMatrix", ReplaceWith(&CreateMatrix, g_system.createMatrix)},
+        {"GdipDeleteMatrix", ReplaceWith(&DeleteMatrix, g_system.deleteMatrix)},
         {"GdipGetMatrixElements",
          ReplaceMatrixUse<Import::GdipGetMatrixElements, &System::getElements>(g_system.getElements)},
         {"GdipSetMatrixElements",
@@ -330,53 +323,15 @@ const std::map<std::string, Replacement>& Replacements() {
     return replacements;
 }
 
-template <typename Type>
-Type* At(std::uintptr_t base, std::uintptr_t offset) {
-    return reinterpret_cast<Type*>(base + offset);
-}
-
-// Keeps what the slot had.
-void PutIntoSlot(IMAGE_THUNK_DATA& slot, const Replacement& replacement) {
-    *replacement.ppSystem = reinterpret_cast<void*>(slot.u1.Function);
-    DWORD before = 0;
-    if (!VirtualProtect(&slot, sizeof(slot), PAGE_READWRITE, &before)) {
-        throw std::logic_error("the import table cannot be written");
-    }
-    slot.u1.Function = reinterpret_cast<ULONG_PTR>(replacement.pFunction);
-    VirtualProtect(&slot, sizeof(slot), before, &before);
-}
-
-// How many functions were replaced.
-std::size_t ReplaceImports(std::uintptr_t base, const IMAGE_DATA_DIRECTORY& imports) {
-    std::size_t replaced = 0;
-    for (auto* pLibrary = At<IMAGE_IMPORT_DESCRIPTOR>(base, imports.VirtualAddress); pLibrary->Name != 0;
-         ++pLibrary) {
-        const auto* pName = At<IMAGE_THUNK_DATA>(base, pLibrary->OriginalFirstThunk);
-        auto* pSlot = At<IMAGE_THUNK_DATA>(base, pLibrary->FirstThunk);
-        for (; pName->u1.AddressOfData != 0; ++pName, ++pSlot) {
-            if (IMAGE_SNAP_BY_ORDINAL(pName->u1.Ordinal)) continue;
-            const auto* pImport = At<IMAGE_IMPORT_BY_NAME>(base, pName->u1.AddressOfData);
-            const auto found = Replacements().find(reinterpret_cast<const char*>(pImport->Name));
-            if (found == Replacements().end()) continue;
-            PutIntoSlot(*pSlot, found->second);
-            ++replaced;
-        }
-    }
-    return replaced;
-}
-
 }  // namespace
 
 const char* NameOf(Import import) { return kNames.at(static_cast<std::size_t>(import)); }
 
 ImportFaults::ImportFaults(HMODULE module) {
-    const auto base = reinterpret_cast<std::uintptr_t>(module);
-    const auto* pHeaders =
-        At<IMAGE_NT_HEADERS>(base, static_cast<std::uintptr_t>(At<IMAGE_DOS_HEADER>(base, 0)->e_lfanew));
     g_pState = new State;
-    g_pState->base = base;
-    g_pState->size = pHeaders->OptionalHeader.SizeOfImage;
-    if (ReplaceImports(base, pHeaders->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT]) == 0) {
+    g_pState->base = reinterpret_cast<std::uintptr_t>(module);
+    g_pState->size = devkit::common::SizeOfImage(module);
+    if (devkit::common::ReplaceImports(module, Replacements()) == 0) {
         delete std::exchange(g_pState, nullptr);
         throw std::logic_error("the module imports nothing that can fail");
     }
