@@ -2,16 +2,14 @@
 
 #include "platform/windows.h"
 
-#include <psapi.h>
-
 #include <array>
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
 
 #include "devkit/common/file.h"
 #include "devkit/common/hresult.h"
+#include "devkit/common/processusage.h"
 #include "devkit/filterhost/hostedrun.h"
 #include "devkit/filterhost/ticketprovider.h"
 #include "devkit/pipeline/communicator.h"
@@ -24,6 +22,7 @@
 namespace devkit::validate {
 namespace {
 
+using common::ProcessUsage;
 using filterhost::EventSink;
 using filterhost::FilterSettings;
 using pipeline::FilterModule;
@@ -204,36 +203,6 @@ filterhost::Probe OfModule(ModuleProbe probe) {
     };
 }
 
-// The handles of the process. Wine tells of none, so they are looked at one by one there.
-DWORD CountHandles() {
-    constexpr std::uintptr_t kStep = 4;
-    constexpr std::uintptr_t kLast = 0x10000;
-    DWORD count = 0;
-    if (GetProcessHandleCount(GetCurrentProcess(), &count) && count != 0) return count;
-    for (std::uintptr_t value = kStep; value <= kLast; value += kStep) {
-        DWORD flags = 0;
-        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags)) ++count;
-    }
-    return count;
-}
-
-// What the process has of the system.
-struct Usage {
-    DWORD handles = 0;
-    SIZE_T bytes = 0;
-
-    [[nodiscard]] static Usage Now() {
-        Usage usage;
-        PROCESS_MEMORY_COUNTERS_EX counters{};
-        counters.cb = sizeof(counters);
-        usage.handles = CountHandles();
-        K32GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters),
-                                sizeof(counters));
-        usage.bytes = counters.PrivateUsage;
-        return usage;
-    }
-};
-
 // The host itself keeps what its last some thousand objects took, so it is looked at when it is full.
 void ProbeManyJobs(const filterhost::Order& order, const EventSink& sink) {
     constexpr unsigned kWarmingUp = 80;
@@ -242,7 +211,7 @@ void ProbeManyJobs(const filterhost::Order& order, const EventSink& sink) {
     const EventSink nobody = [](const filterhost::Event&) {};
     // Not unloaded before the process is at its end when the filter has left a thread in it.
     auto run = std::make_unique<filterhost::HostedRun>(order.host, nobody);
-    Usage before;
+    ProcessUsage before;
     for (unsigned job = 1; job <= kWarmingUp + kJobs; ++job) {
         if (!run->Run(order.job, nobody)) {
             static_cast<void>(run.release());
@@ -251,20 +220,20 @@ void ProbeManyJobs(const filterhost::Order& order, const EventSink& sink) {
             return;
         }
         sink(filterhost::events::Alive{});
-        if (job == kWarmingUp) before = Usage::Now();
+        if (job == kWarmingUp) before = ProcessUsage::Now();
     }
-    const Usage after = Usage::Now();
+    const ProcessUsage after = ProcessUsage::Now();
     const Witness witness(sink);
     witness.Expect(after.handles <= before.handles + kJobs / 10,
                    std::to_string(kJobs) + " jobs took " +
                        std::to_string(static_cast<long>(after.handles) - static_cast<long>(before.handles)) +
                        " handles more");
-    witness.Expect(
-        after.bytes <= before.bytes + kJobs * kBytesOfAJob,
-        std::to_string(kJobs) + " jobs took " +
-            std::to_string((static_cast<long long>(after.bytes) - static_cast<long long>(before.bytes)) /
-                           1024) +
-            " KiB more");
+    witness.Expect(after.privateBytes <= before.privateBytes + kJobs * kBytesOfAJob,
+                   std::to_string(kJobs) + " jobs took " +
+                       std::to_string((static_cast<long long>(after.privateBytes) -
+                                       static_cast<long long>(before.privateBytes)) /
+                                      1024) +
+                       " KiB more");
 }
 
 }  // namespace

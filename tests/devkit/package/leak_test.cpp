@@ -5,36 +5,23 @@
 #include <vector>
 
 #include "devkit/package/xpsdocument.h"
+#include "heapusage.h"
 #include "temporaryfolder.h"
 #include "testpackages.h"
 
 namespace devkit::package {
 namespace {
 
-// The blocks in use in all heaps of the process, those of the libraries' C code included.
-std::size_t BlocksInUse() {
-    std::vector<HANDLE> heaps(64);
-    heaps.resize(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()));
-    std::size_t blocks = 0;
-    for (const HANDLE heap : heaps) {
-        HeapLock(heap);
-        PROCESS_HEAP_ENTRY entry{};
-        while (HeapWalk(heap, &entry)) {
-            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) ++blocks;
-        }
-        HeapUnlock(heap);
-    }
-    return blocks;
-}
+using tests::HeapUsage;
 
 // Runs the action often enough for what is kept once to be there, then often again: nothing may be added.
 template <typename Action>
 std::ptrdiff_t BlocksLeft(Action&& action) {
     constexpr int kTimes = 20;
     for (int i = 0; i < kTimes; ++i) action();
-    const std::size_t before = BlocksInUse();
+    const std::size_t before = HeapUsage::Now().blocks;
     for (int i = 0; i < kTimes; ++i) action();
-    return static_cast<std::ptrdiff_t>(BlocksInUse()) - static_cast<std::ptrdiff_t>(before);
+    return static_cast<std::ptrdiff_t>(HeapUsage::Now().blocks) - static_cast<std::ptrdiff_t>(before);
 }
 
 std::filesystem::path Sample(const char* name) { return std::filesystem::path(SAMPLES_FOLDER) / name; }
