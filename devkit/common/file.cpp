@@ -6,6 +6,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "devkit/common/error.h"
 
@@ -53,17 +54,10 @@ std::size_t ReadFrom(HANDLE file, std::uint64_t offset, char* pBuffer, std::size
     return done;
 }
 
-void WriteTo(HANDLE file, std::uint64_t offset, const char* pBytes, std::size_t size) {
-    std::size_t done = 0;
-    while (done < size) {
-        OVERLAPPED position = At(offset + done);
-        DWORD count = 0;
-        const auto wanted = static_cast<DWORD>(std::min(size - done, kMostPerCall));
-        if (!WriteFile(file, pBytes + done, wanted, &count, &position))
-            throw std::runtime_error(Reason("cannot be written", GetLastError()));
-        if (count == 0) throw std::runtime_error("cannot be written: nothing is taken");
-        done += count;
-    }
+// Whether the system is to delete the file when it is closed, by whomever.
+bool SetDoomed(HANDLE file, bool isDoomed) noexcept {
+    FILE_DISPOSITION_INFO disposition{static_cast<BOOLEAN>(isDoomed)};
+    return SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof(disposition)) != FALSE;
 }
 
 }  // namespace
@@ -75,6 +69,19 @@ std::string PathText(const std::filesystem::path& path) {
 
 void FileHandle::Close() noexcept {
     if (IsOpen()) CloseHandle(std::exchange(m_handle, INVALID_HANDLE_VALUE));
+}
+
+void FileHandle::WriteAt(std::uint64_t offset, std::string_view bytes) const {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        OVERLAPPED position = At(offset + done);
+        DWORD count = 0;
+        const auto wanted = static_cast<DWORD>(std::min(bytes.size() - done, kMostPerCall));
+        if (!WriteFile(m_handle, bytes.data() + done, wanted, &count, &position))
+            throw std::runtime_error(Reason("cannot be written", GetLastError()));
+        if (count == 0) throw std::runtime_error("cannot be written: nothing is taken");
+        done += count;
+    }
 }
 
 FileSource::FileSource(const std::filesystem::path& path)
@@ -129,7 +136,7 @@ std::size_t TemporaryFile::ReadAt(std::uint64_t offset, void* pBuffer, std::size
 
 void TemporaryFile::Append(const void* pBytes, std::size_t size) try {
     if (m_block.size() + size > kBlock) {
-        WriteTo(m_file.Get(), m_written, m_block.data(), m_block.size());
+        m_file.WriteAt(m_written, m_block);
         m_written += m_block.size();
         m_block.clear();
     }
@@ -137,49 +144,46 @@ void TemporaryFile::Append(const void* pBytes, std::size_t size) try {
         m_block.append(static_cast<const char*>(pBytes), size);
         return;
     }
-    WriteTo(m_file.Get(), m_written, static_cast<const char*>(pBytes), size);
+    m_file.WriteAt(m_written, {static_cast<const char*>(pBytes), size});
     m_written += size;
 } catch (const std::runtime_error& failure) {
     throw StorageError(failure.what(), PathText(m_path));
 }
 
-OutputFile::OutputFile(std::filesystem::path path) : m_path(std::move(path)) {
+OutputFile::OutputFile(const std::filesystem::path& path) : m_path(std::filesystem::absolute(path)) {
+    static std::atomic<unsigned> s_number = 0;
     DWORD code = ERROR_FILE_EXISTS;
     for (int attempt = 0; attempt < 100 && code == ERROR_FILE_EXISTS; ++attempt) {
-        m_temporary = m_path;
-        m_temporary += "." + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(attempt) + ".tmp";
-        const HANDLE handle = CreateFileW(m_temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                          FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (handle != INVALID_HANDLE_VALUE) {
-            m_file.Reset(handle);
-            return;
-        }
+        std::filesystem::path temporary = m_path;
+        temporary += "." + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++s_number) + ".tmp";
+        m_file.Reset(CreateFileW(temporary.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (m_file.IsOpen() && SetDoomed(m_file.Get(), true)) return;
         code = GetLastError();
+        if (!m_file.IsOpen()) continue;
+        m_file.Close();
+        DeleteFileW(temporary.c_str());
     }
-    throw Error(Reason("cannot be written", code), PathText(m_path));
+    throw Error(Reason("cannot be written", code), PathText(path));
 }
 
-OutputFile::~OutputFile() {
-    if (!m_file.IsOpen()) return;
-    m_file.Close();
-    DeleteFileW(m_temporary.c_str());
-}
-
-void OutputFile::WriteAt(std::uint64_t offset, const void* pBytes, std::size_t size) {
+void OutputFile::WriteAt(std::uint64_t offset, const void* pBytes, std::size_t size) try {
     const char* const pText = static_cast<const char*>(pBytes);
     const bool joins = offset >= m_blockStart && offset <= m_blockStart + m_block.size();
     if (!joins || offset - m_blockStart + size > kBlock) Flush();
     if (size > kBlock) {
-        WriteTo(m_file.Get(), offset, pText, size);
+        m_file.WriteAt(offset, {pText, size});
         return;
     }
     if (m_block.empty()) m_blockStart = offset;
     const auto place = static_cast<std::size_t>(offset - m_blockStart);
     m_block.replace(place, std::min(size, m_block.size() - place), pText, size);
+} catch (const std::runtime_error& failure) {
+    throw StorageError(failure.what(), PathText(m_path));
 }
 
 void OutputFile::Flush() {
-    WriteTo(m_file.Get(), m_blockStart, m_block.data(), m_block.size());
+    m_file.WriteAt(m_blockStart, m_block);
     m_block.clear();
 }
 
@@ -189,11 +193,23 @@ void OutputFile::Commit() {
     } catch (const std::runtime_error& failure) {
         throw StorageError(failure.what(), PathText(m_path));
     }
-    m_file.Close();
-    if (MoveFileExW(m_temporary.c_str(), m_path.c_str(), MOVEFILE_REPLACE_EXISTING)) return;
+    const bool isKept = SetDoomed(m_file.Get(), false) && Rename();
     const DWORD code = GetLastError();
-    DeleteFileW(m_temporary.c_str());
-    throw Error(Reason("cannot be written", code), PathText(m_path));
+    if (!isKept) SetDoomed(m_file.Get(), true);
+    m_file.Close();
+    if (!isKept) throw Error(Reason("cannot be written", code), PathText(m_path));
+}
+
+bool OutputFile::Rename() const {
+    const std::wstring& name = m_path.native();
+    // The name follows the structure's last member, which has room for its first character.
+    std::vector<char> memory(sizeof(FILE_RENAME_INFO) + name.size() * sizeof(wchar_t));
+    auto* const pInfo = reinterpret_cast<FILE_RENAME_INFO*>(memory.data());
+    pInfo->ReplaceIfExists = TRUE;
+    pInfo->FileNameLength = static_cast<DWORD>(name.size() * sizeof(wchar_t));
+    name.copy(pInfo->FileName, name.size());
+    return SetFileInformationByHandle(m_file.Get(), FileRenameInfo, pInfo,
+                                      static_cast<DWORD>(memory.size())) != FALSE;
 }
 
 void SaveFile(const std::filesystem::path& path, std::string_view bytes) {

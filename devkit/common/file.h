@@ -29,6 +29,8 @@ class FileHandle {
         m_handle = handle;
     }
     void Close() noexcept;
+    // Writes all of it, or throws std::runtime_error with the reason.
+    void WriteAt(std::uint64_t offset, std::string_view bytes) const;
 
   private:
     HANDLE m_handle;
@@ -57,6 +59,7 @@ class TemporaryFile final : public ByteSource {
     // Throws StorageError when there can be none.
     TemporaryFile();
 
+    [[nodiscard]] const std::filesystem::path& Path() const noexcept { return m_path; }
     [[nodiscard]] std::uint64_t Size() const override { return m_written + m_block.size(); }
     std::size_t ReadAt(std::uint64_t offset, void* pBuffer, std::size_t size) override;
     // Throws StorageError; what it was called with is then not in the file.
@@ -70,24 +73,22 @@ class TemporaryFile final : public ByteSource {
 };
 
 // A file that appears under its name only when it is whole: what is written goes to a temporary file beside
-// it, which Commit renames; without Commit it is deleted.
+// it, which Commit renames. Without Commit the system deletes it, also when the process is ended.
 class OutputFile final : public ByteSink {
   public:
     // Throws Error when there can be no file beside `path`.
-    explicit OutputFile(std::filesystem::path path);
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-    ~OutputFile() override;
+    explicit OutputFile(const std::filesystem::path& path);
 
+    // Throws StorageError.
     void WriteAt(std::uint64_t offset, const void* pBytes, std::size_t size) override;
     // Puts the file in its place, instead of one that is there. Throws Error.
     void Commit();
 
   private:
     void Flush();
+    [[nodiscard]] bool Rename() const;
 
     std::filesystem::path m_path;
-    std::filesystem::path m_temporary;
     FileHandle m_file{INVALID_HANDLE_VALUE};
     std::string m_block;  // not yet in the file
     std::uint64_t m_blockStart = 0;

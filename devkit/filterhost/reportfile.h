@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -11,7 +12,8 @@
 namespace devkit::filterhost {
 
 // A file that grows before its end and is whole after every addition, so that an end by force leaves what
-// there was. What cannot be written throws UsageError that begins with the option.
+// there was, and so does an addition that cannot be written. That throws UsageError, which begins with the
+// option.
 class ReportFile {
   public:
     // Replaces a file that is there. What is added comes between the two texts.
@@ -23,12 +25,14 @@ class ReportFile {
     void ReplaceHead(std::string_view head);
 
   private:
-    void Write(DWORD from, LONGLONG offset, std::string_view text);
+    void Write(std::uint64_t offset, std::string_view text);
+    void PutBack() noexcept;
 
     const std::filesystem::path m_path;
     const std::string m_option;
     const std::string m_end;
-    common::FileHandle m_file;
+    common::FileHandle m_file{INVALID_HANDLE_VALUE};
+    std::uint64_t m_size = 0;
 };
 
 }  // namespace devkit::filterhost

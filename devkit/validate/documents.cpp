@@ -2,6 +2,7 @@
 
 #include "platform/windows.h"
 
+#include <regex>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -19,18 +20,31 @@ std::string_view CarriedBytes(const std::string& name) {
     return {static_cast<const char*>(LockResource(loaded)), SizeofResource(nullptr, place)};
 }
 
+constexpr const char* kOwnerExtension = ".tmp";
+
+void RemoveAbandoned(const std::filesystem::path& base) {
+    static const std::regex kName("filterhost-[0-9]+-[0-9]+");
+    std::error_code ignored;
+    for (const auto& each : std::filesystem::directory_iterator(base, ignored)) {
+        const std::filesystem::path& path = each.path();
+        if (!each.is_directory(ignored) || !std::regex_match(common::PathText(path.filename()), kName))
+            continue;
+        std::filesystem::path owner = path;
+        owner += kOwnerExtension;
+        if (!std::filesystem::exists(owner, ignored)) std::filesystem::remove_all(path, ignored);
+    }
+}
+
 }  // namespace
 
-TemporaryFolder::TemporaryFolder() {
-    const std::filesystem::path base = std::filesystem::temp_directory_path();
-    const std::string prefix = "filterhost-" + std::to_string(GetCurrentProcessId()) + "-";
-    constexpr int kAttempts = 1000;
-    for (int i = 0; i < kAttempts && m_path.empty(); ++i) {
-        const std::filesystem::path path = base / (prefix + std::to_string(i));
-        std::error_code failure;
-        if (std::filesystem::create_directory(path, failure)) m_path = path;
-    }
-    if (m_path.empty()) throw std::runtime_error("no folder can be made in " + common::PathText(base));
+TemporaryFolder::TemporaryFolder() : m_path(m_owner.Path()) {
+    m_path.replace_extension();
+    RemoveAbandoned(m_path.parent_path());
+    std::error_code failure;
+    // Of a process of the same number.
+    std::filesystem::remove_all(m_path, failure);
+    if (!std::filesystem::create_directory(m_path, failure))
+        throw std::runtime_error("no folder can be made: " + common::PathText(m_path));
 }
 
 TemporaryFolder::~TemporaryFolder() {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "devkit/common/file.h"
+
 namespace devkit::validate {
 
 // A document that a filter is run over.
@@ -12,7 +14,8 @@ struct Document {
     std::filesystem::path path;
 };
 
-// A folder of the system's for such, which goes with the object and all that is in it.
+// A folder beside the system's temporary files, which goes with the object and all that is in it. What a
+// process that was ended has left of such goes with the next one that is made.
 class TemporaryFolder {
   public:
     // Throws std::runtime_error when there can be none.
@@ -24,6 +27,8 @@ class TemporaryFolder {
     [[nodiscard]] const std::filesystem::path& Path() const noexcept { return m_path; }
 
   private:
+    // Of the folder's name; the system takes it with the process.
+    common::TemporaryFile m_owner;
     std::filesystem::path m_path;
 };
 
