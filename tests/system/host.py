@@ -65,6 +65,22 @@ class Host:
             return done.returncode, reports, text
 
 
+def processes_of(mark):
+    """The numbers of the hosts that were started with the mark in their environment."""
+    found = []
+    for number in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{number}/environ", "rb") as file:
+                environment = file.read()
+            with open(f"/proc/{number}/cmdline", "rb") as file:
+                command = file.read()
+        except OSError:
+            continue
+        if f"HOST_MARK={mark}".encode() in environment and b"filterhost.exe" in command:
+            found.append(int(number))
+    return found
+
+
 def corpus_files():
     """The documents of the corpus, or None where it is absent (CORPUS_FOLDER names another place)."""
     folder = os.environ.get("CORPUS_FOLDER", os.path.join(os.path.dirname(ROOT), "shared", "corpus"))

@@ -12,26 +12,10 @@ import unittest
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))))
 sys.path.insert(0, os.path.join(ROOT, "tests", "system"))
 
-from host import Host, windows_path  # noqa: E402
+from host import Host, processes_of, windows_path  # noqa: E402
 
 CLASS_ID = "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D10}"
 INTERRUPTED = 130
-
-
-def processes_of(mark):
-    """The numbers of the hosts that were started with the mark in their environment."""
-    found = []
-    for number in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{number}/environ", "rb") as file:
-                environment = file.read()
-            with open(f"/proc/{number}/cmdline", "rb") as file:
-                command = file.read()
-        except OSError:
-            continue
-        if f"HOST_MARK={mark}".encode() in environment and b"filterhost.exe" in command:
-            found.append(int(number))
-    return found
 
 
 class InterruptTest(unittest.TestCase):
