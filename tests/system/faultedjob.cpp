@@ -1,5 +1,6 @@
 #include "faultedjob.h"
 
+#include <algorithm>
 #include <atomic>
 #include <clocale>
 #include <cstdio>
@@ -9,6 +10,7 @@
 #include <optional>
 #include <regex>
 #include <sstream>
+#include <stdexcept>
 #include <utility>
 
 #include "devkit/pipeline/part.h"
@@ -169,6 +171,12 @@ const std::vector<Job>& Jobs() {
         {"cancelled", "simprinter", JobInMemory({Page("/1.fpage"), Page("/2.fpage")}), 6},
     };
     return jobs;
+}
+
+const Job& JobNamed(std::string_view name) {
+    const auto job = std::ranges::find(Jobs(), name, &Job::name);
+    if (job == Jobs().end()) throw std::invalid_argument("there is no job " + std::string(name));
+    return *job;
 }
 
 JobResult ResultOf(const RunOutcome& outcome) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,7 @@ struct Job {
 // One that passes through, one whose tickets merge at all scopes, one that turns a page, one that re-sizes,
 // one that fails by itself, one that is cancelled.
 [[nodiscard]] const std::vector<Job>& Jobs();
+[[nodiscard]] const Job& JobNamed(std::string_view name);
 
 // What a job gives: the codes, and each part that was sent with its bytes and its ticket's. The numbers that
 // the filter counts in the names of its tickets are written as "N".
