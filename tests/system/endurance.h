@@ -28,9 +28,9 @@ struct Holdings {
 };
 
 // The memory in use is as much as before within 1 %, and there are as
-// many handles and objects. Both are printed with what lies between them ("9000 pages"). What the system's
-// SAX reader keeps of each of the so many documents that it has read in between does not count: with Wine a
-// block.
+// many handles, but for one or two of the system's, and objects. Both are printed with what lies between them
+// ("9000 pages"). What the system's SAX reader keeps of each of the so many documents that it has read in
+// between does not count: with Wine a block.
 void ExpectSteady(const std::string& between, const Holdings& before, const Holdings& after,
                   std::size_t documentsRead);
 
