@@ -19,5 +19,6 @@ function(judged_test name)
     --long-timeout ${long} ${command} ${arg_ARGUMENTS})
   # The time-out of ctest is for the case that the runner itself hangs.
   math(EXPR timeout "${long} + 60")
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} SKIP_RETURN_CODE 77)
+  # What may take longest begins first.
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} COST ${arg_TIMEOUT} SKIP_RETURN_CODE 77)
 endfunction()
