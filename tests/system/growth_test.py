@@ -60,6 +60,11 @@ class Growth(unittest.TestCase):
         self.assertLess(self.bytes_of_a_page("none", "longedge"), 3750)
 
 
+def main(program):
+    global HOST
+    HOST = Host(program)
+    return 0 if unittest.main(argv=[__file__, "-v"], exit=False).result.wasSuccessful() else 1
+
+
 if __name__ == "__main__":
-    HOST = Host(sys.argv.pop(1))
-    unittest.main(verbosity=2)
+    sys.exit(main(*sys.argv[1:]))
