@@ -1,9 +1,5 @@
 #include "devkit/validate/failingmemory.h"
 
-#ifdef _MSC_VER
-#include <intrin.h>
-#endif
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -14,6 +10,7 @@
 #include <mutex>
 #include <utility>
 
+#include "devkit/common/caller.h"
 #include "devkit/common/importtable.h"
 #include "devkit/filterhost/crashreport.h"
 
@@ -169,59 +166,52 @@ auto Release(const void* pBlock, Free&& free) -> decltype(free()) {
     return free();
 }
 
-// Where the replacement was called from.
-#ifdef _MSC_VER
-#define CALLER _ReturnAddress()
-#else
-#define CALLER __builtin_return_address(0)
-#endif
-
 void* Malloc(std::size_t size) {
     constexpr bool kIsMalloc = true;
     return Acquire(
-        CALLER, [&] { return g_system.malloc(size); }, kIsMalloc);
+        DEVKIT_CALLER, [&] { return g_system.malloc(size); }, kIsMalloc);
 }
 void* Calloc(std::size_t count, std::size_t size) {
-    const void* const pCaller = CALLER;
+    const void* const pCaller = DEVKIT_CALLER;
     const std::shared_ptr<State> state = Current();
     const auto ask = [&] { return g_system.calloc(count, size); };
     return state != nullptr && MayBeRuntime(*state, pCaller) ? ask() : Acquire(pCaller, ask);
 }
 void* Realloc(void* pBlock, std::size_t size) {
-    return Resize(CALLER, pBlock, [&] { return g_system.realloc(pBlock, size); });
+    return Resize(DEVKIT_CALLER, pBlock, [&] { return g_system.realloc(pBlock, size); });
 }
 void Free(void* pBlock) {
     Release(pBlock, [&] { g_system.free(pBlock); });
 }
 void* WINAPI AllocateOfHeap(HANDLE heap, DWORD flags, SIZE_T size) {
-    return Acquire(CALLER, [&] { return g_system.heapAlloc(heap, flags, size); });
+    return Acquire(DEVKIT_CALLER, [&] { return g_system.heapAlloc(heap, flags, size); });
 }
 void* WINAPI ReallocateOfHeap(HANDLE heap, DWORD flags, void* pBlock, SIZE_T size) {
-    return Resize(CALLER, pBlock, [&] { return g_system.heapReAlloc(heap, flags, pBlock, size); });
+    return Resize(DEVKIT_CALLER, pBlock, [&] { return g_system.heapReAlloc(heap, flags, pBlock, size); });
 }
 BOOL WINAPI FreeOfHeap(HANDLE heap, DWORD flags, void* pBlock) {
     return Release(pBlock, [&] { return g_system.heapFree(heap, flags, pBlock); });
 }
 HLOCAL WINAPI AllocateLocal(UINT flags, SIZE_T size) {
-    return Acquire(CALLER, [&] { return g_system.localAlloc(flags, size); });
+    return Acquire(DEVKIT_CALLER, [&] { return g_system.localAlloc(flags, size); });
 }
 HLOCAL WINAPI FreeLocal(HLOCAL block) {
     return Release(block, [&] { return g_system.localFree(block); });
 }
 HGLOBAL WINAPI AllocateGlobal(UINT flags, SIZE_T size) {
-    return AcquireForOthers(CALLER, [&] { return g_system.globalAlloc(flags, size); });
+    return AcquireForOthers(DEVKIT_CALLER, [&] { return g_system.globalAlloc(flags, size); });
 }
 void* WINAPI AllocateTaskMemory(SIZE_T size) {
-    return AcquireForOthers(CALLER, [&] { return g_system.taskMemAlloc(size); });
+    return AcquireForOthers(DEVKIT_CALLER, [&] { return g_system.taskMemAlloc(size); });
 }
 BSTR WINAPI AllocateString(const OLECHAR* text) {
-    return AcquireForOthers(CALLER, [&] { return g_system.allocString(text); });
+    return AcquireForOthers(DEVKIT_CALLER, [&] { return g_system.allocString(text); });
 }
 BSTR WINAPI AllocateStringLen(const OLECHAR* text, UINT length) {
-    return AcquireForOthers(CALLER, [&] { return g_system.allocStringLen(text, length); });
+    return AcquireForOthers(DEVKIT_CALLER, [&] { return g_system.allocStringLen(text, length); });
 }
 BSTR WINAPI AllocateStringByteLen(const char* text, UINT length) {
-    return AcquireForOthers(CALLER, [&] { return g_system.allocStringByteLen(text, length); });
+    return AcquireForOthers(DEVKIT_CALLER, [&] { return g_system.allocStringByteLen(text, length); });
 }
 
 // Those that give memory, and those that take it back.

@@ -28,6 +28,7 @@ using printschema::TypedValue;
 
 constexpr std::size_t kPagesOfADocument = 150;
 constexpr const char* kPageType = "application/vnd.ms-package.xps-fixedpage+xml";
+
 // An option of a feature of the device as a ticket asks for it, with the parameters that it refers to.
 struct Wish {
     QName feature;

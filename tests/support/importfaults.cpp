@@ -1,9 +1,5 @@
 #include "importfaults.h"
 
-#ifdef _MSC_VER
-#include <intrin.h>
-#endif
-
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -13,6 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "devkit/common/caller.h"
 #include "devkit/common/importtable.h"
 #include "platform/gdiplus.h"
 #include "platform/prntvpt.h"
@@ -159,13 +156,6 @@ void GiveBack(Resource resource, Key key) {
     if (const auto found = held.find(KeyOf(key)); found != held.end()) held.erase(found);
 }
 
-// Where the replacement was called from.
-#ifdef _MSC_VER
-#define CALLER _ReturnAddress()
-#else
-#define CALLER __builtin_return_address(0)
-#endif
-
 bool IsOperatorNew(void* pCaller) {
     const std::scoped_lock lock(g_pState->lock);
     if (g_pState->pOperatorNew == nullptr) g_pState->pOperatorNew = pCaller;
@@ -173,7 +163,7 @@ bool IsOperatorNew(void* pCaller) {
 }
 
 void* Malloc(std::size_t size) {
-    if (!IsOperatorNew(CALLER)) return g_system.malloc(size);
+    if (!IsOperatorNew(DEVKIT_CALLER)) return g_system.malloc(size);
     if (Strikes(Import::OperatorNew)) return nullptr;
     void* const pBlock = g_system.malloc(size);
     if (pBlock != nullptr) Take(Resource::HeapBlock, pBlock);

@@ -1,13 +1,10 @@
 #include "saxfaults.h"
 
-#ifdef _MSC_VER
-#include <intrin.h>
-#endif
-
 #include <optional>
 #include <stdexcept>
 
 #include "base/xps/fixedpagesaxhandlerbase.h"
+#include "devkit/common/caller.h"
 #include "domslots.h"
 #include "platform/bstr.h"
 #include "platform/comobject.h"
@@ -32,13 +29,6 @@ enum SaxSlot : std::size_t {
     AttributesGetValue = 13,
 };
 
-// Where the replacement was called from.
-#ifdef _MSC_VER
-#define CALLER _ReturnAddress()
-#else
-#define CALLER __builtin_return_address(0)
-#endif
-
 template <typename Interface, std::size_t slot, typename... Arguments>
 struct Thunk {
     using Function = HRESULT STDMETHODCALLTYPE(void*, Arguments...);
@@ -46,7 +36,7 @@ struct Thunk {
     static inline const char* s_name = "";
 
     static HRESULT STDMETHODCALLTYPE Call(void* self, Arguments... arguments) {
-        return g_strikes(s_name, CALLER) ? g_code : s_pOriginal(self, arguments...);
+        return g_strikes(s_name, DEVKIT_CALLER) ? g_code : s_pOriginal(self, arguments...);
     }
 
     static void Install(Interface* pObject, const char* name) {

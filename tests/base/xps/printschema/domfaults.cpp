@@ -1,11 +1,8 @@
 #include "domfaults.h"
 
-#ifdef _MSC_VER
-#include <intrin.h>
-#endif
-
 #include <optional>
 
+#include "devkit/common/caller.h"
 #include "domslots.h"
 
 namespace tests {
@@ -21,13 +18,6 @@ HRESULT g_code = S_OK;
 std::optional<DomCall> g_only;
 DomStrike g_strikes = nullptr;
 
-// Where the replacement was called from.
-#ifdef _MSC_VER
-#define CALLER _ReturnAddress()
-#else
-#define CALLER __builtin_return_address(0)
-#endif
-
 [[nodiscard]] bool IsCounted(DomCall call) noexcept { return !g_only || *g_only == call; }
 
 // Stands in a slot of the virtual table of one kind of object.
@@ -38,7 +28,8 @@ struct Thunk {
     static inline const char* s_name = "";
 
     static HRESULT STDMETHODCALLTYPE Call(void* self, Arguments... arguments) {
-        if (g_strikes != nullptr ? g_strikes(s_name, CALLER) : IsCounted(call) && ++g_calls == g_failing) {
+        if (g_strikes != nullptr ? g_strikes(s_name, DEVKIT_CALLER)
+                                 : IsCounted(call) && ++g_calls == g_failing) {
             return g_code;
         }
         return s_pOriginal(self, arguments...);
