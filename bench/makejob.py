@@ -13,6 +13,8 @@ PACKAGE = "http://schemas.openxmlformats.org/package/2006"
 PRINT_TICKET = XPS + "/printticket"
 PSF = "http://schemas.microsoft.com/windows/2003/08/printing/printschemaframework"
 PSK = "http://schemas.microsoft.com/windows/2003/08/printing/printschemakeywords"
+XSI = "http://www.w3.org/2001/XMLSchema-instance"
+XSD = "http://www.w3.org/2001/XMLSchema"
 EPOCH = (1980, 1, 1, 0, 0, 0)
 
 CONTENT_TYPES = f"""<?xml version="1.0" encoding="utf-8"?>
@@ -40,7 +42,9 @@ def page(number, paths):
 
 
 def ticket(color):
-    return (f'<?xml version="1.0" encoding="utf-8"?>\n<psf:PrintTicket xmlns:psf="{PSF}" xmlns:psk="{PSK}" version="1">'
+    # As any ticket of a driver it declares what typed values need, so that it can take those of a new one.
+    return (f'<?xml version="1.0" encoding="utf-8"?>\n<psf:PrintTicket xmlns:psf="{PSF}" xmlns:psk="{PSK}" '
+            f'xmlns:xsi="{XSI}" xmlns:xsd="{XSD}" version="1">'
             '<psf:Feature name="psk:PageOrientation"><psf:Option name="psk:Portrait"/></psf:Feature>'
             f'<psf:Feature name="psk:PageOutputColor"><psf:Option name="psk:{color}"/></psf:Feature></psf:PrintTicket>')
 

@@ -56,16 +56,9 @@ class ReportPageTest(unittest.TestCase):
         cls.bad = cls.report_of("bad", "send-after-close", os.path.join(SAMPLES, "minimal.xps"), *cls.filter_options())
         cls.plain = cls.report_of("plain", "", os.path.join(SAMPLES, "minimal.xps"), *cls.filter_options())
         job = os.path.join(cls.folder, "job.xps")
-        write_document(job, [(None, [(makejob.page(number, 10), cls.ticket("Monochrome" if number % 2 else "Color"))
+        write_document(job, [(None, [(makejob.page(number, 10), makejob.ticket("Monochrome" if number % 2 else "Color"))
                                      for number in range(1, MANY_PAGES + 1)])])
         cls.many = cls.report_of("many", "", job, "--device", "longedge")
-
-    @staticmethod
-    def ticket(color):
-        """One that can take the values of a new one."""
-        return makejob.ticket(color).replace(
-            ' version="1"', ' xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" '
-                            'xmlns:xsd="http://www.w3.org/2001/XMLSchema" version="1"')
 
     @classmethod
     def filter_options(cls):
