@@ -258,10 +258,15 @@ pipeline::PropertyValues ParseProperties(const std::vector<std::string>& texts) 
     return values;
 }
 
+struct XmlClasses {
+    msxml::DomRegistration dom;
+    msxml::SaxRegistration sax;
+};
+
 // The kit's DOM document in the place of the system's, where a probe finds the system's wanting.
-std::unique_ptr<msxml::DomRegistration> FillDomGap(const EventSink& sink) {
+std::shared_ptr<void> FillDomGap(const EventSink& sink) {
     if (msxml::SystemDomConforms()) return nullptr;
-    auto registration = std::make_unique<msxml::DomRegistration>();
+    auto registration = std::make_shared<XmlClasses>();
     sink(events::Noted{"the system's DOM document lacks what filters need; the kit's own takes its place"});
     return registration;
 }
@@ -272,7 +277,7 @@ std::shared_ptr<void> FillDomGapOfThread() {
     APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
     const bool isEntered = SUCCEEDED(CoGetApartmentType(&type, &qualifier));
     if (!isEntered || (type != APTTYPE_STA && type != APTTYPE_MAINSTA)) return nullptr;
-    return std::make_shared<msxml::DomRegistration>();
+    return std::make_shared<XmlClasses>();
 }
 
 std::vector<std::shared_ptr<pipeline::FilterSource>> LoadFilters(const HostSettings& settings,
@@ -326,7 +331,7 @@ HostedRun::HostedRun(const HostSettings& settings, const EventSink& sink)
           settings.deviceCapabilities
               ? std::make_shared<const std::string>(ReadDeviceCapabilities(*settings.deviceCapabilities))
               : nullptr),
-      m_dom(FillDomGap(sink)) {}
+      m_xmlClasses(FillDomGap(sink)) {}
 
 HostedRun::~HostedRun() = default;
 
@@ -473,7 +478,7 @@ pipeline::RunOptions HostedRun::MakeOptions() const {
     }
     properties.more = ParseProperties(m_settings.properties);
     options.cancelAt = m_settings.cancelAt;
-    if (m_dom) options.onPipelineThread = options.onApartmentEntered = &FillDomGapOfThread;
+    if (m_xmlClasses) options.onPipelineThread = options.onApartmentEntered = &FillDomGapOfThread;
     for (const std::string& text : m_settings.pipelineSwitches) pipeline::ApplySwitch(options, text);
     return options;
 }

@@ -53,7 +53,7 @@ class HostedRun {
     const PrinterHandle m_printer;
     pipeline::Bytes m_userTicket;
     pipeline::Bytes m_deviceCapabilities;  // null when there are none
-    std::unique_ptr<msxml::DomRegistration> m_dom;
+    std::shared_ptr<void> m_xmlClasses;    // null where the system's own serve
 
     std::mutex m_lock;
     std::shared_ptr<pipeline::FilterRun> m_run;

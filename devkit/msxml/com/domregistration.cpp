@@ -23,9 +23,9 @@ class ClassObject final : public LiveObject<IClassFactory> {
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
 
-// The system's class object, from its server itself: COM's class table may already name this library's. Null
-// when there is none.
-platform::ComPtr<IClassFactory> SystemClassObject() noexcept {
+// The system's class object, from its server itself: COM's class table may already name another. Null when
+// there is none.
+platform::ComPtr<IClassFactory> SystemClassObject(REFCLSID clsid) noexcept {
     using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
     // The module stays loaded, as it does once COM has used it.
     const HMODULE module = LoadLibraryExW(L"msxml6.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
@@ -34,15 +34,14 @@ platform::ComPtr<IClassFactory> SystemClassObject() noexcept {
     if (entry == nullptr) return nullptr;
     const auto getClassObject = reinterpret_cast<GetClassObject>(reinterpret_cast<void*>(entry));
     platform::ComPtr<IClassFactory> pFactory;
-    const HRESULT result =
-        getClassObject(platform::CLSID_DomDocument60, __uuidof(IClassFactory), pFactory.PutVoid());
+    const HRESULT result = getClassObject(clsid, __uuidof(IClassFactory), pFactory.PutVoid());
     return SUCCEEDED(result) ? pFactory : nullptr;
 }
 
 }  // namespace
 
 bool SystemDomConforms() noexcept {
-    const platform::ComPtr<IClassFactory> pFactory = SystemClassObject();
+    const platform::ComPtr<IClassFactory> pFactory = SystemClassObject(platform::CLSID_DomDocument60);
     return pFactory && DomConforms(*pFactory.Get());
 }
 
@@ -50,16 +49,21 @@ platform::ComPtr<IClassFactory> MakeDomClassObject() {
     return platform::ComPtr<IClassFactory>::Adopt(platform::MakeObject<ClassObject>().Detach());
 }
 
-DomRegistration::DomRegistration() {
-    const platform::ComPtr<IClassFactory> pFactory = MakeDomClassObject();
-    const HRESULT result = CoRegisterClassObject(platform::CLSID_DomDocument60, pFactory.Get(),
-                                                 CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
-    if (FAILED(result)) {
-        throw std::system_error(result, std::system_category(),
-                                "COM refused the class object of the DOM document");
-    }
+ClassRegistration::ClassRegistration(REFCLSID clsid, IClassFactory& factory) {
+    const HRESULT result =
+        CoRegisterClassObject(clsid, &factory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
+    if (FAILED(result))
+        throw std::system_error(result, std::system_category(), "COM refused the class object");
 }
 
-DomRegistration::~DomRegistration() { CoRevokeClassObject(m_cookie); }
+ClassRegistration::~ClassRegistration() { CoRevokeClassObject(m_cookie); }
+
+DomRegistration::DomRegistration()
+    : m_registration(platform::CLSID_DomDocument60, *MakeDomClassObject().Get()) {}
+
+SaxRegistration::SaxRegistration() {
+    if (const platform::ComPtr<IClassFactory> pFactory = SystemClassObject(platform::CLSID_SaxXmlReader60))
+        m_registration.emplace(platform::CLSID_SaxXmlReader60, *pFactory.Get());
+}
 
 }  // namespace devkit::msxml

@@ -4,6 +4,8 @@
 
 #include <unknwn.h>
 
+#include <optional>
+
 #include "platform/comptr.h"
 
 namespace devkit::msxml {
@@ -19,19 +21,39 @@ namespace devkit::msxml {
 // std::bad_alloc.
 [[nodiscard]] platform::ComPtr<IClassFactory> MakeDomClassObject();
 
-// Lets CoCreateInstance of DOMDocument60 (CLSCTX_INPROC_SERVER or CLSCTX_ALL) give this library's document to
-// every thread of the calling thread's apartment while it lives. One at a time in an apartment; the thread
-// that made it destroys it, before it leaves COM.
-class DomRegistration {
+// A class object in COM's table, for every thread of the calling thread's apartment, while this lives. One of
+// a class at a time in an apartment; the thread that made it destroys it, before it leaves COM.
+class ClassRegistration {
   public:
     // Throws std::system_error with the HRESULT as its value when COM refuses the registration.
-    DomRegistration();
-    DomRegistration(const DomRegistration&) = delete;
-    DomRegistration& operator=(const DomRegistration&) = delete;
-    ~DomRegistration();
+    ClassRegistration(REFCLSID clsid, IClassFactory& factory);
+    ClassRegistration(const ClassRegistration&) = delete;
+    ClassRegistration& operator=(const ClassRegistration&) = delete;
+    ~ClassRegistration();
 
   private:
     DWORD m_cookie = 0;
+};
+
+// Lets CoCreateInstance of DOMDocument60 (CLSCTX_INPROC_SERVER or CLSCTX_ALL) give this library's document.
+class DomRegistration {
+  public:
+    // Throws std::bad_alloc, and what ClassRegistration throws.
+    DomRegistration();
+
+  private:
+    ClassRegistration m_registration;
+};
+
+// Lets CoCreateInstance of SAXXMLReader60 find the system's class object in COM's table. Wine looks it up in
+// its registry otherwise, for each reader anew: a filter that rewrites pages makes one for each page.
+class SaxRegistration {
+  public:
+    // Without a system's reader nothing is registered. Throws what ClassRegistration throws.
+    SaxRegistration();
+
+  private:
+    std::optional<ClassRegistration> m_registration;
 };
 
 }  // namespace devkit::msxml

@@ -2,13 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <thread>
 
 #include "devkit/msxml/com/conformance.h"
 #include "devkit/msxml/com/domdocument.h"
-#include "platform/bstr.h"
 #include "platform/comptr.h"
 #include "platform/msxml6.h"
+#include "platform/variant.h"
 
 namespace devkit::msxml {
 namespace {
@@ -84,6 +86,46 @@ TEST(DomRegistration, AnApartmentsRegistrationIsNotAnothers) {
         CoUninitialize();
     }).join();
     EXPECT_FALSE(inOther);
+}
+
+// Creates readers for a while with COM's table as it is; the shortest of several times.
+std::chrono::steady_clock::duration TimeOfReaders() {
+    auto shortest = std::chrono::steady_clock::duration::max();
+    for (int round = 0; round < 20; ++round) {
+        const auto start = std::chrono::steady_clock::now();
+        for (int i = 0; i < 10; ++i) {
+            ComPtr<ISAXXMLReader> pReader;
+            EXPECT_EQ(S_OK, CoCreateInstance(platform::CLSID_SaxXmlReader60, nullptr, CLSCTX_ALL,
+                                             __uuidof(ISAXXMLReader), pReader.PutVoid()));
+        }
+        shortest = std::min(shortest, std::chrono::steady_clock::now() - start);
+    }
+    return shortest;
+}
+
+TEST(SaxRegistration, SparesWineTheSearchOfItsRegistry) {
+    if (SystemDomConforms()) GTEST_SKIP() << "this system keeps what it has found";
+    const auto searching = TimeOfReaders();
+    const SaxRegistration registration;
+    const auto found = TimeOfReaders();
+    EXPECT_LT(found * 3, searching * 2);
+}
+
+TEST(SaxRegistration, LeavesTheReaderTheSystemsOwn) {
+    const auto read = [] {
+        ComPtr<ISAXXMLReader> pReader;
+        EXPECT_EQ(S_OK, CoCreateInstance(platform::CLSID_SaxXmlReader60, nullptr, CLSCTX_ALL,
+                                         __uuidof(ISAXXMLReader), pReader.PutVoid()));
+        const platform::Variant text(L"<a><b/>");
+        return pReader->parse(text.Get());
+    };
+    const HRESULT without = read();
+    EXPECT_TRUE(FAILED(without));
+    {
+        const SaxRegistration registration;
+        EXPECT_EQ(without, read());
+    }
+    EXPECT_EQ(without, read());
 }
 
 TEST(DomRegistration, ProbeOfTheSystemIgnoresARegistration) {
