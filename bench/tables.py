@@ -30,16 +30,25 @@ def jobs(results):
 
 
 def growth(rows):
-    def of_one_page(row):
-        return (row["seconds"] - row["start"]) / row["pages"]
-
+    """A line for each size of job and, before those that are larger, one for the size that they are told against."""
     lines = []
-    for row in rows:
-        same_kind = [other for other in rows if other["kind"] == row["kind"]]
-        base = next((other for other in same_kind if other["pages"] == 2000), same_kind[0])
-        lines.append([f"{row['pages']:,}, {row['kind']}", f"{row['seconds']:.2f} s", f"{1000 * of_one_page(row):.2f} ms",
-                      f"{of_one_page(row) / of_one_page(base):.2f}", f"{row['peak'] / 1024:.1f} MB",
-                      f"{(row['peak'] - base['peak']) / 1024:+.1f} MB"])
+    for kind in dict.fromkeys(row["kind"] for row in rows):
+        same_kind = [row for row in rows if row["kind"] == kind]
+        base_runs = [base for row in same_kind for base, _ in row["runs"]]
+        base_peak = max(peak for _, peak in base_runs)
+
+        def line(pages, start, seconds, peak, against, kind=kind, base_peak=base_peak):
+            return pages, [f"{pages:,}, {kind}", f"{seconds:.2f} s", f"{1000 * (seconds - start) / pages:.2f} ms", against,
+                           f"{peak / 1024:.1f} MB", f"{(peak - base_peak) / 1024:+.1f} MB"]
+
+        of_kind = [line(same_kind[0]["base"], same_kind[0]["start"], statistics.median(seconds for seconds, _ in base_runs), base_peak,
+                        "1.00")]
+        for row in same_kind:
+            of_one_page = [[(run[0] - row["start"]) / count for run, count in zip(pair, (row["base"], row["pages"]))]
+                           for pair in row["runs"]]
+            of_kind.append(line(row["pages"], row["start"], statistics.median(run[0] for _, run in row["runs"]),
+                                max(run[1] for _, run in row["runs"]), ratio(*zip(*of_one_page))))
+        lines += [text for _, text in sorted(of_kind)]
     return table(["Pages", "CPU", "Of one page", "Against 2,000 pages", "Peak memory", "Above 2,000 pages"], lines)
 
 

@@ -24,10 +24,10 @@ RESULTS = {
               "Floor/MB:1": [10, 20, 10], "Rewrite/MB:1": [11, 30, 12]},
     "memory": {"floor/1": [1000, 2000], "rewrite/1": [1100, 2004]},
     "jobs": {"pages": 2000, "rows": [{"kind": "some pages", "pairs": [[0.2, 0.5], [0.3, 0.6], [0.2, 0.4]]}]},
-    "growth": [{"kind": "plain", "pages": 500, "seconds": 1.1, "start": 0.1, "peak": 40960},
-               {"kind": "plain", "pages": 2000, "seconds": 4.1, "start": 0.1, "peak": 41984},
-               {"kind": "dear", "pages": 2000, "seconds": 8.1, "start": 0.1, "peak": 51200},
-               {"kind": "dear", "pages": 8000, "seconds": 48.1, "start": 0.1, "peak": 56320}],
+    "growth": [{"kind": "plain", "pages": 500, "base": 2000, "start": 0.1, "runs": [[[4.1, 41984], [1.1, 40960]]]},
+               {"kind": "dear", "pages": 500, "base": 2000, "start": 0.1, "runs": [[[8.1, 51200], [2.1, 40960]]]},
+               {"kind": "dear", "pages": 8000, "base": 2000, "start": 0.1,
+                "runs": [[[8.1, 51100], [48.1, 56320]], [[16.1, 51200], [32.1, 56300]], [[8.1, 51200], [32.1, 56320]]]}],
 }
 
 
@@ -81,10 +81,17 @@ class Tables(unittest.TestCase):
                       tables.pages(RESULTS["micro"]))
 
     def test_growth_is_told_without_the_start(self):
-        self.assertIn("| 500, plain | 1.10 s | 2.00 ms | 1.00 | 40.0 MB | -1.0 MB |", tables.growth(RESULTS["growth"]))
+        self.assertIn("| 500, plain | 1.10 s | 2.00 ms | 1.00 (1.00 to 1.00) | 40.0 MB | -1.0 MB |",
+                      tables.growth(RESULTS["growth"]))
 
-    def test_growth_is_told_against_the_same_kind_of_job(self):
-        self.assertIn("| 8,000, dear | 48.10 s | 6.00 ms | 1.50 | 55.0 MB | +5.0 MB |", tables.growth(RESULTS["growth"]))
+    def test_growth_is_told_against_the_smaller_job_of_the_same_pair(self):
+        self.assertIn("| 8,000, dear | 32.10 s | 4.00 ms | 1.00 (0.50 to 1.50) | 55.0 MB | +5.0 MB |",
+                      tables.growth(RESULTS["growth"]))
+
+    def test_the_job_that_others_are_told_against_stands_among_them(self):
+        rows = [line.split("|")[1].strip() for line in tables.growth(RESULTS["growth"]).splitlines()[2:]]
+        self.assertEqual(["500, plain", "2,000, plain", "500, dear", "2,000, dear", "8,000, dear"], rows)
+        self.assertIn("| 2,000, dear | 8.10 s | 4.00 ms | 1.00 | 50.0 MB | +0.0 MB |", tables.growth(RESULTS["growth"]))
 
     def test_a_rewrite_is_told_with_its_memory(self):
         self.assertIn("| 1 MB | 10.0 ms | 12.0 ms | 1.20 (1.10 to 1.50) | 100 KB | 4 KB |",
