@@ -69,18 +69,7 @@ class ForgetfulConsumer final : public devkit::pipeline::ComObject<IXpsDocumentC
     }
 };
 
-class EnduranceTest : public FaultedJobTest {
-  protected:
-    // The provider keeps nothing of the calls either.
-    static void ConfigureWithoutLog(const std::string& device) {
-        devkit::prntvpt::ProviderSettings settings;
-        settings.device = Device(device);
-        settings.printers = {"SimPrinter"};
-        settings.recordTickets = false;
-        settings.recordCalls = false;
-        Provider().Configure(settings);
-    }
-};
+using EnduranceTest = FaultedJobTest;
 
 TEST_F(EnduranceTest, OfAPageNothingIsKept) {
     const std::size_t pages = IsLong() ? 10000 : 2000;

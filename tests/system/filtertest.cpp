@@ -62,11 +62,23 @@ std::shared_ptr<const JobInput> FilterTest::SampleInput() {
     return input;
 }
 
-void FilterTest::Configure(std::vector<std::string> switches, const std::string& device) {
+devkit::prntvpt::ProviderSettings FilterTest::SettingsOf(const std::string& device) {
     devkit::prntvpt::ProviderSettings settings;
     settings.device = Device(device);
     settings.printers = {"SimPrinter"};
+    return settings;
+}
+
+void FilterTest::Configure(std::vector<std::string> switches, const std::string& device) {
+    devkit::prntvpt::ProviderSettings settings = SettingsOf(device);
     settings.switches = std::move(switches);
+    Provider().Configure(settings);
+}
+
+void FilterTest::ConfigureWithoutLog(const std::string& device) {
+    devkit::prntvpt::ProviderSettings settings = SettingsOf(device);
+    settings.recordTickets = false;
+    settings.recordCalls = false;
     Provider().Configure(settings);
 }
 

@@ -41,6 +41,8 @@ class FilterTest : public testing::Test {
 
     // The provider with the switches, every option of a run, and the bag that the device asks for.
     static void Configure(std::vector<std::string> switches = {}, const std::string& device = "simprinter");
+    // Of a provider that keeps nothing of its calls, for what would be too many of them.
+    static void ConfigureWithoutLog(const std::string& device);
     [[nodiscard]] static devkit::pipeline::RunOptions Options();
     [[nodiscard]] static devkit::pipeline::RunOutcome Run(
         devkit::pipeline::RunOptions options,
@@ -53,6 +55,8 @@ class FilterTest : public testing::Test {
     static void ExpectFailure(const devkit::pipeline::RunOutcome& outcome, HRESULT hr);
 
   private:
+    [[nodiscard]] static devkit::prntvpt::ProviderSettings SettingsOf(const std::string& device);
+
     static std::optional<devkit::msxml::DomRegistration> s_dom;
     static long s_liveDomObjects;  // what the registration itself keeps alive
     static std::unique_ptr<devkit::prntvpt::SimulatedProvider> s_pProvider;

@@ -67,6 +67,8 @@ class ParallelTest : public FaultedJobTest {
                 works[thread].emplace_back(&job, OptionsOf(job));
             }
         }
+        // Its account of hundreds of jobs would take longer to read than the jobs take.
+        ConfigureWithoutLog(device);
         std::barrier start(kThreads);
         std::vector<std::future<std::vector<RunOutcome>>> results;
         for (auto& work : works) {
@@ -90,7 +92,7 @@ class ParallelTest : public FaultedJobTest {
             for (std::size_t round = 0; round < rounds; ++round) {
                 EXPECT_EQ(GoodResult(*works[thread][round].first), ResultOf(outcomes[round]))
                     << works[thread][round].first->name;
-                ExpectNothingChanged(outcomes[round]);
+                EXPECT_EQ(std::vector<std::string>{}, outcomes[round].breaches);
                 const std::vector<std::string> made = TicketNumbers(outcomes[round]);
                 tickets += made.size();
                 numbers.insert(made.begin(), made.end());
@@ -99,6 +101,7 @@ class ParallelTest : public FaultedJobTest {
         EXPECT_EQ(tickets, numbers.size());
         EXPECT_EQ(device == "longedge", tickets > 0);
         EXPECT_EQ(S_OK, Filter()->CanUnloadNow());
+        ExpectNothingChanged(ended.back().back());
     }
 };
 
