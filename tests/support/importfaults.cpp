@@ -1,9 +1,12 @@
 #include "importfaults.h"
 
+#include <winspool.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <set>
 #include <stdexcept>
@@ -12,6 +15,7 @@
 #include "devkit/common/caller.h"
 #include "devkit/common/importtable.h"
 #include "platform/gdiplus.h"
+#include "platform/msxml6.h"
 #include "platform/prntvpt.h"
 
 namespace tests {
@@ -26,6 +30,9 @@ constexpr std::size_t kImports = static_cast<std::size_t>(Import::Count);
 constexpr std::array<const char*, kImports> kNames = {"operator new",
                                                       "CoTaskMemAlloc",
                                                       "SysAllocStringLen",
+                                                      "VariantChangeTypeEx",
+                                                      "GetLocaleInfoW",
+                                                      "GetPrinterDriverW",
                                                       "SetThreadToken",
                                                       "SetThreadToken to none",
                                                       "CoInitializeEx",
@@ -46,10 +53,26 @@ constexpr std::array<const char*, kImports> kNames = {"operator new",
                                                       "calls of the DOM",
                                                       "calls of the SAX reader"};
 
-enum class Resource { HeapBlock, Bstr, Matrix, GdiplusSession, ApartmentEntry, ProviderHandle, Count };
+enum class Resource {
+    HeapBlock,
+    Bstr,
+    Matrix,
+    GdiplusSession,
+    ApartmentEntry,
+    ProviderHandle,
+    Stream,
+    SaxReader,
+    Count
+};
 constexpr std::array<const char*, static_cast<std::size_t>(Resource::Count)> kResourceNames = {
-    "heap blocks",     "BSTRs", "GDI+ matrices", "GDI+ sessions", "entries into an apartment",
-    "provider handles"};
+    "heap blocks",
+    "BSTRs",
+    "GDI+ matrices",
+    "GDI+ sessions",
+    "entries into an apartment",
+    "provider handles",
+    "streams over memory",
+    "SAX readers"};
 
 // The system's own functions, as the module's import table had them. Linking to them would load libraries
 // that the program chooses to load itself.
@@ -60,6 +83,9 @@ struct System {
     decltype(&SysAllocStringLen) allocStringLen = nullptr;
     decltype(&SysFreeString) freeString = nullptr;
     decltype(&VariantClear) clearVariant = nullptr;
+    decltype(&VariantChangeTypeEx) changeVariant = nullptr;
+    decltype(&GetLocaleInfoW) getLocaleInfo = nullptr;
+    decltype(&GetPrinterDriverW) getPrinterDriver = nullptr;
     decltype(&SetThreadToken) setThreadToken = nullptr;
     decltype(&CoInitializeEx) initialize = nullptr;
     decltype(&CoUninitialize) uninitialize = nullptr;
@@ -91,6 +117,7 @@ struct State {
     Import failing = Import::Count;
     unsigned nth = 0;
     bool onwards = false;
+    std::function<void()> whenStruck;
     unsigned seen = 0;
     std::vector<std::uintptr_t> failedPath;
     std::string failedCall;
@@ -130,7 +157,9 @@ bool Strikes(Import import) {
     if (import != state.failing) return false;
     ++state.seen;
     if (state.seen == state.nth) state.failedPath = PathOfCaller(state);
-    return state.seen == state.nth || (state.onwards && state.seen > state.nth);
+    const bool isStruck = state.seen == state.nth || (state.onwards && state.seen > state.nth);
+    if (isStruck && state.whenStruck) state.whenStruck();
+    return isStruck;
 }
 
 template <typename Key>
@@ -155,6 +184,43 @@ void GiveBack(Resource resource, Key key) {
     auto& held = g_pState->held[static_cast<std::size_t>(resource)];
     if (const auto found = held.find(KeyOf(key)); found != held.end()) held.erase(found);
 }
+
+// Sees the release that ends an object of the system which the module has made: stands in the virtual table
+// of its class.
+template <Resource resource>
+class LastReleases {
+  public:
+    static void Watch(IUnknown* pObject) {
+        constexpr std::size_t kRelease = 2;
+        Take(resource, pObject);
+        if (s_pSlot != nullptr) return;
+        s_pSlot = *reinterpret_cast<void***>(pObject) + kRelease;
+        s_pRelease = reinterpret_cast<Function*>(*s_pSlot);
+        Store(reinterpret_cast<void*>(&Release));
+    }
+    static void Forget() {
+        if (s_pSlot != nullptr) Store(reinterpret_cast<void*>(s_pRelease));
+        s_pSlot = nullptr;
+    }
+
+  private:
+    using Function = ULONG STDMETHODCALLTYPE(void*);
+
+    static ULONG STDMETHODCALLTYPE Release(void* pObject) {
+        const ULONG left = s_pRelease(pObject);
+        if (left == 0) GiveBack(resource, pObject);
+        return left;
+    }
+    static void Store(void* pFunction) {
+        DWORD before = 0;
+        if (!VirtualProtect(s_pSlot, sizeof(void*), PAGE_READWRITE, &before)) std::abort();
+        *s_pSlot = pFunction;
+        VirtualProtect(s_pSlot, sizeof(void*), before, &before);
+    }
+
+    static inline void** s_pSlot = nullptr;
+    static inline Function* s_pRelease = nullptr;
+};
 
 bool IsOperatorNew(void* pCaller) {
     const std::scoped_lock lock(g_pState->lock);
@@ -192,6 +258,22 @@ HRESULT WINAPI ClearVariant(VARIANT* pVariant) {
     return g_system.clearVariant(pVariant);
 }
 
+HRESULT WINAPI ChangeVariant(VARIANT* pTarget, VARIANT* pSource, LCID locale, USHORT flags, VARTYPE type) {
+    return Strikes(Import::VariantChangeTypeEx)
+               ? E_OUTOFMEMORY
+               : g_system.changeVariant(pTarget, pSource, locale, flags, type);
+}
+int WINAPI LocaleInfo(LCID locale, LCTYPE type, wchar_t* text, int length) {
+    return Strikes(Import::GetLocaleInfoW) ? 0 : g_system.getLocaleInfo(locale, type, text, length);
+}
+BOOL WINAPI PrinterDriver(HANDLE printer, wchar_t* environment, DWORD level, BYTE* pFacts, DWORD size,
+                          DWORD* pNeeded) {
+    if (!Strikes(Import::GetPrinterDriverW))
+        return g_system.getPrinterDriver(printer, environment, level, pFacts, size, pNeeded);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
 BOOL WINAPI TakeThreadToken(HANDLE* pThread, HANDLE token) {
     if (!Strikes(token == nullptr ? Import::SetThreadTokenGiveBack : Import::SetThreadTokenTake)) {
         return g_system.setThreadToken(pThread, token);
@@ -211,16 +293,21 @@ void WINAPI Uninitialize() {
 }
 HRESULT WINAPI CreateInstance(REFCLSID clsid, IUnknown* pOuter, DWORD context, REFIID iid, void** ppObject) {
     *ppObject = nullptr;
-    return Strikes(Import::CoCreateInstance) ? kImportFailure
-                                             : g_system.createInstance(clsid, pOuter, context, iid, ppObject);
+    if (Strikes(Import::CoCreateInstance)) return kImportFailure;
+    const HRESULT hr = g_system.createInstance(clsid, pOuter, context, iid, ppObject);
+    if (SUCCEEDED(hr) && IsEqualIID(iid, __uuidof(ISAXXMLReader)))
+        LastReleases<Resource::SaxReader>::Watch(static_cast<ISAXXMLReader*>(*ppObject));
+    return hr;
 }
 HRESULT WINAPI FileTimeNow(FILETIME* pTime) {
     return Strikes(Import::CoFileTimeNow) ? kImportFailure : g_system.fileTimeNow(pTime);
 }
 HRESULT WINAPI CreateStream(HGLOBAL memory, BOOL isFreed, IStream** ppStream) {
     *ppStream = nullptr;
-    return Strikes(Import::CreateStreamOnHGlobal) ? kImportFailure
-                                                  : g_system.createStream(memory, isFreed, ppStream);
+    if (Strikes(Import::CreateStreamOnHGlobal)) return kImportFailure;
+    const HRESULT hr = g_system.createStream(memory, isFreed, ppStream);
+    if (SUCCEEDED(hr)) LastReleases<Resource::Stream>::Watch(*ppStream);
+    return hr;
 }
 
 HRESULT WINAPI OpenProvider(const wchar_t* printer, DWORD version, HPTPROVIDER* pProvider) {
@@ -286,6 +373,9 @@ const ImportReplacements& Replacements() {
         {"SysAllocStringLen", ReplaceWith(&AllocStringLen, g_system.allocStringLen)},
         {"SysFreeString", ReplaceWith(&FreeString, g_system.freeString)},
         {"VariantClear", ReplaceWith(&ClearVariant, g_system.clearVariant)},
+        {"VariantChangeTypeEx", ReplaceWith(&ChangeVariant, g_system.changeVariant)},
+        {"GetLocaleInfoW", ReplaceWith(&LocaleInfo, g_system.getLocaleInfo)},
+        {"GetPrinterDriverW", ReplaceWith(&PrinterDriver, g_system.getPrinterDriver)},
         {"SetThreadToken", ReplaceWith(&TakeThreadToken, g_system.setThreadToken)},
         {"CoInitializeEx", ReplaceWith(&Initialize, g_system.initialize)},
         {"CoUninitialize", ReplaceWith(&Uninitialize, g_system.uninitialize)},
@@ -327,13 +417,18 @@ ImportFaults::ImportFaults(HMODULE module) {
     }
 }
 
-ImportFaults::~ImportFaults() { delete std::exchange(g_pState, nullptr); }
+ImportFaults::~ImportFaults() {
+    LastReleases<Resource::Stream>::Forget();
+    LastReleases<Resource::SaxReader>::Forget();
+    delete std::exchange(g_pState, nullptr);
+}
 
-void ImportFaults::Fail(Import import, unsigned nth, bool onwards) {
+void ImportFaults::Fail(Import import, unsigned nth, bool onwards, std::function<void()> whenStruck) {
     const std::scoped_lock lock(g_pState->lock);
     g_pState->failing = import;
     g_pState->nth = nth;
     g_pState->onwards = onwards;
+    g_pState->whenStruck = std::move(whenStruck);
     g_pState->seen = 0;
     g_pState->failedPath.clear();
     g_pState->failedCall.clear();
@@ -379,6 +474,8 @@ unsigned ImportFaults::Calls(Import import) const {
     const std::scoped_lock lock(g_pState->lock);
     return g_pState->calls.at(static_cast<std::size_t>(import));
 }
+
+bool ImportFaults::Replaces(const std::string& function) { return Replacements().contains(function); }
 
 std::vector<std::string> ImportFaults::LeftOver() const {
     const std::scoped_lock lock(g_pState->lock);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,9 @@ enum class Import {
     OperatorNew,             // the module's own, by the malloc under it: no memory
     CoTaskMemAlloc,          // no memory
     SysAllocStringLen,       // no memory
+    VariantChangeTypeEx,     // no memory
+    GetLocaleInfoW,          // no answer
+    GetPrinterDriverW,       // ERROR_ACCESS_DENIED
     SetThreadTokenTake,      // with a token: ERROR_ACCESS_DENIED
     SetThreadTokenGiveBack,  // without one: the same
     CoInitializeEx,          // kImportFailure, as for all that follow
@@ -58,7 +62,8 @@ class ImportFaults {
     ~ImportFaults();
 
     // The nth call of the function from now on fails, counted from 1; with `onwards` all later ones as well.
-    void Fail(Import import, unsigned nth, bool onwards);
+    // `whenStruck` is called for each that fails, on its thread; it may call neither the module nor this.
+    void Fail(Import import, unsigned nth, bool onwards, std::function<void()> whenStruck = {});
     // Whether the call that was to fail was made.
     [[nodiscard]] bool HasFailed() const;
     // Notes for each call of the function from which places of the module it came, so many at most.
@@ -75,8 +80,10 @@ class ImportFaults {
     [[nodiscard]] std::string FailedCall() const;
 
     [[nodiscard]] unsigned Calls(Import import) const;
-    // What the module acquired and has not given back, "2 heap blocks"; what it gave away to be freed by
-    // others is not counted.
+    // Whether there is a replacement for the function of that name.
+    [[nodiscard]] static bool Replaces(const std::string& function);
+    // What the module acquired and has not given back, "2 heap blocks", streams over memory and SAX readers
+    // among it; what it gave away to be freed by others is not counted.
     [[nodiscard]] std::vector<std::string> LeftOver() const;
 };
 

@@ -1,24 +1,85 @@
+#include <set>
+
+#include "curiousdom.h"
 #include "devkit/common/hresult.h"
 #include "importfaultstest.h"
+#include "pagevalidatefilter/peimage.h"
+#include "programfolder.h"
 
 namespace systemtest {
 namespace {
 
 using devkit::common::HexOf;
+using pagevalidatefilter::PeImage;
 using tests::Import;
+using tests::ImportFaults;
 using tests::kImportFailure;
 
 constexpr HRESULT kDenied = static_cast<HRESULT>(0x80070005);
 
 TEST_F(ImportFaultsTest, WithoutMemoryThereIsNoFilterOrTheJobEndsWithEOutOfMemory) {
-    FailCalls(Import::OperatorNew, [](const Job& job, const Attempt& attempt) {
-        // A stable sort does without the buffer that would make it faster.
-        if (!attempt.notMade && !attempt.isForGood && attempt.result == GoodResult(job)) return;
+    // A stable sort does without the buffer that would make it faster; it alone asks with new (std::nothrow).
+    std::set<std::vector<std::uintptr_t>> doneWithout;
+    FailCalls(Import::OperatorNew, [&](const Job& job, const Attempt& attempt) {
+        if (!attempt.notMade && !attempt.isForGood && attempt.result == GoodResult(job)) {
+            constexpr std::ptrdiff_t kPlacesOfNew = 2;
+            doneWithout.emplace(attempt.path.begin(), attempt.path.begin() + kPlacesOfNew);
+            return;
+        }
         if (!attempt.notMade) return ExpectEnded(job, attempt, E_OUTOFMEMORY);
         // Without a class factory the host asks for the filter itself, which this module does not give out.
         const bool isFactory = attempt.nth == 1 && !attempt.isForGood;
         EXPECT_EQ(isFactory ? E_NOINTERFACE : E_OUTOFMEMORY, *attempt.notMade) << HexOf(*attempt.notMade);
     });
+    EXPECT_EQ(1u, doneWithout.size());
+}
+
+// The names of streams that nobody asks for, the printer's driver and capabilities, a value that the DOM
+// gives typed, the sheet that is usual where nobody states one.
+TEST_F(ImportFaultsTest, WhatNoJobCallsIsKnownByName) {
+    for (const Import import :
+         {Import::CoTaskMemAlloc, Import::GetPrinterDriverW, Import::PTGetPrintCapabilities,
+          Import::VariantChangeTypeEx, Import::GetLocaleInfoW}) {
+        FailCalls(import, [](const Job&, const Attempt& attempt) {
+            ADD_FAILURE() << "it was called " << attempt.calls << " times";
+        });
+    }
+}
+
+// The part with its new ticket empty; the same where it has none.
+std::string WithEmptyNewTicket(const std::string& sent) {
+    const std::size_t ticket = sent.find("\nticket ");
+    const bool isNew = sent.find("pagevalidator_N_", ticket) != std::string::npos;
+    return isNew ? sent.substr(0, sent.find(": ", ticket) + 2) : sent;
+}
+
+TEST_F(ImportFaultsTest, AStreamWithoutMemoryForItsNameEndsTheJobOrLeavesANewTicketEmpty) {
+    const CuriousDom dom;
+    FailCalls(
+        Import::CoTaskMemAlloc,
+        [](const Job& job, const Attempt& attempt) {
+            // What a document says of its own saving is not looked at.
+            JobResult result = attempt.result;
+            const JobResult& good = GoodResult(job);
+            ASSERT_LE(result.sent.size(), good.sent.size());
+            std::size_t lost = 0;
+            for (std::size_t i = 0; i < result.sent.size(); ++i) {
+                if (result.sent[i] == good.sent[i]) continue;
+                EXPECT_EQ(WithEmptyNewTicket(good.sent[i]), result.sent[i]);
+                result.sent[i] = good.sent[i];
+                ++lost;
+            }
+            if (lost == 0) return ExpectEnded(job, attempt, E_OUTOFMEMORY);
+            if (!attempt.isForGood) {
+                EXPECT_EQ(1u, lost);
+            }
+            const bool isWhole = result.sent.size() == good.sent.size();
+            EXPECT_TRUE(isWhole || attempt.isForGood);
+            EXPECT_EQ(isWhole ? good : EndedEarly(good, result.sent.size(), E_OUTOFMEMORY, {E_OUTOFMEMORY}),
+                      result);
+        },
+        " for the name of a stream");
+    EXPECT_EQ((std::set<std::wstring>{L"PrintReadStream", L"PrintWriteStream"}), dom.Names());
 }
 
 TEST_F(ImportFaultsTest, WithoutMemoryForATextTheJobEndsWithEOutOfMemory) {
@@ -52,6 +113,22 @@ TEST_F(ImportFaultsTest, AProviderCallThatFailsEndsTheJobWithItsCodeAndAFailingC
     }
     FailCalls(Import::PTCloseProvider,
               [](const Job& job, const Attempt& attempt) { EXPECT_EQ(GoodResult(job), attempt.result); });
+}
+
+TEST_F(ImportFaultsTest, EachFunctionOfTheSystemStandsUnderTheseTestsOrCannotFail) {
+    const std::set<std::string> cannotFail = {"SysStringLen", "VariantInit"};
+    // The compiler's runtime imports from these as well, and most of what there is.
+    const std::set<std::string> ofRuntime = {"kernel32.dll", "msvcrt.dll", "ucrtbase.dll"};
+    std::size_t looked = 0;
+    const PeImage filter(tests::ProgramFolder() / "pagevalidatefilter.dll");
+    for (const auto& [library, functions] : filter.Imports()) {
+        if (ofRuntime.contains(library) || library.starts_with("api-ms-win-crt-")) continue;
+        for (const std::string& function : functions) {
+            EXPECT_NE(cannotFail.contains(function), ImportFaults::Replaces(function)) << function;
+            ++looked;
+        }
+    }
+    EXPECT_LT(20u, looked);
 }
 
 TEST_F(ImportFaultsTest, WithoutTheUsersTokenTheJobEndsAndNoProviderIsCalled) {

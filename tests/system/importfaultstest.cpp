@@ -1,7 +1,9 @@
 #include "importfaultstest.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
+#include <memory>
 #include <set>
 #include <utility>
 
@@ -30,6 +32,16 @@ std::size_t PlacesOfAWay(bool isForGood) {
     return isForGood ? 3 : 4;
 }
 
+// Counts what a job has sent so far.
+class SentCount final : public devkit::pipeline::RunObserver {
+  public:
+    void PartSent(const devkit::pipeline::SentPart&) override { ++m_parts; }
+    [[nodiscard]] std::size_t Parts() const { return m_parts; }
+
+  private:
+    std::atomic<std::size_t> m_parts = 0;
+};
+
 }  // namespace
 
 void ImportFaultsTest::SetUp() {
@@ -43,19 +55,22 @@ void ImportFaultsTest::TearDown() {
     if (FilterHandle() == nullptr) LoadFilter();
 }
 
-void ImportFaultsTest::FailCalls(Import import, const Check& check) {
+void ImportFaultsTest::FailCalls(Import import, const Check& check, const std::string& what) {
     for (const bool isForGood : {false, true}) {
         std::set<std::uint64_t> known;
         for (const Job& job : Jobs()) {
             const std::string kind =
-                std::string(tests::NameOf(import)) + (isForGood ? " failing for good" : " failing once");
+                tests::NameOf(import) + what + (isForGood ? " failing for good" : " failing once");
             SCOPED_TRACE(kind + ", " + job.name);
             std::vector<std::uint64_t> ways;
             ASSERT_NO_FATAL_FAILURE(RecordWays(job, import, isForGood, ways));
             std::size_t tried = 0;
             for (std::size_t i = 0; i < ways.size(); ++i) {
                 if (!known.insert(ways[i]).second && IsOften(import)) continue;
-                Attempt attempt{ways.size(), static_cast<unsigned>(i + 1), isForGood, {}, {}, {}, {}};
+                Attempt attempt;
+                attempt.calls = ways.size();
+                attempt.nth = static_cast<unsigned>(i + 1);
+                attempt.isForGood = isForGood;
                 SCOPED_TRACE("call " + std::to_string(attempt.nth) + " of " + std::to_string(ways.size()));
                 ASSERT_NO_FATAL_FAILURE(Try(job, import, attempt, check));
                 ++tried;
@@ -94,7 +109,9 @@ void ImportFaultsTest::Try(const Job& job, Import import, Attempt& attempt, cons
     Reload();
     ImportFaults faults(FilterHandle());
     RunOptions options = OptionsOf(job);
-    faults.Fail(import, attempt.nth, attempt.isForGood);
+    const auto sent = std::make_shared<SentCount>();
+    options.observer = sent;
+    faults.Fail(import, attempt.nth, attempt.isForGood, [&] { attempt.sentBefore = sent->Parts(); });
     try {
         attempt.outcome = RunJob(job, std::move(options));
         attempt.result = ResultOf(attempt.outcome);
@@ -103,11 +120,15 @@ void ImportFaultsTest::Try(const Job& job, Import import, Attempt& attempt, cons
     }
     EXPECT_TRUE(faults.HasFailed());
     attempt.name = faults.FailedCall();
+    attempt.path = faults.FailedPath();
     faults.Fail(import, 0, false);
     check(job, attempt);
     if (!attempt.notMade) {
         EXPECT_EQ(S_OK, attempt.outcome.shutdownOperation.value_or(S_OK));
         ExpectNothingChanged(attempt.outcome);
+        if (attempt.result.sent.size() != GoodResult(job).sent.size()) {
+            EXPECT_EQ(attempt.sentBefore, attempt.result.sent.size()) << "something was sent behind it";
+        }
     }
     ExpectGoodResult(job);
     UnloadFilter();
