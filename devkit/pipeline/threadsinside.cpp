@@ -73,31 +73,57 @@ bool StandsInside(HANDLE thread, const Code& code) noexcept {
     return false;
 }
 
-bool IsInside(DWORD threadId, const Code& code) {
-    const UniqueHandle thread(OpenThread(THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT, FALSE, threadId));
+bool IsInside(HANDLE thread, const Code& code) {
     // One that is gone meanwhile.
-    if (thread == nullptr || SuspendThread(thread.get()) == static_cast<DWORD>(-1)) return false;
-    const bool isInside = StandsInside(thread.get(), code);
-    ResumeThread(thread.get());
+    if (SuspendThread(thread) == static_cast<DWORD>(-1)) return false;
+    const bool isInside = StandsInside(thread, code);
+    ResumeThread(thread);
     return isInside;
+}
+
+constexpr DWORD kAccess = THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_QUERY_LIMITED_INFORMATION;
+
+// Asks ntdll for one thread of the process after the other. A snapshot would hold those of every process of
+// the system, and under Wine each of them takes as long as all that is done here. False where ntdll cannot be
+// asked.
+template <typename Take>
+bool WalkOwnThreads(const Take& take) {
+    using GetNextThread = LONG(NTAPI*)(HANDLE, HANDLE, ACCESS_MASK, ULONG, ULONG, HANDLE*);
+    static const auto s_getNextThread = reinterpret_cast<GetNextThread>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtGetNextThread")));
+    if (s_getNextThread == nullptr) return false;
+    UniqueHandle thread;
+    for (HANDLE next = nullptr;
+         s_getNextThread(GetCurrentProcess(), thread.get(), kAccess, 0, 0, &next) >= 0;) {
+        thread.reset(next);
+        take(next);
+    }
+    return true;
+}
+
+template <typename Take>
+void WalkSnapshot(const Take& take) {
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    if (snapshot == INVALID_HANDLE_VALUE) return;
+    const UniqueHandle owner(snapshot);
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof(entry);
+    for (BOOL isThere = Thread32First(snapshot, &entry); isThere; isThere = Thread32Next(snapshot, &entry)) {
+        if (entry.th32OwnerProcessID != GetCurrentProcessId()) continue;
+        const UniqueHandle thread(OpenThread(kAccess, FALSE, entry.th32ThreadID));
+        if (thread != nullptr) take(thread.get());
+    }
 }
 
 }  // namespace
 
 std::size_t CountThreadsInside(HMODULE module) {
     const Code code(module);
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    if (snapshot == INVALID_HANDLE_VALUE) return 0;
-    const UniqueHandle owner(snapshot);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof(entry);
     std::size_t count = 0;
-    for (BOOL isThere = Thread32First(snapshot, &entry); isThere; isThere = Thread32Next(snapshot, &entry)) {
-        const bool isOther = entry.th32ThreadID != GetCurrentThreadId();
-        if (entry.th32OwnerProcessID == GetCurrentProcessId() && isOther &&
-            IsInside(entry.th32ThreadID, code))
-            ++count;
-    }
+    const auto take = [&](HANDLE thread) {
+        if (GetThreadId(thread) != GetCurrentThreadId() && IsInside(thread, code)) ++count;
+    };
+    if (!WalkOwnThreads(take)) WalkSnapshot(take);
     return count;
 }
 
