@@ -1,5 +1,7 @@
 #include "devkit/package/rawarchive.h"
 
+#include <zlib.h>
+
 #include <algorithm>
 
 namespace devkit::package {
@@ -143,12 +145,8 @@ std::string DeflatedZeros(std::size_t count) {
 }
 
 std::uint32_t Crc32(std::string_view bytes) {
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (const char c : bytes) {
-        crc ^= static_cast<unsigned char>(c);
-        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
-    }
-    return ~crc;
+    return static_cast<std::uint32_t>(
+        crc32_z(0, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()));
 }
 
 }  // namespace devkit::package
