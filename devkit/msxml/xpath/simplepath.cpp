@@ -48,19 +48,25 @@ class SimplePath::Reader {
     void SkipSpace() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(L" \t\r\n"), m_rest.size())); }
 
     // An ASCII name without a colon; others are the XML library's.
-    [[nodiscard]] bool TakeName(std::wstring& name) {
+    [[nodiscard]] bool TakeName(std::wstring_view& name) {
         SkipSpace();
-        constexpr std::wstring_view kLetters = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
-        constexpr std::wstring_view kOthers =
-            L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_0123456789-.";
-        if (m_rest.empty() || kLetters.find(m_rest.front()) == std::wstring_view::npos) return false;
-        const std::size_t end = std::min(m_rest.find_first_not_of(kOthers), m_rest.size());
-        name = m_rest.substr(0, end);
-        m_rest.remove_prefix(end);
+        if (m_rest.empty() || !BeginsName(m_rest.front())) return false;
+        const auto end = std::find_if_not(m_rest.begin(), m_rest.end(), &ContinuesName);
+        name = m_rest.substr(0, static_cast<std::size_t>(end - m_rest.begin()));
+        m_rest.remove_prefix(name.size());
         return m_rest.empty() || m_rest.front() < 0x80;
     }
 
-    [[nodiscard]] bool TakeLiteral(std::wstring& value) {
+    [[nodiscard]] static constexpr bool BeginsName(wchar_t character) noexcept {
+        return (character >= L'a' && character <= L'z') || (character >= L'A' && character <= L'Z') ||
+               character == L'_';
+    }
+    [[nodiscard]] static constexpr bool ContinuesName(wchar_t character) noexcept {
+        return BeginsName(character) || (character >= L'0' && character <= L'9') || character == L'-' ||
+               character == L'.';
+    }
+
+    [[nodiscard]] bool TakeLiteral(std::wstring_view& value) {
         SkipSpace();
         if (!m_rest.starts_with(L'"') && !m_rest.starts_with(L'\'')) return false;
         const std::size_t end = m_rest.find(m_rest.front(), 1);

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,7 +12,8 @@ namespace devkit::msxml {
 
 // The XPath expressions that filters ask most: element names from the node down or anywhere, each perhaps
 // with the value of one attribute, as in //p:a[@b = "c"]/p:d | //p:e. They are answered on the tree itself,
-// without a copy of it for the XML library.
+// without a copy of it for the XML library. A path refers to the expression and the namespaces that it was
+// read from, which outlive it.
 class SimplePath {
   public:
     // None for any other expression, valid or not, and for one with a prefix that is not declared.
@@ -36,10 +36,10 @@ class SimplePath {
         Document,  // //a
     };
     struct Step {
-        std::wstring local;
-        std::wstring uri;
-        std::wstring attribute;  // empty when there is none to look at
-        std::wstring value;
+        std::wstring_view local;
+        std::wstring_view uri;
+        std::wstring_view attribute;  // empty when there is none to look at
+        std::wstring_view value;
     };
     using Steps = std::vector<Step>;
     class Reader;
