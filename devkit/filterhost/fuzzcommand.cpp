@@ -170,7 +170,7 @@ std::string LineOf(const FuzzSeed& which, const FuzzEnd& end) {
 
 // The one case, in this process, where a debugger finds it.
 ExitStatus Reproduce(const FuzzSettings& settings) {
-    const FuzzRunner runner(settings);
+    FuzzRunner runner(settings);
     FuzzSeed which{*settings.again};
     if (!settings.mutations.empty()) which.kept = settings.mutations;
     PrintOut(runner.BaseOf(which) + "\n");

@@ -1,5 +1,11 @@
 #include "devkit/filterhost/fuzzrunner.h"
 
+#include "platform/windows.h"
+
+#include <psapi.h>
+
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -28,6 +34,31 @@ HostSettings SettingsOf(HostSettings settings, const fuzz::Environment& environm
     settings.cancelAt = environment.cancelAt;
     return settings;
 }
+
+// The system's DLLs that the filter brought stay when it goes, as they do in a pipeline that other filters
+// use: to load them anew takes longer than the filter itself.
+void KeepSystemModules() {
+    std::array<HMODULE, 256> modules{};
+    std::array<wchar_t, MAX_PATH> text{};
+    const std::wstring folder(text.data(), GetSystemDirectoryW(text.data(), MAX_PATH));
+    DWORD size = 0;
+    if (!EnumProcessModules(GetCurrentProcess(), modules.data(), sizeof(modules), &size)) return;
+    const std::size_t count = std::min<std::size_t>(size / sizeof(HMODULE), modules.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::wstring_view path(text.data(), GetModuleFileNameW(modules[i], text.data(), MAX_PATH));
+        const bool isSystems =
+            CompareStringOrdinal(path.data(), static_cast<int>(std::min(path.size(), folder.size())),
+                                 folder.data(), static_cast<int>(folder.size()), TRUE) == CSTR_EQUAL;
+        HMODULE kept = nullptr;
+        if (isSystems) {
+            GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                               reinterpret_cast<const wchar_t*>(modules[i]), &kept);
+        }
+    }
+}
+
+// By so many cases a filter has brought what it uses.
+constexpr unsigned kCasesThatBring = 5;
 
 }  // namespace
 
@@ -60,7 +91,16 @@ const std::string& FuzzRunner::BaseOf(const FuzzSeed& which) const {
     return m_bases[fuzz::CaseOf(which.seed, m_bases.size()).base].name;
 }
 
-FuzzEnd FuzzRunner::Run(const FuzzSeed& which, bool& isOver) const {
+const std::shared_ptr<TicketProvider>& FuzzRunner::ProviderFor(const HostSettings& settings) {
+    const auto kind = std::pair(settings.device, settings.providerSwitches);
+    if (m_provider != nullptr && kind == m_providersKind) return m_provider;
+    m_provider.reset();
+    m_provider = std::make_shared<TicketProvider>(settings);
+    m_providersKind = kind;
+    return m_provider;
+}
+
+FuzzEnd FuzzRunner::Run(const FuzzSeed& which, bool& isOver) {
     fuzz::BadJob bad = JobOf(which);
     auto host = std::make_unique<const HostSettings>(SettingsOf(m_settings.host, bad.environment));
     Job job;
@@ -83,8 +123,9 @@ FuzzEnd FuzzRunner::Run(const FuzzSeed& which, bool& isOver) const {
     };
     isOver = true;
     try {
-        auto run = std::make_unique<HostedRun>(*host, sink);
+        auto run = std::make_unique<HostedRun>(*host, ProviderFor(*host), sink);
         isOver = run->Run(job, sink);
+        if (m_cases++ < kCasesThatBring) KeepSystemModules();
         // Under threads that are still at it nothing can go.
         if (!isOver) static_cast<void>(run.release());
     } catch (const UsageError& error) {

@@ -2,13 +2,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "devkit/filterhost/fuzzend.h"
 #include "devkit/filterhost/fuzzsettings.h"
+#include "devkit/filterhost/ticketprovider.h"
 #include "devkit/fuzz/fuzzcase.h"
 
 namespace devkit::filterhost {
@@ -34,11 +37,18 @@ class FuzzRunner {
     // Loads the filter, runs the case and unloads it. `isOver` says whether the
     // process can take another: not when threads of the filter are left. Throws
     // pipeline::FilterError for a DLL that is of no use.
-    [[nodiscard]] FuzzEnd Run(const FuzzSeed& which, bool& isOver) const;
+    [[nodiscard]] FuzzEnd Run(const FuzzSeed& which, bool& isOver);
 
   private:
+    // That of the case before where nothing of it is another: to read a device model takes longer than most
+    // cases.
+    [[nodiscard]] const std::shared_ptr<TicketProvider>& ProviderFor(const HostSettings& settings);
+
     const FuzzSettings m_settings;
     std::vector<fuzz::BaseDocument> m_bases;
+    std::pair<std::string, std::vector<std::string>> m_providersKind;  // the device and the switches
+    std::shared_ptr<TicketProvider> m_provider;
+    unsigned m_cases = 0;
 };
 
 // What a process that runs cases is told, each as one line: first what holds

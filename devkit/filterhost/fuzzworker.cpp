@@ -27,7 +27,7 @@ struct Answered {
     std::string failure;
     bool isOver = true;
 };
-Answered RunOnThread(const FuzzRunner& runner, const FuzzSeed& which) {
+Answered RunOnThread(FuzzRunner& runner, const FuzzSeed& which) {
     Answered answered;
     std::thread([&] {
         const HRESULT entered = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
@@ -54,7 +54,7 @@ void TellCrash(void* pParent, std::string_view line) noexcept {
 void FuzzWork(std::string_view readHandle, std::string_view writeHandle) {
     ParentProcess parent(readHandle, writeHandle, kFuzzWorkCommand);
     Orders orders(parent);
-    const FuzzRunner runner(ReadFuzzOrder(orders.Next()));
+    FuzzRunner runner(ReadFuzzOrder(orders.Next()));
     const CrashReport crash(&TellCrash, &parent);
     for (bool goesOn = true; goesOn;) {
         const Answered answered = RunOnThread(runner, ReadSeed(orders.Next()));

@@ -265,7 +265,8 @@ struct XmlClasses {
 
 // The kit's DOM document in the place of the system's, where a probe finds the system's wanting.
 std::shared_ptr<void> FillDomGap(const EventSink& sink) {
-    if (msxml::SystemDomConforms()) return nullptr;
+    static const bool s_conforms = msxml::SystemDomConforms();
+    if (s_conforms) return nullptr;
     auto registration = std::make_shared<XmlClasses>();
     sink(events::Noted{"the system's DOM document lacks what filters need; the kit's own takes its place"});
     return registration;
@@ -321,12 +322,16 @@ void CheckHost(const HostSettings& settings, const char* filterOption) {
 }
 
 HostedRun::HostedRun(const HostSettings& settings, const EventSink& sink)
+    : HostedRun(settings, std::make_shared<TicketProvider>(settings), sink) {}
+
+HostedRun::HostedRun(const HostSettings& settings, std::shared_ptr<TicketProvider> provider,
+                     const EventSink& sink)
     : m_settings(settings),
-      m_provider(settings),
+      m_provider(std::move(provider)),
       m_filters(LoadFilters(settings, sink)),
-      m_printer(platform::ToUtf16(m_provider.PrinterName())),
+      m_printer(platform::ToUtf16(m_provider->PrinterName())),
       m_userTicket(std::make_shared<const std::string>(
-          settings.userTicket ? ReadUserTicket(*settings.userTicket) : m_provider.DefaultTicket())),
+          settings.userTicket ? ReadUserTicket(*settings.userTicket) : m_provider->DefaultTicket())),
       m_deviceCapabilities(
           settings.deviceCapabilities
               ? std::make_shared<const std::string>(ReadDeviceCapabilities(*settings.deviceCapabilities))
@@ -386,19 +391,19 @@ bool HostedRun::RunFilter(const std::shared_ptr<XpsDocument>& document, const Jo
     }
     // In a chain it is not known which filter calls, nor what that one has in hand.
     const bool isAlone = m_filters.size() == 1;
-    m_provider.BeginRun(token, RecordsTickets(pages),
-                        [run = std::weak_ptr(run), sink, isAlone,
-                         isTraced = m_settings.trace](const prntvpt::ProviderCall& call) {
-                            const auto alive = run.lock();
-                            const std::string part = alive && isAlone ? alive->LastPart() : std::string();
-                            if (isTraced) TraceProviderCall(sink, call, part);
-                            sink(events::ProviderCalled{{call, part}});
-                            if (alive) Reassign(*alive, call);
-                        });
+    m_provider->BeginRun(token, RecordsTickets(pages),
+                         [run = std::weak_ptr(run), sink, isAlone,
+                          isTraced = m_settings.trace](const prntvpt::ProviderCall& call) {
+                             const auto alive = run.lock();
+                             const std::string part = alive && isAlone ? alive->LastPart() : std::string();
+                             if (isTraced) TraceProviderCall(sink, call, part);
+                             sink(events::ProviderCalled{{call, part}});
+                             if (alive) Reassign(*alive, call);
+                         });
     std::vector<RunOutcome> outcomes = run->RunChain();
     times = TimesOf(outcomes);
     const bool isAbandoned = std::ranges::any_of(outcomes, &RunOutcome::IsAbandoned);
-    std::optional<prntvpt::ProviderReport> report = m_provider.EndRun(isAbandoned);
+    std::optional<prntvpt::ProviderReport> report = m_provider->EndRun(isAbandoned);
     if (report) sink(events::ProviderEnded{*report});
     const RunEnd end = EndOf(outcomes);
     sink(events::RunEnded{end});
@@ -464,7 +469,7 @@ std::vector<pipeline::ChainedFilter> HostedRun::MakeChain(const EventSink& sink,
 pipeline::RunOptions HostedRun::MakeOptions() const {
     pipeline::RunOptions options;
     pipeline::JobProperties& properties = options.properties;
-    properties.printerName = platform::ToUtf16(m_provider.PrinterName());
+    properties.printerName = platform::ToUtf16(m_provider->PrinterName());
     properties.printerHandle = m_printer.Get();
     properties.deviceCapabilities = m_deviceCapabilities;
     properties.driverValues.reset();

@@ -22,6 +22,8 @@ class HostedRun {
     // Loads the print ticket provider and the filter, in this order. `settings` must outlive the object.
     // Throws UsageError for settings that make no sense, pipeline::FilterError for a DLL that is of no use.
     HostedRun(const HostSettings& settings, const EventSink& sink);
+    // The same with a provider that was made for these settings; only the last one made is of any use.
+    HostedRun(const HostSettings& settings, std::shared_ptr<TicketProvider> provider, const EventSink& sink);
     ~HostedRun();
 
     // Runs the filter over one document and tells what happens, Finished excepted; the output appears only
@@ -48,7 +50,7 @@ class HostedRun {
     static constexpr std::size_t kMaxRecordedPages = 2000;
 
     const HostSettings& m_settings;
-    TicketProvider m_provider;
+    const std::shared_ptr<TicketProvider> m_provider;
     std::vector<std::shared_ptr<pipeline::FilterSource>> m_filters;
     const PrinterHandle m_printer;
     pipeline::Bytes m_userTicket;

@@ -85,7 +85,12 @@ void TicketProvider::Configure(bool recordTickets) {
 void TicketProvider::BeginRun(HANDLE userToken, bool recordsTickets,
                               prntvpt::SimulatedProvider::Listener listener) {
     if (!m_simulated) return;
-    Configure(recordsTickets);
+    // The device model was read when this was made.
+    if (recordsTickets == m_settings.recordTickets) {
+        m_simulated->Reset();
+    } else {
+        Configure(recordsTickets);
+    }
     m_simulated->ExpectToken(userToken);
     m_simulated->Listen(std::move(listener));
 }
