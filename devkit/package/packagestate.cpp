@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "devkit/common/error.h"
+#include "devkit/common/fnvhash.h"
 #include "devkit/package/partname.h"
 
 namespace devkit::package {
@@ -24,15 +25,15 @@ void EachFolder(const std::string& name, Visit visit) {
         visit(name.substr(0, slash));
 }
 
-// The hash of a key (FNV-1a); calls with that of each folder above it.
+// The hash of a key; calls with that of each folder above it.
 template <typename Visit>
 std::uint64_t HashOf(const std::string& key, Visit visit) {
-    std::uint64_t hash = 0xCBF29CE484222325U;
+    common::FnvHash hash;
     for (std::size_t i = 0; i < key.size(); ++i) {
-        if (key[i] == '/' && i != 0) visit(hash);
-        hash = (hash ^ static_cast<unsigned char>(key[i])) * 0x100000001B3U;
+        if (key[i] == '/' && i != 0) visit(hash.Value());
+        hash.Take(static_cast<unsigned char>(key[i]));
     }
-    return hash;
+    return hash.Value();
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "devkit/common/caller.h"
+#include "devkit/common/fnvhash.h"
 #include "devkit/common/importtable.h"
 #include "devkit/filterhost/crashreport.h"
 
@@ -84,15 +85,16 @@ std::uint64_t PlaceOf(const State& state, const void* pCode) {
 std::uint64_t WayOf(const State& state, std::uint64_t site) {
     std::array<void*, 32> frames{};
     const WORD count = RtlCaptureStackBackTrace(1, static_cast<DWORD>(frames.size()), frames.data(), nullptr);
-    std::uint64_t number = (14695981039346656037U ^ site) * 1099511628211U;
+    common::FnvHash way;
+    way.Take(site);
     std::size_t places = 0;
     for (WORD i = 0; i < count && places < kPlacesOfAWay; ++i) {
         const std::uint64_t place = PlaceOf(state, frames[i]);
         if (place == 0) continue;
-        number = (number ^ place) * 1099511628211U;
+        way.Take(place);
         ++places;
     }
-    return number;
+    return way.Value();
 }
 
 // The runtime of g++ makes its account of threads with malloc, calloc and realloc, and ends the process when

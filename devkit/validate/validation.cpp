@@ -10,6 +10,7 @@
 #include <regex>
 #include <set>
 
+#include "devkit/common/fnvhash.h"
 #include "devkit/common/threads.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/interrupt.h"
@@ -30,10 +31,10 @@ std::optional<std::regex> Pattern(const char* option, const std::optional<std::s
 
 // A number of a test's own, so that what it chooses does not depend on which others are run.
 std::uint64_t SeedOf(const Test& test, std::uint64_t seed) {
-    std::uint64_t number = 14695981039346656037U ^ seed;
-    for (const char letter : test.name)
-        number = (number ^ static_cast<unsigned char>(letter)) * 1099511628211U;
-    return number;
+    common::FnvHash hash;
+    hash.Take(seed);
+    for (const char letter : test.name) hash.Take(static_cast<unsigned char>(letter));
+    return hash.Value();
 }
 
 TestResult RunTest(const Test& test, Surroundings& surroundings, Executor& executor, std::uint64_t seed) {
