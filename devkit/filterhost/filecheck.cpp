@@ -40,14 +40,28 @@ std::wstring IdentityOf(const Path& path) {
 
 class Files {
   public:
-    // A file that the run reads: "the input", "the user's ticket".
+    void Read(const HostSettings& host) {
+        for (const FilterSettings& filter : host.filters) Read(filter.dll, "the filter");
+        Read(host.pipelineConfig, "the pipeline configuration");
+        Read(host.userTicket, "the user's ticket");
+        Read(host.deviceCapabilities, "the device capabilities");
+        for (const auto& entry : std::filesystem::directory_iterator(FindDeviceFolder(host.device)))
+            Read(entry.path(), "the device model's");
+    }
+    // A file that the command reads: "the input", "the user's ticket".
     void Read(const Path& path, const std::string& what) {
         m_files.try_emplace(IdentityOf(path), what + " " + common::PathText(path));
     }
-    // A file that the run writes: "the output", "--json".
+    void Read(const std::optional<Path>& path, const std::string& what) {
+        if (path) Read(*path, what);
+    }
+    // A file that the command writes: "the output", "--json".
     void Write(const Path& path, const std::string& what) {
         const auto [file, isNew] = m_files.try_emplace(IdentityOf(path), what + " " + common::PathText(path));
         if (!isNew) throw UsageError(what + " would replace " + file->second);
+    }
+    void Write(const std::optional<Path>& path, const std::string& what) {
+        if (path) Write(*path, what);
     }
 
   private:
@@ -59,20 +73,33 @@ class Files {
 void CheckFiles(const RunSettings& settings) {
     Files files;
     for (const Job& job : settings.jobs) files.Read(job.input, "the input");
-    for (const FilterSettings& filter : settings.host.filters) files.Read(filter.dll, "the filter");
-    if (settings.host.pipelineConfig) files.Read(*settings.host.pipelineConfig, "the pipeline configuration");
-    if (settings.host.userTicket) files.Read(*settings.host.userTicket, "the user's ticket");
-    if (settings.host.deviceCapabilities)
-        files.Read(*settings.host.deviceCapabilities, "the device capabilities");
-    for (const auto& entry : std::filesystem::directory_iterator(FindDeviceFolder(settings.host.device))) {
-        files.Read(entry.path(), "the device model's");
+    files.Read(settings.host);
+    for (const Job& job : settings.jobs) files.Write(job.output, "the output");
+    files.Write(settings.json, "--json");
+    files.Write(settings.junit, "--junit");
+    files.Write(settings.trace, "--trace");
+}
+
+void CheckFiles(const ValidateSettings& settings, const std::optional<Path>& configuration) {
+    Files files;
+    for (const Path& document : settings.documents) files.Read(document, "the document");
+    files.Read(settings.host);
+    files.Read(configuration, "the configuration");
+    files.Write(settings.json, "--json");
+    files.Write(settings.junit, "--junit");
+    files.Write(settings.report, "--report");
+    files.Write(settings.trace, "--trace");
+}
+
+void CheckFiles(const FuzzSettings& settings) {
+    Files files;
+    if (settings.corpus) {
+        std::error_code ignored;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(*settings.corpus, ignored))
+            files.Read(entry.path(), "the document");
     }
-    for (const Job& job : settings.jobs) {
-        if (job.output) files.Write(*job.output, "the output");
-    }
-    if (settings.json) files.Write(*settings.json, "--json");
-    if (settings.junit) files.Write(*settings.junit, "--junit");
-    if (settings.trace) files.Write(*settings.trace, "--trace");
+    files.Read(settings.host);
+    files.Write(settings.json, "--json");
 }
 
 }  // namespace devkit::filterhost

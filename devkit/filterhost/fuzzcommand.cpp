@@ -17,6 +17,7 @@
 #include "devkit/filterhost/commands.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/crashreport.h"
+#include "devkit/filterhost/filecheck.h"
 #include "devkit/filterhost/fuzzfinding.h"
 #include "devkit/filterhost/fuzzworker.h"
 #include "devkit/filterhost/hostedrun.h"
@@ -206,6 +207,7 @@ ExitStatus Reproduce(const FuzzSettings& settings) {
 
 int Fuzz(const FuzzSettings& settings) {
     CheckHost(settings.host, "FILTER");
+    CheckFiles(settings);
     if (settings.again) return Reproduce(settings);
     Fuzzing fuzzing(settings);
     const bool isWhole = fuzzing.Run();

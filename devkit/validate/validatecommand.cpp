@@ -1,5 +1,6 @@
 #include "devkit/validate/validatecommand.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "devkit/common/file.h"
 #include "devkit/filterhost/console.h"
 #include "devkit/filterhost/exitstatus.h"
+#include "devkit/filterhost/filecheck.h"
 #include "devkit/filterhost/files.h"
 #include "devkit/filterhost/hostedrun.h"
 #include "devkit/filterhost/interrupt.h"
@@ -83,11 +85,13 @@ class Teller {
 }  // namespace
 
 int Validate(ValidateSettings settings) {
-    if (const auto file = FindConfiguration(settings.host.filters.front().dll)) {
+    const std::optional<std::filesystem::path> file = FindConfiguration(settings.host.filters.front().dll);
+    if (file) {
         ApplyConfiguration(*file, settings);
         if (!settings.quiet) filterhost::PrintOut("with " + common::PathText(*file) + "\n");
     }
     filterhost::CheckHost(settings.host, "FILTER");
+    filterhost::CheckFiles(settings, file);
     const std::vector<const Test*> tests = Selected(settings);
     if (tests.empty()) throw filterhost::UsageError("no test of the battery is left to be run");
     std::vector<Document> documents;

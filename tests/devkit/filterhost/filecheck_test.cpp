@@ -30,7 +30,11 @@ class FileCheck : public testing::Test {
     }
     // The one line of the refusal, without the folder; empty when there is none.
     [[nodiscard]] std::string Refusal() const {
-        std::string text = tests::MessageOf<UsageError>([&] { CheckFiles(m_settings); });
+        return RefusalOf([&] { CheckFiles(m_settings); });
+    }
+    template <typename Check>
+    [[nodiscard]] std::string RefusalOf(const Check& check) const {
+        std::string text = tests::MessageOf<UsageError>(check);
         const std::string folder = common::PathText(m_folder) + "\\";
         if (const std::size_t at = text.find(folder); at != std::string::npos) text.erase(at, folder.size());
         return text;
@@ -38,6 +42,20 @@ class FileCheck : public testing::Test {
 
     Path m_folder;
     RunSettings m_settings;
+};
+
+class FileCheckOfAValidation : public FileCheck {
+  protected:
+    void SetUp() override {
+        FileCheck::SetUp();
+        m_validation.host = m_settings.host;
+        m_validation.documents = {m_folder / "a.xps"};
+    }
+    [[nodiscard]] std::string Refusal() const {
+        return RefusalOf([&] { CheckFiles(m_validation, m_folder / "filterhost.json"); });
+    }
+
+    ValidateSettings m_validation;
 };
 
 TEST_F(FileCheck, FindsNothingWrongWithFilesThatAreDistinct) {
@@ -106,6 +124,43 @@ TEST_F(FileCheck, WhatTheBagIsToHoldMayNotBeReplaced) {
 TEST_F(FileCheck, TwoOutputsMayNotBeOneFile) {
     m_settings.jobs[1].output = m_folder / "Out-a.xps";
     EXPECT_EQ("the output would replace the output out-a.xps", Refusal());
+}
+
+TEST_F(FileCheckOfAValidation, ReportsOfTheirOwnReplaceNothing) {
+    m_validation.json = m_folder / "report.json";
+    m_validation.report = m_folder / "report.html";
+    EXPECT_EQ("", Refusal());
+}
+
+TEST_F(FileCheckOfAValidation, NoReportReplacesWhatIsRead) {
+    m_validation.json = m_folder / "A.xps";
+    EXPECT_EQ("--json would replace the document a.xps", Refusal());
+    m_validation.json = m_folder / "FilterHost.json";
+    EXPECT_EQ("--json would replace the configuration filterhost.json", Refusal());
+    m_validation.json.reset();
+    m_validation.junit = m_folder / "user.xml";
+    EXPECT_EQ("--junit would replace the user's ticket user.xml", Refusal());
+    m_validation.junit.reset();
+    m_validation.report = m_folder / "filter.dll";
+    EXPECT_EQ("--report would replace the filter filter.dll", Refusal());
+    m_validation.report = m_folder / "page.html";
+    m_validation.trace = m_folder / "PAGE.html";
+    EXPECT_TRUE(Refusal().starts_with("--trace would replace --report")) << Refusal();
+}
+
+TEST_F(FileCheck, TheSummaryOfFuzzingReplacesNothingThatIsRead) {
+    FuzzSettings fuzzing;
+    fuzzing.host = m_settings.host;
+    fuzzing.corpus = m_folder / "corpus";
+    std::filesystem::create_directories(m_folder / "corpus" / "of");
+    Make("corpus/of/document.xps");
+    const auto refusal = [&] { return RefusalOf([&] { CheckFiles(fuzzing); }); };
+    fuzzing.json = m_folder / "corpus" / "summary.json";
+    EXPECT_EQ("", refusal());
+    fuzzing.json = m_folder / "corpus" / "of" / "Document.xps";
+    EXPECT_EQ("--json would replace the document corpus\\of\\document.xps", refusal());
+    fuzzing.json = m_folder / "filter.dll";
+    EXPECT_EQ("--json would replace the filter filter.dll", refusal());
 }
 
 TEST_F(FileCheck, WithoutAnOutputThereIsNothingToReplace) {
