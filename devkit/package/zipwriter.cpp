@@ -5,26 +5,27 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "devkit/common/error.h"
+#include "devkit/package/deflater.h"
 #include "devkit/package/zipsource.h"
 
 namespace devkit::package {
 
 namespace {
 
-// The middle of zlib's scale: the smallest level costs several times as much for a few per cent.
-constexpr zip_uint32_t kCompressionLevel = 6;
 // 1 January 1980, so that the same input gives the same output.
 constexpr zip_uint16_t kEarliestDate = (1 << 5) | 1;
 
-// Lets libzip read what an entry is to hold, when its turn comes.
+// Lets libzip read what an entry is to hold, when its turn comes, compressed: the turns come one after the
+// other, and one compressor serves them all.
 class ContentReader {
   public:
-    // The first failure is put into `failure`, which outlives the archive.
-    ContentReader(common::Content content, std::string& failure)
-        : m_content(std::move(content)), m_failure(failure) {
+    // The first failure is put into `failure`. It and the compressor outlive the archive.
+    ContentReader(common::Content content, Deflater& deflater, std::string& failure)
+        : m_content(std::move(content)), m_deflater(deflater), m_failure(failure) {
         zip_error_init(&m_error);
     }
     ContentReader(const ContentReader&) = delete;
@@ -45,17 +46,13 @@ class ContentReader {
                 return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE,
                                                       ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
             case ZIP_SOURCE_OPEN:
-                m_position = 0;
+                m_deflater.Begin(m_content.Source());
                 return 0;
             case ZIP_SOURCE_READ:
                 return Read(pData, static_cast<std::size_t>(length));
-            case ZIP_SOURCE_STAT: {
-                auto& stat = *static_cast<zip_stat_t*>(pData);
-                zip_stat_init(&stat);
-                stat.valid = ZIP_STAT_SIZE;
-                stat.size = m_content.Size();
-                return sizeof(stat);
-            }
+            case ZIP_SOURCE_STAT:
+                Describe(*static_cast<zip_stat_t*>(pData));
+                return sizeof(zip_stat_t);
             case ZIP_SOURCE_ERROR:
                 return zip_error_to_data(&m_error, pData, length);
             default:
@@ -63,10 +60,22 @@ class ContentReader {
         }
     }
 
+    // The checksum and the compressed size are known, and asked for, once all has been read.
+    void Describe(zip_stat_t& stat) const noexcept {
+        zip_stat_init(&stat);
+        stat.valid = ZIP_STAT_SIZE | ZIP_STAT_COMP_METHOD;
+        stat.size = m_result ? m_result->size : m_content.Size();
+        stat.comp_method = ZIP_CM_DEFLATE;
+        if (!m_result) return;
+        stat.valid |= ZIP_STAT_CRC | ZIP_STAT_COMP_SIZE;
+        stat.crc = m_result->crc;
+        stat.comp_size = m_result->compressedSize;
+    }
+
     zip_int64_t Read(void* pData, std::size_t length) noexcept {
         try {
-            const std::size_t count = m_content.Source().ReadAt(m_position, pData, length);
-            m_position += count;
+            const std::size_t count = m_deflater.Read(pData, length);
+            if (count == 0) m_result = m_deflater.Result();
             return static_cast<zip_int64_t>(count);
         } catch (const std::exception& failure) {
             if (m_failure.empty()) m_failure = failure.what();
@@ -76,8 +85,9 @@ class ContentReader {
     }
 
     const common::Content m_content;
+    Deflater& m_deflater;
     std::string& m_failure;
-    std::uint64_t m_position = 0;
+    std::optional<Deflated> m_result;  // once all has been read
     zip_error_t m_error{};
 };
 
@@ -115,7 +125,7 @@ class Writer {
     }
 
     ZipSourcePtr SourceOf(const common::Content& bytes) {
-        auto reader = std::make_unique<ContentReader>(bytes, m_failure);
+        auto reader = std::make_unique<ContentReader>(bytes, m_deflater, m_failure);
         ZipSourcePtr source(zip_source_function(m_zip.get(), &ContentReader::Callback, reader.get()));
         if (!source) Fail(zip_get_error(m_zip.get()));
         // The source frees it.
@@ -131,7 +141,7 @@ class Writer {
         Check(zip_file_replace(m_zip.get(), replacement.index, source.get(), 0));
         static_cast<void>(source.release());
         Check(zip_file_set_mtime(m_zip.get(), replacement.index, stat.mtime, 0));
-        Check(zip_set_file_compression(m_zip.get(), replacement.index, ZIP_CM_DEFLATE, kCompressionLevel));
+        Check(zip_set_file_compression(m_zip.get(), replacement.index, ZIP_CM_DEFLATE, 0));
         if (m_archive.Entries()[replacement.index].encrypted)
             Check(zip_file_set_encryption(m_zip.get(), replacement.index, ZIP_EM_NONE, nullptr));
         if (replacement.newName)
@@ -147,11 +157,12 @@ class Writer {
         static_cast<void>(source.release());
         const auto added = static_cast<zip_uint64_t>(index);
         Check(zip_file_set_dostime(m_zip.get(), added, 0, kEarliestDate, 0));
-        Check(zip_set_file_compression(m_zip.get(), added, ZIP_CM_DEFLATE, kCompressionLevel));
+        Check(zip_set_file_compression(m_zip.get(), added, ZIP_CM_DEFLATE, 0));
     }
 
     const ZipArchive& m_archive;
-    ZipSource m_source;     // outlives m_zip
+    ZipSource m_source;  // outlives m_zip
+    Deflater m_deflater;
     std::string m_failure;  // of what is to be written
     ZipPtr m_zip;
 };
