@@ -59,7 +59,7 @@ class Fuzzing {
                              [this] { TakeSeeds(); });
         if (m_failure) std::rethrow_exception(m_failure);
         m_summary.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
-        std::ranges::sort(m_summary.findings, {}, &FuzzFinding::seed);
+        std::ranges::sort(m_summary.findings, {}, &FuzzFinding::chain);
         for (FuzzFinding& finding : m_summary.findings)
             finding.likewise = m_causes.at({finding.end.kind, finding.end.cause}) - 1;
         return !m_stop;
@@ -71,9 +71,10 @@ class Fuzzing {
     void TakeSeeds() try {
         FuzzChild child(m_settings);
         while (const std::optional<std::uint64_t> seed = NextSeed()) {
-            const FuzzEnd end = child.Run({*seed});
-            Count(*seed, end);
-            if (IsFinding(end.kind) && IsNew(end)) Look(*seed, end);
+            const fuzz::Chain chain{*seed};
+            const FuzzEnd end = child.Run({chain});
+            Count(chain, end);
+            if (IsFinding(end.kind) && IsNew(end)) Look(chain, end);
         }
     } catch (...) {
         const std::lock_guard guard(m_lock);
@@ -89,8 +90,8 @@ class Fuzzing {
         return m_next++;
     }
 
-    void Count(std::uint64_t seed, const FuzzEnd& end) {
-        const fuzz::FuzzCase fuzzCase = m_runner.CaseOf({seed});
+    void Count(const fuzz::Chain& chain, const FuzzEnd& end) {
+        const fuzz::FuzzCase fuzzCase = m_runner.CaseOf({chain});
         const std::lock_guard guard(m_lock);
         ++m_summary.cases;
         ++m_summary.kinds[end.kind];
@@ -109,9 +110,9 @@ class Fuzzing {
     }
 
     // How little of the case is needed for its end.
-    void Look(std::uint64_t seed, const FuzzEnd& end) {
+    void Look(const fuzz::Chain& chain, const FuzzEnd& end) {
         FuzzFinding finding;
-        finding.seed = seed;
+        finding.chain = chain;
         finding.end = end;
         FuzzChild child(m_settings);
         const auto isSame = [&](const FuzzSeed& which) {
@@ -119,13 +120,13 @@ class Fuzzing {
             const FuzzEnd again = child.Run(which);
             return again.kind == end.kind && again.cause == end.cause;
         };
-        finding.base = m_runner.BaseOf({seed});
-        finding.isRepeatable = isSame({seed});
+        finding.base = m_runner.BaseOf({chain});
+        finding.isRepeatable = isSame({chain});
         if (finding.isRepeatable) {
             finding.mutations = fuzz::Minimise(
-                m_runner.CaseOf({seed}).mutations.size(),
+                m_runner.CaseOf({chain}).mutations.size(),
                 [&](const std::vector<std::size_t>& kept) {
-                    return isSame({seed, kept});
+                    return isSame({chain, kept});
                 },
                 end.kind == FuzzEnd::Hang ? kMostTriesOfAHang : kMostTries);
             Keep(finding);
@@ -139,11 +140,12 @@ class Fuzzing {
     // Writes the smallest input, its user's ticket beside it, and says what was
     // done.
     void Keep(FuzzFinding& finding) {
-        const fuzz::BadJob job = m_runner.JobOf({finding.seed, finding.mutations});
+        const fuzz::BadJob job = m_runner.JobOf({finding.chain, finding.mutations});
         finding.done = job.done;
         std::error_code failure;
         std::filesystem::create_directories(m_settings.findings, failure);
-        const std::string name = std::to_string(finding.seed);
+        std::string name = fuzz::TextOf(finding.chain);
+        std::ranges::replace(name, '/', '-');
         finding.file = m_settings.findings / (name + ".xps");
         WriteWhole(finding.file, job.package, "--out-dir");
         if (job.environment.userTicket)
@@ -166,7 +168,7 @@ class Fuzzing {
 
 std::string LineOf(const FuzzSeed& which, const FuzzEnd& end) {
     const std::string& text = end.text.empty() ? end.cause : end.text;
-    return "seed " + std::to_string(which.seed) + ": " + NameOf(end.kind) + (text.empty() ? "" : ": " + text);
+    return "seed " + fuzz::TextOf(which.chain) + ": " + NameOf(end.kind) + (text.empty() ? "" : ": " + text);
 }
 
 // The one case, in this process, where a debugger finds it.

@@ -70,7 +70,7 @@ void DescribeFuzz(CLI::App& fuzz, RawFuzz& raw) {
         ->type_size(1)
         ->allow_extra_args(false);
     option("--device", settings.host.device, "MODEL", "the device model (default: simprinter)");
-    auto* again = option("--reproduce", settings.again, "SEED",
+    auto* again = option("--reproduce", raw.again, "SEED[/SEED...]",
                          "run that one case in this process, where a debugger "
                          "finds it; --corpus must be the same");
     option("--mutations", raw.mutations, "N,N", "of the case's mutations these alone, counted from 0")
@@ -100,6 +100,11 @@ FuzzSettings TakeFuzz(RawFuzz raw) {
     }
     if (raw.duration) settings.duration = DurationOf(*raw.duration);
     if (!raw.duration && !settings.cases) settings.cases = 1000;
+    if (raw.again) {
+        settings.again = fuzz::ParseChain(*raw.again);
+        if (!settings.again)
+            throw UsageError("--reproduce: \"" + *raw.again + "\" is not of the form 1234 or 1234/77");
+    }
     settings.mutations = PlacesOf(raw.mutations);
     settings.findings = Absolute(raw.findings);
     settings.json = Absolute(raw.json);

@@ -22,6 +22,7 @@ struct RawFuzz {
     std::optional<std::string> duration;
     std::string findings = "fuzz-findings";
     std::optional<std::string> json;
+    std::optional<std::string> again;
     std::string mutations;
     unsigned timeout = 30;
     FuzzSettings settings;

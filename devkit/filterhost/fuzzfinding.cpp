@@ -51,7 +51,7 @@ std::string CommandOf(const FuzzSettings& settings, const FuzzFinding& finding) 
     const FilterSettings& filter = settings.host.filters.front();
     std::string text = "filterhost fuzz " + Quoted(filter.dll) + " --clsid " + common::TextOf(filter.clsid);
     if (settings.corpus) text += " --corpus " + Quoted(*settings.corpus);
-    text += " --reproduce " + std::to_string(finding.seed);
+    text += " --reproduce " + fuzz::TextOf(finding.chain);
     if (finding.isRepeatable && !finding.mutations.empty())
         text += " --mutations " + PlacesText(finding.mutations);
     return text;
@@ -59,7 +59,7 @@ std::string CommandOf(const FuzzSettings& settings, const FuzzFinding& finding) 
 
 std::string TextOf(const FuzzSettings& settings, const FuzzFinding& finding) {
     std::string text =
-        "seed " + std::to_string(finding.seed) + ": " + NameOf(finding.end.kind) + ": " + finding.end.text;
+        "seed " + fuzz::TextOf(finding.chain) + ": " + NameOf(finding.end.kind) + ": " + finding.end.text;
     if (!finding.isRepeatable) {
         return text + "\n  not by itself: only after other cases in the same process";
     }
@@ -82,8 +82,8 @@ std::string TextOf(const FuzzSummary& summary) {
     text += "\n  mutations: " + CountsText(summary.mutations) + "\n";
     for (const FuzzFinding& finding : summary.findings) {
         if (finding.likewise == 0) continue;
-        text += "  " + std::to_string(finding.likewise) + " more like seed " + std::to_string(finding.seed) +
-                "\n";
+        text +=
+            "  " + std::to_string(finding.likewise) + " more like seed " + fuzz::TextOf(finding.chain) + "\n";
     }
     return text;
 }
@@ -94,7 +94,7 @@ std::string JsonOf(const FuzzSettings& settings, const FuzzSummary& summary) {
     OrderedJson cases = OrderedJson::array();
     for (const FuzzFinding& each : summary.findings) {
         cases.push_back(
-            {{"seed", each.seed},
+            {{"seed", fuzz::TextOf(each.chain)},
              {"kind", NameOf(each.end.kind)},
              {"text", each.end.text},
              {"cause", each.end.cause},

@@ -13,7 +13,7 @@ namespace devkit::filterhost {
 
 // A case that ended as it must not, and how little of it is needed for that.
 struct FuzzFinding {
-    std::uint64_t seed = 0;
+    fuzz::Chain chain;
     FuzzEnd end;
     // Whether it ends so in a process that has run no other case.
     bool isRepeatable = false;
@@ -33,7 +33,7 @@ struct FuzzSummary {
     std::map<std::string, std::uint64_t> codes;          // of those that were refused
     std::map<std::string, std::uint64_t> systemCrashes;  // by their places
     std::map<std::string, std::uint64_t> mutations;      // by what they changed
-    std::vector<FuzzFinding> findings;                   // by their seeds
+    std::vector<FuzzFinding> findings;                   // by their chains
 
     // The highest of all.
     [[nodiscard]] ExitStatus Status() const;

@@ -17,7 +17,7 @@
 
 namespace devkit::filterhost {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FuzzSeed, seed, kept)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FuzzSeed, chain, kept)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FuzzEnd, kind, text, cause)
 
 namespace {
@@ -71,12 +71,12 @@ FuzzRunner::FuzzRunner(const FuzzSettings& settings) : m_settings(settings), m_b
 }
 
 fuzz::FuzzCase FuzzRunner::CaseOf(const FuzzSeed& which) const {
-    fuzz::FuzzCase fuzzCase = fuzz::CaseOf(which.seed, m_bases.size());
+    fuzz::FuzzCase fuzzCase = fuzz::CaseOf(which.chain, m_bases.size());
     if (!which.kept) return fuzzCase;
     std::vector<fuzz::Mutation> kept;
     for (const std::size_t place : *which.kept) {
         if (place >= fuzzCase.mutations.size()) {
-            throw UsageError("--mutations: case " + std::to_string(which.seed) + " has " +
+            throw UsageError("--mutations: case " + fuzz::TextOf(which.chain) + " has " +
                              std::to_string(fuzzCase.mutations.size()));
         }
         kept.push_back(fuzzCase.mutations[place]);
@@ -88,7 +88,7 @@ fuzz::FuzzCase FuzzRunner::CaseOf(const FuzzSeed& which) const {
 fuzz::BadJob FuzzRunner::JobOf(const FuzzSeed& which) const { return fuzz::MakeJob(CaseOf(which), m_bases); }
 
 const std::string& FuzzRunner::BaseOf(const FuzzSeed& which) const {
-    return m_bases[fuzz::CaseOf(which.seed, m_bases.size()).base].name;
+    return m_bases[fuzz::CaseOf(which.chain, m_bases.size()).base].name;
 }
 
 const std::shared_ptr<TicketProvider>& FuzzRunner::ProviderFor(const HostSettings& settings) {
@@ -104,7 +104,7 @@ FuzzEnd FuzzRunner::Run(const FuzzSeed& which, bool& isOver) {
     fuzz::BadJob bad = JobOf(which);
     auto host = std::make_unique<const HostSettings>(SettingsOf(m_settings.host, bad.environment));
     Job job;
-    job.inputName = "case " + std::to_string(which.seed);
+    job.inputName = "case " + fuzz::TextOf(which.chain);
     job.bytes = std::make_shared<const std::string>(std::move(bad.package));
     if (bad.environment.userTicket)
         job.userTicket = std::make_shared<const std::string>(*std::move(bad.environment.userTicket));

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,10 +15,10 @@
 
 namespace devkit::filterhost {
 
-// A case by its seed; of its mutations those alone that are named, by their
+// A case by its seeds; of its mutations those alone that are named, by their
 // places from 0, where any are.
 struct FuzzSeed {
-    std::uint64_t seed = 0;
+    fuzz::Chain chain;
     std::optional<std::vector<std::size_t>> kept{};
 };
 

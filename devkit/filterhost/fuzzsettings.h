@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "devkit/filterhost/settings.h"
+#include "devkit/fuzz/fuzzcase.h"
 
 namespace devkit::filterhost {
 
@@ -22,7 +23,7 @@ struct FuzzSettings {
     std::uint64_t seed = 1;              // of the first case
     std::optional<std::uint64_t> cases;  // unset: until `duration` is over
     std::chrono::seconds duration{0};    // 0: until `cases` are done
-    std::optional<std::uint64_t> again;  // the one case that is to be run in this process
+    std::optional<fuzz::Chain> again;    // the one case that is to be run in this process
     std::vector<std::size_t> mutations;  // of it; empty: all
     std::filesystem::path findings;      // the folder for what is found
     std::optional<std::filesystem::path> json;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <system_error>
 
 #include "devkit/fuzz/markupmutator.h"
 
@@ -66,15 +68,38 @@ std::string Apply(const Mutation& mutation, Entries& entries, Environment& envir
 
 const char* NameOf(Layer layer) noexcept { return kLayers[static_cast<std::size_t>(layer)].name; }
 
-FuzzCase CaseOf(std::uint64_t seed, std::size_t baseCount) {
-    Random random(seed);
+std::string TextOf(const Chain& chain) {
+    std::string text;
+    for (const std::uint64_t seed : chain) text += (text.empty() ? "" : "/") + std::to_string(seed);
+    return text;
+}
+
+std::optional<Chain> ParseChain(std::string_view text) {
+    Chain chain;
+    for (;;) {
+        std::uint64_t seed = 0;
+        const auto [pEnd, error] = std::from_chars(text.data(), text.data() + text.size(), seed);
+        if (error != std::errc()) return std::nullopt;
+        chain.push_back(seed);
+        text.remove_prefix(static_cast<std::size_t>(pEnd - text.data()));
+        if (text.empty()) return chain;
+        if (text.front() != '/') return std::nullopt;
+        text.remove_prefix(1);
+    }
+}
+
+FuzzCase CaseOf(const Chain& chain, std::size_t baseCount) {
     FuzzCase fuzzCase;
-    fuzzCase.base = random.Below(baseCount);
-    const Layer theme = PickLayer(random);
-    const std::size_t count = 1 + std::min(random.Below(kMostMutations), random.Below(kMostMutations));
-    for (std::size_t i = 0; i < count; ++i) {
-        const Layer layer = random.OneIn(4) ? PickLayer(random) : theme;
-        fuzzCase.mutations.push_back({layer, random.Next()});
+    for (std::size_t link = 0; link < chain.size(); ++link) {
+        Random random(chain[link]);
+        const std::size_t base = random.Below(baseCount);
+        if (link == 0) fuzzCase.base = base;
+        const Layer theme = PickLayer(random);
+        const std::size_t count = 1 + std::min(random.Below(kMostMutations), random.Below(kMostMutations));
+        for (std::size_t i = 0; i < count; ++i) {
+            const Layer layer = random.OneIn(4) ? PickLayer(random) : theme;
+            fuzzCase.mutations.push_back({layer, random.Next()});
+        }
     }
     return fuzzCase;
 }

@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "devkit/fuzz/basedocuments.h"
@@ -36,8 +38,16 @@ struct FuzzCase {
     std::size_t base = 0;  // of the base documents
     std::vector<Mutation> mutations;
 };
-// What the seed says, with so many base documents: it is the same for the same number.
-[[nodiscard]] FuzzCase CaseOf(std::uint64_t seed, std::size_t baseCount);
+
+// The seeds of a case, one at least: the first one chooses the base document, and the mutations of each are
+// done to what those of the seeds before it made.
+using Chain = std::vector<std::uint64_t>;
+// "1234/77/9001", and back; nothing for what is none.
+[[nodiscard]] std::string TextOf(const Chain& chain);
+[[nodiscard]] std::optional<Chain> ParseChain(std::string_view text);
+
+// What the seeds say, with so many base documents: it is the same for the same number.
+[[nodiscard]] FuzzCase CaseOf(const Chain& chain, std::size_t baseCount);
 
 // The job itself.
 struct BadJob {

@@ -65,7 +65,7 @@ TEST_P(FuzzTest, IsFoundAndReproduced) {
     const std::string told = FileBytes(Path(input).replace_extension(".txt"));
     EXPECT_NE(std::string::npos, told.find(found->at("command").get<std::string>())) << told;
     if (each.again == 0) return;
-    const std::string seed = std::to_string(found->at("seed").get<unsigned>());
+    const std::string seed = found->at("seed").get<std::string>();
     const std::string line =
         "filterhost: seed " + seed + ": " + each.kind + ": " + found->at("text").get<std::string>() + "\n";
     const std::string place = std::to_string(found->at("mutations")[0].get<unsigned>());
@@ -143,6 +143,8 @@ TEST(Fuzz, WhatCannotBeIsWrongUsage) {
     EXPECT_EQ("filterhost: --allow-code: \"x\" is no code\n", refusal({"--allow-code", "x"}));
     EXPECT_EQ("filterhost: --mutations: \"a\" is not of the form 0,2\n",
               refusal({"--reproduce", "1", "--mutations", "a"}));
+    EXPECT_EQ("filterhost: --reproduce: \"1/\" is not of the form 1234 or 1234/77\n",
+              refusal({"--reproduce", "1/"}));
     EXPECT_EQ("filterhost: FILTER: there is no ", Fuzz("nosuch.dll", {}).error.substr(0, 32));
     EXPECT_EQ("filterhost: fuzz-work is a command of the program's own\n",
               RunProgram({"fuzz-work", "a", "b"}).error);

@@ -17,7 +17,7 @@ FuzzSettings Settings() {
 
 FuzzFinding Finding() {
     FuzzFinding finding;
-    finding.seed = 7;
+    finding.chain = {7};
     finding.end = {FuzzEnd::Crash, "the filter crashed", "f.dll+0x1"};
     finding.isRepeatable = true;
     finding.mutations = {0, 2};
@@ -44,6 +44,13 @@ TEST(FuzzFinding, SaysHowItIsReproduced) {
         "  C:\\out\\7.xps\n  " +
             std::string(kCommand),
         TextOf(Settings(), Finding()));
+}
+
+TEST(FuzzFinding, NamesEverySeedOfItsChain) {
+    FuzzFinding finding = Finding();
+    finding.chain = {7, 12};
+    EXPECT_NE(std::string::npos, CommandOf(Settings(), finding).find(" --reproduce 7/12 --mutations 0,2"));
+    EXPECT_TRUE(TextOf(Settings(), finding).starts_with("seed 7/12: crash: "));
 }
 
 TEST(FuzzFinding, SaysWhenItNeedsOtherCases) {

@@ -11,8 +11,8 @@ namespace {
 TEST(FuzzCase, ASeedIsOneJob) {
     const std::vector<BaseDocument> bases = OwnDocuments();
     for (std::uint64_t seed = 0; seed < 100; ++seed) {
-        const BadJob one = MakeJob(CaseOf(seed, bases.size()), bases);
-        const BadJob other = MakeJob(CaseOf(seed, bases.size()), bases);
+        const BadJob one = MakeJob(CaseOf({seed}, bases.size()), bases);
+        const BadJob other = MakeJob(CaseOf({seed}, bases.size()), bases);
         EXPECT_EQ(one.package, other.package);
         EXPECT_EQ(one.done, other.done);
         EXPECT_EQ(one.environment.pipelineSwitches, other.environment.pipelineSwitches);
@@ -25,7 +25,7 @@ TEST(FuzzCase, SeedsReachEveryBaseAndEveryLayer) {
     std::set<std::size_t> bases;
     std::map<std::size_t, unsigned> counts;
     for (std::uint64_t seed = 0; seed < 1000; ++seed) {
-        const FuzzCase fuzzCase = CaseOf(seed, 5);
+        const FuzzCase fuzzCase = CaseOf({seed}, 5);
         bases.insert(fuzzCase.base);
         ++counts[fuzzCase.mutations.size()];
         for (const Mutation& mutation : fuzzCase.mutations) ++layers[mutation.layer];
@@ -36,6 +36,30 @@ TEST(FuzzCase, SeedsReachEveryBaseAndEveryLayer) {
     // Most cases have few.
     EXPECT_EQ(6U, counts.size());
     EXPECT_LT(counts[6], counts[1]);
+}
+
+TEST(FuzzCase, EachSeedOfAChainAddsItsMutationsToTheFirstOnesDocument) {
+    const FuzzCase first = CaseOf({3}, 5);
+    std::uint64_t seed = 4;
+    while (CaseOf({seed}, 5).base == first.base) ++seed;
+    const FuzzCase second = CaseOf({seed}, 5);
+    const FuzzCase both = CaseOf({3, seed}, 5);
+    EXPECT_EQ(first.base, both.base);
+    std::vector<Mutation> expected = first.mutations;
+    expected.insert(expected.end(), second.mutations.begin(), second.mutations.end());
+    ASSERT_EQ(expected.size(), both.mutations.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(expected[i].layer, both.mutations[i].layer);
+        EXPECT_EQ(expected[i].seed, both.mutations[i].seed);
+    }
+}
+
+TEST(FuzzCase, AChainIsWrittenWithSlashes) {
+    EXPECT_EQ("1234/77/9001", TextOf({1234, 77, 9001}));
+    EXPECT_EQ((Chain{1234, 77, 9001}), ParseChain("1234/77/9001"));
+    EXPECT_EQ(Chain{18446744073709551615U}, ParseChain("18446744073709551615"));
+    for (const char* const none : {"", "/", "1/", "/1", "1//2", "1,2", "-1", "18446744073709551616", "1 "})
+        EXPECT_EQ(std::nullopt, ParseChain(none)) << none;
 }
 
 TEST(FuzzCase, WithoutItsMutationsItIsTheBaseItself) {
