@@ -99,6 +99,7 @@ void CheckFiles(const FuzzSettings& settings) {
             files.Read(entry.path(), "the document");
     }
     files.Read(settings.host);
+    files.Read(settings.chains, "the list of cases");
     files.Write(settings.json, "--json");
 }
 

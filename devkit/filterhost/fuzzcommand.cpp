@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -25,6 +26,7 @@
 #include "devkit/filterhost/progress.h"
 #include "devkit/filterhost/runevent.h"
 #include "devkit/filterhost/ticketprovider.h"
+#include "devkit/fuzz/guide.h"
 #include "devkit/fuzz/minimiser.h"
 
 namespace devkit::filterhost {
@@ -50,15 +52,24 @@ class Fuzzing {
     explicit Fuzzing(const FuzzSettings& settings)
         : m_settings(settings), m_runner(settings), m_progress(!settings.quiet) {
         m_summary.firstSeed = m_next = settings.seed;
+        if (settings.guided) m_guide.emplace(settings.mostKept);
+        for (const ListedCase& listed : settings.listed) {
+            const std::string& base = m_runner.BaseOf({listed.chain});
+            if (listed.base.empty() || listed.base == base) continue;
+            throw UsageError("--chains: " + fuzz::TextOf(listed.chain) + " is made of " + base + ", not of " +
+                             listed.base + ": the documents are others than those that it was found with");
+        }
     }
 
     // False when the user interrupted.
     bool Run() {
         const Interrupt interrupt([this] { m_stop = true; });
-        common::RunInThreads(m_settings.parallel, m_settings.cases.value_or(SIZE_MAX),
-                             [this] { TakeSeeds(); });
+        if (m_guide) MeasureBases();
+        const std::uint64_t cases = m_settings.cases.value_or(SIZE_MAX - m_settings.listed.size());
+        common::RunInThreads(m_settings.parallel, cases + m_settings.listed.size(), [this] { TakeCases(); });
         if (m_failure) std::rethrow_exception(m_failure);
         m_summary.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
+        if (m_guide) m_summary.guidance = {m_guide->Reached(), m_guide->ReachedByBases(), m_guide->Kept()};
         std::ranges::sort(m_summary.findings, {}, &FuzzFinding::chain);
         for (FuzzFinding& finding : m_summary.findings)
             finding.likewise = m_causes.at({finding.end.kind, finding.end.cause}) - 1;
@@ -68,31 +79,59 @@ class Fuzzing {
     [[nodiscard]] const FuzzSummary& Summary() const { return m_summary; }
 
   private:
-    void TakeSeeds() try {
+    struct Next {
+        fuzz::Chain chain;
+        bool isListed = false;
+    };
+
+    // What the documents reach as they are: each as a case of which no mutation is kept.
+    void MeasureBases() {
         FuzzChild child(m_settings);
-        while (const std::optional<std::uint64_t> seed = NextSeed()) {
-            const fuzz::Chain chain{*seed};
-            const FuzzEnd end = child.Run({chain});
-            Count(chain, end);
-            if (IsFinding(end.kind) && IsNew(end)) Look(chain, end);
+        std::set<std::string> measured;
+        for (std::uint64_t seed = 0; measured.size() < m_runner.CountOfBases() && !m_stop; ++seed) {
+            const FuzzSeed unchanged{{seed}, std::vector<std::size_t>()};
+            if (measured.insert(m_runner.BaseOf(unchanged)).second)
+                m_guide->TakeBase(child.Run(unchanged).edges);
+        }
+    }
+
+    void TakeCases() try {
+        FuzzChild child(m_settings);
+        while (const std::optional<Next> next = NextCase()) {
+            const FuzzAnswer answer = child.Run({next->chain});
+            Count(*next, answer);
+            const FuzzEnd& end = answer.end;
+            if (IsFinding(end.kind) && IsNew(end)) Look(next->chain, end);
         }
     } catch (...) {
         const std::lock_guard guard(m_lock);
         if (!m_failure) m_failure = std::current_exception();
     }
 
-    std::optional<std::uint64_t> NextSeed() {
+    // First the seeds, then what is listed.
+    std::optional<Next> NextCase() {
         const std::lock_guard guard(m_lock);
         const bool isOver =
             (m_settings.cases && m_next - m_settings.seed >= *m_settings.cases) ||
             (m_settings.duration.count() > 0 && Clock::now() - m_start >= m_settings.duration);
-        if (m_stop || m_failure || isOver) return std::nullopt;
-        return m_next++;
+        if (m_stop || m_failure) return std::nullopt;
+        if (isOver && m_nextListed == m_settings.listed.size()) return std::nullopt;
+        if (isOver) return Next{m_settings.listed[m_nextListed++].chain, true};
+        const std::uint64_t seed = m_next++;
+        return Next{m_guide ? m_guide->ChainOf(seed) : fuzz::Chain{seed}};
     }
 
-    void Count(const fuzz::Chain& chain, const FuzzEnd& end) {
-        const fuzz::FuzzCase fuzzCase = m_runner.CaseOf({chain});
+    void Count(const Next& next, const FuzzAnswer& answer) {
+        const fuzz::FuzzCase fuzzCase = m_runner.CaseOf({next.chain});
+        const FuzzEnd& end = answer.end;
         const std::lock_guard guard(m_lock);
+        std::size_t edges = 0;
+        if (m_guide) {
+            // A document that grows with each link would make the cases dear.
+            const bool canGrow = !IsFinding(end.kind) && answer.size <= fuzz::kMostBaseBytes;
+            edges = m_guide->Take(next.chain, answer.edges, canGrow);
+        }
+        if (next.isListed) m_summary.listed.push_back({next.chain, end.kind, edges});
         ++m_summary.cases;
         ++m_summary.kinds[end.kind];
         if (end.kind == FuzzEnd::Refused) ++m_summary.codes[end.cause];
@@ -117,7 +156,7 @@ class Fuzzing {
         FuzzChild child(m_settings);
         const auto isSame = [&](const FuzzSeed& which) {
             child.Renew();
-            const FuzzEnd again = child.Run(which);
+            const FuzzEnd again = child.Run(which).end;
             return again.kind == end.kind && again.cause == end.cause;
         };
         finding.base = m_runner.BaseOf({chain});
@@ -160,6 +199,8 @@ class Fuzzing {
     std::atomic<bool> m_stop = false;
     std::mutex m_lock;
     std::uint64_t m_next = 0;
+    std::size_t m_nextListed = 0;
+    std::optional<fuzz::Guide> m_guide;
     std::map<std::pair<FuzzEnd::Kind, std::string>, std::size_t> m_causes;  // and how many ended for it
     FuzzSummary m_summary;
     std::exception_ptr m_failure;
@@ -194,7 +235,7 @@ ExitStatus Reproduce(const FuzzSettings& settings) {
         },
         &told);
     bool isOver = true;
-    const FuzzEnd end = runner.Run(which, isOver);
+    const FuzzEnd end = runner.Run(which, isOver).end;
     if (IsFinding(end.kind)) {
         PrintProblem(LineOf(which, end));
     } else {

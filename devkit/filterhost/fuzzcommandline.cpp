@@ -1,12 +1,15 @@
 #include "devkit/filterhost/fuzzcommandline.h"
 
+#include <algorithm>
 #include <charconv>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "devkit/common/hresult.h"
+#include "devkit/common/text.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
 #include "devkit/filterhost/fuzzend.h"
@@ -48,6 +51,23 @@ std::vector<std::size_t> PlacesOf(const std::string& text) {
     return places;
 }
 
+// Lines of a chain and, behind a space, the name of the document that it is made of; "#" begins what is for
+// people.
+std::vector<ListedCase> ReadChains(const std::filesystem::path& path) {
+    std::istringstream lines(ReadFile(path, "--chains"));
+    std::vector<ListedCase> listed;
+    for (std::string text; std::getline(lines, text);) {
+        const std::string_view line = common::Trimmed(std::string_view(text).substr(0, text.find('#')));
+        if (line.empty()) continue;
+        const std::size_t space = std::min(line.find(' '), line.size());
+        const std::optional<fuzz::Chain> chain = fuzz::ParseChain(line.substr(0, space));
+        if (!chain)
+            throw UsageError("--chains: \"" + std::string(line) + "\" does not begin with SEED[/SEED...]");
+        listed.push_back({*chain, std::string(common::Trimmed(line.substr(space)))});
+    }
+    return listed;
+}
+
 }  // namespace
 
 void DescribeFuzz(CLI::App& fuzz, RawFuzz& raw) {
@@ -73,6 +93,17 @@ void DescribeFuzz(CLI::App& fuzz, RawFuzz& raw) {
     auto* again = option("--reproduce", raw.again, "SEED[/SEED...]",
                          "run that one case in this process, where a debugger "
                          "finds it; --corpus must be the same");
+    auto* guided =
+        fuzz.add_flag("--guided", settings.guided,
+                      "make cases of those that reached edges of the code which none before them did; "
+                      "the filter must be built for it")
+            ->excludes(again);
+    option("--keep", settings.mostKept, "N",
+           "of such cases at most; with 0 the edges are only counted (default: 10000)")
+        ->needs(guided);
+    option("--chains", raw.chains, "FILE",
+           "run the cases that the file lists, SEED[/SEED...] a line, as well")
+        ->excludes(again);
     option("--mutations", raw.mutations, "N,N", "of the case's mutations these alone, counted from 0")
         ->needs(again);
     option("--out-dir", raw.findings, "DIR",
@@ -105,6 +136,8 @@ FuzzSettings TakeFuzz(RawFuzz raw) {
         if (!settings.again)
             throw UsageError("--reproduce: \"" + *raw.again + "\" is not of the form 1234 or 1234/77");
     }
+    settings.chains = Absolute(raw.chains);
+    if (settings.chains) settings.listed = ReadChains(*settings.chains);
     settings.mutations = PlacesOf(raw.mutations);
     settings.findings = Absolute(raw.findings);
     settings.json = Absolute(raw.json);

@@ -23,6 +23,7 @@ struct RawFuzz {
     std::string findings = "fuzz-findings";
     std::optional<std::string> json;
     std::optional<std::string> again;
+    std::optional<std::string> chains;
     std::string mutations;
     unsigned timeout = 30;
     FuzzSettings settings;

@@ -80,6 +80,11 @@ std::string TextOf(const FuzzSummary& summary) {
         separator = ", ";
     }
     text += "\n  mutations: " + CountsText(summary.mutations) + "\n";
+    if (summary.guidance) {
+        text += "  edges: " + std::to_string(summary.guidance->edges) + ", of them " +
+                std::to_string(summary.guidance->ofBases) + " by the documents as they are; " +
+                common::Counted(summary.guidance->kept.size(), "mutant") + " kept\n";
+    }
     for (const FuzzFinding& finding : summary.findings) {
         if (finding.likewise == 0) continue;
         text +=
@@ -106,10 +111,27 @@ std::string JsonOf(const FuzzSettings& settings, const FuzzSummary& summary) {
              {"command", CommandOf(settings, each)},
              {"likewise", each.likewise}});
     }
-    const OrderedJson json{{"seed", summary.firstSeed},      {"cases", summary.cases},
-                           {"seconds", summary.seconds},     {"ends", kinds},
-                           {"codes", summary.codes},         {"systemCrashes", summary.systemCrashes},
-                           {"mutations", summary.mutations}, {"findings", cases}};
+    OrderedJson listed = OrderedJson::array();
+    for (const ListedEnd& each : summary.listed) {
+        listed.push_back(
+            {{"seed", fuzz::TextOf(each.chain)}, {"end", NameOf(each.kind)}, {"edges", each.edges}});
+    }
+    OrderedJson json{{"seed", summary.firstSeed},
+                     {"cases", summary.cases},
+                     {"seconds", summary.seconds},
+                     {"ends", kinds},
+                     {"codes", summary.codes},
+                     {"systemCrashes", summary.systemCrashes},
+                     {"mutations", summary.mutations},
+                     {"findings", cases},
+                     {"listed", listed}};
+    if (summary.guidance) {
+        OrderedJson kept = OrderedJson::array();
+        for (const fuzz::KeptCase& each : summary.guidance->kept)
+            kept.push_back({{"seed", fuzz::TextOf(each.chain)}, {"edges", each.edges}});
+        json["guidance"] = {
+            {"edges", summary.guidance->edges}, {"ofBases", summary.guidance->ofBases}, {"kept", kept}};
+    }
     return json.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,20 @@ struct FuzzFinding {
     std::size_t likewise = 0;            // other cases that ended for the same cause
 };
 
+// What became of a case that --chains lists.
+struct ListedEnd {
+    fuzz::Chain chain;
+    FuzzEnd::Kind kind = FuzzEnd::Passed;
+    std::size_t edges = 0;  // that it was the first to reach, where they are watched
+};
+
+// What the cases reached of the code, and which of them others were made of.
+struct Guidance {
+    std::size_t edges = 0;
+    std::size_t ofBases = 0;  // of them by the documents as they are
+    std::vector<fuzz::KeptCase> kept;
+};
+
 // What became of all cases.
 struct FuzzSummary {
     std::uint64_t firstSeed = 0;
@@ -34,6 +49,8 @@ struct FuzzSummary {
     std::map<std::string, std::uint64_t> systemCrashes;  // by their places
     std::map<std::string, std::uint64_t> mutations;      // by what they changed
     std::vector<FuzzFinding> findings;                   // by their chains
+    std::vector<ListedEnd> listed;
+    std::optional<Guidance> guidance;
 
     // The highest of all.
     [[nodiscard]] ExitStatus Status() const;

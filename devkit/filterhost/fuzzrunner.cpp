@@ -12,6 +12,7 @@
 
 #include "devkit/common/file.h"
 #include "devkit/common/json.h"
+#include "devkit/filterhost/edgewatch.h"
 #include "devkit/filterhost/hostedrun.h"
 #include "platform/utf.h"
 
@@ -19,6 +20,7 @@ namespace devkit::filterhost {
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FuzzSeed, chain, kept)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FuzzEnd, kind, text, cause)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FuzzAnswer, end, size, edges)
 
 namespace {
 
@@ -100,8 +102,10 @@ const std::shared_ptr<TicketProvider>& FuzzRunner::ProviderFor(const HostSetting
     return m_provider;
 }
 
-FuzzEnd FuzzRunner::Run(const FuzzSeed& which, bool& isOver) {
+FuzzAnswer FuzzRunner::Run(const FuzzSeed& which, bool& isOver) {
+    FuzzAnswer answer;
     fuzz::BadJob bad = JobOf(which);
+    answer.size = bad.package.size();
     auto host = std::make_unique<const HostSettings>(SettingsOf(m_settings.host, bad.environment));
     Job job;
     job.inputName = "case " + fuzz::TextOf(which.chain);
@@ -124,24 +128,32 @@ FuzzEnd FuzzRunner::Run(const FuzzSeed& which, bool& isOver) {
     isOver = true;
     try {
         auto run = std::make_unique<HostedRun>(*host, ProviderFor(*host), sink);
+        std::optional<EdgeWatch> edges;
+        if (m_settings.guided) edges.emplace(host->filters.front().dll);
         isOver = run->Run(job, sink);
+        if (edges) answer.edges = edges->Reached(m_reached);
+        if (edges && !isOver) edges->Abandon();
         if (m_cases++ < kCasesThatBring) KeepSystemModules();
         // Under threads that are still at it nothing can go.
         if (!isOver) static_cast<void>(run.release());
+    } catch (const NoEdges&) {
+        throw;
     } catch (const UsageError& error) {
         // Two switches that no provider takes together.
-        return {FuzzEnd::Unreadable, error.what(), {}};
+        answer.end = {FuzzEnd::Unreadable, error.what(), {}};
+        return answer;
     }
     const std::lock_guard guard(told->lock);
     Conclude(told->result);
-    FuzzEnd end = EndOf(told->result, *host, allowed);
+    answer.end = EndOf(told->result, *host, allowed);
     if (!isOver) static_cast<void>(host.release());
-    return end;
+    return answer;
 }
 
 std::string WriteFuzzOrder(const FuzzSettings& settings) {
     return nlohmann::json{WriteOrder({settings.host, {}}),
-                          settings.corpus ? common::PathText(*settings.corpus) : "", settings.allowedCodes}
+                          settings.corpus ? common::PathText(*settings.corpus) : "", settings.allowedCodes,
+                          settings.guided}
         .dump();
 }
 
@@ -152,6 +164,7 @@ FuzzSettings ReadFuzzOrder(std::string_view line) {
     const auto corpus = json.at(1).get<std::string>();
     if (!corpus.empty()) settings.corpus = platform::ToUtf16(corpus);
     settings.allowedCodes = json.at(2).get<std::vector<HRESULT>>();
+    settings.guided = json.at(3).get<bool>();
     return settings;
 }
 
@@ -159,10 +172,10 @@ std::string WriteSeed(const FuzzSeed& which) { return nlohmann::json(which).dump
 
 FuzzSeed ReadSeed(std::string_view line) { return nlohmann::json::parse(line).get<FuzzSeed>(); }
 
-std::string WriteEnd(const FuzzEnd& end) {
-    return nlohmann::json(end).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+std::string WriteAnswer(const FuzzAnswer& answer) {
+    return nlohmann::json(answer).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-FuzzEnd ReadEnd(std::string_view line) { return nlohmann::json::parse(line).get<FuzzEnd>(); }
+FuzzAnswer ReadAnswer(std::string_view line) { return nlohmann::json::parse(line).get<FuzzAnswer>(); }
 
 }  // namespace devkit::filterhost

@@ -10,6 +10,7 @@
 
 #include "devkit/common/leave.h"
 #include "devkit/filterhost/crashreport.h"
+#include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/orders.h"
 #include "devkit/filterhost/runevent.h"
 #include "platform/utf.h"
@@ -23,8 +24,9 @@ using Json = nlohmann::json;
 // does not end the process with it. What is told of a failure of the kit's is a
 // text.
 struct Answered {
-    std::optional<FuzzEnd> end;
+    std::optional<FuzzAnswer> answer;
     std::string failure;
+    std::string refusal;
     bool isOver = true;
 };
 Answered RunOnThread(FuzzRunner& runner, const FuzzSeed& which) {
@@ -32,17 +34,25 @@ Answered RunOnThread(FuzzRunner& runner, const FuzzSeed& which) {
     std::thread([&] {
         const HRESULT entered = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         try {
-            answered.end = runner.Run(which, answered.isOver);
+            answered.answer = runner.Run(which, answered.isOver);
+        } catch (const UsageError& error) {
+            answered.refusal = error.what();
         } catch (const std::exception& error) {
             answered.failure = error.what();
         }
         if (SUCCEEDED(entered)) CoUninitialize();
     }).join();
-    if (!answered.end && answered.failure.empty()) {
-        answered.end = FuzzEnd{FuzzEnd::Crash, "the filter ended its thread", "thread"};
+    if (!answered.answer && answered.failure.empty() && answered.refusal.empty()) {
+        answered.answer = FuzzAnswer{{FuzzEnd::Crash, "the filter ended its thread", "thread"}};
         answered.isOver = false;
     }
     return answered;
+}
+
+std::string LineOf(const Answered& answered) {
+    if (answered.answer) return WriteAnswer(*answered.answer);
+    const bool isRefused = !answered.refusal.empty();
+    return Json{{isRefused ? "refusal" : "failure", isRefused ? answered.refusal : answered.failure}}.dump();
 }
 
 void TellCrash(void* pParent, std::string_view line) noexcept {
@@ -58,13 +68,13 @@ void FuzzWork(std::string_view readHandle, std::string_view writeHandle) {
     const CrashReport crash(&TellCrash, &parent);
     for (bool goesOn = true; goesOn;) {
         const Answered answered = RunOnThread(runner, ReadSeed(orders.Next()));
-        parent.Tell(answered.end ? WriteEnd(*answered.end) : Json{{"failure", answered.failure}}.dump());
-        goesOn = answered.isOver && answered.end;
+        parent.Tell(LineOf(answered));
+        goesOn = answered.isOver && answered.answer;
     }
     common::LeaveProcess(Done);
 }
 
-FuzzEnd FuzzChild::Run(const FuzzSeed& which) {
+FuzzAnswer FuzzChild::Run(const FuzzSeed& which) {
     if (m_process == nullptr || m_cases == kMostCases) {
         m_process.reset();
         m_process = std::make_unique<ChildProcess>(platform::ToUtf16(kFuzzWorkCommand));
@@ -73,23 +83,23 @@ FuzzEnd FuzzChild::Run(const FuzzSeed& which) {
     }
     ++m_cases;
     m_process->Send(WriteSeed(which));
-    FuzzEnd end = Answer();
+    FuzzAnswer answer = Answer();
     // Whatever ended badly may have left something behind.
-    if (end.kind >= FuzzEnd::SystemCrash) m_process.reset();
-    return end;
+    if (answer.end.kind >= FuzzEnd::SystemCrash) m_process.reset();
+    return answer;
 }
 
-FuzzEnd FuzzChild::Answer() {
+FuzzAnswer FuzzChild::Answer() {
     const auto deadline = ChildProcess::Clock::now() + m_settings.timeout;
     for (std::string line;;) {
         switch (m_process->Read(line, deadline)) {
             case ChildProcess::Got::Nothing: {
                 const std::string seconds = std::to_string(m_settings.timeout.count());
-                return {FuzzEnd::Hang, "the filter made no progress for " + seconds + " s", "no progress"};
+                return {{FuzzEnd::Hang, "the filter made no progress for " + seconds + " s", "no progress"}};
             }
             case ChildProcess::Got::End: {
                 const std::string status = std::to_string(m_process->ExitCode());
-                return {FuzzEnd::Crash, "the filter ended the process with status " + status, "process"};
+                return {{FuzzEnd::Crash, "the filter ended the process with status " + status, "process"}};
             }
             case ChildProcess::Got::Line:
                 break;
@@ -97,13 +107,15 @@ FuzzEnd FuzzChild::Answer() {
         const Json answer = Json::parse(line, nullptr, false);
         if (answer.is_object() && answer.contains("failure"))
             throw std::runtime_error(answer["failure"].get<std::string>());
-        if (answer.is_object() && answer.contains("kind")) return ReadEnd(line);
+        if (answer.is_object() && answer.contains("refusal"))
+            throw UsageError(answer["refusal"].get<std::string>());
+        if (answer.is_object() && answer.contains("end")) return ReadAnswer(line);
         // The event of a crash; anything else was written to a handle that is not
         // the writer's.
         if (!answer.is_array()) continue;
         const Event event = ReadEvent(line);
         if (const auto* const pCrashed = std::get_if<events::Crashed>(&event))
-            return EndOf(pCrashed->crash, m_settings.host);
+            return {EndOf(pCrashed->crash, m_settings.host)};
     }
 }
 

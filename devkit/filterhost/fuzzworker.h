@@ -27,8 +27,9 @@ class FuzzChild {
     explicit FuzzChild(const FuzzSettings& settings) : m_settings(settings) {}
 
     // Throws std::system_error when no process can be started, std::runtime_error
-    // when the filter cannot be loaded.
-    [[nodiscard]] FuzzEnd Run(const FuzzSeed& which);
+    // when the filter cannot be loaded, UsageError when it has no table of edges
+    // and the settings want one.
+    [[nodiscard]] FuzzAnswer Run(const FuzzSeed& which);
     // The next case has a process that has run no other.
     void Renew() { m_process.reset(); }
 
@@ -36,7 +37,7 @@ class FuzzChild {
     // A process that has run so many may have gathered something.
     static constexpr unsigned kMostCases = 500;
 
-    [[nodiscard]] FuzzEnd Answer();
+    [[nodiscard]] FuzzAnswer Answer();
 
     const FuzzSettings& m_settings;
     std::unique_ptr<ChildProcess> m_process;

@@ -161,6 +161,9 @@ TEST_F(FileCheck, TheSummaryOfFuzzingReplacesNothingThatIsRead) {
     EXPECT_EQ("--json would replace the document corpus\\of\\document.xps", refusal());
     fuzzing.json = m_folder / "filter.dll";
     EXPECT_EQ("--json would replace the filter filter.dll", refusal());
+    fuzzing.json = fuzzing.chains = m_folder / "chains.txt";
+    Make("chains.txt");
+    EXPECT_EQ("--json would replace the list of cases chains.txt", refusal());
 }
 
 TEST_F(FileCheck, WithoutAnOutputThereIsNothingToReplace) {

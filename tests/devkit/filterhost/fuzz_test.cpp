@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "devkit/common/file.h"
 #include "devkit/filterhost/files.h"
 #include "devkit/filterhost/program.h"
 
@@ -114,6 +115,74 @@ TEST(Fuzz, ACodeCanBeAllowed) {
     EXPECT_EQ(0U, ended.status) << ended.error;
 }
 
+// Of the doors of the test filter, each behind the one before, how many a run of so many cases comes through.
+Json GuidanceOf(const char* name, const char* cases, const Arguments& more = {}) {
+    const Path folder = FreshFolder(name);
+    Arguments arguments{
+        "--cases",      cases,       "-j",     "1", "--guided", "--json", Text(folder / "r.json"),
+        "--allow-code", "E_POINTER", "--quiet"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    const Ended ended = Fuzz("testfilter.dll", arguments, "doors");
+    EXPECT_EQ(0U, ended.status) << ended.error;
+    return Json::parse(FileBytes(folder / "r.json"));
+}
+
+TEST(GuidedFuzz, ComesFartherThanWithoutGuidance) {
+    const Json guided = GuidanceOf("fuzz-guided", "250")["guidance"];
+    const Json counted = GuidanceOf("fuzz-counted", "250", {"--keep", "0"})["guidance"];
+    EXPECT_EQ(1, guided["ofBases"]);
+    EXPECT_EQ(1, counted["ofBases"]);
+    EXPECT_EQ(Json::array(), counted["kept"]);
+    EXPECT_LT(counted["edges"].get<unsigned>(), guided["edges"].get<unsigned>()) << counted << guided;
+    // The last one is made of the one before.
+    const Json& kept = guided["kept"];
+    ASSERT_LT(1U, kept.size()) << guided;
+    const std::string last = kept.back()["seed"];
+    EXPECT_TRUE(last.starts_with(kept[kept.size() - 2]["seed"].get<std::string>() + "/")) << kept;
+}
+
+TEST(GuidedFuzz, IsTheSameEachTime) {
+    Json one = GuidanceOf("fuzz-one", "100");
+    Json other = GuidanceOf("fuzz-other", "100");
+    one.erase("seconds");
+    other.erase("seconds");
+    EXPECT_EQ(one, other);
+}
+
+TEST(GuidedFuzz, WantsATableOfEdges) {
+    const Ended ended = Fuzz("pagevalidatefilter.dll", {"--guided", "--cases", "1"});
+    EXPECT_EQ(2U, ended.status);
+    EXPECT_EQ(
+        "filterhost: --guided: pagevalidatefilter.dll has no table of its edges; docs/testing.md says how it "
+        "gets one\n",
+        ended.error);
+}
+
+TEST(GuidedFuzz, RunsListedCasesToo) {
+    const Path folder = FreshFolder("fuzz-listed");
+    common::SaveFile(folder / "chains.txt",
+                     "# what was found\n7/12   the small job of UTF-16\n\n9 # any document\n");
+    const Json report =
+        GuidanceOf("fuzz-listed-report", "2", {"--keep", "0", "--chains", Text(folder / "chains.txt")});
+    EXPECT_EQ(4, report["cases"]);
+    ASSERT_EQ(2U, report["listed"].size());
+    EXPECT_EQ("7/12", report["listed"][0]["seed"]);
+    EXPECT_EQ("9", report["listed"][1]["seed"]);
+    common::SaveFile(folder / "other.txt", "7/12 another document\n");
+    const Ended other = Fuzz("testfilter.dll", {"--cases", "1", "--chains", Text(folder / "other.txt")});
+    EXPECT_EQ(2U, other.status);
+    EXPECT_EQ(
+        "filterhost: --chains: 7/12 is made of the small job of UTF-16, not of another document: the "
+        "documents are "
+        "others than "
+        "those that it was found with\n",
+        other.error);
+    common::SaveFile(folder / "none.txt", "x 7\n");
+    const Ended none = Fuzz("testfilter.dll", {"--cases", "1", "--chains", Text(folder / "none.txt")});
+    EXPECT_EQ(2U, none.status);
+    EXPECT_EQ("filterhost: --chains: \"x 7\" does not begin with SEED[/SEED...]\n", none.error);
+}
+
 TEST(Fuzz, TheDocumentsOfAFolderAreBasesToo) {
     const Ended ended = Fuzz(
         "testfilter.dll", {"--corpus", Text(Path(SAMPLES_FOLDER)), "--reproduce", "5", "--mutations", "0"});
@@ -145,6 +214,9 @@ TEST(Fuzz, WhatCannotBeIsWrongUsage) {
               refusal({"--reproduce", "1", "--mutations", "a"}));
     EXPECT_EQ("filterhost: --reproduce: \"1/\" is not of the form 1234 or 1234/77\n",
               refusal({"--reproduce", "1/"}));
+    for (const Arguments& more : {Arguments{"--keep", "1"}, Arguments{"--guided", "--reproduce", "1"},
+                                  Arguments{"--chains", "x", "--reproduce", "1"}})
+        EXPECT_EQ("filterhost: --", refusal(more).substr(0, 14));
     EXPECT_EQ("filterhost: FILTER: there is no ", Fuzz("nosuch.dll", {}).error.substr(0, 32));
     EXPECT_EQ("filterhost: fuzz-work is a command of the program's own\n",
               RunProgram({"fuzz-work", "a", "b"}).error);

@@ -92,6 +92,21 @@ TEST(FuzzSummary, IsAnObjectForPrograms) {
     EXPECT_EQ(3, json["findings"][0]["likewise"]);
 }
 
+TEST(FuzzSummary, SaysWhatOfTheCodeWasReached) {
+    FuzzSummary summary = Summary();
+    summary.guidance = {120, 100, {{{7}, 15}, {{7, 9}, 5}}};
+    EXPECT_NE(
+        std::string::npos,
+        TextOf(summary).find("\n  edges: 120, of them 100 by the documents as they are; 2 mutants kept\n"))
+        << TextOf(summary);
+    const Json json = Json::parse(JsonOf(Settings(), summary));
+    EXPECT_EQ((Json{{"edges", 120},
+                    {"ofBases", 100},
+                    {"kept", {{{"seed", "7"}, {"edges", 15}}, {{"seed", "7/9"}, {"edges", 5}}}}}),
+              json["guidance"]);
+    EXPECT_FALSE(Json::parse(JsonOf(Settings(), Summary())).contains("guidance"));
+}
+
 TEST(FuzzSummary, HasTheHighestStatus) {
     FuzzSummary summary = Summary();
     EXPECT_EQ(FilterFailed, summary.Status());

@@ -374,6 +374,9 @@ HRESULT TestFilter::PassPage(IFixedPage* pPage) {
     if (m_mode.starts_with("when:")) {
         if (const HRESULT hr = BecomeMode(pPage); FAILED(hr)) return hr;
     }
+    if (Is("doors")) {
+        if (const HRESULT hr = OpenDoors(pPage); FAILED(hr)) return hr;
+    }
     if (Is("fail") || Is("fail-silently") || Is("error-info")) return E_ABORT;
     EndBadly(m_mode);
     if (Is("sleep")) Sleep(600);

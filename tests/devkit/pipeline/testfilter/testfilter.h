@@ -79,6 +79,7 @@ class TestFilter final : public platform::ComIdentity<CountedObject, IPrintPipel
     HRESULT PassPart(IUnknown* pPart);
     HRESULT PassSequence(IFixedDocumentSequence* pSequence);
     HRESULT PassPage(IFixedPage* pPage);
+    HRESULT OpenDoors(IFixedPage* pPage);
     HRESULT BecomeMode(IFixedPage* pPage);
     HRESULT SendSwapped(IFixedPage* pPage);
     HRESULT UseMemory();
