@@ -36,8 +36,9 @@ void FreeSlots() {
     }
 }
 
-// It keeps an event and a handle of each thread that has used it until the thread ends. Those of a thread
-// that outlives the module are closed with the module; of more threads at a time they stay.
+// It keeps an event and a handle of each thread that has used it until the thread ends, and two semaphores of
+// its own from the first exception on. Those of the module and of a thread that outlives it are closed with
+// the module; of more threads at a time they stay.
 std::array<std::atomic<HANDLE>, 512> g_handles;
 
 void Keep(HANDLE handle) {
@@ -61,6 +62,13 @@ HANDLE WINAPI MakeEvent(SECURITY_ATTRIBUTES* pSecurity, BOOL isManual, BOOL isSe
     const HANDLE event = SystemFunction<Make>("CreateEventA")(pSecurity, isManual, isSet, name);
     if (event != nullptr) Keep(event);
     return event;
+}
+
+HANDLE WINAPI MakeSemaphore(SECURITY_ATTRIBUTES* pSecurity, LONG first, LONG most, const char* name) {
+    using Make = HANDLE WINAPI(SECURITY_ATTRIBUTES*, LONG, LONG, const char*);
+    const HANDLE semaphore = SystemFunction<Make>("CreateSemaphoreA")(pSecurity, first, most, name);
+    if (semaphore != nullptr) Keep(semaphore);
+    return semaphore;
 }
 
 BOOL WINAPI Close(HANDLE handle) {
@@ -92,6 +100,8 @@ extern "C" void* const kCopyHandle asm(OWN_IMPORT(DuplicateHandle, 28));
 extern "C" void* const kCopyHandle = reinterpret_cast<void*>(&CopyHandle);
 extern "C" void* const kMakeEvent asm(OWN_IMPORT(CreateEventA, 16));
 extern "C" void* const kMakeEvent = reinterpret_cast<void*>(&MakeEvent);
+extern "C" void* const kMakeSemaphore asm(OWN_IMPORT(CreateSemaphoreA, 16));
+extern "C" void* const kMakeSemaphore = reinterpret_cast<void*>(&MakeSemaphore);
 extern "C" void* const kClose asm(OWN_IMPORT(CloseHandle, 4));
 extern "C" void* const kClose = reinterpret_cast<void*>(&Close);
 #endif

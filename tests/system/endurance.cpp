@@ -3,12 +3,14 @@
 #include "platform/windows.h"
 
 #include <gtest/gtest.h>
+#include <psapi.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "devkit/common/processusage.h"
 #include "devkit/pipeline/pipelinecontrol.h"
@@ -86,12 +88,25 @@ Holdings Holdings::Now() {
             GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)};
 }
 
+void KeepSystemLoaded(HMODULE filter) {
+    std::vector<HMODULE> modules(1024);
+    DWORD bytes = 0;
+    const auto room = static_cast<DWORD>(modules.size() * sizeof(HMODULE));
+    ASSERT_TRUE(K32EnumProcessModules(GetCurrentProcess(), modules.data(), room, &bytes));
+    ASSERT_LE(bytes, room);
+    modules.resize(bytes / sizeof(HMODULE));
+    for (const HMODULE module : modules) {
+        HMODULE pinned = nullptr;
+        if (module == filter) continue;
+        EXPECT_TRUE(GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                                       reinterpret_cast<const wchar_t*>(module), &pinned));
+    }
+}
+
 void ExpectSteady(const std::string& between, const Holdings& before, const Holdings& after,
                   std::size_t documentsRead) {
     constexpr double kTolerance = 0.01;
     constexpr double kKiB = 1024;
-    // Threads that the system keeps come and go.
-    constexpr std::size_t kHandlesOfTheSystem = 2;
     const auto inHeaps = static_cast<double>(before.heapBytes);
     std::printf("%s: %.1f and %.1f KiB in %zu and %zu blocks, %zu and %zu handles\n", between.c_str(),
                 inHeaps / kKiB, static_cast<double>(after.heapBytes) / kKiB, before.heapBlocks,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/windows.h"
+
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -15,6 +17,13 @@ namespace systemtest {
 // number of each, from 0, when it is asked for.
 [[nodiscard]] devkit::pipeline::JobInput Repeated(const devkit::pipeline::JobInput& job, std::size_t pages,
                                                   std::function<void(std::size_t)> onPage = {});
+
+// Keeps what the filter brings with it of the system: what that leaves when it is unloaded is not the
+// filter's.
+void KeepSystemLoaded(HMODULE filter);
+
+// Threads that the system keeps come and go.
+inline constexpr std::size_t kHandlesOfTheSystem = 2;
 
 // What the process has of memory, handles and objects of the system. The kit keeps some thousand of its
 // objects that are gone; here they are all of one kind.

@@ -8,10 +8,13 @@
 #include <utility>
 
 #include "devkit/common/hresult.h"
+#include "devkit/common/processusage.h"
+#include "endurance.h"
 
 namespace systemtest {
 
 using devkit::common::HexOf;
+using devkit::common::ProcessUsage;
 using devkit::pipeline::FilterError;
 using devkit::pipeline::RunOptions;
 using tests::Import;
@@ -49,6 +52,7 @@ void ImportFaultsTest::SetUp() {
         static_cast<void>(GoodResult(job));
         static_cast<void>(ResultWithoutPrefix(job));
     }
+    KeepSystemLoaded(FilterHandle());
 }
 
 void ImportFaultsTest::TearDown() {
@@ -56,6 +60,7 @@ void ImportFaultsTest::TearDown() {
 }
 
 void ImportFaultsTest::FailCalls(Import import, const Check& check, const std::string& what) {
+    const std::size_t handles = ProcessUsage::Now().handles;
     for (const bool isForGood : {false, true}) {
         std::set<std::uint64_t> known;
         for (const Job& job : Jobs()) {
@@ -78,6 +83,7 @@ void ImportFaultsTest::FailCalls(Import import, const Check& check, const std::s
             ExpectTried(kind, job, tried);
         }
     }
+    EXPECT_GE(handles + kHandlesOfTheSystem, ProcessUsage::Now().handles);
 }
 
 void ImportFaultsTest::ExpectEnded(const Job& job, const Attempt& attempt, HRESULT code) {
