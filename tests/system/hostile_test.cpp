@@ -167,7 +167,7 @@ TEST_F(HostileTest, PagesThatAskTooMuch) {
 
     std::string attributes = "<Path";
     // The reader of Wine compares each attribute with each before it.
-    const std::size_t attributeCount = IsLong() ? 100000 : 5000;
+    const std::size_t attributeCount = IsLong() ? 200000 : 5000;
     for (std::size_t i = 0; i < attributeCount; ++i) attributes += " a" + std::to_string(i) + "=\"\"";
     attributes += "></Path>";
     ExpectWholeOrRefused(std::to_string(attributeCount) + " attributes", attributes, attributes);
