@@ -1,7 +1,14 @@
 #include <cstdio>
+#include <functional>
+#include <latch>
+#include <thread>
+#include <vector>
 
 #include "endurance.h"
 #include "faultedjob.h"
+#include "mockpipeline.h"
+#include "mockproperties.h"
+#include "platform/comptr.h"
 
 namespace systemtest {
 namespace {
@@ -47,6 +54,54 @@ TEST_F(UnloadingTest, HandlesOfAThreadThatOutlivesTheFilterAndOfItsExceptionsAre
         EXPECT_GE(before + kHandlesOfTheSystem, Holdings::Now().handles) << name;
         LoadFilter();
     }
+}
+
+// Has a filter catch an exception: the pipeline cannot be told that it is done.
+void CatchAnException(HMODULE module, const CLSID& filterClass) {
+    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    const auto getClassObject = reinterpret_cast<GetClassObject>(
+        reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject")));
+    platform::ComPtr<IClassFactory> pFactory;
+    platform::ComPtr<IPrintPipelineFilter> pFilter;
+    ASSERT_EQ(S_OK, getClassObject(filterClass, __uuidof(IClassFactory), pFactory.PutVoid()));
+    ASSERT_EQ(S_OK, pFactory->CreateInstance(nullptr, __uuidof(IPrintPipelineFilter), pFilter.PutVoid()));
+    tests::CallRecorder calls;
+    const auto pCommunicator = tests::MakeMock<tests::MockCommunicator>(calls);
+    const auto pBag = tests::MakeMock<tests::MockPropertyBag>(calls);
+    const auto pControl = tests::MakeMock<tests::MockPipelineControl>(calls);
+    EXPECT_EQ(S_OK, pFilter->InitializeFilter(pCommunicator.Get(), pBag.Get(), pControl.Get()));
+    calls.Fail("FilterFinished", E_ABORT);
+    EXPECT_EQ(E_FAIL, pFilter->ShutdownOperation());
+}
+
+// The handles of the process when so many threads have all done it, before any of them ends.
+std::size_t HandlesWhenDoneBy(int count, const std::function<void()>& body) {
+    std::latch allHaveDoneIt(count);
+    std::latch mayEnd(1);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back([&] {
+            body();
+            allHaveDoneIt.count_down();
+            mayEnd.wait();
+        });
+    }
+    allHaveDoneIt.wait();
+    const std::size_t handles = Holdings::Now().handles;
+    mayEnd.count_down();
+    for (std::thread& thread : threads) thread.join();
+    return handles;
+}
+
+TEST_F(UnloadingTest, HandlesOfMoreThreadsThanTheFilterKeepsGoWithTheThreads) {
+    constexpr int kThreads = 300;
+    const auto fail = [] { CatchAnException(FilterHandle(), kFilterClass); };
+    // What is made once is made by now.
+    static_cast<void>(HandlesWhenDoneBy(kThreads, fail));
+    const std::size_t before = Holdings::Now().handles;
+    const std::size_t ofTest = HandlesWhenDoneBy(kThreads, [] {}) - before;
+    EXPECT_EQ(before + ofTest + 2 * kThreads, HandlesWhenDoneBy(kThreads, fail));
+    EXPECT_EQ(before, Holdings::Now().handles);
 }
 
 TEST_F(UnloadingTest, OfAFilterThatIsUnloadedNoMoreIsKeptThanItsRuntimeKeeps) {
