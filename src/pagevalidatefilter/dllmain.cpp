@@ -42,6 +42,7 @@ void FreeSlots() {
 std::array<std::atomic<HANDLE>, 512> g_handles;
 
 void Keep(HANDLE handle) {
+    if (handle == nullptr) return;
     for (std::atomic<HANDLE>& place : g_handles) {
         HANDLE nothing = nullptr;
         if (place.compare_exchange_strong(nothing, handle)) return;
@@ -60,14 +61,14 @@ BOOL WINAPI CopyHandle(HANDLE fromProcess, HANDLE handle, HANDLE toProcess, HAND
 HANDLE WINAPI MakeEvent(SECURITY_ATTRIBUTES* pSecurity, BOOL isManual, BOOL isSet, const char* name) {
     using Make = HANDLE WINAPI(SECURITY_ATTRIBUTES*, BOOL, BOOL, const char*);
     const HANDLE event = SystemFunction<Make>("CreateEventA")(pSecurity, isManual, isSet, name);
-    if (event != nullptr) Keep(event);
+    Keep(event);
     return event;
 }
 
 HANDLE WINAPI MakeSemaphore(SECURITY_ATTRIBUTES* pSecurity, LONG first, LONG most, const char* name) {
     using Make = HANDLE WINAPI(SECURITY_ATTRIBUTES*, LONG, LONG, const char*);
     const HANDLE semaphore = SystemFunction<Make>("CreateSemaphoreA")(pSecurity, first, most, name);
-    if (semaphore != nullptr) Keep(semaphore);
+    Keep(semaphore);
     return semaphore;
 }
 
