@@ -2,13 +2,14 @@
 # Installs what is missing, builds for both MinGW targets and runs every test:
 #
 #   ./test.sh [--long] [CTEST-OPTION...]
-#   ./test.sh [--tidy] [--clang] [--coverage] [--traps] [--mutants N]
+#   ./test.sh [--tidy] [--clang] [--coverage] [--traps] [--fuzz N] [--mutants N]
 #
 #   --long       the long form of the tests that have one
 #   --tidy       runs clang-tidy over src and devkit instead of the tests
 #   --clang      compiles everything with a second compiler and runs its analyser, instead of the tests
 #   --coverage   prints how much of src and devkit the tests reach, instead of the tests' results
 #   --traps      runs the tests of a build that ends where its behaviour is undefined
+#   --fuzz N     has the filter meet N bad jobs, made of those that reached new code; the summary is build/fuzz.json
 #   --mutants N  changes N lines of src, one at a time, and prints those whose change no test notices
 #   --help       prints this
 #
@@ -21,10 +22,15 @@ mkdir -p build
 
 checks=()
 ctest_options=()
+fuzz=
 mutants=
 while [ $# -gt 0 ]; do
   case $1 in
     --tidy | --clang | --coverage | --traps) checks+=("${1#--}") ;;
+    --fuzz | --fuzz=*)
+      if [ "$1" = --fuzz ]; then fuzz=${2:-}; shift $(($# > 1)); else fuzz=${1#*=}; fi
+      [[ $fuzz =~ ^[1-9][0-9]*$ ]] || fail "--fuzz wants a number"
+      checks+=(fuzz) ;;
     --mutants | --mutants=*)
       if [ "$1" = --mutants ]; then mutants=${2:-}; shift $(($# > 1)); else mutants=${1#*=}; fi
       [[ $mutants =~ ^[1-9][0-9]*$ ]] || fail "--mutants wants a number"
