@@ -300,7 +300,8 @@ void FilterStage::LookForLeftovers() {
         m_context->Breach(Check::ModuleLeak, "DllCanUnloadNow answers " + common::Describe(canUnload) +
                                                  " after the last release");
     }
-    if (FAILED(m_outcome.result) || m_outcome.cancelled) return;
+    // Of a filter that is let go unused nobody has wanted an output.
+    if (!m_started || FAILED(m_outcome.result) || m_outcome.cancelled) return;
     for (const std::string& stream : m_context->LeftOpen()) m_context->Breach(Check::StreamLeft, stream);
 }
 

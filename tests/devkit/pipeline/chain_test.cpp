@@ -384,6 +384,17 @@ TEST_F(ChainTest, AStreamFilterThatDoesNotCloseIsToldSo) {
     EXPECT_EQ(nullptr, outcome.bytes);
 }
 
+TEST_F(ChainTest, AStreamFilterThatIsNotStartedHasNothingToClose) {
+    RunOptions options;
+    options.startsOperation = false;
+    const auto outcome =
+        FilterRun({Named("stream", FilterScript(), DataKind::Stream, DataKind::Stream)},
+                  {nullptr, std::make_shared<const std::string>("bytes")}, std::move(options))
+            .Run();
+    EXPECT_EQ(S_OK, outcome.result);
+    EXPECT_EQ(Lines{}, outcome.breaches);
+}
+
 TEST_F(ChainTest, AFilterOfPartsMayWriteAStream) {
     FilterScript render;
     render.start = [](GivenToFilter& given) {

@@ -20,6 +20,16 @@ TEST(Validate, AFilterThatDoesNothingWrongIsFit) {
     EXPECT_TRUE(Holds(validated.ended.out, "\ntestfilter.dll is fit at level 3: 28 passed\n"));
 }
 
+// What is asked of parts says nothing of it.
+TEST(Validate, AFilterOfStreamsIsJudgedByWhatItIsGiven) {
+    const std::vector<std::string> streams{"--level", "3", "--input", "stream", "--output", "stream"};
+    const Validated good = ValidateMode("", streams, kStreamClass);
+    EXPECT_EQ(0U, good.ended.status) << good.ended.out << good.ended.error;
+    EXPECT_EQ(Names{}, good.failed);
+    EXPECT_EQ((Names{"order-kept", "every-part-once", "output-readable", "pages-not-blank"}), good.skipped);
+    EXPECT_EQ(Names{"streams-closed"}, ValidateMode("stream:no-close", streams, kStreamClass).failed);
+}
+
 TEST(Validate, WhatIsWrongIsToldWithItsPlaceAndWithWhatToDo) {
     const Validated validated =
         ValidateMode("rewrite-unclosed", {"--level", "3", "--include", "streams-closed"});
