@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "devkit/common/xmlsilence.h"
 #include "devkit/msxml/tree/characters.h"
 #include "devkit/msxml/tree/xmlerror.h"
 #include "devkit/msxml/xpath/querytree.h"
@@ -26,22 +27,6 @@ template <typename Object>
 using Owned = std::unique_ptr<Object, LibraryFree>;
 
 void IgnoreError(void*, xmlErrorPtr) {}
-void IgnoreMessage(void*, const char*, ...) {}
-
-// Keeps the library from printing what it has no error code for. The setting is the thread's own.
-class Silence {
-  public:
-    Silence() noexcept : m_pContext(xmlGenericErrorContext), m_handler(xmlGenericError) {
-        xmlSetGenericErrorFunc(nullptr, IgnoreMessage);
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-    ~Silence() { xmlSetGenericErrorFunc(m_pContext, m_handler); }
-
-  private:
-    void* m_pContext;
-    xmlGenericErrorFunc m_handler;
-};
 
 // The library looks a prefix up only when it comes to use it; an expression with one that is not declared
 // fails whatever the document holds.
@@ -67,7 +52,7 @@ Owned<xmlXPathObject> Evaluate(QueryTree& tree, Node& node, std::wstring_view ex
         xmlXPathCtxtCompile(pContext.get(), Chars(platform::ToUtf8(expression))));
     if (!pExpression) throw Refused{XmlNotAllowed};
     if (pContext->node == nullptr) return nullptr;
-    const Silence silence;
+    const common::XmlSilence silence;
     Owned<xmlXPathObject> pResult(xmlXPathCompiledEval(pExpression.get(), pContext.get()));
     if (!pResult || pResult->type != XPATH_NODESET) throw Refused{XmlNotAllowed};
     return pResult;

@@ -145,6 +145,15 @@ TEST(XmlReaderTest, WhatIsNotWellFormedIsAnErrorOfOneLine) {
     EXPECT_NE("", MessageOf<Error>([] { Elements("<a>\xFF\xFE</a>"); }));
 }
 
+TEST(XmlReaderTest, WhatCannotBeDecodedIsRefusedWithoutAWordOnTheConsole) {
+    testing::internal::CaptureStderr();
+    // Half a surrogate pair.
+    EXPECT_EQ("cannot be decoded, /part", MessageOf<Error>([] {
+                  Elements(Utf16("<a>", false) + "\x00\xD8\x65\x73"s + Utf16("</a>", false, false));
+              }));
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}
+
 TEST(XmlReaderTest, TheErrorTellsTheLine) {
     try {
         Elements("<a>\n\n</b>");
