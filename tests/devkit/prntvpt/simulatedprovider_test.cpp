@@ -130,6 +130,30 @@ TEST_F(SimulatedProviderTest, MergesAndReportsIt) {
     EXPECT_TRUE(report.breaches.empty());
 }
 
+TEST_F(SimulatedProviderTest, AnswersForVersionsAndMemoryAsThePlatformDoes) {
+    DWORD version = 0;
+    EXPECT_EQ(S_OK,
+              Export<HRESULT WINAPI(PCWSTR, DWORD*)>("PTQuerySchemaVersionSupport")(L"SimPrinter", &version));
+    EXPECT_EQ(1u, version);
+    const auto openEx =
+        Export<HRESULT WINAPI(PCWSTR, DWORD, DWORD, HPTPROVIDER*, DWORD*)>("PTOpenProviderEx");
+    HPTPROVIDER handle = nullptr;
+    // The most that the caller knows decides, not what it likes best.
+    EXPECT_EQ(E_INVALIDARG, openEx(L"SimPrinter", 0, 1, &handle, &version));
+    EXPECT_EQ(0u, version);
+    EXPECT_EQ(S_OK, openEx(L"SimPrinter", 1, 0, &handle, &version));
+    EXPECT_EQ(1u, version);
+    Close(handle);
+    const auto release = Export<HRESULT WINAPI(PVOID)>("PTReleaseMemory");
+    EXPECT_EQ(S_OK, release(nullptr));
+    EXPECT_EQ(E_INVALIDARG, release(&version));
+    std::vector<std::string> called;
+    for (const auto& call : m_provider.Report().calls) called.push_back(call.function);
+    EXPECT_EQ((std::vector<std::string>{"PTQuerySchemaVersionSupport", "PTOpenProviderEx", "PTOpenProviderEx",
+                                        "PTCloseProvider", "PTReleaseMemory", "PTReleaseMemory"}),
+              called);
+}
+
 TEST_F(SimulatedProviderTest, ErrorTextsAreBstrsOfTheCaller) {
     const HPTPROVIDER handle = Open();
     const auto base = MemoryStream::Make("<a>");
