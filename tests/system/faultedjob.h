@@ -13,6 +13,14 @@
 
 namespace systemtest {
 
+// The ways that lead to a call are told apart by their last places. A build that is not optimised has more
+// places on a way, so that fewer ways differ in the last ones.
+#ifdef PAGEVALIDATE_COVERAGE
+inline constexpr bool kTellsWaysApart = false;
+#else
+inline constexpr bool kTellsWaysApart = true;
+#endif
+
 // A small job that the tests of failures run again and again. Before the sequence comes a part of no kind
 // that the filter knows.
 struct Job {
