@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "devkit/common/caller.h"
+#include "devkit/common/fnvhash.h"
 #include "devkit/common/importtable.h"
 #include "platform/gdiplus.h"
 #include "platform/msxml6.h"
@@ -142,10 +143,9 @@ std::vector<std::uintptr_t> PathOfCaller(const State& state) {
 }
 
 std::uint64_t NumberOf(const std::vector<std::uintptr_t>& path, std::size_t places) {
-    std::uint64_t number = 14695981039346656037ull;
-    for (std::size_t i = 0; i < std::min(places, path.size()); ++i)
-        number = (number ^ path[i]) * 1099511628211ull;
-    return number;
+    devkit::common::FnvHash number;
+    for (std::size_t i = 0; i < std::min(places, path.size()); ++i) number.Take(path[i]);
+    return number.Value();
 }
 
 // Counts a call; true when it is to fail.
