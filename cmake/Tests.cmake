@@ -22,3 +22,10 @@ function(judged_test name)
   # What may take longest begins first.
   set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} COST ${arg_TIMEOUT} SKIP_RETURN_CODE 77)
 endfunction()
+
+# misbehaves_on_purpose(TARGET): one that crashes does so as it means to, also where undefined behaviour is trapped.
+function(misbehaves_on_purpose target)
+  if(PAGEVALIDATE_TRAPS)
+    target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
+  endif()
+endfunction()

@@ -13,9 +13,9 @@
 
 namespace systemtest {
 
-// The ways that lead to a call are told apart by their last places. A build that is not optimised has more
-// places on a way, so that fewer ways differ in the last ones.
-#ifdef PAGEVALIDATE_COVERAGE
+// The ways that lead to a call are told apart by their last places. A build that inlines less has more places
+// on a way, so that fewer ways differ in the last ones.
+#if defined(PAGEVALIDATE_COVERAGE) || defined(PAGEVALIDATE_TRAPS)
 inline constexpr bool kTellsWaysApart = false;
 #else
 inline constexpr bool kTellsWaysApart = true;

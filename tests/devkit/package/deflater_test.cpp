@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -34,9 +35,9 @@ std::string Inflate(std::string compressed, std::size_t size) {
     return text;
 }
 
-std::string Numbers(int count) {
+std::string Numbers(std::uint64_t count) {
     std::string text;
-    for (int i = 0; i < count; ++i) text += std::to_string(i * i % 7919);
+    for (std::uint64_t i = 0; i < count; ++i) text += std::to_string(i * i % 7919);
     return text;
 }
 
