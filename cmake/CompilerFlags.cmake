@@ -19,6 +19,8 @@ else()
     $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>
     # So that a compiler cache can see through precompiled headers.
     $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
+    # Where nothing is inlined, sources that are compiled together have more sections than a plain object file holds.
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<NOT:$<CONFIG:Release>>>:-Wa,-mbig-obj>
     # Debug information and messages name files from the source root, so a build does not carry its folder.
     -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 endif()
