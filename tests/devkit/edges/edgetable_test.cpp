@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <set>
 #include <span>
 #include <thread>
@@ -24,15 +26,18 @@ std::span<unsigned char> Table() {
 }
 
 // The edges of a call, on a thread that comes from nowhere.
-std::set<std::size_t> EdgesOf(int number) {
+std::set<std::size_t> EdgesOf(const std::function<void()>& call) {
     const std::span<unsigned char> table = Table();
     std::ranges::fill(table, static_cast<unsigned char>(0));
-    std::thread([number] { Marked(number); }).join();
+    std::thread(call).join();
     std::set<std::size_t> edges;
     for (std::size_t i = 0; i < table.size(); ++i) {
         if (table[i] != 0) edges.insert(i);
     }
     return edges;
+}
+std::set<std::size_t> EdgesOf(int number) {
+    return EdgesOf([number] { Marked(number); });
 }
 
 TEST(EdgeTable, IsFoundByItsName) {
@@ -54,6 +59,21 @@ TEST(EdgeTable, HasAMarkForEachEdgeAndNotForEachBlock) {
     // Past the condition's body: over no block that the other way does not go over.
     EXPECT_LT(0, added(EdgesOf(0), EdgesOf(1)));
     EXPECT_EQ(0, added(EdgesOf(2), EdgesOf(1)));
+}
+
+// Those that come when the loop comes back to where it began.
+std::set<std::size_t> EdgesBackOf(void (*pLoop)(int)) {
+    const std::set<std::size_t> once = EdgesOf([pLoop] { pLoop(1); });
+    const std::set<std::size_t> often = EdgesOf([pLoop] { pLoop(5); });
+    std::set<std::size_t> back;
+    std::ranges::set_difference(often, once, std::inserter(back, back.end()));
+    return back;
+}
+
+TEST(EdgeTable, HasAMarkForEachBlockThatFollowsItself) {
+    const std::set<std::size_t> back = EdgesBackOf(&Loop);
+    ASSERT_FALSE(back.empty());
+    EXPECT_NE(back, EdgesBackOf(&OtherLoop));
 }
 
 TEST(EdgeTable, LeavesTheThreadsErrorAlone) {

@@ -8,4 +8,18 @@ int Marked(int number) {
     return result;
 }
 
+void Loop(int times) {
+    volatile int i = 0;
+    do {
+        i = i + 1;
+    } while (i < times);
+}
+
+void OtherLoop(int times) {
+    volatile int i = times;
+    do {
+        i = i - 1;
+    } while (i > 0);
+}
+
 }  // namespace devkit::edges
