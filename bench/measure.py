@@ -16,7 +16,7 @@ import time
 
 import makejob
 import tables
-from quiet import Watch
+from quiet import Watch, share_one_processor
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 # Others may use this part of one processor.
@@ -204,6 +204,8 @@ def main():
     options = parser.parse_args()
 
     bench = Bench(options.build, options.smoke, options.noisy)
+    if not options.smoke:
+        share_one_processor(bench.environment["WINEPREFIX"])
     results = {}
     try:
         for name, text in (("micro", "pages, merger and rewrite"), ("memory", "memory of a rewrite"),

@@ -13,23 +13,43 @@ def busy_seconds():
     return (user + nice + system + irq + softirq + steal) / TICKS
 
 
+def session_processes(prefix):
+    """The living processes of the Wine session with the prefix."""
+    wanted = ("WINEPREFIX=" + prefix).encode()
+    for entry in filter(str.isdigit, os.listdir("/proc")):
+        try:
+            with open(f"/proc/{entry}/environ", "rb") as file:
+                is_wanted = wanted in file.read().split(b"\0")
+        except OSError:
+            continue  # ended meanwhile
+        if is_wanted:
+            yield int(entry)
+
+
 def session_seconds(prefix):
     """Of the living processes of the Wine session with the prefix: its server and services work for us."""
     total = 0
-    wanted = ("WINEPREFIX=" + prefix).encode()
-    for entry in os.listdir("/proc"):
-        if not entry.isdigit():
-            continue
+    for process in session_processes(prefix):
         try:
-            with open(f"/proc/{entry}/environ", "rb") as file:
-                if wanted not in file.read().split(b"\0"):
-                    continue
-            with open(f"/proc/{entry}/stat", encoding="ascii", errors="replace") as file:
+            with open(f"/proc/{process}/stat", encoding="ascii", errors="replace") as file:
                 fields = file.read().rsplit(")", 1)[1].split()
             total += (int(fields[11]) + int(fields[12])) / TICKS
         except OSError:
             continue  # ended meanwhile
     return total
+
+
+def share_one_processor(prefix):
+    """This process with all that it starts, and the Wine session. Who asks Wine's server waits for its answer; on another
+    processor the server has to be woken, and what that takes is a matter of the machine below."""
+    processor = {max(os.sched_getaffinity(0))}
+    os.sched_setaffinity(0, processor)
+    for process in session_processes(prefix):
+        try:
+            for thread in os.listdir(f"/proc/{process}/task"):
+                os.sched_setaffinity(int(thread), processor)
+        except OSError:
+            continue  # ended meanwhile
 
 
 def own_seconds():

@@ -15,7 +15,7 @@ sys.path.insert(0, os.path.join(ROOT, "bench"))
 import makejob  # noqa: E402
 import measure  # noqa: E402
 import tables  # noqa: E402
-from quiet import Watch  # noqa: E402
+from quiet import Watch, share_one_processor  # noqa: E402
 
 RESULTS = {
     "others": 0.01, "repeated": 2,
@@ -53,6 +53,21 @@ class Quiet(unittest.TestCase):
         with mock.patch("quiet.busy_seconds", return_value=watch.before[1] + own), \
                 mock.patch("quiet.own_seconds", return_value=watch.before[2] + own):
             self.assertAlmostEqual(0, watch.stop())
+
+    def test_the_session_shares_one_processor_with_those_who_ask_it(self):
+        before = os.sched_getaffinity(0)
+        processes = [subprocess.Popen(["sleep", "60"], env={**os.environ, "WINEPREFIX": prefix})
+                     for prefix in ("/nowhere/ours", "/nowhere/others")]
+        try:
+            share_one_processor("/nowhere/ours")
+            one = {max(before)}
+            self.assertEqual([one, one, before],
+                             [os.sched_getaffinity(process) for process in (0, *(each.pid for each in processes))])
+        finally:
+            os.sched_setaffinity(0, before)
+            for process in processes:
+                process.kill()
+                process.wait()
 
     def bench(self, others):
         bench = object.__new__(measure.Bench)
