@@ -45,6 +45,12 @@ void WriteWhole(const Path& path, const std::string& bytes, const char* option) 
     throw UsageError(std::string(option) + ": " + error.what());
 }
 
+std::set<std::string> LayersOf(const fuzz::FuzzCase& fuzzCase) {
+    std::set<std::string> layers;
+    for (const fuzz::Mutation& mutation : fuzzCase.mutations) layers.insert(NameOf(mutation.layer));
+    return layers;
+}
+
 // Runs cases in several processes, looks closer at those that end as they must
 // not, and keeps the account.
 class Fuzzing {
@@ -69,7 +75,8 @@ class Fuzzing {
         common::RunInThreads(m_settings.parallel, cases + m_settings.listed.size(), [this] { TakeCases(); });
         if (m_failure) std::rethrow_exception(m_failure);
         m_summary.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
-        if (m_guide) m_summary.guidance = {m_guide->Reached(), m_guide->ReachedByBases(), m_guide->Kept()};
+        if (m_guide)
+            m_summary.guidance = {m_guide->Reached(), m_guide->ReachedByBases(), m_guide->Kept(), m_added};
         std::ranges::sort(m_summary.findings, {}, &FuzzFinding::chain);
         for (FuzzFinding& finding : m_summary.findings)
             finding.likewise = m_causes.at({finding.end.kind, finding.end.cause}) - 1;
@@ -138,6 +145,9 @@ class Fuzzing {
         if (end.kind == FuzzEnd::SystemCrash) ++m_summary.systemCrashes[end.cause];
         for (const fuzz::Mutation& mutation : fuzzCase.mutations)
             ++m_summary.mutations[NameOf(mutation.layer)];
+        if (edges != 0) {
+            for (const std::string& layer : LayersOf(fuzzCase)) m_added[layer] += edges;
+        }
         m_progress.Show(std::to_string(m_summary.cases) + " cases, " +
                         std::to_string(m_summary.findings.size()) + " findings");
     }
@@ -201,6 +211,7 @@ class Fuzzing {
     std::uint64_t m_next = 0;
     std::size_t m_nextListed = 0;
     std::optional<fuzz::Guide> m_guide;
+    std::map<std::string, std::uint64_t> m_added;                           // edges, by what was changed
     std::map<std::pair<FuzzEnd::Kind, std::string>, std::size_t> m_causes;  // and how many ended for it
     FuzzSummary m_summary;
     std::exception_ptr m_failure;

@@ -84,6 +84,8 @@ std::string TextOf(const FuzzSummary& summary) {
         text += "  edges: " + std::to_string(summary.guidance->edges) + ", of them " +
                 std::to_string(summary.guidance->ofBases) + " by the documents as they are; " +
                 common::Counted(summary.guidance->kept.size(), "mutant") + " kept\n";
+        if (!summary.guidance->added.empty())
+            text += "  new edges with mutations of: " + CountsText(summary.guidance->added) + "\n";
     }
     for (const FuzzFinding& finding : summary.findings) {
         if (finding.likewise == 0) continue;
@@ -129,8 +131,10 @@ std::string JsonOf(const FuzzSettings& settings, const FuzzSummary& summary) {
         OrderedJson kept = OrderedJson::array();
         for (const fuzz::KeptCase& each : summary.guidance->kept)
             kept.push_back({{"seed", fuzz::TextOf(each.chain)}, {"edges", each.edges}});
-        json["guidance"] = {
-            {"edges", summary.guidance->edges}, {"ofBases", summary.guidance->ofBases}, {"kept", kept}};
+        json["guidance"] = {{"edges", summary.guidance->edges},
+                            {"ofBases", summary.guidance->ofBases},
+                            {"added", summary.guidance->added},
+                            {"kept", kept}};
     }
     return json.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
 }

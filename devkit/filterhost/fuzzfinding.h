@@ -37,6 +37,8 @@ struct Guidance {
     std::size_t edges = 0;
     std::size_t ofBases = 0;  // of them by the documents as they are
     std::vector<fuzz::KeptCase> kept;
+    // The others, by what the case changed that came there first; for each thing when it changed several.
+    std::map<std::string, std::uint64_t> added;
 };
 
 // What became of all cases.

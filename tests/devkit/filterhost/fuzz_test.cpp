@@ -134,6 +134,8 @@ TEST(GuidedFuzz, ComesFartherThanWithoutGuidance) {
     EXPECT_EQ(1, counted["ofBases"]);
     EXPECT_EQ(Json::array(), counted["kept"]);
     EXPECT_LT(counted["edges"].get<unsigned>(), guided["edges"].get<unsigned>()) << counted << guided;
+    // All doors of the test filter are in pages.
+    EXPECT_EQ(guided["edges"].get<unsigned>() - 1, guided["added"]["page"].get<unsigned>()) << guided;
     // The last one is made of the one before.
     const Json& kept = guided["kept"];
     ASSERT_LT(1U, kept.size()) << guided;

@@ -94,14 +94,16 @@ TEST(FuzzSummary, IsAnObjectForPrograms) {
 
 TEST(FuzzSummary, SaysWhatOfTheCodeWasReached) {
     FuzzSummary summary = Summary();
-    summary.guidance = {120, 100, {{{7}, 15}, {{7, 9}, 5}}};
+    summary.guidance = {120, 100, {{{7}, 15}, {{7, 9}, 5}}, {{"page", 5}, {"ticket", 20}}};
     EXPECT_NE(
         std::string::npos,
-        TextOf(summary).find("\n  edges: 120, of them 100 by the documents as they are; 2 mutants kept\n"))
+        TextOf(summary).find("\n  edges: 120, of them 100 by the documents as they are; 2 mutants kept\n"
+                             "  new edges with mutations of: ticket 20, page 5\n"))
         << TextOf(summary);
     const Json json = Json::parse(JsonOf(Settings(), summary));
     EXPECT_EQ((Json{{"edges", 120},
                     {"ofBases", 100},
+                    {"added", {{"page", 5}, {"ticket", 20}}},
                     {"kept", {{{"seed", "7"}, {"edges", 15}}, {{"seed", "7/9"}, {"edges", 5}}}}}),
               json["guidance"]);
     EXPECT_FALSE(Json::parse(JsonOf(Settings(), Summary())).contains("guidance"));
