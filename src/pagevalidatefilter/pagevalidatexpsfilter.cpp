@@ -20,14 +20,25 @@ PageValidateXpsFilter::PageValidateXpsFilter(
     : XpsDocumentProviderFilterBase(std::move(printTicketProvider)) {}
 
 void PageValidateXpsFilter::DoOperation() {
+    OpenWriter();
+    XpsDocumentProviderFilterBase::DoOperation();
+}
+
+void PageValidateXpsFilter::OpenWriter() {
     ComPtr<IXpsDocumentConsumer> pWriter;
-    RequestWriter<IXpsDocumentConsumer>(pWriter.Put());
-    if (!pWriter) throw std::logic_error("m_pWriter could not get.");
-    {
+    const auto keep = [&] {
         const std::scoped_lock lock(m_writerLock);
         m_pWriter = std::move(pWriter);
+    };
+    try {
+        RequestWriter<IXpsDocumentConsumer>(pWriter.Put());
+    } catch (...) {
+        // One that was given has to be closed, whatever its check came to.
+        keep();
+        throw;
     }
-    XpsDocumentProviderFilterBase::DoOperation();
+    if (!pWriter) throw std::logic_error("m_pWriter could not get.");
+    keep();
 }
 
 void PageValidateXpsFilter::OnOperationEnd() {

@@ -63,6 +63,7 @@ class PageValidateXpsFilter : private ModuleReference,  // the last to go
     // Throws HresultError when the scope has no effective ticket. A setting that the ticket does not state
     // stays as it was.
     void RefreshSettings(EPrintTicketScope scope);
+    void OpenWriter();
     void CloseWriter();
     [[nodiscard]] platform::ComPtr<IXpsDocumentConsumer> Writer() const;
 

@@ -149,6 +149,31 @@ TEST_F(PageValidateXpsFilterTest, AMissingWriterThrowsALogicErrorWithABareMessag
     EXPECT_EQ("m_pWriter could not get.", tests::Thrown<std::logic_error>([&] { m_pFilter->DoOperation(); }));
 }
 
+// A consumer that does not own up to it.
+class UnrecognisedWriter final : public tests::MockDocumentConsumer {
+  public:
+    using tests::MockDocumentConsumer::MockDocumentConsumer;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppObject) override {
+        if (iid != __uuidof(IXpsDocumentConsumer))
+            return tests::MockDocumentConsumer::QueryInterface(iid, ppObject);
+        *ppObject = nullptr;
+        return E_NOINTERFACE;
+    }
+};
+
+TEST_F(PageValidateXpsFilterTest, AWriterThatIsNotRecognisedIsClosedAlsoWhenTheShutdownCannotBeRequested) {
+    const auto pWriter = MakeMock<UnrecognisedWriter>(m_calls);
+    m_pCommunicator->SetWriter(pWriter.Get());
+    m_calls.Fail("RequestShutdown 0x00000000", RPC_E_DISCONNECTED);
+    EXPECT_EQ(RPC_E_DISCONNECTED, Run());
+    EXPECT_EQ((Calls{"RequestWriter", "RequestShutdown 0x00000000", "Close provider", "CloseSender",
+                     "RequestShutdown 0x80010108"}),
+              m_calls.Calls());
+    m_pFilter.Reset();
+    m_pCommunicator->SetWriter(nullptr);
+    EXPECT_EQ(1u, pWriter->References());
+}
+
 TEST_F(PageValidateXpsFilterTest, AWriterThatCannotBeClosedGivesTheResultAndIsNotReported) {
     m_calls.Fail("CloseSender", RPC_E_DISCONNECTED);
     EXPECT_EQ(RPC_E_DISCONNECTED, Run());
