@@ -171,6 +171,10 @@ TEST_F(HostileTest, PagesThatAskTooMuch) {
     for (std::size_t i = 0; i < attributeCount; ++i) attributes += " a" + std::to_string(i) + "=\"\"";
     attributes += "></Path>";
     ExpectWholeOrRefused(std::to_string(attributeCount) + " attributes", attributes, attributes);
+    std::string hundred;
+    for (std::size_t i = 0; i < 100; ++i) hundred += " a" + std::to_string(i) + "=\"\"";
+    const std::string million = Repeated("<Path" + hundred + "></Path>", 10000);
+    ExpectWhole("a million attributes, a hundred of each element", million, million);
 
     const std::string data =
         "<Path Data=\"" + Repeated("L 1,1 22", (IsLong() ? 64u << 20 : 4u << 20) / 8) + "\"></Path>";
