@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include "devkit/common/startprocess.h"
 #include "devkit/filterhost/exitstatus.h"
 #include "devkit/filterhost/files.h"
 
@@ -33,23 +34,20 @@ struct Pipe {
     return std::to_wstring(reinterpret_cast<std::uintptr_t>(handle.get()));
 }
 
-// Wine, on a busy machine, was seen to give up a process with this error before any of its code had run, once
-// in some thousand starts. Nothing has happened then, so it is tried again.
-constexpr int kMostAttempts = 10;
-
-[[nodiscard]] DWORD CreateChild(const std::wstring& program, std::wstring& line,
-                                PROCESS_INFORMATION& process) {
-    STARTUPINFOW start{};
-    start.cb = sizeof(start);
-    DWORD error = ERROR_INTERNAL_ERROR;
-    for (int attempt = 0; attempt < kMostAttempts && error == ERROR_INTERNAL_ERROR; ++attempt) {
-        if (attempt > 0) Sleep(10);
-        const BOOL isStarted = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0,
-                                              nullptr, nullptr, &start, &process);
-        error = isStarted ? ERROR_SUCCESS : GetLastError();
+// A handle that processes inherit while this lives.
+class Inherited {
+  public:
+    explicit Inherited(const UniqueHandle& handle) : m_handle(handle.get()) {
+        if (!SetHandleInformation(m_handle, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT))
+            ThrowLastError("SetHandleInformation");
     }
-    return error;
-}
+    Inherited(const Inherited&) = delete;
+    Inherited& operator=(const Inherited&) = delete;
+    ~Inherited() { SetHandleInformation(m_handle, HANDLE_FLAG_INHERIT, 0); }
+
+  private:
+    HANDLE m_handle;
+};
 
 // Starts the program so that it inherits these two handles. Both are inheritable only under the lock, or a
 // child that is started at the same time would inherit them too and keep the pipes open.
@@ -60,21 +58,9 @@ constexpr int kMostAttempts = 10;
     const std::wstring program = ProgramPath().wstring();
     std::wstring line = L"\"" + program + L"\" ";
     line.append(command).append(L" ").append(HandleText(read)).append(L" ").append(HandleText(write));
-    for (const UniqueHandle* const pHandle : {&read, &write}) {
-        if (!SetHandleInformation(pHandle->get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT)) {
-            ThrowLastError("SetHandleInformation");
-        }
-    }
-    PROCESS_INFORMATION process{};
-    const DWORD error = CreateChild(program, line, process);
-    for (const UniqueHandle* const pHandle : {&read, &write}) {
-        SetHandleInformation(pHandle->get(), HANDLE_FLAG_INHERIT, 0);
-    }
-    if (error != ERROR_SUCCESS) {
-        throw std::system_error(static_cast<int>(error), std::system_category(), "CreateProcess");
-    }
-    CloseHandle(process.hThread);
-    return UniqueHandle(process.hProcess);
+    const Inherited inheritedRead(read);
+    const Inherited inheritedWrite(write);
+    return common::StartProcess(program, std::move(line));
 }
 
 // False when the pipe has no more.

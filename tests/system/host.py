@@ -16,6 +16,7 @@ def windows_path(path):
 
 
 _MOST_STARTS = 3
+_KILLED = -9
 
 
 class Host:
@@ -34,14 +35,19 @@ class Host:
         return self.call(documents, ["--out-dir", windows_path(folder), *options], timeout)
 
     def call(self, documents, options, timeout):
-        """The same for any options. A program that the system gave up before any of its code had run is started again:
-        Wine does that on a busy machine, once in some thousand starts, and such a start leaves neither a word nor a
-        report, which is there before the first document is looked at."""
+        """The same for any options. Two things that Wine does on a busy machine, once in some thousand starts, are no
+        ends of the program, which is started again: it gives up one before any of its code has run, and such a start
+        leaves neither a word nor a report, which is there before the first document is looked at; and its server kills
+        one that has ended, but whose process is not gone half a second later."""
         for _ in range(_MOST_STARTS):
             status, reports, errors = self._call(documents, options, timeout)
-            if not status or errors or reports is not None:
+            if status == _KILLED:
+                why = "killed, as Wine does to one that is slow to leave"
+            elif status and not errors and reports is None:
+                why = "without a word or a report: it never began"
+            else:
                 break
-            print(f"status {status} without a word or a report: it never began, {os.path.basename(documents[0])}", flush=True)
+            print(f"status {status} {why}, {os.path.basename(documents[0])}", flush=True)
         return status, reports or [], errors
 
     def _call(self, documents, options, timeout):

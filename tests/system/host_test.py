@@ -38,6 +38,12 @@ class HostTest(unittest.TestCase):
         host.command = [sys.executable, program]
         return host
 
+    def forget(self):
+        """No host was started yet."""
+        starts = os.path.join(self.folder, "starts")
+        if os.path.exists(starts):
+            os.remove(starts)
+
     def run_host(self, script):
         """(status, report, errors), the starts that it took and what was printed."""
         with contextlib.redirect_stdout(io.StringIO()) as out:
@@ -58,6 +64,15 @@ class HostTest(unittest.TestCase):
         self.assertEqual(((0, {"input": "a"}, ""), 2, told),
                          self.run_host(f"if before == 0: sys.exit(1)\nreport({ONE!r})"))
 
+    @unittest.skipIf(os.name == "nt", "nothing is killed there")
+    def test_a_program_that_was_killed_is_repeated_and_told(self):
+        told = "status -9 killed, as Wine does to one that is slow to leave, a.xps\n"
+        for done in (f"report({ONE!r})", "sys.stderr.write('why')"):
+            with self.subTest(done):
+                self.forget()
+                self.assertEqual(((0, {"input": "a"}, ""), 2, told),
+                                 self.run_host(f"if before == 0: {done}; os.kill(os.getpid(), 9)\nreport({ONE!r})"))
+
     def test_a_program_that_never_begins_is_given_up(self):
         ended, starts, out = self.run_host("sys.exit(1)")
         self.assertEqual(((1, None, ""), 3, 3), (ended, starts, out.count("\n")))
@@ -67,9 +82,7 @@ class HostTest(unittest.TestCase):
                                  ("report('{\"inputs\": []}'); sys.exit(1)", (1, None, "")),
                                  ("sys.exit(0)", (0, None, ""))):
             with self.subTest(script):
-                before = os.path.join(self.folder, "starts")
-                if os.path.exists(before):
-                    os.remove(before)
+                self.forget()
                 self.assertEqual((expected, 1, ""), self.run_host(script))
 
     def test_a_batch_without_all_its_reports_is_no_batch(self):

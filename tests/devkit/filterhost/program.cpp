@@ -7,45 +7,34 @@
 #include <thread>
 #include <utility>
 
+#include "devkit/common/startprocess.h"
 #include "devkit/filterhost/files.h"
 #include "platform/utf.h"
 
 namespace devkit::filterhost {
 namespace {
 
+using common::UniqueHandle;
 using Path = std::filesystem::path;
 
-class Handle {
-  public:
-    Handle() = default;
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    ~Handle() { Close(); }
-    void Close() {
-        if (m_handle != nullptr) CloseHandle(m_handle);
-        m_handle = nullptr;
-    }
-    [[nodiscard]] HANDLE Get() const { return m_handle; }
-    [[nodiscard]] HANDLE* Put() { return &m_handle; }
-
-  private:
-    HANDLE m_handle = nullptr;
-};
-
 struct Pipe {
-    Handle read;
-    Handle write;
+    UniqueHandle read;
+    UniqueHandle write;
 
     Pipe() {
         SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-        CreatePipe(read.Put(), write.Put(), &inherited, 0);
-        SetHandleInformation(read.Get(), HANDLE_FLAG_INHERIT, 0);
+        HANDLE readEnd = nullptr;
+        HANDLE writeEnd = nullptr;
+        CreatePipe(&readEnd, &writeEnd, &inherited, 0);
+        read.reset(readEnd);
+        write.reset(writeEnd);
+        SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
     }
     std::string ReadAll() {
         std::string text;
         char block[4096];
         DWORD count = 0;
-        while (::ReadFile(read.Get(), block, sizeof(block), &count, nullptr) && count > 0)
+        while (::ReadFile(read.get(), block, sizeof(block), &count, nullptr) && count > 0)
             text.append(block, count);
         return text;
     }
@@ -73,30 +62,21 @@ Ended RunProgram(const std::vector<std::string>& arguments, const char* mode) {
     Pipe out;
     Pipe error;
     STARTUPINFOW start{};
-    start.cb = sizeof(start);
     start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdOutput = out.write.Get();
-    start.hStdError = error.write.Get();
-    PROCESS_INFORMATION process{};
+    start.hStdOutput = out.write.get();
+    start.hStdError = error.write.get();
+    const UniqueHandle process = common::StartProcess(program, std::move(line), start);
+    out.write.reset();
+    error.write.reset();
     Ended ended;
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
-                        &process)) {
-        ended.status = 9998;
-        return ended;
-    }
-    out.write.Close();
-    error.write.Close();
     std::thread reader([&] { ended.error = error.ReadAll(); });
     std::thread watchdog([&] {
-        if (WaitForSingleObject(process.hProcess, 120000) == WAIT_TIMEOUT)
-            TerminateProcess(process.hProcess, 9999);
+        if (WaitForSingleObject(process.get(), 120000) == WAIT_TIMEOUT) TerminateProcess(process.get(), 9999);
     });
     ended.out = out.ReadAll();
     reader.join();
     watchdog.join();
-    GetExitCodeProcess(process.hProcess, &ended.status);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
+    GetExitCodeProcess(process.get(), &ended.status);
     return ended;
 }
 

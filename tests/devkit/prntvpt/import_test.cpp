@@ -1,18 +1,15 @@
 #include "platform/windows.h"
 
 #include <array>
-#include <memory>
 #include <string>
 
+#include "devkit/common/startprocess.h"
 #include "providertest.h"
 
 namespace devkit::prntvpt {
 namespace {
 
-struct HandleClose {
-    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<void, HandleClose>;
+using common::UniqueHandle;
 
 // What the import probe prints, without its end of line.
 [[nodiscard]] std::string RunProbe(const std::wstring& arguments) {
@@ -20,20 +17,14 @@ using Handle = std::unique_ptr<void, HandleClose>;
     HANDLE read = nullptr;
     HANDLE write = nullptr;
     EXPECT_TRUE(CreatePipe(&read, &write, &inherit, 0));
-    const Handle readEnd(read);
-    Handle writeEnd(write);
+    const UniqueHandle readEnd(read);
+    UniqueHandle writeEnd(write);
 
-    std::wstring command =
-        L"\"" + (tests::ProgramFolder() / "importprobe.exe").wstring() + L"\" " + arguments;
+    const std::wstring program = (tests::ProgramFolder() / "importprobe.exe").wstring();
     STARTUPINFOW startup{};
-    startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdOutput = writeEnd.get();
-    PROCESS_INFORMATION process{};
-    EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                               &process));
-    const Handle started(process.hProcess);
-    const Handle thread(process.hThread);
+    const UniqueHandle started = common::StartProcess(program, L"\"" + program + L"\" " + arguments, startup);
     writeEnd.reset();
 
     std::string output;

@@ -39,6 +39,21 @@ SCRIPT_ENDINGS = {
                                  "os._exit(0)", "fail", "FAILED: it ended in the middle, with status 0"),
     "hangs": ("import time\ntime.sleep(1000)", "fail", "FAILED: it did not end within {timeout} seconds"),
 }
+# What Wine's server does to a program at any time, by a program that needs no Wine.
+KILLED_ENDINGS = {
+    "IsKilledAfterItsEnd": ('echo "$TEST_CLOSING_LINE 0"; kill -9 $$', "run", ""),
+    "IsKilledAfterItWasSkipped": ('echo "$TEST_CLOSING_LINE 77"; kill -9 $$', "notrun", "skipped: it was skipped"),
+    "IsKilledAfterItFailed": ('echo "$TEST_CLOSING_LINE 1"; kill -9 $$', "fail", "FAILED: it ended with 1"),
+    "IsKilledInTheMiddle": ("kill -9 $$", "fail", "FAILED: it ended in the middle, with status -9"),
+    "IsEndedAfterItsEnd": ('echo "$TEST_CLOSING_LINE 0"; kill -15 $$', "fail",
+                           "FAILED: it came to its end with 0, but the process ended with -15"),
+}
+KILLED_SCRIPT_ENDINGS = {
+    "is_killed_at_the_end": ("import atexit, os, signal\natexit.register(os.kill, os.getpid(), signal.SIGKILL)", "fail",
+                             "FAILED: it came to its end with 0, but the process ended with -9"),
+}
+if os.name == "nt":
+    KILLED_ENDINGS = KILLED_SCRIPT_ENDINGS = {}
 # Long enough for a program to start on a busy machine.
 TIMEOUT = 10
 CRASH = 0xC0000005 if os.name == "nt" else 5
@@ -55,7 +70,10 @@ def write_tests(folder, run_test, program):
     for name, (status, why) in PROGRAM_ENDINGS.items():
         expected[name] = status, why
         commands[name] = [*program, "--gtest_filter=Endings." + name]
-    for name, (text, status, why) in SCRIPT_ENDINGS.items():
+    for name, (text, status, why) in KILLED_ENDINGS.items():
+        expected[name] = status, why
+        commands[name] = ["/bin/sh", "-c", text]
+    for name, (text, status, why) in {**SCRIPT_ENDINGS, **KILLED_SCRIPT_ENDINGS}.items():
         script = os.path.join(folder, name + ".py")
         with open(script, "w", encoding="utf-8") as file:
             file.write(text + "\n")
