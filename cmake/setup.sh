@@ -142,9 +142,10 @@ build_dependencies() {
   watched "building the libraries for $target: ${names[*]}" "$seconds" "$root/cmake/dependencies.sh" "$target" "${names[@]}"
 }
 
-# configure PRESET [CMAKE-OPTION...]: where the build folder is missing or was configured with other options.
+# configure PRESET [CMAKE-OPTION...]: where the build folder is missing or was configured with other options or presets.
 configure() {
-  local preset=$1 options=$*
+  local preset=$1 options
+  options="$* $(cksum <"$root/CMakePresets.json")"
   local folder=$root/build/$preset
   shift
   [ -e "$folder/build.ninja" ] && [ "$(cat "$folder/.options" 2>/dev/null)" = "$options" ] && return
