@@ -64,7 +64,7 @@ install_to_run() {
   make_wine_prefix
 }
 finish_preparing() {
-  kill -0 "$preparing_job" 2>/dev/null && step "$preparing"
+  runs "$preparing_job" && step "$preparing"
   follow "$preparing_job" "$preparing" 60
 }
 
@@ -89,9 +89,12 @@ in_background() {
   ("$@") &
   jobs_started+=($!)
 }
+# Whether a job of this script has not ended: the number of one that has may be another process's by now.
+runs() { [[ $'\n'$(jobs -rp)$'\n' == *$'\n'"$1"$'\n'* ]]; }
 end_jobs() {
   local job
   for job in "${jobs_started[@]}"; do
+    runs "$job" || continue
     pkill -P "$job" 2>/dev/null || true
     kill "$job" 2>/dev/null || true
   done
@@ -107,7 +110,7 @@ trap 'exit 130' INT TERM
 follow() {
   local pid=$1 title=$2 seconds=$3 log start=$SECONDS last=$SECONDS
   log=$(log_of "$title")
-  while kill -0 "$pid" 2>/dev/null; do
+  while runs "$pid"; do
     sleep 0.2
     [ $((SECONDS - last)) -lt 10 ] && continue
     last=$SECONDS
@@ -185,7 +188,9 @@ start_wine() {
 }
 stop_wine() {
   [ -n "$wine_keeper" ] || return 0
-  pkill -P "$wine_keeper" sleep 2>/dev/null || kill "$wine_keeper" 2>/dev/null || true
+  if runs "$wine_keeper"; then
+    pkill -P "$wine_keeper" sleep 2>/dev/null || kill "$wine_keeper" 2>/dev/null || true
+  fi
   "$(wineserver_program)" -k >/dev/null 2>&1 || true
 }
 # Not empty where 32 bit programs can run.
