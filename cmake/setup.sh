@@ -92,11 +92,12 @@ in_background() {
 # Whether a job of this script has not ended: the number of one that has may be another process's by now.
 runs() { [[ $'\n'$(jobs -rp)$'\n' == *$'\n'"$1"$'\n'* ]]; }
 end_jobs() {
-  local job
+  local job children
   for job in "${jobs_started[@]}"; do
     runs "$job" || continue
-    pkill -P "$job" 2>/dev/null || true
-    kill "$job" 2>/dev/null || true
+    # The job before its children, of whose end it would tell.
+    mapfile -t children < <(pgrep -P "$job" 2>/dev/null)
+    kill "$job" "${children[@]}" 2>/dev/null || true
   done
 }
 at_exit() {
