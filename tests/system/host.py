@@ -35,10 +35,10 @@ class Host:
         return self.call(documents, ["--out-dir", windows_path(folder), *options], timeout)
 
     def call(self, documents, options, timeout):
-        """The same for any options. Two things that Wine does on a busy machine, once in some thousand starts, are no
-        ends of the program, which is started again: it gives up one before any of its code has run, and such a start
-        leaves neither a word nor a report, which is there before the first document is looked at; and its server kills
-        one that has ended, but whose process is not gone half a second later."""
+        """The same for any options. Two things that Wine does on a busy machine are no ends of the program, which is
+        started again. Once in some thousand starts it gives one up before any of its code has run: such a start leaves
+        neither a word nor a report, which is there before the first document is looked at. And its server kills one
+        that has ended, but whose process is not gone half a second later."""
         for _ in range(_MOST_STARTS):
             status, reports, errors = self._call(documents, options, timeout)
             if status == _KILLED:

@@ -39,7 +39,7 @@ SCRIPT_ENDINGS = {
                                  "os._exit(0)", "fail", "FAILED: it ended in the middle, with status 0"),
     "hangs": ("import time\ntime.sleep(1000)", "fail", "FAILED: it did not end within {timeout} seconds"),
 }
-# What Wine's server does to a program at any time, by a program that needs no Wine.
+# A program that is killed as Wine's server would kill it, and in ways that are not that. It needs no Wine.
 KILLED_ENDINGS = {
     "IsKilledAfterItsEnd": ('echo "$TEST_CLOSING_LINE 0"; kill -9 $$', "run", ""),
     "IsKilledAfterItWasSkipped": ('echo "$TEST_CLOSING_LINE 77"; kill -9 $$', "notrun", "skipped: it was skipped"),
