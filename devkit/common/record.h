@@ -8,11 +8,12 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 namespace devkit::common {
 
 // Values as bytes, for this process to read again: numbers as they are in memory, texts, what may be unset,
-// and structures that have a function beside them which names their fields:
+// lists, and structures that have a function beside them which names their fields:
 //
 //     template <typename Visit>
 //     void RecordFields(Visit& visit, common::MaybeConst<Size> auto& size) { visit(size.width, size.height);
@@ -22,6 +23,8 @@ concept MaybeConst = std::is_same_v<std::remove_const_t<Given>, Value>;
 
 template <typename Value>
 concept TextValue = std::is_same_v<Value, std::string>;
+template <typename Value>
+concept ListValue = std::is_same_v<Value, std::vector<typename Value::value_type>>;
 template <typename Value>
 concept PlainValue = std::is_trivially_copyable_v<Value>;
 
@@ -47,8 +50,12 @@ class RecordWriter {
         Put(value.has_value());
         if (value) Put(*value);
     }
+    void Put(const ListValue auto& list) {
+        Put(list.size());
+        for (const auto& value : list) Put(value);
+    }
     template <typename Value>
-    void Put(const Value& value) requires(!PlainValue<Value> && !TextValue<Value>) {
+    void Put(const Value& value) requires(!PlainValue<Value> && !TextValue<Value> && !ListValue<Value>) {
         RecordFields(*this, value);
     }
 
@@ -86,8 +93,14 @@ class RecordReader {
         value.reset();
         if (isSet) Take(value.emplace());
     }
+    void Take(ListValue auto& list) {
+        std::size_t size = 0;
+        Take(size);
+        list.clear();
+        for (std::size_t i = 0; i < size; ++i) Take(list.emplace_back());
+    }
     template <typename Value>
-    void Take(Value& value) requires(!PlainValue<Value> && !TextValue<Value>) {
+    void Take(Value& value) requires(!PlainValue<Value> && !TextValue<Value> && !ListValue<Value>) {
         RecordFields(*this, value);
     }
 

@@ -29,9 +29,10 @@ void Append(Lines& lines, const std::string& prefix, const Lines& more) {
 template <typename Item>
 using Pairs = std::vector<std::pair<const Item*, const Item*>>;
 
-template <typename Item>
-Pairs<Item> PairUp(const std::vector<Item>& before, const std::vector<Item>& after) {
-    const auto find = [](const std::vector<Item>& items, const Item& wanted) {
+template <typename Items>
+auto PairUp(const Items& before, const Items& after) {
+    using Item = typename Items::value_type;
+    const auto find = [](const Items& items, const Item& wanted) {
         const std::string key = NameKey(wanted.name);
         const auto found =
             std::ranges::find_if(items, [&](const Item& item) { return NameKey(item.name) == key; });

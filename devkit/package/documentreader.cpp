@@ -1,6 +1,7 @@
 #include "devkit/package/documentreader.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "devkit/package/documentmarkup.h"
@@ -46,7 +47,7 @@ std::string DocumentReader::FindStartPart(const std::vector<Relationship>& relat
 }
 
 void DocumentReader::ReadSequence(FixedDocumentSequence& sequence) {
-    const DocumentMarkup markup =
+    DocumentMarkup markup =
         ParseDocumentMarkup(ReadStructure(sequence.name), sequence.name, m_package.GetLimits().structure);
     if (markup.root == DocumentRoot::FixedDocumentSequence) {
         sequence.ticket = TicketOf(sequence.name);
@@ -58,7 +59,7 @@ void DocumentReader::ReadSequence(FixedDocumentSequence& sequence) {
     document.name = std::exchange(sequence.name, kImpliedSequence);
     sequence.implied = true;
     document.ticket = TicketOf(document.name);
-    AddPages(document, markup.references);
+    AddPages(document, std::move(markup.references));
     sequence.documents.push_back(std::move(document));
 }
 
@@ -67,19 +68,21 @@ void DocumentReader::AddDocuments(FixedDocumentSequence& sequence,
     for (const std::string& reference : references) {
         std::optional<std::string> name = NextPart(sequence.name, reference);
         if (!name) continue;
-        const DocumentMarkup markup =
+        DocumentMarkup markup =
             ParseDocumentMarkup(ReadStructure(*name), *name, m_package.GetLimits().structure);
         if (markup.root != DocumentRoot::FixedDocument) throw common::Error("is not a fixed document", *name);
         FixedDocument document;
         document.name = std::move(*name);
         document.ticket = TicketOf(document.name);
-        AddPages(document, markup.references);
+        AddPages(document, std::move(markup.references));
         sequence.documents.push_back(std::move(document));
     }
 }
 
-void DocumentReader::AddPages(FixedDocument& document, const std::vector<std::string>& references) {
-    for (const std::string& reference : references) {
+void DocumentReader::AddPages(FixedDocument& document, std::vector<std::string> references) {
+    for (std::string& each : references) {
+        // Of a document of many pages the one list grows as the other is let go.
+        const std::string reference = std::move(each);
         std::optional<std::string> name = NextPart(document.name, reference);
         if (!name) continue;
         FixedPage page;
@@ -166,7 +169,11 @@ std::optional<std::string> DocumentReader::NextPart(const std::string& source, c
     if (!part)
         throw common::Error("is missing", ResolveReference(source, reference) + " (from " + source + ")");
     if (!part->whole) throw common::Error("lacks a piece", part->name);
-    if (m_seen.insert(NameKey(part->name)).second) return part->name;
+    if (part->number >= m_seen.size()) m_seen.resize(part->number + std::size_t{1});
+    if (!m_seen[part->number]) {
+        m_seen[part->number] = true;
+        return part->name;
+    }
     Note("is referred to again, which is passed over", part->name);
     return std::nullopt;
 }

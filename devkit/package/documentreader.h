@@ -1,8 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "devkit/package/package.h"
@@ -28,7 +28,7 @@ class DocumentReader {
     [[nodiscard]] std::string FindStartPart(const std::vector<Relationship>& relationships);
     void ReadSequence(FixedDocumentSequence& sequence);
     void AddDocuments(FixedDocumentSequence& sequence, const std::vector<std::string>& references);
-    void AddPages(FixedDocument& document, const std::vector<std::string>& references);
+    void AddPages(FixedDocument& document, std::vector<std::string> references);
     void ReadHangers(FixedPage& page);
     [[nodiscard]] std::optional<std::string> TicketOf(const std::string& part,
                                                       const std::vector<Relationship>& relationships);
@@ -45,7 +45,7 @@ class DocumentReader {
     const Package& m_package;
     Flavour m_flavour = Flavour::MicrosoftXps;
     std::vector<std::string> m_findings;
-    std::unordered_set<std::string> m_seen;
+    std::vector<bool> m_seen;  // the documents and pages, by the numbers of their parts
     std::size_t m_references = 0;
 };
 

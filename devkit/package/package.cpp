@@ -45,7 +45,8 @@ std::vector<PartInfo> Package::Parts() const {
     std::vector<PartInfo> parts;
     for (const PackageState::Part& part : m_state->parts) {
         if (!part.removed && !IsInternal(part.name))
-            parts.push_back({part.name, m_state->types.Of(part.name), part.size, part.whole});
+            parts.push_back(
+                {part.name, m_state->types.Of(part.name), m_state->SizeOf(part), part.whole, part.number});
     }
     return parts;
 }
@@ -53,7 +54,8 @@ std::vector<PartInfo> Package::Parts() const {
 std::optional<PartInfo> Package::Find(std::string_view name) const {
     const PackageState::Part* const pPart = m_state->Find(name);
     if (pPart == nullptr || IsInternal(name)) return std::nullopt;
-    return PartInfo{pPart->name, m_state->types.Of(pPart->name), pPart->size, pPart->whole};
+    return PartInfo{pPart->name, m_state->types.Of(pPart->name), m_state->SizeOf(*pPart), pPart->whole,
+                    pPart->number};
 }
 
 std::string Package::Read(std::string_view name) const {

@@ -23,9 +23,10 @@ class PackageState;
 // are found by equivalence: letter case of ASCII does not count.
 struct PartInfo {
     std::string name;
-    std::string contentType;  // as the package declares it, without parameters; empty when it declares none
-    std::uint64_t size = 0;   // bytes after decompression, all pieces together
-    bool whole = true;        // false when a piece of it is missing, so that it cannot be read
+    std::string contentType;   // as the package declares it, without parameters; empty when it declares none
+    std::uint64_t size = 0;    // bytes after decompression, all pieces together
+    bool whole = true;         // false when a piece of it is missing, so that it cannot be read
+    std::uint32_t number = 0;  // no other part of the package has it
 };
 
 // A package of the Open Packaging Conventions on a zip archive. Parts are read when they are asked for;

@@ -66,6 +66,7 @@ PackageState::PackageState(std::shared_ptr<common::ByteSource> source, std::stri
 
 void PackageState::TakeEntries() {
     CheckSizes();
+    m_byKey.reserve(archive.Entries().size());
     for (std::size_t i = 0; i < archive.Entries().size(); ++i) TakeEntry(i);
     JoinPieces();
 }
@@ -98,8 +99,7 @@ void PackageState::TakeEntry(std::size_t index) {
     if (!piece) {
         Part part;
         part.name = name;
-        part.entry = index;
-        part.size = entry.size;
+        part.entry = static_cast<std::uint32_t>(index);
         Register(std::move(part));
         return;
     }
@@ -118,14 +118,13 @@ void PackageState::JoinPieces() {
             const bool isEnd = i + 1 == each.pieces.size();
             part.whole = part.whole && each.pieces[i].number == i && each.pieces[i].last == isEnd;
             if (i == 0) {
-                part.entry = each.pieces[i].entry;
+                part.entry = static_cast<std::uint32_t>(each.pieces[i].entry);
                 part.morePieces = std::make_unique<std::vector<std::size_t>>();
             } else {
                 part.morePieces->push_back(each.pieces[i].entry);
             }
-            part.size += archive.Entries()[each.pieces[i].entry].size;
         }
-        if (part.size > limits.maxPartBytes)
+        if (SizeOf(part) > limits.maxPartBytes)
             throw common::Error("is larger than " + std::to_string(limits.maxPartBytes) + " bytes",
                                 part.name);
         Register(std::move(part));
@@ -143,6 +142,7 @@ void PackageState::JoinPieces() {
 void PackageState::Register(Part part) {
     const std::string key = NameKey(part.name);
     if (m_byKey.find(key) != m_byKey.end()) throw common::Error("two parts have the same name", part.name);
+    part.number = static_cast<std::uint32_t>(parts.size());
     parts.push_back(std::move(part));
     m_byKey.insert(parts.size() - 1);
     static_cast<void>(HashOf(key, [this](std::uint64_t folder) { m_folders.insert(folder); }));
@@ -170,6 +170,15 @@ const PackageState::Part* PackageState::Find(std::string_view name) const {
 PackageState::Part& PackageState::Get(std::string_view name) {
     if (Find(name) == nullptr) throw common::Error("is missing", name);
     return parts[*m_byKey.find(NameKey(name))];
+}
+
+std::uint64_t PackageState::SizeOf(const Part& part) const {
+    if (part.bytes) return part.bytes->Size();
+    std::uint64_t size = archive.Entries()[part.entry].size;
+    if (part.morePieces) {
+        for (const std::size_t entry : *part.morePieces) size += archive.Entries()[entry].size;
+    }
+    return size;
 }
 
 std::string PackageState::Read(const Part& part, std::uint64_t most) const {
@@ -218,8 +227,7 @@ void PackageState::Put(const std::string& name, common::Content bytes) {
     Part& part = parts[*m_byKey.find(NameKey(name))];
     part.removed = false;
     part.whole = true;
-    part.size = bytes.Size();
-    part.bytes = std::move(bytes);
+    part.bytes = std::make_unique<common::Content>(std::move(bytes));
 }
 
 void PackageState::Remove(std::string_view name) {

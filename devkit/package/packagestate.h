@@ -28,17 +28,17 @@ class PackageState {
     // the archive stays.
     struct Part {
         std::string name;
-        std::uint64_t size = 0;
-        std::size_t entry = kNoEntry;                          // the first; none for an added part
         std::unique_ptr<std::vector<std::size_t>> morePieces;  // the other entries, in the order of the data
+        std::unique_ptr<common::Content> bytes;                // null while they are the archive's
+        std::uint32_t entry = kNoEntry;                        // the first; none for an added part
+        std::uint32_t number = 0;                              // no other part has it
         bool interleaved = false;
-        bool whole = true;                     // false when a piece is missing
-        std::optional<common::Content> bytes;  // unset while they are the archive's
+        bool whole = true;  // false when a piece is missing
         bool removed = false;
 
         [[nodiscard]] std::vector<std::size_t> Pieces() const;
     };
-    static constexpr std::size_t kNoEntry = static_cast<std::size_t>(-1);
+    static constexpr std::uint32_t kNoEntry = static_cast<std::uint32_t>(-1);
 
     PackageState(std::shared_ptr<common::ByteSource> source, std::string where, const common::Limits& limits);
     PackageState(const PackageState&) = delete;
@@ -48,6 +48,8 @@ class PackageState {
     [[nodiscard]] const Part* Find(std::string_view name) const;
     // Throws when there is none.
     [[nodiscard]] Part& Get(std::string_view name);
+    // Bytes after decompression, all pieces together.
+    [[nodiscard]] std::uint64_t SizeOf(const Part& part) const;
     [[nodiscard]] std::string Read(const Part& part, std::uint64_t most) const;
     // A legal name that neither a part has nor a part's name starts or goes on with.
     [[nodiscard]] std::string FreeName(std::string_view wantedName);

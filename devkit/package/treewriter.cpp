@@ -13,11 +13,16 @@ namespace {
 
 using Keys = std::unordered_set<std::string>;
 
-template <typename Node>
-std::vector<std::string> NamesOf(const std::vector<Node>& nodes) {
+std::vector<std::string> NamesOf(const auto& nodes) {
     std::vector<std::string> names;
-    for (const Node& node : nodes) names.push_back(node.name);
+    for (const auto& node : nodes) names.push_back(node.name);
     return names;
+}
+
+template <typename Nodes>
+bool HaveSameNames(const Nodes& left, const Nodes& right) {
+    using Node = typename Nodes::value_type;
+    return std::ranges::equal(left, right, {}, &Node::name, &Node::name);
 }
 
 // All parts that the tree names.
@@ -40,24 +45,75 @@ Keys KeysOf(const XpsTree& tree) {
     return keys;
 }
 
-// The documents and pages of a tree, by the keys of their names.
-struct Index {
-    explicit Index(const XpsTree& tree) {
-        for (const FixedDocument& document : tree.sequence.documents) {
-            documents.emplace(NameKey(document.name), &document);
-            for (const FixedPage& page : document.pages) pages.emplace(NameKey(page.name), &page);
-        }
+// Null behind the end.
+auto At(const auto& nodes, std::size_t place) { return place < nodes.size() ? &nodes[place] : nullptr; }
+
+template <typename Node>
+const Node& OrElse(const Node* pNode, const Node& other) {
+    return pNode == nullptr ? other : *pNode;
+}
+
+// Finds the documents and pages of a tree. Nearly all are looked for at the place where they stand; the
+// others by the keys of their names, for which an index is made when the first of them is.
+class Finder {
+  public:
+    explicit Finder(const XpsTree& tree) noexcept : m_documents(tree.sequence.documents) {}
+
+    [[nodiscard]] const FixedDocument* Document(std::size_t place, const std::string& name) {
+        return Find(At(m_documents, place), name, &Index::documents);
     }
-    template <typename Node>
-    static const Node* Find(const std::unordered_map<std::string, const Node*>& nodes,
-                            const std::string& name) {
-        const auto found = nodes.find(NameKey(name));
-        return found == nodes.end() ? nullptr : found->second;
+    [[nodiscard]] const FixedPage* Page(std::size_t document, std::size_t place, const std::string& name) {
+        const FixedDocument* const pDocument = At(m_documents, document);
+        return Find(pDocument == nullptr ? nullptr : At(pDocument->pages, place), name, &Index::pages);
     }
 
-    std::unordered_map<std::string, const FixedDocument*> documents;
-    std::unordered_map<std::string, const FixedPage*> pages;
+  private:
+    template <typename Node>
+    using ByKey = std::unordered_map<std::string, const Node*>;
+    struct Index {
+        ByKey<FixedDocument> documents;
+        ByKey<FixedPage> pages;
+    };
+
+    template <typename Node>
+    const Node* Find(const Node* pAtPlace, const std::string& name, ByKey<Node> Index::*nodes) {
+        if (pAtPlace != nullptr && pAtPlace->name == name) return pAtPlace;
+        if (!m_index) MakeIndex();
+        const auto found = ((*m_index).*nodes).find(NameKey(name));
+        return found == ((*m_index).*nodes).end() ? nullptr : found->second;
+    }
+    void MakeIndex() {
+        m_index.emplace();
+        for (const FixedDocument& document : m_documents) {
+            m_index->documents.emplace(NameKey(document.name), &document);
+            for (const FixedPage& page : document.pages) m_index->pages.emplace(NameKey(page.name), &page);
+        }
+    }
+
+    const std::vector<FixedDocument>& m_documents;
+    std::optional<Index> m_index;
 };
+
+// Tickets, documents and pages that do not stand any more where they stood. They may stand elsewhere.
+std::vector<const std::string*> NamesMoved(const FixedDocumentSequence& before,
+                                           const FixedDocumentSequence& after) {
+    static const FixedDocument kNoDocument;
+    static const FixedPage kNoPage;
+    std::vector<const std::string*> moved;
+    const auto compare = [&moved](const auto& was, const auto& is) {
+        if (was.name != is.name) moved.push_back(&was.name);
+        if (was.ticket && was.ticket != is.ticket) moved.push_back(&*was.ticket);
+    };
+    if (before.ticket && before.ticket != after.ticket) moved.push_back(&*before.ticket);
+    for (std::size_t i = 0; i < before.documents.size(); ++i) {
+        const FixedDocument& was = before.documents[i];
+        const FixedDocument& is = OrElse(At(after.documents, i), kNoDocument);
+        compare(was, is);
+        for (std::size_t j = 0; j < was.pages.size(); ++j)
+            compare(was.pages[j], OrElse(At(is.pages, j), kNoPage));
+    }
+    return moved;
+}
 
 const std::string* PointerTo(const std::optional<std::string>& name) { return name ? &*name : nullptr; }
 
@@ -69,38 +125,39 @@ bool IsResource(const Relationship& relationship) {
 }  // namespace
 
 void TreeWriter::Apply(const XpsTree& before, XpsTree& after) {
-    const Index index(before);
+    Finder finder(before);
     ApplySequence(before.sequence, after.sequence);
-    for (FixedDocument& document : after.sequence.documents) {
-        ApplyDocument(Index::Find(index.documents, document.name), document);
-        for (FixedPage& page : document.pages) ApplyPage(Index::Find(index.pages, page.name), page);
+    for (std::size_t i = 0; i < after.sequence.documents.size(); ++i) {
+        FixedDocument& document = after.sequence.documents[i];
+        ApplyDocument(finder.Document(i, document.name), document);
+        for (std::size_t j = 0; j < document.pages.size(); ++j)
+            ApplyPage(finder.Page(i, j, document.pages[j].name), document.pages[j]);
     }
     if (after.thumbnail != before.thumbnail) SetThumbnail(PointerTo(after.thumbnail));
     RemoveLost(before, after);
 }
 
 void TreeWriter::ApplySequence(const FixedDocumentSequence& before, FixedDocumentSequence& after) {
-    const std::vector<std::string> documents = NamesOf(after.documents);
-    const bool sameDocuments = documents == NamesOf(before.documents);
+    const bool sameDocuments = HaveSameNames(before.documents, after.documents);
     if (after.implied && (after.ticket || !sameDocuments)) {
         MakeSequence(after);
     } else if (!sameDocuments) {
-        SetReferences(after.name, DocumentRoot::FixedDocumentSequence, documents);
+        SetReferences(after.name, DocumentRoot::FixedDocumentSequence, NamesOf(after.documents));
     }
     if (after.ticket != before.ticket) SetTicket(after.name, PointerTo(after.ticket));
 }
 
 void TreeWriter::ApplyDocument(const FixedDocument* pBefore, FixedDocument& after) {
     static const FixedDocument kNone;
-    const FixedDocument& before = pBefore == nullptr ? kNone : *pBefore;
-    const std::vector<std::string> pages = NamesOf(after.pages);
-    if (pages != NamesOf(before.pages)) SetReferences(after.name, DocumentRoot::FixedDocument, pages);
+    const FixedDocument& before = OrElse(pBefore, kNone);
+    if (!HaveSameNames(before.pages, after.pages))
+        SetReferences(after.name, DocumentRoot::FixedDocument, NamesOf(after.pages));
     if (after.ticket != before.ticket) SetTicket(after.name, PointerTo(after.ticket));
 }
 
 void TreeWriter::ApplyPage(const FixedPage* pBefore, FixedPage& after) {
     static const FixedPage kNone;
-    const FixedPage& before = pBefore == nullptr ? kNone : *pBefore;
+    const FixedPage& before = OrElse(pBefore, kNone);
     CheckPart(after.name);
     if (after.markup) m_package.Replace(after.name, std::move(*std::exchange(after.markup, std::nullopt)));
     if (after.ticket != before.ticket) SetTicket(after.name, PointerTo(after.ticket));
@@ -120,18 +177,11 @@ void TreeWriter::MakeSequence(FixedDocumentSequence& sequence) {
 }
 
 void TreeWriter::RemoveLost(const XpsTree& before, const XpsTree& after) {
+    const std::vector<const std::string*> moved = NamesMoved(before.sequence, after.sequence);
+    if (moved.empty()) return;
     const Keys kept = KeysOf(after);
-    const auto removeUnlessKept = [&](const std::optional<std::string>& name) {
-        if (name && !kept.contains(NameKey(*name))) m_package.Remove(*name);
-    };
-    removeUnlessKept(before.sequence.ticket);
-    for (const FixedDocument& document : before.sequence.documents) {
-        removeUnlessKept(document.name);
-        removeUnlessKept(document.ticket);
-        for (const FixedPage& page : document.pages) {
-            removeUnlessKept(page.name);
-            removeUnlessKept(page.ticket);
-        }
+    for (const std::string* const pName : moved) {
+        if (!kept.contains(NameKey(*pName))) m_package.Remove(*pName);
     }
 }
 

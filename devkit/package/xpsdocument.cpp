@@ -14,10 +14,10 @@ XpsDocument XpsDocument::Open(const std::filesystem::path& file, const common::L
 XpsDocument XpsDocument::Open(Package package) {
     XpsDocument document(std::move(package));
     DocumentReader reader(document.m_package);
-    document.m_before = reader.Read();
+    static_cast<XpsTree&>(document) = reader.Read();
+    document.m_before = StoredTree(document);
     document.m_flavour = reader.GetFlavour();
     document.m_findings = reader.Findings();
-    static_cast<XpsTree&>(document) = document.m_before;
     return document;
 }
 
@@ -41,8 +41,9 @@ void XpsDocument::Save(common::ByteSink& sink) {
 }
 
 void XpsDocument::ApplyTree() {
-    TreeWriter(m_package, m_flavour).Apply(m_before, *this);
-    m_before = *this;
+    if (m_before.Is(*this)) return;
+    TreeWriter(m_package, m_flavour).Apply(m_before.Load(), *this);
+    m_before = StoredTree(*this);
 }
 
 }  // namespace devkit::package

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "devkit/package/package.h"
+#include "devkit/package/storedtree.h"
 #include "devkit/package/xpstree.h"
 #include "devkit/package/xpsvocabulary.h"
 
@@ -54,7 +55,7 @@ class XpsDocument : public XpsTree {
     Package m_package;
     Flavour m_flavour = Flavour::MicrosoftXps;
     std::vector<std::string> m_findings;
-    XpsTree m_before;  // the tree as the package has it
+    StoredTree m_before;  // the tree as the package has it
 };
 
 }  // namespace devkit::package

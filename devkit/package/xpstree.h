@@ -1,10 +1,12 @@
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "devkit/common/content.h"
+#include "devkit/common/record.h"
 
 namespace devkit::package {
 
@@ -18,10 +20,17 @@ struct FixedPage {
     std::vector<std::string> resources;  // names of the fonts, images, dictionaries ... that the page needs
 };
 
+// All but the new markup, for a tree that is put by.
+template <typename Visit>
+void RecordFields(Visit& visit, common::MaybeConst<FixedPage> auto& page) {
+    visit(page.name, page.ticket, page.resources);
+}
+
 struct FixedDocument {
     std::string name;
     std::optional<std::string> ticket;
-    std::vector<FixedPage> pages;
+    // Not in one piece, which would be copied while it grows.
+    std::deque<FixedPage> pages;
 };
 
 struct FixedDocumentSequence {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -119,7 +120,7 @@ std::string TextOf(const Wishes& wishes) {
 void WriteDocument(Trial& trial, const prntvpt::Device& device, const std::vector<Wishes>& pages,
                    const std::filesystem::path& path) {
     XpsDocument document = XpsDocument::Open(trial.Carried(kShort).path);
-    std::vector<FixedPage>& all = document.sequence.documents.front().pages;
+    std::deque<FixedPage>& all = document.sequence.documents.front().pages;
     const FixedPage first = all.front();
     const std::string markup = document.ReadMarkup(first);
     all.clear();

@@ -23,6 +23,7 @@ struct Outer {
     bool flag = false;
     std::chrono::nanoseconds time{0};
     Inner always;
+    std::vector<Inner> list;
 
     friend bool operator==(const Outer&, const Outer&) = default;
 };
@@ -32,11 +33,16 @@ void RecordFields(Visit& visit, MaybeConst<Inner> auto& inner) {
 }
 template <typename Visit>
 void RecordFields(Visit& visit, MaybeConst<Outer> auto& outer) {
-    visit(outer.name, outer.inner, outer.flag, outer.time, outer.always);
+    visit(outer.name, outer.inner, outer.flag, outer.time, outer.always, outer.list);
 }
 
 Outer Whole() {
-    return {"name", Inner{"text", 1.5}, true, std::chrono::nanoseconds(-7), {std::string("a\0b", 3), {}}};
+    return {"name",
+            Inner{"text", 1.5},
+            true,
+            std::chrono::nanoseconds(-7),
+            {std::string("a\0b", 3), {}},
+            {Inner{"one", {}}, Inner()}};
 }
 
 TEST(RecordTest, AStructureComesBackAsItWas) {

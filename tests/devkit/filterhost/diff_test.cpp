@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <fstream>
 
 #include "devkit/filterhost/documentdifference.h"
@@ -30,7 +31,7 @@ std::string Ticket(const std::string& color) {
 class DocumentDiff : public testing::Test {
   protected:
     Lines Diff() const { return DiffDocuments(m_before, m_after); }
-    std::vector<FixedPage>& Pages() { return m_after.sequence.documents[0].pages; }
+    std::deque<FixedPage>& Pages() { return m_after.sequence.documents[0].pages; }
 
     XpsDocument m_before = XpsDocument::Open(Sample("sample.xps"));
     XpsDocument m_after = XpsDocument::Open(Sample("sample.xps"));

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <deque>
+
 #include "devkit/package/xpsdocument.h"
 #include "testpackages.h"
 
@@ -164,7 +166,7 @@ TEST(DocumentSaveTest, TheThumbnailCanBeSetReplacedAndDropped) {
 
 TEST(DocumentSaveTest, PagesCanBeMovedDroppedAndAdded) {
     XpsDocument document = OpenDocument(Entries());
-    std::vector<FixedPage>& pages = document.sequence.documents[0].pages;
+    std::deque<FixedPage>& pages = document.sequence.documents[0].pages;
     pages.erase(pages.begin());
     FixedPage added;
     added.name = document.AddPart("/n.fpage", kFixedPageContentType, "<n/>");

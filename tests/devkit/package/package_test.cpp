@@ -65,6 +65,15 @@ TEST(PackageTest, JoinsThePiecesOfAnInterleavedPart) {
     EXPECT_EQ(package.Read("/p.fpage").size(), package.Find("/p.fpage")->size);
 }
 
+TEST(PackageTest, ThePartIsAsLongAsItsNewBytes) {
+    for (const std::vector<RawEntry>& entries : {SmallDocument(), Interleaved()}) {
+        Package package = OpenEntries(entries);
+        package.Replace("/p.fpage", "new");
+        EXPECT_EQ(3U, package.Find("/p.fpage")->size);
+        EXPECT_EQ(5U, package.Find(package.Add("/added", "a/b", "added"))->size);
+    }
+}
+
 TEST(PackageTest, APartThatLacksAPieceCannotBeRead) {
     std::vector<RawEntry> entries = Interleaved();
     EntryOf(entries, "p.fpage/[1].last.piece").name = "p.fpage/[2].last.piece";

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -210,7 +211,7 @@ TEST_F(OutputPackageTest, ATicketOnTwoPagesStaysOnePart) {
     ApplySentParts(*document, std::move(parts));
     document->Save(Output());
     const XpsDocument after = XpsDocument::Open(Output());
-    const std::vector<package::FixedPage>& pages = after.sequence.documents.at(0).pages;
+    const std::deque<package::FixedPage>& pages = after.sequence.documents.at(0).pages;
     ASSERT_EQ(3U, pages.size());
     ASSERT_TRUE(pages[0].ticket && pages[1].ticket);
     EXPECT_EQ("own", after.ReadPart(*pages[0].ticket));
