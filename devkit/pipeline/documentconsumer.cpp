@@ -1,6 +1,7 @@
 #include "devkit/pipeline/documentconsumer.h"
 
 #include <array>
+#include <atomic>
 #include <utility>
 
 #include "devkit/common/error.h"
@@ -59,12 +60,12 @@ std::string NameOfForeign(IUnknown* pObject) {
 DocumentConsumer::DocumentConsumer(ContextPtr context, std::shared_ptr<PartChannel> next)
     : ComObject(std::move(context), "DocumentConsumer"), m_next(std::move(next)) {}
 
-std::vector<SentPart> DocumentConsumer::Sent() const {
+SentParts DocumentConsumer::Sent() const {
     const std::lock_guard guard(m_lock);
     return m_sent;
 }
 
-std::vector<SentPart> DocumentConsumer::TakeSent() {
+SentParts DocumentConsumer::TakeSent() {
     const std::lock_guard guard(m_lock);
     return std::exchange(m_sent, {});
 }
@@ -252,6 +253,7 @@ void DocumentConsumer::Record(PartKind kind, const PartPtr& part) {
     m_sent.push_back({kind, part->Name(), part});
     Context().Observer()->PartSent(m_sent.back());
     Settle(*part);
+    LetGoOfEarlier();
 }
 
 // What was written is needed next when the output is; the ticket that a page had, only where the next filter
@@ -267,6 +269,18 @@ void DocumentConsumer::Settle(Part& part) {
     } catch (const common::StorageError& failure) {
         Context().StorageFailed(failure.what());
     }
+}
+
+// Of a page that went on as it came only its place is kept, so that a long job takes little memory. A filter
+// may hold on to what it has just sent; what it holds longer than that is kept.
+void DocumentConsumer::LetGoOfEarlier() {
+    constexpr std::size_t kPatience = 256;
+    if (m_sent.size() <= kPatience) return;
+    SentPart& sent = m_sent[m_sent.size() - 1 - kPatience];
+    if (sent.part == nullptr || sent.part.use_count() != 1) return;
+    // Whoever let go of it last may have been another thread.
+    std::atomic_thread_fence(std::memory_order_acquire);
+    if (sent.part->IsAsItCame()) sent = {sent.kind, {}, nullptr, sent.part->place};
 }
 
 }  // namespace devkit::pipeline

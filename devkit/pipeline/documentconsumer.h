@@ -21,9 +21,9 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
     explicit DocumentConsumer(ContextPtr context, std::shared_ptr<PartChannel> next = nullptr);
 
     // What was sent, in order.
-    [[nodiscard]] std::vector<SentPart> Sent() const;
+    [[nodiscard]] SentParts Sent() const;
     // The same at the end, when nothing of it is to be kept here.
-    [[nodiscard]] std::vector<SentPart> TakeSent();
+    [[nodiscard]] SentParts TakeSent();
     // The parts that the filter made and did nothing with, in the order of their making.
     [[nodiscard]] std::vector<std::string> Unattached() const;
     // Whether CloseSender was called, with whatever result.
@@ -58,12 +58,13 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
     HRESULT CheckWhole(Part& part);
     void Record(PartKind kind, const PartPtr& part);
     void Settle(Part& part);
+    void LetGoOfEarlier();
 
     const std::shared_ptr<PartChannel> m_next;
     mutable std::mutex m_lock;
     bool m_closed = false;
     Counts m_counts;
-    std::vector<SentPart> m_sent;
+    SentParts m_sent;
     std::vector<PartPtr> m_made;
     std::vector<platform::ComPtr<IUnknown>> m_foreign;
 };

@@ -48,7 +48,7 @@ struct RunOutcome {
     std::vector<std::string> breaches;  // one line each
     std::vector<std::string> inputFailures;  // parts of the input that could not be read, one line each
     std::string storageFailure;              // why what the filter wrote could not be kept; empty when it was
-    std::vector<SentPart> parts;             // in sending order
+    SentParts parts;                         // in sending order
     Bytes bytes;  // what the last filter wrote as a stream; a package where its parts belong to no document
                   // of the caller
     std::string lastPart;               // what the filter was given last: "FixedPage /1.fpage"
@@ -126,7 +126,7 @@ class FilterStage : public std::enable_shared_from_this<FilterStage> {
     [[nodiscard]] RunOutcome TakeOutcome();
 
     [[nodiscard]] const ContextPtr& Context() const noexcept { return m_context; }
-    [[nodiscard]] std::vector<SentPart> Sent() const { return m_consumer->Sent(); }
+    [[nodiscard]] SentParts Sent() const { return m_consumer->Sent(); }
     [[nodiscard]] bool HasAskedForShutdown() const;
     [[nodiscard]] std::string LastPart() const;
 

@@ -17,7 +17,7 @@ namespace devkit::pipeline {
 namespace {
 
 // As much as this many objects; some hundred pages' worth.
-constexpr std::size_t kMostGraves = 4096;
+constexpr std::size_t kMostGraves = 2048;
 
 struct Grave {
     std::size_t size = 0;

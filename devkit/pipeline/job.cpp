@@ -96,10 +96,8 @@ std::shared_ptr<JobInput> TreeOf(const Document& document) {
 // Builds the tree of the output from the parts in their order.
 class TreeBuilder {
   public:
-    explicit TreeBuilder(package::XpsDocument& document) : m_document(document) {
-        // The tree of the input is of no use any more.
-        m_document.sequence.documents.clear();
-    }
+    explicit TreeBuilder(package::XpsDocument& document)
+        : m_document(document), m_input(std::exchange(document.sequence.documents, {})) {}
 
     void Add(const SentPart& sent) {
         switch (sent.kind) {
@@ -113,7 +111,7 @@ class TreeBuilder {
                 m_documents.push_back({*NameInPackage(sent.part), NameInPackage(sent.part->ticket), {}});
                 break;
             case PartKind::FixedPage:
-                m_documents.back().pages.push_back(MakePage(sent));
+                m_documents.back().pages.push_back(sent.asItCame ? TakePage(*sent.asItCame) : MakePage(sent));
                 break;
             default:
                 break;
@@ -133,6 +131,13 @@ class TreeBuilder {
         return page;
     }
 
+    // The page of the input, which is sent no second time.
+    package::FixedPage TakePage(const PagePlace& place) {
+        package::FixedPage page = std::move(m_input[place.document].pages[place.page]);
+        page.markup.reset();
+        return page;
+    }
+
     // The part's name in the package. A part that the filter made is added the first time that it is met.
     std::optional<std::string> NameInPackage(const PartPtr& part) {
         if (part == nullptr) return std::nullopt;
@@ -145,6 +150,7 @@ class TreeBuilder {
     }
 
     package::XpsDocument& m_document;
+    std::vector<package::FixedDocument> m_input;
     std::vector<package::FixedDocument> m_documents;
     std::map<PartPtr, std::string> m_added;
 };
@@ -158,7 +164,7 @@ std::shared_ptr<const JobInput> MakeJobInput(const std::shared_ptr<const package
 std::shared_ptr<const JobInput> MakeJobInput(const std::shared_ptr<package::XpsDocument>& document) {
     const Document shared{document};
     const std::shared_ptr<JobInput> job = TreeOf(shared);
-    job->package = [document, lock = shared.lock](const std::vector<SentPart>& parts) {
+    job->package = [document, lock = shared.lock](const SentParts& parts) {
         const std::lock_guard guard(*lock);
         ApplySentParts(*document, parts);
         common::MemorySink sink;
@@ -173,12 +179,9 @@ std::shared_ptr<const JobInput> MakeJobInput(const Bytes& package, const std::st
         package::Package::Open(std::make_unique<common::MemorySource>(package), where))));
 }
 
-void ApplySentParts(package::XpsDocument& document, std::vector<SentPart> parts) {
+void ApplySentParts(package::XpsDocument& document, SentParts parts) {
     TreeBuilder builder(document);
-    for (SentPart& sent : parts) {
-        builder.Add(sent);
-        sent = {};
-    }
+    for (; !parts.empty(); parts.pop_front()) builder.Add(parts.front());
     builder.Finish();
 }
 

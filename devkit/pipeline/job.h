@@ -50,7 +50,7 @@ struct JobInput {
     std::vector<DocumentInput> documents;
     // The bytes of the document with what a filter made of it. Unset when the document is not to be changed.
     // Throws common::Error. May be called once, when nothing more is read.
-    std::function<std::string(const std::vector<SentPart>& parts)> package;
+    std::function<std::string(const SentParts& parts)> package;
 };
 
 // The tree of a document as it stands. Parts are read from the document when the filter asks for them; the
@@ -67,6 +67,6 @@ struct JobInput {
 // sending order, rewritten markup, tickets, resources and thumbnail. Parts that the filter made get a legal
 // and unique name near to the one it gave. The parts must hold a FixedDocumentSequence. Throws
 // common::Error. Each part is let go when it is in the tree.
-void ApplySentParts(package::XpsDocument& document, std::vector<SentPart> parts);
+void ApplySentParts(package::XpsDocument& document, SentParts parts);
 
 }  // namespace devkit::pipeline

@@ -1,5 +1,6 @@
 #include "devkit/pipeline/part.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -145,6 +146,17 @@ bool Part::IsWritten() {
 bool Part::IsBeingWritten() {
     TakeWritten();
     return m_writing != nullptr;
+}
+
+bool Part::IsAsItCame() {
+    const auto isUntouched = [](const PartPtr& hanger, long holders) {
+        return hanger == nullptr || (hanger.use_count() == holders && !hanger->attached &&
+                                     !hanger->IsWritten() && !hanger->IsBeingWritten());
+    };
+    // The page has its ticket twice.
+    return place && !IsWritten() && !IsBeingWritten() && ticket == inputTicket && isUntouched(ticket, 2) &&
+           deleted.empty() &&
+           std::ranges::all_of(resources, [&](const PartPtr& each) { return isUntouched(each, 1); });
 }
 
 std::shared_ptr<Writing> Part::BeginWriting() {

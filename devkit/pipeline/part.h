@@ -2,6 +2,8 @@
 
 #include "platform/windows.h"
 
+#include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -44,6 +46,12 @@ struct InputPart {
     std::function<Bytes()> read;  // throws std::exception when the input cannot be read
 };
 
+// Which page of the input: its document and its number in that, from 0.
+struct PagePlace {
+    std::uint32_t document = 0;
+    std::uint32_t page = 0;
+};
+
 // One part of the document on its way through the filter: its name, its bytes, and the parts that hang on it.
 // The COM objects that the filter sees are views of it; several may show the same part. For the pipeline
 // thread only.
@@ -81,10 +89,14 @@ class Part {
     [[nodiscard]] bool IsWritten();
     // Whether a write stream is open.
     [[nodiscard]] bool IsBeingWritten();
+    // Whether it is a page of the input with all that hung on it there, no more and no less, of which nothing
+    // was written or is held by somebody who could write it.
+    [[nodiscard]] bool IsAsItCame();
     // Null when a write stream is open already.
     [[nodiscard]] std::shared_ptr<Writing> BeginWriting();
 
     EXpsCompressionOptions compression = Compression_Normal;
+    std::optional<PagePlace> place;  // of a page of the input
     bool sent = false;
     bool attached = false;   // a filter hung it on another part
     bool obfuscate = false;  // a font that the filter wants obfuscated
@@ -117,6 +129,8 @@ struct SentPart {
     PartKind kind = PartKind::Unknown;  // Unknown for all that came by SendXpsUnknown
     std::string name;                   // empty for the XPS document and for an object that is not the kit's
     PartPtr part;                       // null for an object that is not the kit's
+    // Set, and then instead of the name and the part, once a page went on as it came and is let go by all.
+    std::optional<PagePlace> asItCame{};
 
     // Whether the filter replaced the bytes of a part of the input.
     [[nodiscard]] bool MarkupRewritten() const {
@@ -125,5 +139,8 @@ struct SentPart {
     // Whether the part has another ticket than the input gave it, or none where the input gave one.
     [[nodiscard]] bool TicketReplaced() const { return part != nullptr && part->ticket != part->inputTicket; }
 };
+
+// In sending order. Not in one piece, which would be copied while it grows.
+using SentParts = std::deque<SentPart>;
 
 }  // namespace devkit::pipeline

@@ -48,13 +48,16 @@ PartPtr JobParts::NextPart() {
         if (!m_inDocument) ++m_document;
         return MakeTicketed(PartKind::FixedDocument, document.markup, document.ticket);
     }
+    const PagePlace place{static_cast<std::uint32_t>(m_document), static_cast<std::uint32_t>(m_page)};
     const PageInput page = document.PageAt(m_page++);
     if (m_page == document.PageCount()) {
         m_inDocument = false;
         m_page = 0;
         ++m_document;
     }
-    return MakePage(page);
+    PartPtr part = MakePage(page);
+    part->place = place;
+    return part;
 }
 
 void PartChannel::Put(const PartPtr& part) { Put(GivenPart{HandOn(part), nullptr}); }

@@ -54,7 +54,7 @@ class Growth(unittest.TestCase):
         return added
 
     def test_of_a_page_that_needs_nothing_little_is_kept(self):
-        self.assertLess(self.bytes_of_a_page("none", "simprinter"), 1700)
+        self.assertLess(self.bytes_of_a_page("none", "simprinter"), 850)
 
     def test_of_a_page_that_is_turned_little_more_is_kept(self):
         self.assertLess(self.bytes_of_a_page("none", "longedge"), 3750)

@@ -1,6 +1,11 @@
 #include "devkit/pipeline/documentconsumer.h"
 
+#include <functional>
+#include <map>
+#include <set>
+
 #include "devkit/pipeline/pageobjects.h"
+#include "devkit/pipeline/partfactory.h"
 #include "devkit/pipeline/partobject.h"
 #include "devkit/pipeline/pipelinecontrol.h"
 #include "temporaryfolder.h"
@@ -145,7 +150,7 @@ TEST_F(DocumentConsumerTest, ANewPageCanBeSentOnceItIsWritten) {
     ReadyForPages();
     const auto page = NewPart<IFixedPage>(L"/extra.fpage", "<FixedPage/>");
     EXPECT_EQ(S_OK, Consumer().SendFixedPage(page.Get()));
-    const std::vector<SentPart> sent = Consumer().Sent();
+    const SentParts sent = Consumer().Sent();
     EXPECT_EQ("/extra.fpage", sent.back().name);
     EXPECT_TRUE(sent.back().part->IsNew());
     EXPECT_EQ("<FixedPage/>", *sent.back().part->Read());
@@ -155,7 +160,7 @@ TEST_F(DocumentConsumerTest, WhatWasSentIsTakenOnce) {
     ReadyForPages();
     EXPECT_EQ(S_OK, Consumer().SendFixedPage(NewPart<IFixedPage>(L"/extra.fpage", "<FixedPage/>").Get()));
     const std::size_t count = Consumer().Sent().size();
-    const std::vector<SentPart> taken = Consumer().TakeSent();
+    const SentParts taken = Consumer().TakeSent();
     EXPECT_EQ(count, taken.size());
     EXPECT_EQ("/extra.fpage", taken.back().name);
     EXPECT_TRUE(Consumer().Sent().empty());
@@ -196,6 +201,110 @@ TEST_F(DocumentConsumerTest, ATicketThatWasReplacedIsNotKept) {
     const ComPtr<IFixedPage> kept = FirstPage();
     EXPECT_EQ(S_OK, consumer.SendFixedPage(kept.Get()));
     EXPECT_FALSE(consumer.Sent().back().TicketReplaced());
+}
+
+// A job whose first document has 600 pages, every second of them with a ticket and resources.
+std::shared_ptr<const JobInput> LongJob() {
+    const auto job = SampleJob();
+    std::vector<PageInput>& pages = job->documents[0].pages;
+    while (pages.size() < 600) pages.push_back(pages[pages.size() % 2]);
+    return job;
+}
+
+void WriteTo(const PartPtr& part) { part->BeginWriting()->Close(); }
+
+// Sends all parts of the long job. `touch` is called with each page before that is sent, by its number.
+void SendLongJob(DocumentConsumer& consumer, const ContextPtr& context,
+                 const std::function<void(std::size_t, const PartPtr&)>& touch) {
+    JobParts parts(LongJob());
+    std::size_t number = 0;
+    for (GivenPart given = *parts.Next(); given.part != nullptr; given = *parts.Next()) {
+        const ComPtr<IUnknown> object = MakePartObject(context, given.part);
+        const auto send =
+            [&]<typename Interface>(HRESULT (STDMETHODCALLTYPE DocumentConsumer::*method)(Interface*)) {
+                ComPtr<Interface> part;
+                EXPECT_EQ(S_OK, object->QueryInterface(__uuidof(Interface), part.PutVoid()));
+                given.part.reset();
+                EXPECT_EQ(S_OK, (consumer.*method)(part.Get()));
+            };
+        switch (given.part->Kind()) {
+            case PartKind::XpsDocument:
+                send(&DocumentConsumer::SendXpsDocument);
+                break;
+            case PartKind::FixedDocumentSequence:
+                send(&DocumentConsumer::SendFixedDocumentSequence);
+                break;
+            case PartKind::FixedDocument:
+                send(&DocumentConsumer::SendFixedDocument);
+                break;
+            default:
+                touch(number++, given.part);
+                send(&DocumentConsumer::SendFixedPage);
+        }
+    }
+}
+
+// The pages of which not only the place is kept, by their number.
+std::set<std::size_t> PagesKept(const SentParts& sent) {
+    std::set<std::size_t> kept;
+    std::size_t number = 0;
+    for (const SentPart& each : sent) {
+        if (each.kind != PartKind::FixedPage) continue;
+        if (each.asItCame) {
+            EXPECT_EQ(nullptr, each.part);
+            EXPECT_EQ("", each.name);
+            EXPECT_EQ(0U, each.asItCame->document);
+            EXPECT_EQ(number, each.asItCame->page);
+            EXPECT_FALSE(each.MarkupRewritten() || each.TicketReplaced());
+        } else {
+            EXPECT_NE(nullptr, each.part);
+            kept.insert(number);
+        }
+        ++number;
+    }
+    return kept;
+}
+
+constexpr std::size_t kFirstOfTheLast =
+    600 + 5 - 256 - 3;  // of the pages, of which the last 256 parts are kept
+
+TEST_F(DocumentConsumerTest, OfAPageThatWentOnAsItCameOnlyThePlaceIsKept) {
+    SendLongJob(Consumer(), Context(), [](std::size_t, const PartPtr&) {});
+    EXPECT_EQ(605U, Consumer().Sent().size());
+    std::set<std::size_t> expected;
+    for (std::size_t page = kFirstOfTheLast; page < 601; ++page) expected.insert(page);
+    EXPECT_EQ(expected, PagesKept(Consumer().Sent()));
+}
+
+TEST_F(DocumentConsumerTest, APageThatIsHeldOrWasChangedIsKept) {
+    std::vector<std::shared_ptr<void>> held;
+    const std::map<std::size_t, std::function<void(const PartPtr&)>> touches{
+        {10, [&](const PartPtr& page) { held.push_back(page); }},
+        {20, [&](const PartPtr& page) { held.push_back(page->ticket); }},
+        {30, [&](const PartPtr& page) { held.push_back(page->resources[1]); }},
+        {40, [](const PartPtr& page) { WriteTo(page); }},
+        {50, [](const PartPtr& page) { WriteTo(page->ticket); }},
+        {60, [](const PartPtr& page) { WriteTo(page->resources.back()); }},
+        {70, [&](const PartPtr& page) { held.push_back(page->ticket->BeginWriting()); }},
+        {80, [&](const PartPtr& page) { held.push_back(page->resources[0]->BeginWriting()); }},
+        {90, [](const PartPtr& page) { page->ticket = std::make_shared<Part>(PartKind::PrintTicket, "/t"); }},
+        {100, [](const PartPtr& page) { page->ticket = nullptr; }},
+        {111,
+         [](const PartPtr& page) { page->ticket = std::make_shared<Part>(PartKind::PrintTicket, "/t"); }},
+        {120, [](const PartPtr& page) { page->deleted.emplace_back("/1/font.odttf"); }},
+        {131,
+         [](const PartPtr& page) {
+             page->resources.push_back(std::make_shared<Part>(PartKind::Image, "/new.png"));
+             page->resources.back()->attached = true;
+         }},
+    };
+    SendLongJob(Consumer(), Context(), [&](std::size_t number, const PartPtr& page) {
+        if (const auto touch = touches.find(number); touch != touches.end()) touch->second(page);
+    });
+    std::set<std::size_t> expected;
+    for (const auto& [number, touch] : touches) expected.insert(number);
+    for (std::size_t page = kFirstOfTheLast; page < 601; ++page) expected.insert(page);
+    EXPECT_EQ(expected, PagesKept(Consumer().Sent()));
 }
 
 TEST_F(DocumentConsumerTest, WhatIsSentWaitsInATemporaryFile) {

@@ -2,11 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include "devkit/common/storage.h"
+#include "devkit/package/documentmarkup.h"
+#include "devkit/package/rawarchive.h"
+#include "devkit/package/relationships.h"
 #include "devkit/pipeline/filterrun.h"
 #include "devkit/pipeline/fixture.h"
 #include "devkit/pipeline/testfilter/testfilter.h"
@@ -144,6 +150,107 @@ TEST_F(OutputPackageTest, APageThatWasNotSentIsLeftOut) {
     EXPECT_FALSE(after.GetPackage().Contains(before.sequence.documents[0].pages[0].name));
 }
 
+// A document of 600 pages, every third with a ticket, every fifth with a resource.
+std::string LongDocument() {
+    const auto relationship = [](const std::string& type, const std::string& target) {
+        return package::Relationship{"R" + target.substr(1),
+                                     "http://schemas.microsoft.com/xps/2005/06/" + type, target, false};
+    };
+    std::vector<package::RawEntry> entries;
+    std::vector<std::string> pages;
+    for (int i = 0; i < 600; ++i) {
+        const std::string number = std::to_string(i);
+        std::vector<package::Relationship> relationships;
+        pages.push_back("/" + number + ".fpage");
+        entries.emplace_back(number + ".fpage", "<FixedPage/>");
+        if (i % 3 == 0) {
+            entries.emplace_back(number + ".xml", "ticket " + number);
+            relationships.push_back(relationship("printticket", "/" + number + ".xml"));
+        }
+        if (i % 5 == 0) relationships.push_back(relationship("required-resource", "/d.fdoc"));
+        if (!relationships.empty())
+            entries.emplace_back("_rels/" + number + ".fpage.rels",
+                                 package::RelationshipsMarkup(relationships));
+    }
+    using package::DocumentRoot;
+    const auto markup = [](DocumentRoot root, const std::vector<std::string>& parts) {
+        return package::NewDocumentMarkup(package::Flavour::MicrosoftXps, root, parts);
+    };
+    entries.emplace_back("s.fdseq", markup(DocumentRoot::FixedDocumentSequence, {"/d.fdoc"}));
+    entries.emplace_back("d.fdoc", markup(DocumentRoot::FixedDocument, pages));
+    entries.emplace_back("_rels/.rels",
+                         package::RelationshipsMarkup({relationship("fixedrepresentation", "/s.fdseq")}));
+    return package::BuildZip(entries);
+}
+
+// The long document after the test filter; `kept` is how many pages were not kept as mere places.
+std::string LongDocumentThrough(const wchar_t* mode, std::size_t& kept) {
+    const auto bytes = std::make_shared<const std::string>(LongDocument());
+    RunOptions options;
+    options.properties.driverValues = DriverValues{{L"TestFilterMode", mode}};
+    const auto module = std::make_shared<FilterModule>(TestFilterPath(), testfilter::kClassId);
+    const auto document = std::make_shared<XpsDocument>(
+        XpsDocument::Open(package::Package::Open(std::make_unique<common::MemorySource>(bytes), "long.xps")));
+    const RunOutcome outcome = FilterRun(module, MakeJobInput(document), std::move(options)).Run();
+    EXPECT_EQ(Lines{}, outcome.breaches);
+    EXPECT_TRUE(outcome.IsWhole());
+    kept = static_cast<std::size_t>(
+        std::ranges::count_if(outcome.parts, [](const SentPart& part) { return !part.asItCame; }));
+    ApplySentParts(*document, outcome.parts);
+    common::MemorySink sink;
+    document->Save(sink);
+    return sink.Take();
+}
+
+TEST_F(OutputPackageTest, ALongDocumentThatWasNotChangedIsTheSameFile) {
+    std::size_t kept = 0;
+    EXPECT_TRUE(LongDocument() == LongDocumentThrough(L"", kept));
+    EXPECT_EQ(259U, kept);
+}
+
+TEST_F(OutputPackageTest, OfALongDocumentThePagesThatWereSentRemain) {
+    std::size_t kept = 0;
+    const auto bytes = std::make_shared<const std::string>(LongDocumentThrough(L"drop-first-page", kept));
+    EXPECT_EQ(259U, kept);
+    const XpsDocument after =
+        XpsDocument::Open(package::Package::Open(std::make_unique<common::MemorySource>(bytes), "after.xps"));
+    ASSERT_EQ(599U, after.sequence.documents[0].pages.size());
+    for (std::size_t i = 0; i < 599; ++i) {
+        const package::FixedPage& page = after.sequence.documents[0].pages[i];
+        const std::string number = std::to_string(i + 1);
+        EXPECT_EQ("/" + number + ".fpage", page.name);
+        ASSERT_EQ((i + 1) % 3 == 0, page.ticket.has_value()) << number;
+        if (page.ticket) {
+            EXPECT_EQ("ticket " + number, after.ReadPart(*page.ticket));
+        }
+        EXPECT_EQ(std::vector<std::string>((i + 1) % 5 == 0 ? 1 : 0, "/d.fdoc"), page.resources) << number;
+    }
+    EXPECT_FALSE(after.GetPackage().Contains("/0.fpage") || after.GetPackage().Contains("/0.xml"));
+}
+
+TEST_F(OutputPackageTest, APageOfWhichThePlaceIsKeptGoesWhereItWasSent) {
+    XpsDocument document = XpsDocument::Open(Sample());
+    const XpsDocument before = XpsDocument::Open(Sample());
+    document.sequence.documents[1].pages[0].markup = "<never-sent/>";
+    const auto as = [](std::uint32_t fixedDocument, std::uint32_t page) {
+        return SentPart{PartKind::FixedPage, "", nullptr, PagePlace{fixedDocument, page}};
+    };
+    const auto part = std::make_shared<Part>(
+        PartKind::FixedDocument, InputPart{before.sequence.documents[0].name, "", [] { return nullptr; }});
+    ApplySentParts(document, {{PartKind::FixedDocument, "", part}, as(1, 0), as(0, 1)});
+    ASSERT_EQ(1U, document.sequence.documents.size());
+    const std::deque<package::FixedPage>& pages = document.sequence.documents[0].pages;
+    ASSERT_EQ(2U, pages.size());
+    const auto expect = [](const package::FixedPage& expected, const package::FixedPage& page) {
+        EXPECT_EQ(expected.name, page.name);
+        EXPECT_EQ(expected.ticket, page.ticket);
+        EXPECT_EQ(expected.resources, page.resources);
+        EXPECT_FALSE(page.markup);
+    };
+    expect(before.sequence.documents[1].pages[0], pages[0]);
+    expect(before.sequence.documents[0].pages[1], pages[1]);
+}
+
 // A part as a filter makes it.
 PartPtr Made(PartKind kind, const char* name, const std::string& bytes) {
     const PartPtr part = std::make_shared<Part>(kind, name);
@@ -196,7 +303,7 @@ TEST_F(OutputPackageTest, PartsOfEveryKindThatTheFilterMakesAreAdded) {
 
 TEST_F(OutputPackageTest, ATicketOnTwoPagesStaysOnePart) {
     const auto document = std::make_shared<XpsDocument>(XpsDocument::Open(Sample()));
-    std::vector<SentPart> parts;
+    SentParts parts;
     parts.push_back({PartKind::FixedDocument, "", Made(PartKind::FixedDocument, "/d.fdoc", "")});
     const auto add = [&](const char* name, const PartPtr& ticket) {
         parts.push_back({PartKind::FixedPage, "", Made(PartKind::FixedPage, name, "<FixedPage/>")});
