@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include "devkit/common/numbers.h"
@@ -32,15 +33,21 @@ using Pairs = std::vector<std::pair<const Item*, const Item*>>;
 template <typename Items>
 auto PairUp(const Items& before, const Items& after) {
     using Item = typename Items::value_type;
-    const auto find = [](const Items& items, const Item& wanted) {
-        const std::string key = NameKey(wanted.name);
-        const auto found =
-            std::ranges::find_if(items, [&](const Item& item) { return NameKey(item.name) == key; });
-        return found == items.end() ? nullptr : &*found;
+    using ByKey = std::unordered_map<std::string, const Item*>;
+    const auto indexOf = [](const Items& items) {
+        ByKey index;
+        for (const Item& item : items) index.try_emplace(NameKey(item.name), &item);
+        return index;
     };
+    const auto find = [](const ByKey& index, const Item& wanted) {
+        const auto found = index.find(NameKey(wanted.name));
+        return found == index.end() ? nullptr : found->second;
+    };
+    const ByKey earlier = indexOf(before);
+    const ByKey later = indexOf(after);
     Pairs<Item> pairs;
     const bool byName =
-        std::ranges::any_of(before, [&](const Item& item) { return find(after, item) != nullptr; });
+        std::ranges::any_of(before, [&](const Item& item) { return find(later, item) != nullptr; });
     if (!byName) {
         for (std::size_t i = 0; i < std::max(before.size(), after.size()); ++i) {
             pairs.emplace_back(i < before.size() ? &before[i] : nullptr,
@@ -48,9 +55,9 @@ auto PairUp(const Items& before, const Items& after) {
         }
         return pairs;
     }
-    for (const Item& item : before) pairs.emplace_back(&item, find(after, item));
+    for (const Item& item : before) pairs.emplace_back(&item, find(later, item));
     for (const Item& item : after) {
-        if (find(before, item) == nullptr) pairs.emplace_back(nullptr, &item);
+        if (find(earlier, item) == nullptr) pairs.emplace_back(nullptr, &item);
     }
     return pairs;
 }
