@@ -9,9 +9,8 @@
 #include <set>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
 #include "devkit/common/file.h"
+#include "devkit/common/json.h"
 #include "devkit/filterhost/jsonlines.h"
 #include "devkit/printschema/reader.h"
 #include "devkit/prntvpt/api/configuration.h"
@@ -52,7 +51,7 @@ std::vector<ModelFile> ReadModelFiles(Path folder) {
         file.text = ReadText(file.path);
         file.lines = LinesOf(file.text);
         if (!file.lines.contains("/extends")) break;
-        const auto json = nlohmann::json::parse(file.text);
+        const auto json = common::ParseJson(file.text);
         if (!json["extends"].is_string()) break;
         folder = (folder / platform::ToUtf16(json["extends"].get<std::string>())).lexically_normal();
     }

@@ -4,9 +4,8 @@
 #include <array>
 #include <cstdio>
 
-#include <nlohmann/json.hpp>
-
 #include "devkit/common/file.h"
+#include "devkit/common/json.h"
 #include "devkit/common/text.h"
 
 namespace devkit::filterhost {
@@ -136,7 +135,7 @@ std::string JsonOf(const FuzzSettings& settings, const FuzzSummary& summary) {
                             {"added", summary.guidance->added},
                             {"kept", kept}};
     }
-    return json.dump(2, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
+    return common::IndentedJsonText(json, 2);
 }
 
 }  // namespace devkit::filterhost

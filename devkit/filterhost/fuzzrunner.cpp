@@ -151,14 +151,13 @@ FuzzAnswer FuzzRunner::Run(const FuzzSeed& which, bool& isOver) {
 }
 
 std::string WriteFuzzOrder(const FuzzSettings& settings) {
-    return nlohmann::json{WriteOrder({settings.host, {}}),
-                          settings.corpus ? common::PathText(*settings.corpus) : "", settings.allowedCodes,
-                          settings.guided}
-        .dump();
+    return common::JsonText(nlohmann::json{WriteOrder({settings.host, {}}),
+                                           settings.corpus ? common::PathText(*settings.corpus) : "",
+                                           settings.allowedCodes, settings.guided});
 }
 
 FuzzSettings ReadFuzzOrder(std::string_view line) {
-    const nlohmann::json json = nlohmann::json::parse(line);
+    const nlohmann::json json = common::ParseJson(line);
     FuzzSettings settings;
     settings.host = ReadOrder(json.at(0).get<std::string>()).host;
     const auto corpus = json.at(1).get<std::string>();
@@ -168,14 +167,12 @@ FuzzSettings ReadFuzzOrder(std::string_view line) {
     return settings;
 }
 
-std::string WriteSeed(const FuzzSeed& which) { return nlohmann::json(which).dump(); }
+std::string WriteSeed(const FuzzSeed& which) { return common::JsonText(nlohmann::json(which)); }
 
-FuzzSeed ReadSeed(std::string_view line) { return nlohmann::json::parse(line).get<FuzzSeed>(); }
+FuzzSeed ReadSeed(std::string_view line) { return common::ParseJson(line).get<FuzzSeed>(); }
 
-std::string WriteAnswer(const FuzzAnswer& answer) {
-    return nlohmann::json(answer).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
+std::string WriteAnswer(const FuzzAnswer& answer) { return common::JsonText(nlohmann::json(answer)); }
 
-FuzzAnswer ReadAnswer(std::string_view line) { return nlohmann::json::parse(line).get<FuzzAnswer>(); }
+FuzzAnswer ReadAnswer(std::string_view line) { return common::ParseJson(line).get<FuzzAnswer>(); }
 
 }  // namespace devkit::filterhost

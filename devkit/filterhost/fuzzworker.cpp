@@ -6,8 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
+#include "devkit/common/json.h"
 #include "devkit/common/leave.h"
 #include "devkit/filterhost/crashreport.h"
 #include "devkit/filterhost/exitstatus.h"
@@ -52,7 +51,8 @@ Answered RunOnThread(FuzzRunner& runner, const FuzzSeed& which) {
 std::string LineOf(const Answered& answered) {
     if (answered.answer) return WriteAnswer(*answered.answer);
     const bool isRefused = !answered.refusal.empty();
-    return Json{{isRefused ? "refusal" : "failure", isRefused ? answered.refusal : answered.failure}}.dump();
+    return common::JsonText(
+        Json{{isRefused ? "refusal" : "failure", isRefused ? answered.refusal : answered.failure}});
 }
 
 void TellCrash(void* pParent, std::string_view line) noexcept {
@@ -104,7 +104,7 @@ FuzzAnswer FuzzChild::Answer() {
             case ChildProcess::Got::Line:
                 break;
         }
-        const Json answer = Json::parse(line, nullptr, false);
+        const Json answer = common::ParseJsonOrNull(line);
         if (answer.is_object() && answer.contains("failure"))
             throw std::runtime_error(answer["failure"].get<std::string>());
         if (answer.is_object() && answer.contains("refusal"))

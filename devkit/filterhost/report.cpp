@@ -23,9 +23,7 @@ using OrderedJson = nlohmann::ordered_json;
 constexpr int kVersion = 2;
 constexpr std::string_view kReportEnd = "\n  ]\n}\n";
 
-std::string Text(const OrderedJson& json) {
-    return json.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
-}
+std::string Text(const OrderedJson& json) { return common::JsonText(json); }
 
 // An object with a line for each member, and for each element of an array: to be read by people and compared
 // by tools, and yet not long. Without its closing brace.

@@ -220,11 +220,11 @@ ExitStatus StatusOf(const RunResult& result) {
 
 std::string WriteEvent(const Event& event) {
     const Json data = std::visit([](const auto& each) { return Json(each); }, event);
-    return Json{event.index(), data}.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return common::JsonText(Json{event.index(), data});
 }
 
 Event ReadEvent(std::string_view line) {
-    const Json json = Json::parse(line);
+    const Json json = common::ParseJson(line);
     return ReadAlternative(json.at(0).get<std::size_t>(), json.at(1),
                            std::make_index_sequence<std::variant_size_v<Event>>());
 }

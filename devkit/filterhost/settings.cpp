@@ -38,10 +38,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HostSettings, filters, pipelineConfig, device
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Job, input, inputName, output, outputName)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Order, host, job, probe, probeArgument)
 
-std::string WriteOrder(const Order& order) {
-    return nlohmann::json(order).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
+std::string WriteOrder(const Order& order) { return common::JsonText(nlohmann::json(order)); }
 
-Order ReadOrder(std::string_view line) { return nlohmann::json::parse(line).get<Order>(); }
+Order ReadOrder(std::string_view line) { return common::ParseJson(line).get<Order>(); }
 
 }  // namespace devkit::filterhost

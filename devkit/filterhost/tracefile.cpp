@@ -1,7 +1,6 @@
 #include "devkit/filterhost/tracefile.h"
 
-#include <nlohmann/json.hpp>
-
+#include "devkit/common/json.h"
 #include "devkit/pipeline/callspan.h"
 
 namespace devkit::filterhost {
@@ -21,7 +20,7 @@ TraceFile::TraceFile(std::filesystem::path path)
 
 void TraceFile::Name(std::size_t row, const std::string& input) {
     const std::lock_guard guard(m_lock);
-    Write(NameOf("process_name", row, 0, input).dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
+    Write(common::JsonText(NameOf("process_name", row, 0, input)));
 }
 
 void TraceFile::Take(std::size_t row, const Event& event) {
@@ -39,19 +38,18 @@ void TraceFile::Take(std::size_t row, const Event& event) {
                               {"ts", MicrosecondsOf(pipeline::SpanClockNow().count())},
                               {"pid", row},
                               {"tid", 0}};
-    Write(instant.dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
+    Write(common::JsonText(instant));
 }
 
 void TraceFile::TakeMoment(std::size_t row, const TraceMoment& moment) {
     const Line line(row, moment.thread);
     if (moment.kind == TraceMoment::Thread) {
         m_named.insert(line);
-        Write(NameOf("thread_name", row, moment.thread, moment.name)
-                  .dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
+        Write(common::JsonText(NameOf("thread_name", row, moment.thread, moment.name)));
         return;
     }
     if (m_named.insert(line).second) {
-        Write(NameOf("thread_name", row, moment.thread, "a thread of the filter's own").dump());
+        Write(common::JsonText(NameOf("thread_name", row, moment.thread, "a thread of the filter's own")));
     }
     std::vector<std::string>& open = m_open[line];
     OrderedJson json{{"name", moment.name}};
@@ -73,7 +71,7 @@ void TraceFile::TakeMoment(std::size_t row, const TraceMoment& moment) {
     json["tid"] = moment.thread;
     if (!moment.detail.empty()) json["args"]["of"] = moment.detail;
     if (moment.own != 0) json["args"]["own"] = static_cast<double>(moment.own) / 1000;
-    Write(json.dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
+    Write(common::JsonText(json));
 }
 
 void TraceFile::End(std::size_t row) {
@@ -82,9 +80,8 @@ void TraceFile::End(std::size_t row) {
     for (auto& [line, open] : m_open) {
         if (line.first != row) continue;
         for (; !open.empty(); open.pop_back()) {
-            Write(OrderedJson{
-                {"name", open.back()}, {"ph", "E"}, {"ts", now}, {"pid", row}, {"tid", line.second}}
-                      .dump(-1, ' ', false, OrderedJson::error_handler_t::replace));
+            Write(common::JsonText(OrderedJson{
+                {"name", open.back()}, {"ph", "E"}, {"ts", now}, {"pid", row}, {"tid", line.second}}));
         }
     }
 }

@@ -85,7 +85,7 @@ std::optional<Path> FindConfiguration(const Path& dll) {
 void ApplyConfiguration(const Path& file, ValidateSettings& settings) {
     const std::string name = common::PathText(file);
     try {
-        const Json json = Json::parse(filterhost::ReadFile(file, "filterhost.json"));
+        const Json json = common::ParseJson(filterhost::ReadFile(file, "filterhost.json"));
         for (const auto& [key, value] : json.items()) TakeEntry(key, value, file.parent_path(), settings);
     } catch (const nlohmann::json::exception& error) {
         throw filterhost::UsageError(name + ": " + error.what());

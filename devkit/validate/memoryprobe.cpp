@@ -95,12 +95,12 @@ std::vector<std::filesystem::path> ModulesOf(const filterhost::HostSettings& set
     return modules;
 }
 
-std::string WriteQuestion(const MemoryQuestion& question) { return Json(question).dump(); }
+std::string WriteQuestion(const MemoryQuestion& question) { return common::JsonText(Json(question)); }
 
-MemoryAnswer ReadAnswer(const std::string& text) { return Json::parse(text).get<MemoryAnswer>(); }
+MemoryAnswer ReadAnswer(const std::string& text) { return common::ParseJson(text).get<MemoryAnswer>(); }
 
 void ProbeFailingMemory(const Order& order, const EventSink& sink) {
-    const auto question = Json::parse(order.probeArgument).get<MemoryQuestion>();
+    const auto question = common::ParseJson(order.probeArgument).get<MemoryQuestion>();
     const bool isLooking = question.way == 0;
     FiltersAtWork filters(order, sink);
     MemoryAnswer answer;
@@ -128,7 +128,7 @@ void ProbeFailingMemory(const Order& order, const EventSink& sink) {
     if (!isLooking && answer.blocks > question.blocks)
         answer.leaked = Leaked(filters, question, answer.blocks);
     sink(filterhost::events::CallEnded{"the next job"});
-    sink(filterhost::events::Told{Json(answer).dump(-1, ' ', false, Json::error_handler_t::replace)});
+    sink(filterhost::events::Told{common::JsonText(Json(answer))});
 }
 
 }  // namespace devkit::validate

@@ -91,7 +91,7 @@ std::string WriteJson(const filterhost::ValidateSettings& settings, const std::v
     json["status"] = tally.Status();
     json["tests"] = OrderedJson::array();
     for (const TestResult& result : results) json["tests"].push_back(ToJson(result));
-    return json.dump(1, ' ', false, OrderedJson::error_handler_t::replace) + "\n";
+    return common::IndentedJsonText(json, 1);
 }
 
 std::string WriteJunit(const filterhost::ValidateSettings& settings, const std::vector<TestResult>& results) {
@@ -126,8 +126,8 @@ std::set<std::string, std::less<>> ReadFailed(const std::filesystem::path& json)
     constexpr const char* kOption = "--only-failed";
     std::set<std::string, std::less<>> failed;
     try {
-        const OrderedJson report = OrderedJson::parse(filterhost::ReadFile(json, kOption));
-        for (const OrderedJson& test : report.at("tests"))
+        const nlohmann::json report = common::ParseJson(filterhost::ReadFile(json, kOption));
+        for (const nlohmann::json& test : report.at("tests"))
             if (test.at("result") == NameOf(Verdict::Failed))
                 failed.insert(test.at("name").get<std::string>());
     } catch (const nlohmann::json::exception&) {

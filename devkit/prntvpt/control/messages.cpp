@@ -123,12 +123,12 @@ void from_json(const Json& json, ProviderReport& report) {
 
 template <typename Message>
 std::string WriteMessage(const Message& message) {
-    return Json(message).dump(-1, ' ', false, Json::error_handler_t::replace);
+    return common::JsonText(Json(message));
 }
 
 template <typename Message>
 Message ReadMessage(std::string_view text) {
-    return Json::parse(text).get<Message>();
+    return common::ParseJson(text).get<Message>();
 }
 
 template std::string WriteMessage(const ProviderSettings&);

@@ -5,8 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
+#include "devkit/common/json.h"
 #include "devkit/printschema/reader.h"
 #include "devkit/prntvpt/device/device.h"
 #include "platform/utf.h"
@@ -128,7 +127,7 @@ void ReadModel(const Path& folder, int extensions, Device& device, Prefixes& pre
     const Path path = folder / "device.json";
     const std::string text = ReadFile(path);
     try {
-        const Json json = Json::parse(text);
+        const Json json = common::ParseJson(text);
         if (json.contains("extends")) {
             if (extensions == kMaxExtensions) throw Problem("too many models extend each other");
             const Path extended = platform::ToUtf16(json.at("extends").get<std::string>());
