@@ -25,11 +25,14 @@ macro(precompile_headers target)
   endif()
 endmacro()
 
-# folder_library(TARGET ROOT FOLDER [LINKS TARGET...]): a static library of all sources of ROOT/FOLDER, an interface
-# library when there are none.
+# folder_library(TARGET ROOT FOLDER [LINKS TARGET...] [FIRST SOURCE...]): a static library of all sources of ROOT/FOLDER,
+# an interface library when there are none. Of a unity build the sources named FIRST come into the same unit.
 function(folder_library target root folder)
-  cmake_parse_arguments(PARSE_ARGV 3 arg "" "" "LINKS")
+  cmake_parse_arguments(PARSE_ARGV 3 arg "" "" "LINKS;FIRST")
   file(GLOB sources CONFIGURE_DEPENDS ${root}/${folder}/*.cpp)
+  list(TRANSFORM arg_FIRST PREPEND ${root}/${folder}/)
+  list(PREPEND sources ${arg_FIRST})
+  list(REMOVE_DUPLICATES sources)
   list(FILTER sources EXCLUDE REGEX "/(main|dllmain)\\.cpp$")
   if(sources)
     add_library(${target} STATIC ${sources})
