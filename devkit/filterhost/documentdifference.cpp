@@ -28,49 +28,55 @@ void Append(Lines& lines, const std::string& prefix, const Lines& more) {
 
 // What belongs together of two lists; null where one side has nothing.
 template <typename Item>
-using Pairs = std::vector<std::pair<const Item*, const Item*>>;
+struct Pair {
+    const Item* pBefore = nullptr;
+    const Item* pAfter = nullptr;
+    std::size_t placeAfter = 0;  // where there is one
+};
 
+// The places of the items by the keys of their names.
+std::unordered_map<std::string, std::size_t> IndexOf(const auto& items) {
+    std::unordered_map<std::string, std::size_t> index;
+    for (std::size_t i = 0; i < items.size(); ++i) index.try_emplace(NameKey(items[i].name), i);
+    return index;
+}
+
+// In the order of `before`; what only `after` has comes last. By place where no name is in both.
 template <typename Items>
 auto PairUp(const Items& before, const Items& after) {
-    using Item = typename Items::value_type;
-    using ByKey = std::unordered_map<std::string, const Item*>;
-    const auto indexOf = [](const Items& items) {
-        ByKey index;
-        for (const Item& item : items) index.try_emplace(NameKey(item.name), &item);
-        return index;
-    };
-    const auto find = [](const ByKey& index, const Item& wanted) {
-        const auto found = index.find(NameKey(wanted.name));
-        return found == index.end() ? nullptr : found->second;
-    };
-    const ByKey earlier = indexOf(before);
-    const ByKey later = indexOf(after);
-    Pairs<Item> pairs;
+    std::vector<Pair<typename Items::value_type>> pairs;
+    const auto earlier = IndexOf(before);
+    const auto later = IndexOf(after);
     const bool byName =
-        std::ranges::any_of(before, [&](const Item& item) { return find(later, item) != nullptr; });
+        std::ranges::any_of(earlier, [&](const auto& each) { return later.contains(each.first); });
     if (!byName) {
-        for (std::size_t i = 0; i < std::max(before.size(), after.size()); ++i) {
-            pairs.emplace_back(i < before.size() ? &before[i] : nullptr,
-                               i < after.size() ? &after[i] : nullptr);
-        }
+        for (std::size_t i = 0; i < std::max(before.size(), after.size()); ++i)
+            pairs.push_back(
+                {i < before.size() ? &before[i] : nullptr, i < after.size() ? &after[i] : nullptr, i});
         return pairs;
     }
-    for (const Item& item : before) pairs.emplace_back(&item, find(later, item));
-    for (const Item& item : after) {
-        if (find(earlier, item) == nullptr) pairs.emplace_back(nullptr, &item);
+    for (const auto& item : before) {
+        const auto found = later.find(NameKey(item.name));
+        if (found == later.end()) {
+            pairs.push_back({&item});
+        } else {
+            pairs.push_back({&item, &after[found->second], found->second});
+        }
+    }
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        if (!earlier.contains(NameKey(after[i].name))) pairs.push_back({nullptr, &after[i], i});
     }
     return pairs;
 }
 
 // Whether the items that are in both come in another order.
 template <typename Item>
-bool IsReordered(const Pairs<Item>& pairs) {
-    const Item* pLast = nullptr;
-    for (const auto& [pBefore, pAfter] : pairs) {
-        if (pBefore == nullptr || pAfter == nullptr) continue;
-        // All of one list.
-        if (pLast != nullptr && pAfter < pLast) return true;
-        pLast = pAfter;
+bool IsReordered(const std::vector<Pair<Item>>& pairs) {
+    std::size_t next = 0;
+    for (const Pair<Item>& pair : pairs) {
+        if (pair.pBefore == nullptr || pair.pAfter == nullptr) continue;
+        if (pair.placeAfter < next) return true;
+        next = pair.placeAfter + 1;
     }
     return false;
 }
@@ -84,7 +90,7 @@ class Comparison {
         const auto documents = PairUp(m_before.sequence.documents, m_after.sequence.documents);
         if (IsReordered(documents)) m_lines.emplace_back("the fixed documents come in another order");
         for (std::size_t i = 0; i < documents.size(); ++i) {
-            const auto& [pBefore, pAfter] = documents[i];
+            const auto& [pBefore, pAfter, place] = documents[i];
             const std::string title = "document " + std::to_string(i + 1);
             if (!AddMissing(title, pBefore, pAfter)) CompareFixedDocuments(title, *pBefore, *pAfter);
         }
@@ -107,7 +113,7 @@ class Comparison {
         const auto pages = PairUp(before.pages, after.pages);
         if (IsReordered(pages)) m_lines.push_back(title + ": the pages come in another order");
         for (std::size_t i = 0; i < pages.size(); ++i) {
-            const auto& [pBefore, pAfter] = pages[i];
+            const auto& [pBefore, pAfter, place] = pages[i];
             const std::string page = title + ", page " + std::to_string(i + 1);
             if (!AddMissing(page, pBefore, pAfter)) ComparePages(page, *pBefore, *pAfter);
         }

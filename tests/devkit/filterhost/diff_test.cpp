@@ -60,6 +60,23 @@ TEST_F(DocumentDiff, PagesBelongTogetherByTheirNames) {
               Diff());
 }
 
+TEST_F(DocumentDiff, TheOrderOfPagesIsThatOfTheirListWhereverTheyLieInMemory) {
+    for (XpsDocument* const pDocument : {&m_before, &m_after}) {
+        std::deque<FixedPage>& pages = pDocument->sequence.documents[0].pages;
+        for (int i = 0; i < 40; ++i) {
+            const std::string wanted = "/front" + std::to_string(i) + ".fpage";
+            pages.push_front(
+                {pDocument->AddPart(wanted, "application/vnd.ms-package.xps-fixedpage+xml", "<p/>"),
+                 {},
+                 {},
+                 {}});
+        }
+    }
+    EXPECT_EQ(Lines{}, Diff());
+    std::swap(Pages()[38], Pages()[39]);
+    EXPECT_EQ(Lines{"document 1: the pages come in another order"}, Diff());
+}
+
 TEST_F(DocumentDiff, TicketsAreComparedFeatureByFeature) {
     m_after.sequence.ticket.reset();
     m_before.sequence.ticket = m_before.AddPart("/t.xml", kTicketType, Ticket("Color"));
