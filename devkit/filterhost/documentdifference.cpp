@@ -32,6 +32,8 @@ struct Pair {
     const Item* pBefore = nullptr;
     const Item* pAfter = nullptr;
     std::size_t placeAfter = 0;  // where there is one
+
+    [[nodiscard]] bool IsWhole() const noexcept { return pBefore != nullptr && pAfter != nullptr; }
 };
 
 // The places of the items by the keys of their names.
@@ -58,7 +60,7 @@ auto PairUp(const Items& before, const Items& after) {
     for (const auto& item : before) {
         const auto found = later.find(NameKey(item.name));
         if (found == later.end()) {
-            pairs.push_back({&item});
+            pairs.push_back({&item, nullptr, 0});
         } else {
             pairs.push_back({&item, &after[found->second], found->second});
         }
@@ -74,7 +76,7 @@ template <typename Item>
 bool IsReordered(const std::vector<Pair<Item>>& pairs) {
     std::size_t next = 0;
     for (const Pair<Item>& pair : pairs) {
-        if (pair.pBefore == nullptr || pair.pAfter == nullptr) continue;
+        if (!pair.IsWhole()) continue;
         if (pair.placeAfter < next) return true;
         next = pair.placeAfter + 1;
     }
@@ -90,9 +92,9 @@ class Comparison {
         const auto documents = PairUp(m_before.sequence.documents, m_after.sequence.documents);
         if (IsReordered(documents)) m_lines.emplace_back("the fixed documents come in another order");
         for (std::size_t i = 0; i < documents.size(); ++i) {
-            const auto& [pBefore, pAfter, place] = documents[i];
             const std::string title = "document " + std::to_string(i + 1);
-            if (!AddMissing(title, pBefore, pAfter)) CompareFixedDocuments(title, *pBefore, *pAfter);
+            if (!AddMissing(title, documents[i]))
+                CompareFixedDocuments(title, *documents[i].pBefore, *documents[i].pAfter);
         }
         return std::move(m_lines);
     }
@@ -100,10 +102,11 @@ class Comparison {
   private:
     // Whether one of them is not there, which is told.
     template <typename Item>
-    bool AddMissing(const std::string& title, const Item* pBefore, const Item* pAfter) {
-        if (pBefore != nullptr && pAfter != nullptr) return false;
-        m_lines.push_back(title + " " + (pBefore != nullptr ? pBefore : pAfter)->name + ": only in the " +
-                          (pBefore != nullptr ? "first" : "second"));
+    bool AddMissing(const std::string& title, const Pair<Item>& pair) {
+        if (pair.IsWhole()) return false;
+        const bool isFirst = pair.pBefore != nullptr;
+        m_lines.push_back(title + " " + (isFirst ? pair.pBefore : pair.pAfter)->name + ": only in the " +
+                          (isFirst ? "first" : "second"));
         return true;
     }
 
@@ -113,9 +116,8 @@ class Comparison {
         const auto pages = PairUp(before.pages, after.pages);
         if (IsReordered(pages)) m_lines.push_back(title + ": the pages come in another order");
         for (std::size_t i = 0; i < pages.size(); ++i) {
-            const auto& [pBefore, pAfter, place] = pages[i];
             const std::string page = title + ", page " + std::to_string(i + 1);
-            if (!AddMissing(page, pBefore, pAfter)) ComparePages(page, *pBefore, *pAfter);
+            if (!AddMissing(page, pages[i])) ComparePages(page, *pages[i].pBefore, *pages[i].pAfter);
         }
     }
 

@@ -23,21 +23,19 @@ using OrderedJson = nlohmann::ordered_json;
 constexpr int kVersion = 2;
 constexpr std::string_view kReportEnd = "\n  ]\n}\n";
 
-std::string Text(const OrderedJson& json) { return common::JsonText(json); }
-
 // An object with a line for each member, and for each element of an array: to be read by people and compared
 // by tools, and yet not long. Without its closing brace.
 std::string Layout(const OrderedJson& object, const std::string& indent) {
     std::string text = "{";
     for (const auto& [key, value] : object.items()) {
-        text += (text.size() > 1 ? ",\n" : "\n") + indent + Text(key) + ": ";
+        text += (text.size() > 1 ? ",\n" : "\n") + indent + common::JsonText(OrderedJson(key)) + ": ";
         if (!value.is_array() || value.empty()) {
-            text += Text(value);
+            text += common::JsonText(value);
             continue;
         }
         std::string separator = "[\n";
         for (const OrderedJson& element : value) {
-            text += separator + indent + "  " + Text(element);
+            text += separator + indent + "  " + common::JsonText(element);
             separator = ",\n";
         }
         text += "\n" + indent + "]";
