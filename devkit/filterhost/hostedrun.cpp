@@ -134,7 +134,7 @@ void WriteOutput(XpsDocument& document, RunOutcome& last, const Job& job, const 
         file.Commit();
     } else {
         pipeline::ApplySentParts(document, std::exchange(last.parts, {}));
-        document.Save(*job.output);
+        std::move(document).Save(*job.output);
     }
     sink(events::OutputWritten{job.outputName});
 } catch (const common::Error& error) {

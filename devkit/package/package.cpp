@@ -96,7 +96,7 @@ void Package::SetRelationships(std::string_view source, const std::vector<Relati
         m_state->Remove(name);
         return;
     }
-    m_state->Put(name, RelationshipsMarkup(relationships));
+    m_state->PutAside(name, RelationshipsMarkup(relationships));
     m_state->typesChanged = m_state->types.Declare(name, kRelationshipsContentType) || m_state->typesChanged;
 }
 
@@ -104,15 +104,27 @@ const common::Limits& Package::GetLimits() const noexcept { return m_state->limi
 const std::string& Package::Where() const noexcept { return m_state->archive.Where(); }
 const std::vector<std::string>& Package::Findings() const noexcept { return m_state->findings; }
 
-void Package::Save(const std::filesystem::path& file) const {
+void Package::CheckOutput(const std::filesystem::path& file) const {
     std::error_code ignored;
     if (!m_state->file.empty() && std::filesystem::equivalent(m_state->file, file, ignored))
         throw common::Error("cannot be written over its own input", common::PathText(file));
+}
+
+void Package::Save(const std::filesystem::path& file) const& {
+    CheckOutput(file);
     common::OutputFile output(file);
     Save(output);
     output.Commit();
 }
 
-void Package::Save(common::ByteSink& sink) const { WriteZip(m_state->archive, m_state->Edit(), sink); }
+void Package::Save(const std::filesystem::path& file) && {
+    CheckOutput(file);
+    common::OutputFile output(file);
+    std::move(*this).Save(output);
+    output.Commit();
+}
+
+void Package::Save(common::ByteSink& sink) const& { WriteZip(m_state->archive, m_state->Edit(), sink); }
+void Package::Save(common::ByteSink& sink) && { WriteZip(m_state->archive, m_state->TakeEdit(), sink); }
 
 }  // namespace devkit::package

@@ -72,10 +72,17 @@ class Package {
     // Writes the package to a file other than the one that it was read from. Entries that were not changed
     // keep their compressed bytes, their names and their order; a package without changes is copied byte for
     // byte. The file appears, or is replaced, when all is written; on failure nothing is left behind.
-    void Save(const std::filesystem::path& file) const;
-    void Save(common::ByteSink& sink) const;
+    void Save(const std::filesystem::path& file) const&;
+    void Save(common::ByteSink& sink) const&;
+    // The same of a package that has no parts any more afterwards, nor after a failure: what is known of them
+    // goes before the writing begins, which takes as much memory once more.
+    void Save(const std::filesystem::path& file) &&;
+    void Save(common::ByteSink& sink) &&;
 
   private:
+    // Throws when the file is the one that the package was read from.
+    void CheckOutput(const std::filesystem::path& file) const;
+
     explicit Package(std::unique_ptr<PackageState> state) noexcept;
 
     std::unique_ptr<PackageState> m_state;

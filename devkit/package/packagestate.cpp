@@ -230,6 +230,10 @@ void PackageState::Put(const std::string& name, common::Content bytes) {
     part.bytes = std::make_unique<common::Content>(std::move(bytes));
 }
 
+void PackageState::PutAside(const std::string& name, std::string bytes) {
+    Put(name, m_aside.Keep(std::make_shared<const std::string>(std::move(bytes))));
+}
+
 void PackageState::Remove(std::string_view name) {
     if (Find(name) == nullptr) return;
     Part& part = Get(name);
@@ -267,6 +271,15 @@ ZipEdit PackageState::Edit() const {
         }
     }
     if (!typesWritten) edit.added.push_back({std::string(kContentTypes.substr(1)), types.Markup()});
+    return edit;
+}
+
+ZipEdit PackageState::TakeEdit() {
+    ZipEdit edit = Edit();
+    m_byKey.clear();
+    m_byKey.rehash(0);
+    parts.clear();
+    types = {};
     return edit;
 }
 

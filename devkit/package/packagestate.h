@@ -12,6 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "devkit/common/bytestore.h"
 #include "devkit/common/content.h"
 #include "devkit/common/limits.h"
 #include "devkit/common/storage.h"
@@ -54,9 +55,13 @@ class PackageState {
     // A legal name that neither a part has nor a part's name starts or goes on with.
     [[nodiscard]] std::string FreeName(std::string_view wantedName);
     void Put(const std::string& name, common::Content bytes);
+    // The same of bytes that are in memory, of which only some are kept there.
+    void PutAside(const std::string& name, std::string bytes);
     void Remove(std::string_view name);
     // What tells the archive from the package as it stands.
     [[nodiscard]] ZipEdit Edit() const;
+    // The same at the end: the package has no parts any more.
+    [[nodiscard]] ZipEdit TakeEdit();
 
     common::Limits limits;
     ZipArchive archive;
@@ -68,6 +73,8 @@ class PackageState {
     std::vector<std::string> findings;
 
   private:
+    static constexpr std::size_t kAsideInMemory = std::size_t{256} << 10;
+
     void TakeEntries();
     void TakeEntry(std::size_t index);
     void CheckSizes() const;
@@ -87,6 +94,7 @@ class PackageState {
         std::vector<Piece> pieces;
     };
 
+    common::ByteStore m_aside{kAsideInMemory};
     std::vector<Interleaved> m_interleaved;
     std::unordered_map<std::string, std::size_t> m_interleavedByKey;
     // The places of the parts by the keys of their names, which are made anew for each question: for the many

@@ -30,20 +30,30 @@ std::string XpsDocument::AddPart(std::string_view wantedName, std::string_view c
     return m_package.Add(wantedName, contentType, std::move(bytes));
 }
 
-void XpsDocument::Save(const std::filesystem::path& file) {
+void XpsDocument::Save(const std::filesystem::path& file) & {
     ApplyTree();
     m_package.Save(file);
 }
 
-void XpsDocument::Save(common::ByteSink& sink) {
+void XpsDocument::Save(common::ByteSink& sink) & {
     ApplyTree();
     m_package.Save(sink);
 }
+
+void XpsDocument::Save(const std::filesystem::path& file) && { TakePackage().Save(file); }
+void XpsDocument::Save(common::ByteSink& sink) && { TakePackage().Save(sink); }
 
 void XpsDocument::ApplyTree() {
     if (m_before.Is(*this)) return;
     TreeWriter(m_package, m_flavour).Apply(m_before.Load(), *this);
     m_before = StoredTree(*this);
+}
+
+Package&& XpsDocument::TakePackage() {
+    if (!m_before.Is(*this)) TreeWriter(m_package, m_flavour).Apply(m_before.Load(), *this);
+    static_cast<XpsTree&>(*this) = {};
+    m_before = {};
+    return std::move(m_package);
 }
 
 }  // namespace devkit::package

@@ -45,12 +45,17 @@ class XpsDocument : public XpsTree {
     // the tree has them, then writes it; see Package::Save. What the tree does not change stays byte for
     // byte. A document, a page or a ticket that the tree has lost leaves the package; a lost resource stays,
     // as other parts may need it. Afterwards the pages' new markup is the package's, and unset in the tree.
-    void Save(const std::filesystem::path& file);
-    void Save(common::ByteSink& sink);
+    void Save(const std::filesystem::path& file) &;
+    void Save(common::ByteSink& sink) &;
+    // The same of a document that has neither tree nor parts any more afterwards, nor after a failure; see
+    // Package::Save.
+    void Save(const std::filesystem::path& file) &&;
+    void Save(common::ByteSink& sink) &&;
 
   private:
     explicit XpsDocument(Package package) noexcept : m_package(std::move(package)) {}
     void ApplyTree();
+    [[nodiscard]] Package&& TakePackage();
 
     Package m_package;
     Flavour m_flavour = Flavour::MicrosoftXps;

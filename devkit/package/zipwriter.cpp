@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <utility>
 
 #include "devkit/common/error.h"
@@ -19,18 +18,22 @@ namespace {
 // 1 January 1980, so that the same input gives the same output.
 constexpr zip_uint16_t kEarliestDate = (1 << 5) | 1;
 
-// Lets libzip read what an entry is to hold, when its turn comes, compressed: the turns come one after the
-// other, and one compressor serves them all.
+class ContentReader;
+
+// What the readers of all entries share, as libzip takes one entry after the other.
+struct Turns {
+    Deflater deflater;
+    const ContentReader* pWhole = nullptr;  // all of it was read, and the compressor knows what came of it
+    std::string failure;                    // the first one
+    ZipError error;
+};
+
+// Lets libzip read what an entry is to hold, when its turn comes, compressed. There is one for each entry
+// that is written, until all are.
 class ContentReader {
   public:
-    // The first failure is put into `failure`. It and the compressor outlive the archive.
-    ContentReader(common::Content content, Deflater& deflater, std::string& failure)
-        : m_content(std::move(content)), m_deflater(deflater), m_failure(failure) {
-        zip_error_init(&m_error);
-    }
-    ContentReader(const ContentReader&) = delete;
-    ContentReader& operator=(const ContentReader&) = delete;
-    ~ContentReader() { zip_error_fini(&m_error); }
+    // `turns` outlives the archive.
+    ContentReader(common::Content content, Turns& turns) : m_content(std::move(content)), m_turns(turns) {}
 
     static zip_int64_t Callback(void* pSelf, void* pData, zip_uint64_t length, zip_source_cmd_t command) {
         auto* const pReader = static_cast<ContentReader*>(pSelf);
@@ -46,7 +49,8 @@ class ContentReader {
                 return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE,
                                                       ZIP_SOURCE_STAT, ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
             case ZIP_SOURCE_OPEN:
-                m_deflater.Begin(m_content.Source());
+                m_turns.pWhole = nullptr;
+                m_turns.deflater.Begin(m_content.Source());
                 return 0;
             case ZIP_SOURCE_READ:
                 return Read(pData, static_cast<std::size_t>(length));
@@ -54,7 +58,7 @@ class ContentReader {
                 Describe(*static_cast<zip_stat_t*>(pData));
                 return sizeof(zip_stat_t);
             case ZIP_SOURCE_ERROR:
-                return zip_error_to_data(&m_error, pData, length);
+                return zip_error_to_data(m_turns.error.Get(), pData, length);
             default:
                 return 0;
         }
@@ -64,31 +68,30 @@ class ContentReader {
     void Describe(zip_stat_t& stat) const noexcept {
         zip_stat_init(&stat);
         stat.valid = ZIP_STAT_SIZE | ZIP_STAT_COMP_METHOD;
-        stat.size = m_result ? m_result->size : m_content.Size();
+        stat.size = m_content.Size();
         stat.comp_method = ZIP_CM_DEFLATE;
-        if (!m_result) return;
+        if (m_turns.pWhole != this) return;
+        const Deflated& result = m_turns.deflater.Result();
         stat.valid |= ZIP_STAT_CRC | ZIP_STAT_COMP_SIZE;
-        stat.crc = m_result->crc;
-        stat.comp_size = m_result->compressedSize;
+        stat.size = result.size;
+        stat.crc = result.crc;
+        stat.comp_size = result.compressedSize;
     }
 
     zip_int64_t Read(void* pData, std::size_t length) noexcept {
         try {
-            const std::size_t count = m_deflater.Read(pData, length);
-            if (count == 0) m_result = m_deflater.Result();
+            const std::size_t count = m_turns.deflater.Read(pData, length);
+            if (count == 0) m_turns.pWhole = this;
             return static_cast<zip_int64_t>(count);
         } catch (const std::exception& failure) {
-            if (m_failure.empty()) m_failure = failure.what();
-            zip_error_set(&m_error, ZIP_ER_READ, EIO);
+            if (m_turns.failure.empty()) m_turns.failure = failure.what();
+            zip_error_set(m_turns.error.Get(), ZIP_ER_READ, EIO);
             return -1;
         }
     }
 
     const common::Content m_content;
-    Deflater& m_deflater;
-    std::string& m_failure;
-    std::optional<Deflated> m_result;  // once all has been read
-    zip_error_t m_error{};
+    Turns& m_turns;
 };
 
 class Writer {
@@ -100,7 +103,8 @@ class Writer {
         if (!m_zip) Fail(error.Get());
     }
 
-    void Apply(const ZipEdit& edit) {
+    // The edit goes at the end of it: libzip's own list of it is needed from then on, and not both.
+    void Apply(ZipEdit edit) {
         for (const std::size_t index : edit.removed) Check(zip_delete(m_zip.get(), index));
         for (const ZipEdit::Replacement& replacement : edit.replaced) Replace(replacement);
         for (const ZipEdit::Addition& addition : edit.added) Add(addition);
@@ -115,7 +119,7 @@ class Writer {
   private:
     [[noreturn]] void Fail(zip_error_t* pError) {
         std::string failure = m_source.TakeFailure();
-        if (failure.empty()) failure = std::exchange(m_failure, {});
+        if (failure.empty()) failure = std::exchange(m_turns.failure, {});
         if (!failure.empty()) throw common::StorageError("cannot be copied: " + failure, m_archive.Where());
         throw common::Error("cannot be copied: " + std::string(zip_error_strerror(pError)),
                             m_archive.Where());
@@ -125,7 +129,7 @@ class Writer {
     }
 
     ZipSourcePtr SourceOf(const common::Content& bytes) {
-        auto reader = std::make_unique<ContentReader>(bytes, m_deflater, m_failure);
+        auto reader = std::make_unique<ContentReader>(bytes, m_turns);
         ZipSourcePtr source(zip_source_function(m_zip.get(), &ContentReader::Callback, reader.get()));
         if (!source) Fail(zip_get_error(m_zip.get()));
         // The source frees it.
@@ -162,8 +166,7 @@ class Writer {
 
     const ZipArchive& m_archive;
     ZipSource m_source;  // outlives m_zip
-    Deflater m_deflater;
-    std::string m_failure;  // of what is to be written
+    Turns m_turns;
     ZipPtr m_zip;
 };
 
@@ -178,7 +181,7 @@ void Copy(const ZipArchive& archive, common::ByteSink& sink) {
 
 }  // namespace
 
-void WriteZip(const ZipArchive& archive, const ZipEdit& edit, common::ByteSink& sink) {
+void WriteZip(const ZipArchive& archive, ZipEdit edit, common::ByteSink& sink) {
     if (edit.IsEmpty()) {
         try {
             Copy(archive, sink);
@@ -190,7 +193,7 @@ void WriteZip(const ZipArchive& archive, const ZipEdit& edit, common::ByteSink& 
     // The writer has a list of its own, and two are not needed at a time.
     archive.Rest();
     Writer writer(archive, sink);
-    writer.Apply(edit);
+    writer.Apply(std::move(edit));
     writer.Close();
 }
 

@@ -34,6 +34,6 @@ struct ZipEdit {
 
 // Writes a copy of the archive with the edit. Entries that the edit does not name keep their compressed
 // bytes, their names, their dates and their order. Throws common::Error.
-void WriteZip(const ZipArchive& archive, const ZipEdit& edit, common::ByteSink& sink);
+void WriteZip(const ZipArchive& archive, ZipEdit edit, common::ByteSink& sink);
 
 }  // namespace devkit::package

@@ -168,7 +168,7 @@ std::shared_ptr<const JobInput> MakeJobInput(const std::shared_ptr<package::XpsD
         const std::lock_guard guard(*lock);
         ApplySentParts(*document, parts);
         common::MemorySink sink;
-        document->Save(sink);
+        std::move(*document).Save(sink);
         return sink.Take();
     };
     return job;

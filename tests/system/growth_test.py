@@ -57,7 +57,7 @@ class Growth(unittest.TestCase):
         self.assertLess(self.bytes_of_a_page("none", "simprinter"), 850)
 
     def test_of_a_page_that_is_turned_little_more_is_kept(self):
-        self.assertLess(self.bytes_of_a_page("none", "longedge"), 3750)
+        self.assertLess(self.bytes_of_a_page("none", "longedge"), 2500)
 
 
 def main(program):

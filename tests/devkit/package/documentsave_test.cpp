@@ -58,6 +58,23 @@ TEST(DocumentSaveTest, AnUnchangedTreeIsCopiedByteForByte) {
     EXPECT_EQ(BuildZip(Entries()), SavedBytes(document));
 }
 
+TEST(DocumentSaveTest, SavedForTheLastTimeItGivesTheSameBytesAndIsEmpty) {
+    for (const bool change : {false, true}) {
+        XpsDocument document = OpenDocument(Entries());
+        XpsDocument last = OpenDocument(Entries());
+        for (XpsDocument* const pEach : {&document, &last}) {
+            if (!change) continue;
+            Page(*pEach, 0).markup = "<new/>";
+            Page(*pEach, 1).ticket = pEach->AddPart("/new.xml", kPrintTicketContentType, "<ticket/>");
+        }
+        MemorySink sink;
+        std::move(last).Save(sink);
+        EXPECT_EQ(SavedBytes(document), sink.bytes);
+        EXPECT_TRUE(last.sequence.documents.empty());
+        EXPECT_TRUE(last.GetPackage().Parts().empty());
+    }
+}
+
 TEST(DocumentSaveTest, NewMarkupReplacesThePageAlone) {
     XpsDocument document = OpenDocument(Entries());
     Page(document, 1).markup = "<new/>";

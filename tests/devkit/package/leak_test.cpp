@@ -50,6 +50,7 @@ TEST(LeakTest, ReadingChangingAndSavingLeavesNothing) {
                       XpsDocument document = XpsDocument::Open(Sample(name));
                       Change(document);
                       document.Save(folder / "out.xps");
+                      std::move(document).Save(folder / "out.xps");
                   }))
             << name;
     }

@@ -1,11 +1,14 @@
 #include "devkit/package/package.h"
 
+#include "platform/windows.h"
+
 #include <gtest/gtest.h>
 
 #include <set>
 
 #include "devkit/common/file.h"
 #include "devkit/package/ziparchive.h"
+#include "heapusage.h"
 #include "temporaryfolder.h"
 #include "testpackages.h"
 
@@ -184,6 +187,41 @@ TEST(PackageTest, SavingTwiceGivesTheSameBytes) {
     EXPECT_EQ(SavedBytes(package), SavedBytes(package));
 }
 
+TEST(PackageTest, SavedForTheLastTimeItGivesTheSameBytesAndHasNoPartsAnyMore) {
+    Package package = OpenEntries(Interleaved());
+    for (int i = 0; i < 40; ++i)
+        package.Add("/a.xml", "application/x", std::string(static_cast<std::size_t>(i) * 1'000, 'a'));
+    package.Replace("/p.fpage", "new");
+    package.Remove("/d.fdoc");
+    const std::string saved = SavedBytes(package);
+    MemorySink sink;
+    std::move(package).Save(sink);
+    EXPECT_EQ(saved, sink.bytes);
+    EXPECT_TRUE(package.Parts().empty());
+    EXPECT_EQ("is missing, /s.fdseq", ErrorOf([&] { static_cast<void>(package.Read("/s.fdseq")); }));
+    EXPECT_EQ("test.xps", package.Where());
+}
+
+TEST(PackageTest, ALastSaveThatFailsLeavesNoParts) {
+    Package package = OpenEntries(SmallDocument());
+    package.Replace("/p.fpage", "new");
+    MemorySink sink(std::make_shared<CallCounter>(1));
+    EXPECT_EQ("cannot be copied: the disk is gone, test.xps",
+              ErrorOf([&] { std::move(package).Save(sink); }));
+    EXPECT_TRUE(package.Parts().empty());
+}
+
+TEST(PackageTest, ItsOwnInputIsRefusedBeforeItsPartsGo) {
+    const TemporaryFolder folder;
+    WriteFileBytes(folder / "in.xps", BuildZip(SmallDocument()));
+    Package package = Package::Open(folder / "in.xps");
+    EXPECT_EQ("cannot be written over its own input, " + common::PathText(folder / "in.xps"),
+              ErrorOf([&] { std::move(package).Save(folder / "in.xps"); }));
+    EXPECT_TRUE(package.Contains("/p.fpage"));
+    std::move(package).Save(folder / "out.xps");
+    EXPECT_EQ(BuildZip(SmallDocument()), ReadFileBytes(folder / "out.xps"));
+}
+
 TEST(PackageTest, AddedPartsHaveContentTypes) {
     Package package = OpenEntries(SmallDocument());
     EXPECT_EQ("/Metadata/t.xml", package.Add("/Metadata/t.xml", "application/x", "<t/>"));
@@ -271,6 +309,24 @@ TEST(PackageTest, RelationshipsAreReadReplacedAndRemoved) {
     saved.SetRelationships("/p.fpage", {});
     EXPECT_EQ((Names{"[Content_Types].xml", "_rels/.rels", "s.fdseq", "d.fdoc", "p.fpage"}),
               EntryNames(SavedBytes(saved)));
+}
+
+TEST(PackageTest, OfManyNewRelationshipsLittleIsKeptInMemory) {
+    constexpr int kCount = 2'000;
+    const std::string type = "urn:" + std::string(1'000, 'x');
+    Package package = OpenEntries(SmallDocument());
+    const auto links = [&type](int number) {
+        return std::vector<Relationship>{{"R1", type, "/x" + std::to_string(number), false}};
+    };
+    const auto name = [](int number) { return "/pages/" + std::to_string(number) + ".fpage"; };
+    const std::size_t before = tests::HeapUsage::Now().bytes;
+    for (int i = 0; i < kCount; ++i) package.SetRelationships(name(i), links(i));
+    EXPECT_GT(before + kCount * type.size(), tests::HeapUsage::Now().bytes);
+    const Package again = OpenBytes(SavedBytes(package));
+    for (int i = 0; i < kCount; ++i) {
+        ASSERT_EQ(links(i), package.Relationships(name(i)));
+        ASSERT_EQ(links(i), again.Relationships(name(i)));
+    }
 }
 
 TEST(PackageTest, WithoutADefaultForRelationshipsTheNewPartDeclaresItself) {
