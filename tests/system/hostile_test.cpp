@@ -33,7 +33,7 @@ using tests::ImportFaults;
 
 bool IsLong() { return std::getenv("PAGEVALIDATE_LONG") != nullptr; }
 
-std::string Repeated(std::string_view text, std::size_t count) {
+std::string Times(std::string_view text, std::size_t count) {
     std::string all;
     all.reserve(text.size() * count);
     for (std::size_t i = 0; i < count; ++i) all += text;
@@ -162,7 +162,7 @@ TEST_F(HostileTest, PagesThatAskTooMuch) {
     constexpr std::size_t kHundredThousand = 100000;
     // The reader of Wine walks all elements that are open at each element.
     const std::size_t depth = IsLong() ? kHundredThousand : 20000;
-    const std::string nested = Repeated("<Canvas>", depth) + Repeated("</Canvas>", depth);
+    const std::string nested = Times("<Canvas>", depth) + Times("</Canvas>", depth);
     ExpectWholeOrRefused("nesting of " + std::to_string(depth), nested, nested);
 
     std::string attributes = "<Path";
@@ -173,11 +173,11 @@ TEST_F(HostileTest, PagesThatAskTooMuch) {
     ExpectWholeOrRefused(std::to_string(attributeCount) + " attributes", attributes, attributes);
     std::string hundred;
     for (std::size_t i = 0; i < 100; ++i) hundred += " a" + std::to_string(i) + "=\"\"";
-    const std::string million = Repeated("<Path" + hundred + "></Path>", 10000);
+    const std::string million = Times("<Path" + hundred + "></Path>", 10000);
     ExpectWhole("a million attributes, a hundred of each element", million, million);
 
     const std::string data =
-        "<Path Data=\"" + Repeated("L 1,1 22", (IsLong() ? 64u << 20 : 4u << 20) / 8) + "\"></Path>";
+        "<Path Data=\"" + Times("L 1,1 22", (IsLong() ? 64u << 20 : 4u << 20) / 8) + "\"></Path>";
     ExpectWholeOrRefused("an attribute of " + std::to_string(data.size() >> 20) + " MB", data, data);
 
     const std::string longName(kHundredThousand, 'A');
@@ -249,7 +249,7 @@ TEST_F(HostileTest, EntitiesAndDocumentTypes) {
     std::string bomb = "<!DOCTYPE FixedPage [<!ENTITY a0 \"aaaaaaaaaa\">";
     for (int i = 1; i < 12; ++i) {
         const std::string before = "&a" + std::to_string(i - 1) + ";";
-        bomb += "<!ENTITY a" + std::to_string(i) + " \"" + Repeated(before, 10) + "\">";
+        bomb += "<!ENTITY a" + std::to_string(i) + " \"" + Times(before, 10) + "\">";
     }
     static_cast<void>(Run("a bomb of entities",
                           bomb + "]>" + PageWith("<Glyphs UnicodeString=\"&a11;\"></Glyphs>"), "longedge"));
@@ -340,9 +340,8 @@ TEST_F(HostileTest, TicketsThatAskTooMuch) {
                                std::string(megabytes << 20, 'x') + "</psf:Value></psf:Property>")));
 
     const std::size_t depth = 100000;
-    static_cast<void>(
-        run("a ticket nested 100,000 deep",
-            with(Repeated("<psf:Feature name=\"psk:X\">", depth) + Repeated("</psf:Feature>", depth))));
+    static_cast<void>(run("a ticket nested 100,000 deep", with(Times("<psf:Feature name=\"psk:X\">", depth) +
+                                                               Times("</psf:Feature>", depth))));
     // The kit and its XML library compare each attribute with each before it.
     const std::size_t count = IsLong() ? 50000 : 10000;
     std::string attributes = "<psf:Feature name=\"psk:PageX\"";

@@ -16,7 +16,7 @@ namespace {
 
 using platform::ComPtr;
 
-std::optional<tests::VtablePatches> g_patches;
+std::optional<tests::VtablePatches> g_readerPatches;
 SaxStrike g_strikes = nullptr;
 HRESULT g_code = S_OK;
 
@@ -41,7 +41,8 @@ struct Thunk {
 
     static void Install(Interface* pObject, const char* name) {
         s_name = name;
-        if (Function* const pOriginal = g_patches->Replace(pObject, slot, &Call)) s_pOriginal = pOriginal;
+        if (Function* const pOriginal = g_readerPatches->Replace(pObject, slot, &Call))
+            s_pOriginal = pOriginal;
     }
 };
 
@@ -70,7 +71,7 @@ class AttributesHandler final : public base::xps::FixedPageSaxHandlerBase {
 SaxFaults::SaxFaults(SaxStrike strikes, HRESULT code) {
     g_strikes = strikes;
     g_code = code;
-    g_patches.emplace();
+    g_readerPatches.emplace();
     ComPtr<ISAXXMLReader> pReader;
     const auto pHandler = platform::MakeObject<AttributesHandler>();
     const platform::Variant markup(std::wstring_view(L"<a b='c'/>"));
@@ -85,6 +86,6 @@ SaxFaults::SaxFaults(SaxStrike strikes, HRESULT code) {
     Thunk<ISAXXMLReader, ReaderParse, VARIANT>::Install(pReader.Get(), "parse");
 }
 
-SaxFaults::~SaxFaults() { g_patches.reset(); }
+SaxFaults::~SaxFaults() { g_readerPatches.reset(); }
 
 }  // namespace systemtest

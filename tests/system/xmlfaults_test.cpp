@@ -32,11 +32,11 @@ enum End : unsigned {
 };
 
 // The calls whose failure need not end a job.
-struct Rule {
+struct EndRule {
     const char* call;
     unsigned ends;
 };
-constexpr Rule kRules[] = {
+constexpr EndRule kEndRules[] = {
     // A document's stream that was just opened stands at its start.
     {"IStream::Seek", CameThrough},
     // A node of which the attributes cannot be had declares nothing.
@@ -109,8 +109,8 @@ unsigned EndOf(const JobResult& good, const JobResult& result) {
 // When every call fails from one on, one of the later calls may end the job.
 unsigned AllowedEnds(const Attempt& attempt) {
     const auto found =
-        std::ranges::find_if(kRules, [&](const Rule& rule) { return attempt.name == rule.call; });
-    const unsigned ends = found == std::end(kRules) ? Ended : found->ends;
+        std::ranges::find_if(kEndRules, [&](const EndRule& rule) { return attempt.name == rule.call; });
+    const unsigned ends = found == std::end(kEndRules) ? Ended : found->ends;
     return attempt.isForGood ? ends | Ended : ends;
 }
 
@@ -135,7 +135,7 @@ TEST_F(XmlFaultsTest, ACallOfTheDomThatFailsEndsTheJobWithItsCodeUnlessTheFilter
     EXPECT_EQ(unsigned{Ended}, met["load"]);
     EXPECT_EQ(unsigned{Ended}, met["QueryInterface"]);
     if (!kTellsWaysApart) return;
-    for (const Rule& rule : kRules) EXPECT_EQ(rule.ends, met[rule.call]) << rule.call;
+    for (const EndRule& rule : kEndRules) EXPECT_EQ(rule.ends, met[rule.call]) << rule.call;
 }
 
 std::vector<std::string> TagsOf(std::string_view markup) {

@@ -29,21 +29,21 @@ class PrintReadStreamToIStreamTest : public StreamAdapterTest {
     std::array<char, 16> m_buffer{};
 };
 
-HRESULT CreationFailure(IPrintReadStream* pStream) {
+HRESULT ReaderFailure(IPrintReadStream* pStream) {
     return ThrownCode([&] { const ComPtr<IStream> pAdapter = CreatePrintReadStreamToIStream(pStream); });
 }
 
-TEST_F(PrintReadStreamToIStreamTest, ANullStreamIsRefused) { EXPECT_EQ(E_POINTER, CreationFailure(nullptr)); }
+TEST_F(PrintReadStreamToIStreamTest, ANullStreamIsRefused) { EXPECT_EQ(E_POINTER, ReaderFailure(nullptr)); }
 
 TEST_F(PrintReadStreamToIStreamTest, ASystemThatCannotTellTheTimeIsAFailureAtEachOfTheThreeTimes) {
     const auto pSource = MakeMock<MockReadStream>(m_calls, "");
     for (int failing = 1; failing <= 3; ++failing) {
         g_clock = {0, failing, E_ABORT};
-        EXPECT_EQ(E_ABORT, CreationFailure(pSource.Get())) << failing;
+        EXPECT_EQ(E_ABORT, ReaderFailure(pSource.Get())) << failing;
         EXPECT_EQ(1u, pSource->References());
     }
     g_clock = {0, 4, E_ABORT};
-    EXPECT_EQ(S_OK, CreationFailure(pSource.Get()));
+    EXPECT_EQ(S_OK, ReaderFailure(pSource.Get()));
 }
 
 TEST_F(PrintReadStreamToIStreamTest, HoldsTheStreamAndLetsItGo) {

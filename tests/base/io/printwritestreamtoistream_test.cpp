@@ -20,18 +20,16 @@ class PrintWriteStreamToIStreamTest : public StreamAdapterTest {
     ComPtr<MockWriteStream> m_pTarget = MakeMock<MockWriteStream>(m_calls);
 };
 
-HRESULT CreationFailure(IPrintWriteStream* pStream) {
+HRESULT WriterFailure(IPrintWriteStream* pStream) {
     return ThrownCode([&] { const ComPtr<IStream> pAdapter = CreatePrintWriteStreamToIStream(pStream); });
 }
 
-TEST_F(PrintWriteStreamToIStreamTest, ANullStreamIsRefused) {
-    EXPECT_EQ(E_POINTER, CreationFailure(nullptr));
-}
+TEST_F(PrintWriteStreamToIStreamTest, ANullStreamIsRefused) { EXPECT_EQ(E_POINTER, WriterFailure(nullptr)); }
 
 TEST_F(PrintWriteStreamToIStreamTest, ASystemThatCannotTellTheTimeIsAFailureAtEachOfTheThreeTimes) {
     for (int failing = 1; failing <= 3; ++failing) {
         g_clock = {0, failing, E_ABORT};
-        EXPECT_EQ(E_ABORT, CreationFailure(m_pTarget.Get())) << failing;
+        EXPECT_EQ(E_ABORT, WriterFailure(m_pTarget.Get())) << failing;
         EXPECT_EQ(1u, m_pTarget->References());
     }
 }

@@ -33,7 +33,7 @@ Ended RunChain(const Arguments& classes, Arguments more, const char* mode = "") 
     return RunProgram(arguments, mode);
 }
 
-std::string Problem(const std::string& text) {
+std::string Complaint(const std::string& text) {
     return "filterhost: " + Text(Sample("minimal.xps")) + ": " + text + "\n";
 }
 
@@ -74,19 +74,19 @@ TEST(Chain, FiltersOfPartsAndOfStreamsMayBeMixed) {
 TEST(Chain, AFailureNamesItsFilter) {
     const Ended ended = RunChain({kParts, kStream}, {"--no-output", "--quiet"}, "stream:fail");
     EXPECT_EQ(1U, ended.status);
-    EXPECT_EQ(Problem("2 (testfilter.dll) failed with 0x80004004 E_ABORT"), ended.error);
+    EXPECT_EQ(Complaint("2 (testfilter.dll) failed with 0x80004004 E_ABORT"), ended.error);
 }
 
 TEST(Chain, ABreachNamesItsFilter) {
     const Ended ended = RunChain({kParts, kStream}, {"--no-output", "--quiet"}, "close-twice");
     EXPECT_EQ(4U, ended.status);
-    EXPECT_EQ(Problem("breach: 1 (testfilter.dll): CloseSender was called twice"), ended.error);
+    EXPECT_EQ(Complaint("breach: 1 (testfilter.dll): CloseSender was called twice"), ended.error);
 }
 
 TEST(Chain, AStreamThatIsNotClosedIsABreach) {
     const Ended ended = RunChain({kStream}, {"--no-output", "--quiet"}, "stream:close-twice");
     EXPECT_EQ(4U, ended.status);
-    EXPECT_EQ(Problem("breach: the write stream of the output was closed twice"), ended.error);
+    EXPECT_EQ(Complaint("breach: the write stream of the output was closed twice"), ended.error);
 }
 
 TEST(Chain, ComesFromADriversPipelineConfiguration) {
@@ -105,7 +105,7 @@ TEST(Chain, ComesFromADriversPipelineConfiguration) {
                                     "--quiet", "--pipeline-config", Text(folder / "a-pipelineconfig.xml")},
                                    "close-twice");
     EXPECT_EQ(4U, ended.status);
-    EXPECT_EQ(Problem("breach: F0: CloseSender was called twice"), ended.error);
+    EXPECT_EQ(Complaint("breach: F0: CloseSender was called twice"), ended.error);
     EXPECT_EQ(0U, RunProgram({"inspect", Text(folder / "out.xps")}).status);
 }
 
@@ -131,7 +131,7 @@ TEST(Properties, OfTheDriverReachTheFilter) {
     const Ended ended = RunProgram(RunArguments({Text(Sample("minimal.xps")), "--no-output", "--quiet",
                                                  "--driver-property", "TestFilterMode=string:close-twice"}));
     EXPECT_EQ(4U, ended.status);
-    EXPECT_EQ(Problem("breach: CloseSender was called twice"), ended.error);
+    EXPECT_EQ(Complaint("breach: CloseSender was called twice"), ended.error);
 }
 
 TEST(Properties, OfThePipelineReachTheFilterAndReplaceTheKits) {
@@ -226,7 +226,7 @@ TEST(PipelineSwitches, ThatMadeNoDifferenceAreWrongUsage) {
     // for.
     for (const char* const text : {"short-reads=7", "short-writes=7", "end-flag=alone", "missing-ticket=null",
                                    "after-cancel=end", "cancel=concurrent"}) {
-        EXPECT_EQ(Problem(std::string("--pipeline ") + text + " never struck"), error(text));
+        EXPECT_EQ(Complaint(std::string("--pipeline ") + text + " never struck"), error(text));
     }
     for (const char* const text : {"reader=xps", "writer=xps", "ambiguous-document=off", "slow-part=1",
                                    "apartment=single", "last-release=other-thread"}) {

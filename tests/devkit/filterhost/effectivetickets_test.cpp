@@ -8,14 +8,14 @@ namespace {
 using printschema::TicketFacts;
 using Names = std::vector<std::string>;
 
-PartFacts Part(const char* kind, const char* name, bool ticket) {
+PartFacts PartWith(const char* kind, const char* name, bool ticket) {
     PartFacts part{kind, name, std::nullopt, std::nullopt, std::nullopt};
     if (ticket) part.ticketBefore = "/ticket.xml";
     return part;
 }
-PartFacts Sequence(bool ticket) { return Part("FixedDocumentSequence", "/s", ticket); }
-PartFacts Document(const char* name, bool ticket) { return Part("FixedDocument", name, ticket); }
-PartFacts Page(const char* name, bool ticket) { return Part("FixedPage", name, ticket); }
+PartFacts SequenceWith(bool ticket) { return PartWith("FixedDocumentSequence", "/s", ticket); }
+PartFacts DocumentWith(const char* name, bool ticket) { return PartWith("FixedDocument", name, ticket); }
+PartFacts PageWith(const char* name, bool ticket) { return PartWith("FixedPage", name, ticket); }
 
 MadeCall Made(const char* part, const char* scope, const char* sheet, HRESULT result = S_OK) {
     MadeCall made;
@@ -49,23 +49,25 @@ Names Sheets(const std::vector<PartFacts>& parts, const std::vector<MadeCall>& c
 TEST(EffectiveTickets, APageHasItsOwnOrWhatHoldsAroundIt) {
     EXPECT_EQ(
         (Names{"Document", "Page", "Job"}),
-        Sheets({Part("XpsDocument", "", false), Sequence(true), Document("/d1", true), Page("/1", false),
-                Page("/2", true), Document("/d2", false), Page("/3", false)},
-               {Made("FixedDocumentSequence /s", "job", "Job"),
-                Made("FixedDocument /d1", "document", "Document"), Made("FixedPage /2", "page", "Page")}));
+        Sheets(
+            {PartWith("XpsDocument", "", false), SequenceWith(true), DocumentWith("/d1", true),
+             PageWith("/1", false), PageWith("/2", true), DocumentWith("/d2", false), PageWith("/3", false)},
+            {Made("FixedDocumentSequence /s", "job", "Job"),
+             Made("FixedDocument /d1", "document", "Document"), Made("FixedPage /2", "page", "Page")}));
 }
 
 TEST(EffectiveTickets, WithoutTicketsTheUsersHolds) {
-    EXPECT_EQ(Names{"User"}, Sheets({Sequence(false), Document("/d", false), Page("/1", false)},
+    EXPECT_EQ(Names{"User"}, Sheets({SequenceWith(false), DocumentWith("/d", false), PageWith("/1", false)},
                                     {Made("XpsDocument", "job", "Other")}));
 }
 
 TEST(EffectiveTickets, SayNothingOfAFilterThatCallsNoProvider) {
-    EXPECT_EQ(Names{"unset"}, Sheets({Sequence(false), Document("/d", false), Page("/1", false)}, {}));
+    EXPECT_EQ(Names{"unset"},
+              Sheets({SequenceWith(false), DocumentWith("/d", false), PageWith("/1", false)}, {}));
 }
 
 TEST(EffectiveTickets, AreNotKnownOfTheSystemsProvider) {
-    RunResult result = Result({Sequence(false), Document("/d", false), Page("/1", false)}, {});
+    RunResult result = Result({SequenceWith(false), DocumentWith("/d", false), PageWith("/1", false)}, {});
     result.provider.reset();
     for (const EffectiveTicket& ticket : EffectiveTickets(result)) {
         EXPECT_EQ(TicketFacts(), ticket.facts);
@@ -74,15 +76,16 @@ TEST(EffectiveTickets, AreNotKnownOfTheSystemsProvider) {
 }
 
 TEST(EffectiveTickets, BelongToTheirPartsInWhateverOrderTheyWereMade) {
-    EXPECT_EQ((Names{"One", "Two"}),
-              Sheets({Sequence(false), Document("/d", false), Page("/1", true), Page("/2", true)},
-                     {Made("FixedPage /2", "page", "Two"), Made("FixedPage /1", "page", "One")}));
+    EXPECT_EQ(
+        (Names{"One", "Two"}),
+        Sheets({SequenceWith(false), DocumentWith("/d", false), PageWith("/1", true), PageWith("/2", true)},
+               {Made("FixedPage /2", "page", "Two"), Made("FixedPage /1", "page", "One")}));
 }
 
 TEST(EffectiveTickets, WhatThePagesLeavesOutComesFromTheWiderScope) {
     MadeCall job = Made("FixedDocumentSequence /s", "job", "Job");
     job.call.facts.feedDirection = "LongEdgeFirst";
-    const RunResult result = Result({Sequence(true), Document("/d", false), Page("/1", true)},
+    const RunResult result = Result({SequenceWith(true), DocumentWith("/d", false), PageWith("/1", true)},
                                     {job, Made("FixedPage /1", "page", "Page")});
     const std::vector<EffectiveTicket> tickets = EffectiveTickets(result);
     ASSERT_EQ(3U, tickets.size());
@@ -100,9 +103,9 @@ TEST(EffectiveTickets, NameTheTextThatHoldsAndTheCallThatMadeIt) {
     MadeCall page = Made("FixedPage /2", "page", "Page");
     page.delta = kAsked;
     page.output = kPages;
-    const std::vector<PartFacts> pages = {Document("/d", false), Page("/1", false), Page("/2", true),
-                                          Page("/3", true)};
-    std::vector<PartFacts> parts = {Part("XpsDocument", "", false), Sequence(true)};
+    const std::vector<PartFacts> pages = {DocumentWith("/d", false), PageWith("/1", false),
+                                          PageWith("/2", true), PageWith("/3", true)};
+    std::vector<PartFacts> parts = {PartWith("XpsDocument", "", false), SequenceWith(true)};
     parts.insert(parts.end(), pages.begin(), pages.end());
     RunResult result = Result(parts, {job, page});
     result.userTicketText = kUsers;
@@ -126,8 +129,8 @@ TEST(EffectiveTickets, NameTheTextThatHoldsAndTheCallThatMadeIt) {
 
 TEST(EffectiveTickets, NothingIsSaidWhereNoneOrSeveralWereMadeForAPartWithATicket) {
     EXPECT_EQ((Names{"unset", "unset", "User"}),
-              Sheets({Sequence(false), Document("/d", false), Page("/1", true), Page("/2", true),
-                      Page("/3", false)},
+              Sheets({SequenceWith(false), DocumentWith("/d", false), PageWith("/1", true),
+                      PageWith("/2", true), PageWith("/3", false)},
                      {Made("FixedPage /1", "page", "One"), Made("FixedPage /1", "page", "Two"),
                       Made("FixedPage /2", "job", "Other scope")}));
 }
@@ -136,8 +139,8 @@ TEST(EffectiveTickets, FailedMergesAndOtherCallsDoNotCount) {
     MadeCall capabilities = Made("FixedPage /1", "page", "Capabilities");
     capabilities.call.function = "PTGetPrintCapabilities";
     EXPECT_EQ(Names{"Good"},
-              Sheets({Page("/1", true)}, {Made("FixedPage /1", "page", "Failed", E_FAIL), capabilities,
-                                          Made("FixedPage /1", "page", "Good")}));
+              Sheets({PageWith("/1", true)}, {Made("FixedPage /1", "page", "Failed", E_FAIL), capabilities,
+                                              Made("FixedPage /1", "page", "Good")}));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "sentpages.h"
 #include "tickets.h"
 
 namespace devkit::filterhost {
@@ -14,23 +15,8 @@ using pipeline::PartKind;
 using pipeline::PartPtr;
 using pipeline::SentPart;
 
-std::string Markup(const std::string& content, const char* size = "Width=\"816\" Height=\"1056\"") {
-    return "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" " + std::string(size) + ">" +
-           content + "</FixedPage>";
-}
-
-void Write(Part& part, const std::string& bytes) {
-    const auto writing = part.BeginWriting();
-    writing->Append(bytes.data(), bytes.size());
-    writing->Close();
-}
-
 SentPart Page(const std::string& before) {
-    const PartPtr part = std::make_shared<Part>(
-        PartKind::FixedPage, pipeline::InputPart{"/1.fpage", "", [before] {
-                                                     return std::make_shared<const std::string>(before);
-                                                 }});
-    return {PartKind::FixedPage, "/1.fpage", part};
+    return {PartKind::FixedPage, "/1.fpage", PartOfInput(PartKind::FixedPage, "/1.fpage", before)};
 }
 
 PageFacts FactsOf(const SentPart& page) { return LookAtPart(page).page.value(); }

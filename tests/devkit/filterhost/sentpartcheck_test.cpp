@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "sentpages.h"
 #include "tickets.h"
 
 namespace devkit::filterhost {
@@ -18,27 +19,11 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* kSize = "Width=\"816\" Height=\"1056\"";
 
-std::string Markup(const std::string& content, const char* size = kSize) {
-    return "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" " + std::string(size) + ">" +
-           content + "</FixedPage>";
-}
-
 std::string Image(const std::string& source) {
     return "<Path><Path.Fill><ImageBrush ImageSource=\"" + source + "\"/></Path.Fill></Path>";
 }
 
 std::string Glyphs(const std::string& font) { return "<Glyphs FontUri=\"" + font + "\"/>"; }
-
-void Write(Part& part, const std::string& bytes) {
-    const auto writing = part.BeginWriting();
-    writing->Append(bytes.data(), bytes.size());
-    writing->Close();
-}
-
-PartPtr Input(PartKind kind, const std::string& name, const std::string& bytes) {
-    return std::make_shared<Part>(
-        kind, InputPart{name, "", [bytes] { return std::make_shared<const std::string>(bytes); }});
-}
 
 Lines TextsOf(const std::vector<SentPartFinding>& findings) {
     Lines texts;
@@ -47,9 +32,10 @@ Lines TextsOf(const std::vector<SentPartFinding>& findings) {
 }
 
 // A page of the input with one font, which is sent.
-struct Page {
-    explicit Page(const std::string& markup) : part(Input(PartKind::FixedPage, "/a/1.fpage", markup)) {
-        part->resources.push_back(Input(PartKind::Font, "/a/Font.odttf", ""));
+struct PageWithFont {
+    explicit PageWithFont(const std::string& markup)
+        : part(PartOfInput(PartKind::FixedPage, "/a/1.fpage", markup)) {
+        part->resources.push_back(PartOfInput(PartKind::Font, "/a/Font.odttf", ""));
     }
     [[nodiscard]] SentPart Sent() const { return {PartKind::FixedPage, part->Name(), part}; }
     [[nodiscard]] Lines Look() const { return TextsOf(SentPartCheck().Look(Sent())); }
@@ -57,38 +43,40 @@ struct Page {
     PartPtr part;
 };
 
-Lines AfterRewrite(const std::string& before, const std::string& after) {
-    const Page page(before);
+Lines TextsAfterRewrite(const std::string& before, const std::string& after) {
+    const PageWithFont page(before);
     Write(*page.part, after);
     return page.Look();
 }
 
 TEST(SentPartCheck, APageThatNamesWhatItRelatesIsFine) {
-    EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), Markup(Glyphs("/a/font.ODTTF#2") + Glyphs("Font.odttf") +
-                                                       Glyphs("../a/./Font.odttf") + Glyphs(""))));
+    EXPECT_EQ(Lines{}, TextsAfterRewrite(Markup(""), Markup(Glyphs("/a/font.ODTTF#2") + Glyphs("Font.odttf") +
+                                                            Glyphs("../a/./Font.odttf") + Glyphs(""))));
 }
 
 TEST(SentPartCheck, MarkupThatNamesWhatThePageDoesNotRelateIsFound) {
     const auto line = [](const std::string& name) {
         return "the markup of FixedPage /a/1.fpage names " + name + ", which the page does not relate";
     };
-    EXPECT_EQ(Lines{line("/b.odttf")}, AfterRewrite(Markup(""), Markup(Glyphs("/b.odttf"))));
-    EXPECT_EQ(Lines{line("/a/b.png")}, AfterRewrite(Markup(""), Markup(Image("b.png") + Image("b.png"))));
+    EXPECT_EQ(Lines{line("/b.odttf")}, TextsAfterRewrite(Markup(""), Markup(Glyphs("/b.odttf"))));
+    EXPECT_EQ(Lines{line("/a/b.png")},
+              TextsAfterRewrite(Markup(""), Markup(Image("b.png") + Image("b.png"))));
     EXPECT_EQ((Lines{line("/b.png"), line("/c.icc")}),
-              AfterRewrite(Markup(""), Markup(Image("{ColorConvertedBitmap /b.png   /c.icc}"))));
-    EXPECT_EQ(Lines{line("/a/d.dict")},
-              AfterRewrite(Markup(""), Markup("<FixedPage.Resources><ResourceDictionary Source=\"d.dict\"/>"
-                                              "</FixedPage.Resources>")));
+              TextsAfterRewrite(Markup(""), Markup(Image("{ColorConvertedBitmap /b.png   /c.icc}"))));
+    EXPECT_EQ(
+        Lines{line("/a/d.dict")},
+        TextsAfterRewrite(Markup(""), Markup("<FixedPage.Resources><ResourceDictionary Source=\"d.dict\"/>"
+                                             "</FixedPage.Resources>")));
 }
 
 TEST(SentPartCheck, WhatTheInputNamedAlreadyIsNotTheFilters) {
-    EXPECT_EQ(Lines{}, AfterRewrite(Markup(Glyphs("/b.odttf")), Markup(Glyphs("/b.odttf") + "<Path/>")));
-    EXPECT_EQ(Lines{}, Page(Markup(Glyphs("/b.odttf"))).Look());
-    EXPECT_EQ(Lines{}, AfterRewrite(Markup("", ""), Markup("<Path/>", "")));
+    EXPECT_EQ(Lines{}, TextsAfterRewrite(Markup(Glyphs("/b.odttf")), Markup(Glyphs("/b.odttf") + "<Path/>")));
+    EXPECT_EQ(Lines{}, PageWithFont(Markup(Glyphs("/b.odttf"))).Look());
+    EXPECT_EQ(Lines{}, TextsAfterRewrite(Markup("", ""), Markup("<Path/>", "")));
 }
 
 TEST(SentPartCheck, AResourceThatWasDeletedAndIsUsedIsFound) {
-    const Page page(Markup(Glyphs("Font.odttf")));
+    const PageWithFont page(Markup(Glyphs("Font.odttf")));
     page.part->resources.clear();
     page.part->deleted = {"/a/Font.odttf"};
     EXPECT_EQ(
@@ -104,7 +92,9 @@ TEST(SentPartCheck, AResourceThatWasDeletedAndIsUsedIsFound) {
 }
 
 TEST(SentPartCheck, APageThatLosesItsSizeIsFound) {
-    const auto after = [](const char* size) { return AfterRewrite(Markup(""), Markup("<Path/>", size)); };
+    const auto after = [](const char* size) {
+        return TextsAfterRewrite(Markup(""), Markup("<Path/>", size));
+    };
     EXPECT_EQ(Lines{"the markup of FixedPage /a/1.fpage has no Width"}, after("Height=\"1\""));
     EXPECT_EQ(Lines{"the markup of FixedPage /a/1.fpage has no Height"}, after("Width=\"1\""));
     EXPECT_EQ(Lines{"the markup of FixedPage /a/1.fpage has no Width and no Height"}, after(""));
@@ -121,8 +111,8 @@ TEST(SentPartCheck, APageThatTheFilterMadeHasASize) {
 }
 
 TEST(SentPartCheck, MarkupThatIsNoXmlIsToldByOthers) {
-    EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), "<FixedPage>"));
-    EXPECT_EQ(Lines{}, AfterRewrite(Markup(""), ""));
+    EXPECT_EQ(Lines{}, TextsAfterRewrite(Markup(""), "<FixedPage>"));
+    EXPECT_EQ(Lines{}, TextsAfterRewrite(Markup(""), ""));
 }
 
 PartPtr NewTicket(const std::string& name, const std::string& bytes) {
@@ -134,7 +124,7 @@ PartPtr NewTicket(const std::string& name, const std::string& bytes) {
 TEST(SentPartCheck, EachProblemOfTicketsIsToldOnce) {
     SentPartCheck check;
     const auto look = [&check](const std::string& name, const std::string& bytes) {
-        const Page page(Markup(""));
+        const PageWithFont page(Markup(""));
         page.part->ticket = NewTicket(name, bytes);
         return TextsOf(check.Look(page.Sent()));
     };
@@ -154,8 +144,8 @@ TEST(SentPartCheck, EachProblemOfTicketsIsToldOnce) {
 }
 
 TEST(SentPartCheck, TicketsOfTheInputAreNotTheFilters) {
-    const Page page(Markup(""));
-    page.part->ticket = Input(PartKind::PrintTicket, "/t.xml", "<a/>");
+    const PageWithFont page(Markup(""));
+    page.part->ticket = PartOfInput(PartKind::PrintTicket, "/t.xml", "<a/>");
     EXPECT_EQ(Lines{}, page.Look());
     page.part->ticket = nullptr;
     EXPECT_EQ(Lines{}, page.Look());

@@ -27,12 +27,12 @@ Lines Attributes(std::string_view markup) {
 }
 
 TEST(MarkupScan, FindsElementsWithWhatTheyHold) {
-    constexpr std::string_view kMarkup = "<?xml version=\"1.0\"?><a><b/>text<c d='e'><f></f></c></a>";
+    constexpr std::string_view kScanned = "<?xml version=\"1.0\"?><a><b/>text<c d='e'><f></f></c></a>";
     EXPECT_EQ((Lines{"<a><b/>text<c d='e'><f></f></c></a>", "<b/>", "<c d='e'><f></f></c>", "<f></f>"}),
-              Elements(kMarkup));
-    const MarkupScan scan = ScanMarkup(kMarkup);
-    EXPECT_EQ("<c d='e'>", At(kMarkup, scan.elements[2].startTag));
-    EXPECT_EQ("c", At(kMarkup, scan.elements[2].name));
+              Elements(kScanned));
+    const MarkupScan scan = ScanMarkup(kScanned);
+    EXPECT_EQ("<c d='e'>", At(kScanned, scan.elements[2].startTag));
+    EXPECT_EQ("c", At(kScanned, scan.elements[2].name));
     EXPECT_EQ(2U, scan.elements[3].depth);
 }
 

@@ -13,7 +13,7 @@ const std::string kOxps = "http://schemas.openxps.org/oxps/v1.0";
 
 Texts ReferencesOf(const std::string& markup) { return ParseDocumentMarkup(markup, "/d", {}).references; }
 
-std::string Document(const std::string& content, const std::string& uri = kXps) {
+std::string DocumentWith(const std::string& content, const std::string& uri = kXps) {
     return "<FixedDocument xmlns=\"" + uri +
            "\" xmlns:mc=\"http://schemas.openxmlformats.org/markup-compatibility/2006\" xmlns:x=\"" + kXps +
            "\" xmlns:u=\"urn:unknown\">" + content + "</FixedDocument>";
@@ -22,8 +22,8 @@ std::string Document(const std::string& content, const std::string& uri = kXps) 
 TEST(DocumentMarkupTest, ListsReferencesOfBothVocabularies) {
     const std::string pages =
         "<PageContent Source=\"1\"/><PageContent><PageContent.LinkTargets/></PageContent>";
-    EXPECT_EQ((Texts{"1", ""}), ReferencesOf(Document(pages)));
-    EXPECT_EQ((Texts{"1", ""}), ReferencesOf(Document(pages, kOxps)));
+    EXPECT_EQ((Texts{"1", ""}), ReferencesOf(DocumentWith(pages)));
+    EXPECT_EQ((Texts{"1", ""}), ReferencesOf(DocumentWith(pages, kOxps)));
     const DocumentMarkup sequence =
         ParseDocumentMarkup("<a:FixedDocumentSequence xmlns:a='" + kOxps +
                                 "'><a:DocumentReference Source='2'/></a:FixedDocumentSequence>",
@@ -33,12 +33,12 @@ TEST(DocumentMarkupTest, ListsReferencesOfBothVocabularies) {
 }
 
 TEST(DocumentMarkupTest, ElementsOfOtherNamespacesDoNotCount) {
-    EXPECT_EQ(Texts{"2"}, ReferencesOf(Document("<u:PageContent Source='1'/><PageContent Source='2'/>")));
+    EXPECT_EQ(Texts{"2"}, ReferencesOf(DocumentWith("<u:PageContent Source='1'/><PageContent Source='2'/>")));
 }
 
 TEST(DocumentMarkupTest, OfAlternateContentTheFirstUnderstoodChoiceCounts) {
     EXPECT_EQ((Texts{"2", "5"}),
-              ReferencesOf(Document(
+              ReferencesOf(DocumentWith(
                   "<mc:AlternateContent><mc:Choice Requires='u'><PageContent Source='1'/></mc:Choice>"
                   "<mc:Choice Requires='x'><PageContent Source='2'/></mc:Choice>"
                   "<mc:Choice Requires='x'><PageContent Source='3'/></mc:Choice>"
@@ -48,7 +48,7 @@ TEST(DocumentMarkupTest, OfAlternateContentTheFirstUnderstoodChoiceCounts) {
 
 TEST(DocumentMarkupTest, WithoutAnUnderstoodChoiceTheFallbackCounts) {
     EXPECT_EQ((Texts{"2", "3"}),
-              ReferencesOf(Document(
+              ReferencesOf(DocumentWith(
                   "<mc:AlternateContent><mc:Choice Requires='x u'><PageContent Source='1'/></mc:Choice>"
                   "<mc:Fallback><PageContent Source='2'/><mc:AlternateContent><mc:Choice Requires='x'>"
                   "<PageContent "
@@ -78,7 +78,8 @@ TEST(DocumentMarkupTest, ReferencesThatStayKeepWhatTheyHold) {
 
 TEST(DocumentMarkupTest, TheEncodingStays) {
     std::string utf16 = "\xFF\xFE";
-    for (const char c : "<?xml version='1.0' encoding='UTF-16'?>" + Document("<PageContent Source='1'/>")) {
+    for (const char c :
+         "<?xml version='1.0' encoding='UTF-16'?>" + DocumentWith("<PageContent Source='1'/>")) {
         utf16 += c;
         utf16 += '\0';
     }
@@ -90,7 +91,7 @@ TEST(DocumentMarkupTest, TheEncodingStays) {
 
 TEST(DocumentMarkupTest, ReferencesInAlternateContentAreReplacedAsWell) {
     const std::string markup = WithReferences(
-        Document(
+        DocumentWith(
             "<mc:AlternateContent><mc:Choice Requires='x'><PageContent Source='1'/></mc:Choice><mc:Fallback>"
             "<PageContent Source='2'/></mc:Fallback></mc:AlternateContent>"),
         "/d", {"/1"});

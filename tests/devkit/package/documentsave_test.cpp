@@ -10,13 +10,6 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-const std::string kTicket = kXps + "/printticket";
-const std::string kResource = kXps + "/required-resource";
-
-std::string Document(const Texts& pages) {
-    return NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocument, pages);
-}
-
 // Two pages that share a ticket, a job ticket, two resources of the first page.
 std::vector<RawEntry> Entries() {
     std::vector<RawEntry> entries = SmallDocument();

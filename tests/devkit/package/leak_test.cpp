@@ -24,9 +24,9 @@ std::ptrdiff_t BlocksLeft(Action&& action) {
     return static_cast<std::ptrdiff_t>(HeapUsage::Now().blocks) - static_cast<std::ptrdiff_t>(before);
 }
 
-std::filesystem::path Sample(const char* name) { return std::filesystem::path(SAMPLES_FOLDER) / name; }
+std::filesystem::path SamplePath(const char* name) { return std::filesystem::path(SAMPLES_FOLDER) / name; }
 
-void Change(XpsDocument& document) {
+void ChangeAndShorten(XpsDocument& document) {
     for (FixedDocument& each : document.sequence.documents) {
         for (FixedPage& page : each.pages) {
             page.markup = document.ReadMarkup(page);
@@ -47,8 +47,8 @@ TEST(LeakTest, ReadingChangingAndSavingLeavesNothing) {
     const TemporaryFolder folder;
     for (const char* name : {"sample.xps", "streamed.xps", "utf16.xps"}) {
         EXPECT_EQ(0, BlocksLeft([&] {
-                      XpsDocument document = XpsDocument::Open(Sample(name));
-                      Change(document);
+                      XpsDocument document = XpsDocument::Open(SamplePath(name));
+                      ChangeAndShorten(document);
                       document.Save(folder / "out.xps");
                       std::move(document).Save(folder / "out.xps");
                   }))

@@ -20,6 +20,13 @@ using tests::TemporaryFolder;
 using tests::WriteFileBytes;
 
 inline const std::string kXps = "http://schemas.microsoft.com/xps/2005/06";
+inline const std::string kTicket = kXps + "/printticket";
+inline const std::string kResource = kXps + "/required-resource";
+
+// The markup of a fixed document.
+[[nodiscard]] inline std::string Document(const std::vector<std::string>& pages) {
+    return NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocument, pages);
+}
 
 // A document that has nothing but what it needs: "/s.fdseq", "/d.fdoc", "/p.fpage".
 [[nodiscard]] inline std::vector<RawEntry> SmallDocument() {

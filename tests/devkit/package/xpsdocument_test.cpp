@@ -9,15 +9,10 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-const std::string kTicket = kXps + "/printticket";
-const std::string kResource = kXps + "/required-resource";
 const std::string kStart = kXps + "/fixedrepresentation";
 
 std::string Sequence(const Texts& documents) {
     return NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocumentSequence, documents);
-}
-std::string Document(const Texts& pages) {
-    return NewDocumentMarkup(Flavour::MicrosoftXps, DocumentRoot::FixedDocument, pages);
 }
 
 TEST(XpsDocumentTest, ReadsTheSmallestDocument) {

@@ -16,7 +16,7 @@ std::vector<ConfiguredFilter> Read(const std::string& filters) {
                               "config.xml");
 }
 
-std::string Refusal(const std::string& markup) {
+std::string ConfigRefusal(const std::string& markup) {
     return tests::MessageOf<common::Error>(
         [&] { static_cast<void>(ReadPipelineConfig(markup, "config.xml")); });
 }
@@ -48,17 +48,19 @@ TEST(PipelineConfig, NamesTheFiltersInOrderWithWhatTheyReadAndWrite) {
 }
 
 TEST(PipelineConfig, WhatIsNoneIsRefusedWithAReason) {
-    EXPECT_EQ("is no pipeline configuration, config.xml", Refusal("<Other/>"));
+    EXPECT_EQ("is no pipeline configuration, config.xml", ConfigRefusal("<Other/>"));
     EXPECT_EQ("is not well-formed XML (line 1: The markup ends inside the element Filters), config.xml",
-              Refusal("<Filters>"));
-    EXPECT_EQ("names no filter, config.xml", Refusal("<Filters/>"));
-    EXPECT_EQ("has a filter without a dll, config.xml", Refusal("<Filters><Filter clsid='x'/></Filters>"));
+              ConfigRefusal("<Filters>"));
+    EXPECT_EQ("names no filter, config.xml", ConfigRefusal("<Filters/>"));
+    EXPECT_EQ("has a filter without a dll, config.xml",
+              ConfigRefusal("<Filters><Filter clsid='x'/></Filters>"));
     EXPECT_EQ("has no class id for a.dll, config.xml",
-              Refusal("<Filters><Filter dll='a.dll' clsid='x'/></Filters>"));
-    EXPECT_EQ("has an Input outside of a filter, config.xml", Refusal("<Filters><Input guid=''/></Filters>"));
+              ConfigRefusal("<Filters><Filter dll='a.dll' clsid='x'/></Filters>"));
+    EXPECT_EQ("has an Input outside of a filter, config.xml",
+              ConfigRefusal("<Filters><Input guid=''/></Filters>"));
     EXPECT_EQ("gives a.dll an Output that no filter has: {b8cf8530-5562-47c4-ab67-b1f69ecf961e}, config.xml",
-              Refusal(Filter("<Output guid='{b8cf8530-5562-47c4-ab67-b1f69ecf961e}'/>")));
-    EXPECT_EQ("gives a.dll an Input that no filter has: , config.xml", Refusal(Filter("<Input/>")));
+              ConfigRefusal(Filter("<Output guid='{b8cf8530-5562-47c4-ab67-b1f69ecf961e}'/>")));
+    EXPECT_EQ("gives a.dll an Input that no filter has: , config.xml", ConfigRefusal(Filter("<Input/>")));
 }
 
 }  // namespace

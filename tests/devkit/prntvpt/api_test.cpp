@@ -16,8 +16,6 @@ namespace {
 
 using namespace tests;
 
-constexpr HRESULT kVersionNotSupported = static_cast<HRESULT>(0x80040001);
-
 class ApiTest : public ProviderTest {
   protected:
     void SetUp() override { Use({}); }

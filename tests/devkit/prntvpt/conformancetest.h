@@ -13,8 +13,6 @@
 
 namespace devkit::prntvpt {
 
-inline constexpr HRESULT kVersionNotSupported = static_cast<HRESULT>(0x80040001);
-
 // Whose prntvpt.dll a test looks at.
 enum class Which { Simulated, System };
 

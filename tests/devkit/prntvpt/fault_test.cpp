@@ -10,7 +10,7 @@
 namespace devkit::prntvpt {
 namespace {
 
-[[nodiscard]] std::string Refusal(std::string_view text) {
+[[nodiscard]] std::string FaultRefusal(std::string_view text) {
     return tests::MessageOf<std::invalid_argument>([&] { static_cast<void>(ParseFault(text)); });
 }
 
@@ -35,15 +35,15 @@ TEST(Fault, AllButTheModeMayBeMissing) {
 }
 
 TEST(Fault, RefusesWhatIsNone) {
-    EXPECT_EQ("fault merge-break: there is no such mode", Refusal("merge-break"));
-    EXPECT_EQ("fault : there is no such mode", Refusal(""));
-    EXPECT_EQ("fault merge-fail@0: the number of the call is none", Refusal("merge-fail@0"));
-    EXPECT_EQ("fault merge-fail@x: the number of the call is none", Refusal("merge-fail@x"));
-    EXPECT_EQ("fault merge-fail:sheet: takes no argument", Refusal("merge-fail:sheet"));
-    EXPECT_EQ("fault open-rpc:job: only merges have a scope", Refusal("open-rpc:job"));
-    EXPECT_EQ("fault out-missing: needs the name of a feature", Refusal("out-missing"));
-    EXPECT_EQ("fault slow: needs milliseconds, at most 60000", Refusal("slow"));
-    EXPECT_EQ("fault slow:60001: needs milliseconds, at most 60000", Refusal("slow:60001"));
+    EXPECT_EQ("fault merge-break: there is no such mode", FaultRefusal("merge-break"));
+    EXPECT_EQ("fault : there is no such mode", FaultRefusal(""));
+    EXPECT_EQ("fault merge-fail@0: the number of the call is none", FaultRefusal("merge-fail@0"));
+    EXPECT_EQ("fault merge-fail@x: the number of the call is none", FaultRefusal("merge-fail@x"));
+    EXPECT_EQ("fault merge-fail:sheet: takes no argument", FaultRefusal("merge-fail:sheet"));
+    EXPECT_EQ("fault open-rpc:job: only merges have a scope", FaultRefusal("open-rpc:job"));
+    EXPECT_EQ("fault out-missing: needs the name of a feature", FaultRefusal("out-missing"));
+    EXPECT_EQ("fault slow: needs milliseconds, at most 60000", FaultRefusal("slow"));
+    EXPECT_EQ("fault slow:60001: needs milliseconds, at most 60000", FaultRefusal("slow:60001"));
 }
 
 TEST(FaultPlan, CountsTheCallsOfItsFunction) {

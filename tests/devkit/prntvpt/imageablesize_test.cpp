@@ -15,7 +15,7 @@ using namespace printschema;
 
 using namespace tests;
 
-using Numbers = std::array<std::int64_t, 6>;
+using Measures = std::array<std::int64_t, 6>;
 
 constexpr Margins kSheet{3000, 5000, 4000, 12700};
 
@@ -35,7 +35,7 @@ constexpr Margins kSheet{3000, 5000, 4000, 12700};
         .root;
 }
 
-[[nodiscard]] Numbers Geometry(const Device& device, const Element& ticket, bool orientationCounts = true) {
+[[nodiscard]] Measures Geometry(const Device& device, const Element& ticket, bool orientationCounts = true) {
     const std::optional<ImageableSize> page = ImageableSizeOf(device, ticket, orientationCounts);
     if (!page) return {};
     return {page->width, page->height, page->originX, page->originY, page->extentX, page->extentY};
@@ -64,29 +64,29 @@ TEST(ImageableArea, LandscapeAndReverseLandscapeAreHalfATurnApart) {
 
 TEST(ImageableArea, IsTheSheetWithoutItsMargins) {
     const Device device = Asymmetric();
-    EXPECT_EQ((Numbers{210000, 297000, 3000, 5000, 203000, 279300}), Geometry(device, A4("Portrait")));
-    EXPECT_EQ((Numbers{297000, 210000, 12700, 3000, 279300, 203000}), Geometry(device, A4("Landscape")));
-    EXPECT_EQ((Numbers{210000, 297000, 4000, 12700, 203000, 279300}),
+    EXPECT_EQ((Measures{210000, 297000, 3000, 5000, 203000, 279300}), Geometry(device, A4("Portrait")));
+    EXPECT_EQ((Measures{297000, 210000, 12700, 3000, 279300, 203000}), Geometry(device, A4("Landscape")));
+    EXPECT_EQ((Measures{210000, 297000, 4000, 12700, 203000, 279300}),
               Geometry(device, A4("ReversePortrait")));
-    EXPECT_EQ((Numbers{297000, 210000, 5000, 4000, 279300, 203000}),
+    EXPECT_EQ((Measures{297000, 210000, 5000, 4000, 279300, 203000}),
               Geometry(device, A4("ReverseLandscape")));
 }
 
 TEST(ImageableArea, StaysInPortraitWhereTheDeviceDoesNotTurnIt) {
-    EXPECT_EQ((Numbers{210000, 297000, 3000, 5000, 203000, 279300}),
+    EXPECT_EQ((Measures{210000, 297000, 3000, 5000, 203000, 279300}),
               Geometry(Asymmetric(), A4("Landscape"), false));
 }
 
 TEST(ImageableArea, SingleSheetsHaveMarginsOfTheirOwn) {
     Device device = Asymmetric();
     device.optionMargins[Keyword("ISOA4")] = {1, 2, 3, 4};
-    EXPECT_EQ((Numbers{210000, 297000, 1, 2, 209996, 296994}), Geometry(device, A4("Portrait")));
+    EXPECT_EQ((Measures{210000, 297000, 1, 2, 209996, 296994}), Geometry(device, A4("Portrait")));
 }
 
 TEST(ImageableArea, ExtentIsNeverZero) {
     Device device;
     device.margins = {200000, 200000, 200000, 200000};
-    EXPECT_EQ((Numbers{210000, 297000, 200000, 200000, 1, 1}), Geometry(device, A4("Portrait")));
+    EXPECT_EQ((Measures{210000, 297000, 200000, 200000, 1, 1}), Geometry(device, A4("Portrait")));
 }
 
 TEST(ImageableArea, NeedsASheet) { EXPECT_FALSE(ImageableSizeOf(Asymmetric(), Element(), true).has_value()); }

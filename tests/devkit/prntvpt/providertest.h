@@ -21,6 +21,7 @@ inline constexpr HRESULT kNoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
 inline constexpr HRESULT kConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
 inline constexpr HRESULT kBadBase = static_cast<HRESULT>(E_PRINTTICKET_FORMAT);
 inline constexpr HRESULT kBadDelta = static_cast<HRESULT>(E_DELTA_PRINTTICKET_FORMAT);
+inline constexpr HRESULT kVersionNotSupported = static_cast<HRESULT>(0x80040001);
 inline constexpr HRESULT kNoSuchPrinter = HRESULT_FROM_WIN32(ERROR_INVALID_PRINTER_NAME);
 
 // The simulated provider as the host loads it.

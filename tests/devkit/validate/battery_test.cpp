@@ -12,10 +12,6 @@ namespace {
 
 using Names = std::set<std::string>;
 
-bool Holds(const std::string& text, const std::string& piece) {
-    return text.find(piece) != std::string::npos;
-}
-
 TEST(Battery, HasEachNameOnceInWordsAndByLevel) {
     Names names;
     unsigned level = 1;

@@ -21,10 +21,6 @@ using filterhost::FreshFolder;
 using filterhost::Text;
 using Path = std::filesystem::path;
 
-bool Holds(const std::string& text, const std::string& piece) {
-    return text.find(piece) != std::string::npos;
-}
-
 TEST(ValidationReports, TellWhatWasRunAndWhatCameOfIt) {
     const Path folder = FreshFolder("validation");
     const Validated validated = ValidateMode(

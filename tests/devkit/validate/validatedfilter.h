@@ -26,4 +26,8 @@ inline constexpr const char* kStreamClass = "{C1D7F0A2-35D4-4E0B-9C53-6B1C5A7E9D
 [[nodiscard]] Validated ValidateMode(const char* mode, const std::vector<std::string>& more,
                                      const char* filterClass = kPartsClass);
 
+[[nodiscard]] inline bool Holds(const std::string& text, const std::string& piece) {
+    return text.find(piece) != std::string::npos;
+}
+
 }  // namespace devkit::validate

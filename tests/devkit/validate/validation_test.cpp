@@ -7,10 +7,6 @@ namespace {
 
 using Names = std::set<std::string>;
 
-bool Holds(const std::string& text, const std::string& piece) {
-    return text.find(piece) != std::string::npos;
-}
-
 TEST(Validate, AFilterThatDoesNothingWrongIsFit) {
     const Validated validated = ValidateMode("", {"--level", "3"});
     EXPECT_EQ(0U, validated.ended.status) << validated.ended.out << validated.ended.error;

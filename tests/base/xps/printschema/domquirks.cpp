@@ -7,7 +7,7 @@
 namespace tests {
 namespace {
 
-std::optional<VtablePatches> g_patches;
+std::optional<VtablePatches> g_quirks;
 VARIANT g_value = {};
 
 HRESULT STDMETHODCALLTYPE GiveTypedValue(IXMLDOMNode*, VARIANT* pValue) {
@@ -32,16 +32,16 @@ HRESULT STDMETHODCALLTYPE GiveWalkedMap(IXMLDOMNode* pNode, IXMLDOMNamedNodeMap*
 TypedValue::TypedValue(const VARIANT& value) {
     const DomObjects objects;
     g_value = value;
-    g_patches.emplace().Replace(objects.pElement.Get(), GetNodeTypedValue, &GiveTypedValue);
+    g_quirks.emplace().Replace(objects.pElement.Get(), GetNodeTypedValue, &GiveTypedValue);
 }
 
-TypedValue::~TypedValue() { g_patches.reset(); }
+TypedValue::~TypedValue() { g_quirks.reset(); }
 
 WalkedMaps::WalkedMaps() {
     const DomObjects objects;
-    s_pGetAttributes = g_patches.emplace().Replace(objects.pElement.Get(), GetAttributes, &GiveWalkedMap);
+    s_pGetAttributes = g_quirks.emplace().Replace(objects.pElement.Get(), GetAttributes, &GiveWalkedMap);
 }
 
-WalkedMaps::~WalkedMaps() { g_patches.reset(); }
+WalkedMaps::~WalkedMaps() { g_quirks.reset(); }
 
 }  // namespace tests

@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "answers.h"
 #include "base/logging/check.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/mediasizedata.h"
@@ -39,6 +40,8 @@ using tests::Element;
 using tests::Feature;
 using tests::HandlerTest;
 using tests::Integer;
+using tests::kInjected;
+using tests::kNotFound;
 using tests::Named;
 using tests::Node;
 using tests::ParameterInit;
@@ -48,8 +51,6 @@ using tests::ThrownCode;
 using tests::Ticket;
 using tests::Value;
 
-constexpr HRESULT kInjected = static_cast<HRESULT>(0xA0040123L);
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 constexpr HRESULT kInvalidData = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 
 const Qname kScaling = {SchemaNamespace::Keywords, L"PageScaling"};

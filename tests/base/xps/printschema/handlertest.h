@@ -24,6 +24,9 @@ using Dom = platform::ComPtr<IXMLDOMDocument2>;
 using Element = platform::ComPtr<IXMLDOMElement>;
 using Node = platform::ComPtr<IXMLDOMNode>;
 
+inline constexpr auto kKeywords = base::xps::printschema::SchemaNamespace::Keywords;
+inline constexpr auto kPrivate = base::xps::printschema::SchemaNamespace::Private;
+
 // The markup of one node.
 [[nodiscard]] inline std::wstring Markup(IXMLDOMNode* pNode) {
     platform::Bstr xml;

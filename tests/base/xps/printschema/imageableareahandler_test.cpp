@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "answers.h"
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
 #include "base/xps/printschema/mediasizedata.h"
@@ -33,9 +34,9 @@ using base::xps::printschema::MediaSizeOption;
 using testing::ElementsAre;
 using tests::Capabilities;
 using tests::DomText;
+using tests::kNotFound;
 using tests::Ticket;
 
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 const MediaSizeOption kA5 = {L"ISOA5", 12, {148000, 210000}};
 
 std::wstring Keyword(std::wstring_view name, std::wstring_view content) {
@@ -204,13 +205,13 @@ class FixedArea : public ImageableAreaSource {
     MediaDimensions m_extent;
 };
 
-const MediaSizeOption kA4 = {L"ISOA4", 9, {210000, 297000}};
+const MediaSizeOption kA4Sheet = {L"ISOA4", 9, {210000, 297000}};
 
 TEST(MediaScaleFactorTest, WithoutASourceTheSmallerRatioOfTheSizesIsTaken) {
-    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, kA4, nullptr));
-    EXPECT_EQ(0.5, MediaScaleFactor({210000, 594000}, kA4, nullptr));
-    EXPECT_EQ(2.0, MediaScaleFactor({105000, 99000}, kA4, nullptr));
-    EXPECT_EQ(1.0, MediaScaleFactor({210000, 297000}, kA4, nullptr));
+    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, kA4Sheet, nullptr));
+    EXPECT_EQ(0.5, MediaScaleFactor({210000, 594000}, kA4Sheet, nullptr));
+    EXPECT_EQ(2.0, MediaScaleFactor({105000, 99000}, kA4Sheet, nullptr));
+    EXPECT_EQ(1.0, MediaScaleFactor({210000, 297000}, kA4Sheet, nullptr));
 }
 
 TEST(MediaScaleFactorTest, TheFactorIsNotRounded) {
@@ -219,23 +220,23 @@ TEST(MediaScaleFactorTest, TheFactorIsNotRounded) {
 
 TEST(MediaScaleFactorTest, WithASourceTheExtentTakesThePlaceOfTheFallbacksSize) {
     FixedArea area(S_OK, {200000, 287000});
-    EXPECT_EQ(0.5, MediaScaleFactor({400000, 287000}, kA4, &area));
-    EXPECT_EQ(kA4, area.asked);
+    EXPECT_EQ(0.5, MediaScaleFactor({400000, 287000}, kA4Sheet, &area));
+    EXPECT_EQ(kA4Sheet, area.asked);
 }
 
 TEST(MediaScaleFactorTest, ASourceThatDoesNotKnowTheAreaLeavesTheWholeSheet) {
     FixedArea area(HRESULT_FROM_WIN32(ERROR_NOT_FOUND), {1, 1});
-    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, kA4, &area));
+    EXPECT_EQ(0.5, MediaScaleFactor({420000, 297000}, kA4Sheet, &area));
 }
 
 TEST(MediaScaleFactorTest, AZeroOrNegativeSizeGivesTheFactor1) {
     for (const std::int32_t length : {0, -1, std::numeric_limits<std::int32_t>::min()}) {
         EXPECT_EQ(1.0, MediaScaleFactor({length, 297000}, kA5, nullptr));
         EXPECT_EQ(1.0, MediaScaleFactor({210000, length}, kA5, nullptr));
-        EXPECT_EQ(1.0, MediaScaleFactor(kA4.size, {L"CustomMediaSize", 0, {length, 210000}}, nullptr));
-        EXPECT_EQ(1.0, MediaScaleFactor(kA4.size, {L"CustomMediaSize", 0, {148000, length}}, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor(kA4Sheet.size, {L"CustomMediaSize", 0, {length, 210000}}, nullptr));
+        EXPECT_EQ(1.0, MediaScaleFactor(kA4Sheet.size, {L"CustomMediaSize", 0, {148000, length}}, nullptr));
         FixedArea area(S_OK, {length, 1000});
-        EXPECT_EQ(1.0, MediaScaleFactor(kA4.size, kA5, &area));
+        EXPECT_EQ(1.0, MediaScaleFactor(kA4Sheet.size, kA5, &area));
     }
 }
 

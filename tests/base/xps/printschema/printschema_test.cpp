@@ -10,18 +10,18 @@
 #include <vector>
 
 #include "base/xps/printschema/mediasizetable.h"
+#include "handlertest.h"
 #include "thrown.h"
 
 namespace {
 
 using namespace base::xps::printschema;
+using tests::kKeywords;
+using tests::kPrivate;
 using tests::Thrown;
 
 using Names = std::vector<std::wstring>;
 using Namespaces = std::set<SchemaNamespace>;
-
-constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
-constexpr SchemaNamespace kPrivate = SchemaNamespace::Private;
 
 Names LocalNames(const SchemaBase& list) {
     Names names;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "answers.h"
 #include "base/xps/printschema/printschemahandler.h"
 #include "handlertest.h"
 #include "ticketmarkup.h"
@@ -18,13 +19,12 @@ using platform::Bstr;
 using platform::ComPtr;
 using tests::Dom;
 using tests::HandlerTest;
+using tests::kKeywords;
+using tests::kNoInteger;
+using tests::kNotFound;
+using tests::kPrivate;
 using tests::Node;
 using tests::Ticket;
-
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-constexpr HRESULT kNoInteger = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
-constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
-constexpr SchemaNamespace kPrivate = SchemaNamespace::Private;
 
 const Qname kJobInputBin = {kKeywords, L"JobInputBin"};
 const Qname kFeedDirection = {kKeywords, L"FeedDirection"};

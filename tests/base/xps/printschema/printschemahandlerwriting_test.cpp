@@ -20,12 +20,11 @@ using tests::Dom;
 using tests::DomText;
 using tests::Element;
 using tests::HandlerTest;
+using tests::kKeywords;
 using tests::kKeywordsUri;
+using tests::kPrivate;
 using tests::Node;
 using tests::Ticket;
-
-constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
-constexpr SchemaNamespace kPrivate = SchemaNamespace::Private;
 
 const Qname kNameless = {kKeywords, L""};
 

@@ -29,14 +29,13 @@ using tests::Element;
 using tests::Feature;
 using tests::HandlerTest;
 using tests::Integer;
+using tests::kKeywords;
 using tests::Named;
 using tests::ScoredProperty;
 using tests::Thrown;
 using tests::ThrownCode;
 using tests::Ticket;
 using tests::Value;
-
-constexpr SchemaNamespace kKeywords = SchemaNamespace::Keywords;
 
 class FunctionOptionTest : public HandlerTest {};
 

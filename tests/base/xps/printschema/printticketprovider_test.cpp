@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "answers.h"
 #include "base/io/printwritestreamtoistream.h"
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlutility.h"
@@ -42,13 +43,13 @@ using tests::Bytes;
 using tests::CallRecorder;
 using tests::DomText;
 using tests::Feature;
+using tests::kInjected;
 using tests::MakeMock;
 using tests::MockReadStream;
 using tests::Ticket;
 
 using Dom = ComPtr<IXMLDOMDocument2>;
 
-constexpr HRESULT kInjected = static_cast<HRESULT>(0xA0040123L);
 constexpr HRESULT kNoConflict = static_cast<HRESULT>(S_PT_NO_CONFLICT);
 constexpr HRESULT kConflictResolved = static_cast<HRESULT>(S_PT_CONFLICT_RESOLVED);
 constexpr HRESULT kNoTicketPart = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);

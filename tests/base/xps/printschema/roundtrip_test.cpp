@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "answers.h"
 #include "base/logging/exceptions.h"
 #include "base/xps/printschema/inputbindata.h"
 #include "base/xps/printschema/mediasizedata.h"
@@ -27,12 +28,12 @@ using tests::Dom;
 using tests::DomText;
 using tests::Feature;
 using tests::HandlerTest;
+using tests::kNotFound;
 using tests::ThrownCode;
 using tests::Ticket;
 
 constexpr Scope kScopes[] = {Scope::Job, Scope::Document, Scope::Page};
 constexpr std::int32_t kPrivateScaling = 7;
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
 
 class RoundTripTest : public HandlerTest {
   protected:

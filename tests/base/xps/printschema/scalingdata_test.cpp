@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "answers.h"
 #include "base/logging/exceptions.h"
 #include "domtext.h"
 #include "handlertest.h"
@@ -33,6 +34,8 @@ using tests::DomText;
 using tests::Feature;
 using tests::HandlerTest;
 using tests::Integer;
+using tests::kNoInteger;
+using tests::kNotFound;
 using tests::ParameterInit;
 using tests::ParameterRef;
 using tests::ScoredProperty;
@@ -43,8 +46,6 @@ using tests::Value;
 
 using Pair = ScalingData::Pair;
 
-constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
-constexpr HRESULT kNoInteger = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
 constexpr std::int32_t kNone = 6;
 constexpr std::int32_t kPrivateOption = 7;
 

@@ -37,7 +37,7 @@ using tests::Ticket;
 using Lines = std::vector<std::string>;
 using Switches = std::vector<std::string>;
 
-constexpr EPrintTicketScope kScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
+constexpr EPrintTicketScope kPlatformScopes[] = {kPTPageScope, kPTDocumentScope, kPTJobScope};
 constexpr const char* kModels[] = {"simprinter", "simprinter-us", "asymmetric", "longedge", "shortedge"};
 
 [[nodiscard]] SimulatedProvider& Simulated() {
@@ -148,13 +148,14 @@ TEST_P(SimulatedTicketsTest, HowATicketIsWrittenDoesNotChangeItsSettings) {
         Configure(model, {});
         const Lines defaults = DefaultSettings();
         std::vector<Lines> merged;
-        for (const EPrintTicketScope scope : kScopes) merged.push_back(MergedSettings(Delta(), scope));
+        for (const EPrintTicketScope scope : kPlatformScopes)
+            merged.push_back(MergedSettings(Delta(), scope));
         for (const std::string& way : ways) {
             SCOPED_TRACE(model + (" " + way));
             Configure(model, {way});
             EXPECT_EQ(defaults, DefaultSettings());
             for (std::size_t index = 0; index < merged.size(); ++index)
-                EXPECT_EQ(merged[index], MergedSettings(Delta(), kScopes[index]));
+                EXPECT_EQ(merged[index], MergedSettings(Delta(), kPlatformScopes[index]));
         }
         SCOPED_TRACE(model);
         Configure(model, {"prefixes=mangled", "order=reversed", "encoding=utf16le", "whitespace=comments"});

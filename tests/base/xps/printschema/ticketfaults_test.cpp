@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "answers.h"
 #include "base/logging/exceptions.h"
 #include "base/xml/xmlmarger.h"
 #include "base/xml/xmlutility.h"
@@ -39,14 +40,13 @@ using tests::DomCall;
 using tests::DomFaults;
 using tests::DomText;
 using tests::Element;
+using tests::kInjected;
 using tests::MakeMock;
 using tests::Saves;
 using tests::ThrownCode;
 using tests::Ticket;
 
-constexpr HRESULT kInjected = static_cast<HRESULT>(0xA0040123L);
-
-const std::wstring kBase = Ticket(tests::Feature(L"psk:A", L"psk:X"));
+const std::wstring kWiderTicket = Ticket(tests::Feature(L"psk:A", L"psk:X"));
 const std::wstring kDelta = Ticket(tests::Feature(L"psk:A", L"psk:Y") + tests::Feature(L"krk:B", L"krk:Z"),
                                    L" xmlns:krk=\"urn:krk\"");
 
@@ -63,8 +63,8 @@ class TicketFaultTest : public tests::EachDomTest {};
 
 TEST_P(TicketFaultTest, TheComparatorThrowsTheCodeOfEveryFailingCall) {
     FailEachCall([](std::size_t nth) {
-        const Dom pFirst = LoadDomFromString(kBase);
-        const Dom pSecond = LoadDomFromString(kBase);
+        const Dom pFirst = LoadDomFromString(kWiderTicket);
+        const Dom pSecond = LoadDomFromString(kWiderTicket);
         Element pFirstRoot;
         Element pSecondRoot;
         EXPECT_EQ(S_OK, pFirst->get_documentElement(pFirstRoot.Put()));
@@ -90,13 +90,13 @@ TEST_P(TicketFaultTest, AMergeThrowsTheCodeOrDoesWithoutADeclarationAndNeverChan
     const auto merge = [&](const Dom& pBase, const Dom& pTarget) {
         return ThrownCode([&] { XmlMarger(comparator).Merge(pBase.Get(), pTarget.Get()); });
     };
-    const Dom pWhole = LoadDomFromString(kBase);
+    const Dom pWhole = LoadDomFromString(kWiderTicket);
     ASSERT_EQ(S_OK, merge(pWhole, LoadDomFromString(kDelta)));
     const std::wstring whole = DomText(pWhole.Get());
     EXPECT_NE(std::wstring::npos, whole.find(L"krk:B"));
 
     FailEachCall([&](std::size_t nth) {
-        const Dom pBase = LoadDomFromString(kBase);
+        const Dom pBase = LoadDomFromString(kWiderTicket);
         const Dom pTarget = LoadDomFromString(kDelta);
         bool hasFailed = false;
         HRESULT thrown = S_OK;
@@ -215,7 +215,7 @@ TEST_P(TicketFaultTest, AChildThatTheListDoesNotYieldIsAnUnexpectedState) {
 }
 
 TEST_P(TicketFaultTest, LoadingAndSavingThrowTheCode) {
-    const Dom pDom = LoadDomFromString(kBase);
+    const Dom pDom = LoadDomFromString(kWiderTicket);
     FailEachCall([&](std::size_t nth) {
         const platform::Variant source(static_cast<IUnknown*>(pDom.Get()));
         const DomFaults faults(nth, kInjected, Saves::Counted);
@@ -234,7 +234,7 @@ TEST_P(TicketFaultTest, LoadingAndSavingThrowTheCode) {
 class ProviderFaultTest : public TicketFaultTest {
   protected:
     void Open() {
-        const auto base = MakeMock<tests::MockReadStream>(m_calls, tests::Bytes(kBase));
+        const auto base = MakeMock<tests::MockReadStream>(m_calls, tests::Bytes(kWiderTicket));
         ASSERT_EQ(S_OK, m_provider.Open(base.Get(), platform::Bstr(L"Printer").Get(), nullptr));
     }
     Dom Get(EPrintTicketScope scope) {
@@ -250,7 +250,7 @@ class ProviderFaultTest : public TicketFaultTest {
 
 TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas) {
     Open();
-    m_platform.merge = [](const std::string&) { return tests::Bytes(kBase); };
+    m_platform.merge = [](const std::string&) { return tests::Bytes(kWiderTicket); };
     FailEachCall([&](std::size_t nth) {
         EXPECT_EQ(S_OK, m_provider.MergeTicket(kPTJobScope, nullptr, nullptr));
         const Dom before = Get(kPTJobScope);
@@ -270,7 +270,7 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAPartsTicketLeavesTheScopesTicketAsItWas
         const Dom after = Get(kPTJobScope);
         EXPECT_EQ(FAILED(failure), after.Get() == before.Get()) << "call " << nth;
         if (FAILED(failure)) {
-            EXPECT_EQ(kBase, DomText(after.Get()));
+            EXPECT_EQ(kWiderTicket, DomText(after.Get()));
         }
         return hasFailed;
     });
@@ -295,7 +295,7 @@ TEST_P(ProviderFaultTest, AFailedMergeOfAnExtraTicketLeavesACopyOfTheParent) {
         const HRESULT failure = FAILED(thrown) ? thrown : hr;
         EXPECT_TRUE(failure == S_OK || (hasFailed && failure == kInjected)) << "call " << nth;
         if (FAILED(failure)) {
-            EXPECT_EQ(kBase, DomText(Get(kPTJobScope).Get())) << "call " << nth;
+            EXPECT_EQ(kWiderTicket, DomText(Get(kPTJobScope).Get())) << "call " << nth;
         }
         return hasFailed;
     });
@@ -305,7 +305,7 @@ TEST_P(ProviderFaultTest, CapabilitiesFailWithTheCodeOrAsEmptyAndDoWithoutRewind
     Open();
     const std::wstring whole = tests::Capabilities(L"");
     m_platform.capabilities = tests::Bytes(whole);
-    const Dom pTicket = LoadDomFromString(kBase);
+    const Dom pTicket = LoadDomFromString(kWiderTicket);
     int rewindsRefused = 0;
     FailEachCall([&](std::size_t nth) {
         Dom pCapabilities;
@@ -338,7 +338,7 @@ TEST_P(ProviderFaultTest, AnImageableAreaIsFoundWholeOrTheCodeIsReturnedOrThrown
         number(L"ImageableSizeWidth") + number(L"ImageableSizeHeight") +
             tests::Property(L"psk:ImageableArea", number(L"OriginWidth") + number(L"OriginHeight") +
                                                       number(L"ExtentWidth") + number(L"ExtentHeight")))));
-    EXPECT_EQ(kBase, DomText(Get(kPTPageScope).Get()));
+    EXPECT_EQ(kWiderTicket, DomText(Get(kPTPageScope).Get()));
     FailEachCall([&](std::size_t nth) {
         base::xps::printschema::ImageableAreaHandler handler(m_provider);
         base::xps::printschema::ImageableAreaInfo area;
