@@ -1,4 +1,3 @@
-#include <barrier>
 #include <future>
 #include <regex>
 #include <set>
@@ -7,6 +6,7 @@
 #include "devkit/pipeline/part.h"
 #include "endurance.h"
 #include "faultedjob.h"
+#include "gate.h"
 
 // Several filters of the module at once, each in a job of its own.
 
@@ -69,11 +69,11 @@ class ParallelTest : public FaultedJobTest {
         }
         // Its account of hundreds of jobs would take longer to read than the jobs take.
         ConfigureWithoutLog(device);
-        std::barrier start(kThreads);
+        tests::Gate start(kThreads);
         std::vector<std::future<std::vector<RunOutcome>>> results;
         for (auto& work : works) {
             results.push_back(std::async(std::launch::async, [&start, &work] {
-                start.arrive_and_wait();
+                start.Pass();
                 std::vector<RunOutcome> outcomes;
                 for (auto& [pJob, options] : work) {
                     const auto source = std::make_shared<SharedModule>(Filter());

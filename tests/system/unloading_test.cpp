@@ -1,11 +1,11 @@
 #include <cstdio>
 #include <functional>
-#include <latch>
 #include <thread>
 #include <vector>
 
 #include "endurance.h"
 #include "faultedjob.h"
+#include "gate.h"
 #include "mockpipeline.h"
 #include "mockproperties.h"
 #include "platform/comptr.h"
@@ -76,19 +76,19 @@ void CatchAnException(HMODULE module, const CLSID& filterClass) {
 
 // The handles of the process when so many threads have all done it, before any of them ends.
 std::size_t HandlesWhenDoneBy(std::size_t count, const std::function<void()>& body) {
-    std::latch allHaveDoneIt(static_cast<std::ptrdiff_t>(count));
-    std::latch mayEnd(1);
+    tests::Gate allHaveDoneIt(count + 1);
+    tests::Gate mayEnd(count + 1);
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < count; ++i) {
         threads.emplace_back([&] {
             body();
-            allHaveDoneIt.count_down();
-            mayEnd.wait();
+            allHaveDoneIt.Pass();
+            mayEnd.Pass();
         });
     }
-    allHaveDoneIt.wait();
+    allHaveDoneIt.Pass();
     const std::size_t handles = Holdings::Now().handles;
-    mayEnd.count_down();
+    mayEnd.Pass();
     for (std::thread& thread : threads) thread.join();
     return handles;
 }

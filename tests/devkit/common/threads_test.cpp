@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
+
+#include "gate.h"
 
 namespace devkit::common {
 namespace {
@@ -22,8 +23,8 @@ TEST(RunInThreads, RunsTheBodyOnAsManyAsAreWantedButNoMoreThanThereIsWorkFor) {
 }
 
 TEST(RunInThreads, RunsThemAtOnce) {
-    std::barrier all(4);
-    RunInThreads(4, 4, [&] { all.arrive_and_wait(); });
+    tests::Gate all(4);
+    RunInThreads(4, 4, [&] { all.Pass(); });
 }
 
 }  // namespace
