@@ -30,8 +30,8 @@ struct PartInfo {
 };
 
 // A package of the Open Packaging Conventions on a zip archive. Parts are read when they are asked for;
-// changes are kept in memory until Save. The file stays open, for reading, as long as the package lives. Not
-// for use by two threads at once. Every failure is a common::Error.
+// changes wait until Save, many new relationships in a temporary file. The file stays open, for reading, as
+// long as the package lives. Not for use by two threads at once. Every failure is a common::Error.
 class Package {
   public:
     [[nodiscard]] static Package Open(const std::filesystem::path& file, const common::Limits& limits = {});

@@ -10,6 +10,7 @@
 #include "devkit/package/ziparchive.h"
 #include "heapusage.h"
 #include "temporaryfolder.h"
+#include "temporaryplace.h"
 #include "testpackages.h"
 
 namespace devkit::package {
@@ -327,6 +328,18 @@ TEST(PackageTest, OfManyNewRelationshipsLittleIsKeptInMemory) {
         ASSERT_EQ(links(i), package.Relationships(name(i)));
         ASSERT_EQ(links(i), again.Relationships(name(i)));
     }
+}
+
+TEST(PackageTest, NewRelationshipsThatCannotBePutAsideAreAnErrorThatSaysSo) {
+    const TemporaryFolder folder;
+    const tests::TemporaryPlace place(folder / "nowhere");
+    Package package = OpenEntries(SmallDocument());
+    const std::vector<Relationship> few = {{"R1", "urn:a", "/x", false}};
+    package.SetRelationships("/p.fpage", few);
+    const std::vector<Relationship> tooLong = {{"R1", "urn:" + std::string(300'000, 'x'), "/x", false}};
+    const std::string error = ErrorOf([&] { package.SetRelationships("/p.fpage", tooLong); });
+    EXPECT_TRUE(error.starts_with("there is no folder for temporary files: ")) << error;
+    EXPECT_EQ(few, package.Relationships("/p.fpage"));
 }
 
 TEST(PackageTest, WithoutADefaultForRelationshipsTheNewPartDeclaresItself) {
