@@ -160,11 +160,12 @@ class Reasons(unittest.TestCase):
 
 
 class SmallProject(unittest.TestCase):
-    """A function, a header and their test, broken in every way that the tool tells apart."""
+    """A function, a header and their tests, broken in every way that the tool tells apart."""
     FILES = {
         "src/base/half.h": """\
             #pragma once
             inline int Half(int value) { return value / 2; }
+            inline int Third(int value) { return value / 3; }
             """,
         "src/base/act.cpp": """\
             #include "base/half.h"
@@ -183,16 +184,26 @@ class SmallProject(unittest.TestCase):
         "tests/base/act_test.cpp": """\
             #include <cstdio>
             int Act(int* place, unsigned steps);
+            bool ThirdIsRight();
             int main() {
                 std::puts("[ RUN      ] Act.Works");
                 std::fflush(stdout);
                 int none = 0, five = 6, less = -1;
-                if (Act(nullptr, 0) != -1 || Act(&five, 3) != 8 || Act(&less, 1) != 0 || Act(&none, 80) != 5) {
+                if (Act(nullptr, 0) != -1 || Act(&five, 3) != 8 || Act(&less, 1) != 0 || Act(&none, 80) != 5 ||
+                    !ThirdIsRight()) {
                     std::puts("[  FAILED  ] Act.Works (0 ms)");
                     return 1;
                 }
                 std::puts("[       OK ] Act.Works (0 ms)\\n[  PASSED  ] 1 test.");
             }
+            """,
+        "tests/base/half_test.cpp": """\
+            #include "base/half.h"
+            bool ThirdIsRight() { return Third(9) == 3; }
+            """,
+        "build/Unity/unity_0_cxx.cxx": """\
+            #include "ROOT/tests/base/act_test.cpp"
+            #include "ROOT/tests/base/half_test.cpp"
             """,
         "tests/mutants.md": """\
             ## src/base/act.cpp
@@ -209,9 +220,9 @@ class SmallProject(unittest.TestCase):
             rule link
               command = : && {COMPILER} -static $in -o $out libbase.a && :
             build act.obj: compile ROOT/src/base/act.cpp
-            build act_test.obj: compile ROOT/tests/base/act_test.cpp
+            build tests.obj: compile ROOT/build/Unity/unity_0_cxx.cxx
             build libbase.a: archive act.obj
-            build bin/test_base.exe: link act_test.obj | libbase.a
+            build bin/test_base.exe: link tests.obj | libbase.a
             """,
     }
     EXPECTED = {
@@ -224,6 +235,8 @@ class SmallProject(unittest.TestCase):
         "return Half(Mixed(place, 10)); → return Half(Mixed(10, place));": "no compile",
         "return Half(Mixed(place, 10)); → return Half(Mixed(place, 11));": "survived",
         "{ return value / 2; } → inline int Half(int value) { return value / 3; }": "killed .*test_base Act.Works",
+        # Only the header's own tests have it; they are compiled together with others.
+        "{ return value / 3; } → inline int Third(int value) { return value / 4; }": "killed .*test_base Act.Works",
     }
 
     def setUp(self):

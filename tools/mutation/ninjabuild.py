@@ -53,6 +53,13 @@ class NinjaBuild:
                     current.add(path)
         return found
 
+    def sources(self, name):
+        """What the object is compiled of: its source, or those that are compiled together."""
+        source = self.compile_commands[name][0]
+        if "/Unity/" not in source:
+            return [source]
+        return sorted(file for file in self.dependencies.get(name, ()) if file.endswith(".cpp"))
+
     def users(self, file, folder):
         """The objects of sources below the folder that are made of the file."""
         return sorted(name for name, (source, _) in self.compile_commands.items()

@@ -41,7 +41,7 @@ class Plan:
         loaded = [self.libraries[name] for name in program.loads if name in self.libraries]
         if any(map(self.product_archives, [program, *loaded])):
             return True
-        folders = {os.path.dirname(self.build.compile_commands[name][0]) for name in program.objects}
+        folders = {os.path.dirname(source) for name in program.objects for source in self.build.sources(name)}
         return any(os.path.isdir(os.path.join(self.build.root, self.sources, os.path.relpath(folder, "tests")))
                    for folder in folders if folder.startswith("tests/"))
 
@@ -56,7 +56,7 @@ class Plan:
         """The objects of the file's own tests in the program."""
         folder = "tests" + file[len(self.sources):file.rindex("/")]
         return [name for name in program.objects
-                if os.path.dirname(self.build.compile_commands[name][0]) == folder]
+                if any(os.path.dirname(source) == folder for source in self.build.sources(name))]
 
     def tests_to_compile(self, program, mutant):
         """Objects of the program's tests that must see a header's mutant: those of the header itself, which may call
@@ -67,7 +67,7 @@ class Plan:
             return users
         stem = os.path.splitext(os.path.basename(mutant.file))[0]
         return [name for name in users if name in self.mirrored(program, mutant.file) and
-                os.path.basename(self.build.compile_commands[name][0]).startswith(stem + "_")]
+                any(os.path.basename(source).startswith(stem + "_") for source in self.build.sources(name))]
 
     def covering(self, mutant):
         """The programs that run the mutant: that of its folder first, then those above it."""
