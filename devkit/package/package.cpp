@@ -23,6 +23,17 @@ bool IsInternal(std::string_view partName) {
     return key.ends_with(".rels") && slash >= 6 && key.substr(slash - 6, 6) == "/_rels";
 }
 
+// The file appears when all is written.
+template <typename Write>
+void WriteFile(const std::filesystem::path& input, const std::filesystem::path& file, Write write) {
+    std::error_code ignored;
+    if (!input.empty() && std::filesystem::equivalent(input, file, ignored))
+        throw common::Error("cannot be written over its own input", common::PathText(file));
+    common::OutputFile output(file);
+    write(output);
+    output.Commit();
+}
+
 }  // namespace
 
 Package::Package(std::unique_ptr<PackageState> state) noexcept : m_state(std::move(state)) {}
@@ -104,24 +115,12 @@ const common::Limits& Package::GetLimits() const noexcept { return m_state->limi
 const std::string& Package::Where() const noexcept { return m_state->archive.Where(); }
 const std::vector<std::string>& Package::Findings() const noexcept { return m_state->findings; }
 
-void Package::CheckOutput(const std::filesystem::path& file) const {
-    std::error_code ignored;
-    if (!m_state->file.empty() && std::filesystem::equivalent(m_state->file, file, ignored))
-        throw common::Error("cannot be written over its own input", common::PathText(file));
-}
-
 void Package::Save(const std::filesystem::path& file) const& {
-    CheckOutput(file);
-    common::OutputFile output(file);
-    Save(output);
-    output.Commit();
+    WriteFile(m_state->file, file, [this](common::ByteSink& sink) { Save(sink); });
 }
 
 void Package::Save(const std::filesystem::path& file) && {
-    CheckOutput(file);
-    common::OutputFile output(file);
-    std::move(*this).Save(output);
-    output.Commit();
+    WriteFile(m_state->file, file, [this](common::ByteSink& sink) { std::move(*this).Save(sink); });
 }
 
 void Package::Save(common::ByteSink& sink) const& { WriteZip(m_state->archive, m_state->Edit(), sink); }

@@ -80,9 +80,6 @@ class Package {
     void Save(common::ByteSink& sink) &&;
 
   private:
-    // Throws when the file is the one that the package was read from.
-    void CheckOutput(const std::filesystem::path& file) const;
-
     explicit Package(std::unique_ptr<PackageState> state) noexcept;
 
     std::unique_ptr<PackageState> m_state;

@@ -43,14 +43,18 @@ void XpsDocument::Save(common::ByteSink& sink) & {
 void XpsDocument::Save(const std::filesystem::path& file) && { TakePackage().Save(file); }
 void XpsDocument::Save(common::ByteSink& sink) && { TakePackage().Save(sink); }
 
-void XpsDocument::ApplyTree() {
-    if (m_before.Is(*this)) return;
+bool XpsDocument::WriteTree() {
+    if (m_before.Is(*this)) return false;
     TreeWriter(m_package, m_flavour).Apply(m_before.Load(), *this);
-    m_before = StoredTree(*this);
+    return true;
+}
+
+void XpsDocument::ApplyTree() {
+    if (WriteTree()) m_before = StoredTree(*this);
 }
 
 Package&& XpsDocument::TakePackage() {
-    if (!m_before.Is(*this)) TreeWriter(m_package, m_flavour).Apply(m_before.Load(), *this);
+    WriteTree();
     static_cast<XpsTree&>(*this) = {};
     m_before = {};
     return std::move(m_package);

@@ -54,6 +54,8 @@ class XpsDocument : public XpsTree {
 
   private:
     explicit XpsDocument(Package package) noexcept : m_package(std::move(package)) {}
+    // Whether there was anything to write.
+    bool WriteTree();
     void ApplyTree();
     [[nodiscard]] Package&& TakePackage();
 

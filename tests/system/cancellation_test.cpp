@@ -8,9 +8,6 @@ using devkit::pipeline::kJobCancelled;
 using devkit::pipeline::RunOptions;
 using devkit::pipeline::RunOutcome;
 
-// The document, the sequence, three documents and ten pages, and the question that finds no more.
-constexpr unsigned kPartsAsked = 16;
-
 class CancellationTest : public FilterTest {
   protected:
     // A job that is cancelled when the given part is asked for. The parts before it went through; what the
@@ -29,7 +26,7 @@ class CancellationTest : public FilterTest {
         EXPECT_TRUE(outcome.senderClosed);
         EXPECT_FALSE(outcome.IsWhole());
         const bool isRefused =
-            after == AfterCancel::FailGetXpsPart || (after == AfterCancel::KeepGiving && part != kPartsAsked);
+            after == AfterCancel::FailGetXpsPart || (after == AfterCancel::KeepGiving && part != kQuestions);
         EXPECT_EQ(isRefused ? kJobCancelled : S_OK, outcome.result);
         EXPECT_EQ(isRefused ? std::vector<HRESULT>{kJobCancelled} : std::vector<HRESULT>{},
                   outcome.shutdownCodes);
@@ -41,14 +38,14 @@ class CancellationTest : public FilterTest {
 TEST_F(CancellationTest, CancellingAtEachPartFromAnotherThreadEndsTheJobEveryTimeWithoutALeak) {
     for (const AfterCancel after :
          {AfterCancel::FailGetXpsPart, AfterCancel::EndOfParts, AfterCancel::KeepGiving}) {
-        for (unsigned part = 1; part <= kPartsAsked; ++part) Cancel(part, after, false);
+        for (unsigned part = 1; part <= kQuestions; ++part) Cancel(part, after, false);
     }
 }
 
 TEST_F(CancellationTest, CancellingWhileThePartIsWorkedOnEndsTheJobEveryTimeWithoutALeak) {
     for (const AfterCancel after :
          {AfterCancel::FailGetXpsPart, AfterCancel::EndOfParts, AfterCancel::KeepGiving}) {
-        for (unsigned part = 1; part <= kPartsAsked; ++part) Cancel(part, after, true);
+        for (unsigned part = 1; part <= kQuestions; ++part) Cancel(part, after, true);
     }
 }
 

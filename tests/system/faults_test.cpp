@@ -111,8 +111,6 @@ TEST_F(FaultsTest, EachSendThatFailsFailsTheJobWithItsCode) {
 }
 
 TEST_F(FaultsTest, GetXpsPartFailingAtPartNFailsTheJobAndSendsWhatCameBefore) {
-    // The document, the sequence, three documents and ten pages, and the question that finds no more.
-    constexpr unsigned kQuestions = 16;
     for (unsigned nth = 1; nth <= kQuestions; ++nth) {
         SCOPED_TRACE(nth);
         Configure();

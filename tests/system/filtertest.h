@@ -27,6 +27,10 @@ class FilterTest : public testing::Test {
     static void SetUpTestSuite();
     static void TearDownTestSuite();
 
+    // What a job of the sample asks the pipeline for: the document, the sequence, three documents and ten
+    // pages, and once more, which finds no part.
+    static constexpr unsigned kQuestions = 16;
+
     [[nodiscard]] static std::filesystem::path Device(const std::string& name);
     [[nodiscard]] static std::shared_ptr<const devkit::package::XpsDocument> OpenSample();
     [[nodiscard]] static std::shared_ptr<const devkit::pipeline::JobInput> SampleInput();

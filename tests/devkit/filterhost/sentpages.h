@@ -9,9 +9,10 @@
 
 namespace devkit::filterhost {
 
-// A page of that content, of a letter's size unless another is given.
-[[nodiscard]] inline std::string Markup(const std::string& content,
-                                        const char* size = "Width=\"816\" Height=\"1056\"") {
+inline constexpr const char* kLetterSize = "Width=\"816\" Height=\"1056\"";
+
+// A page of that content.
+[[nodiscard]] inline std::string Markup(const std::string& content, const char* size = kLetterSize) {
     return "<FixedPage xmlns=\"http://schemas.microsoft.com/xps/2005/06\" " + std::string(size) + ">" +
            content + "</FixedPage>";
 }

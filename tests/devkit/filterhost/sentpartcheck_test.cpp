@@ -17,8 +17,6 @@ using pipeline::PartPtr;
 using pipeline::SentPart;
 using Lines = std::vector<std::string>;
 
-constexpr const char* kSize = "Width=\"816\" Height=\"1056\"";
-
 std::string Image(const std::string& source) {
     return "<Path><Path.Fill><ImageBrush ImageSource=\"" + source + "\"/></Path.Fill></Path>";
 }
@@ -106,7 +104,7 @@ TEST(SentPartCheck, APageThatTheFilterMadeHasASize) {
         Write(*page, Markup("<Path/>", size));
         return TextsOf(SentPartCheck().Look({PartKind::FixedPage, page->Name(), page}));
     };
-    EXPECT_EQ(Lines{}, made(kSize));
+    EXPECT_EQ(Lines{}, made(kLetterSize));
     EXPECT_EQ(Lines{"the markup of FixedPage /new.fpage has no Width and no Height"}, made(""));
 }
 

@@ -9,8 +9,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kNap{20};
-
 // Keeps the calls that it is told of, if it wants any.
 class Keeper final : public RunObserver {
   public:

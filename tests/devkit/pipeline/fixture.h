@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -53,5 +54,8 @@ class PipelineTest : public testing::Test {
 };
 
 using Lines = std::vector<std::string>;
+
+// How long a test sleeps whose sleep is measured.
+inline constexpr std::chrono::milliseconds kNap{20};
 
 }  // namespace devkit::pipeline

@@ -19,9 +19,7 @@ using platform::ComPtr;
 using std::chrono::milliseconds;
 using Timed = OperationClock::Timed;
 
-constexpr milliseconds kShortNap{20};
-
-void Nap(milliseconds time = kShortNap) { std::this_thread::sleep_for(time); }
+void Nap(milliseconds time = kNap) { std::this_thread::sleep_for(time); }
 
 OperationTimes::Duration SumOf(const OperationTimes& times) {
     return std::accumulate(times.shares.begin(), times.shares.end(), OperationTimes::Duration());
@@ -34,21 +32,21 @@ TEST(OperationClock, GivesEachMomentToTheInnermostShare) {
         Nap();
         {
             const Timed pipeline(clock, Share::Pipeline);
-            Nap(2 * kShortNap);
+            Nap(2 * kNap);
             {
                 const Timed observer(clock, Share::Observer);
-                Nap(4 * kShortNap);
+                Nap(4 * kNap);
             }
-            Nap(4 * kShortNap);
+            Nap(4 * kNap);
             const Timed again(clock, Share::Pipeline);
-            Nap(2 * kShortNap);
+            Nap(2 * kNap);
         }
         Nap();
     }
     const OperationTimes times = clock.Times();
-    EXPECT_LE(2 * kShortNap, times.Of(Share::Filter));
-    EXPECT_LE(8 * kShortNap, times.Of(Share::Pipeline));
-    EXPECT_LE(4 * kShortNap, times.Of(Share::Observer));
+    EXPECT_LE(2 * kNap, times.Of(Share::Filter));
+    EXPECT_LE(8 * kNap, times.Of(Share::Pipeline));
+    EXPECT_LE(4 * kNap, times.Of(Share::Observer));
     EXPECT_EQ(OperationTimes::Duration(), times.Of(Share::TicketProvider));
     // Nothing is counted twice, and nothing is left out.
     EXPECT_EQ(times.end - times.begin, SumOf(times));
@@ -60,11 +58,11 @@ TEST(OperationClock, LooksAtTheThreadOfTheOperationAlone) {
         const OperationClock::Operation operation(clock);
         std::thread([&] {
             const Timed pipeline(clock, Share::Pipeline);
-            clock.Reassign(Share::TicketProvider, kShortNap);
+            clock.Reassign(Share::TicketProvider, kNap);
             Nap();
         }).join();
     }
-    EXPECT_LE(kShortNap, clock.Times().Of(Share::Filter));
+    EXPECT_LE(kNap, clock.Times().Of(Share::Filter));
     EXPECT_EQ(clock.Times().Of(Share::Filter), SumOf(clock.Times()));
 }
 
@@ -74,7 +72,7 @@ TEST(OperationClock, CountsNothingOutsideOfAnOperation) {
     const OperationTimes before = clock.Times();
     {
         const Timed pipeline(clock, Share::Pipeline);
-        clock.Reassign(Share::TicketProvider, kShortNap);
+        clock.Reassign(Share::TicketProvider, kNap);
         Nap();
     }
     EXPECT_EQ(before.shares, clock.Times().shares);
@@ -85,11 +83,11 @@ TEST(OperationClock, CanBeToldThatTimeWasSomebodyElses) {
     {
         const OperationClock::Operation operation(clock);
         Nap();
-        clock.Reassign(Share::TicketProvider, kShortNap);
+        clock.Reassign(Share::TicketProvider, kNap);
     }
     const OperationTimes times = clock.Times();
-    EXPECT_EQ(kShortNap, times.Of(Share::TicketProvider));
-    EXPECT_EQ(times.end - times.begin, times.Of(Share::Filter) + kShortNap);
+    EXPECT_EQ(kNap, times.Of(Share::TicketProvider));
+    EXPECT_EQ(times.end - times.begin, times.Of(Share::Filter) + kNap);
 }
 
 // Every call to an object of the pipeline takes its time, by being told of; what is told takes longer.
@@ -216,7 +214,7 @@ class SlowToGo final : public ComObject<IPrintWriteStreamFlush> {
 TEST_F(PipelineTimeTest, IsThatOfTheLastRelease) {
     ComPtr<SlowToGo> object = MakeObject<SlowToGo>(Context());
     const OperationClock::Operation operation(Context()->Clock());
-    EXPECT_LE(kShortNap, TimesOf([&] { object.Reset(); }).Of(Share::Pipeline));
+    EXPECT_LE(kNap, TimesOf([&] { object.Reset(); }).Of(Share::Pipeline));
 }
 
 }  // namespace
