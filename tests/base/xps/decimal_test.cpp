@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string_view>
 #include <vector>
 
 #include "base/xps/localechange.h"
@@ -26,6 +27,11 @@ TEST(DecimalTest, ReadsAsZeroWhatBeginsWithNoNumber) {
                                 L"nan", L"-Infinity", L"\u0661", L"0x10"}) {
         EXPECT_EQ(0.0f, ParseDecimal(text)) << text;
     }
+}
+
+TEST(DecimalTest, ReadsNothingThatStandsBeforeABlankText) {
+    constexpr std::wstring_view kText = L"7  ";
+    EXPECT_EQ(0.0f, ParseDecimal(kText.substr(1)));
 }
 
 TEST(DecimalTest, ReadsAsZeroWhatAFloatCannotHold) {
