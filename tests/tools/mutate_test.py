@@ -181,16 +181,20 @@ class SmallProject(unittest.TestCase):
                 return Half(Mixed(place, 10));
             }
             """,
+        "src/base/twice.cpp": """\
+            int Twice(int value) { return value * 2; }
+            """,
         "tests/base/act_test.cpp": """\
             #include <cstdio>
             int Act(int* place, unsigned steps);
+            int Twice(int value);
             bool ThirdIsRight();
             int main() {
                 std::puts("[ RUN      ] Act.Works");
                 std::fflush(stdout);
                 int none = 0, five = 6, less = -1;
                 if (Act(nullptr, 0) != -1 || Act(&five, 3) != 8 || Act(&less, 1) != 0 || Act(&none, 80) != 5 ||
-                    !ThirdIsRight()) {
+                    !ThirdIsRight() || Twice(7) != 14) {
                     std::puts("[  FAILED  ] Act.Works (0 ms)");
                     return 1;
                 }
@@ -204,6 +208,9 @@ class SmallProject(unittest.TestCase):
         "build/Unity/unity_0_cxx.cxx": """\
             #include "ROOT/tests/base/act_test.cpp"
             #include "ROOT/tests/base/half_test.cpp"
+            """,
+        "build/Unity/unity_1_cxx.cxx": """\
+            #include "ROOT/src/base/act.cpp"
             """,
         "tests/mutants.md": """\
             ## src/base/act.cpp
@@ -219,9 +226,10 @@ class SmallProject(unittest.TestCase):
               command = rm -f $out && x86_64-w64-mingw32-ar qc $out $in && :
             rule link
               command = : && {COMPILER} -static $in -o $out libbase.a && :
-            build act.obj: compile ROOT/src/base/act.cpp
+            build act.obj: compile ROOT/build/Unity/unity_1_cxx.cxx
+            build twice.obj: compile ROOT/src/base/twice.cpp
             build tests.obj: compile ROOT/build/Unity/unity_0_cxx.cxx
-            build libbase.a: archive act.obj
+            build libbase.a: archive act.obj twice.obj
             build bin/test_base.exe: link tests.obj | libbase.a
             """,
     }
@@ -235,6 +243,8 @@ class SmallProject(unittest.TestCase):
         "return Half(Mixed(place, 10)); → return Half(Mixed(10, place));": "no compile",
         "return Half(Mixed(place, 10)); → return Half(Mixed(place, 11));": "survived",
         "{ return value / 2; } → inline int Half(int value) { return value / 3; }": "killed .*test_base Act.Works",
+        # Compiled by itself.
+        "{ return value * 2; } → int Twice(int value) { return value * 3; }": "killed .*test_base Act.Works",
         # Only the header's own tests have it; they are compiled together with others.
         "{ return value / 3; } → inline int Third(int value) { return value / 4; }": "killed .*test_base Act.Works",
     }

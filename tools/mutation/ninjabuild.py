@@ -1,4 +1,5 @@
 """What a finished Ninja build knows: how each object is compiled, what each program is linked of."""
+import functools
 import json
 import os
 import re
@@ -53,18 +54,22 @@ class NinjaBuild:
                     current.add(path)
         return found
 
+    @functools.cache
     def sources(self, name):
         """What the object is compiled of: its source, or those that are compiled together."""
         source = self.compile_commands[name][0]
         if "/Unity/" not in source:
             return [source]
-        return sorted(file for file in self.dependencies.get(name, ()) if file.endswith(".cpp"))
+        with open(os.path.join(self.root, source), encoding="utf-8") as unit:
+            return [os.path.relpath(file, self.root) for file in re.findall('^#include "(.+)"$', unit.read(), re.MULTILINE)]
+
+    def is_below(self, name, folder):
+        return any(source.startswith(folder + "/") for source in self.sources(name))
 
     def users(self, file, folder):
         """The objects of sources below the folder that are made of the file."""
-        return sorted(name for name, (source, _) in self.compile_commands.items()
-                      if source.startswith(folder + "/") and
-                      (source == file or file in self.dependencies.get(name, ())))
+        return sorted(name for name in self.compile_commands if self.is_below(name, folder) and
+                      (file in self.sources(name) or file in self.dependencies.get(name, ())))
 
     def outputs(self, pattern):
         """Outputs that a file of the pattern is built for."""

@@ -49,7 +49,7 @@ class Plan:
         return {*program.objects, *(member for archive in program.libraries.values() for member in archive)}
 
     def product_archives(self, program):
-        return sum(any(self.build.compile_commands[member][0].startswith(self.sources + "/") for member in archive)
+        return sum(any(self.build.is_below(member, self.sources) for member in archive)
                    for archive in program.libraries.values())
 
     def mirrored(self, program, file):
@@ -182,6 +182,7 @@ class Workshop:
         """With the build's own flags, the overlay's copy of the file in its place and no word about warnings."""
         os.makedirs(os.path.dirname(output), exist_ok=True)
         source, words = self.build.compile_commands[name]
+        changed = self.source_with(file, name)
         while "ccache" in os.path.basename(words[0]):
             words = words[1:]
         command, skip = [words[0], "-I" + os.path.join(self.overlay, self.plan.sources)], False
@@ -190,12 +191,24 @@ class Workshop:
                 skip = False
             elif word in ("-MT", "-MF", "-o"):
                 skip = True
-            elif word != "-MD" and not (source == file and self.names_source(word, source)):
+            elif word != "-MD" and not (changed and self.names_source(word, source)):
                 command.append(word)
-        if source == file:
-            command.append(os.path.join(self.overlay, source))
+        if changed:
+            command.append(changed)
         # Messages name the file as if it stood in the tree.
         self.call([*command, "-w", f"-ffile-prefix-map={self.overlay}/=", "-o", output], NoCompile)
+
+    def source_with(self, file, name):
+        """The overlay's copy of what is compiled for the object; None where that is not changed by a change of the file."""
+        source = self.build.compile_commands[name][0]
+        if file not in self.build.sources(name):
+            return None
+        copy = os.path.join(self.overlay, file)
+        if source == file:
+            return copy
+        with open(os.path.join(self.build.root, source), encoding="utf-8") as unit:
+            self.write(source, unit.read().replace(f'"{os.path.join(self.build.root, file)}"', f'"{copy}"'))
+        return os.path.join(self.overlay, source)
 
     def names_source(self, word, source):
         return os.path.realpath(os.path.join(self.build.folder, word)) == os.path.join(self.build.root, source)
