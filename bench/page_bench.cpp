@@ -18,7 +18,7 @@ void OfOnePage(benchmark::State& state, PageTickets tickets, double (PageJob::*r
 }
 
 // Each floor right before what it is the floor of.
-const bool kRegistered = [] {
+const bool kPagesRegistered = [] {
     struct Kind {
         const char* name;
         PageTickets tickets;

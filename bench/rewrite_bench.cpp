@@ -23,7 +23,7 @@ void Rewrite(benchmark::State& state) {
 }
 
 // Each floor right before what it is the floor of.
-const bool kRegistered = [] {
+const bool kRewritesRegistered = [] {
     for (const std::int64_t size : {1, 10, 100}) {
         for (const auto& [name, run] : {std::pair("Floor", &Floor), std::pair("Rewrite", &Rewrite)}) {
             benchmark::RegisterBenchmark(name, run)

@@ -25,6 +25,13 @@ macro(precompile_headers target)
   endif()
 endmacro()
 
+# reuse_precompiled(TARGET): what such a library does, for another target.
+function(reuse_precompiled target)
+  if(precompiled)
+    target_precompile_headers(${target} REUSE_FROM ${precompiled})
+  endif()
+endfunction()
+
 # folder_library(TARGET ROOT FOLDER [LINKS TARGET...] [FIRST SOURCE...]): a static library of all sources of ROOT/FOLDER,
 # an interface library when there are none. Of a unity build the sources named FIRST come into the same unit.
 function(folder_library target root folder)
@@ -43,8 +50,8 @@ function(folder_library target root folder)
   endif()
   folder_headers(${target} ${scope} ${root} ${folder})
   target_link_libraries(${target} ${scope} compiler_flags ${arg_LINKS})
-  if(sources AND precompiled)
-    target_precompile_headers(${target} REUSE_FROM ${precompiled})
+  if(sources)
+    reuse_precompiled(${target})
   endif()
 endfunction()
 

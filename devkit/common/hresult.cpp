@@ -13,7 +13,7 @@ struct Named {
 };
 
 // The codes that filters and the parts of the platform that they call are known to answer.
-constexpr auto kNames = std::to_array<Named>({
+constexpr auto kCodes = std::to_array<Named>({
     {0x00000000, "S_OK"},
     {0x00000001, "S_FALSE"},
     {0x00040001, "S_PT_NO_CONFLICT"},
@@ -63,7 +63,7 @@ constexpr auto kNames = std::to_array<Named>({
 });
 
 const char* Find(HRESULT hr) {
-    for (const Named& named : kNames) {
+    for (const Named& named : kCodes) {
         if (static_cast<HRESULT>(named.code) == hr) return named.name;
     }
     return nullptr;
@@ -83,7 +83,7 @@ std::string NameOf(HRESULT hr) {
 }
 
 std::optional<HRESULT> ParseHresult(std::string_view text) {
-    for (const Named& named : kNames) {
+    for (const Named& named : kCodes) {
         if (text == named.name) return static_cast<HRESULT>(named.code);
     }
     if (!text.starts_with("0x")) return std::nullopt;

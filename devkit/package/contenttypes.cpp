@@ -11,7 +11,8 @@ namespace devkit::package {
 
 namespace {
 
-constexpr std::string_view kNamespace = "http://schemas.openxmlformats.org/package/2006/content-types";
+constexpr std::string_view kContentTypesNamespace =
+    "http://schemas.openxmlformats.org/package/2006/content-types";
 
 constexpr std::pair<std::string_view, std::string_view> kCustomary[] = {
     {"rels", "application/vnd.openxmlformats-package.relationships+xml"},
@@ -64,7 +65,7 @@ ContentTypes ContentTypes::Parse(std::string_view markup, const common::XmlLimit
     ContentTypes types;
     common::XmlReader reader(markup, "/[Content_Types].xml", limits);
     while (reader.NextElement()) {
-        if (reader.Depth() != 1 || reader.Namespace() != kNamespace) continue;
+        if (reader.Depth() != 1 || reader.Namespace() != kContentTypesNamespace) continue;
         std::string type = reader.Attribute("ContentType").value_or("");
         const std::string element = reader.LocalName();
         if (element == "Default") {
@@ -111,7 +112,7 @@ std::string ContentTypes::Markup() const {
         writer.EndElement();
     };
     writer.StartElement("Types");
-    writer.Attribute("xmlns", kNamespace);
+    writer.Attribute("xmlns", kContentTypesNamespace);
     for (const Declaration& each : m_defaults.declarations) write("Default", "Extension", each);
     for (const Declaration& each : m_overrides.declarations) write("Override", "PartName", each);
     return writer.Take();

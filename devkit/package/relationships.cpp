@@ -9,7 +9,8 @@ namespace devkit::package {
 
 namespace {
 
-constexpr std::string_view kNamespace = "http://schemas.openxmlformats.org/package/2006/relationships";
+constexpr std::string_view kRelationshipsNamespace =
+    "http://schemas.openxmlformats.org/package/2006/relationships";
 
 }  // namespace
 
@@ -18,7 +19,7 @@ std::vector<Relationship> ParseRelationships(std::string_view markup, const std:
     std::vector<Relationship> relationships;
     common::XmlReader reader(markup, where, limits);
     while (reader.NextElement()) {
-        if (reader.LocalName() != "Relationship" || reader.Namespace() != kNamespace) continue;
+        if (reader.LocalName() != "Relationship" || reader.Namespace() != kRelationshipsNamespace) continue;
         relationships.push_back({reader.Attribute("Id").value_or(""), reader.Attribute("Type").value_or(""),
                                  reader.Attribute("Target").value_or(""),
                                  reader.Attribute("TargetMode") == "External"});
@@ -29,7 +30,7 @@ std::vector<Relationship> ParseRelationships(std::string_view markup, const std:
 std::string RelationshipsMarkup(const std::vector<Relationship>& relationships) {
     common::XmlWriter writer;
     writer.StartElement("Relationships");
-    writer.Attribute("xmlns", kNamespace);
+    writer.Attribute("xmlns", kRelationshipsNamespace);
     for (const Relationship& each : relationships) {
         writer.StartElement("Relationship");
         writer.Attribute("Type", each.type);
