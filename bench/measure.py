@@ -73,7 +73,7 @@ class Bench:
 
     def quietly(self, measure):
         """What `measure` returns from a run during which others did not work."""
-        for _ in range(4):
+        for attempt in range(8):
             self.watch.start()
             result = measure()
             others = self.watch.stop()
@@ -81,7 +81,8 @@ class Bench:
                 self.disturbance.append(others)
                 return result
             self.repeated += 1
-            time.sleep(5)
+            # What disturbs for a minute must not throw away a quarter of an hour.
+            time.sleep(min(60, 5 * 2**attempt))
         raise NotQuiet(f"other processes used {others:.2f} of a processor; load average {os.getloadavg()[0]:.1f}")
 
     # --- jobs through filterhost
