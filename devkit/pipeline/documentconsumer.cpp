@@ -46,6 +46,9 @@ bool HasSendMethod(PartKind kind) {
            kind == PartKind::FixedDocument || kind == PartKind::FixedPage;
 }
 
+// Whether the filter did anything with a part that it made.
+bool IsUsed(const PartPtr& part) { return part->attached || part->sent; }
+
 // The name of an object of the filter's own, where it has one.
 std::string NameOfForeign(IUnknown* pObject) {
     ComPtr<IPartBase> base;
@@ -74,7 +77,7 @@ std::vector<std::string> DocumentConsumer::Unattached() const {
     const std::lock_guard guard(m_lock);
     std::vector<std::string> titles;
     for (const PartPtr& part : m_made) {
-        if (!part->attached && !part->sent) titles.push_back(part->Title());
+        if (!IsUsed(part)) titles.push_back(part->Title());
     }
     return titles;
 }
@@ -271,16 +274,24 @@ void DocumentConsumer::Settle(Part& part) {
     }
 }
 
-// Of a page that went on as it came only its place is kept, so that a long job takes little memory. A filter
-// may hold on to what it has just sent; what it holds longer than that is kept.
+// Of a page that comes from the input only its place is kept and what was made of it, so that a long job
+// takes little memory. A filter may hold on to what it has just sent; what it holds longer than that is kept.
 void DocumentConsumer::LetGoOfEarlier() {
     constexpr std::size_t kPatience = 256;
+    std::erase_if(m_made, IsUsed);
     if (m_sent.size() <= kPatience) return;
     SentPart& sent = m_sent[m_sent.size() - 1 - kPatience];
     if (sent.part == nullptr || sent.part.use_count() != 1) return;
     // Whoever let go of it last may have been another thread.
     std::atomic_thread_fence(std::memory_order_acquire);
-    if (sent.part->IsAsItCame()) sent = {sent.kind, {}, nullptr, sent.part->place};
+    std::optional<PageChange> change = sent.part->FinalChange();
+    if (!change) return;
+    const bool isChanged = !change->IsNone();
+    sent = {sent.kind,
+            {},
+            nullptr,
+            sent.part->place,
+            isChanged ? std::make_shared<const PageChange>(std::move(*change)) : nullptr};
 }
 
 }  // namespace devkit::pipeline

@@ -65,7 +65,7 @@ class DocumentConsumer final : public ComObject<IXpsDocumentConsumer> {
     bool m_closed = false;
     Counts m_counts;
     SentParts m_sent;
-    std::vector<PartPtr> m_made;
+    std::vector<PartPtr> m_made;  // by the filter; what it used is forgotten when a part is sent
     std::vector<platform::ComPtr<IUnknown>> m_foreign;
 };
 

@@ -111,7 +111,7 @@ class TreeBuilder {
                 m_documents.push_back({*NameInPackage(sent.part), NameInPackage(sent.part->ticket), {}});
                 break;
             case PartKind::FixedPage:
-                m_documents.back().pages.push_back(sent.asItCame ? TakePage(*sent.asItCame) : MakePage(sent));
+                m_documents.back().pages.push_back(sent.place ? TakePage(sent) : MakePage(sent));
                 break;
             default:
                 break;
@@ -132,10 +132,18 @@ class TreeBuilder {
     }
 
     // The page of the input, which is sent no second time.
-    package::FixedPage TakePage(const PagePlace& place) {
-        package::FixedPage page = std::move(m_input[place.document].pages[place.page]);
+    package::FixedPage TakePage(const SentPart& sent) {
+        package::FixedPage page = std::move(m_input[sent.place->document].pages[sent.place->page]);
         page.markup.reset();
+        if (sent.change == nullptr) return page;
+        page.markup = sent.change->markup;
+        if (sent.change->ticketReplaced) page.ticket = AddTicket(sent.change->ticket);
         return page;
+    }
+
+    std::optional<std::string> AddTicket(const std::optional<PageChange::Ticket>& ticket) {
+        if (!ticket) return std::nullopt;
+        return m_document.AddPart(ticket->name, package::kPrintTicketContentType, ticket->bytes);
     }
 
     // The part's name in the package. A part that the filter made is added the first time that it is met.

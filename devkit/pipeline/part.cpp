@@ -148,15 +148,33 @@ bool Part::IsBeingWritten() {
     return m_writing != nullptr;
 }
 
-bool Part::IsAsItCame() {
-    const auto isUntouched = [](const PartPtr& hanger, long holders) {
-        return hanger == nullptr || (hanger.use_count() == holders && !hanger->attached &&
-                                     !hanger->IsWritten() && !hanger->IsBeingWritten());
-    };
-    // The page has its ticket twice.
-    return place && !IsWritten() && !IsBeingWritten() && ticket == inputTicket && isUntouched(ticket, 2) &&
-           deleted.empty() &&
-           std::ranges::all_of(resources, [&](const PartPtr& each) { return isUntouched(each, 1); });
+bool Part::IsUntouched() { return !attached && !IsWritten() && !IsBeingWritten(); }
+
+// Whether it is a page of the input of which nobody holds anything, and that has its resources as they came.
+bool Part::IsAtRest() {
+    if (!place || IsBeingWritten() || !deleted.empty()) return false;
+    // The page has the ticket twice that it came with.
+    if (ticket != nullptr && ticket.use_count() != (ticket == inputTicket ? 2 : 1)) return false;
+    return std::ranges::all_of(
+        resources, [](const PartPtr& each) { return each.use_count() == 1 && each->IsUntouched(); });
+}
+
+std::optional<PageChange> Part::FinalChange() {
+    if (!IsAtRest()) return std::nullopt;
+    PageChange change;
+    if (IsWritten()) {
+        if (!m_aside) return std::nullopt;
+        change.markup = m_aside;
+    }
+    if (ticket == inputTicket) {
+        if (ticket != nullptr && !ticket->IsUntouched()) return std::nullopt;
+        return change;
+    }
+    change.ticketReplaced = true;
+    if (ticket == nullptr) return change;
+    if (!ticket->IsNew() || ticket->IsBeingWritten() || !ticket->m_aside) return std::nullopt;
+    change.ticket = {ticket->Name(), *ticket->m_aside};
+    return change;
 }
 
 std::shared_ptr<Writing> Part::BeginWriting() {

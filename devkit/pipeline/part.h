@@ -52,6 +52,20 @@ struct PagePlace {
     std::uint32_t page = 0;
 };
 
+// What a filter made of a page of the input: new markup, another ticket or none, or nothing at all.
+struct PageChange {
+    struct Ticket {
+        std::string name;  // the filter's own
+        common::Content bytes;
+    };
+
+    [[nodiscard]] bool IsNone() const noexcept { return !markup && !ticketReplaced; }
+
+    std::optional<common::Content> markup;
+    bool ticketReplaced = false;
+    std::optional<Ticket> ticket;  // of its making; none when the page has none any more
+};
+
 // One part of the document on its way through the filter: its name, its bytes, and the parts that hang on it.
 // The COM objects that the filter sees are views of it; several may show the same part. For the pipeline
 // thread only.
@@ -89,9 +103,10 @@ class Part {
     [[nodiscard]] bool IsWritten();
     // Whether a write stream is open.
     [[nodiscard]] bool IsBeingWritten();
-    // Whether it is a page of the input with all that hung on it there, no more and no less, of which nothing
-    // was written or is held by somebody who could write it.
-    [[nodiscard]] bool IsAsItCame();
+    // Of a page of the input with all resources that hung on it there, no more and no less, what was made of
+    // it and put aside; none while somebody holds what could still be written, and when there is more to
+    // tell.
+    [[nodiscard]] std::optional<PageChange> FinalChange();
     // Null when a write stream is open already.
     [[nodiscard]] std::shared_ptr<Writing> BeginWriting();
 
@@ -109,6 +124,8 @@ class Part {
 
   private:
     void TakeWritten();
+    [[nodiscard]] bool IsUntouched();
+    [[nodiscard]] bool IsAtRest();
 
     PartKind m_kind;
     InputPart m_input;
@@ -129,8 +146,9 @@ struct SentPart {
     PartKind kind = PartKind::Unknown;  // Unknown for all that came by SendXpsUnknown
     std::string name;                   // empty for the XPS document and for an object that is not the kit's
     PartPtr part;                       // null for an object that is not the kit's
-    // Set, and then instead of the name and the part, once a page went on as it came and is let go by all.
-    std::optional<PagePlace> asItCame{};
+    // Set, and then instead of the name and the part, once a page of the input is let go by all.
+    std::optional<PagePlace> place{};
+    std::shared_ptr<const PageChange> change{};  // of that page; null when it went on as it came
 
     // Whether the filter replaced the bytes of a part of the input.
     [[nodiscard]] bool MarkupRewritten() const {

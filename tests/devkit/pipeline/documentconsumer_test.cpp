@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <map>
-#include <set>
 
 #include "devkit/pipeline/pageobjects.h"
 #include "devkit/pipeline/partfactory.h"
@@ -211,7 +210,7 @@ std::shared_ptr<const JobInput> LongJob() {
     return job;
 }
 
-void WriteTo(const PartPtr& part) { part->BeginWriting()->Close(); }
+PartPtr NewTicket(std::string_view bytes) { return Made(PartKind::PrintTicket, "/t", bytes); }
 
 // Sends all parts of the long job. `touch` is called with each page before that is sent, by its number.
 void SendLongJob(DocumentConsumer& consumer, const ContextPtr& context,
@@ -244,53 +243,77 @@ void SendLongJob(DocumentConsumer& consumer, const ContextPtr& context,
     }
 }
 
-// The pages of which not only the place is kept, by their number.
-std::set<std::size_t> PagesKept(const SentParts& sent) {
-    std::set<std::size_t> kept;
+// "markup [x], ticket /t [y]".
+std::string TextOf(const PageChange& change) {
+    std::string text;
+    if (change.markup) text = "markup [" + change.markup->Read() + "]";
+    if (!change.ticketReplaced) return text;
+    if (!text.empty()) text += ", ";
+    return text + (change.ticket ? "ticket " + change.ticket->name + " [" + change.ticket->bytes.Read() + "]"
+                                 : "no ticket");
+}
+
+// The pages of which not only the place is kept, by their number: what was made of them, or nothing when they
+// are kept whole.
+std::map<std::size_t, std::string> PagesKept(const SentParts& sent) {
+    std::map<std::size_t, std::string> kept;
     std::size_t number = 0;
     for (const SentPart& each : sent) {
         if (each.kind != PartKind::FixedPage) continue;
-        if (each.asItCame) {
+        if (each.place) {
             EXPECT_EQ(nullptr, each.part);
             EXPECT_EQ("", each.name);
-            EXPECT_EQ(0U, each.asItCame->document);
-            EXPECT_EQ(number, each.asItCame->page);
+            EXPECT_EQ(0U, each.place->document);
+            EXPECT_EQ(number, each.place->page);
             EXPECT_FALSE(each.MarkupRewritten() || each.TicketReplaced());
+            if (each.change) kept.emplace(number, TextOf(*each.change));
         } else {
             EXPECT_NE(nullptr, each.part);
-            kept.insert(number);
+            EXPECT_EQ(nullptr, each.change);
+            kept.emplace(number, "");
         }
         ++number;
     }
     return kept;
 }
 
-constexpr std::size_t kFirstOfTheLast =
-    600 + 5 - 256 - 3;  // of the pages, of which the last 256 parts are kept
+// Of the last 256 parts nothing is let go.
+std::map<std::size_t, std::string> TheLastPages() {
+    std::map<std::size_t, std::string> pages;
+    for (std::size_t page = 600 + 5 - 256 - 3; page < 601; ++page) pages.emplace(page, "");
+    return pages;
+}
 
 TEST_F(DocumentConsumerTest, OfAPageThatWentOnAsItCameOnlyThePlaceIsKept) {
     SendLongJob(Consumer(), Context(), [](std::size_t, const PartPtr&) {});
     EXPECT_EQ(605U, Consumer().Sent().size());
-    std::set<std::size_t> expected;
-    for (std::size_t page = kFirstOfTheLast; page < 601; ++page) expected.insert(page);
-    EXPECT_EQ(expected, PagesKept(Consumer().Sent()));
+    EXPECT_EQ(TheLastPages(), PagesKept(Consumer().Sent()));
 }
 
-TEST_F(DocumentConsumerTest, APageThatIsHeldOrWasChangedIsKept) {
+TEST_F(DocumentConsumerTest, APageThatIsHeldOrHasOtherResourcesIsKept) {
     std::vector<std::shared_ptr<void>> held;
     const std::map<std::size_t, std::function<void(const PartPtr&)>> touches{
         {10, [&](const PartPtr& page) { held.push_back(page); }},
         {20, [&](const PartPtr& page) { held.push_back(page->ticket); }},
         {30, [&](const PartPtr& page) { held.push_back(page->resources[1]); }},
-        {40, [](const PartPtr& page) { WriteTo(page); }},
-        {50, [](const PartPtr& page) { WriteTo(page->ticket); }},
-        {60, [](const PartPtr& page) { WriteTo(page->resources.back()); }},
+        {40, [&](const PartPtr& page) { held.push_back(page->ticket = NewTicket("new")); }},
+        {50, [](const PartPtr& page) { Write(*page->ticket, ""); }},
+        {60, [](const PartPtr& page) { Write(*page->resources.back(), ""); }},
         {70, [&](const PartPtr& page) { held.push_back(page->ticket->BeginWriting()); }},
         {80, [&](const PartPtr& page) { held.push_back(page->resources[0]->BeginWriting()); }},
-        {90, [](const PartPtr& page) { page->ticket = std::make_shared<Part>(PartKind::PrintTicket, "/t"); }},
-        {100, [](const PartPtr& page) { page->ticket = nullptr; }},
-        {111,
+        {90,
+         [](const PartPtr& page) {
+             page->ticket = std::make_shared<Part>(PartKind::PrintTicket,
+                                                   InputPart{"/another", "", [] { return Bytes(); }});
+             Write(*page->ticket, "new");
+         }},
+        {100,
          [](const PartPtr& page) { page->ticket = std::make_shared<Part>(PartKind::PrintTicket, "/t"); }},
+        {111,
+         [&](const PartPtr& page) {
+             page->ticket = NewTicket("new");
+             held.push_back(page->ticket->BeginWriting());
+         }},
         {120, [](const PartPtr& page) { page->deleted.emplace_back("/1/font.odttf"); }},
         {131,
          [](const PartPtr& page) {
@@ -301,10 +324,58 @@ TEST_F(DocumentConsumerTest, APageThatIsHeldOrWasChangedIsKept) {
     SendLongJob(Consumer(), Context(), [&](std::size_t number, const PartPtr& page) {
         if (const auto touch = touches.find(number); touch != touches.end()) touch->second(page);
     });
-    std::set<std::size_t> expected;
-    for (const auto& [number, touch] : touches) expected.insert(number);
-    for (std::size_t page = kFirstOfTheLast; page < 601; ++page) expected.insert(page);
+    std::map<std::size_t, std::string> expected = TheLastPages();
+    for (const auto& [number, touch] : touches) expected.emplace(number, "");
     EXPECT_EQ(expected, PagesKept(Consumer().Sent()));
+}
+
+TEST_F(DocumentConsumerTest, OfAPageThatWasChangedThePlaceIsKeptAndTheChange) {
+    struct Row {
+        std::function<void(const PartPtr&)> touch;
+        std::string expected;
+    };
+    const std::map<std::size_t, Row> rows{
+        {10, {[](const PartPtr& page) { Write(*page, "new"); }, "markup [new]"}},
+        {20, {[](const PartPtr& page) { Write(*page, ""); }, "markup []"}},
+        {30, {[](const PartPtr& page) { page->ticket = NewTicket("its"); }, "ticket /t [its]"}},
+        {41, {[](const PartPtr& page) { page->ticket = NewTicket("first"); }, "ticket /t [first]"}},
+        {50, {[](const PartPtr& page) { page->ticket = nullptr; }, "no ticket"}},
+        {60,
+         {[](const PartPtr& page) {
+              Write(*page, "new");
+              page->ticket = NewTicket("its");
+          },
+          "markup [new], ticket /t [its]"}},
+    };
+    SendLongJob(Consumer(), Context(), [&](std::size_t number, const PartPtr& page) {
+        if (const auto row = rows.find(number); row != rows.end()) row->second.touch(page);
+    });
+    std::map<std::size_t, std::string> expected = TheLastPages();
+    for (const auto& [number, row] : rows) expected.emplace(number, row.expected);
+    EXPECT_EQ(expected, PagesKept(Consumer().Sent()));
+}
+
+TEST_F(DocumentConsumerTest, WhatTheFilterMadeIsHeldUntilItIsUsed) {
+    std::vector<std::weak_ptr<Part>> made;
+    SendLongJob(Consumer(), Context(), [&](std::size_t number, const PartPtr& page) {
+        if (number > 1) return;
+        ASSERT_EQ(S_OK, NewEmptyPart(__uuidof(IPartPrintTicket), number == 0 ? L"/first" : L"/second"));
+        ComPtr<IPartPrintTicket> ticket;
+        ComPtr<IPrintWriteStream> stream;
+        ASSERT_EQ(S_OK, Consumer().GetNewEmptyPart(L"/t", __uuidof(IPartPrintTicket), ticket.PutVoid(),
+                                                   stream.Put()));
+        stream->Close();
+        page->ticket = PartOf(ticket.Get());
+        page->ticket->attached = true;
+        made.emplace_back(page->ticket);
+    });
+    std::map<std::size_t, std::string> expected = TheLastPages();
+    expected.emplace(0, "ticket /t []");
+    expected.emplace(1, "ticket /t []");
+    EXPECT_EQ(expected, PagesKept(Consumer().Sent()));
+    EXPECT_TRUE(made.at(0).expired() && made.at(1).expired());
+    EXPECT_EQ((std::vector<std::string>{"PrintTicket /first", "PrintTicket /second"}),
+              Consumer().Unattached());
 }
 
 TEST_F(DocumentConsumerTest, WhatIsSentWaitsInATemporaryFile) {

@@ -28,6 +28,18 @@ InputPart InMemory(std::string name, std::string contentType, std::string bytes)
             [shared = std::make_shared<const std::string>(std::move(bytes))] { return shared; }};
 }
 
+void Write(Part& part, std::string_view bytes) {
+    const auto writing = part.BeginWriting();
+    writing->Append(bytes.data(), bytes.size());
+    writing->Close();
+}
+
+PartPtr Made(PartKind kind, std::string name, std::string_view bytes) {
+    PartPtr part = std::make_shared<Part>(kind, std::move(name));
+    Write(*part, bytes);
+    return part;
+}
+
 std::shared_ptr<JobInput> SampleJob() {
     const auto job = std::make_shared<JobInput>();
     job->thumbnail = InMemory("/thumbnail.png", "image/png", "thumbnail");

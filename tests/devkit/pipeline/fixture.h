@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,11 @@ namespace devkit::pipeline {
 
 // A part of a document that exists in memory only.
 [[nodiscard]] InputPart InMemory(std::string name, std::string contentType, std::string bytes);
+
+// Writes the bytes of a part, as a filter does.
+void Write(Part& part, std::string_view bytes);
+// A part as a filter makes it.
+[[nodiscard]] PartPtr Made(PartKind kind, std::string name, std::string_view bytes);
 
 // Two documents of two pages and one: tickets of the job, of the first document and of the first page; the
 // first page has a font, an image, a colour profile, a dictionary and a part of an unknown kind.

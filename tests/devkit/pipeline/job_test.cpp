@@ -195,7 +195,7 @@ std::string LongDocumentThrough(const wchar_t* mode, std::size_t& kept) {
     EXPECT_EQ(Lines{}, outcome.breaches);
     EXPECT_TRUE(outcome.IsWhole());
     kept = static_cast<std::size_t>(
-        std::ranges::count_if(outcome.parts, [](const SentPart& part) { return !part.asItCame; }));
+        std::ranges::count_if(outcome.parts, [](const SentPart& part) { return !part.place; }));
     ApplySentParts(*document, outcome.parts);
     common::MemorySink sink;
     document->Save(sink);
@@ -228,6 +228,22 @@ TEST_F(OutputPackageTest, OfALongDocumentThePagesThatWereSentRemain) {
     EXPECT_FALSE(after.GetPackage().Contains("/0.fpage") || after.GetPackage().Contains("/0.xml"));
 }
 
+TEST_F(OutputPackageTest, EachPageOfALongDocumentGetsTheTicketThatWasMadeForIt) {
+    std::size_t kept = 0;
+    const auto bytes = std::make_shared<const std::string>(LongDocumentThrough(L"ticket", kept));
+    EXPECT_EQ(259U, kept);
+    const XpsDocument after =
+        XpsDocument::Open(package::Package::Open(std::make_unique<common::MemorySource>(bytes), "after.xps"));
+    ASSERT_EQ(600U, after.sequence.documents[0].pages.size());
+    for (std::size_t i = 0; i < 600; ++i) {
+        const package::FixedPage& page = after.sequence.documents[0].pages[i];
+        EXPECT_EQ("/" + std::to_string(i) + ".fpage", page.name);
+        EXPECT_EQ("/Tickets/made_" + std::to_string(i + 1) + ".xml", page.ticket);
+        EXPECT_EQ(std::vector<std::string>(i % 5 == 0 ? 1 : 0, "/d.fdoc"), page.resources) << i;
+    }
+    EXPECT_FALSE(after.GetPackage().Contains("/0.xml"));
+}
+
 TEST_F(OutputPackageTest, APageOfWhichThePlaceIsKeptGoesWhereItWasSent) {
     XpsDocument document = XpsDocument::Open(Sample());
     const XpsDocument before = XpsDocument::Open(Sample());
@@ -251,13 +267,33 @@ TEST_F(OutputPackageTest, APageOfWhichThePlaceIsKeptGoesWhereItWasSent) {
     expect(before.sequence.documents[0].pages[1], pages[1]);
 }
 
-// A part as a filter makes it.
-PartPtr Made(PartKind kind, const char* name, const std::string& bytes) {
-    const PartPtr part = std::make_shared<Part>(kind, name);
-    const auto writing = part->BeginWriting();
-    writing->Append(bytes.data(), bytes.size());
-    writing->Close();
-    return part;
+TEST_F(OutputPackageTest, APageOfWhichTheChangeIsKeptIsChanged) {
+    XpsDocument document = XpsDocument::Open(Sample());
+    const XpsDocument before = XpsDocument::Open(Sample());
+    const package::FixedPage& old = before.sequence.documents[0].pages[0];
+    ASSERT_TRUE(old.ticket);
+    SentParts parts;
+    parts.push_back({PartKind::FixedDocument, "",
+                     std::make_shared<Part>(PartKind::FixedDocument,
+                                            InputPart{before.sequence.documents[0].name, "", nullptr})});
+    const auto add = [&parts](std::uint32_t page, const PageChange& change) {
+        parts.push_back({PartKind::FixedPage, "", nullptr, PagePlace{0, page},
+                         std::make_shared<const PageChange>(change)});
+    };
+    add(0, {"<markup/>", false, {}});
+    add(1, {{}, true, PageChange::Ticket{"/its ticket", "ticket"}});
+    add(2, {"<both/>", true, {}});
+    ApplySentParts(document, std::move(parts));
+    const std::deque<package::FixedPage>& pages = document.sequence.documents.at(0).pages;
+    ASSERT_EQ(3U, pages.size());
+    EXPECT_EQ("<markup/>", pages[0].markup.value().Read());
+    EXPECT_EQ(old.ticket, pages[0].ticket);
+    EXPECT_EQ(old.resources, pages[0].resources);
+    EXPECT_FALSE(pages[1].markup);
+    EXPECT_EQ("/its%20ticket", pages[1].ticket);
+    EXPECT_EQ("ticket", document.ReadPart("/its%20ticket"));
+    EXPECT_EQ("<both/>", pages[2].markup.value().Read());
+    EXPECT_FALSE(pages[2].ticket);
 }
 
 TEST_F(OutputPackageTest, PartsOfEveryKindThatTheFilterMakesAreAdded) {

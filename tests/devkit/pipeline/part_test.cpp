@@ -72,11 +72,9 @@ TEST(Part, OldBytesStayReadableUntilTheNewOnesAreClosed) {
 
 TEST(Part, CanBeWrittenAgain) {
     Part part(PartKind::FixedPage, InMemory("/1.fpage", "", "old"));
-    part.BeginWriting()->Close();
+    Write(part, "");
     EXPECT_EQ("", *part.Read());
-    const auto writing = part.BeginWriting();
-    writing->Append("again", 5);
-    writing->Close();
+    Write(part, "again");
     EXPECT_EQ("again", *part.Read());
 }
 
@@ -86,12 +84,7 @@ TEST(Part, WhatIsPutAsideIsReadAsBefore) {
     part.PutAside(store);
     EXPECT_FALSE(part.IsWritten());
     EXPECT_EQ("old", *part.Read());
-    const auto write = [&part](const std::string& bytes) {
-        const auto writing = part.BeginWriting();
-        writing->Append(bytes.data(), bytes.size());
-        writing->Close();
-    };
-    write("new");
+    Write(part, "new");
     part.PutAside(store);
     part.PutAside(store);
     EXPECT_TRUE(part.IsWritten());
@@ -102,7 +95,7 @@ TEST(Part, WhatIsPutAsideIsReadAsBefore) {
     EXPECT_TRUE(next.IsWritten());
     EXPECT_EQ("new", *next.Read());
     EXPECT_EQ("new", *next.ReadInput());
-    write("newer");
+    Write(part, "newer");
     EXPECT_EQ("newer", *part.Read());
     EXPECT_EQ("newer", part.Packaged().Read());
     EXPECT_EQ("new", *next.Read());
@@ -113,15 +106,30 @@ TEST(Part, PutsAsideInTheStoreAndNotInMemory) {
     const tests::TemporaryPlace place(folder / "");
     common::ByteStore store(0);
     Part part(PartKind::PrintTicket, "/new.xml");
-    auto writing = part.BeginWriting();
-    writing->Append("ticket", 6);
-    writing->Close();
+    Write(part, "ticket");
     const std::weak_ptr<const std::string> bytes = part.Read();
-    writing.reset();
     part.PutAside(store);
     EXPECT_TRUE(bytes.expired());
     EXPECT_EQ(1U, folder.Names().size());
     EXPECT_EQ("ticket", *part.Read());
+}
+
+TEST(Part, WhatWasNotPutAsideIsNoFinalChange) {
+    common::ByteStore store;
+    Part page(PartKind::FixedPage, {"/1.fpage", "", nullptr});
+    EXPECT_FALSE(page.FinalChange());
+    page.place = PagePlace{0, 0};
+    EXPECT_TRUE(page.FinalChange().value().IsNone());
+    Write(page, "<new/>");
+    EXPECT_FALSE(page.FinalChange());
+    page.PutAside(store);
+    EXPECT_FALSE(page.FinalChange().value().IsNone());
+    page.ticket = Made(PartKind::PrintTicket, "/t", "ticket");
+    EXPECT_FALSE(page.FinalChange());
+    page.ticket->PutAside(store);
+    EXPECT_TRUE(page.FinalChange().value().ticketReplaced);
+    const auto writing = page.BeginWriting();
+    EXPECT_FALSE(page.FinalChange());
 }
 
 TEST(Part, ANewFontThatWasPutAsideIsObfuscatedInThePackage) {
@@ -130,9 +138,7 @@ TEST(Part, ANewFontThatWasPutAsideIsObfuscatedInThePackage) {
     Part font(PartKind::Font, name);
     font.obfuscate = true;
     const std::string plain(64, 'f');
-    const auto writing = font.BeginWriting();
-    writing->Append(plain.data(), plain.size());
-    writing->Close();
+    Write(font, plain);
     font.PutAside(store);
     EXPECT_EQ(plain, *font.Read());
     EXPECT_EQ(ToggleObfuscation(plain, name), font.Packaged().Read());

@@ -13,14 +13,6 @@ using platform::ComPtr;
 
 class Foreign final : public platform::ComIdentity<common::CountedObject, IUnknown> {};
 
-PartPtr Written(PartKind kind, const char* name, const std::string& bytes) {
-    const PartPtr part = std::make_shared<Part>(kind, name);
-    const auto writing = part->BeginWriting();
-    writing->Append(bytes.data(), bytes.size());
-    writing->Close();
-    return part;
-}
-
 // The names that the source gives until the end, "(object)" for one that is no part.
 Lines NamesOf(PartSource& source) {
     Lines names;
@@ -62,12 +54,10 @@ TEST_F(PartChannelTest, HandsOnInOrderUntilTheEnd) {
 TEST_F(PartChannelTest, APartArrivesWithWhatWasMadeOfIt) {
     const PartPtr page = std::make_shared<Part>(
         PartKind::FixedPage, InMemory("/1.fpage", "application/vnd.ms-package.xps-fixedpage+xml", "old"));
-    const auto writing = page->BeginWriting();
-    writing->Append("new", 3);
-    writing->Close();
+    Write(*page, "new");
     page->inputTicket =
         std::make_shared<Part>(PartKind::PrintTicket, InMemory("/old.xml", "ticket", "old ticket"));
-    page->ticket = Written(PartKind::PrintTicket, "/new.xml", "new ticket");
+    page->ticket = Made(PartKind::PrintTicket, "/new.xml", "new ticket");
     page->resources = {std::make_shared<Part>(PartKind::Image, InMemory("/i.png", "image/png", "image"))};
     page->sent = true;
 
@@ -99,7 +89,7 @@ TEST_F(PartChannelTest, ATicketThatWasKeptIsNoneThatWasReplaced) {
 }
 
 TEST_F(PartChannelTest, APartOnSeveralPagesStaysOne) {
-    const PartPtr image = Written(PartKind::Image, "/i.png", "image");
+    const PartPtr image = Made(PartKind::Image, "/i.png", "image");
     PartChannel channel;
     for (const char* name : {"/1", "/2"}) {
         const PartPtr page = std::make_shared<Part>(PartKind::FixedPage, name);
