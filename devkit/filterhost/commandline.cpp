@@ -324,7 +324,7 @@ HostSettings TakeHost(const RawRun& raw) {
     return host;
 }
 
-RunSettings TakeRun(RawRun raw) {
+RunSettings TakeRun(const RawRun& raw) {
     CheckOutputs(raw);
     RunSettings settings = raw.settings;
     for (const std::string& input : raw.inputs) settings.jobs.push_back(MakeJob(raw, input));
@@ -417,7 +417,7 @@ Command ParseCommandLine(std::vector<std::string> arguments) {
     } catch (const CLI::ParseError& error) {
         throw UsageError(FirstLine(error.what()));
     }
-    if (run->parsed()) return TakeRun(std::move(raw));
+    if (run->parsed()) return TakeRun(raw);
     if (validate->parsed()) {
         rawValidate.settings.isDeviceGiven = validate->count("--device") != 0;
         return TakeValidate(std::move(rawValidate));
