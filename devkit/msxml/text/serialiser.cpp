@@ -36,6 +36,7 @@ class Serialiser {
     Output m_output;
     std::size_t m_depth = 0;  // of open elements
     std::wstring m_out;
+    std::wstring m_room;
     NamespaceScope<std::wstring, std::wstring_view> m_scope;
 };
 
@@ -66,7 +67,7 @@ void Serialiser::Open(const Node& node) {
         case Kind::Element:
             return OpenElement(node);
         case Kind::Attribute:
-            return AppendAttribute(m_out, node.GetName()->Qualified(), RawText(node));
+            return AppendAttribute(m_out, node.GetName()->Qualified(), RawText(node, m_room));
         case Kind::Text:
             return AppendText(m_out, node.Data(), m_output == Output::Shown ? L"\r\n" : L"\n");
         case Kind::CdataSection:
@@ -107,7 +108,7 @@ void Serialiser::OpenElement(const Node& element) {
     m_out.append(L"<").append(element.GetName()->Qualified());
     WriteDeclarations(element);
     for (const Node* pNode = element.Attributes().pFirst; pNode != nullptr; pNode = pNode->Next()) {
-        const std::wstring value = RawText(*pNode);
+        const std::wstring_view value = RawText(*pNode, m_room);
         if (pNode->GetName()->IsDeclaration() && !IsInForce(element, *pNode->GetName(), value)) continue;
         WriteAttribute(pNode->GetName()->Qualified(), value);
     }
@@ -121,7 +122,7 @@ void Serialiser::WriteDeclarations(const Node& element) {
     for (const Node* pNode = element.Attributes().pFirst; pNode != nullptr; pNode = pNode->Next()) {
         const Name& name = *pNode->GetName();
         if (!name.IsDeclaration()) continue;
-        const std::wstring value = RawText(*pNode);
+        const std::wstring_view value = RawText(*pNode, m_room);
         if (!IsInForce(element, name, value)) continue;
         hasDefault = hasDefault || name.DeclaredPrefix().empty();
         m_scope.Declare(name.DeclaredPrefix(), value);

@@ -35,11 +35,12 @@ void CheckDeclaration(const Node& element, const Name& declaration, std::wstring
 void CheckUse(const Node& element, const Name& name) {
     const std::wstring_view prefix = name.Prefix();
     RequireAgreement(Agrees(*element.GetName(), prefix, name.Uri()));
+    std::wstring room;
     for (const Node* pOther = element.Attributes().pFirst; pOther != nullptr; pOther = pOther->Next()) {
         const Name& other = *pOther->GetName();
         RequireAgreement(Agrees(other, prefix, name.Uri()));
         if (!other.IsDeclaration() || other.DeclaredPrefix() != prefix) continue;
-        const std::wstring value = RawText(*pOther);
+        const std::wstring_view value = RawText(*pOther, room);
         RequireAgreement(value.empty() || value == name.Uri());
     }
 }

@@ -10,17 +10,14 @@ bool IsContainer(Kind kind) noexcept {
     return kind == Kind::Element || kind == Kind::Document || kind == Kind::Fragment;
 }
 
-}  // namespace
-
-NodeRef MakeNode(Kind kind, Document& document, SharedName pName, std::wstring data) {
-    NodeRef pNode(new Node(kind, document, std::move(pName)));
-    if (!data.empty()) pNode->SetData(std::move(data));
-    return pNode;
+// Whether all the text of a node is its data.
+bool IsTextInData(const Node& node) noexcept {
+    const bool isExposed = node.Is(Kind::Attribute) && node.Children().pFirst != nullptr;
+    return !isExposed && !IsContainer(node.What());
 }
 
-std::wstring RawText(const Node& node) {
-    const bool isValue = node.Is(Kind::Attribute) && node.Children().pFirst != nullptr;
-    if (!isValue && !IsContainer(node.What())) return node.Data();
+// Of the text nodes and CDATA sections below the node.
+std::wstring GatherText(const Node& node) {
     std::wstring text;
     for (const Node* pNode = &node; pNode != nullptr;) {
         if (pNode != &node && pNode->hasSpaceBefore) text += L' ';
@@ -34,6 +31,20 @@ std::wstring RawText(const Node& node) {
         pNode = pNext;
     }
     return text;
+}
+
+}  // namespace
+
+NodeRef MakeNode(Kind kind, Document& document, SharedName pName, std::wstring data) {
+    NodeRef pNode(new Node(kind, document, std::move(pName)));
+    if (!data.empty()) pNode->SetData(std::move(data));
+    return pNode;
+}
+
+std::wstring RawText(const Node& node) { return IsTextInData(node) ? node.Data() : GatherText(node); }
+
+std::wstring_view RawText(const Node& node, std::wstring& room) {
+    return IsTextInData(node) ? node.Data() : room = GatherText(node);
 }
 
 void SetTextContent(Node& node, std::wstring text) {

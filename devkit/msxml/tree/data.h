@@ -13,6 +13,9 @@ namespace devkit::msxml {
 // All text below a node as it stands: of its text nodes and CDATA sections, in document order, with a blank
 // for white space that was dropped between them. For a node with data, the data; for an attribute its value.
 [[nodiscard]] std::wstring RawText(const Node& node);
+// The same without a copy of what stands in one place; the room takes the rest. Good while the node and the
+// room are as they are.
+[[nodiscard]] std::wstring_view RawText(const Node& node, std::wstring& room);
 
 // Replaces all children by one text node, or by none for an empty text. For an attribute, its value.
 void SetTextContent(Node& node, std::wstring text);

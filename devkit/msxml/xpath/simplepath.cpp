@@ -8,6 +8,12 @@
 
 namespace devkit::msxml {
 
+namespace {
+
+constexpr std::size_t kUsualSteps = 4;
+
+}  // namespace
+
 // Takes an expression to pieces from the left. Every Take says whether the piece was there.
 class SimplePath::Reader {
   public:
@@ -90,17 +96,21 @@ std::optional<SimplePath> SimplePath::Parse(std::wstring_view expression,
                                             const std::vector<SelectionNamespace>& namespaces) {
     Reader reader(expression, namespaces);
     SimplePath path;
+    path.m_steps.reserve(kUsualSteps);
+    bool isOneOfSeveral = false;
     do {
         const Start start = reader.TakeStart();
-        if (!path.m_alternatives.empty() && start != path.m_start) return std::nullopt;
+        isOneOfSeveral = !path.m_steps.empty();
+        if (isOneOfSeveral && start != path.m_start) return std::nullopt;
         path.m_start = start;
-        Steps& steps = path.m_alternatives.emplace_back();
+        const std::size_t first = path.m_steps.size();
         do {
-            if (!reader.TakeStep(steps.emplace_back())) return std::nullopt;
+            if (!reader.TakeStep(path.m_steps.emplace_back())) return std::nullopt;
         } while (reader.Take(L"/"));
+        path.m_steps[first].isFirst = true;
     } while (reader.Take(L"|"));
     const bool isAnywhere = path.m_start == Start::Below || path.m_start == Start::Document;
-    if (!reader.IsAtEnd() || (path.m_alternatives.size() > 1 && !isAnywhere)) return std::nullopt;
+    if (!reader.IsAtEnd() || (isOneOfSeveral && !isAnywhere)) return std::nullopt;
     return path;
 }
 
@@ -110,7 +120,7 @@ std::vector<NodeRef> SimplePath::Select(Node& node, std::size_t limit) const {
     if (m_start == Start::Below || m_start == Start::Document) {
         SelectBelow(base, limit, found);
     } else {
-        SelectDown(base, m_alternatives.front(), limit, found);
+        SelectDown(base, limit, found);
     }
     return found;
 }
@@ -122,31 +132,31 @@ bool SimplePath::Matches(const Step& step, const Node& node) {
     }
     if (step.attribute.empty()) return true;
     const Node* const pAttribute = FindAttribute(node, step.attribute, std::wstring_view());
-    return pAttribute != nullptr && RawText(*pAttribute) == step.value;
+    std::wstring room;
+    return pAttribute != nullptr && RawText(*pAttribute, room) == step.value;
 }
 
-// Whether the steps lead to the node from somewhere below the base.
-bool SimplePath::EndsAt(const Steps& steps, const Node& node, const Node& base) const {
-    const Node* pNode = &node;
-    for (auto step = steps.rbegin(); step != steps.rend(); ++step, pNode = pNode->Parent()) {
-        if (pNode == &base || !Matches(*step, *pNode)) return false;
+// Whether the steps of an alternative lead to the node from somewhere below the base.
+bool SimplePath::LeadsTo(const Node& node, const Node& base) const {
+    const Node* pNode = &node;  // null where the alternative has failed
+    for (auto step = m_steps.rbegin(); step != m_steps.rend(); ++step) {
+        const bool isMatch = pNode != nullptr && pNode != &base && Matches(*step, *pNode);
+        if (isMatch && step->isFirst) return true;
+        pNode = step->isFirst ? &node : isMatch ? pNode->Parent() : nullptr;
     }
-    return true;
+    return false;
 }
 
 void SimplePath::SelectBelow(Node& base, std::size_t limit, std::vector<NodeRef>& found) const {
     if (base.Is(Kind::Attribute)) return;
     for (Node* pNode = base.NextWithin(base); pNode != nullptr && found.size() < limit;
          pNode = pNode->NextWithin(base)) {
-        if (!pNode->Is(Kind::Element)) continue;
-        const bool isFound = std::any_of(m_alternatives.begin(), m_alternatives.end(),
-                                         [&](const Steps& steps) { return EndsAt(steps, *pNode, base); });
-        if (isFound) found.emplace_back(pNode);
+        if (pNode->Is(Kind::Element) && LeadsTo(*pNode, base)) found.emplace_back(pNode);
     }
 }
 
 // Follows the steps depth first, which is in document order since every match is on one level.
-void SimplePath::SelectDown(Node& base, const Steps& steps, std::size_t limit, std::vector<NodeRef>& found) {
+void SimplePath::SelectDown(Node& base, std::size_t limit, std::vector<NodeRef>& found) const {
     std::vector<Node*> open;
     Node* pNode = base.Children().pFirst;
     while (found.size() < limit) {
@@ -156,9 +166,9 @@ void SimplePath::SelectDown(Node& base, const Steps& steps, std::size_t limit, s
             open.pop_back();
             continue;
         }
-        if (!Matches(steps[open.size()], *pNode)) {
+        if (!Matches(m_steps[open.size()], *pNode)) {
             pNode = pNode->Next();
-        } else if (open.size() + 1 == steps.size()) {
+        } else if (open.size() + 1 == m_steps.size()) {
             found.emplace_back(pNode);
             pNode = pNode->Next();
         } else {

@@ -40,17 +40,17 @@ class SimplePath {
         std::wstring_view uri;
         std::wstring_view attribute;  // empty when there is none to look at
         std::wstring_view value;
+        bool isFirst = false;  // of an alternative
     };
-    using Steps = std::vector<Step>;
     class Reader;
 
     [[nodiscard]] static bool Matches(const Step& step, const Node& node);
-    [[nodiscard]] bool EndsAt(const Steps& steps, const Node& node, const Node& base) const;
+    [[nodiscard]] bool LeadsTo(const Node& node, const Node& base) const;
     void SelectBelow(Node& base, std::size_t limit, std::vector<NodeRef>& found) const;
-    static void SelectDown(Node& base, const Steps& steps, std::size_t limit, std::vector<NodeRef>& found);
+    void SelectDown(Node& base, std::size_t limit, std::vector<NodeRef>& found) const;
 
     Start m_start = Start::Child;
-    std::vector<Steps> m_alternatives;
+    std::vector<Step> m_steps;  // of one alternative after the other
 };
 
 }  // namespace devkit::msxml

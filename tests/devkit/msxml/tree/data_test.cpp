@@ -44,6 +44,22 @@ TEST_F(Tree, TheValueOfAnAttributeIsANodeOnceItIsAskedFor) {
     EXPECT_EQ(L"2", RawText(*pAttribute));
 }
 
+TEST_F(Tree, TextThatStandsInOnePlaceIsNotCopied) {
+    const NodeRef pElement = Add(Home(), Kind::Element, L"a");
+    const NodeRef pAttribute = Add(*pElement, Kind::Attribute, L"b", L"1");
+    std::wstring room = L"before";
+    EXPECT_EQ(pAttribute->Data().data(), RawText(*pAttribute, room).data());
+    EXPECT_EQ(L"1", RawText(*pAttribute, room));
+    EXPECT_EQ(L"before", room);
+    ExposeValue(*pAttribute);
+    EXPECT_EQ(L"1", RawText(*pAttribute, room));
+    EXPECT_EQ(L"1", room);
+    Add(*pElement, Kind::Text, L"", L"2");
+    Add(*pElement, Kind::CdataSection, L"", L"3");
+    EXPECT_EQ(L"23", RawText(*pElement, room));
+    EXPECT_EQ(room.data(), RawText(*pElement, room).data());
+}
+
 TEST_F(Tree, AnEmptyValueHasNoNode) {
     const NodeRef pElement = Add(Home(), Kind::Element, L"a");
     const NodeRef pAttribute = Add(*pElement, Kind::Attribute, L"b");

@@ -78,6 +78,9 @@ TEST_F(SimpleSelection, FindsWhatTheLibraryFinds) {
                                       L"//*[@n]/p:a",
                                       L"//p:b | //q:c",
                                       L".//x | .//p:a",
+                                      L"//p:b/p:b | //q:c/p:a",
+                                      L".//x/y | .//p:b/q:c | .//p:a",
+                                      L"//p:none/x | //x/none | //x/y | //p:b/q:c",
                                       L"//q:c[@n='2']",
                                       L"//none"}) {
         for (const NodePtr& pContext : contexts) {
