@@ -48,12 +48,18 @@ bool IsTurningCanvas(const common::XmlReader& reader) {
     return matrix && TurnsByARightAngle(*matrix);
 }
 
+std::optional<PageSize> SizeOf(const std::optional<package::PageDimensions>& page) {
+    if (!page || !std::isfinite(page->width) || !std::isfinite(page->height)) return std::nullopt;
+    return PageSize{page->width, page->height};
+}
+
 void LookAtMarkup(const std::string& markup, const std::string& name, PageFacts& facts) {
     common::XmlLimits limits = common::Limits().page;
     limits.maxDepth = std::numeric_limits<int>::max();
     try {
         common::XmlReader reader(markup, name, limits);
         if (!reader.NextElement()) return;
+        facts.after = SizeOf(package::ReadPageDimensions(reader));
         std::size_t contents = 0;
         bool isTurned = false;
         while (reader.NextElement()) {
@@ -66,12 +72,6 @@ void LookAtMarkup(const std::string& markup, const std::string& name, PageFacts&
     }
 }
 
-std::optional<PageSize> SizeOf(const std::string& markup) {
-    const auto geometry = package::ReadPageDimensions(markup);
-    if (!geometry || !std::isfinite(geometry->width) || !std::isfinite(geometry->height)) return std::nullopt;
-    return PageSize{geometry->width, geometry->height};
-}
-
 PageFacts LookAtPage(const pipeline::SentPart& page) {
     const PartPtr& part = page.part;
     PageFacts facts;
@@ -81,9 +81,9 @@ PageFacts LookAtPage(const pipeline::SentPart& page) {
     const pipeline::Bytes after = part->Read();
     facts.bytesBefore = before->size();
     facts.bytesAfter = after->size();
-    facts.before = SizeOf(*before);
-    facts.after = facts.rewritten || part->IsNew() ? SizeOf(*after) : facts.before;
     LookAtMarkup(*after, page.name, facts);
+    facts.before =
+        facts.rewritten || part->IsNew() ? SizeOf(package::ReadPageDimensions(*before)) : facts.after;
     if (facts.ticketReplaced && part->ticket != nullptr) {
         facts.newTicket = printschema::ReadFacts(*part->ticket->Read());
     }

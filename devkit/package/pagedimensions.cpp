@@ -4,7 +4,6 @@
 #include <string>
 
 #include "devkit/common/error.h"
-#include "devkit/common/xmlreader.h"
 #include "devkit/package/xpsvocabulary.h"
 
 namespace devkit::package {
@@ -47,17 +46,21 @@ std::optional<std::array<double, 4>> Box(const std::optional<std::string>& text)
 std::optional<PageDimensions> ReadPageDimensions(std::string_view markup, const common::XmlLimits& limits) {
     try {
         common::XmlReader reader(markup, "FixedPage", limits);
-        if (!reader.NextElement() || reader.LocalName() != "FixedPage" ||
-            !IsEither(reader.Namespace(), &Vocabulary::markupNamespace))
-            return std::nullopt;
-        const std::optional<double> width = Number(reader.Attribute("Width"));
-        const std::optional<double> height = Number(reader.Attribute("Height"));
-        if (!width || !height) return std::nullopt;
-        return PageDimensions{*width, *height, Box(reader.Attribute("BleedBox")),
-                              Box(reader.Attribute("ContentBox"))};
+        return reader.NextElement() ? ReadPageDimensions(reader) : std::nullopt;
     } catch (const common::Error&) {
         return std::nullopt;
     }
+}
+
+std::optional<PageDimensions> ReadPageDimensions(const common::XmlReader& reader) {
+    const bool isPage =
+        reader.LocalName() == "FixedPage" && IsEither(reader.Namespace(), &Vocabulary::markupNamespace);
+    if (!isPage) return std::nullopt;
+    const std::optional<double> width = Number(reader.Attribute("Width"));
+    const std::optional<double> height = Number(reader.Attribute("Height"));
+    if (!width || !height) return std::nullopt;
+    return PageDimensions{*width, *height, Box(reader.Attribute("BleedBox")),
+                          Box(reader.Attribute("ContentBox"))};
 }
 
 }  // namespace devkit::package

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "devkit/common/limits.h"
+#include "devkit/common/xmlreader.h"
 
 namespace devkit::package {
 
@@ -20,5 +21,7 @@ struct PageDimensions {
 // Reads the start of the markup only. Empty when it does not start as a FixedPage with a width and a height.
 [[nodiscard]] std::optional<PageDimensions> ReadPageDimensions(
     std::string_view markup, const common::XmlLimits& limits = common::Limits().page);
+// Of the element that the reader stands at. Empty when it is no FixedPage with a width and a height.
+[[nodiscard]] std::optional<PageDimensions> ReadPageDimensions(const common::XmlReader& reader);
 
 }  // namespace devkit::package

@@ -48,6 +48,7 @@ TEST(PageFacts, ACanvasOfARightAngleRoundTheContentIsATurn) {
                             "Width=\"1056\" Height=\"816\""));
     EXPECT_TRUE(facts.rewritten);
     EXPECT_TRUE(facts.turned);
+    EXPECT_EQ((PageSize{816, 1056}), facts.before);
     EXPECT_EQ(1056, facts.after->width);
     EXPECT_EQ(816, facts.after->height);
 }
@@ -105,6 +106,8 @@ TEST(PageFacts, MarkupThatIsNotWellFormedIsTold) {
     const PageFacts facts = AfterRewrite(Markup(""), "<FixedPage Width=\"1\" Height=\"2\"><Canvas>");
     ASSERT_TRUE(facts.malformed);
     EXPECT_TRUE(facts.malformed->starts_with("is not well-formed XML (")) << *facts.malformed;
+    EXPECT_EQ((PageSize{816, 1056}), facts.before);
+    EXPECT_EQ(std::nullopt, facts.after);
 }
 
 }  // namespace
