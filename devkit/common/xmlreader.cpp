@@ -79,18 +79,22 @@ bool IsUnicodeEncoding(std::string_view name) {
            });
 }
 
+// Of a code unit of the text.
+enum class Width { Narrow, Wide, Unknown };
+
 // By its first bytes. Of those that it cannot read the library complains on the console, before it knows whom
 // else to tell.
-bool MayBeUnicode(std::string_view bytes) {
+Width WidthOf(std::string_view bytes) {
     const auto* const pBytes = reinterpret_cast<const unsigned char*>(bytes.data());
     switch (xmlDetectCharEncoding(pBytes, static_cast<int>(std::min<std::size_t>(bytes.size(), 4)))) {
         case XML_CHAR_ENCODING_NONE:
         case XML_CHAR_ENCODING_UTF8:
+            return Width::Narrow;
         case XML_CHAR_ENCODING_UTF16LE:
         case XML_CHAR_ENCODING_UTF16BE:
-            return true;
+            return Width::Wide;
         default:
-            return false;
+            return Width::Unknown;
     }
 }
 
@@ -105,7 +109,12 @@ XmlReader::XmlReader(std::string_view bytes, std::string where, const XmlLimits&
     if (bytes.empty()) Fail("is empty");
     const std::size_t most = std::min(m_limits.maxBytes, kLibraryMaxBytes);
     if (bytes.size() > most) Fail("is larger than " + std::to_string(most) + " bytes");
-    if (!MayBeUnicode(bytes)) Fail("is encoded as neither UTF-8 nor UTF-16");
+    const Width width = WidthOf(bytes);
+    if (width == Width::Unknown) Fail("is encoded as neither UTF-8 nor UTF-16");
+    // No character of 8-bit text has one; where its declaration names UTF-16, the library would go on in
+    // that.
+    const bool hasZero = width == Width::Narrow && bytes.find('\0') != std::string_view::npos;
+    if (hasZero) Fail("has a byte of zero in text of 8 bits");
     if (Prolog::HasDocumentType(bytes)) Fail("has a document type declaration");
     m_reader.reset(xmlReaderForMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr,
                                       XML_PARSE_NONET | XML_PARSE_COMPACT));

@@ -94,6 +94,29 @@ TEST(XmlReaderTest, ADocumentTypeDeclarationIsRefused) {
               }));
 }
 
+TEST(XmlReaderTest, ADocumentTypeDeclarationIsRefusedInUtf16AsWell) {
+    const std::string error = "has a document type declaration, /part";
+    for (const bool bigEndian : {false, true}) {
+        EXPECT_EQ(error, MessageOf<Error>([&] { Elements(Utf16("<!DOCTYPE a><a/>", bigEndian)); }));
+    }
+}
+
+TEST(XmlReaderTest, TextOf8BitsDoesNotGoOnInUtf16) {
+    const std::string error = "has a byte of zero in text of 8 bits, /part";
+    EXPECT_EQ(error, MessageOf<Error>([] { Elements("<a>\0</a>"s); }));
+    EXPECT_EQ(error, MessageOf<Error>([] {
+                  Elements("<?xml version='1.0' encoding='UTF-16LE'" +
+                           Utf16("?><!DOCTYPE a [<!ENTITY x 'y'>]><a>&x;</a>", false, false));
+              }));
+}
+
+TEST(XmlReaderTest, ADocumentTypeDeclarationIsOneOnlyBeforeTheRoot) {
+    const std::string space(2'000, ' ');
+    EXPECT_EQ("has a document type declaration, /part",
+              MessageOf<Error>([&] { Elements(space.substr(1) + "<!DOCTYPE a><a/>"); }));
+    EXPECT_EQ("a0 ", Elements("<!--<!DOCTYPE a>-->" + space + "<a><![CDATA[<!DOCTYPE a>]]></a>"));
+}
+
 TEST(XmlReaderTest, EntitiesThatMultiplyAreRefused) {
     std::string bomb = "<!DOCTYPE a [<!ENTITY x0 'x'>";
     for (int level = 1; level < 30; ++level) {
