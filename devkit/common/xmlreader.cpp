@@ -14,7 +14,6 @@
 
 #include "devkit/common/error.h"
 #include "devkit/common/text.h"
-#include "devkit/common/xmlsilence.h"
 
 namespace devkit::common {
 namespace {
@@ -105,7 +104,6 @@ void XmlReader::Delete::operator()(_xmlTextReader* pReader) const noexcept { xml
 XmlReader::XmlReader(std::string_view bytes, std::string where, const XmlLimits& limits, Prefixes prefixes)
     : m_where(std::move(where)), m_limits(limits), m_prefixes(prefixes) {
     constexpr std::size_t kLibraryMaxBytes = std::numeric_limits<int>::max();
-    const XmlSilence silence;
     if (bytes.empty()) Fail("is empty");
     const std::size_t most = std::min(m_limits.maxBytes, kLibraryMaxBytes);
     if (bytes.size() > most) Fail("is larger than " + std::to_string(most) + " bytes");
@@ -144,7 +142,6 @@ void XmlReader::Note(void* pComplaints, xmlErrorPtr pError) {
 }
 
 bool XmlReader::NextElement() {
-    const XmlSilence silence;
     for (;;) {
         const int result = xmlTextReaderRead(m_reader.get());
         if (m_prefixes == Prefixes::Declared && !m_complaints.undeclared.reason.empty())

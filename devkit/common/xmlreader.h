@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "devkit/common/limits.h"
+#include "devkit/common/xmlsilence.h"
 
 struct _xmlTextReader;  // NOLINT(bugprone-reserved-identifier): libxml2's name
 
@@ -26,7 +27,8 @@ enum class Prefixes {
 
 // Walks over the elements of markup in document order. UTF-8 and UTF-16 are told apart by their first bytes;
 // other encodings and document type declarations are refused, and nothing is ever fetched. Failures are
-// XmlErrors.
+// XmlErrors. As long as it lives, the library prints nothing on its thread, on which it must also end; of
+// several the last one ends first.
 class XmlReader {
   public:
     // The bytes must outlive the reader. `where` names the markup in the errors.
@@ -73,6 +75,8 @@ class XmlReader {
     [[noreturn]] void FailAtDepth(int depth) const;
     [[noreturn]] void FailFor(const Complaint& complaint) const;
 
+    // Not for each element: it asks the library for the thread's state a dozen times.
+    XmlSilence m_silence;
     std::string m_where;
     XmlLimits m_limits;
     Prefixes m_prefixes;
