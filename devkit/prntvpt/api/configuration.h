@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "devkit/prntvpt/api/fault.h"
+#include "devkit/prntvpt/api/lastticket.h"
 #include "devkit/prntvpt/control/messages.h"
 #include "devkit/prntvpt/device/device.h"
 #include "devkit/prntvpt/merge/switches.h"
@@ -20,12 +21,14 @@ class ConfigurationError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// What a simulation runs with. It does not change, but for the counters of the faults.
+// What a simulation runs with. It does not change, but for the counters of the faults and the base ticket
+// that was read last, as the behaviour reads tickets.
 struct Configuration {
     std::filesystem::path folder;
     Device device;
     Switches behaviour;
     std::unique_ptr<FaultPlan> pFaults;
+    std::unique_ptr<LastTicket> pLastBase = std::make_unique<LastTicket>();
     bool recordTickets = true;
     bool recordCalls = true;
 

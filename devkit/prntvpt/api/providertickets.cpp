@@ -58,17 +58,12 @@ class ErrorText {
     ProviderCall& m_call;
 };
 
-// A ticket that a caller handed over.
-struct InputTicket {
-    std::string bytes;
-    FrameworkDocument document;
-};
-
 // Throws Failure for what is no ticket; `kind` begins the text.
-void ParseTicket(InputTicket& ticket, const Configuration& configuration, HRESULT code, const char* kind) {
+[[nodiscard]] FrameworkDocument ParseTicket(std::string_view bytes, const Configuration& configuration,
+                                            HRESULT code, const char* kind) {
     try {
-        ticket.document = ReadFramework(ticket.bytes, Tag::PrintTicket, configuration.behaviour.duplicates,
-                                        configuration.behaviour.mixedValues);
+        return ReadFramework(bytes, Tag::PrintTicket, configuration.behaviour.duplicates,
+                             configuration.behaviour.mixedValues);
     } catch (const FormatError& error) {
         throw Failure{code, std::string(kind) + ": " + error.what()};
     }
@@ -76,15 +71,27 @@ void ParseTicket(InputTicket& ticket, const Configuration& configuration, HRESUL
 
 // The same for a ticket that the caller has made or kept. Where a name stands twice in it, the call tells of
 // the prefixes that it was written with.
-void ParseOwnTicket(InputTicket& ticket, const Configuration& configuration, const char* kind,
-                    ProviderCall& call) {
+[[nodiscard]] FrameworkDocument ParseOwnTicket(std::string_view bytes, const Configuration& configuration,
+                                               const char* kind, ProviderCall& call) {
     try {
-        ParseTicket(ticket, configuration, kBadTicket, kind);
-        if (ticket.document.hadDuplicates) call.twoPrefixes = FindTwoPrefixes(ticket.bytes);
+        FrameworkDocument document = ParseTicket(bytes, configuration, kBadTicket, kind);
+        if (document.hadDuplicates) call.twoPrefixes = FindTwoPrefixes(bytes);
+        return document;
     } catch (const Failure&) {
-        call.twoPrefixes = FindTwoPrefixes(ticket.bytes);
+        call.twoPrefixes = FindTwoPrefixes(bytes);
         throw;
     }
+}
+
+// The same for the base of a merge, which is often that of the merge before. One of which the call has to
+// tell something is read each time.
+[[nodiscard]] LastTicket::DocumentPtr ParseBase(std::string bytes, const Configuration& configuration,
+                                                ProviderCall& call) {
+    if (LastTicket::DocumentPtr pKnown = configuration.pLastBase->Find(bytes)) return pKnown;
+    const auto pDocument =
+        std::make_shared<const FrameworkDocument>(ParseOwnTicket(bytes, configuration, "Base ticket", call));
+    if (!pDocument->hadDuplicates) configuration.pLastBase->Keep(std::move(bytes), pDocument);
+    return pDocument;
 }
 
 void ThrowMergeFault(const ActiveFaults& faults) {
@@ -123,9 +130,10 @@ void ThrowMergeFault(const ActiveFaults& faults) {
     return pStream->Seek({}, STREAM_SEEK_SET, nullptr);
 }
 
-[[nodiscard]] std::vector<PrefixBinding> Prefixes(const InputTicket& base, const InputTicket& delta) {
-    std::vector<PrefixBinding> prefixes = base.document.prefixes;
-    for (const PrefixBinding& binding : delta.document.prefixes) {
+[[nodiscard]] std::vector<PrefixBinding> Prefixes(const FrameworkDocument& base,
+                                                  const FrameworkDocument& delta) {
+    std::vector<PrefixBinding> prefixes = base.prefixes;
+    for (const PrefixBinding& binding : delta.prefixes) {
         const bool isKnown = std::any_of(prefixes.begin(), prefixes.end(), [&](const PrefixBinding& known) {
             return known.prefix == binding.prefix;
         });
@@ -141,25 +149,27 @@ HRESULT Provider::Merge(const Configuration& configuration, IStream* pBase, IStr
     const ActiveFaults faults = configuration.pFaults->Strike(FaultTarget::Merge, scope);
     faults.Delay();
     const ErrorText error(pError, faults, call);
-    InputTicket base;
-    InputTicket delta;
-    HRESULT hr = ReadTicket(pBase, base.bytes, call);
+    std::string baseBytes;
+    std::string deltaBytes;
+    HRESULT hr = ReadTicket(pBase, baseBytes, call);
     if (FAILED(hr)) return hr;
-    if (configuration.recordTickets) call.base = DocumentText(base.bytes);
-    hr = pDelta == nullptr ? S_OK : ReadTicket(pDelta, delta.bytes, call);
+    if (configuration.recordTickets) call.base = DocumentText(baseBytes);
+    hr = pDelta == nullptr ? S_OK : ReadTicket(pDelta, deltaBytes, call);
     if (FAILED(hr)) return hr;
-    if (configuration.recordTickets && pDelta != nullptr) call.delta = DocumentText(delta.bytes);
+    if (configuration.recordTickets && pDelta != nullptr) call.delta = DocumentText(deltaBytes);
+    LastTicket::DocumentPtr pBaseTicket;
+    FrameworkDocument delta;
     try {
         ThrowMergeFault(faults);
-        ParseOwnTicket(base, configuration, "Base ticket", call);
-        if (pDelta != nullptr) ParseTicket(delta, configuration, kBadDelta, "Delta ticket");
+        pBaseTicket = ParseBase(std::move(baseBytes), configuration, call);
+        if (pDelta != nullptr) delta = ParseTicket(deltaBytes, configuration, kBadDelta, "Delta ticket");
     } catch (const Failure& failure) {
         return error.Fail(failure);
     }
-    const std::vector<PrefixBinding> prefixes = Prefixes(base, delta);
+    const std::vector<PrefixBinding> prefixes = Prefixes(*pBaseTicket, delta);
     ValidatedTicket validated =
-        MergeAndValidate(configuration.device, configuration.behaviour, std::move(base.document.root),
-                         pDelta == nullptr ? nullptr : &delta.document.root, scope);
+        MergeAndValidate(configuration.device, configuration.behaviour, pBaseTicket->root,
+                         pDelta == nullptr ? nullptr : &delta.root, scope);
     for (std::string& note : validated.notes) m_log.Note(std::move(note));
     SpoilTicket(faults, configuration.device, validated.ticket);
     std::string bytes =
@@ -177,24 +187,25 @@ HRESULT Provider::WriteCapabilities(const Configuration& configuration, IStream*
     faults.Delay();
     const ErrorText error(pError, faults, call);
     if (faults.Has(FaultMode::CapabilitiesNotImplemented)) return E_NOTIMPL;
-    InputTicket ticket;
-    HRESULT hr = pTicket == nullptr ? S_OK : ReadTicket(pTicket, ticket.bytes, call);
+    std::string ticketBytes;
+    HRESULT hr = pTicket == nullptr ? S_OK : ReadTicket(pTicket, ticketBytes, call);
     if (FAILED(hr)) return hr;
-    if (configuration.recordTickets && pTicket != nullptr) call.base = DocumentText(ticket.bytes);
+    if (configuration.recordTickets && pTicket != nullptr) call.base = DocumentText(ticketBytes);
+    FrameworkDocument ticket;
     try {
         if (faults.Has(FaultMode::CapabilitiesFail)) throw Failure{E_FAIL, "The simulated provider failed"};
-        if (pTicket != nullptr) ParseOwnTicket(ticket, configuration, "Print ticket", call);
+        if (pTicket != nullptr) ticket = ParseOwnTicket(ticketBytes, configuration, "Print ticket", call);
     } catch (const Failure& failure) {
         return error.Fail(failure);
     }
     const Device& device = configuration.device;
-    const Element& selected = pTicket == nullptr ? device.defaultTicket : ticket.document.root;
+    const Element& selected = pTicket == nullptr ? device.defaultTicket : ticket.root;
     const ValidatedTicket validated =
         MergeAndValidate(device, configuration.behaviour, selected, nullptr, kPTJobScope);
     Element capabilities = CapabilitiesFor(device, configuration.behaviour, validated.ticket);
     SpoilCapabilities(faults, capabilities);
     const std::string bytes =
-        Serialize(capabilities, configuration.behaviour, {device.privateUris, ticket.document.prefixes});
+        Serialize(capabilities, configuration.behaviour, {device.privateUris, ticket.prefixes});
     if (configuration.recordTickets) call.output = DocumentText(bytes);
     {
         const StreamTime time(call);
