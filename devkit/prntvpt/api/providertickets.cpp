@@ -88,7 +88,7 @@ class ErrorText {
 [[nodiscard]] LastTicket::DocumentPtr ParseBase(std::string bytes, const Configuration& configuration,
                                                 ProviderCall& call) {
     if (LastTicket::DocumentPtr pKnown = configuration.pLastBase->Find(bytes)) return pKnown;
-    const auto pDocument =
+    auto pDocument =
         std::make_shared<const FrameworkDocument>(ParseOwnTicket(bytes, configuration, "Base ticket", call));
     if (!pDocument->hadDuplicates) configuration.pLastBase->Keep(std::move(bytes), pDocument);
     return pDocument;
