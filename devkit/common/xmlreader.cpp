@@ -109,8 +109,7 @@ XmlReader::XmlReader(std::string_view bytes, std::string where, const XmlLimits&
     if (bytes.size() > most) Fail("is larger than " + std::to_string(most) + " bytes");
     const Width width = WidthOf(bytes);
     if (width == Width::Unknown) Fail("is encoded as neither UTF-8 nor UTF-16");
-    // No character of 8-bit text has one; where its declaration names UTF-16, the library would go on in
-    // that.
+    // 8-bit text has none, and where its declaration names UTF-16 the library would go on in that.
     const bool hasZero = width == Width::Narrow && bytes.find('\0') != std::string_view::npos;
     if (hasZero) Fail("has a byte of zero in text of 8 bits");
     if (Prolog::HasDocumentType(bytes)) Fail("has a document type declaration");
