@@ -17,12 +17,17 @@ struct HandleClose {
 ThreadToken QueryThreadToken() noexcept {
     LUID id{};
     if (SUCCEEDED(GetTokenId(kCurrentThreadToken, id))) return {true, id};
+    return QueryOpenedThreadToken();
+}
+
+ThreadToken QueryOpenedThreadToken() noexcept {
     HANDLE handle = nullptr;
     // As the process itself, because the impersonated user may not be allowed to open the token.
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &handle)) {
         return {GetLastError() != ERROR_NO_TOKEN, std::nullopt};
     }
     const std::unique_ptr<void, HandleClose> token(handle);
+    LUID id{};
     if (FAILED(GetTokenId(token.get(), id))) return {true, std::nullopt};
     return {true, id};
 }

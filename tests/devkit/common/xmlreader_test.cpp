@@ -113,7 +113,7 @@ TEST(XmlReaderTest, TextOf8BitsDoesNotGoOnInUtf16) {
 TEST(XmlReaderTest, ADocumentTypeDeclarationIsOneOnlyBeforeTheRoot) {
     const std::string space(2'000, ' ');
     EXPECT_EQ("has a document type declaration, /part",
-              MessageOf<Error>([&] { Elements(space.substr(1) + "<!DOCTYPE a><a/>"); }));
+              MessageOf<Error>([&] { Elements(space + "<!DOCTYPE a><a/>"); }));
     EXPECT_EQ("a0 ", Elements("<!--<!DOCTYPE a>-->" + space + "<a><![CDATA[<!DOCTYPE a>]]></a>"));
 }
 

@@ -37,9 +37,10 @@ class Impersonation {
 }
 
 TEST(ThreadToken, IsAbsentWithoutImpersonation) {
-    const ThreadToken token = QueryThreadToken();
-    EXPECT_FALSE(token.impersonating);
-    EXPECT_FALSE(token.id.has_value());
+    for (const ThreadToken& token : {QueryThreadToken(), QueryOpenedThreadToken()}) {
+        EXPECT_FALSE(token.impersonating);
+        EXPECT_FALSE(token.id.has_value());
+    }
 }
 
 TEST(ThreadToken, IsTheTokenThatTheThreadWasGiven) {
@@ -51,10 +52,11 @@ TEST(ThreadToken, IsTheTokenThatTheThreadWasGiven) {
     ASSERT_EQ(S_OK, GetTokenId(other.get(), otherId));
     EXPECT_FALSE(IsSame(givenId, otherId));
     const Impersonation user(given.get());
-    const ThreadToken token = QueryThreadToken();
-    EXPECT_TRUE(token.impersonating);
-    ASSERT_TRUE(token.id.has_value());
-    EXPECT_TRUE(IsSame(*token.id, givenId));
+    for (const ThreadToken& token : {QueryThreadToken(), QueryOpenedThreadToken()}) {
+        EXPECT_TRUE(token.impersonating);
+        ASSERT_TRUE(token.id.has_value());
+        EXPECT_TRUE(IsSame(*token.id, givenId));
+    }
 }
 
 TEST(ThreadToken, IdOfNoTokenFails) {
