@@ -57,7 +57,7 @@ ExitStatus StatusOf(FuzzEnd::Kind kind) noexcept {
 }
 
 const std::vector<HRESULT>& DocumentedCodes() {
-    static const std::vector<HRESULT> s_codes{
+    static const std::vector<HRESULT> kCodes{
         E_FAIL,
         E_UNEXPECTED,
         static_cast<HRESULT>(0x80040003L),  // E_PRINTTICKET_FORMAT
@@ -65,7 +65,7 @@ const std::vector<HRESULT>& DocumentedCodes() {
         static_cast<HRESULT>(0x8007000DL),  // ERROR_INVALID_DATA
         static_cast<HRESULT>(0xC00CE56EL),  // of the XML parser: an attribute's prefix
     };
-    return s_codes;
+    return kCodes;
 }
 
 FuzzEnd EndOf(const Crash& crash, const HostSettings& settings) {

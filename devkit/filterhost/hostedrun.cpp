@@ -265,8 +265,8 @@ struct XmlClasses {
 
 // The kit's DOM document in the place of the system's, where a probe finds the system's wanting.
 std::shared_ptr<void> FillDomGap(const EventSink& sink) {
-    static const bool s_conforms = msxml::SystemDomConforms();
-    if (s_conforms) return nullptr;
+    static const bool kConforms = msxml::SystemDomConforms();
+    if (kConforms) return nullptr;
     auto registration = std::make_shared<XmlClasses>();
     sink(events::Noted{"the system's DOM document lacks what filters need; the kit's own takes its place"});
     return registration;

@@ -14,7 +14,6 @@ namespace devkit::fuzz {
 namespace {
 
 using package::RawEntry;
-using std::string_view_literals::operator""sv;
 
 // A document of UTF-16 has a zero in every second byte.
 bool Mentions(const RawEntry& entry, std::string_view name) {

@@ -104,7 +104,7 @@ class Writer {
     }
 
     // The edit goes at the end of it: libzip's own list of it is needed from then on, and not both.
-    void Apply(ZipEdit edit) {
+    void Apply(ZipEdit edit) {  // NOLINT(performance-unnecessary-value-param)
         for (const std::size_t index : edit.removed) Check(zip_delete(m_zip.get(), index));
         for (const ZipEdit::Replacement& replacement : edit.replaced) Replace(replacement);
         for (const ZipEdit::Addition& addition : edit.added) Add(addition);

@@ -89,12 +89,12 @@ constexpr DWORD kAccess = THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_QU
 template <typename Take>
 bool WalkOwnThreads(const Take& take) {
     using GetNextThread = LONG(NTAPI*)(HANDLE, HANDLE, ACCESS_MASK, ULONG, ULONG, HANDLE*);
-    static const auto s_getNextThread = reinterpret_cast<GetNextThread>(
+    static const auto kGetNextThread = reinterpret_cast<GetNextThread>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtGetNextThread")));
-    if (s_getNextThread == nullptr) return false;
+    if (kGetNextThread == nullptr) return false;
     UniqueHandle thread;
     for (HANDLE next = nullptr;
-         s_getNextThread(GetCurrentProcess(), thread.get(), kAccess, 0, 0, &next) >= 0;) {
+         kGetNextThread(GetCurrentProcess(), thread.get(), kAccess, 0, 0, &next) >= 0;) {
         thread.reset(next);
         take(next);
     }

@@ -5,7 +5,7 @@
 namespace devkit::validate {
 
 const std::vector<Test>& Battery() {
-    static const std::vector<Test> battery = [] {
+    static const std::vector<Test> kBattery = [] {
         std::vector<Test> all;
         for (auto* const pTestsOfLevel :
              {&LoadingTests, &DocumentTests, &ContractTests, &VariationTests, &TicketTests, &CancellingTests,
@@ -15,7 +15,7 @@ const std::vector<Test>& Battery() {
         }
         return all;
     }();
-    return battery;
+    return kBattery;
 }
 
 }  // namespace devkit::validate

@@ -7,12 +7,10 @@
 namespace devkit::validate {
 
 // What a filter may come to when something fails under it. The list is closed: nothing else is a decent end.
-enum End : unsigned {
-    kFails = 1,         // it fails with the code of what failed or a general one, and calls RequestShutdown
-    kFailsUntold = 2,   // it fails so, and tells nobody
-    kComesThrough = 4,  // it sends every part, with what it could make of it
-    kBadTicket = 8      // it may write a ticket then that is none
-};
+inline constexpr unsigned kFails = 1;  // with the code of what failed or a general one, and RequestShutdown
+inline constexpr unsigned kFailsUntold = 2;   // so, and tells nobody
+inline constexpr unsigned kComesThrough = 4;  // sends every part, with what it could make of it
+inline constexpr unsigned kBadTicket = 8;     // may write a ticket then that is none
 inline constexpr unsigned kAnyEnd = kFails | kComesThrough;
 
 // Fails the trial unless the run, in which something failed with the code, came to one of the ends, without a

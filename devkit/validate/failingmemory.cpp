@@ -218,7 +218,7 @@ BSTR WINAPI AllocateStringByteLen(const char* text, UINT length) {
 
 // Those that give memory, and those that take it back.
 std::size_t ReplaceFor(HMODULE module) {
-    static const common::ImportReplacements giving = {
+    static const common::ImportReplacements kGiving = {
         {"malloc", ReplaceWith(&Malloc, g_system.malloc)},
         {"calloc", ReplaceWith(&Calloc, g_system.calloc)},
         {"realloc", ReplaceWith(&Realloc, g_system.realloc)},
@@ -231,13 +231,13 @@ std::size_t ReplaceFor(HMODULE module) {
         {"SysAllocStringLen", ReplaceWith(&AllocateStringLen, g_system.allocStringLen)},
         {"SysAllocStringByteLen", ReplaceWith(&AllocateStringByteLen, g_system.allocStringByteLen)},
     };
-    static const common::ImportReplacements taking = {
+    static const common::ImportReplacements kTaking = {
         {"free", ReplaceWith(&Free, g_system.free)},
         {"HeapFree", ReplaceWith(&FreeOfHeap, g_system.heapFree)},
         {"LocalFree", ReplaceWith(&FreeLocal, g_system.localFree)},
     };
-    common::ReplaceImports(module, taking);
-    return common::ReplaceImports(module, giving);
+    common::ReplaceImports(module, kTaking);
+    return common::ReplaceImports(module, kGiving);
 }
 
 LONG CALLBACK OnException(EXCEPTION_POINTERS* pException) {

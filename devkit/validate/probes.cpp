@@ -239,7 +239,7 @@ void ProbeManyJobs(const filterhost::Order& order, const EventSink& sink) {
 }  // namespace
 
 const filterhost::Probes& AllProbes() {
-    static const filterhost::Probes all = {
+    static const filterhost::Probes kAll = {
         {probes::kClassObject, OfModule(&ProbeClassObject)},
         {probes::kFactory, OfModule(&ProbeFactory)},
         {probes::kIdentity, OfModule(&ProbeIdentity)},
@@ -253,7 +253,7 @@ const filterhost::Probes& AllProbes() {
         {probes::kManyJobs, &ProbeManyJobs},
         {probes::kFailingMemory, &ProbeFailingMemory},
     };
-    return all;
+    return kAll;
 }
 
 }  // namespace devkit::validate
